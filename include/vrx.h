@@ -1,0 +1,13 @@
+/** @file vrx.h  Everything that libvrx.so exports. */
+#ifndef VRX_H
+#define VRX_H
+
+#include "vrx/bigdigits.h"
+#include "vrx/context.h"
+#include "vrx/frame.h"
+#include "vrx/kernel.h"
+#include "vrx/modes.h"
+#include "vrx/params.h"
+#include "vrx/tz.h"
+
+#endif
