@@ -1,0 +1,81 @@
+// GOST 28147-89 on one block: the rounds, and the steps of the modes that are made of them (RFC 5830).
+#ifndef VRX_GOST28147_KERNEL_HPP
+#define VRX_GOST28147_KERNEL_HPP
+
+#include <array>
+#include <cstdint>
+#include <utility>
+
+#include "frame/bytes.hpp"
+#include "tz/deploy.hpp"
+#include "vrx/kernel.h"
+
+namespace vrx::gost28147 {
+
+/** A block as two words, N1 and N2 of the standard. */
+struct Block {
+    std::uint32_t n1;
+    std::uint32_t n2;
+
+    friend constexpr bool operator==(Block, Block) = default;
+    friend constexpr Block operator^(Block a, Block b) { return {a.n1 ^ b.n1, a.n2 ^ b.n2}; }
+};
+
+inline Block load_block(const std::uint8_t* bytes) { return {load_le32(bytes), load_le32(bytes + 4)}; }
+
+inline void store_block(std::uint8_t* bytes, Block b) {
+    store_le32(bytes, b.n1);
+    store_le32(bytes + 4, b.n2);
+}
+
+/** The caller's eight key words, at any address. A view: the words are never copied to memory of the library. */
+class Key {
+public:
+    explicit Key(const std::uint32_t* words) : words_(words) {}
+    std::uint32_t operator[](std::size_t i) const {
+        std::uint32_t word;
+        std::memcpy(&word, words_ + i, sizeof word);
+        return word;
+    }
+
+private:
+    const std::uint32_t* words_;
+};
+
+// Key word of each round (RFC 5830, sections 5.1, 5.2 and 8).
+inline constexpr std::array<std::uint8_t, 32> encryption_order = {0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6, 7,
+                                                                  0, 1, 2, 3, 4, 5, 6, 7, 7, 6, 5, 4, 3, 2, 1, 0};
+inline constexpr std::array<std::uint8_t, 32> decryption_order = {0, 1, 2, 3, 4, 5, 6, 7, 7, 6, 5, 4, 3, 2, 1, 0,
+                                                                  7, 6, 5, 4, 3, 2, 1, 0, 7, 6, 5, 4, 3, 2, 1, 0};
+inline constexpr std::array<std::uint8_t, 16> mac_order = {0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6, 7};
+
+/** The rounds of one direction: each adds a key word, substitutes, and mixes into the other half. */
+template <const auto& order>
+[[gnu::always_inline]] inline Block rounds(Block b, Key key, const vrx_tz& table) {
+    [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
+        ((i % 2 == 0 ? b.n2 ^= tz::substitute(table, b.n1 + key[order[i]])
+                     : b.n1 ^= tz::substitute(table, b.n2 + key[order[i]])),
+         ...);
+    }
+    (std::make_index_sequence<order.size()>{});
+    return b;
+}
+
+/** E(b). The last of the 32 rounds does not exchange the halves, so they come out crosswise. */
+Block encrypt(Block b, Key key, const vrx_tz& table);
+
+/** D(b), the inverse of encrypt(). */
+Block decrypt(Block b, Key key, const vrx_tz& table);
+
+/** M(b): 16 rounds with their exchanges. */
+Block mac_rounds(Block b, Key key, const vrx_tz& table);
+
+/** The next counter: word 0 plus 01010101h modulo 2^32, word 1 plus 01010104h modulo 2^32 - 1, never 0. */
+constexpr Block step_counter(Block c) {
+    const std::uint32_t n2 = c.n2 + 0x01010104U;
+    return {c.n1 + 0x01010101U, n2 + (n2 < 0x01010104U ? 1U : 0U)};
+}
+
+}  // namespace vrx::gost28147
+
+#endif

@@ -1,0 +1,37 @@
+// The deployment rule: from S-boxes to the table that the cipher and the hash read.
+#ifndef VRX_TZ_DEPLOY_HPP
+#define VRX_TZ_DEPLOY_HPP
+
+#include <bit>
+#include <cstdint>
+#include <span>
+
+#include "vrx/tz.h"
+
+namespace vrx::tz {
+
+using Numeric = std::span<const std::uint8_t, VRX_NUM_TZ_SIZE>;
+
+/** Entry x of table k: S-boxes 2k and 2k + 1 on the byte x, moved to byte k, then the 11-bit rotation. */
+constexpr std::uint32_t entry(Numeric num, unsigned k, unsigned x) {
+    const std::uint32_t low = num[4 * (x & 15) + k] & 15U;
+    const std::uint32_t high = num[4 * (x >> 4) + k] >> 4;
+    return std::rotl((low | high << 4) << (8 * k), 11);
+}
+
+/** Fill a table; its flag stays 0 until the last entry is written. The bytes behind the flag are not touched. */
+constexpr void deploy(Numeric num, vrx_tz& out) {
+    out.initialised = 0;
+    for (unsigned k = 0; k < 4; ++k)
+        for (unsigned x = 0; x < 256; ++x) out.t[k][x] = entry(num, k, x);
+    out.initialised = 1;
+}
+
+/** The 11-bit rotated substitution of a 32-bit value: what a round adds to the other half. */
+constexpr std::uint32_t substitute(const vrx_tz& table, std::uint32_t v) {
+    return table.t[0][v & 255] ^ table.t[1][v >> 8 & 255] ^ table.t[2][v >> 16 & 255] ^ table.t[3][v >> 24];
+}
+
+}  // namespace vrx::tz
+
+#endif
