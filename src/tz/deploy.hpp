@@ -27,11 +27,6 @@ constexpr void deploy(Numeric num, vrx_tz& out) {
     out.initialised = 1;
 }
 
-/** The 11-bit rotated substitution of a 32-bit value: what a round adds to the other half. */
-constexpr std::uint32_t substitute(const vrx_tz& table, std::uint32_t v) {
-    return table.t[0][v & 255] ^ table.t[1][v >> 8 & 255] ^ table.t[2][v >> 16 & 255] ^ table.t[3][v >> 24];
-}
-
 }  // namespace vrx::tz
 
 #endif
