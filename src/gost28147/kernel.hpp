@@ -71,7 +71,8 @@ template <const auto& order>
         ((i % 2 == 0 ? b.n2 = mixed(b.n2, b.n1 + key[order[i]], table)
                      : b.n1 = mixed(b.n1, b.n2 + key[order[i]], table)),
          ...);
-    }(std::make_index_sequence<order.size()>{});
+    }
+    (std::make_index_sequence<order.size()>{});
     return b;
 }
 
