@@ -1,0 +1,47 @@
+// Substitution as the standard draws it: eight boxes side by side, each on its nibble, then a rotation.
+#ifndef VRX_TESTS_TZ_MODEL_HPP
+#define VRX_TESTS_TZ_MODEL_HPP
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "vrx/tz.h"
+
+namespace vrx::test {
+
+/** boxes[r][i]: the output of S-box r, which works on bits 4r to 4r + 3, for the input i. */
+using Boxes = std::array<std::array<unsigned, 16>, 8>;
+
+inline Boxes boxes_of(std::span<const std::uint8_t, VRX_NUM_TZ_SIZE> num) {
+    Boxes boxes{};
+    for (unsigned i = 0; i < 16; ++i)
+        for (unsigned r = 0; r < 8; ++r) {
+            const unsigned byte = num[4 * i + r / 2];
+            boxes.at(r).at(i) = r % 2 == 0 ? byte % 16 : byte / 16;
+        }
+    return boxes;
+}
+
+/** The nibbles from `first` to `last` of v substituted, the others dropped; all rotated left by 11 bits. */
+inline std::uint32_t substituted(const Boxes& boxes, std::uint32_t v, unsigned first = 0, unsigned last = 7) {
+    std::uint64_t sum = 0;
+    std::uint64_t place = 1;
+    for (unsigned r = 0; r < 8; ++r, place *= 16)
+        if (r >= first && r <= last) sum += place * boxes.at(r).at(v / place % 16);
+    for (unsigned bit = 0; bit < 11; ++bit) sum = 2 * sum % (std::uint64_t{1} << 32) + sum / (std::uint64_t{1} << 31);
+    return static_cast<std::uint32_t>(sum);
+}
+
+/** The deployed record of eight boxes. */
+inline vrx_tz deployed(const Boxes& boxes) {
+    vrx_tz table{};
+    for (unsigned k = 0; k < 4; ++k)
+        for (unsigned x = 0; x < 256; ++x) table.t[k][x] = substituted(boxes, x << (8 * k), 2 * k, 2 * k + 1);
+    table.initialised = 1;
+    return table;
+}
+
+}  // namespace vrx::test
+
+#endif
