@@ -1,0 +1,2 @@
+// The same records, seen by a C++ compiler.
+#include "layout.c"
