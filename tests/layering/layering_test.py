@@ -1,0 +1,157 @@
+#!/usr/bin/env python3
+"""Which file may include which. Usage: layering_test.py PROJECT
+
+     ecc ----> bigdigits, field
+    /   \\
+   v     v
+gostr3411  gost28147    sha1
+    \\      /             |
+     v    v              |
+       tz ----> frame <--'
+"""
+import re
+import sys
+import unittest
+from pathlib import Path
+
+# A folder of src/, and the folders that it may include, itself aside.
+BELOW = {
+    "frame": set(),
+    "tz": {"frame"},
+    "gost28147": {"tz", "frame"},
+    "gostr3411": {"tz", "frame"},
+    "sha1": {"frame"},
+    "ecc/bigdigits": {"frame"},
+    "ecc/field": {"frame"},
+    "ecc": {"ecc/bigdigits", "ecc/field", "gostr3411", "gost28147", "tz", "frame"},
+}
+
+# Within a folder: a file includes those that stand before it, never those behind.
+ORDER = {
+    "gost28147": ["kernel", "modes", "meshing", "context"],
+    "gostr3411": ["step", "hash", "hmac", "kdf"],
+    "sha1": ["compress", "hash"],
+    "ecc/bigdigits": ["arithmetic", "modular", "convert"],
+    "ecc/field": ["field", "curve", "comb"],
+    "ecc": ["params", "point", "multiply", "sign", "agree", "octets"],
+}
+
+# The folder that a public header belongs to; export.h and vrx.h are nobody's.
+OWNER = {
+    "frame": "frame",
+    "tz": "tz",
+    "params": "tz",
+    "kernel": "gost28147",
+    "modes": "gost28147",
+    "context": "gost28147",
+    "gostr3411": "gostr3411",
+    "hmac": "gostr3411",
+    "kdf": "gostr3411",
+    "sha1": "sha1",
+    "bigdigits": "ecc/bigdigits",
+    "ecc": "ecc",
+}
+
+# The one call that goes up: the library's notice asks the arithmetic for its own.
+UPWARD = ("src/frame/api.cpp", {"src/ecc/bigdigits/notice.hpp", "include/vrx/bigdigits.h"})
+
+# What a public header may take from the C library.
+C_STANDARD = {"stddef.h", "stdint.h", "stdio.h"}
+
+INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"]', re.M)
+
+
+class Layering(unittest.TestCase):
+    project = Path()
+
+    def sources(self, folder):
+        suffixes = (".c", ".cpp", ".h", ".hpp", ".inc")
+        files = [p for p in sorted((self.project / folder).rglob("*")) if p.suffix in suffixes]
+        self.assertTrue(files, folder)
+        return files
+
+    def included(self, file):
+        """The project's files that a file includes, as paths from its root; and the names of all others."""
+        own, foreign = set(), set()
+        for _, name in INCLUDE.findall(file.read_text()):
+            for base in (file.parent, self.project / "src", self.project / "include"):
+                if (base / name).is_file():
+                    own.add((base / name).resolve().relative_to(self.project.resolve()))
+                    break
+            else:
+                foreign.add(name)
+        return own, foreign
+
+    def folder_of(self, path):
+        """The folder of src/ that a file belongs to, or None where it is nobody's."""
+        if path.parts[0] == "src":
+            folder = path.parent.relative_to("src").as_posix()
+            self.assertIn(folder, BELOW, f"{path}: a folder without a place in the picture")
+            return folder
+        if path.stem in ("export", "vrx"):
+            return None
+        self.assertIn(path.stem, OWNER, f"{path}: a header without an owner")
+        return OWNER[path.stem]
+
+    def check(self, file):
+        path = file.relative_to(self.project)
+        folder = self.folder_of(path)
+        for other in self.included(file)[0]:
+            below = self.folder_of(other)
+            if below in (None, folder) or str(path) == UPWARD[0] and str(other) in UPWARD[1]:
+                continue
+            self.assertIn(below, BELOW[folder], f"{path} includes {other}")
+
+    def test_no_file_includes_what_stands_above_it(self):
+        for file in self.sources("src"):
+            with self.subTest(file.name):
+                self.check(file)
+
+    def test_public_headers_follow_the_same_order(self):
+        for file in self.sources("include/vrx"):
+            with self.subTest(file.name):
+                if file.stem != "export":
+                    self.check(file)
+
+    def test_public_headers_include_each_other_and_the_c_library_only(self):
+        for file in self.sources("include"):
+            own, foreign = self.included(file)
+            self.assertTrue(all(path.parts[0] == "include" for path in own), file)
+            self.assertLessEqual(foreign, C_STANDARD, file)
+
+    def test_umbrella_header_includes_every_other(self):
+        own, _ = self.included(self.project / "include/vrx.h")
+        headers = {p.relative_to(self.project) for p in self.sources("include/vrx") if p.stem != "export"}
+        self.assertEqual(own, headers)
+
+    def test_order_within_a_folder_is_kept(self):
+        for folder, order in ORDER.items():
+            if not (self.project / "src" / folder).is_dir():
+                continue
+            for file in (self.project / "src" / folder).glob("*.[ch]pp"):
+                for other in self.included(file)[0]:
+                    same = other.parent.as_posix() == f"src/{folder}"
+                    if same and file.stem in order and other.stem in order:
+                        self.assertLessEqual(order.index(other.stem), order.index(file.stem), f"{file.name}: {other}")
+
+    def test_no_file_includes_itself_by_a_detour(self):
+        graph = {file.relative_to(self.project): self.included(file)[0]
+                 for file in self.sources("src") + self.sources("include")}
+        done, path = set(), []
+
+        def visit(file):
+            self.assertNotIn(file, path, "a circle")
+            if file in done:
+                return
+            path.append(file)
+            for other in graph[file]:
+                visit(other)
+            done.add(path.pop())
+
+        for file in graph:
+            visit(file)
+
+
+if __name__ == "__main__":
+    Layering.project = Path(sys.argv[1])
+    unittest.main(argv=sys.argv[:1])
