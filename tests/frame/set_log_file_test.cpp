@@ -38,7 +38,8 @@ std::string contents(const fs::path& path) {
 class SetLogFile : public testing::Test {
 protected:
     SetLogFile() : before_(fs::current_path()) {
-        std::string name = (fs::temp_directory_path() / "vrx-log-XXXXXX").string();
+        // mkdtemp() replaces the closing six letters.
+        std::string name = (fs::temp_directory_path() / ("vrx-log-" + std::string(6, 'X'))).string();
         if (mkdtemp(name.data()) == nullptr) throw fs::filesystem_error("mkdtemp", std::error_code());
         folder_ = name;
         fs::current_path(folder_);
