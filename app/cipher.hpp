@@ -1,0 +1,81 @@
+// The cipher as the options of a command describe it.
+#ifndef VRX_APP_CIPHER_HPP
+#define VRX_APP_CIPHER_HPP
+
+#include <vrx.h>
+
+#include <array>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "files.hpp"
+#include "keys.hpp"
+#include "options.hpp"
+#include "parameters.hpp"
+
+namespace vrx::app {
+
+using Block = std::array<std::uint8_t, VRX_BLOCK_SIZE>;
+
+/** What the user said about the cipher. */
+struct CipherOptions {
+    std::optional<std::string> key;
+    std::optional<std::string> parameters;
+    std::optional<std::string> mode;
+    std::optional<std::string> table;
+    std::optional<std::string> iv;
+    bool mesh = false;
+    bool no_mesh = false;
+};
+
+/** Options that encryption and MAC share: key, parameter set, meshing, table. */
+std::vector<Option> cipher_options(CipherOptions& options);
+
+/**
+ * A key, a table and a context of the library in memory for secrets.
+ *
+ * What the options leave open comes from the parameter set.
+ */
+class Cipher {
+public:
+    /** Reads the files that the options name. */
+    Cipher(const Command& command, const CipherOptions& options);
+
+    /** The mode for encryption. */
+    [[nodiscard]] const Mode& mode() const { return *mode_; }
+    /** The value of --iv. */
+    [[nodiscard]] const std::optional<Block>& iv() const { return iv_; }
+    /** Files that were read: no output may replace them. */
+    [[nodiscard]] const std::vector<FileId>& files() const { return files_; }
+
+    /** Begin a message in the mode of the options. */
+    void start(bool encrypt, const std::optional<Block>& iv);
+    /** Process data in place; all pieces but the last are whole blocks, and in some modes the last one too. */
+    void process(std::span<std::uint8_t> data);
+
+    /** Begin a message whose MAC is wanted; --iv is its starting value. */
+    void start_mac();
+    void absorb(std::span<std::uint8_t> data);
+    [[nodiscard]] Block finish_mac();
+
+private:
+    struct State {
+        Key key;
+        vrx_crpt_ctx context;
+    };
+    void open_context(bool encrypt, std::uint32_t mode, const std::optional<Block>& iv);
+
+    Secret<State> state_;
+    const Mode* mode_;
+    const vrx_tz* table_;
+    vrx_tz own_table_{};
+    bool meshing_;
+    std::optional<Block> iv_;
+    std::vector<FileId> files_;
+};
+
+}  // namespace vrx::app
+
+#endif

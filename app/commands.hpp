@@ -1,0 +1,17 @@
+// The commands of the program.
+#ifndef VRX_APP_COMMANDS_HPP
+#define VRX_APP_COMMANDS_HPP
+
+#include "options.hpp"
+
+namespace vrx::app {
+
+extern const Command encrypt_command;  // command_encrypt.cpp
+extern const Command decrypt_command;
+extern const Command mac_command;     // command_mac.cpp
+extern const Command keygen_command;  // command_keygen.cpp
+extern const Command params_command;  // command_params.cpp
+
+}  // namespace vrx::app
+
+#endif

@@ -1,0 +1,46 @@
+#include "failure.hpp"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace vrx::app {
+namespace {
+
+const char* advice(int error) {
+    switch (error) {
+        case ENOENT:
+        case ENOTDIR:
+            return "; check the name";
+        case EACCES:
+        case EPERM:
+            return "; check the permissions";
+        case EISDIR:
+            return "; name a file";
+        case ENOSPC:
+        case EDQUOT:
+            return "; free some space or write elsewhere";
+        case EFBIG:
+            return "; raise the limit (ulimit -f) or write elsewhere";
+        case EROFS:
+            return "; write elsewhere";
+        case EBADF:
+            return "; it is closed, or not open for this";
+        default:
+            return "";
+    }
+}
+
+}  // namespace
+
+SystemFailure::SystemFailure(const std::string& what, int error)
+    : Failure(what + ": " + std::strerror(error) + advice(error)), error_(error) {}
+
+void say(const std::string& sentence) {
+    const std::string line = "vrx: " + sentence + "\n";
+    // Where standard error cannot be written there is nobody to tell; the exit code remains.
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+}
+
+}  // namespace vrx::app

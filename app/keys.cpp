@@ -1,0 +1,66 @@
+#include "keys.hpp"
+
+#include <sys/mman.h>
+#include <sys/prctl.h>
+
+#include <bit>
+#include <cerrno>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+#include "failure.hpp"
+#include "text.hpp"
+
+namespace vrx::app {
+namespace {
+
+static_assert(std::endian::native == std::endian::little);
+
+constexpr std::size_t hex_key_size = 2 * VRX_KEY_SIZE;
+
+/** The text of a key file: digits, CR, LF, and one byte more to notice a longer file. */
+using KeyText = std::array<std::uint8_t, hex_key_size + 3>;
+
+void warn_if_others_can_read(const Input& file) {
+    if (!S_ISREG(file.mode()) || (file.mode() & 077) == 0) return;
+    say("warning: others than its owner have access to the key file " + file.shown() +
+        "; take that away with chmod 600");
+}
+
+}  // namespace
+
+SecretPages::SecretPages(std::size_t size) : pages_(nullptr), size_(size) {
+    prctl(PR_SET_DUMPABLE, 0);
+    pages_ = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pages_ == MAP_FAILED) throw SystemFailure("cannot get memory for a key", errno);
+    mlock(pages_, size);  // The limit may be too low; the secret is then protected a little less.
+}
+
+SecretPages::~SecretPages() {
+    explicit_bzero(pages_, size_);
+    munmap(pages_, size_);
+}
+
+FileId load_key(const std::string& path, Key& key) {
+    Input file(path);
+    Secret<KeyText> text;
+    const std::size_t size = file.read_full(*text);
+    const std::string_view content(reinterpret_cast<const char*>(text->data()), size);
+    const std::span octets(reinterpret_cast<std::uint8_t*>(key.data()), VRX_KEY_SIZE);
+
+    if (size == VRX_KEY_SIZE) {
+        std::memcpy(octets.data(), content.data(), size);
+    } else if (without_line_end(content).size() == hex_key_size) {
+        if (!from_hex(without_line_end(content), octets))
+            throw Failure("the key file " + file.shown() + " holds a character that is not a hexadecimal digit");
+    } else {
+        throw Failure("the key file " + file.shown() + " holds " +
+                      (size == text->size() ? "more than " + std::to_string(size - 1) : std::to_string(size)) +
+                      " bytes; a key is 32 bytes, or 64 hexadecimal digits with an optional line end");
+    }
+    warn_if_others_can_read(file);
+    return file.id();
+}
+
+}  // namespace vrx::app

@@ -1,0 +1,105 @@
+// The program vrx: finds the command, runs it, and reports what went wrong.
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <exception>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include <vrx.h>
+
+#include "commands.hpp"
+#include "failure.hpp"
+#include "files.hpp"
+#include "text.hpp"
+
+namespace vrx::app {
+namespace {
+
+constexpr std::array commands{&encrypt_command, &decrypt_command, &mac_command, &keygen_command, &params_command};
+
+constexpr const char* where_to_look = "; 'vrx help' lists the commands";
+
+int print(const std::string& text) {
+    Output output("-");
+    output.write(text);
+    output.commit();
+    return exit_done;
+}
+
+std::string overview() {
+    std::string text =
+        "Usage: vrx COMMAND [OPTIONS] [FILE]...\n"
+        "\n"
+        "GOST cryptography for files. Where no FILE is named, or FILE is -, standard input is read.\n"
+        "\n"
+        "Commands:\n";
+    const auto line = [&](std::string name, const char* summary) {
+        name.resize(10, ' ');
+        text += "  " + name + summary + "\n";
+    };
+    for (const Command* command : commands) line(command->name, command->summary);
+    line("help", "this list, or the help of one command");
+    line("version", "the version of the program");
+    return text +
+           "\n"
+           "'vrx help COMMAND' or 'vrx COMMAND --help' explains a command.\n"
+           "Exit codes: 0 done, 1 a check failed, 2 wrong use or an input/output error.\n"
+           "\n"
+           "Example:\n"
+           "  vrx keygen --out my.key\n"
+           "  vrx encrypt --key my.key -o letter.enc letter.txt\n"
+           "  vrx decrypt --key my.key -o letter.txt letter.enc\n";
+}
+
+std::string version() { return "vrx " VRX_VERSION "\n" + std::string(vrx_copyright_notice()) + "\n"; }
+
+const Command& command_named(std::string_view name) {
+    const auto found =
+        std::find_if(commands.begin(), commands.end(), [&](const Command* c) { return c->name == name; });
+    if (found == commands.end()) throw Failure("there is no command " + in_quotes(name) + where_to_look);
+    return **found;
+}
+
+int help(int argc, char** argv) {
+    if (argc == 1) return print(overview());
+    if (argc > 2) throw Failure("help takes the name of one command" + std::string(where_to_look));
+    const Command& command = command_named(argv[1]);
+    std::string option = "--help";
+    std::array<char*, 3> arguments{argv[1], option.data(), nullptr};
+    return command.run(command, 2, arguments.data());
+}
+
+int run(int argc, char** argv) {
+    if (argc < 2) throw Failure("name a command" + std::string(where_to_look));
+    const std::string_view name = argv[1];
+    if (name == "help" || name == "--help" || name == "-h") return help(argc - 1, argv + 1);
+    if (name == "version" || name == "--version") {
+        if (argc > 2) throw Failure(std::string(name) + " takes no operands");
+        return print(version());
+    }
+    if (name.starts_with('-')) throw Failure("the command comes first, not " + in_quotes(name) + where_to_look);
+    const Command& command = command_named(name);
+    return command.run(command, argc - 1, argv + 1);
+}
+
+}  // namespace
+}  // namespace vrx::app
+
+int main(int argc, char** argv) {
+    using namespace vrx::app;
+    occupy_standard_streams();
+    // Past the size limit of the user a write shall fail like any other.
+    std::signal(SIGXFSZ, SIG_IGN);
+    try {
+        return run(argc, argv);
+    } catch (const Failure& failure) {
+        say(failure.what());
+    } catch (const std::bad_alloc&) {
+        say("there is not enough memory");
+    } catch (const std::exception& error) {
+        say(std::string("unexpected failure: ") + error.what());
+    }
+    return exit_trouble;
+}

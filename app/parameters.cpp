@@ -1,0 +1,75 @@
+#include "parameters.hpp"
+
+#include <algorithm>
+#include <bit>
+
+#include "failure.hpp"
+#include "text.hpp"
+
+namespace vrx::app {
+namespace {
+
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+bool same_text(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
+}
+
+std::string_view without_prefix(std::string_view text, std::string_view prefix) {
+    return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
+}
+
+std::string_view without_suffix(std::string_view text, std::string_view suffix) {
+    return text.ends_with(suffix) ? text.substr(0, text.size() - suffix.size()) : text;
+}
+
+bool is_called(const vrx_gost28147_par& set, std::string_view text) {
+    const std::string_view name = set.name;
+    const std::string_view middle = without_suffix(without_prefix(name, "id-Gost28147-89-"), "-ParamSet");
+    return text == set.str_oid || same_text(text, name) || same_text(text, middle) ||
+           same_text(text, without_prefix(middle, "CryptoPro-"));
+}
+
+}  // namespace
+
+const Mode& mode_by_number(std::uint32_t number) {
+    const auto mode = std::find_if(modes.begin(), modes.end(), [=](const Mode& m) { return m.number == number; });
+    if (mode == modes.end()) throw Failure("there is no cipher mode " + std::to_string(number));
+    return *mode;
+}
+
+const Mode& mode_by_name(const std::string& name) {
+    const auto mode = std::find_if(modes.begin(), modes.end(), [&](const Mode& m) { return m.name == name; });
+    if (mode == modes.end()) throw Failure("there is no mode " + in_quotes(name) + "; use ss, gamm, gfb or cbc");
+    return *mode;
+}
+
+const vrx_gost28147_par& cipher_parameters(std::string_view text) {
+    for (std::uint32_t i = 0; i < short_names.size(); ++i) {
+        const vrx_gost28147_par& set = *get_GOST28147_par(i);
+        if (same_text(text, short_names[i]) || is_called(set, text)) return set;
+    }
+    throw Failure("there is no parameter set " + in_quotes(text) + "; 'vrx params' lists them");
+}
+
+const char* table_name(const vrx_tz* table) {
+    for (const char* name : cipher_tables)
+        if (TZ_by_name(name) == table) return name;
+    for (const char* name : hash_tables)
+        if (hash_TZ_by_name(name) == table) return name;
+    return "unnamed";
+}
+
+std::string table_text(const vrx_tz& table) {
+    std::string text;
+    for (unsigned input = 0; input < 16; ++input)
+        for (unsigned k = 0; k < 4; ++k) {
+            // Undo the deployment of the entry where both S-boxes see this input.
+            const std::uint32_t pair = std::rotr(table.t[k][16 * input + input], 11) >> (8 * k);
+            text += "0123456789ABCDEF"[pair & 15];
+            text += "0123456789ABCDEF"[pair >> 4 & 15];
+        }
+    return text;
+}
+
+}  // namespace vrx::app

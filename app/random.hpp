@@ -1,0 +1,27 @@
+// Random octets from the operating system.
+#ifndef VRX_APP_RANDOM_HPP
+#define VRX_APP_RANDOM_HPP
+
+#include <sys/random.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <span>
+
+#include "failure.hpp"
+
+namespace vrx::app {
+
+inline void fill_random(std::span<std::uint8_t> octets) {
+    while (!octets.empty()) {
+        const ssize_t got = getrandom(octets.data(), octets.size(), 0);
+        if (got >= 0)
+            octets = octets.subspan(static_cast<std::size_t>(got));
+        else if (errno != EINTR)
+            throw SystemFailure("cannot draw random bytes from the system", errno);
+    }
+}
+
+}  // namespace vrx::app
+
+#endif

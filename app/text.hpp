@@ -1,0 +1,30 @@
+// Octets as hexadecimal digits, and file names in messages.
+#ifndef VRX_APP_TEXT_HPP
+#define VRX_APP_TEXT_HPP
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vrx::app {
+
+/** The value of a hexadecimal digit of either case; nothing for another character. */
+std::optional<unsigned> hex_digit(char c);
+
+/** Octets as lower-case hexadecimal digits. */
+std::string to_hex(std::span<const std::uint8_t> octets);
+
+/** Read exactly two hexadecimal digits for each octet; false when the text is anything else. */
+[[nodiscard]] bool from_hex(std::string_view text, std::span<std::uint8_t> octets);
+
+/** A text without one line end (LF or CRLF) behind it. */
+std::string_view without_line_end(std::string_view text);
+
+/** A file name between quotation marks, its control characters made visible. */
+std::string in_quotes(std::string_view name);
+
+}  // namespace vrx::app
+
+#endif
