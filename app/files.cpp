@@ -134,7 +134,7 @@ Output::Output(const std::string& path, const std::vector<FileId>& inputs)
         return;
     }
     if (stat(path.c_str(), &status) != 0) {
-        if (errno != ENOENT) throw SystemFailure("cannot write " + shown_, errno);
+        if (errno != ENOENT || path.empty()) throw SystemFailure("cannot write " + shown_, errno);
         open_beside(path, std::nullopt);
         return;
     }
@@ -179,6 +179,7 @@ Output::Output(const std::string& path, NewPrivateFile) : shown_(in_quotes(path)
     }
     temporary_ = path;
     set_unfinished_file(path);
+    fchmod(fd_, 0600);  // whatever the umask; should it fail, the permissions are fewer, never more
 }
 
 Output::~Output() {
@@ -219,7 +220,7 @@ void Output::close_checked() {
 
 void Output::commit() {
     if (temporary_.empty()) return close_checked();
-    if (!target_.empty()) {
+    if (target_) {
         // The file keeps owner and permissions of the one that it replaces. Giving it away is a privilege.
         if (existing_ && fchown(fd_, existing_->st_uid, existing_->st_gid) != 0 && errno != EPERM)
             throw SystemFailure("cannot set the owner of " + shown_, errno);
@@ -230,7 +231,7 @@ void Output::commit() {
     close_checked();
 
     const SignalsBlocked blocked;
-    if (!target_.empty() && rename(temporary_.c_str(), target_.c_str()) != 0)
+    if (target_ && rename(temporary_.c_str(), target_->c_str()) != 0)
         throw SystemFailure("cannot write " + shown_, errno);
     const std::string folder = folder_of(temporary_);
     temporary_.clear();

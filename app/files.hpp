@@ -91,7 +91,7 @@ private:
     int fd_ = -1;
     std::string shown_;
     std::string temporary_;                // to be removed unless it becomes the target; empty when writing directly
-    std::string target_;                   // name that the temporary file gets; empty when it has its name already
+    std::optional<std::string> target_;    // name that the temporary file gets, unless it has its name already
     std::optional<struct stat> existing_;  // the file that the target replaces
     std::uint64_t written_ = 0;
     std::uint64_t flushed_ = 0;  // of them on their way to the disk

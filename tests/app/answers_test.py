@@ -1,0 +1,119 @@
+"""The program against published answers, and against a plain model for every parameter set and mode."""
+
+import json
+import os
+import random
+
+import gost
+from program import ProgramTest, main
+
+MODES = {"ecb": "ss", "cnt": "gamm", "cfb": "gfb", "cbc": "cbc"}
+
+
+def answers():
+    """The blocks of cipher.kat; each knows its source."""
+    path = os.path.join(os.path.dirname(__file__), "cipher.kat")
+    with open(path, encoding="ascii") as file:
+        for block in file.read().split("\n\n"):
+            lines = block.strip().split("\n")
+            values = dict(line.split(" = ") for line in lines if not line.startswith("#"))
+            if not values:
+                continue
+            sources = [line for line in lines if line.startswith("# source:")]
+            assert len(sources) == 1, block
+            yield sources[0], values
+
+
+class Answers(ProgramTest):
+    def setUp(self):
+        super().setUp()
+        self.built_in = json.loads(self.vrx("params", "--json"))
+        self.tables = {s["name"]: s["table"] for s in self.built_in["sbox_sets"]}
+
+    def set_options(self, answer):
+        """Options for the S-boxes of an answer: a parameter set of the cipher, or a table."""
+        names = [s["name"] for s in self.built_in["cipher_parameter_sets"]]
+        sbox = answer.pop("sbox", None)
+        if sbox in names:
+            return ["--params", sbox]
+        if sbox is None:
+            table = answer.pop("sbox_octets")
+        else:
+            hash_set = next(s for s in self.built_in["hash_parameter_sets"] if s["name"] == sbox)
+            table = self.tables[hash_set["sboxes"]]
+        self.write("table", table.encode())
+        return ["--table", "table"]
+
+    def test_published_answers(self):
+        kinds = set()
+        for source, answer in answers():
+            with self.subTest(source):
+                kind = answer.pop("type")
+                kinds.add(kind)
+                self.write("key", bytes.fromhex(answer.pop("key")), 0o600)
+                options = ["--key", "key", *self.set_options(answer)]
+                options += ["--mesh" if answer.pop("meshing", "none") == "cryptopro" else "--no-mesh"]
+                if "iv" in answer:
+                    options += ["--iv", answer.pop("iv")]
+                if kind == "mac":
+                    if "message_unit" in answer:
+                        message = bytes.fromhex(answer.pop("message_unit")) * int(answer.pop("message_repeat"))
+                    else:
+                        message = bytes.fromhex(answer.pop("message"))
+                    mac = answer.pop("mac")
+                    self.assertEqual(self.vrx("mac", *options, stdin=message)[: len(mac)].decode(), mac)
+                else:
+                    plain, cipher = bytes.fromhex(answer.pop("plaintext")), bytes.fromhex(answer.pop("ciphertext"))
+                    options += ["--mode", MODES[kind]]
+                    self.assertEqual(self.vrx("encrypt", *options, stdin=plain), cipher)
+                    self.assertEqual(self.vrx("decrypt", *options, stdin=cipher), plain)
+                self.assertEqual(answer, {}, "lines that nothing read")
+        self.assertEqual(kinds, {"mac", *MODES})
+
+    def test_every_set_and_mode_equals_the_model(self):
+        seed = random.randrange(2**32)
+        source = random.Random(seed)
+        for parameters in self.built_in["cipher_parameter_sets"]:
+            table = self.tables[parameters["sboxes"]]
+            for mode in ("ss", "gamm", "gfb", "cbc"):
+                for mesh in (None, True, False):
+                    with self.subTest(seed=seed, set=parameters["short"], mode=mode, mesh=mesh):
+                        size = source.choice([8, 1024, 1032, 2056])
+                        if mode in ("gamm", "gfb"):
+                            size -= source.randrange(8)
+                        self.check(source, parameters, table, mode, mesh, size)
+
+    def check(self, source, parameters, table, mode, mesh, size):
+        key, iv, data = source.randbytes(32), source.randbytes(8), source.randbytes(size)
+        self.write("key", key, 0o600)
+        options = ["--key", "key", "--params", parameters["short"]]
+        if mode != parameters["mode"]:
+            options += ["--mode", mode]
+        if mesh is not None:
+            options += ["--mesh" if mesh else "--no-mesh"]
+        if mode != "ss":
+            options += ["--iv", iv.hex()]
+        meshing = parameters["key_meshing"] if mesh is None else mesh
+        expected = gost.encrypt(table, key, mode, meshing, iv, data)
+        self.assertEqual(self.vrx("encrypt", *options, stdin=data), expected)
+        self.assertEqual(self.vrx("decrypt", *options, stdin=expected), data)
+
+    def test_mac_equals_the_model(self):
+        seed = random.randrange(2**32)
+        source = random.Random(seed)
+        for parameters in self.built_in["cipher_parameter_sets"]:
+            table = self.tables[parameters["sboxes"]]
+            for size in (1, 7, 8, 9, 1023, 1024, 1025, 2060):
+                with self.subTest(seed=seed, set=parameters["short"], size=size):
+                    key, iv, data = source.randbytes(32), source.randbytes(8), source.randbytes(size)
+                    self.write("key", key, 0o600)
+                    options = ["--key", "key", "--params", parameters["short"]]
+                    expected = gost.mac(table, key, parameters["key_meshing"], data)
+                    self.assertEqual(self.vrx("mac", *options, stdin=data).decode(), expected.hex() + "  -\n")
+                    expected = gost.mac(table, key, parameters["key_meshing"], data, iv)
+                    out = self.vrx("mac", *options, "--iv", iv.hex(), stdin=data)
+                    self.assertEqual(out.decode(), expected.hex() + "  -\n")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,108 @@
+"""Runs the program vrx in a folder of its own, for tests."""
+
+import contextlib
+import os
+import shutil
+import subprocess
+import tempfile
+import time
+import unittest
+
+PROGRAM = os.environ.get("VRX_PROGRAM", "vrx")
+SANITIZED = bool(os.environ.get("VRX_SANITIZE"))
+KEY = bytes(range(32))
+
+
+class Done:
+    """What a run left: exit code, standard output and standard error."""
+
+    def __init__(self, code, out, err):
+        self.code, self.out, self.err = code, out, err
+
+
+class ProgramTest(unittest.TestCase):
+    """A test with a folder of its own, which holds a key file `key` and is the working directory of every run."""
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="vrx-test-")
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.write("key", KEY, 0o600)
+
+    def path(self, name):
+        return os.path.join(os.fsencode(self.folder), os.fsencode(name))
+
+    def write(self, name, data, mode=0o644):
+        with open(self.path(name), "wb") as file:
+            file.write(data)
+        os.chmod(self.path(name), mode)
+
+    def read(self, name):
+        with open(self.path(name), "rb") as file:
+            return file.read()
+
+    def names(self):
+        return sorted(os.listdir(self.folder))
+
+    def mode(self, name):
+        return os.stat(self.path(name)).st_mode & 0o7777
+
+    def start(self, *arguments, **options):
+        options.setdefault("stdin", subprocess.DEVNULL)
+        options.setdefault("stdout", subprocess.PIPE)
+        options.setdefault("stderr", subprocess.PIPE)
+        options.setdefault("cwd", self.folder)
+        process = subprocess.Popen([PROGRAM, *arguments], **options)
+        self.addCleanup(self.stop, process)
+        return process
+
+    @staticmethod
+    def stop(process):
+        if process.poll() is None:
+            process.kill()
+            process.wait()
+        for stream in (process.stdin, process.stdout, process.stderr):
+            if stream is not None:
+                with contextlib.suppress(OSError):
+                    stream.close()
+
+    def run_vrx(self, *arguments, stdin=subprocess.DEVNULL, **options):
+        """Run to the end; `stdin` is a file, or holds bytes that are piped in."""
+        data = stdin if isinstance(stdin, bytes) else None
+        process = self.start(*arguments, stdin=stdin if data is None else subprocess.PIPE, **options)
+        out, err = process.communicate(data, timeout=120)
+        return Done(process.returncode, out, err)
+
+    def vrx(self, *arguments, **options):
+        """Run, expect success without a word, and return standard output."""
+        done = self.run_vrx(*arguments, **options)
+        self.assertEqual((done.code, done.err), (0, b""), arguments)
+        return done.out
+
+    def refused(self, *arguments, says, code=2, out=b"", **options):
+        """Run, and expect one sentence on standard error that holds the texts `says`."""
+        done = self.run_vrx(*arguments, **options)
+        self.assertEqual(done.code, code, (arguments, done.err))
+        self.assertEqual(done.out, out, arguments)
+        self.assertTrue(done.err.startswith(b"vrx: "), done.err)
+        self.assertEqual(done.err.count(b"\n"), 1, done.err)
+        for text in [says] if isinstance(says, str) else says:
+            self.assertIn(os.fsencode(text), done.err, arguments)
+
+    def wait_for(self, condition, what):
+        """Wait until a condition holds; fail when it does not for long."""
+        end = time.monotonic() + 60
+        while time.monotonic() < end:
+            result = condition()
+            if result:
+                return result
+            time.sleep(0.01)
+        return self.fail("waited in vain for " + what)
+
+    @staticmethod
+    def status_of(process, field):
+        """A number of /proc/PID/status."""
+        with open(f"/proc/{process.pid}/status", encoding="ascii") as file:
+            return int(next(line.split()[1] for line in file if line.startswith(field + ":")))
+
+
+main = unittest.main
