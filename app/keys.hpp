@@ -7,7 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <new>
+#include <memory>
 #include <string>
 #include <type_traits>
 
@@ -34,7 +34,7 @@ template <typename T>
 requires std::is_trivially_destructible_v<T>
 class Secret {
 public:
-    Secret() : pages_(sizeof(T)), value_(new (pages_.get()) T{}) {}
+    Secret() : pages_(sizeof(T)), value_(std::construct_at(static_cast<T*>(pages_.get()))) {}
     T& operator*() { return *value_; }
     T* operator->() { return value_; }
 

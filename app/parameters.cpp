@@ -53,11 +53,12 @@ const vrx_gost28147_par& cipher_parameters(std::string_view text) {
 }
 
 const char* table_name(const vrx_tz* table) {
-    for (const char* name : cipher_tables)
-        if (TZ_by_name(name) == table) return name;
-    for (const char* name : hash_tables)
-        if (hash_TZ_by_name(name) == table) return name;
-    return "unnamed";
+    const auto cipher =
+        std::find_if(cipher_tables.begin(), cipher_tables.end(), [=](const char* n) { return TZ_by_name(n) == table; });
+    if (cipher != cipher_tables.end()) return *cipher;
+    const auto hash = std::find_if(hash_tables.begin(), hash_tables.end(),
+                                   [=](const char* n) { return hash_TZ_by_name(n) == table; });
+    return hash != hash_tables.end() ? *hash : "unnamed";
 }
 
 std::string table_text(const vrx_tz& table) {

@@ -10,6 +10,7 @@ namespace {
 constexpr std::chrono::milliseconds delay{1000};
 constexpr std::chrono::milliseconds interval{200};
 constexpr std::size_t bar_width = 30;
+constexpr std::size_t narrowest_terminal = 80;
 
 void show(const std::string& text) {
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
@@ -51,7 +52,9 @@ void Progress::draw(Clock::time_point now) {
         line += "[" + std::string(filled, '#') + std::string(bar_width - filled, '.') + "] " +
                 std::to_string(static_cast<int>(100 * part)) + "%  ";
     }
-    show(line + mebibytes(done) + ", " + mebibytes(done / seconds) + "/s  " + name_);
+    line += mebibytes(done) + ", " + mebibytes(done / seconds) + "/s";
+    if (line.size() + name_.size() < narrowest_terminal) line += "  " + name_;  // a line that wraps cannot be cleared
+    show(line);
     drawn_ = true;
 }
 

@@ -3,8 +3,9 @@
 import json
 import os
 import subprocess
+import unittest
 
-from program import KEY, PROGRAM, ProgramTest, main
+from program import KEY, PROGRAM, SANITIZED, ProgramTest, main
 
 SHORT_NAMES = ["test", "A", "B", "C", "D", "0S", "SA", "SB", "SC", "SD"]
 IV = "0011223344556677"
@@ -120,6 +121,7 @@ class Keys(ProgramTest):
         self.refused("encrypt", "--key", "-", says="standard input cannot be both the key and the data", stdin=KEY)
         self.refused("mac", "--key", "-", "in", "-", says="standard input cannot be both", stdin=KEY)
 
+    @unittest.skipIf(SANITIZED, "sanitizers lock no memory")
     def test_the_key_stays_in_memory(self):
         process = self.start("encrypt", "--key", "key", stdin=subprocess.PIPE)
         process.stdin.write(bytes(8))
