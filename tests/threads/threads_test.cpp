@@ -1,0 +1,169 @@
+// Many threads inside the library at once get what one thread gets. Run under ThreadSanitizer, this finds what they
+// share by mistake. Every test is a process of its own, so the threads also make the first calls of a process.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <latch>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/log_capture.hpp"
+#include "support/random.hpp"
+#include "vrx.h"
+
+namespace {
+
+using vrx::test::Bytes;
+using vrx::test::LogCapture;
+using vrx::test::Random;
+
+constexpr unsigned thread_count = 8;
+constexpr unsigned rounds = 20;
+
+/** Runs task(i) for i below thread_count, each in a thread of its own, and all of them at once. */
+template <typename Task>
+void at_once(Task task) {
+    std::latch ready(thread_count);
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < thread_count; ++i)
+        threads.emplace_back([&ready, &task, i] {
+            ready.arrive_and_wait();
+            task(i);
+        });
+    for (std::thread& thread : threads) thread.join();
+}
+
+/** Something that any number of threads may do at once: a function of a number alone. */
+struct Job {
+    const char* name;
+    std::function<Bytes(unsigned)> result_for;
+};
+
+// What the threads share and only read.
+constexpr std::array<std::uint32_t, VRX_KEY_WORDS> shared_key = {1, 2, 3, 4, 5, 6, 7, 8};
+
+Bytes message_for(unsigned number) { return Random(number).bytes(3000 + 8 * std::size_t{number % 16}); }
+
+vrx_data record(Bytes& bytes) { return {static_cast<std::uint32_t>(bytes.size()), bytes.data()}; }
+
+void expect_ok(int rc) { EXPECT_EQ(rc, VRX_OK); }
+
+Bytes octets(const void* record, std::size_t size) {
+    const auto* first = static_cast<const std::uint8_t*>(record);
+    return {first, first + size};
+}
+
+Job one_shot(const char* name, int mode) {
+    return {name, [mode](unsigned number) {
+                Bytes text = message_for(number);
+                std::array<std::uint8_t, VRX_BLOCK_SIZE> iv{};
+                const vrx_data in = record(text);
+                vrx_data out = record(text);
+                expect_ok(do_cipher_low(&TZ_28147_89[1], mode, &in, &out, iv.data(), shared_key.data(), 1,
+                                        VRX_FLAG_FIRST | VRX_FLAG_PAD));
+                return text;
+            }};
+}
+
+Job one_shot_mac() {
+    return {"one_shot_mac", [](unsigned number) {
+                Bytes text = message_for(number);
+                Bytes mac(VRX_BLOCK_SIZE);
+                const vrx_data in = record(text);
+                vrx_data out = record(mac);
+                expect_ok(VRX_Gost_Imito_m(&TZ_28147_89[1], &in, &out, shared_key.data(), VRX_FLAG_FIRST));
+                return mac;
+            }};
+}
+
+/** A context of one's own, with key meshing, fed in pieces. */
+Job context(const char* name, std::uint32_t mode) {
+    return {name, [mode](unsigned number) {
+                Bytes text = message_for(number);
+                vrx_crpt_ctx ctx;
+                expect_ok(vrx_crpt_init_context(&ctx, 1, get_GOST28147_par(1)->tz, mode, 0, 1, 0, nullptr,
+                                                shared_key.data()));
+                for (std::size_t done = 0; done < text.size();) {
+                    const std::size_t piece = std::min<std::size_t>(1000, text.size() - done);
+                    const vrx_data in{static_cast<std::uint32_t>(piece), text.data() + done};
+                    vrx_data out = in;
+                    expect_ok(vrx_crpt_update(&ctx, &in, &out));
+                    done += piece;
+                }
+                expect_ok(vrx_crpt_final(&ctx));
+                text.insert(text.end(), ctx.mac, ctx.mac + sizeof ctx.mac);
+                return text;
+            }};
+}
+
+Job deployment() {
+    return {"deployment", [](unsigned number) {
+                const Bytes numeric = Random(number).bytes(VRX_NUM_TZ_SIZE);
+                vrx_tz table{};
+                expect_ok(vrx_crpt_deploy_TZ(numeric.data(), &table));
+                return octets(&table, sizeof table);
+            }};
+}
+
+Job look_ups() {
+    return {"look_ups", [](unsigned number) {
+                const void* found[] = {TZ_by_id(number % VRX_TZ_28147_89_COUNT),
+                                       hash_TZ_by_id(number % 2),
+                                       TZ_by_name("tz_c"),
+                                       hash_TZ_by_name("tz_1"),
+                                       get_GOSTR3411_par(1),
+                                       get_GOSTR3411_default_par(),
+                                       get_GOST28147_par(9),
+                                       get_GOST28147_default_par(),
+                                       vrx_copyright_notice(),
+                                       bigdigits_copyright_notice()};
+                const vrx_gostr3411_par* set = nullptr;
+                expect_ok(oidFindGOSTR3411Par(VRX_PAR_HASH_1_OID, VRX_PAR_OID_SIZE, &set));
+                EXPECT_EQ(set, &GOSTR3411_OIDS[1]);
+                return octets(found, sizeof found);
+            }};
+}
+
+const std::vector<Job> jobs = {one_shot("one_shot_ss", VRX_MODE_SS),
+                               one_shot("one_shot_gamm", VRX_MODE_GAMM),
+                               one_shot("one_shot_gfb", VRX_MODE_GFB),
+                               one_shot("one_shot_cbc", VRX_MODE_CBC),
+                               one_shot_mac(),
+                               context("context_ss", VRX_MODE_SS),
+                               context("context_gamm", VRX_MODE_GAMM),
+                               context("context_gfb", VRX_MODE_GFB),
+                               context("context_cbc", VRX_MODE_CBC),
+                               context("context_imito", VRX_MODE_IMITO),
+                               deployment(),
+                               look_ups()};
+
+class Threads : public testing::TestWithParam<Job> {};
+
+TEST_P(Threads, many_at_once_get_what_one_gets) {
+    std::array<std::array<Bytes, rounds>, thread_count> results;
+    at_once([&](unsigned i) {
+        // Half of the threads work on the same numbers, the others on their own.
+        for (unsigned round = 0; round < rounds; ++round) results[i][round] = GetParam().result_for(i % 5 + 8 * round);
+    });
+    for (unsigned i = 0; i < thread_count; ++i)
+        for (unsigned round = 0; round < rounds; ++round)
+            ASSERT_EQ(results[i][round], GetParam().result_for(i % 5 + 8 * round)) << "thread " << i;
+}
+
+INSTANTIATE_TEST_SUITE_P(jobs, Threads, testing::ValuesIn(jobs),
+                         [](const testing::TestParamInfo<Job>& job) { return std::string(job.param.name); });
+
+TEST(Log, failures_of_many_threads_are_whole_lines) {
+    LogCapture log;
+    at_once([](unsigned) {
+        for (unsigned round = 0; round < rounds; ++round) EXPECT_EQ(TZ_by_id(5), nullptr);
+    });
+    std::string expected;
+    for (unsigned line = 0; line < thread_count * rounds; ++line) expected += "TZ_by_id: index out of range\n";
+    EXPECT_EQ(log.take(), expected);
+}
+
+}  // namespace
