@@ -22,3 +22,8 @@ if(VRX_COVERAGE)
   target_compile_options(vrx_options INTERFACE --coverage -fprofile-abs-path)
   target_link_options(vrx_options INTERFACE --coverage)
 endif()
+
+option(VRX_FUZZ "Make libFuzzer programs of the fuzz targets (clang only)" OFF)
+if(VRX_FUZZ)
+  target_compile_options(vrx_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
