@@ -17,7 +17,7 @@
 
 VRX_BEGIN_DECLS
 
-#define VRX_MODE_IMITO 5        /**< the MAC, as a mode of a context */
+#define VRX_MODE_IMITO 5         /**< the MAC, as a mode of a context */
 #define VRX_MESHING_SECTION 1024 /**< bytes processed under one key when key meshing is on */
 
 /** A cipher context. Its fields are public: results are read from it. */
@@ -30,9 +30,10 @@ typedef struct vrx_crpt_ctx {
     uint32_t key[VRX_KEY_WORDS];
     uint8_t iv[VRX_BLOCK_SIZE]; /**< chaining value, counter or feedback register */
     uint32_t mesh_count;        /**< bytes processed since the last meshing, 0 to 1024 */
-    uint8_t block[VRX_BLOCK_SIZE]; /**< modes 1, 4, 5: bytes that wait for a whole block, after final of 1 and 4 the last
+    uint8_t
+        block[VRX_BLOCK_SIZE];   /**< modes 1, 4, 5: bytes that wait for a whole block, after final of 1 and 4 the last
                                         output; modes 2, 3: key stream whose last block_len bytes are unused */
-    uint8_t mac[VRX_BLOCK_SIZE];   /**< mode 5: the MAC state */
+    uint8_t mac[VRX_BLOCK_SIZE]; /**< mode 5: the MAC state */
     uint32_t block_len;
     uint8_t initialised; /**< 0 before initialisation, after final, after a failed meshing */
     uint8_t direction;   /**< non-zero: encrypt; modes 2 and 5 ignore it */
@@ -50,10 +51,10 @@ typedef struct vrx_crpt_table_rec {
 
 /** The parameter block of the older entry points. */
 typedef struct old_crpt_params {
-    uint32_t first;   /**< must not be 0; not used otherwise */
-    uint32_t second;  /**< must not be 0; not used otherwise */
-    vrx_data *table;  /**< its data points to a vrx_crpt_table_rec */
-    vrx_data *key;    /**< its data points to the 32 key bytes */
+    uint32_t first;  /**< must not be 0; not used otherwise */
+    uint32_t second; /**< must not be 0; not used otherwise */
+    vrx_data *table; /**< its data points to a vrx_crpt_table_rec */
+    vrx_data *key;   /**< its data points to the 32 key bytes */
     uint8_t iv[VRX_BLOCK_SIZE];
 } old_crpt_params;
 

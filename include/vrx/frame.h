@@ -15,15 +15,15 @@
 
 VRX_BEGIN_DECLS
 
-#define VRX_OK 0                     /**< success */
-#define VRX_ERR_FAILED (-1)          /**< generic failure: table not deployed, nothing found, wrong signature */
-#define VRX_ERR_BAD_PARAMS (-2)      /**< a required pointer is NULL, or a selector is unknown */
-#define VRX_ERR_RANDOM (-3)          /**< the random source failed */
-#define VRX_ERR_BUFFER_LENGTH (-4)   /**< empty input, output too small, or a MAC buffer that is not 8 bytes */
-#define VRX_ERR_BLOCK_MULTIPLE (-6)  /**< not a multiple of the 8-byte block where padding is not allowed */
-#define VRX_ERR_CONTEXT_STATE (-152) /**< a cipher context is used before it was initialised */
-#define VRX_ERR_UNKNOWN_TZ (-1000)   /**< a substitution-table text is not 128 characters long */
-#define VRX_ERR_UNKNOWN_MODE (-1102) /**< a cipher context holds a mode number that its engine does not know */
+#define VRX_OK 0                        /**< success */
+#define VRX_ERR_FAILED (-1)             /**< generic failure: table not deployed, nothing found, wrong signature */
+#define VRX_ERR_BAD_PARAMS (-2)         /**< a required pointer is NULL, or a selector is unknown */
+#define VRX_ERR_RANDOM (-3)             /**< the random source failed */
+#define VRX_ERR_BUFFER_LENGTH (-4)      /**< empty input, output too small, or a MAC buffer that is not 8 bytes */
+#define VRX_ERR_BLOCK_MULTIPLE (-6)     /**< not a multiple of the 8-byte block where padding is not allowed */
+#define VRX_ERR_CONTEXT_STATE (-152)    /**< a cipher context is used before it was initialised */
+#define VRX_ERR_UNKNOWN_TZ (-1000)      /**< a substitution-table text is not 128 characters long */
+#define VRX_ERR_UNKNOWN_MODE (-1102)    /**< a cipher context holds a mode number that its engine does not know */
 #define VRX_ERR_UNSUPPORTED_OID (-3001) /**< a hash parameter OID is not supported */
 
 /** Bytes with their count. The caller owns both the record and the bytes; the library frees neither. */

@@ -59,8 +59,8 @@ VRX_API void vrx_gost_gamm_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VR
  * copy of the ciphertext where standard feedback is wanted.
  */
 VRX_API void vrx_gost_GFB_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VRX_BLOCK_SIZE],
-                               uint8_t feedback[VRX_BLOCK_SIZE], const uint32_t key[VRX_KEY_WORDS],
-                               const vrx_tz *table, int encrypt);
+                               uint8_t feedback[VRX_BLOCK_SIZE], const uint32_t key[VRX_KEY_WORDS], const vrx_tz *table,
+                               int encrypt);
 
 /**
  * One step of cipher block chaining: encrypting out = chain = E(in ^ chain); decrypting out = D(in) ^ chain, then
