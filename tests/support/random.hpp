@@ -30,8 +30,7 @@ public:
     }
     /** A record of random bytes. */
     template <typename T>
-        requires std::is_trivially_copyable_v<T>
-    T value() {
+    requires std::is_trivially_copyable_v<T> T value() {
         T out;
         const Bytes raw = bytes(sizeof out);
         std::memcpy(&out, raw.data(), sizeof out);
