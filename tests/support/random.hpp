@@ -30,7 +30,8 @@ public:
     }
     /** A record of random bytes. */
     template <typename T>
-    requires std::is_trivially_copyable_v<T> T value() {
+    T value() {
+        static_assert(std::is_trivially_copyable_v<T>);
         T out;
         const Bytes raw = bytes(sizeof out);
         std::memcpy(&out, raw.data(), sizeof out);
