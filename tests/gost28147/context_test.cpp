@@ -1278,6 +1278,19 @@ TEST(ContextEngine, an_empty_input_is_fine_only_with_meshing) {
     }
 }
 
+TEST(ContextEngine, without_meshing_fails_as_the_one_shot_function_does) {
+    Sample s;
+    Bytes bytes = counted(8);
+    const vrx_data in{8, bytes.data()};
+    vrx_data out{8, bytes.data()};
+    vrx_crpt_ctx ctx = s.open(VRX_MODE_SS);
+    const vrx_crpt_ctx before = ctx;
+    EXPECT_EQ(vrx_crpt_context_engine(&ctx, nullptr, &out), VRX_ERR_BAD_PARAMS);
+    EXPECT_EQ(vrx_crpt_context_engine(&ctx, &in, nullptr), VRX_ERR_BAD_PARAMS);
+    EXPECT_EQ(s.log.take(), "VRX_Gost_SS_m: bad params\nVRX_Gost_SS_m: bad params\n");
+    EXPECT_EQ(difference(ctx, before), "");
+}
+
 TEST(ContextEngine, leaves_the_count_of_all_sections_in_the_output) {
     const Sample s;
     for (const std::uint32_t mode : {1u, 2u, 3u, 4u}) {
