@@ -143,7 +143,8 @@ int old_crpt_init_context(vrx_crpt_ctx* ctx, int direction, const old_crpt_param
     if (p == nullptr || p->first == 0 || p->second == 0 || p->table == nullptr || p->table->data == nullptr ||
         p->key == nullptr || p->key->length == 0 || p->key->data == nullptr)
         return VRX_ERR_BAD_PARAMS;
-    const auto& record = *reinterpret_cast<const vrx_crpt_table_rec*>(p->table->data);
+    vrx_crpt_table_rec record;  // it may lie at any address
+    std::memcpy(&record, p->table->data, sizeof record);
     ctx->direction = vrx::low8(direction);
     ctx->mesh_count = 0;
     ctx->table = record.table;

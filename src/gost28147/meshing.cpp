@@ -40,7 +40,7 @@ int vrx_make_key_meshing(vrx_crpt_ctx* ctx) {
 }
 
 int vrx_crpt_crypto_pro_key_meshing(old_crpt_params* p) {
-    const auto* record = reinterpret_cast<const vrx_crpt_table_rec*>(p->table->data);
-    return vrx_crpt_crypto_pro_key_meshing_engine(&record->table, p->iv,
-                                                  reinterpret_cast<std::uint32_t*>(p->key->data));
+    vrx_tz table;  // the record that begins with it may lie at any address
+    std::memcpy(&table, p->table->data, sizeof table);
+    return vrx_crpt_crypto_pro_key_meshing_engine(&table, p->iv, reinterpret_cast<std::uint32_t*>(p->key->data));
 }
