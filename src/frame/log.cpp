@@ -26,6 +26,12 @@ int failed(Name callee, int rc) {
     return rc;
 }
 
+int failed(Name callee, int site, int rc) {
+    if (vrxflog != nullptr)
+        std::fprintf(vrxflog, "%s #%d failed, rc = 0x%x\n", callee.text, site, static_cast<unsigned>(rc));
+    return rc;
+}
+
 int failed_step(Name step, int code) {
     if (vrxflog != nullptr) std::fprintf(vrxflog, "%s failed\n", step.text);
     return code;

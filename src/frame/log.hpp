@@ -27,6 +27,7 @@ struct Name {
 void condition(Name self, const char* what);                             ///< "f: what\n", where a look-up fails
 void condition(Name self, const char* what, const char* subject);        ///< "f: what subject\n"
 [[nodiscard]] int failed(Name callee, int rc);                           ///< "g failed, rc = 0x%x\n"
+[[nodiscard]] int failed(Name callee, int site, int rc);                 ///< "g #2 failed, rc = 0x%x\n"
 [[nodiscard]] int failed_step(Name step, int code);                      ///< "g failed\n"
 [[nodiscard]] int returned(Name callee, int rc);                         ///< "g returned 0x%x", no line end
 

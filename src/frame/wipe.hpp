@@ -14,6 +14,12 @@ inline void wipe(void* bytes, std::size_t count) {
     asm volatile("" : : "r"(bytes) : "memory");
 }
 
+/** Zero what functions that have returned left on the stack below the caller's frame. */
+[[gnu::noinline]] inline void wipe_stack() {
+    std::byte left[2048];  // deeper than any calls of the library's that work on secrets without wiping
+    wipe(left, sizeof left);
+}
+
 /** A value that is zeroed when its scope ends. Neither copied nor moved. */
 template <typename T>
 requires std::is_trivially_copyable_v<T>

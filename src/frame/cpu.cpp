@@ -1,0 +1,65 @@
+#include "frame/cpu.hpp"
+
+#include <cpuid.h>
+
+#include <array>
+
+namespace vrx::cpu {
+namespace {
+
+enum Register : std::uint8_t { ebx, ecx };
+
+/** Register sets that the operating system has to save, as bits of XCR0. */
+enum Saved : std::uint32_t {
+    sse_state = 0x02,  // part of every 64-bit system
+    avx_state = 0x06,
+    avx512_state = 0xe6,
+};
+
+/** Where a feature is announced: bit of a register of leaf 1, or of leaf 7 with subleaf 0. */
+struct Flag {
+    std::uint32_t feature;
+    unsigned leaf;
+    Register reg;
+    unsigned bit;
+    Saved needs;
+};
+
+constexpr std::array flags = {
+    Flag{ssse3, 1, ecx, 9, sse_state},          Flag{sse41, 1, ecx, 19, sse_state},
+    Flag{sha, 7, ebx, 29, sse_state},           Flag{bmi2, 7, ebx, 8, sse_state},
+    Flag{adx, 7, ebx, 19, sse_state},           Flag{avx2, 7, ebx, 5, avx_state},
+    Flag{avx512f, 7, ebx, 16, avx512_state},    Flag{avx512bw, 7, ebx, 30, avx512_state},
+    Flag{avx512vl, 7, ebx, 31, avx512_state},   Flag{avx512vbmi, 7, ecx, 1, avx512_state},
+    Flag{avx512vbmi2, 7, ecx, 6, avx512_state}, Flag{avx512ifma, 7, ebx, 21, avx512_state},
+};
+
+constexpr unsigned osxsave = 1U << 27;  // leaf 1, ecx: XCR0 can be read
+
+std::uint32_t saved_state(unsigned leaf1_ecx) {
+    if ((leaf1_ecx & osxsave) == 0) return sse_state;
+    std::uint32_t low;
+    std::uint32_t high;
+    asm volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+    return low;
+}
+
+}  // namespace
+
+std::uint32_t features() {
+    struct {
+        unsigned eax, ebx, ecx, edx;
+    } leaf1{}, leaf7{};
+    __get_cpuid(1, &leaf1.eax, &leaf1.ebx, &leaf1.ecx, &leaf1.edx);
+    __get_cpuid_count(7, 0, &leaf7.eax, &leaf7.ebx, &leaf7.ecx, &leaf7.edx);
+    const std::uint32_t saved = saved_state(leaf1.ecx);
+    std::uint32_t found = baseline;
+    for (const Flag& flag : flags) {
+        const auto& leaf = flag.leaf == 1 ? leaf1 : leaf7;
+        const unsigned announced = flag.reg == ebx ? leaf.ebx : leaf.ecx;
+        if ((announced >> flag.bit & 1) != 0 && (saved & flag.needs) == flag.needs) found |= flag.feature;
+    }
+    return found;
+}
+
+}  // namespace vrx::cpu

@@ -1,0 +1,33 @@
+// What the processor can do beyond the x86-64 baseline, for choosing between variants of a function.
+#ifndef VRX_FRAME_CPU_HPP
+#define VRX_FRAME_CPU_HPP
+
+#include <cstdint>
+
+namespace vrx::cpu {
+
+// Sets of features: a variant may run where features() holds all that it needs.
+inline constexpr std::uint32_t baseline = 0;
+inline constexpr std::uint32_t ssse3 = 1U << 0;
+inline constexpr std::uint32_t sse41 = 1U << 1;
+inline constexpr std::uint32_t sha = 1U << 2;
+inline constexpr std::uint32_t bmi2 = 1U << 3;
+inline constexpr std::uint32_t adx = 1U << 4;
+inline constexpr std::uint32_t avx2 = 1U << 5;
+inline constexpr std::uint32_t avx512f = 1U << 6;
+inline constexpr std::uint32_t avx512bw = 1U << 7;
+inline constexpr std::uint32_t avx512vl = 1U << 8;
+inline constexpr std::uint32_t avx512vbmi = 1U << 9;
+inline constexpr std::uint32_t avx512vbmi2 = 1U << 10;
+inline constexpr std::uint32_t avx512ifma = 1U << 11;
+
+/**
+ * The features of this processor. Those with wider registers count only where the operating system saves them.
+ *
+ * Asks the processor at every call, which is slow: the answer is for keeping.
+ */
+[[nodiscard]] std::uint32_t features();
+
+}  // namespace vrx::cpu
+
+#endif
