@@ -14,6 +14,9 @@ void kernel_calls(void);
 void mode_calls(void);
 void context_calls(void);
 void meshing_calls(void);
+void hash_calls(void);
+void hmac_calls(void);
+void kdf_calls(void);
 void bigdigits_calls(void);
 
 #endif

@@ -19,6 +19,9 @@ int main(void) {
     mode_calls();
     context_calls();
     meshing_calls();
+    hash_calls();
+    hmac_calls();
+    kdf_calls();
     bigdigits_calls();
     return failures == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

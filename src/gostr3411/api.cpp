@@ -1,0 +1,110 @@
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+#include "frame/log.hpp"
+#include "gostr3411/checks.hpp"
+#include "gostr3411/hash.hpp"
+
+namespace log = vrx::log;
+namespace checks = vrx::gostr3411::checks;
+using namespace vrx::gostr3411;
+
+namespace {
+
+/** The record with an identifier, built-in ones first; NULL when there is none. */
+const vrx_gostr3411_par* find(std::span<const std::uint8_t> oid, std::span<const vrx_gostr3411_par> extra) {
+    for (const auto records : {std::span<const vrx_gostr3411_par>(GOSTR3411_OIDS), extra})
+        for (const vrx_gostr3411_par& record : records)
+            if (record.oid_length == oid.size() && std::memcmp(record.oid, oid.data(), oid.size()) == 0) return &record;
+    return nullptr;
+}
+
+/** The table that GOSTR3411_Init_more_oids() opens a context with; its checks but that of the context. */
+int find_table(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411_par* extra,
+               std::uint32_t extra_count, const vrx_tz*& table) {
+    if (oid == nullptr || oid_len == 0) return log::bad_params("GOSTR3411_Init_more_oids");
+    const vrx_gostr3411_par* record = find({oid, oid_len}, {extra, extra == nullptr ? 0 : extra_count});
+    if (record == nullptr)
+        return log::condition("GOSTR3411_Init_more_oids", "unsupported OID", VRX_ERR_UNSUPPORTED_OID);
+    table = record->tz;
+    return checks::init_ex(table);
+}
+
+/** Hash a whole message, without the copy of the table that a context would need. */
+int transform(const vrx_tz& table, const std::uint8_t* data, std::uint32_t len, std::uint8_t* out) {
+    if (const int rc = checks::update(data, len)) return log::failed("GOSTR3411_Update", rc);
+    if (const int rc = checks::final(out)) return log::failed("GOSTR3411_Final", rc);
+    State s{};
+    finish(s, data, len, table);
+    store(out, s.hash);
+    return VRX_OK;
+}
+
+}  // namespace
+
+int GOSTR3411_Init(GOSTR3411_CTX* ctx, const std::uint8_t* oid, std::uint32_t oid_len) {
+    return GOSTR3411_Init_more_oids(ctx, oid, oid_len, nullptr, 0);
+}
+
+int GOSTR3411_Init_more_oids(GOSTR3411_CTX* ctx, const std::uint8_t* oid, std::uint32_t oid_len,
+                             const vrx_gostr3411_par* extra, std::uint32_t extra_count) {
+    if (ctx == nullptr) return log::bad_params("GOSTR3411_Init_more_oids");
+    const vrx_tz* table = nullptr;
+    if (const int rc = find_table(oid, oid_len, extra, extra_count, table)) return rc;
+    return GOSTR3411_Init_ex(ctx, table);
+}
+
+int GOSTR3411_Init_ex(GOSTR3411_CTX* ctx, const vrx_tz* table) {
+    if (ctx == nullptr) return log::bad_params("GOSTR3411_Init_ex");
+    if (const int rc = checks::init_ex(table)) return rc;
+    start(*ctx);
+    std::memmove(&ctx->table, table, sizeof ctx->table);  // it may be the context's own
+    return VRX_OK;
+}
+
+int GOSTR3411_Update(GOSTR3411_CTX* ctx, const std::uint8_t* data, std::uint32_t len) {
+    if (ctx == nullptr) return log::bad_params("GOSTR3411_Update");
+    if (const int rc = checks::update(data, len)) return rc;
+    update(*ctx, data, len);
+    return VRX_OK;
+}
+
+int GOSTR3411_Final(GOSTR3411_CTX* ctx, std::uint8_t* out) {
+    if (ctx == nullptr) return log::bad_params("GOSTR3411_Final");
+    if (const int rc = checks::final(out)) return rc;
+    final(*ctx, out);
+    return VRX_OK;
+}
+
+int GOSTR3411_Transform(const std::uint8_t* oid, std::uint32_t oid_len, const std::uint8_t* data, std::uint32_t len,
+                        std::uint8_t* out) {
+    return GOSTR3411_Transform_more_oids(oid, oid_len, nullptr, 0, data, len, out);
+}
+
+int GOSTR3411_Transform_more_oids(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411_par* extra,
+                                  std::uint32_t extra_count, const std::uint8_t* data, std::uint32_t len,
+                                  std::uint8_t* out) {
+    const vrx_tz* table = nullptr;
+    if (const int rc = find_table(oid, oid_len, extra, extra_count, table))
+        return log::failed("GOSTR3411_Init_more_oids", rc);
+    return transform(*table, data, len, out);
+}
+
+int GOSTR3411_Transform_ex(const vrx_tz* table, const std::uint8_t* data, std::uint32_t len, std::uint8_t* out) {
+    if (const int rc = checks::init_ex(table)) return log::failed("GOSTR3411_Init_ex", rc);
+    return transform(*table, data, len, out);
+}
+
+void gost_r_3411_94_hash_bytes(const vrx_tz* table, std::uint32_t* hash, std::uint32_t* sum, std::uint32_t* length,
+                               const std::uint8_t* block, std::uint32_t bits) {
+    State s{load(hash), load(sum), load(length)};
+    absorb(s, load(block), bits, *table);
+    store(sum, s.sum);
+    store(hash, s.hash);
+    store(length, s.length);
+}
+
+void gost_r_3411_94_compress(std::uint32_t* hash, const std::uint32_t* block, const vrx_tz* table) {
+    store(hash, step(load(hash), load(block), *table));
+}

@@ -1,0 +1,98 @@
+#include "gostr3411/hash.hpp"
+
+#include <algorithm>
+
+namespace vrx::gostr3411 {
+namespace {
+
+constexpr std::size_t block_size = VRX_HASH_BLOCK_SIZE;
+constexpr std::uint32_t block_bits = 8 * VRX_HASH_BLOCK_SIZE;
+
+/** a + b modulo 2^256 */
+constexpr Number add(const Number& a, const Number& b) {
+    Number sum{};
+    std::uint64_t carry = 0;
+    for (std::size_t i = 0; i < sum.size(); ++i) {
+        const std::uint64_t partial = a[i] + carry;
+        sum[i] = partial + b[i];
+        carry = (partial < carry) | (sum[i] < b[i]);
+    }
+    return sum;
+}
+
+/** Hash the two numbers that close every message. */
+void close(State& s, const vrx_tz& table) {
+    s.hash = step(s.hash, s.length, table);
+    s.hash = step(s.hash, s.sum, table);
+}
+
+State load(const GOSTR3411_CTX& ctx) {
+    return {gostr3411::load(ctx.hash), gostr3411::load(ctx.sum), gostr3411::load(ctx.length)};
+}
+
+void store(GOSTR3411_CTX& ctx, const State& s) {
+    gostr3411::store(ctx.hash, s.hash);
+    gostr3411::store(ctx.sum, s.sum);
+    gostr3411::store(ctx.length, s.length);
+}
+
+}  // namespace
+
+void absorb(State& s, const Number& block, std::uint32_t bits, const vrx_tz& table) {
+    s.sum = add(s.sum, block);
+    s.hash = step(s.hash, block, table);
+    s.length[0] += bits;
+}
+
+void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const vrx_tz& table) {
+    for (; blocks != 0; --blocks, data += block_size) absorb(s, load(data), block_bits, table);
+}
+
+void finish(State& s, const std::uint8_t* data, std::size_t len, const vrx_tz& table) {
+    absorb(s, data, len / block_size, table);
+    if (const std::size_t rest = len % block_size; rest != 0) {
+        Number last{};
+        std::memcpy(&last, data + len - rest, rest);
+        absorb(s, last, static_cast<std::uint32_t>(8 * rest), table);
+    }
+    close(s, table);
+}
+
+void start(GOSTR3411_CTX& ctx) {
+    store(ctx, State{});
+    std::memset(ctx.buffer, 0, sizeof ctx.buffer);
+    ctx.count = 0;
+}
+
+void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {
+    // A buffer that is full already waited for this call's first byte.
+    if (ctx.count < block_size) {
+        const std::size_t taken = std::min(block_size - ctx.count, len);
+        std::memcpy(ctx.buffer + ctx.count, data, taken);
+        ctx.count += static_cast<std::uint32_t>(taken);
+        data += taken;
+        len -= taken;
+        if (ctx.count < block_size) return;
+    }
+    State s = load(ctx);
+    absorb(s, ctx.buffer, 1, ctx.table);
+    // A block is absorbed from the input while a byte follows it: up to a whole block goes to the buffer.
+    const std::size_t blocks = len == 0 ? 0 : (len - 1) / block_size;
+    absorb(s, data, blocks, ctx.table);
+    store(ctx, s);
+    ctx.count = static_cast<std::uint32_t>(len - blocks * block_size);
+    if (ctx.count != 0) std::memcpy(ctx.buffer, data + blocks * block_size, ctx.count);
+}
+
+void final(GOSTR3411_CTX& ctx, std::uint8_t* out) {
+    State s = load(ctx);
+    if (ctx.count != 0) {
+        for (std::size_t i = ctx.count; i < block_size; ++i) ctx.buffer[i] = 0;
+        absorb(s, gostr3411::load(ctx.buffer), 8 * ctx.count, ctx.table);
+    }
+    close(s, ctx.table);
+    store(ctx, s);
+    gostr3411::store(out, s.hash);
+}
+
+}  // namespace vrx::gostr3411

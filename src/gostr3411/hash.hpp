@@ -1,0 +1,39 @@
+// GOST R 34.11-94 over blocks, over whole messages, and over messages in pieces.
+#ifndef VRX_GOSTR3411_HASH_HPP
+#define VRX_GOSTR3411_HASH_HPP
+
+#include <cstddef>
+
+#include "gostr3411/step.hpp"
+#include "vrx/gostr3411.h"
+
+namespace vrx::gostr3411 {
+
+/** H, the sum of the blocks and the length in bits (RFC 5831, section 5). */
+struct State {
+    Number hash;
+    Number sum;
+    Number length;
+};
+
+/** Take in a block that stands for so many bits of the message. The length counts modulo 2^64. */
+void absorb(State& s, const Number& block, std::uint32_t bits, const vrx_tz& table);
+
+/** Take in whole blocks. */
+void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const vrx_tz& table);
+
+/** Take in the rest of the message, of any length, and finish. s.hash is the digest then. */
+void finish(State& s, const std::uint8_t* data, std::size_t len, const vrx_tz& table);
+
+// A message in pieces. Nothing is checked.
+
+/** Everything but the table begins anew. */
+void start(GOSTR3411_CTX& ctx);
+
+void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len);
+
+void final(GOSTR3411_CTX& ctx, std::uint8_t out[VRX_HASH_SIZE]);
+
+}  // namespace vrx::gostr3411
+
+#endif

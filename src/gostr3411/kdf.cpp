@@ -1,0 +1,147 @@
+// Keys from passwords: PBKDF2 (RFC 8018) and the derivation of PKCS #12 (RFC 7292, appendix B).
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+#include "frame/bytes.hpp"
+#include "frame/log.hpp"
+#include "frame/wipe.hpp"
+#include "gostr3411/hmac.hpp"
+#include "vrx/kdf.h"
+
+namespace log = vrx::log;
+using namespace vrx::gostr3411;
+
+namespace {
+
+using Block = std::array<std::uint8_t, VRX_HASH_SIZE>;
+
+/** Blocks of 32 bytes that hold so many bytes. */
+constexpr std::size_t blocks(std::int32_t bytes) {
+    return bytes > 0 ? (static_cast<std::size_t>(bytes) + VRX_HASH_BLOCK_SIZE - 1) / VRX_HASH_BLOCK_SIZE : 0;
+}
+
+/** Fill whole blocks with copies of a text, the last of them cut. @return the end of what was filled */
+std::uint8_t* repeat(const std::uint8_t* text, std::int32_t len, std::uint8_t* out) {
+    std::size_t room = blocks(len) * VRX_HASH_BLOCK_SIZE;
+    while (room != 0) {
+        const std::size_t count = std::min(room, static_cast<std::size_t>(len));
+        std::memcpy(out, text, count);
+        out += count;
+        room -= count;
+    }
+    return out;
+}
+
+/** n = n + b + 1 modulo 2^256, both most significant byte first. */
+void add_and_increment(std::uint8_t* n, const Block& b) {
+    unsigned carry = 1;
+    for (std::size_t i = b.size(); i-- != 0;) {
+        carry += static_cast<unsigned>(n[i]) + b[i];
+        n[i] = static_cast<std::uint8_t>(carry);
+        carry >>= 8;
+    }
+}
+
+/** S | P of PKCS #12: salt and password, each repeated to whole blocks. On the heap, since they have no upper limit. */
+class Input {
+public:
+    Input(const std::uint8_t* salt, std::int32_t salt_len, const std::uint8_t* password, std::int32_t password_len)
+        : size_((blocks(salt_len) + blocks(password_len)) * VRX_HASH_BLOCK_SIZE),
+          bytes_(static_cast<std::uint8_t*>(std::malloc(size_ == 0 ? 1 : size_))) {
+        if (bytes_ != nullptr) repeat(password, password_len, repeat(salt, salt_len, bytes_));
+    }
+    ~Input() {
+        if (bytes_ != nullptr) vrx::wipe(bytes_, size_);
+        std::free(bytes_);
+    }
+    Input(const Input&) = delete;
+    Input& operator=(const Input&) = delete;
+
+    [[nodiscard]] const std::uint8_t* bytes() const { return bytes_; }
+    /** As GOSTR3411_Update() counts. */
+    [[nodiscard]] std::uint32_t size() const { return static_cast<std::uint32_t>(size_); }
+
+    /** Every block becomes itself + b + 1. */
+    void advance(const Block& b) {
+        for (std::size_t i = 0; i < size_; i += b.size()) add_and_increment(bytes_ + i, b);
+    }
+
+private:
+    std::size_t size_;
+    std::uint8_t* bytes_;
+};
+
+/** `iterations` - 1 times a = H(a). The last hash stays in ctx as its end left it. */
+void iterate(GOSTR3411_CTX& ctx, Block& a, std::uint64_t iterations) {
+    for (std::uint64_t k = 2; k <= iterations; ++k) {
+        start(ctx);
+        update(ctx, a.data(), a.size());
+        final(ctx, a.data());
+    }
+}
+
+}  // namespace
+
+int GOSTR3411_PKCS5_PBKDF2(const std::uint8_t* password, std::uint32_t password_len, const std::uint8_t* salt,
+                           std::uint64_t salt_len, std::uint64_t iterations, const std::uint8_t* oid,
+                           std::uint32_t oid_len, std::uint8_t* out, std::uint64_t out_len) {
+    if (out_len < VRX_PBKDF2_SIZE)
+        return log::condition("GOSTR3411_PKCS5_PBKDF2", "output key length < 32", VRX_ERR_FAILED);
+    vrx::Secret<GOSTR3411_HMAC_CTX> ctx;
+    if (const int rc = GOSTR3411_HMAC_Init(&ctx.value, oid, oid_len, password, password_len))
+        return log::returned("GOSTR3411_HMAC_Init", rc);
+    // Before the message comes in: the same two states begin every iteration, no pad is hashed again.
+    const vrx_tz& table = ctx.value.hash.table;
+    vrx::Secret<Keyed> key;
+    key.value = keyed(ctx.value.ipad_key, ctx.value.opad_key, table);
+
+    if (const int rc = GOSTR3411_HMAC_Update(&ctx.value, salt, static_cast<std::uint32_t>(salt_len)))
+        return log::returned("GOSTR3411_HMAC_Update", rc);
+    constexpr std::uint8_t first_block[] = {0, 0, 0, 1};
+    update(ctx.value.hash, first_block, sizeof first_block);
+    std::uint32_t size;
+    vrx::Secret<Block> u;
+    if (const int rc = GOSTR3411_HMAC_Final(&ctx.value, u.value.data(), &size))
+        return log::returned("GOSTR3411_HMAC_Final", rc);
+
+    vrx::Secret<Block> t;
+    t.value = u.value;
+    for (std::uint64_t k = 2; k <= iterations; ++k) {
+        mac(key.value, u.value.data(), u.value.size(), u.value.data(), table);
+        for (std::size_t i = 0; i < t.value.size(); ++i) t.value[i] ^= u.value[i];
+    }
+    std::memcpy(out, t.value.data(), t.value.size());
+    vrx::wipe_stack();
+    return VRX_OK;
+}
+
+int GOSTR3411_PBA_Derive(const std::uint8_t* password, std::int32_t password_len, const std::uint8_t* salt,
+                         std::int32_t salt_len, std::uint64_t iterations, std::int32_t id, const std::uint8_t* oid,
+                         std::uint32_t oid_len, std::uint8_t* out, std::int32_t out_len) {
+    const vrx_gostr3411_par* par = DEFAULT_GOSTR3411_OID;
+    if (oid == nullptr)  // Deliberate: the test is inverted. An identifier that was given is not looked at.
+        if (const int rc = oidFindGOSTR3411Par(oid, oid_len, &par)) return log::returned("oidFindGOSTR3411Par", rc);
+    vrx::Secret<GOSTR3411_CTX> ctx;
+    if (const int rc = GOSTR3411_Init_ex(&ctx.value, par->tz)) return log::returned("GOSTR3411_Init_ex", rc);
+    Input input(salt, salt_len, password, password_len);
+    if (input.bytes() == nullptr) return VRX_ERR_FAILED;
+    Block diversifier;
+    diversifier.fill(vrx::low8(id));
+
+    vrx::Secret<Block> a;
+    for (std::int32_t left = out_len; left > 0; left -= static_cast<std::int32_t>(a.value.size())) {
+        // Deliberate: the hash of a further block is not begun anew, it goes on from the end of the last one.
+        update(ctx.value, diversifier.data(), diversifier.size());
+        if (const int rc = GOSTR3411_Update(&ctx.value, input.bytes(), input.size()))
+            return log::returned("GOSTR3411_Update", rc);
+        final(ctx.value, a.value.data());
+        iterate(ctx.value, a.value, iterations);
+        const std::size_t count = std::min(static_cast<std::size_t>(left), a.value.size());
+        std::memcpy(out, a.value.data(), count);
+        out += count;
+        input.advance(a.value);
+    }
+    vrx::wipe_stack();
+    return VRX_OK;
+}

@@ -1,0 +1,36 @@
+// The step function of GOST R 34.11-94 (RFC 5831, section 6).
+#ifndef VRX_GOSTR3411_STEP_HPP
+#define VRX_GOSTR3411_STEP_HPP
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+#include "frame/platform.hpp"
+#include "vrx/tz.h"
+
+namespace vrx::gostr3411 {
+
+/** A 256-bit number, least significant word first: in memory its 32 octets, least significant octet first. */
+using Number = std::array<std::uint64_t, 4>;
+
+/** The number whose octets lie at any address. */
+inline Number load(const void* octets) {
+    Number n;
+    std::memcpy(&n, octets, sizeof n);
+    return n;
+}
+
+inline void store(void* octets, const Number& n) { std::memcpy(octets, &n, sizeof n); }
+
+/**
+ * f(h, m). The one place where a faster engine takes over. Working values are left on the stack: who hashes secrets
+ * calls wipe_stack() at the end.
+ *
+ * @param table  any deployed table, also one that no S-boxes produced; its flag is not looked at.
+ */
+[[nodiscard]] Number step(const Number& h, const Number& m, const vrx_tz& table);
+
+}  // namespace vrx::gostr3411
+
+#endif
