@@ -11,6 +11,7 @@
 #include "vrx/kernel.h"
 #include "vrx/modes.h"
 #include "vrx/params.h"
+#include "vrx/sha1.h"
 #include "vrx/tz.h"
 
 #endif

@@ -17,6 +17,7 @@ void meshing_calls(void);
 void hash_calls(void);
 void hmac_calls(void);
 void kdf_calls(void);
+void sha1_calls(void);
 void bigdigits_calls(void);
 
 #endif

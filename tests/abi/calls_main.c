@@ -22,6 +22,7 @@ int main(void) {
     hash_calls();
     hmac_calls();
     kdf_calls();
+    sha1_calls();
     bigdigits_calls();
     return failures == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -87,3 +87,9 @@ FIELD(GOSTR3411_HMAC_CTX, hash, 8, 4232);
 FIELD(GOSTR3411_HMAC_CTX, digest, 4240, 32);
 FIELD(GOSTR3411_HMAC_CTX, ipad_key, 4272, 32);
 FIELD(GOSTR3411_HMAC_CTX, opad_key, 4304, 32);
+
+RECORD(sha_context, 92, 4);
+FIELD(sha_context, data, 0, 64);
+FIELD(sha_context, digest, 64, 20);
+FIELD(sha_context, count_hi, 84, 4);
+FIELD(sha_context, count_lo, 88, 4);

@@ -1,0 +1,81 @@
+#include <algorithm>
+
+#include "frame/bytes.hpp"
+#include "sha1/compress.hpp"
+#include "vrx/sha1.h"
+
+using namespace vrx::sha1;
+
+namespace {
+
+/** Words between host order and the order of the message and the digest. */
+void swap(std::uint32_t* words, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) words[i] = __builtin_bswap32(words[i]);
+}
+
+std::uint8_t* bytes(sha_context* ctx) { return reinterpret_cast<std::uint8_t*>(ctx->data); }
+
+/** Bytes that wait for a whole block. */
+std::size_t held(const sha_context* ctx) { return ctx->count_lo % block_size; }
+
+void process(sha_context* ctx, const std::uint8_t* data, std::size_t blocks) {
+    Digest h;
+    std::memcpy(&h, ctx->digest, sizeof h);
+    compress(h, data, blocks);
+    std::memcpy(ctx->digest, &h, sizeof h);
+}
+
+}  // namespace
+
+void shaInit(sha_context* ctx) {
+    constexpr std::uint32_t initial[] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0};
+    std::memcpy(ctx->digest, initial, sizeof initial);
+    ctx->count_hi = 0;
+    ctx->count_lo = 0;
+}
+
+void shaTransform(sha_context* ctx) {
+    swap(ctx->data, VRX_SHA1_BLOCK_WORDS);
+    process(ctx, bytes(ctx), 1);
+}
+
+void shaUpdate(sha_context* ctx, const std::uint8_t* buffer, std::uint64_t count) {
+    const std::size_t before = held(ctx);
+    // Deliberate: one carry at the most, a call of 2^32 bytes or more miscounts.
+    const std::uint32_t count_lo = ctx->count_lo + static_cast<std::uint32_t>(count);
+    if (count_lo < ctx->count_lo) ++ctx->count_hi;
+    ctx->count_lo = count_lo;
+
+    if (before != 0) {
+        const std::size_t taken = std::min<std::size_t>(block_size - before, count);
+        if (taken != 0) std::memcpy(bytes(ctx) + before, buffer, taken);
+        if (before + taken < block_size) return;
+        process(ctx, bytes(ctx), 1);
+        buffer += taken;
+        count -= taken;
+    }
+    if (const std::size_t blocks = count / block_size; blocks != 0) {
+        process(ctx, buffer, blocks);
+        buffer += blocks * block_size;
+        count %= block_size;
+    }
+    if (count != 0) std::memcpy(ctx->data, buffer, count);
+}
+
+void shaFinal(sha_context* ctx, std::uint8_t* digest_out) {
+    constexpr std::size_t length_at = 56;
+    std::uint8_t* data = bytes(ctx);
+    std::size_t used = held(ctx);
+    data[used++] = 0x80;
+    if (used > length_at) {
+        std::memset(data + used, 0, block_size - used);
+        process(ctx, data, 1);
+        used = 0;
+    }
+    std::memset(data + used, 0, length_at - used);
+    ctx->data[14] = __builtin_bswap32(ctx->count_hi << 3 | ctx->count_lo >> 29);
+    ctx->data[15] = __builtin_bswap32(ctx->count_lo << 3);
+    process(ctx, data, 1);
+    swap(ctx->digest, VRX_SHA1_DIGEST_WORDS);
+    std::memcpy(digest_out, ctx->digest, VRX_SHA1_SIZE);
+}
