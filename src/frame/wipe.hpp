@@ -16,8 +16,20 @@ inline void wipe(void* bytes, std::size_t count) {
 
 /** Zero what functions that have returned left on the stack below the caller's frame. */
 [[gnu::noinline]] inline void wipe_stack() {
-    std::byte left[2048];  // deeper than any calls of the library's that work on secrets without wiping
+    std::byte left[2048];
     wipe(left, sizeof left);
+}
+
+/**
+ * What body() returns. Its variables, with all that the compiler kept beside them, and those of the functions under it
+ * are zeroed, down to 2 KiB: large records are the caller's.
+ */
+template <typename Body>
+auto leaving_no_trace(Body body) {
+    const auto apart = [&body]() __attribute__((noinline)) { return body(); };
+    const auto result = apart();
+    wipe_stack();
+    return result;
 }
 
 /** A value that is zeroed when its scope ends. Neither copied nor moved. */

@@ -58,8 +58,7 @@ int GOSTR3411_Init_more_oids(GOSTR3411_CTX* ctx, const std::uint8_t* oid, std::u
 int GOSTR3411_Init_ex(GOSTR3411_CTX* ctx, const vrx_tz* table) {
     if (ctx == nullptr) return log::bad_params("GOSTR3411_Init_ex");
     if (const int rc = checks::init_ex(table)) return rc;
-    start(*ctx);
-    std::memmove(&ctx->table, table, sizeof ctx->table);  // it may be the context's own
+    init(*ctx, *table);
     return VRX_OK;
 }
 

@@ -20,12 +20,6 @@ constexpr Number add(const Number& a, const Number& b) {
     return sum;
 }
 
-/** Hash the two numbers that close every message. */
-void close(State& s, const vrx_tz& table) {
-    s.hash = step(s.hash, s.length, table);
-    s.hash = step(s.hash, s.sum, table);
-}
-
 State load(const GOSTR3411_CTX& ctx) {
     return {gostr3411::load(ctx.hash), gostr3411::load(ctx.sum), gostr3411::load(ctx.length)};
 }
@@ -48,6 +42,11 @@ void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const vrx_tz
     for (; blocks != 0; --blocks, data += block_size) absorb(s, load(data), block_bits, table);
 }
 
+void close(State& s, const vrx_tz& table) {
+    s.hash = step(s.hash, s.length, table);
+    s.hash = step(s.hash, s.sum, table);
+}
+
 void finish(State& s, const std::uint8_t* data, std::size_t len, const vrx_tz& table) {
     absorb(s, data, len / block_size, table);
     if (const std::size_t rest = len % block_size; rest != 0) {
@@ -62,6 +61,11 @@ void start(GOSTR3411_CTX& ctx) {
     store(ctx, State{});
     std::memset(ctx.buffer, 0, sizeof ctx.buffer);
     ctx.count = 0;
+}
+
+void init(GOSTR3411_CTX& ctx, const vrx_tz& table) {
+    start(ctx);
+    std::memmove(&ctx.table, &table, sizeof table);
 }
 
 void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {

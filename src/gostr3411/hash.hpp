@@ -22,13 +22,19 @@ void absorb(State& s, const Number& block, std::uint32_t bits, const vrx_tz& tab
 /** Take in whole blocks. */
 void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const vrx_tz& table);
 
-/** Take in the rest of the message, of any length, and finish. s.hash is the digest then. */
+/** Take in the length and the sum, which close every message. s.hash is the digest then. */
+void close(State& s, const vrx_tz& table);
+
+/** Take in the rest of the message, of any length, and close it. */
 void finish(State& s, const std::uint8_t* data, std::size_t len, const vrx_tz& table);
 
 // A message in pieces. Nothing is checked.
 
 /** Everything but the table begins anew. */
 void start(GOSTR3411_CTX& ctx);
+
+/** The same, with a copy of a table, which may be the context's own. */
+void init(GOSTR3411_CTX& ctx, const vrx_tz& table);
 
 void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len);
 

@@ -88,32 +88,30 @@ int GOSTR3411_PKCS5_PBKDF2(const std::uint8_t* password, std::uint32_t password_
                            std::uint32_t oid_len, std::uint8_t* out, std::uint64_t out_len) {
     if (out_len < VRX_PBKDF2_SIZE)
         return log::condition("GOSTR3411_PKCS5_PBKDF2", "output key length < 32", VRX_ERR_FAILED);
-    vrx::Secret<GOSTR3411_HMAC_CTX> ctx;
-    if (const int rc = GOSTR3411_HMAC_Init(&ctx.value, oid, oid_len, password, password_len))
+    vrx::Secret<GOSTR3411_HMAC_CTX> secret;
+    GOSTR3411_HMAC_CTX& ctx = secret.value;
+    if (const int rc = GOSTR3411_HMAC_Init(&ctx, oid, oid_len, password, password_len))
         return log::returned("GOSTR3411_HMAC_Init", rc);
-    // Before the message comes in: the same two states begin every iteration, no pad is hashed again.
-    const vrx_tz& table = ctx.value.hash.table;
-    vrx::Secret<Keyed> key;
-    key.value = keyed(ctx.value.ipad_key, ctx.value.opad_key, table);
-
-    if (const int rc = GOSTR3411_HMAC_Update(&ctx.value, salt, static_cast<std::uint32_t>(salt_len)))
+    if (const int rc = GOSTR3411_HMAC_Update(&ctx, salt, static_cast<std::uint32_t>(salt_len)))
         return log::returned("GOSTR3411_HMAC_Update", rc);
     constexpr std::uint8_t first_block[] = {0, 0, 0, 1};
-    update(ctx.value.hash, first_block, sizeof first_block);
+    if (const int rc = GOSTR3411_HMAC_Update(&ctx, first_block, sizeof first_block))
+        return log::returned("GOSTR3411_HMAC_Update", rc);
     std::uint32_t size;
-    vrx::Secret<Block> u;
-    if (const int rc = GOSTR3411_HMAC_Final(&ctx.value, u.value.data(), &size))
-        return log::returned("GOSTR3411_HMAC_Final", rc);
+    if (const int rc = GOSTR3411_HMAC_Final(&ctx, nullptr, &size)) return log::returned("GOSTR3411_HMAC_Final", rc);
 
-    vrx::Secret<Block> t;
-    t.value = u.value;
-    for (std::uint64_t k = 2; k <= iterations; ++k) {
-        mac(key.value, u.value.data(), u.value.size(), u.value.data(), table);
-        for (std::size_t i = 0; i < t.value.size(); ++i) t.value[i] ^= u.value[i];
-    }
-    std::memcpy(out, t.value.data(), t.value.size());
-    vrx::wipe_stack();
-    return VRX_OK;
+    return vrx::leaving_no_trace([&] {
+        // Every iteration begins with the same two states: no pad is hashed again.
+        const Keyed key = keyed(ctx.ipad_key, ctx.opad_key, ctx.hash.table);
+        Number u = load(ctx.digest);
+        Number t = u;
+        for (std::uint64_t k = 2; k <= iterations; ++k) {
+            u = mac(key, u, ctx.hash.table);
+            t = t ^ u;
+        }
+        store(out, t);
+        return VRX_OK;
+    });
 }
 
 int GOSTR3411_PBA_Derive(const std::uint8_t* password, std::int32_t password_len, const std::uint8_t* salt,
@@ -122,26 +120,28 @@ int GOSTR3411_PBA_Derive(const std::uint8_t* password, std::int32_t password_len
     const vrx_gostr3411_par* par = DEFAULT_GOSTR3411_OID;
     if (oid == nullptr)  // Deliberate: the test is inverted. An identifier that was given is not looked at.
         if (const int rc = oidFindGOSTR3411Par(oid, oid_len, &par)) return log::returned("oidFindGOSTR3411Par", rc);
-    vrx::Secret<GOSTR3411_CTX> ctx;
-    if (const int rc = GOSTR3411_Init_ex(&ctx.value, par->tz)) return log::returned("GOSTR3411_Init_ex", rc);
+    vrx::Secret<GOSTR3411_CTX> secret;
+    GOSTR3411_CTX& ctx = secret.value;
+    if (const int rc = GOSTR3411_Init_ex(&ctx, par->tz)) return log::returned("GOSTR3411_Init_ex", rc);
     Input input(salt, salt_len, password, password_len);
     if (input.bytes() == nullptr) return VRX_ERR_FAILED;
-    Block diversifier;
-    diversifier.fill(vrx::low8(id));
 
-    vrx::Secret<Block> a;
-    for (std::int32_t left = out_len; left > 0; left -= static_cast<std::int32_t>(a.value.size())) {
-        // Deliberate: the hash of a further block is not begun anew, it goes on from the end of the last one.
-        update(ctx.value, diversifier.data(), diversifier.size());
-        if (const int rc = GOSTR3411_Update(&ctx.value, input.bytes(), input.size()))
-            return log::returned("GOSTR3411_Update", rc);
-        final(ctx.value, a.value.data());
-        iterate(ctx.value, a.value, iterations);
-        const std::size_t count = std::min(static_cast<std::size_t>(left), a.value.size());
-        std::memcpy(out, a.value.data(), count);
-        out += count;
-        input.advance(a.value);
-    }
-    vrx::wipe_stack();
-    return VRX_OK;
+    return vrx::leaving_no_trace([&]() -> int {
+        Block diversifier;
+        diversifier.fill(vrx::low8(id));
+        Block a;
+        for (std::int32_t left = out_len; left > 0; left -= static_cast<std::int32_t>(a.size())) {
+            // Deliberate: the hash of a further block is not begun anew, it goes on from the end of the last one.
+            update(ctx, diversifier.data(), diversifier.size());
+            if (const int rc = GOSTR3411_Update(&ctx, input.bytes(), input.size()))
+                return log::returned("GOSTR3411_Update", rc);
+            final(ctx, a.data());
+            iterate(ctx, a, iterations);
+            const std::size_t count = std::min(static_cast<std::size_t>(left), a.size());
+            std::memcpy(out, a.data(), count);
+            out += count;
+            input.advance(a);
+        }
+        return VRX_OK;
+    });
 }

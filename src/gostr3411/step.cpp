@@ -7,10 +7,6 @@
 namespace vrx::gostr3411 {
 namespace {
 
-constexpr Number operator^(const Number& a, const Number& b) {
-    return {a[0] ^ b[0], a[1] ^ b[1], a[2] ^ b[2], a[3] ^ b[3]};
-}
-
 // Key generation (RFC 5831, section 6.1)
 
 /** A(y4 | y3 | y2 | y1) = (y1 ^ y2) | y4 | y3 | y2 */

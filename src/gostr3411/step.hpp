@@ -23,9 +23,13 @@ inline Number load(const void* octets) {
 
 inline void store(void* octets, const Number& n) { std::memcpy(octets, &n, sizeof n); }
 
+constexpr Number operator^(const Number& a, const Number& b) {
+    return {a[0] ^ b[0], a[1] ^ b[1], a[2] ^ b[2], a[3] ^ b[3]};
+}
+
 /**
  * f(h, m). The one place where a faster engine takes over. Working values are left on the stack: who hashes secrets
- * calls wipe_stack() at the end.
+ * does so in leaving_no_trace().
  *
  * @param table  any deployed table, also one that no S-boxes produced; its flag is not looked at.
  */

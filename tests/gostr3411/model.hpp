@@ -151,11 +151,11 @@ struct ModelContext {
             carry /= 256;
         }
         hash = model_step(hash, block, substitute).out;
-        carry = bits;
+        std::uint64_t more = bits;
         for (std::size_t i = 0; i < 8; ++i) {  // 64 bits of the 256 count
-            carry += length.at(i);
-            length.at(i) = static_cast<std::uint8_t>(carry % 256);
-            carry /= 256;
+            more += length.at(i);
+            length.at(i) = static_cast<std::uint8_t>(more % 256);
+            more /= 256;
         }
     }
 

@@ -1,0 +1,38 @@
+#include "support/own_stack.hpp"
+
+#include <ucontext.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace vrx::test {
+namespace {
+
+const std::function<void()>* running;
+void run() { (*running)(); }
+
+}  // namespace
+
+Bytes stack_after(const std::function<void()>& body) {
+    Bytes stack(256 * 1024);
+    ucontext_t back;
+    ucontext_t there;
+    getcontext(&there);
+    there.uc_stack.ss_sp = stack.data();
+    there.uc_stack.ss_size = stack.size();
+    there.uc_link = &back;
+    running = &body;
+    makecontext(&there, run, 0);
+    swapcontext(&back, &there);
+    return stack;
+}
+
+bool holds_part_of(const Bytes& memory, std::span<const std::uint8_t> secret) {
+    for (std::size_t at = 0; at + 8 <= secret.size(); ++at)
+        if (std::search(memory.begin(), memory.end(), secret.begin() + static_cast<std::ptrdiff_t>(at),
+                        secret.begin() + static_cast<std::ptrdiff_t>(at + 8)) != memory.end())
+            return true;
+    return false;
+}
+
+}  // namespace vrx::test
