@@ -260,14 +260,8 @@ TEST(one_shot, length_of_2_to_29_bytes_and_more_does_not_fit_32_bits) {
               VRX_OK);
     munmap(zeros, length);
 
-    // The sum stays zero.
-    std::uint32_t hash[VRX_HASH_WORDS] = {};
-    const std::uint32_t zero[VRX_HASH_WORDS] = {};
-    const std::uint32_t bits[VRX_HASH_WORDS] = {8, 1};
-    for (std::uint32_t block = 0; block < length / 32 + 1; ++block) gost_r_3411_94_compress(hash, zero, &TZ_3411_94[1]);
-    gost_r_3411_94_compress(hash, bits, &TZ_3411_94[1]);
-    gost_r_3411_94_compress(hash, zero, &TZ_3411_94[1]);
-    EXPECT_EQ(out, octets(hash));
+    // libgcrypt 1.10.1, gcry_md_hash_buffer(GCRY_MD_GOSTR3411_CP) on as many zeros
+    EXPECT_EQ(hex(out), "312ddcfd79ea0f300561075e8591939e4b23281d55c67c5851f1f4073b74ba7c");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <ostream>
 
 #include "messages.hpp"
 #include "support/random.hpp"
@@ -19,6 +20,7 @@ struct Set {
     int algorithm;
     const vrx_gostr3411_par* record;
 };
+void PrintTo(const Set& set, std::ostream* out) { *out << set.record->name; }
 
 class WitnessTest : public testing::TestWithParam<Set> {
 protected:

@@ -1,0 +1,40 @@
+// The features of the processor, beside what the compiler's own run time finds.
+#include <gtest/gtest.h>
+
+#include "frame/cpu.hpp"
+
+namespace {
+
+using namespace vrx;
+
+bool has(std::uint32_t feature) { return (cpu::features() & feature) == feature; }
+
+TEST(cpu, features_are_those_that_the_compiler_finds) {
+    __builtin_cpu_init();
+    EXPECT_EQ(has(cpu::ssse3), __builtin_cpu_supports("ssse3") != 0);
+    EXPECT_EQ(has(cpu::sse41), __builtin_cpu_supports("sse4.1") != 0);
+    EXPECT_EQ(has(cpu::bmi2), __builtin_cpu_supports("bmi2") != 0);
+    EXPECT_EQ(has(cpu::avx2), __builtin_cpu_supports("avx2") != 0);
+    EXPECT_EQ(has(cpu::avx512f), __builtin_cpu_supports("avx512f") != 0);
+    EXPECT_EQ(has(cpu::avx512bw), __builtin_cpu_supports("avx512bw") != 0);
+    EXPECT_EQ(has(cpu::avx512vl), __builtin_cpu_supports("avx512vl") != 0);
+    EXPECT_EQ(has(cpu::avx512vbmi), __builtin_cpu_supports("avx512vbmi") != 0);
+    EXPECT_EQ(has(cpu::avx512vbmi2), __builtin_cpu_supports("avx512vbmi2") != 0);
+    EXPECT_EQ(has(cpu::avx512ifma), __builtin_cpu_supports("avx512ifma") != 0);
+}
+
+TEST(cpu, baseline_is_everywhere) { EXPECT_TRUE(has(cpu::baseline)); }
+
+TEST(cpu, each_feature_has_a_bit_of_its_own) {
+    const std::uint32_t all[] = {cpu::ssse3,    cpu::sse41,      cpu::sha,         cpu::bmi2,
+                                 cpu::adx,      cpu::avx2,       cpu::avx512f,     cpu::avx512bw,
+                                 cpu::avx512vl, cpu::avx512vbmi, cpu::avx512vbmi2, cpu::avx512ifma};
+    std::uint32_t seen = 0;
+    for (const std::uint32_t feature : all) {
+        EXPECT_EQ(feature & (feature - 1), 0U);
+        EXPECT_EQ(seen & feature, 0U);
+        seen |= feature;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,270 @@
+// SHA-1: every field after every call, every variant of the compression, against the standard read line by line.
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <array>
+#include <cstring>
+#include <ostream>
+#include <thread>
+#include <vector>
+
+#include "sha1/compress.hpp"
+#include "support/random.hpp"
+#include "vrx/sha1.h"
+
+namespace {
+
+using namespace vrx::test;
+
+using Words = std::array<std::uint32_t, VRX_SHA1_DIGEST_WORDS>;
+
+/** RFC 3174, section 6.1, in 64-bit arithmetic. */
+Words model_compress(const Words& h, std::span<const std::uint8_t> block) {
+    constexpr std::uint64_t modulus = std::uint64_t{1} << 32;
+    const auto rotate = [](std::uint64_t x, unsigned n) { return (x << n) % modulus + (x >> (32 - n)); };
+    std::array<std::uint64_t, 80> w{};
+    for (std::size_t t = 0; t < 80; ++t) {
+        if (t < 16)
+            for (std::size_t i = 0; i < 4; ++i) w.at(t) = 256 * w.at(t) + block[4 * t + i];
+        else
+            w.at(t) = rotate(w.at(t - 3) ^ w.at(t - 8) ^ w.at(t - 14) ^ w.at(t - 16), 1);
+    }
+    std::uint64_t a = h[0];
+    std::uint64_t b = h[1];
+    std::uint64_t c = h[2];
+    std::uint64_t d = h[3];
+    std::uint64_t e = h[4];
+    for (std::size_t t = 0; t < 80; ++t) {
+        const std::uint64_t not_b = modulus - 1 - b;
+        const std::array f = {(b & c) | (not_b & d), b ^ c ^ d, (b & c) | (b & d) | (c & d), b ^ c ^ d};
+        const std::array<std::uint64_t, 4> k = {0x5a827999, 0x6ed9eba1, 0x8f1bbcdc, 0xca62c1d6};
+        const std::uint64_t next = (rotate(a, 5) + f.at(t / 20) + e + w.at(t) + k.at(t / 20)) % modulus;
+        e = d;
+        d = c;
+        c = rotate(b, 30);
+        b = a;
+        a = next;
+    }
+    Words out{};
+    const std::array<std::uint64_t, 5> sums = {h[0] + a, h[1] + b, h[2] + c, h[3] + d, h[4] + e};
+    for (std::size_t i = 0; i < out.size(); ++i) out.at(i) = static_cast<std::uint32_t>(sums.at(i) % modulus);
+    return out;
+}
+
+constexpr Words initial = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0};
+
+struct Model {
+    Words digest = initial;
+    Bytes held; /**< what data begins with */
+    std::uint64_t count = 0;
+
+    void update(std::span<const std::uint8_t> bytes) {
+        count += bytes.size();
+        for (const std::uint8_t byte : bytes) {
+            held.push_back(byte);
+            if (held.size() < 64) continue;
+            digest = model_compress(digest, held);
+            held.clear();
+        }
+    }
+    Bytes final() {
+        std::uint64_t bits = 8 * count;
+        Bytes padding = {0x80};
+        while ((held.size() + padding.size()) % 64 != 56) padding.push_back(0);
+        for (int i = 56; i >= 0; i -= 8) padding.push_back(static_cast<std::uint8_t>(bits >> i));
+        update(padding);
+        Bytes out;
+        for (const std::uint32_t word : digest)
+            for (int i = 24; i >= 0; i -= 8) out.push_back(static_cast<std::uint8_t>(word >> i));
+        return out;
+    }
+};
+
+class Sha1Test : public testing::Test {
+protected:
+    void open() {
+        ctx = random.value<sha_context>();
+        const sha_context before = ctx;
+        shaInit(&ctx);
+        EXPECT_EQ(std::memcmp(ctx.data, before.data, sizeof ctx.data), 0) << "the data is left as it is";
+        model = {};
+        expect_fields();
+    }
+    void update(const Bytes& bytes) {
+        const Bytes before = data();
+        const std::size_t held = model.held.size();
+        shaUpdate(&ctx, bytes.data(), bytes.size());
+        model.update(bytes);
+        expect_fields();
+        const auto kept = static_cast<std::ptrdiff_t>(held + bytes.size());
+        if (kept < 64) {
+            EXPECT_EQ(Bytes(before.begin() + kept, before.end()), tail(kept)) << "data behind the message";
+        }
+    }
+    void final() {
+        std::array<std::uint8_t, 22> out{};
+        out.front() = out.back() = 0x5a;
+        const sha_context before = ctx;
+        shaFinal(&ctx, &out[1]);
+        const Bytes digest = model.final();
+        EXPECT_EQ(hex(std::span(out).subspan(1, 20)), hex(digest));
+        EXPECT_EQ(out.front(), 0x5a);
+        EXPECT_EQ(out.back(), 0x5a);
+        EXPECT_EQ(std::memcmp(ctx.digest, digest.data(), digest.size()), 0) << "the digest is left byte-swapped";
+        EXPECT_EQ(ctx.count_hi, before.count_hi);
+        EXPECT_EQ(ctx.count_lo, before.count_lo);
+    }
+    void expect_fields() {
+        EXPECT_EQ(std::memcmp(ctx.digest, model.digest.data(), sizeof ctx.digest), 0);
+        EXPECT_EQ(ctx.count_hi, model.count >> 32);
+        EXPECT_EQ(ctx.count_lo, static_cast<std::uint32_t>(model.count));
+        const Bytes now = data();
+        EXPECT_TRUE(std::equal(model.held.begin(), model.held.end(), now.begin()));
+    }
+    [[nodiscard]] Bytes data() const {
+        Bytes out(sizeof ctx.data);
+        std::memcpy(out.data(), ctx.data, out.size());
+        return out;
+    }
+    [[nodiscard]] Bytes tail(std::ptrdiff_t from) const {
+        const Bytes now = data();
+        return {now.begin() + from, now.end()};
+    }
+    /** Go on as if so many bytes, a multiple of 64, had been taken in. */
+    void preset(std::uint64_t count) {
+        ctx.count_hi = static_cast<std::uint32_t>(count >> 32);
+        ctx.count_lo = static_cast<std::uint32_t>(count);
+        model.count = count;
+    }
+
+    Random random;
+    sha_context ctx;
+    Model model;
+};
+
+TEST_F(Sha1Test, fields_follow_the_model_through_random_calls) {
+    for (int round = 0; round < 200; ++round) {
+        open();
+        for (unsigned calls = random.below(8); calls != 0; --calls)
+            update(random.bytes(random.below(random.coin() ? 70 : 400)));
+        final();
+    }
+}
+
+TEST_F(Sha1Test, every_length_of_two_blocks) {
+    for (std::size_t length = 0; length <= 130; ++length) {
+        open();
+        update(random.bytes(length));
+        final();
+    }
+}
+
+TEST_F(Sha1Test, empty_update_changes_nothing_and_takes_null) {
+    open();
+    update(random.bytes(5));
+    const sha_context before = ctx;
+    shaUpdate(&ctx, nullptr, 0);
+    EXPECT_EQ(std::memcmp(&ctx, &before, sizeof ctx), 0);
+    open();
+    const sha_context fresh = ctx;
+    shaUpdate(&ctx, nullptr, 0);
+    EXPECT_EQ(std::memcmp(&ctx, &fresh, sizeof ctx), 0);
+}
+
+TEST_F(Sha1Test, count_carries_from_its_low_to_its_high_word) {
+    for (const std::uint64_t count :
+         {0xffffffc0UL, 0x1ffffffc0UL, 0x1fffffffUL & ~63UL, 0x20000000UL, 0xffffffffffc0UL})
+        for (const std::size_t length : {0UL, 1UL, 63UL, 64UL, 65UL, 200UL}) {
+            open();
+            preset(count);
+            update(random.bytes(length));
+            final();
+        }
+}
+
+TEST_F(Sha1Test, count_is_in_bytes_with_the_high_word_first) {
+    open();
+    preset(0xfffffffc0);
+    update(random.bytes(64));
+    EXPECT_EQ(ctx.count_hi, 0x10U);
+    EXPECT_EQ(ctx.count_lo, 0U);
+    EXPECT_LT(offsetof(sha_context, count_hi), offsetof(sha_context, count_lo));
+}
+
+TEST_F(Sha1Test, one_call_of_2_to_32_bytes_counts_one_carry_at_the_most_but_processes_them_all) {
+    constexpr std::size_t size = (std::size_t{1} << 32) + 5;
+    void* room = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(room, MAP_FAILED);
+    auto* message = static_cast<std::uint8_t*>(room);  // zeros, which take no memory, and a page at the end
+    const Bytes end = {1, 2, 3};
+    std::copy(end.begin(), end.end(), message + size - end.size());
+    shaInit(&ctx);
+    ctx.count_lo = 0xfffffffe;  // 62 bytes held
+    shaUpdate(&ctx, message, size);
+    munmap(room, size);
+    EXPECT_EQ(ctx.count_hi, 1U);
+    EXPECT_EQ(ctx.count_lo, 3U);
+    const Bytes held = data();
+    EXPECT_EQ(Bytes(held.begin(), held.begin() + 3), end);
+}
+
+TEST_F(Sha1Test, transform_takes_words_as_numbers) {
+    for (int i = 0; i < 50; ++i) {
+        ctx = random.value<sha_context>();
+        Words h{};
+        std::memcpy(h.data(), ctx.digest, sizeof ctx.digest);
+        Bytes block;
+        for (const std::uint32_t word : ctx.data)
+            for (int bit = 24; bit >= 0; bit -= 8) block.push_back(static_cast<std::uint8_t>(word >> bit));
+        const sha_context before = ctx;
+        shaTransform(&ctx);
+        const Words expected = model_compress(h, block);
+        EXPECT_EQ(std::memcmp(ctx.digest, expected.data(), sizeof ctx.digest), 0);
+        EXPECT_EQ(ctx.count_hi, before.count_hi);
+        EXPECT_EQ(ctx.count_lo, before.count_lo);
+    }
+}
+
+}  // namespace
+
+namespace vrx::sha1 {
+void PrintTo(const Implementation& variant, std::ostream* out) { *out << variant.name; }
+}  // namespace vrx::sha1
+
+namespace {
+
+class CompressTest : public testing::TestWithParam<vrx::sha1::Implementation> {};
+INSTANTIATE_TEST_SUITE_P(variants, CompressTest, testing::ValuesIn(vrx::sha1::implementations), [](const auto& suite) {
+    std::string name = suite.param.name;
+    std::erase(name, '-');
+    return name;
+});
+
+TEST_P(CompressTest, equals_the_model_at_any_address) {
+    if ((vrx::cpu::features() & GetParam().needs) != GetParam().needs) GTEST_SKIP() << "not on this processor";
+    Random random;
+    for (std::size_t blocks = 0; blocks < 20; ++blocks)
+        for (std::size_t shift = 0; shift < 4; ++shift) {
+            const Bytes data = random.bytes(64 * blocks + shift);
+            auto h = random.value<vrx::sha1::Digest>();
+            Words expected = h;
+            for (std::size_t i = 0; i < blocks; ++i)
+                expected = model_compress(expected, std::span(data).subspan(shift + 64 * i, 64));
+            GetParam().run(h, data.data() + shift, blocks);
+            EXPECT_EQ(h, expected);
+        }
+}
+
+TEST(compress, last_variant_runs_everywhere) { EXPECT_EQ(vrx::sha1::implementations.back().needs, vrx::cpu::baseline); }
+
+TEST(compress, first_calls_may_come_from_many_threads) {
+    std::array<vrx::sha1::Digest, 8> results{};
+    const Bytes block(64, 7);
+    std::vector<std::thread> threads;
+    for (vrx::sha1::Digest& h : results)
+        threads.emplace_back([&h, &block] { vrx::sha1::compress(h, block.data(), 1); });
+    for (std::thread& thread : threads) thread.join();
+    for (const vrx::sha1::Digest& h : results) EXPECT_EQ(h, model_compress({}, block));
+}
+
+}  // namespace
