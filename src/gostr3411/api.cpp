@@ -20,15 +20,20 @@ const vrx_gostr3411_par* find(std::span<const std::uint8_t> oid, std::span<const
     return nullptr;
 }
 
-/** The table that GOSTR3411_Init_more_oids() opens a context with; its checks but that of the context. */
-int find_table(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411_par* extra,
-               std::uint32_t extra_count, const vrx_tz*& table) {
-    if (oid == nullptr || oid_len == 0) return log::bad_params("GOSTR3411_Init_more_oids");
+/** The table that GOSTR3411_Init_more_oids() opens a context with, or NULL and the code of the failure, logged. */
+const vrx_tz* find_table(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411_par* extra,
+                         std::uint32_t extra_count, int& rc) {
+    if (oid == nullptr || oid_len == 0) {
+        rc = log::bad_params("GOSTR3411_Init_more_oids");
+        return nullptr;
+    }
     const vrx_gostr3411_par* record = find({oid, oid_len}, {extra, extra == nullptr ? 0 : extra_count});
-    if (record == nullptr)
-        return log::condition("GOSTR3411_Init_more_oids", "unsupported OID", VRX_ERR_UNSUPPORTED_OID);
-    table = record->tz;
-    return checks::init_ex(table);
+    if (record == nullptr) {
+        rc = log::condition("GOSTR3411_Init_more_oids", "unsupported OID", VRX_ERR_UNSUPPORTED_OID);
+        return nullptr;
+    }
+    rc = checks::init_ex(record->tz);
+    return record->tz;
 }
 
 /** Hash a whole message, without the copy of the table that a context would need. */
@@ -50,9 +55,10 @@ int GOSTR3411_Init(GOSTR3411_CTX* ctx, const std::uint8_t* oid, std::uint32_t oi
 int GOSTR3411_Init_more_oids(GOSTR3411_CTX* ctx, const std::uint8_t* oid, std::uint32_t oid_len,
                              const vrx_gostr3411_par* extra, std::uint32_t extra_count) {
     if (ctx == nullptr) return log::bad_params("GOSTR3411_Init_more_oids");
-    const vrx_tz* table = nullptr;
-    if (const int rc = find_table(oid, oid_len, extra, extra_count, table)) return rc;
-    return GOSTR3411_Init_ex(ctx, table);
+    int rc = VRX_OK;
+    const vrx_tz* table = find_table(oid, oid_len, extra, extra_count, rc);
+    if (table != nullptr) init(*ctx, *table);
+    return rc;
 }
 
 int GOSTR3411_Init_ex(GOSTR3411_CTX* ctx, const vrx_tz* table) {
@@ -84,9 +90,9 @@ int GOSTR3411_Transform(const std::uint8_t* oid, std::uint32_t oid_len, const st
 int GOSTR3411_Transform_more_oids(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411_par* extra,
                                   std::uint32_t extra_count, const std::uint8_t* data, std::uint32_t len,
                                   std::uint8_t* out) {
-    const vrx_tz* table = nullptr;
-    if (const int rc = find_table(oid, oid_len, extra, extra_count, table))
-        return log::failed("GOSTR3411_Init_more_oids", rc);
+    int rc = VRX_OK;
+    const vrx_tz* table = find_table(oid, oid_len, extra, extra_count, rc);
+    if (table == nullptr) return log::failed("GOSTR3411_Init_more_oids", rc);
     return transform(*table, data, len, out);
 }
 

@@ -12,10 +12,14 @@ using Schedule = std::array<std::uint32_t, 16>;
 /** f(t; b, c, d) + K(t) */
 template <std::size_t t>
 constexpr std::uint32_t mix(std::uint32_t b, std::uint32_t c, std::uint32_t d) {
-    if constexpr (t < 20) return (d ^ (b & (c ^ d))) + 0x5a827999U;
-    if constexpr (t >= 20 && t < 40) return (b ^ c ^ d) + 0x6ed9eba1U;
-    if constexpr (t >= 40 && t < 60) return ((b & c) | (d & (b | c))) + 0x8f1bbcdcU;
-    if constexpr (t >= 60) return (b ^ c ^ d) + 0xca62c1d6U;
+    if constexpr (t < 20)
+        return (d ^ (b & (c ^ d))) + 0x5a827999U;
+    else if constexpr (t < 40)
+        return (b ^ c ^ d) + 0x6ed9eba1U;
+    else if constexpr (t < 60)
+        return ((b & c) | (d & (b | c))) + 0x8f1bbcdcU;
+    else
+        return (b ^ c ^ d) + 0xca62c1d6U;
 }
 
 /** W(t). Word t & 15 of w holds W(t - 16) on entry and W(t) afterwards. */

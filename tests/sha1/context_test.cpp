@@ -5,8 +5,6 @@
 #include <array>
 #include <cstring>
 #include <ostream>
-#include <thread>
-#include <vector>
 
 #include "sha1/compress.hpp"
 #include "support/random.hpp"
@@ -256,15 +254,5 @@ TEST_P(CompressTest, equals_the_model_at_any_address) {
 }
 
 TEST(compress, last_variant_runs_everywhere) { EXPECT_EQ(vrx::sha1::implementations.back().needs, vrx::cpu::baseline); }
-
-TEST(compress, first_calls_may_come_from_many_threads) {
-    std::array<vrx::sha1::Digest, 8> results{};
-    const Bytes block(64, 7);
-    std::vector<std::thread> threads;
-    for (vrx::sha1::Digest& h : results)
-        threads.emplace_back([&h, &block] { vrx::sha1::compress(h, block.data(), 1); });
-    for (std::thread& thread : threads) thread.join();
-    for (const vrx::sha1::Digest& h : results) EXPECT_EQ(h, model_compress({}, block));
-}
 
 }  // namespace
