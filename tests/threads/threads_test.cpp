@@ -127,6 +127,53 @@ Job look_ups() {
             }};
 }
 
+Job hash() {
+    return {"hash", [](unsigned number) {
+                const Bytes text = message_for(number);
+                Bytes digest(VRX_HASH_SIZE);
+                expect_ok(GOSTR3411_Transform(VRX_PAR_HASH_1_OID, VRX_PAR_OID_SIZE, text.data(),
+                                              static_cast<std::uint32_t>(text.size()), digest.data()));
+                return digest;
+            }};
+}
+
+Job hmac() {
+    return {"hmac", [](unsigned number) {
+                const Bytes text = message_for(number);
+                Bytes mac(VRX_HMAC_SIZE);
+                std::uint32_t size = 0;
+                GOSTR3411_HMAC_CTX ctx;
+                expect_ok(GOSTR3411_HMAC_Init(&ctx, nullptr, 0, text.data(), 40));
+                expect_ok(GOSTR3411_HMAC_Update(&ctx, text.data(), static_cast<std::uint32_t>(text.size())));
+                expect_ok(GOSTR3411_HMAC_Final(&ctx, mac.data(), &size));
+                return mac;
+            }};
+}
+
+Job derivation() {
+    return {"derivation", [](unsigned number) {
+                const Bytes text = message_for(number);
+                Bytes keys(VRX_PBKDF2_SIZE + 50);
+                expect_ok(GOSTR3411_PKCS5_PBKDF2(text.data(), 20, text.data(), 8, 10, nullptr, 0, keys.data(),
+                                                 VRX_PBKDF2_SIZE));
+                expect_ok(GOSTR3411_PBA_Derive(text.data(), 20, text.data(), 8, 10, 1, VRX_PAR_HASH_1_OID,
+                                               VRX_PAR_OID_SIZE, &keys[VRX_PBKDF2_SIZE], 50));
+                return keys;
+            }};
+}
+
+Job sha1() {
+    return {"sha1", [](unsigned number) {
+                const Bytes text = message_for(number);
+                Bytes digest(VRX_SHA1_SIZE);
+                sha_context ctx;
+                shaInit(&ctx);
+                shaUpdate(&ctx, text.data(), text.size());
+                shaFinal(&ctx, digest.data());
+                return digest;
+            }};
+}
+
 const std::vector<Job> jobs = {one_shot("one_shot_ss", VRX_MODE_SS),
                                one_shot("one_shot_gamm", VRX_MODE_GAMM),
                                one_shot("one_shot_gfb", VRX_MODE_GFB),
@@ -138,7 +185,11 @@ const std::vector<Job> jobs = {one_shot("one_shot_ss", VRX_MODE_SS),
                                context("context_cbc", VRX_MODE_CBC),
                                context("context_imito", VRX_MODE_IMITO),
                                deployment(),
-                               look_ups()};
+                               look_ups(),
+                               hash(),
+                               hmac(),
+                               derivation(),
+                               sha1()};
 
 class Threads : public testing::TestWithParam<Job> {};
 
