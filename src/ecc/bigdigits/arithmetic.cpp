@@ -1,0 +1,351 @@
+#include <algorithm>
+
+#include "ecc/bigdigits/division.hpp"
+#include "ecc/bigdigits/multiply.hpp"
+#include "ecc/bigdigits/words.hpp"
+#include "vrx/bigdigits.h"
+
+using namespace vrx::bigdigits;
+using vrx::wipe;
+
+namespace {
+
+constexpr unsigned digit_bits = 32;
+
+constexpr Digit low_digit(Word x) { return static_cast<Digit>(x); }
+constexpr Digit high_digit(Word x) { return static_cast<Digit>(x >> digit_bits); }
+
+/** Two digits of a number as a word, and back. */
+Word pair(const Digit* digits) {
+    Word w;
+    std::memcpy(&w, digits, sizeof w);
+    return w;
+}
+void set_pair(Digit* digits, Word w) { std::memcpy(digits, &w, sizeof w); }
+
+/** w = u + v, two digits at a time and an odd last one by itself. */
+Word sum(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
+    Word carry = 0;
+    std::uint64_t i = 0;
+    for (; i + 2 <= n; i += 2) {
+        const Wide t = Wide{pair(u + i)} + pair(v + i) + carry;
+        set_pair(w + i, low(t));
+        carry = high(t);
+    }
+    if (i < n) {
+        const Word t = Word{u[i]} + v[i] + carry;
+        w[i] = low_digit(t);
+        carry = high_digit(t);
+    }
+    return carry;
+}
+
+/** w = u - v, in the same steps. */
+Word difference(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
+    Word borrow = 0;
+    std::uint64_t i = 0;
+    for (; i + 2 <= n; i += 2) {
+        const Wide t = Wide{pair(u + i)} - pair(v + i) - borrow;
+        set_pair(w + i, low(t));
+        borrow = high(t) & 1;
+    }
+    if (i < n) {
+        const Word t = Word{u[i]} - v[i] - borrow;
+        w[i] = low_digit(t);
+        borrow = high_digit(t) & 1;
+    }
+    return borrow;
+}
+
+/** Digit i of a number that goes on with zeros in both directions. */
+Digit digit_or_zero(const Digit* b, std::uint64_t n, std::uint64_t i) { return i < n ? b[i] : 0; }
+
+/** The high digit of the two digits hi, lo moved left by fewer than 32 bits. */
+constexpr Digit funnel(Digit hi, Digit lo, unsigned shift) {
+    return high_digit((Word{hi} << digit_bits | lo) << shift);
+}
+
+/** The remainder of u by d, and the quotient where one is wanted; q may be u. */
+template <bool with_quotient>
+Digit short_division(Digit* q, const Digit* u, Digit d, std::uint64_t n) {
+    if (d == 0 || n == 0) return 0;
+    // Normalising the divisor by `shift` takes the dividend times 2^shift; the quotient is the same.
+    const auto shift = static_cast<unsigned>(std::countl_zero(Word{d}));
+    const Word divisor = Word{d} << shift;
+    const Word inverse = reciprocal(divisor);
+    Word rest = 0;  // times 2^shift
+    std::uint64_t i = n;
+    if (i % 2 != 0) {
+        --i;
+        const Digit digit = u[i];
+        if constexpr (with_quotient) q[i] = digit / d;
+        rest = Word{digit % d} << shift;
+    }
+    while (i != 0) {
+        i -= 2;
+        const Word word = pair(u + i);
+        const ShortDivision step = divide(rest | word >> (word_bits - shift), word << shift, divisor, inverse);
+        if constexpr (with_quotient) set_pair(q + i, step.quotient);
+        rest = step.remainder;
+    }
+    return low_digit(rest >> shift);
+}
+
+}  // namespace
+
+int spMultiply(std::uint32_t p[2], std::uint32_t x, std::uint32_t y) {
+    set_pair(p, Word{x} * y);
+    return 0;
+}
+
+int spDivide(std::uint32_t* q, std::uint32_t* r, const std::uint32_t u[2], std::uint32_t d) {
+    const Word dividend = pair(u);
+    if (d >> (digit_bits - 1) == 0) {
+        *q = 0;
+        *r = 0;
+        return -1;
+    }
+    const Word quotient = dividend / d;
+    *q = low_digit(quotient);
+    *r = low_digit(dividend % d);
+    return static_cast<int>(high_digit(quotient));
+}
+
+std::uint32_t mpAdd(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, std::uint64_t ndigits) {
+    return low_digit(sum(w, u, v, ndigits));
+}
+
+std::uint32_t mpSubtract(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, std::uint64_t ndigits) {
+    return low_digit(difference(w, u, v, ndigits));
+}
+
+int mpMultiply(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, std::uint64_t ndigits) {
+    if (ndigits == 0) return 0;
+    const std::size_t n = words_for(ndigits);
+    Workspace<4 * max_words> space;
+    Word* result = space.take(2 * n);
+    const Word* x = space.copy(u, ndigits);
+    const Word* y = space.copy(v, ndigits);
+    product(result, x, n, y, n);
+    store(w, 2 * ndigits, result);
+    return 0;
+}
+
+int mpSquare(std::uint32_t* w, const std::uint32_t* u, std::uint64_t ndigits) {
+    if (ndigits == 0) return 0;
+    const std::size_t n = words_for(ndigits);
+    Workspace<3 * max_words> space;
+    Word* result = space.take(2 * n);
+    square(result, space.copy(u, ndigits), n);
+    store(w, 2 * ndigits, result);
+    return 0;
+}
+
+int mpEqual(const std::uint32_t* a, const std::uint32_t* b, std::uint64_t ndigits) {
+    if (ndigits == 0) return -1;
+    Digit differences = 0;
+    for (std::uint64_t i = 0; i < ndigits; ++i) differences |= a[i] ^ b[i];
+    return differences == 0;
+}
+
+int mpCompare(const std::uint32_t* a, const std::uint32_t* b, std::uint64_t ndigits) {
+    for (std::uint64_t i = ndigits; i-- != 0;)
+        if (a[i] != b[i]) return a[i] > b[i] ? 1 : -1;
+    return 0;
+}
+
+int mpIsZero(const std::uint32_t* a, std::uint64_t ndigits) {
+    if (ndigits == 0) return -1;
+    Digit bits = 0;
+    for (std::uint64_t i = 0; i < ndigits; ++i) bits |= a[i];
+    return bits == 0;
+}
+
+std::uint64_t mpSizeof(const std::uint32_t* a, std::uint64_t ndigits) {
+    while (ndigits != 0 && a[ndigits - 1] == 0) --ndigits;
+    return ndigits;
+}
+
+std::uint64_t mpBitLength(const std::uint32_t* a, std::uint64_t ndigits) {
+    if (a == nullptr) return 0;
+    const std::uint64_t n = mpSizeof(a, ndigits);
+    return n == 0 ? 0 : n * digit_bits - static_cast<unsigned>(std::countl_zero(a[n - 1]));
+}
+
+void mpSetEqual(std::uint32_t* a, const std::uint32_t* b, std::uint64_t ndigits) {
+    if (ndigits != 0) std::memmove(a, b, ndigits * sizeof(Digit));
+}
+
+void mpSetZero(std::uint32_t* a, std::uint64_t ndigits) {
+    if (ndigits != 0) wipe(a, ndigits * sizeof(Digit));
+}
+
+void mpSetDigit(std::uint32_t* a, std::uint32_t d, std::uint64_t ndigits) {
+    std::fill_n(a, ndigits, Digit{0});
+    a[0] = d;  // Deliberate: also when ndigits is 0.
+}
+
+std::uint32_t mpShiftLeft(std::uint32_t* a, const std::uint32_t* b, std::uint64_t shift, std::uint64_t ndigits) {
+    const std::uint64_t whole = shift / digit_bits;
+    const auto bits = static_cast<unsigned>(shift % digit_bits);
+    // An index below 0 wraps round to one far above ndigits. Digit 0 of what falls out is read before a is written.
+    const Digit out = shift == 0 || ndigits == 0 ? 0
+                                                 : funnel(digit_or_zero(b, ndigits, ndigits - whole),
+                                                          digit_or_zero(b, ndigits, ndigits - whole - 1), bits);
+    for (std::uint64_t i = ndigits; i-- != 0;)
+        a[i] = funnel(digit_or_zero(b, ndigits, i - whole), digit_or_zero(b, ndigits, i - whole - 1), bits);
+    return out;
+}
+
+std::uint32_t mpShiftRight(std::uint32_t* a, const std::uint32_t* b, std::uint64_t shift, std::uint64_t ndigits) {
+    const std::uint64_t whole = shift / digit_bits;
+    const auto bits = static_cast<unsigned>(shift % digit_bits);
+    const auto shifted = [bits](Digit hi, Digit lo) { return low_digit((Word{hi} << digit_bits | lo) >> bits); };
+    const Digit out = shift == 0 ? 0 : shifted(digit_or_zero(b, ndigits, whole), digit_or_zero(b, ndigits, whole - 1));
+    for (std::uint64_t i = 0; i < ndigits; ++i)
+        a[i] = shifted(digit_or_zero(b, ndigits, i + whole + 1), digit_or_zero(b, ndigits, i + whole));
+    return out;
+}
+
+int mpSetBit(std::uint32_t* a, std::uint64_t ndigits, std::uint64_t ibit, int value) {
+    if (ibit / digit_bits >= ndigits) return -1;
+    const Digit mask = Digit{1} << ibit % digit_bits;
+    Digit& digit = a[ibit / digit_bits];
+    digit = value != 0 ? digit | mask : digit & ~mask;
+    return 0;
+}
+
+int mpGetBit(const std::uint32_t* a, std::uint64_t ndigits, std::uint64_t ibit) {
+    if (ibit / digit_bits >= ndigits) return -1;
+    return static_cast<int>(a[ibit / digit_bits] >> ibit % digit_bits & 1);
+}
+
+void mpModPowerOf2(std::uint32_t* a, std::uint64_t ndigits, std::uint64_t L) {
+    const std::uint64_t partial = L / digit_bits;
+    if (partial >= ndigits) return;
+    a[partial] &= (Digit{1} << L % digit_bits) - 1;
+    std::fill_n(a + partial + 1, ndigits - partial - 1, Digit{0});
+}
+
+void mpXorBits(std::uint32_t* a, const std::uint32_t* b, const std::uint32_t* c, std::uint64_t ndigits) {
+    for (std::uint64_t i = 0; i < ndigits; ++i) a[i] = b[i] ^ c[i];
+}
+
+void mpOrBits(std::uint32_t* a, const std::uint32_t* b, const std::uint32_t* c, std::uint64_t ndigits) {
+    for (std::uint64_t i = 0; i < ndigits; ++i) a[i] = b[i] | c[i];
+}
+
+void mpAndBits(std::uint32_t* a, const std::uint32_t* b, const std::uint32_t* c, std::uint64_t ndigits) {
+    for (std::uint64_t i = 0; i < ndigits; ++i) a[i] = b[i] & c[i];
+}
+
+void mpNotBits(std::uint32_t* a, const std::uint32_t* b, std::uint64_t ndigits) {
+    for (std::uint64_t i = 0; i < ndigits; ++i) a[i] = ~b[i];
+}
+
+std::uint32_t mpShortAdd(std::uint32_t* w, const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {
+    Word carry = d;
+    for (std::uint64_t i = 0; i < ndigits; ++i) {
+        const Word t = carry + u[i];
+        w[i] = low_digit(t);
+        carry = high_digit(t);
+    }
+    return low_digit(carry);
+}
+
+std::uint32_t mpShortSub(std::uint32_t* w, const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {
+    Word borrow = d;
+    for (std::uint64_t i = 0; i < ndigits; ++i) {
+        const Word t = u[i] - borrow;
+        w[i] = low_digit(t);
+        borrow = high_digit(t) & 1;
+    }
+    return low_digit(borrow);
+}
+
+std::uint32_t mpShortMult(std::uint32_t* w, const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {
+    Word carry = 0;
+    std::uint64_t i = 0;
+    for (; i + 2 <= ndigits; i += 2) {
+        const Wide t = Wide{pair(u + i)} * d + carry;
+        set_pair(w + i, low(t));
+        carry = high(t);
+    }
+    if (i < ndigits) {
+        const Word t = Word{u[i]} * d + carry;
+        w[i] = low_digit(t);
+        carry = high_digit(t);
+    }
+    return low_digit(carry);
+}
+
+std::uint32_t mpShortModMult(std::uint32_t* w, const std::uint32_t* u, std::uint32_t d, const std::uint32_t* /*m*/,
+                             std::uint64_t ndigits) {
+    return mpShortMult(w, u, d, ndigits);  // Deliberate: the modulus has no part in it.
+}
+
+std::uint32_t mpShortDiv(std::uint32_t* q, const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {
+    return short_division<true>(q, u, d, ndigits);
+}
+
+std::uint32_t mpShortMod(const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {
+    return short_division<false>(nullptr, u, d, ndigits);
+}
+
+int mpShortCmp(const std::uint32_t* a, std::uint32_t d, std::uint64_t ndigits) {
+    if (mpSizeof(a, ndigits) > 1) return 1;
+    const Digit lowest = ndigits == 0 ? 0 : a[0];
+    return lowest > d ? 1 : lowest < d ? -1 : 0;
+}
+
+int mpDivide(std::uint32_t* q, std::uint32_t* r, const std::uint32_t* u, std::uint64_t udigits, const std::uint32_t* v,
+             std::uint64_t vdigits) {
+    const std::uint64_t divisor_digits = mpSizeof(v, vdigits);
+    if (divisor_digits == 0) {
+        std::fill_n(q, udigits, Digit{0});
+        std::fill_n(r, udigits, Digit{0});
+        return -1;
+    }
+    const std::size_t m = words_for(udigits);
+    Workspace<3 * 2 * max_words + 1> space;
+    Word* quotient = space.take(m);
+    Word* rest = space.take(m + 1);
+    load(rest, u, udigits);
+    if (udigits >= divisor_digits) {
+        Word* room = space.copy(v, divisor_digits);
+        divide(quotient, rest, m, Divisor(room, room, words_for(divisor_digits)));
+    } else {
+        clear(quotient, m);
+    }
+    store(q, udigits, quotient);
+    store(r, udigits, rest);
+    return 0;
+}
+
+int mpIsNegative(const std::uint32_t* a, std::uint64_t ndigits) {
+    return ndigits == 0 ? 0 : static_cast<int>(a[ndigits - 1] >> (digit_bits - 1));
+}
+
+int mpChs(std::uint32_t* a, const std::uint32_t* b, std::uint64_t ndigits) {
+    const int negative = mpIsNegative(b, ndigits);
+    Word borrow = 0;
+    for (std::uint64_t i = 0; i < ndigits; ++i) {
+        const Word t = Word{0} - b[i] - borrow;
+        a[i] = low_digit(t);
+        borrow = high_digit(t) & 1;
+    }
+    return negative;
+}
+
+int mpAbs(std::uint32_t* a, const std::uint32_t* b, std::uint64_t ndigits) {
+    const int negative = mpIsNegative(b, ndigits);
+    // |b| = (b ^ mask) - mask for the mask of all ones or of zeros: the sign, often of a secret, is no branch.
+    const Digit mask = static_cast<Digit>(-negative);
+    Word carry = static_cast<Word>(negative);
+    for (std::uint64_t i = 0; i < ndigits; ++i) {
+        const Word t = Word{b[i] ^ mask} + carry;
+        a[i] = low_digit(t);
+        carry = high_digit(t);
+    }
+    return negative;
+}

@@ -1,0 +1,177 @@
+// Numbers as arrays of 64-bit words, least significant first: what digits become for the time of an operation.
+#ifndef VRX_ECC_BIGDIGITS_WORDS_HPP
+#define VRX_ECC_BIGDIGITS_WORDS_HPP
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "frame/platform.hpp"
+#include "frame/wipe.hpp"
+
+namespace vrx::bigdigits {
+
+using Digit = std::uint32_t;
+using Word = std::uint64_t;
+__extension__ typedef unsigned __int128 Wide;
+
+inline constexpr std::size_t max_digits = 256;
+inline constexpr std::size_t max_words = max_digits / 2;
+inline constexpr unsigned word_bits = 64;
+
+constexpr Word low(Wide x) { return static_cast<Word>(x); }
+constexpr Word high(Wide x) { return static_cast<Word>(x >> word_bits); }
+constexpr Wide wide(Word hi, Word lo) { return Wide{hi} << word_bits | lo; }
+
+/** The words that hold a number of so many digits; an odd last digit is padded. */
+constexpr std::size_t words_for(std::uint64_t ndigits) { return ndigits / 2 + ndigits % 2; }
+
+/** w = the number of ndigits digits, in words_for(ndigits) words. */
+inline void load(Word* w, const Digit* digits, std::uint64_t ndigits) {
+    if (ndigits == 0) return;
+    w[(ndigits - 1) / 2] = 0;
+    std::memcpy(w, digits, ndigits * sizeof(Digit));
+}
+
+/** The lowest ndigits digits of w. */
+inline void store(Digit* digits, std::uint64_t ndigits, const Word* w) {
+    if (ndigits != 0) std::memcpy(digits, w, ndigits * sizeof(Digit));
+}
+
+/** Stack memory for the temporaries of one call; what was taken of it is wiped in the end. */
+template <std::size_t capacity>
+class Workspace {
+public:
+    Workspace() {}
+    Workspace(const Workspace&) = delete;
+    Workspace& operator=(const Workspace&) = delete;
+    ~Workspace() { wipe(words_, taken_ * sizeof(Word)); }
+
+    /** Room for n words, not cleared. */
+    Word* take(std::size_t n) {
+        Word* room = words_ + taken_;
+        taken_ += n;
+        return room;
+    }
+    /** A copy of a number in words. */
+    Word* copy(const Digit* digits, std::uint64_t ndigits) {
+        Word* room = take(words_for(ndigits));
+        load(room, digits, ndigits);
+        return room;
+    }
+
+private:
+    Word words_[capacity];
+    std::size_t taken_ = 0;
+};
+
+/** The number of significant words: the index of the highest non-zero word plus 1. */
+inline std::size_t significant(const Word* u, std::size_t n) {
+    while (n != 0 && u[n - 1] == 0) --n;
+    return n;
+}
+
+inline void clear(Word* w, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) w[i] = 0;
+}
+
+inline void copy(Word* w, const Word* u, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) w[i] = u[i];
+}
+
+/** -1, 0 or 1 as u is less than, equal to or greater than v. */
+inline int compare(const Word* u, const Word* v, std::size_t n) {
+    while (n-- != 0)
+        if (u[n] != v[n]) return u[n] < v[n] ? -1 : 1;
+    return 0;
+}
+
+inline unsigned bit(const Word* u, std::size_t i) {
+    return static_cast<unsigned>(u[i / word_bits] >> i % word_bits & 1);
+}
+
+inline std::size_t bit_length(const Word* u, std::size_t n) {
+    n = significant(u, n);
+    return n == 0 ? 0 : n * word_bits - static_cast<std::size_t>(std::countl_zero(u[n - 1]));
+}
+
+/** w = u + v; the carry is returned. w may be u or v. */
+inline Word add(Word* w, const Word* u, const Word* v, std::size_t n) {
+    Word carry = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Wide t = Wide{u[i]} + v[i] + carry;
+        w[i] = low(t);
+        carry = high(t);
+    }
+    return carry;
+}
+
+/** w = u - v; the borrow is returned. w may be u or v. */
+inline Word subtract(Word* w, const Word* u, const Word* v, std::size_t n) {
+    Word borrow = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Wide t = Wide{u[i]} - v[i] - borrow;
+        w[i] = low(t);
+        borrow = high(t) & 1;
+    }
+    return borrow;
+}
+
+/** w = u 2^shift for a shift below 64; the word shifted out is returned. w may be u. */
+inline Word shift_left(Word* w, const Word* u, std::size_t n, unsigned shift) {
+    Word carry = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Word x = u[i];
+        w[i] = x << shift | carry;
+        carry = x >> 1 >> (word_bits - 1 - shift);
+    }
+    return carry;
+}
+
+/** w = floor(u / 2^shift) for a shift below 64. w may be u. */
+inline void shift_right(Word* w, const Word* u, std::size_t n, unsigned shift) {
+    Word carry = 0;
+    for (std::size_t i = n; i-- != 0;) {
+        const Word x = u[i];
+        w[i] = x >> shift | carry;
+        carry = x << 1 << (word_bits - 1 - shift);
+    }
+}
+
+/** w = u x; the highest word is returned. */
+inline Word multiply(Word* w, const Word* u, std::size_t n, Word x) {
+    Word carry = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Wide t = Wide{u[i]} * x + carry;
+        w[i] = low(t);
+        carry = high(t);
+    }
+    return carry;
+}
+
+/** w = w + u x; the word carried out is returned. */
+inline Word multiply_add(Word* w, const Word* u, std::size_t n, Word x) {
+    Word carry = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Wide t = Wide{u[i]} * x + w[i] + carry;
+        w[i] = low(t);
+        carry = high(t);
+    }
+    return carry;
+}
+
+/** w = w - u x; the word borrowed is returned. */
+inline Word multiply_subtract(Word* w, const Word* u, std::size_t n, Word x) {
+    Word borrow = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Wide t = Wide{u[i]} * x + borrow;
+        borrow = high(t) + (w[i] < low(t));
+        w[i] -= low(t);
+    }
+    return borrow;
+}
+
+}  // namespace vrx::bigdigits
+
+#endif
