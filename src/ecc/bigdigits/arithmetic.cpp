@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "ecc/bigdigits/columns.hpp"
 #include "ecc/bigdigits/division.hpp"
 #include "ecc/bigdigits/multiply.hpp"
 #include "ecc/bigdigits/words.hpp"
@@ -14,14 +15,6 @@ constexpr unsigned digit_bits = 32;
 
 constexpr Digit low_digit(Word x) { return static_cast<Digit>(x); }
 constexpr Digit high_digit(Word x) { return static_cast<Digit>(x >> digit_bits); }
-
-/** Two digits of a number as a word, and back. */
-Word pair(const Digit* digits) {
-    Word w;
-    std::memcpy(&w, digits, sizeof w);
-    return w;
-}
-void set_pair(Digit* digits, Word w) { std::memcpy(digits, &w, sizeof w); }
 
 /** w = u + v, two digits at a time and an odd last one by itself. */
 Word sum(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
@@ -120,24 +113,46 @@ std::uint32_t mpSubtract(std::uint32_t* w, const std::uint32_t* u, const std::ui
 }
 
 int mpMultiply(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, std::uint64_t ndigits) {
-    if (ndigits == 0) return 0;
+    switch (ndigits) {
+        case 0:
+            return 0;
+        case 8:
+            return product<8>(w, {u}, {v}), 0;
+        case 9:
+            return product<9>(w, {u}, {v}), 0;
+        case 16:
+            return product<16>(w, {u}, {v}), 0;
+        default:
+            break;
+    }
     const std::size_t n = words_for(ndigits);
     Workspace<4 * max_words> space;
     Word* result = space.take(2 * n);
     const Word* x = space.copy(u, ndigits);
     const Word* y = space.copy(v, ndigits);
     product(result, x, n, y, n);
-    store(w, 2 * ndigits, result);
+    store(w, 2 * ndigits, result, 2 * n);
     return 0;
 }
 
 int mpSquare(std::uint32_t* w, const std::uint32_t* u, std::uint64_t ndigits) {
-    if (ndigits == 0) return 0;
+    switch (ndigits) {
+        case 0:
+            return 0;
+        case 8:
+            return square<8>(w, {u}), 0;
+        case 9:
+            return square<9>(w, {u}), 0;
+        case 16:
+            return square<16>(w, {u}), 0;
+        default:
+            break;
+    }
     const std::size_t n = words_for(ndigits);
     Workspace<3 * max_words> space;
     Word* result = space.take(2 * n);
     square(result, space.copy(u, ndigits), n);
-    store(w, 2 * ndigits, result);
+    store(w, 2 * ndigits, result, 2 * n);
     return 0;
 }
 
@@ -307,18 +322,19 @@ int mpDivide(std::uint32_t* q, std::uint32_t* r, const std::uint32_t* u, std::ui
         return -1;
     }
     const std::size_t m = words_for(udigits);
-    Workspace<3 * 2 * max_words + 1> space;
-    Word* quotient = space.take(m);
+    const std::size_t n = words_for(divisor_digits);
+    Workspace<4 * max_words + 1> space;
     Word* rest = space.take(m + 1);
     load(rest, u, udigits);
-    if (udigits >= divisor_digits) {
-        Word* room = space.copy(v, divisor_digits);
-        divide(quotient, rest, m, Divisor(room, room, words_for(divisor_digits)));
+    if (m < n) {
+        store(q, udigits, rest, 0);
+        store(r, udigits, rest, m);
     } else {
-        clear(quotient, m);
+        Word* divisor = space.copy(v, divisor_digits);
+        divide(rest, m, make_divisor(divisor, divisor, n));
+        store(q, udigits, rest + n, m + 1 - n);
+        store(r, udigits, rest, n);
     }
-    store(q, udigits, quotient);
-    store(r, udigits, rest);
     return 0;
 }
 

@@ -11,14 +11,6 @@ namespace {
 /** a is 1. */
 bool is_one(const Word* a, std::size_t n) { return n != 0 && a[0] == 1 && significant(a, n) == 1; }
 
-/** w = w + carry, where the sum fits. */
-void add_carry(Word* w, std::size_t n, Word carry) {
-    for (std::size_t i = 0; i < n && carry != 0; ++i) {
-        w[i] += carry;
-        carry = w[i] < carry;
-    }
-}
-
 }  // namespace
 
 int mpModulo(std::uint32_t* r, const std::uint32_t* u, std::uint64_t udigits, const std::uint32_t* v,
@@ -31,7 +23,7 @@ int mpModulo(std::uint32_t* r, const std::uint32_t* u, std::uint64_t udigits, co
     load(rest, u, udigits);
     const Word* modulus = space.copy(v, vdigits);
     Modulus(space.take(n), modulus, n).reduce(rest, m);
-    store(r, vdigits, rest);
+    store(r, vdigits, rest, n);
     return 0;
 }
 
@@ -51,7 +43,7 @@ int mpModAdd(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, c
     // Deliberate: the sum counts modulo 2^(32 ndigits), and an odd last digit has no upper half.
     if (ndigits % 2 != 0) x[n - 1] &= 0xffffffff;
     if (compare(x, modulus, n) >= 0) subtract(x, x, modulus, n);
-    store(w, ndigits, x);
+    store(w, ndigits, x, n);
     return 0;
 }
 
@@ -72,7 +64,7 @@ int mpModSub(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, c
     // Deliberate: the top bit of the difference decides, not the borrow.
     const unsigned top_bit = ndigits % 2 != 0 ? 31 : 63;
     if ((x[n - 1] >> top_bit & 1) != 0) add(x, x, modulus, n);
-    store(w, ndigits, x);
+    store(w, ndigits, x, n);
     return 0;
 }
 
@@ -87,7 +79,7 @@ int mpModMult(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, 
     const Word* modulus = space.copy(m, ndigits);
     product(t, x, n, y, n);
     Modulus(space.take(n), modulus, n).reduce(t, 2 * n);
-    store(w, ndigits, t);
+    store(w, ndigits, t, n);
     return 0;
 }
 
@@ -102,7 +94,6 @@ int mpModInv(std::uint32_t* inv, const std::uint32_t* u, const std::uint32_t* m,
     Word* y1 = space.take(n);
     Word* x3 = space.take(n + 1);
     Word* y3 = space.take(n + 1);
-    Word* quotient = space.take(n);
     Word* room = space.take(n);
     clear(x1, n);
     clear(y1, n);
@@ -111,11 +102,12 @@ int mpModInv(std::uint32_t* inv, const std::uint32_t* u, const std::uint32_t* m,
     load(y3, m, ndigits);
     bool positive = true;
     while (significant(y3, n) != 0) {
-        euclid_step(y3, x3, n, quotient, room);  // now x3 is the former y3, and y3 = x3 mod y3
-        const std::size_t used = significant(y1, n);
-        const std::size_t rows = used == 0 ? 0 : significant(quotient, n);
-        for (std::size_t i = 0; i < rows; ++i)
-            add_carry(x1 + i + used, n - used - i, multiply_add(x1 + i, y1, used, quotient[i]));
+        euclid_step(y3, x3, n, room, [=](const Word* quotient, std::size_t count) {
+            const std::size_t used = significant(y1, n);
+            const std::size_t rows = used == 0 ? 0 : significant(quotient, count);
+            for (std::size_t i = 0; i < rows; ++i)
+                add_word(x1 + i + used, n - used - i, multiply_add(x1 + i, y1, used, quotient[i]));
+        });
         std::swap(x1, y1);
         positive = !positive;
     }
@@ -124,7 +116,7 @@ int mpModInv(std::uint32_t* inv, const std::uint32_t* u, const std::uint32_t* m,
         clear(x1, n);
     else if (!positive)
         subtract(x1, modulus, x1, n);
-    store(inv, ndigits, x1);
+    store(inv, ndigits, x1, n);
     return exists ? 0 : 1;
 }
 
@@ -136,8 +128,8 @@ int mpGcd(std::uint32_t* g, const std::uint32_t* x, const std::uint32_t* y, std:
     Word* room = space.take(n);
     load(a, x, ndigits);
     load(b, y, ndigits);
-    while (significant(a, n) != 0) euclid_step(a, b, n, nullptr, room);
-    store(g, ndigits, b);
+    while (significant(a, n) != 0) euclid_step(a, b, n, room);
+    store(g, ndigits, b, n);
     return 0;
 }
 
@@ -148,7 +140,6 @@ int mpSqrt(std::uint32_t* s, const std::uint32_t* x, std::uint64_t ndigits) {
     const Word* square = space.copy(x, ndigits);
     Word* v = space.take(n + 1);
     Word* rest = space.take(n + 1);
-    Word* quotient = space.take(n);
     Word* room = space.take(n);
     clear(v, n);
     const std::size_t bits = bit_length(square, n);
@@ -157,13 +148,16 @@ int mpSqrt(std::uint32_t* s, const std::uint32_t* x, std::uint64_t ndigits) {
         v[root_bits / word_bits] |= Word{1} << root_bits % word_bits;
         for (;;) {
             copy(rest, square, n);
-            divide(quotient, rest, n, Divisor(room, v, significant(v, n)));
-            if (compare(quotient, v, n) >= 0) break;
-            add(v, v, quotient, n);
+            const std::size_t used = significant(v, n);
+            divide(rest, n, make_divisor(room, v, used));
+            Word* quotient = rest + used;
+            std::fill_n(std::copy_n(quotient, n + 1 - used, rest), used, Word{0});
+            if (compare(rest, v, n) >= 0) break;
+            add(v, v, rest, n);
             shift_right(v, v, n, 1);
         }
     }
-    store(s, ndigits, v);
+    store(s, ndigits, v, n);
     return 0;
 }
 
@@ -186,7 +180,7 @@ int mpJacobi(const std::uint32_t* a, const std::uint32_t* n_, std::uint64_t ndig
         }
         if (is_one(x, n)) return sign;
         if ((x[0] & 3) == 3 && (y[0] & 3) == 3) sign = -sign;
-        euclid_step(x, y, n, nullptr, room);
+        euclid_step(x, y, n, room);
     }
 }
 
@@ -202,13 +196,11 @@ int mpModExp(std::uint32_t* y, const std::uint32_t* x, const std::uint32_t* e, c
     if (bits > 1) {
         Word* modulus = space.copy(m, ndigits);
         const std::size_t count = significant(modulus, n);
-        if (count == 0) {
-            clear(result, n);
-        } else {
-            const Divisor divisor(modulus, modulus, count);
-            divide(nullptr, base, n, divisor);
-            clear(result, n);
-            power(result, base, exponent, bits, divisor, count, space.take(2 * count + 1));
+        clear(result, n);
+        if (count != 0) {
+            const Divisor divisor = make_divisor(modulus, modulus, count);
+            divide(base, n, divisor);
+            power(result, base, exponent, bits, divisor, space.take(2 * count + 1));
         }
     } else if (bits == 1) {
         copy(result, base, n);  // Deliberate: not reduced.
@@ -216,6 +208,6 @@ int mpModExp(std::uint32_t* y, const std::uint32_t* x, const std::uint32_t* e, c
         clear(result, n);
         if (n != 0) result[0] = 1;
     }
-    store(y, ndigits, result);
+    store(y, ndigits, result, n);
     return 0;
 }

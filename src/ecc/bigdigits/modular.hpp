@@ -9,46 +9,42 @@
 
 namespace vrx::bigdigits {
 
-/**
- * A modulus of n words, made ready for division when the first remainder needs it. Modulo 0 every remainder is 0.
- */
+/** A modulus, made ready for division when the first remainder needs it. Modulo 0 every remainder is 0. */
 class Modulus {
 public:
-    /** Of a number m that outlives the object, and room for a copy of as many words. */
-    Modulus(Word* room, const Word* m, std::size_t n) : room_(room), m_(m), n_(n), count_(significant(m, n)) {}
+    /** Of the n words m, which outlive the object, and room for as many. */
+    Modulus(Word* room, const Word* m, std::size_t n) : room_(room), m_(m), count_(significant(m, n)) {}
 
-    /** u = u mod m, in place: un words and room for one more. Words of the remainder beyond un are not written. */
+    /** u = u mod m, in place: un words and room for one more. */
     void reduce(Word* u, std::size_t un) const {
         if (count_ == 0) return clear(u, un);
         const std::size_t used = significant(u, un);
         if (used < count_ || (used == count_ && compare(u, m_, count_) < 0)) return;
-        divide(nullptr, u, un, Divisor(room_, m_, count_));
+        divide(u, used, make_divisor(room_, m_, count_));
+        clear(u + count_, used + 1 - count_);
     }
-    [[nodiscard]] const Word* words() const { return m_; }
-    [[nodiscard]] std::size_t size() const { return n_; }
 
 private:
     Word* room_;
     const Word* m_;
-    std::size_t n_;
     std::size_t count_;
 };
 
 /**
  * y = x^e mod m, from left to right, a bit at a time: y = y^2, and y = x y where the bit is 1.
  *
- * @param y     out: the n words of the result; not x.
- * @param x     in: n words below m.
+ * @param y     out: as many words as the modulus has; not x.
+ * @param x     in: as many words, below m.
  * @param bits  in: the number of significant bits of e, at least 1.
- * @param work  2n + 1 words for the products.
+ * @param work  room for the products: twice as many words, and one more.
  */
-inline void power(Word* y, const Word* x, const Word* e, std::size_t bits, const Divisor& m, std::size_t n,
-                  Word* work) {
-    copy(y, x, n);
+inline void power(Word* y, const Word* x, const Word* e, std::size_t bits, const Divisor& m, Word* work) {
+    const std::size_t n = m.count;
     const auto reduce = [&] {
-        divide(nullptr, work, 2 * n, m);
+        divide(work, 2 * n, m);
         copy(y, work, n);
     };
+    copy(y, x, n);
     for (std::size_t i = bits - 1; i-- != 0;) {
         square(work, y, n);
         reduce();
@@ -59,10 +55,21 @@ inline void power(Word* y, const Word* x, const Word* e, std::size_t bits, const
     }
 }
 
-/** a = b mod a and b = a, the step of Euclid's algorithm, for a that is not 0. Room for n + 1 words in each. */
-inline void euclid_step(Word*& a, Word*& b, std::size_t n, Word* quotient, Word* room) {
-    divide(quotient, b, n, Divisor(room, a, significant(a, n)));
+/**
+ * The step of Euclid's algorithm: a = b mod a and b = a, for a that is not 0. Room for n + 1 words in each.
+ *
+ * @param use  called with the words of the quotient and their number.
+ */
+template <typename Use>
+inline void euclid_step(Word*& a, Word*& b, std::size_t n, Word* room, Use use) {
+    const std::size_t used = significant(a, n);
+    divide(b, n, make_divisor(room, a, used));
+    use(b + used, n + 1 - used);
+    clear(b + used, n + 1 - used);
     std::swap(a, b);
+}
+inline void euclid_step(Word*& a, Word*& b, std::size_t n, Word* room) {
+    euclid_step(a, b, n, room, [](const Word*, std::size_t) {});
 }
 
 }  // namespace vrx::bigdigits

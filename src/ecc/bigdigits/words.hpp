@@ -2,6 +2,7 @@
 #ifndef VRX_ECC_BIGDIGITS_WORDS_HPP
 #define VRX_ECC_BIGDIGITS_WORDS_HPP
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -27,16 +28,29 @@ constexpr Wide wide(Word hi, Word lo) { return Wide{hi} << word_bits | lo; }
 /** The words that hold a number of so many digits; an odd last digit is padded. */
 constexpr std::size_t words_for(std::uint64_t ndigits) { return ndigits / 2 + ndigits % 2; }
 
+/** Two digits as a word, and back. */
+inline Word pair(const Digit* digits) {
+    Word w;
+    std::memcpy(&w, digits, sizeof w);
+    return w;
+}
+inline void set_pair(Digit* digits, Word w) { std::memcpy(digits, &w, sizeof w); }
+
 /** w = the number of ndigits digits, in words_for(ndigits) words. */
 inline void load(Word* w, const Digit* digits, std::uint64_t ndigits) {
-    if (ndigits == 0) return;
-    w[(ndigits - 1) / 2] = 0;
-    std::memcpy(w, digits, ndigits * sizeof(Digit));
+    for (std::uint64_t i = 0; i < ndigits / 2; ++i) {
+        w[i] = pair(digits + 2 * i);
+        // Keeps the loop from becoming a call of memcpy, whose wide, overlapping stores delay the reading of the words.
+        asm volatile("");
+    }
+    if (ndigits % 2 != 0) w[ndigits / 2] = digits[ndigits - 1];
 }
 
-/** The lowest ndigits digits of w. */
-inline void store(Digit* digits, std::uint64_t ndigits, const Word* w) {
-    if (ndigits != 0) std::memcpy(digits, w, ndigits * sizeof(Digit));
+/** The lowest ndigits digits of a number of n words, with zeros behind it. */
+inline void store(Digit* digits, std::uint64_t ndigits, const Word* w, std::size_t n) {
+    const std::size_t there = std::min<std::size_t>(ndigits, 2 * n);
+    if (there != 0) std::memcpy(digits, w, there * sizeof(Digit));
+    std::fill_n(digits + there, ndigits - there, Digit{0});
 }
 
 /** Stack memory for the temporaries of one call; what was taken of it is wiped in the end. */
@@ -118,58 +132,41 @@ inline Word subtract(Word* w, const Word* u, const Word* v, std::size_t n) {
     return borrow;
 }
 
+/** w = w + x; the carry is returned. */
+inline Word add_word(Word* w, std::size_t n, Word x) {
+    for (std::size_t i = 0; i < n && x != 0; ++i) x = (w[i] += x) < x;
+    return x;
+}
+
+/** w = w - x; the borrow is returned. */
+inline Word subtract_word(Word* w, std::size_t n, Word x) {
+    for (std::size_t i = 0; i < n && x != 0; ++i) {
+        const Word borrow = w[i] < x;
+        w[i] -= x;
+        x = borrow;
+    }
+    return x;
+}
+
 /** w = u 2^shift for a shift below 64; the word shifted out is returned. w may be u. */
 inline Word shift_left(Word* w, const Word* u, std::size_t n, unsigned shift) {
-    Word carry = 0;
+    Word out = 0;
     for (std::size_t i = 0; i < n; ++i) {
         const Word x = u[i];
-        w[i] = x << shift | carry;
-        carry = x >> 1 >> (word_bits - 1 - shift);
+        w[i] = x << shift | out;
+        out = x >> 1 >> (word_bits - 1 - shift);
     }
-    return carry;
+    return out;
 }
 
 /** w = floor(u / 2^shift) for a shift below 64. w may be u. */
 inline void shift_right(Word* w, const Word* u, std::size_t n, unsigned shift) {
-    Word carry = 0;
+    Word out = 0;
     for (std::size_t i = n; i-- != 0;) {
         const Word x = u[i];
-        w[i] = x >> shift | carry;
-        carry = x << 1 << (word_bits - 1 - shift);
+        w[i] = x >> shift | out;
+        out = x << 1 << (word_bits - 1 - shift);
     }
-}
-
-/** w = u x; the highest word is returned. */
-inline Word multiply(Word* w, const Word* u, std::size_t n, Word x) {
-    Word carry = 0;
-    for (std::size_t i = 0; i < n; ++i) {
-        const Wide t = Wide{u[i]} * x + carry;
-        w[i] = low(t);
-        carry = high(t);
-    }
-    return carry;
-}
-
-/** w = w + u x; the word carried out is returned. */
-inline Word multiply_add(Word* w, const Word* u, std::size_t n, Word x) {
-    Word carry = 0;
-    for (std::size_t i = 0; i < n; ++i) {
-        const Wide t = Wide{u[i]} * x + w[i] + carry;
-        w[i] = low(t);
-        carry = high(t);
-    }
-    return carry;
-}
-
-/** w = w - u x; the word borrowed is returned. */
-inline Word multiply_subtract(Word* w, const Word* u, std::size_t n, Word x) {
-    Word borrow = 0;
-    for (std::size_t i = 0; i < n; ++i) {
-        const Wide t = Wide{u[i]} * x + borrow;
-        borrow = high(t) + (w[i] < low(t));
-        w[i] -= low(t);
-    }
-    return borrow;
 }
 
 }  // namespace vrx::bigdigits

@@ -1,0 +1,104 @@
+// The arithmetic as a text book writes it, a 32-bit digit at a time: what the 64-bit words have to beat.
+#ifndef VRX_BENCH_ECC_PLAIN_DIGITS_HPP
+#define VRX_BENCH_ECC_PLAIN_DIGITS_HPP
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+namespace plain {
+
+using Digit = std::uint32_t;
+using Double = std::uint64_t;
+
+inline void multiply(Digit* w, const Digit* u, const Digit* v, std::size_t n) {
+    for (std::size_t i = 0; i < 2 * n; ++i) w[i] = 0;
+    for (std::size_t j = 0; j < n; ++j) {
+        Double carry = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            const Double t = Double{u[i]} * v[j] + w[i + j] + carry;
+            w[i + j] = static_cast<Digit>(t);
+            carry = t >> 32;
+        }
+        w[j + n] = static_cast<Digit>(carry);
+    }
+}
+
+inline void square(Digit* w, const Digit* u, std::size_t n) {
+    for (std::size_t i = 0; i < 2 * n; ++i) w[i] = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        Double carry = 0;
+        for (std::size_t j = i + 1; j < n; ++j) {
+            const Double t = Double{u[i]} * u[j] + w[i + j] + carry;
+            w[i + j] = static_cast<Digit>(t);
+            carry = t >> 32;
+        }
+        w[i + n] = static_cast<Digit>(carry);
+    }
+    Digit top = 0;
+    Double carry = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Double s = Double{u[i]} * u[i];
+        const Double low = Double{w[2 * i] << 1 | top} + static_cast<Digit>(s) + carry;
+        const Double high = Double{w[2 * i + 1] << 1 | w[2 * i] >> 31} + (s >> 32) + (low >> 32);
+        top = w[2 * i + 1] >> 31;
+        w[2 * i] = static_cast<Digit>(low);
+        w[2 * i + 1] = static_cast<Digit>(high);
+        carry = high >> 32;
+    }
+}
+
+/** Algorithm D for a divisor of n >= 2 digits whose top digit is not 0, and m >= n. q and r have m digits. */
+inline void divide(Digit* q, Digit* r, const Digit* u, std::size_t m, const Digit* v, std::size_t n) {
+    Digit d[256];
+    Digit rest[513];
+    const auto k = static_cast<unsigned>(std::countl_zero(v[n - 1]));
+    for (std::size_t i = n; i-- != 0;)
+        d[i] = v[i] << k | (i != 0 ? static_cast<Digit>(Double{v[i - 1]} << k >> 32) : 0);
+    rest[m] = static_cast<Digit>(Double{u[m - 1]} << k >> 32);
+    for (std::size_t i = m; i-- != 0;)
+        rest[i] = u[i] << k | (i != 0 ? static_cast<Digit>(Double{u[i - 1]} << k >> 32) : 0);
+    for (std::size_t i = m - n + 1; i < m; ++i) q[i] = 0;
+    for (std::size_t j = m - n + 1; j-- != 0;) {
+        const Double top = Double{rest[j + n]} << 32 | rest[j + n - 1];
+        Double estimate = top / d[n - 1];
+        Double left = top % d[n - 1];
+        while (estimate >> 32 != 0 || estimate * d[n - 2] > (left << 32 | rest[j + n - 2])) {
+            --estimate;
+            left += d[n - 1];
+            if (left >> 32 != 0) break;
+        }
+        Double carry = 0;
+        Double borrow = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            const Double t = estimate * d[i] + carry;
+            const Double difference = Double{rest[i + j]} - static_cast<Digit>(t) - borrow;
+            rest[i + j] = static_cast<Digit>(difference);
+            borrow = difference >> 63;
+            carry = t >> 32;
+        }
+        const Double difference = Double{rest[j + n]} - carry - borrow;
+        rest[j + n] = static_cast<Digit>(difference);
+        if (difference >> 63 != 0) {
+            --estimate;
+            carry = 0;
+            for (std::size_t i = 0; i < n; ++i) {
+                const Double t = Double{rest[i + j]} + d[i] + carry;
+                rest[i + j] = static_cast<Digit>(t);
+                carry = t >> 32;
+            }
+            rest[j + n] += static_cast<Digit>(carry);
+        }
+        q[j] = static_cast<Digit>(estimate);
+    }
+    for (std::size_t i = 0; i < n; ++i) r[i] = static_cast<Digit>((Double{rest[i + 1]} << 32 | rest[i]) >> k);
+    for (std::size_t i = n; i < m; ++i) r[i] = 0;
+    // The same contract as the library's: no trace of the operands stays on the stack.
+    std::memset(d, 0, n * sizeof *d);
+    std::memset(rest, 0, (m + 1) * sizeof *rest);
+    asm volatile("" : : "r"(d), "r"(rest) : "memory");
+}
+
+}  // namespace plain
+
+#endif

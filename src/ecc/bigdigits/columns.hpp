@@ -1,0 +1,80 @@
+// Products and squares of numbers of a fixed size, straight from digits to digits: no copies, hence nothing to wipe.
+#ifndef VRX_ECC_BIGDIGITS_COLUMNS_HPP
+#define VRX_ECC_BIGDIGITS_COLUMNS_HPP
+
+#include "ecc/bigdigits/multiply.hpp"
+
+namespace vrx::bigdigits {
+
+/** A sum of products within one column of a product: three words, of which the lowest is the next result. */
+struct Column {
+    Word c0 = 0, c1 = 0, c2 = 0;
+
+    void add(Word u, Word v) {
+        asm("mulq %[v]\n\t"
+            "addq %%rax, %[c0]\n\t"
+            "adcq %%rdx, %[c1]\n\t"
+            "adcq $0, %[c2]"
+            : [c0] "+&r"(c0), [c1] "+&r"(c1), [c2] "+&r"(c2), "+a"(u)
+            : [v] "r"(v)
+            : "cc", "rdx");
+    }
+    void add(const Column& other) {
+        asm("addq %[a0], %[c0]\n\t"
+            "adcq %[a1], %[c1]\n\t"
+            "adcq %[a2], %[c2]"
+            : [c0] "+&r"(c0), [c1] "+&r"(c1), [c2] "+r"(c2)
+            : [a0] "r"(other.c0), [a1] "r"(other.c1), [a2] "r"(other.c2)
+            : "cc");
+    }
+    Word next() { return std::exchange(c0, std::exchange(c1, std::exchange(c2, 0))); }
+};
+
+/** The words of a number of ndigits digits, read in place. */
+template <std::size_t ndigits>
+struct Fixed {
+    static constexpr std::size_t n = words_for(ndigits);
+    const Digit* digits;
+
+    [[gnu::always_inline]] Word operator[](std::size_t i) const {
+        return 2 * i + 1 < ndigits ? pair(digits + 2 * i) : digits[2 * i];
+    }
+};
+
+/** In column k of the product of two numbers of n words stand u[i] v[k - i] for so many i, from the first on. */
+constexpr std::size_t first(std::size_t k, std::size_t n) { return k < n ? 0 : k - n + 1; }
+constexpr std::size_t height(std::size_t k, std::size_t n) { return k < n ? k + 1 : 2 * n - 1 - k; }
+
+/** w = u v. w is neither u nor v. */
+template <std::size_t ndigits>
+void product(Digit* w, Fixed<ndigits> u, Fixed<ndigits> v) {
+    constexpr std::size_t n = u.n;
+    Column sum;
+    unrolled<ndigits>([&]<std::size_t k>() __attribute__((always_inline)) {
+        unrolled<height(k, n)>([&]<std::size_t i>() __attribute__((always_inline)) {
+            sum.add(u[first(k, n) + i], v[k - first(k, n) - i]);
+        });
+        set_pair(w + 2 * k, sum.next());
+    });
+}
+
+/** w = u^2. w is not u. What stands on both sides of the middle of a column is formed once. */
+template <std::size_t ndigits>
+void square(Digit* w, Fixed<ndigits> u) {
+    constexpr std::size_t n = u.n;
+    Column sum;
+    unrolled<ndigits>([&]<std::size_t k>() __attribute__((always_inline)) {
+        Column half;
+        unrolled<height(k, n) / 2>([&]<std::size_t i>() __attribute__((always_inline)) {
+            half.add(u[first(k, n) + i], u[k - first(k, n) - i]);
+        });
+        sum.add(half);
+        sum.add(half);
+        if constexpr (k % 2 == 0) sum.add(u[k / 2], u[k / 2]);
+        set_pair(w + 2 * k, sum.next());
+    });
+}
+
+}  // namespace vrx::bigdigits
+
+#endif

@@ -1,0 +1,138 @@
+// Knuth's algorithm D on 64-bit words. Each quotient word comes from the reciprocal of the divisor's two top words and
+// is too large by one at most.
+#include "ecc/bigdigits/division.hpp"
+
+#include "ecc/bigdigits/multiply.hpp"
+
+namespace vrx::bigdigits {
+namespace {
+
+/** floor((2^192 - 1) / (d1 2^64 + d0)) - 2^64 for a d1 whose top bit is set. */
+Word long_reciprocal(Word d1, Word d0) {
+    Word v = reciprocal(d1);
+    Word p = d1 * v + d0;
+    const Word over = -static_cast<Word>(p < d0);
+    const Word twice = over & -static_cast<Word>(p >= d1);
+    v += over + twice;
+    p -= (over & d1) + (twice & d1);
+    const Wide t = Wide{v} * d0;
+    p += high(t);
+    if (p < high(t)) {
+        --v;
+        if (wide(p, low(t)) >= wide(d1, d0)) --v;
+    }
+    return v;
+}
+
+struct LongDivision {
+    Word quotient;
+    Wide remainder;
+};
+
+/** (u 2^64 + u0) / d for u < d, where the top bit of d is set and v is the reciprocal of its two words. */
+[[gnu::always_inline]] inline LongDivision long_divide(Wide u, Word u0, Wide d, Word v) {
+    const Wide q = Wide{v} * high(u) + u;
+    Word q1 = high(q);
+    const Word r1 = low(u) - q1 * high(d);
+    Wide r = wide(r1, u0) - d - Wide{low(d)} * q1;
+    ++q1;
+    const Word mask = -static_cast<Word>(high(r) >= low(q));  // q1 was one too large
+    q1 += mask;
+    r += wide(mask, mask) & d;
+    if (r >= d) [[unlikely]] {
+        ++q1;
+        r -= d;
+    }
+    return {q1, r};
+}
+
+/** One step of the division by one word d: u[0..1] with u[1] below d become the remainder and a word of the quotient.
+ */
+void divide_by_word_step(Word* u, const Divisor& d) {
+    const ShortDivision step = divide(u[1], u[0], d.words[0], d.inverse);
+    u[0] = step.remainder;
+    u[1] = step.quotient;
+}
+
+/**
+ * Steps of the long division by n >= 2 words d: u[0..n + steps - 1], with the n words u[steps..] below d, become the n
+ * words of the remainder and `steps` words of the quotient.
+ */
+void divide_steps(Word* u, std::size_t steps, const Divisor& d) {
+    const std::size_t n = d.count;
+    const Wide divisor = wide(d.words[n - 1], d.words[n - 2]);
+    Wide top = wide(u[n + steps - 1], u[n + steps - 2]);  // the remainder's two top words stay in registers
+    for (std::size_t j = steps; j-- != 0;) {
+        Word quotient = ~Word{0};
+        if (top >= divisor) [[unlikely]] {
+            // The estimate would overflow. The two words are those of the divisor, and the quotient is just that.
+            u[j + n - 1] = low(top);
+            multiply_subtract(u + j, d.words, n, quotient);
+            top = wide(u[j + n - 1], u[j + n - 2]);
+        } else {
+            const LongDivision estimate = long_divide(top, u[j + n - 2], divisor, d.inverse);
+            quotient = estimate.quotient;
+            const Word borrow = multiply_subtract(u + j, d.words, n - 2, quotient);
+            top = estimate.remainder - borrow;
+            if (estimate.remainder < borrow) [[unlikely]] {  // the multiple was too large by one
+                --quotient;
+                top += divisor + add(u + j, u + j, d.words, n - 2);
+            }
+        }
+        u[j + n] = quotient;
+    }
+    u[n - 1] = high(top);
+    u[n - 2] = low(top);
+}
+
+/**
+ * As many steps as a block has rows, for n > block: the quotient from the divisor's top words alone, then the rest of
+ * the divisor times all of it at once. u[0..n + block - 1], with the n words u[block..] below d, become the n words of
+ * the remainder and `block` words of the quotient.
+ */
+void divide_block(Word* u, const Divisor& d) {
+    const std::size_t rest = d.count - block;
+    const Divisor top{d.words + rest, block, d.inverse};
+    Word* quotient = u + d.count;
+    // Where the top words are equal, the quotient by them alone would not fit.
+    if (compare(quotient, top.words, block) >= 0) [[unlikely]]
+        return divide_steps(u, block, d);
+    divide_steps(u + rest, block, top);
+    Rows<block> multiple(quotient);
+    for (std::size_t i = 0; i < rest; ++i) u[i] = ~multiple.step(d.words[i], ~u[i]);
+    Word borrow = multiple.finish_subtracting(u + rest);
+    while (borrow != 0) {  // the multiple was too large, by two at most
+        subtract_word(quotient, block, 1);
+        borrow -= add(u, u, d.words, d.count);
+    }
+}
+
+/** The least number of words in a divisor for which blocks pay. */
+constexpr std::size_t least_for_blocks = 2 * block;
+
+}  // namespace
+
+Divisor make_divisor(Word* room, const Word* v, std::size_t n) {
+    const auto shift = static_cast<unsigned>(std::countl_zero(v[n - 1]));
+    shift_left(room, v, n, shift);
+    return {room, n, n == 1 ? reciprocal(room[0]) : long_reciprocal(room[n - 1], room[n - 2]), shift};
+}
+
+void divide(Word* u, std::size_t m, const Divisor& d) {
+    const std::size_t n = d.count;
+    const std::size_t used = significant(u, m);
+    u[m] = 0;
+    if (used < n) return;
+    u[used] = shift_left(u, u, used, d.shift);
+    std::size_t j = used - n + 1;
+    if (n == 1) {
+        while (j-- != 0) divide_by_word_step(u + j, d);
+    } else {
+        if (n >= least_for_blocks)
+            for (; j >= block; j -= block) divide_block(u + j - block, d);
+        if (j != 0) divide_steps(u, j, d);
+    }
+    shift_right(u, u, n, d.shift);
+}
+
+}  // namespace vrx::bigdigits

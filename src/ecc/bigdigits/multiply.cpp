@@ -1,0 +1,80 @@
+#include "ecc/bigdigits/multiply.hpp"
+
+namespace vrx::bigdigits {
+namespace {
+
+/**
+ * Call f.template operator()<rows>() for the rows of the first block when n rows are cut into blocks: those that are
+ * left over come first.
+ */
+template <typename F>
+void with_first_rows(std::size_t n, F f) {
+    switch (n % block) {
+        case 1:
+            return f.template operator()<1>();
+        case 2:
+            return f.template operator()<2>();
+        case 3:
+            return f.template operator()<3>();
+        default:
+            return f.template operator()<block>();
+    }
+}
+
+/**
+ * w = w + the products u[i] u[j], i < j and i < rows. What stands from w[n] on counts as 0 and is written; when the
+ * block is the first one, that is so for all of w.
+ */
+template <std::size_t rows, bool is_first>
+void add_triangle(Word* w, const Word* u, std::size_t n) {
+    Rows<rows> sum(u);
+    const auto old = [&](std::size_t j) { return is_first ? 0 : w[j]; };
+    w[0] = old(0);
+    unrolled<rows - 1>([&]<std::size_t r>() __attribute__((always_inline)) {
+        w[r + 1] = sum.template step<r + 1>(u[r + 1], old(r + 1));
+    });
+    for (std::size_t j = rows; j < n; ++j) w[j] = sum.step(u[j], old(j));
+    sum.finish(w + n);
+}
+
+/** w = 2 w + the squares u[i]^2, each at 2i. */
+void double_and_add_squares(Word* w, const Word* u, std::size_t n) {
+    Word top = 0;  // the bit that doubling moves into the next pair
+    Word carry = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Wide s = Wide{u[i]} * u[i];
+        const Word w0 = w[2 * i], w1 = w[2 * i + 1];
+        const Wide t0 = Wide{w0 << 1 | top} + low(s) + carry;
+        const Wide t1 = Wide{w1 << 1 | w0 >> (word_bits - 1)} + high(s) + high(t0);
+        w[2 * i] = low(t0);
+        w[2 * i + 1] = low(t1);
+        carry = high(t1);
+        top = w1 >> (word_bits - 1);
+    }
+}
+
+}  // namespace
+
+void product(Word* w, const Word* u, std::size_t un, const Word* v, std::size_t vn) {
+    with_first_rows(vn, [&]<std::size_t rows>() {
+        Rows<rows> sum(v);
+        for (std::size_t i = 0; i < un; ++i) w[i] = sum.step(u[i], 0);
+        sum.finish(w + un);
+        for (std::size_t j = rows; j < vn; j += block) {
+            Rows<block> more(v + j);
+            for (std::size_t i = 0; i < un; ++i) w[j + i] = more.step(u[i], w[j + i]);
+            more.finish(w + j + un);
+        }
+    });
+}
+
+void square(Word* w, const Word* u, std::size_t n) {
+    // The products u[i] u[j] with i < j are formed once and doubled; then come the squares u[i]^2.
+    with_first_rows(n, [&]<std::size_t rows>() {
+        add_triangle<rows, true>(w, u, n);
+        for (std::size_t i = rows; i < n; i += block) add_triangle<block, false>(w + 2 * i, u + i, n - i);
+    });
+    double_and_add_squares(w, u, n);
+}
+
+}  // namespace vrx::bigdigits
