@@ -48,8 +48,32 @@ inline void square(Digit* w, const Digit* u, std::size_t n) {
     }
 }
 
-/** Algorithm D for a divisor of n >= 2 digits whose top digit is not 0, and m >= n. q and r have m digits. */
-inline void divide(Digit* q, Digit* r, const Digit* u, std::size_t m, const Digit* v, std::size_t n) {
+inline std::size_t significant(const Digit* a, std::size_t n) {
+    while (n != 0 && a[n - 1] == 0) --n;
+    return n;
+}
+
+/** Algorithm D, under the contract of mpDivide(). */
+inline int divide(Digit* q, Digit* r, const Digit* u, std::size_t udigits, const Digit* v, std::size_t vdigits) {
+    std::memset(q, 0, udigits * sizeof *q);
+    std::memset(r, 0, udigits * sizeof *r);
+    const std::size_t n = significant(v, vdigits);
+    const std::size_t m = significant(u, udigits);
+    if (n == 0) return -1;
+    if (m < n) {
+        std::memcpy(r, u, udigits * sizeof *r);
+        return 0;
+    }
+    if (n == 1) {
+        Double rest = 0;
+        for (std::size_t i = m; i-- != 0;) {
+            rest = rest << 32 | u[i];
+            q[i] = static_cast<Digit>(rest / v[0]);
+            rest %= v[0];
+        }
+        r[0] = static_cast<Digit>(rest);
+        return 0;
+    }
     Digit d[256];
     Digit rest[513];
     const auto k = static_cast<unsigned>(std::countl_zero(v[n - 1]));
@@ -58,7 +82,6 @@ inline void divide(Digit* q, Digit* r, const Digit* u, std::size_t m, const Digi
     rest[m] = static_cast<Digit>(Double{u[m - 1]} << k >> 32);
     for (std::size_t i = m; i-- != 0;)
         rest[i] = u[i] << k | (i != 0 ? static_cast<Digit>(Double{u[i - 1]} << k >> 32) : 0);
-    for (std::size_t i = m - n + 1; i < m; ++i) q[i] = 0;
     for (std::size_t j = m - n + 1; j-- != 0;) {
         const Double top = Double{rest[j + n]} << 32 | rest[j + n - 1];
         Double estimate = top / d[n - 1];
@@ -92,11 +115,11 @@ inline void divide(Digit* q, Digit* r, const Digit* u, std::size_t m, const Digi
         q[j] = static_cast<Digit>(estimate);
     }
     for (std::size_t i = 0; i < n; ++i) r[i] = static_cast<Digit>((Double{rest[i + 1]} << 32 | rest[i]) >> k);
-    for (std::size_t i = n; i < m; ++i) r[i] = 0;
     // The same contract as the library's: no trace of the operands stays on the stack.
     std::memset(d, 0, n * sizeof *d);
     std::memset(rest, 0, (m + 1) * sizeof *rest);
     asm volatile("" : : "r"(d), "r"(rest) : "memory");
+    return 0;
 }
 
 }  // namespace plain

@@ -60,7 +60,7 @@ constexpr Digit funnel(Digit hi, Digit lo, unsigned shift) {
 
 /** The remainder of u by d, and the quotient where one is wanted; q may be u. */
 template <bool with_quotient>
-Digit short_division(Digit* q, const Digit* u, Digit d, std::uint64_t n) {
+[[gnu::noinline]] Digit short_division(Digit* q, const Digit* u, Digit d, std::uint64_t n) {
     if (d == 0 || n == 0) return 0;
     // Normalising the divisor by `shift` takes the dividend times 2^shift; the quotient is the same.
     const auto shift = static_cast<unsigned>(std::countl_zero(Word{d}));
@@ -127,12 +127,14 @@ int mpMultiply(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v,
     }
     const std::size_t n = words_for(ndigits);
     Workspace<4 * max_words> space;
-    Word* result = space.take(2 * n);
-    const Word* x = space.copy(u, ndigits);
-    const Word* y = space.copy(v, ndigits);
-    product(result, x, n, y, n);
-    store(w, 2 * ndigits, result, 2 * n);
-    return 0;
+    return without_trace([&] {
+        Word* result = space.take(2 * n);
+        const Word* x = space.copy(u, ndigits);
+        const Word* y = space.copy(v, ndigits);
+        product(result, x, n, y, n);
+        store(w, 2 * ndigits, result, 2 * n);
+        return 0;
+    });
 }
 
 int mpSquare(std::uint32_t* w, const std::uint32_t* u, std::uint64_t ndigits) {
@@ -150,10 +152,12 @@ int mpSquare(std::uint32_t* w, const std::uint32_t* u, std::uint64_t ndigits) {
     }
     const std::size_t n = words_for(ndigits);
     Workspace<3 * max_words> space;
-    Word* result = space.take(2 * n);
-    square(result, space.copy(u, ndigits), n);
-    store(w, 2 * ndigits, result, 2 * n);
-    return 0;
+    return without_trace([&] {
+        Word* result = space.take(2 * n);
+        square(result, space.copy(u, ndigits), n);
+        store(w, 2 * ndigits, result, 2 * n);
+        return 0;
+    });
 }
 
 int mpEqual(const std::uint32_t* a, const std::uint32_t* b, std::uint64_t ndigits) {
@@ -300,11 +304,15 @@ std::uint32_t mpShortModMult(std::uint32_t* w, const std::uint32_t* u, std::uint
 }
 
 std::uint32_t mpShortDiv(std::uint32_t* q, const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {
-    return short_division<true>(q, u, d, ndigits);
+    const Digit rest = short_division<true>(q, u, d, ndigits);
+    wipe_frames_below();
+    return rest;
 }
 
 std::uint32_t mpShortMod(const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {
-    return short_division<false>(nullptr, u, d, ndigits);
+    const Digit rest = short_division<false>(nullptr, u, d, ndigits);
+    wipe_frames_below();
+    return rest;
 }
 
 int mpShortCmp(const std::uint32_t* a, std::uint32_t d, std::uint64_t ndigits) {
@@ -315,27 +323,30 @@ int mpShortCmp(const std::uint32_t* a, std::uint32_t d, std::uint64_t ndigits) {
 
 int mpDivide(std::uint32_t* q, std::uint32_t* r, const std::uint32_t* u, std::uint64_t udigits, const std::uint32_t* v,
              std::uint64_t vdigits) {
-    const std::uint64_t divisor_digits = mpSizeof(v, vdigits);
-    if (divisor_digits == 0) {
+    const std::uint64_t significant_u = mpSizeof(u, udigits);
+    const std::uint64_t significant_v = mpSizeof(v, vdigits);
+    if (significant_v == 0 || significant_u < significant_v) {
+        if (significant_v == 0)
+            std::fill_n(r, udigits, Digit{0});
+        else
+            std::copy_n(u, udigits, r);
         std::fill_n(q, udigits, Digit{0});
-        std::fill_n(r, udigits, Digit{0});
-        return -1;
+        return significant_v == 0 ? -1 : 0;
     }
-    const std::size_t m = words_for(udigits);
-    const std::size_t n = words_for(divisor_digits);
-    Workspace<4 * max_words + 1> space;
-    Word* rest = space.take(m + 1);
-    load(rest, u, udigits);
-    if (m < n) {
-        store(q, udigits, rest, 0);
-        store(r, udigits, rest, m);
-    } else {
-        Word* divisor = space.copy(v, divisor_digits);
-        divide(rest, m, make_divisor(divisor, divisor, n));
+    const std::size_t m = words_for(significant_u);
+    const std::size_t n = words_for(significant_v);
+    Workspace<4 * max_words + 2> space;
+    return without_trace([&] {
+        Word* rest = space.take(m + 1);
+        Word* divisor = space.take(n + 1);
+        const unsigned shift = normalising_shift(word(v, significant_v, n - 1));
+        load_shifted(divisor, v, significant_v, shift);
+        load_shifted(rest, u, significant_u, shift);
+        divide_shifted(rest, m, make_shifted_divisor(divisor, n, shift));
         store(q, udigits, rest + n, m + 1 - n);
         store(r, udigits, rest, n);
-    }
-    return 0;
+        return 0;
+    });
 }
 
 int mpIsNegative(const std::uint32_t* a, std::uint64_t ndigits) {

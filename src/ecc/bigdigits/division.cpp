@@ -30,7 +30,7 @@ struct LongDivision {
 };
 
 /** (u 2^64 + u0) / d for u < d, where the top bit of d is set and v is the reciprocal of its two words. */
-[[gnu::always_inline]] inline LongDivision long_divide(Wide u, Word u0, Wide d, Word v) {
+LongDivision long_divide(Wide u, Word u0, Wide d, Word v) {
     const Wide q = Wide{v} * high(u) + u;
     Word q1 = high(q);
     const Word r1 = low(u) - q1 * high(d);
@@ -58,7 +58,7 @@ void divide_by_word_step(Word* u, const Divisor& d) {
  * Steps of the long division by n >= 2 words d: u[0..n + steps - 1], with the n words u[steps..] below d, become the n
  * words of the remainder and `steps` words of the quotient.
  */
-void divide_steps(Word* u, std::size_t steps, const Divisor& d) {
+[[gnu::noinline]] void divide_steps(Word* u, std::size_t steps, const Divisor& d) {
     const std::size_t n = d.count;
     const Wide divisor = wide(d.words[n - 1], d.words[n - 2]);
     Wide top = wide(u[n + steps - 1], u[n + steps - 2]);  // the remainder's two top words stay in registers
@@ -90,7 +90,7 @@ void divide_steps(Word* u, std::size_t steps, const Divisor& d) {
  * the divisor times all of it at once. u[0..n + block - 1], with the n words u[block..] below d, become the n words of
  * the remainder and `block` words of the quotient.
  */
-void divide_block(Word* u, const Divisor& d) {
+[[gnu::noinline]] void divide_block(Word* u, const Divisor& d) {
     const std::size_t rest = d.count - block;
     const Divisor top{d.words + rest, block, d.inverse};
     Word* quotient = u + d.count;
@@ -112,19 +112,19 @@ constexpr std::size_t least_for_blocks = 2 * block;
 
 }  // namespace
 
-Divisor make_divisor(Word* room, const Word* v, std::size_t n) {
-    const auto shift = static_cast<unsigned>(std::countl_zero(v[n - 1]));
-    shift_left(room, v, n, shift);
-    return {room, n, n == 1 ? reciprocal(room[0]) : long_reciprocal(room[n - 1], room[n - 2]), shift};
+Divisor make_shifted_divisor(const Word* v, std::size_t n, unsigned shift) {
+    return {v, n, n == 1 ? reciprocal(v[0]) : long_reciprocal(v[n - 1], v[n - 2]), shift};
 }
 
-void divide(Word* u, std::size_t m, const Divisor& d) {
+Divisor make_divisor(Word* room, const Word* v, std::size_t n) {
+    const unsigned shift = normalising_shift(v[n - 1]);
+    shift_left(room, v, n, shift);
+    return make_shifted_divisor(room, n, shift);
+}
+
+void divide_shifted(Word* u, std::size_t m, const Divisor& d) {
     const std::size_t n = d.count;
-    const std::size_t used = significant(u, m);
-    u[m] = 0;
-    if (used < n) return;
-    u[used] = shift_left(u, u, used, d.shift);
-    std::size_t j = used - n + 1;
+    std::size_t j = m - n + 1;
     if (n == 1) {
         while (j-- != 0) divide_by_word_step(u + j, d);
     } else {
@@ -133,6 +133,14 @@ void divide(Word* u, std::size_t m, const Divisor& d) {
         if (j != 0) divide_steps(u, j, d);
     }
     shift_right(u, u, n, d.shift);
+}
+
+void divide(Word* u, std::size_t m, const Divisor& d) {
+    const std::size_t used = significant(u, m);
+    u[m] = 0;
+    if (used < d.count) return;
+    u[used] = shift_left(u, u, used, d.shift);
+    divide_shifted(u, used, d);
 }
 
 }  // namespace vrx::bigdigits

@@ -43,6 +43,12 @@ struct Divisor {
     unsigned shift = 0;
 };
 
+/** The shift that sets the top bit of the word. */
+inline unsigned normalising_shift(Word top) { return static_cast<unsigned>(std::countl_zero(top)); }
+
+/** Of n words that are shifted already by their normalising shift; they outlive the divisor. */
+Divisor make_shifted_divisor(const Word* v, std::size_t n, unsigned shift);
+
 /** Of the n significant words v, n not 0, copied into room for as many words, which may be v. */
 Divisor make_divisor(Word* room, const Word* v, std::size_t n);
 
@@ -53,6 +59,9 @@ Divisor make_divisor(Word* room, const Word* v, std::size_t n);
  * @param u  in-out: m + 1 words; what stands in the last one does not matter.
  */
 void divide(Word* u, std::size_t m, const Divisor& d);
+
+/** The same for u times 2^d.shift, of m + 1 words, and n <= m; the remainder is not shifted. */
+void divide_shifted(Word* u, std::size_t m, const Divisor& d);
 
 }  // namespace vrx::bigdigits
 

@@ -71,7 +71,7 @@ template <std::size_t rows>
 class Rows {
 public:
     explicit Rows(const Word* x) {
-        for (std::size_t r = 0; r < rows; ++r) x_[r] = x[r];
+        unrolled<rows>([&]<std::size_t r>() __attribute__((always_inline)) { x_[r] = x[r]; });
     }
 
     /** The next word of u against the first `active` rows; the word of the sum that this completes. */
@@ -90,9 +90,17 @@ public:
     }
     /** What is left behind the last word of u: put it there, or subtract it from what is there, with a borrow. */
     void finish(Word* w) const {
-        for (std::size_t r = 0; r < rows; ++r) w[r] = carry_[r];
+        unrolled<rows>([&]<std::size_t r>() __attribute__((always_inline)) { w[r] = carry_[r]; });
     }
-    [[nodiscard]] Word finish_subtracting(Word* w) const { return subtract(w, w, carry_, rows); }
+    [[nodiscard]] Word finish_subtracting(Word* w) const {
+        Word borrow = 0;
+        unrolled<rows>([&]<std::size_t r>() __attribute__((always_inline)) {
+            const Wide t = Wide{w[r]} - carry_[r] - borrow;
+            w[r] = low(t);
+            borrow = high(t) & 1;
+        });
+        return borrow;
+    }
 
 private:
     Word x_[rows];

@@ -46,11 +46,61 @@ inline void load(Word* w, const Digit* digits, std::uint64_t ndigits) {
     if (ndigits % 2 != 0) w[ndigits / 2] = digits[ndigits - 1];
 }
 
+/** Word i of a number of ndigits digits. */
+inline Word word(const Digit* digits, std::uint64_t ndigits, std::size_t i) {
+    return 2 * i + 1 < ndigits ? pair(digits + 2 * i) : digits[2 * i];
+}
+
+/** w = 2^shift times a number of ndigits > 0 digits, in words_for(ndigits) + 1 words, for a shift below 64. */
+inline void load_shifted(Word* w, const Digit* digits, std::uint64_t ndigits, unsigned shift) {
+    Word out = 0;
+    std::uint64_t i = 0;
+    for (; i < ndigits / 2; ++i) {
+        const Word x = pair(digits + 2 * i);
+        w[i] = x << shift | out;
+        out = x >> 1 >> (word_bits - 1 - shift);
+    }
+    if (ndigits % 2 != 0) {
+        const Word x = digits[ndigits - 1];
+        w[i++] = x << shift | out;
+        out = x >> 1 >> (word_bits - 1 - shift);
+    }
+    w[i] = out;
+}
+
 /** The lowest ndigits digits of a number of n words, with zeros behind it. */
 inline void store(Digit* digits, std::uint64_t ndigits, const Word* w, std::size_t n) {
     const std::size_t there = std::min<std::size_t>(ndigits, 2 * n);
     if (there != 0) std::memcpy(digits, w, there * sizeof(Digit));
     std::fill_n(digits + there, ndigits - there, Digit{0});
+}
+
+/** Clear the stack below the caller's frame: there the functions that it called kept what did not fit in registers. */
+[[gnu::noinline]] inline void wipe_frames_below() {
+    // An odd number of words leaves no gap between the array and the return address. In pieces, because before a call
+    // of memset for the whole the caller's result might be saved on the stack.
+    constexpr std::size_t piece = 8;
+    constexpr std::size_t pieces = 20;  // about a third more than the deepest operation needs
+    Word frames[pieces * piece + 1];
+    for (std::size_t i = 0; i < pieces; ++i) {
+        std::memset(frames + i * piece, 0, piece * sizeof(Word));
+        asm volatile("" : : "r"(frames) : "memory");
+    }
+    frames[pieces * piece] = 0;
+    asm volatile("" : : "r"(frames) : "memory");
+}
+
+template <typename F>
+[[gnu::noinline]] auto in_own_frame(F& f) {
+    return f();
+}
+
+/** The result of f, which leaves no trace on the stack. Its arrays belong to the caller's frame, in a Workspace. */
+template <typename F>
+auto without_trace(F f) {
+    const auto result = in_own_frame(f);
+    wipe_frames_below();
+    return result;
 }
 
 /** Stack memory for the temporaries of one call; what was taken of it is wiped in the end. */
