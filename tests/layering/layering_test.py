@@ -31,7 +31,9 @@ ORDER = {
     "gost28147": ["kernel", "modes", "meshing", "context"],
     "gostr3411": ["step", "hash", "hmac", "kdf"],
     "sha1": ["compress", "hash"],
-    "ecc/bigdigits": ["arithmetic", "modular", "convert"],
+    "ecc/bigdigits": [
+        "words", "multiply", "columns", "division", "arithmetic", "modular", "prime", "convert",
+    ],
     "ecc/field": ["field", "curve", "comb"],
     "ecc": ["params", "point", "multiply", "sign", "agree", "octets"],
 }
