@@ -37,6 +37,11 @@ int failed_step(Name step, int code) {
     return code;
 }
 
+int text(const char* line, int code) {
+    if (vrxflog != nullptr) std::fprintf(vrxflog, "%s\n", line);
+    return code;
+}
+
 int returned(Name callee, int rc) {
     if (vrxflog != nullptr) std::fprintf(vrxflog, "%s returned 0x%x", callee.text, static_cast<unsigned>(rc));
     return rc;

@@ -29,6 +29,7 @@ void condition(Name self, const char* what, const char* subject);        ///< "f
 [[nodiscard]] int failed(Name callee, int rc);                           ///< "g failed, rc = 0x%x\n"
 [[nodiscard]] int failed(Name callee, int site, int rc);                 ///< "g #2 failed, rc = 0x%x\n"
 [[nodiscard]] int failed_step(Name step, int code);                      ///< "g failed\n"
+[[nodiscard]] int text(const char* line, int code);                      ///< "line\n"
 [[nodiscard]] int returned(Name callee, int rc);                         ///< "g returned 0x%x", no line end
 
 }  // namespace vrx::log

@@ -19,5 +19,6 @@ void hmac_calls(void);
 void kdf_calls(void);
 void sha1_calls(void);
 void bigdigits_calls(void);
+void ecc_calls(void);
 
 #endif

@@ -24,5 +24,6 @@ int main(void) {
     kdf_calls();
     sha1_calls();
     bigdigits_calls();
+    ecc_calls();
     return failures == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

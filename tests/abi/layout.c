@@ -93,3 +93,28 @@ FIELD(sha_context, data, 0, 64);
 FIELD(sha_context, digest, 64, 20);
 FIELD(sha_context, count_hi, 84, 4);
 FIELD(sha_context, count_lo, 88, 4);
+
+RECORD(EcPoint, 72, 4);
+FIELD(EcPoint, x, 0, 36);
+FIELD(EcPoint, y, 36, 36);
+
+RECORD(EcPointJ, 108, 4);
+FIELD(EcPointJ, x, 0, 36);
+FIELD(EcPointJ, y, 36, 36);
+FIELD(EcPointJ, z, 72, 36);
+
+RECORD(EcSignature, 72, 4);
+FIELD(EcSignature, r, 0, 36);
+FIELD(EcSignature, s, 36, 36);
+
+RECORD(EcParamSet, 5432, 8);
+FIELD(EcParamSet, a, 0, 36);
+FIELD(EcParamSet, b, 36, 36);
+FIELD(EcParamSet, p, 72, 36);
+FIELD(EcParamSet, q, 108, 36);
+FIELD(EcParamSet, G, 144, 72);
+FIELD(EcParamSet, oid_len, 216, 8);
+FIELD(EcParamSet, oid, 224, 8);
+FIELD(EcParamSet, str_oid, 232, 8);
+FIELD(EcParamSet, has_precomp, 240, 4);
+FIELD(EcParamSet, pp, 244, 5184);

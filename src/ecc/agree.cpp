@@ -1,0 +1,66 @@
+// Key agreement and key diversification (RFC 4357, sections 5.2 and 6.5).
+#include <cstring>
+
+#include "ecc/multiply.hpp"
+#include "ecc/secret.hpp"
+#include "frame/bytes.hpp"
+#include "frame/log.hpp"
+#include "vrx/agree.h"
+#include "vrx/gostr3411.h"
+#include "vrx/modes.h"
+
+using namespace vrx::ecc;
+using vrx::Secret;
+namespace log = vrx::log;
+
+namespace {
+
+/** (u d mod q) Q, where the UKM is u, least significant byte first. */
+EcPoint shared_point(const EcParamSet& set, const std::uint8_t* ukm, const Number& d, const EcPoint& public_key) {
+    Number u{};
+    std::memcpy(u.digits, ukm, VRX_UKM_SIZE);
+    const Residue t = Residue(d, set.q) * Residue(u, set.q);
+    return point_multiple(set, public_key, t.number());
+}
+
+bool all_zero(const std::uint8_t* ukm) {
+    constexpr std::uint8_t zeros[VRX_UKM_SIZE] = {};
+    return std::memcmp(ukm, zeros, VRX_UKM_SIZE) == 0;
+}
+
+/** The sums of the key's words whose bit in a byte of the UKM is 1, and of the others. */
+void diversification_iv(std::uint8_t iv[VRX_BLOCK_SIZE], const std::uint32_t* key, std::uint8_t ukm) {
+    std::uint32_t sums[2] = {};
+    for (unsigned j = 0; j < VRX_KEY_WORDS; ++j) sums[ukm >> j & 1] += key[j];
+    vrx::store_le32(iv, sums[1]);
+    vrx::store_le32(iv + 4, sums[0]);
+}
+
+}  // namespace
+
+int ecMakeKEK(const EcParamSet* set, const vrx_data* hash_oid, const std::uint8_t* ukm, const std::uint32_t* d,
+              const EcPoint* Q, std::uint8_t* kek) {
+    // Deliberate: not VRX_ERR_BAD_PARAMS.
+    if (ukm == nullptr || set == nullptr || Q == nullptr || d == nullptr || kek == nullptr || all_zero(ukm))
+        return log::bad_params("ecMakeKEK", VRX_ERR_FAILED);
+    Secret<EcPoint> point;
+    on_wiped_stack([&] { point.value = shared_point(*set, ukm, load(d), *Q); });
+    Secret<std::uint8_t[2 * octet_count]> octets;
+    store_octets(octets.value, point.value.x);
+    store_octets(octets.value + octet_count, point.value.y);
+    return GOSTR3411_Transform(hash_oid->data, hash_oid->length, octets.value, sizeof octets.value, kek);
+}
+
+int ecDiversifyKEK(const vrx_tz* tz, std::uint8_t* key, const std::uint8_t* ukm) {
+    Secret<std::uint32_t[VRX_KEY_WORDS]> current;
+    Secret<std::uint8_t[VRX_BLOCK_SIZE]> iv;
+    for (unsigned i = 0; i < VRX_UKM_SIZE; ++i) {
+        std::memcpy(current.value, key, VRX_KEK_SIZE);
+        diversification_iv(iv.value, current.value, ukm[i]);
+        const vrx_data in{VRX_KEK_SIZE, key};
+        vrx_data out{VRX_KEK_SIZE, key};
+        if (const int rc = VRX_Gost_GFB_m(tz, &in, &out, iv.value, current.value, 1, VRX_FLAG_FIRST | VRX_FLAG_PAD))
+            return log::failed("VRX_Gost_GFB_m", rc);
+    }
+    return VRX_OK;
+}

@@ -1,0 +1,36 @@
+// The curve of a parameter set, in residues.
+#ifndef VRX_ECC_PARAMS_HPP
+#define VRX_ECC_PARAMS_HPP
+
+#include <span>
+
+#include "ecc/residue.hpp"
+
+namespace vrx::ecc {
+
+/** The numbers of a built-in set as RFC 4357 prints them, in decimal. */
+struct DecimalSet {
+    const char* heading;  ///< how the generator names the set
+    const char* a;
+    const char* b;
+    const char* p;
+    const char* q;
+    const char* x;  ///< base point
+    const char* y;
+};
+
+std::span<const DecimalSet, VRX_ECC_SET_COUNT> decimal_sets();
+
+/** y^2 = (x^2 + a) x + b modulo p. */
+inline bool on_curve(const EcParamSet& set, const EcPoint& point) {
+    const Residue x(point.x, set.p);
+    const Residue y(point.y, set.p);
+    return y * y == (x * x + Residue(set.a, set.p)) * x + Residue(set.b, set.p);
+}
+
+/** Tables are only for curves with a = p - 3. */
+inline bool has_table(const EcParamSet& set) { return set.has_precomp == 1; }
+
+}  // namespace vrx::ecc
+
+#endif

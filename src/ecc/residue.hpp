@@ -1,0 +1,114 @@
+// Numbers of nine digits, and arithmetic on them modulo p or q.
+#ifndef VRX_ECC_RESIDUE_HPP
+#define VRX_ECC_RESIDUE_HPP
+
+#include <cstdint>
+#include <cstring>
+
+#include "frame/platform.hpp"
+#include "vrx/bigdigits.h"
+#include "vrx/curve.h"
+
+namespace vrx::ecc {
+
+inline constexpr unsigned digit_count = VRX_ECC_DIGITS;
+inline constexpr unsigned digit_bits = 32;
+
+/** A number of nine digits, least significant first. */
+struct Number {
+    std::uint32_t digits[digit_count];
+};
+
+constexpr Number small(std::uint32_t value) { return {{value}}; }
+
+inline Number load(const std::uint32_t* digits) {
+    Number n;
+    std::memcpy(n.digits, digits, sizeof n.digits);
+    return n;
+}
+
+inline void store(std::uint32_t* digits, const Number& n) { std::memcpy(digits, n.digits, sizeof n.digits); }
+
+inline constexpr std::uint32_t octet_count = 32;  // of a number in a key or a signature
+
+/** The octets of a number, least significant first: its low digits as they lie in memory. */
+inline void store_octets(std::uint8_t* octets, const std::uint32_t* digits) {
+    std::memcpy(octets, digits, octet_count);
+}
+
+inline void load_octets(std::uint32_t* digits, const std::uint8_t* octets) {
+    std::memcpy(digits, octets, octet_count);
+    digits[digit_count - 1] = 0;
+}
+
+inline bool is_zero(const Number& n) { return mpIsZero(n.digits, digit_count) != 0; }
+
+/** A bit of a number, from 0 for the lowest up. */
+constexpr unsigned bit(const Number& n, unsigned i) { return n.digits[i / digit_bits] >> i % digit_bits & 1; }
+
+/**
+ * A number, not necessarily below the modulus, and the modulus to count by. Sums, differences and products are reduced,
+ * and defined for moduli below 2^287; the modulus has to outlive the residue. Zero and equality are asked of the digits
+ * as they are.
+ */
+class Residue {
+public:
+    Residue(const Number& number, const std::uint32_t* modulus) : number_(number), modulus_(modulus) {}
+    Residue(const std::uint32_t* digits, const std::uint32_t* modulus) : Residue(load(digits), modulus) {}
+
+    [[nodiscard]] const Number& number() const { return number_; }
+    [[nodiscard]] bool is_zero() const { return ecc::is_zero(number_); }
+
+    /** A small number by the same modulus. */
+    [[nodiscard]] Residue small(std::uint32_t value) const { return {ecc::small(value), modulus_}; }
+
+    /** The same residue below the modulus. */
+    [[nodiscard]] Residue reduced() const {
+        Residue r = *this;
+        mpModulo(r.number_.digits, number_.digits, digit_count, modulus_, digit_count);
+        return r;
+    }
+
+    /** The inverse; 0 for a number that has none. */
+    [[nodiscard]] Residue inverse() const {
+        Residue r = *this;
+        mpModInv(r.number_.digits, number_.digits, modulus_, digit_count);
+        return r;
+    }
+
+    /**
+     * u - v reduced, where the difference is first taken of the digits, as a signed number. A negative one, -w, becomes
+     * the modulus less w reduced.
+     */
+    friend Residue signed_difference(const Residue& u, const Residue& v) {
+        Residue r = u;
+        std::uint32_t* const digits = r.number_.digits;
+        mpSubtract(digits, u.number_.digits, v.number_.digits, digit_count);
+        if (mpAbs(digits, digits, digit_count) == 0) return r.reduced();
+        return u.small(0) - r;
+    }
+
+    friend Residue operator+(const Residue& u, const Residue& v) { return u.apply(mpModAdd, v); }
+    friend Residue operator-(const Residue& u, const Residue& v) { return u.apply(mpModSub, v); }
+    friend Residue operator*(const Residue& u, const Residue& v) { return u.apply(mpModMult, v); }
+    friend Residue operator*(std::uint32_t k, const Residue& u) { return u.small(k) * u; }
+    friend bool operator==(const Residue& u, const Residue& v) {
+        return mpEqual(u.number_.digits, v.number_.digits, digit_count) != 0;
+    }
+
+private:
+    using Operation = int(std::uint32_t*, const std::uint32_t*, const std::uint32_t*, const std::uint32_t*,
+                          std::uint64_t);
+    [[nodiscard]] Residue apply(Operation operation, const Residue& v) const {
+        Residue r = *this;
+        operation(r.number_.digits, number_.digits, v.number_.digits, modulus_, digit_count);
+        return r;
+    }
+
+    Number number_;
+    const std::uint32_t* modulus_;
+};
+
+}  // namespace vrx::ecc
+
+#endif

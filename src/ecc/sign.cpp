@@ -1,0 +1,74 @@
+#include "ecc/sign.hpp"
+
+#include "ecc/secret.hpp"
+#include "frame/log.hpp"
+#include "vrx/frame.h"
+
+using namespace vrx::ecc;
+using vrx::Secret;
+namespace log = vrx::log;
+
+namespace {
+
+/** A random number from 1 to q - 1. What comes before a failure is left in `out`. */
+int random_scalar(RND_FUNC rnd, std::uint32_t* out, const std::uint32_t* q) {
+    do {
+        // Deliberate: the message names the signing function also when a key is made.
+        if (Getbig_RND(rnd, out, q) != 0) return log::condition("ecSign", "Getbig_RND failed", VRX_ERR_RANDOM);
+    } while (mpIsZero(out, digit_count) != 0);
+    return VRX_OK;
+}
+
+}  // namespace
+
+int ecSign(const EcParamSet* set, const std::uint32_t* digest, RND_FUNC rnd, const std::uint32_t* d, EcSignature* sig) {
+    if (digest == nullptr || set == nullptr || sig == nullptr || d == nullptr) return log::bad_params("ecSign");
+    Secret<Number> k;
+    if (const int rc = random_scalar(rnd, k.value.digits, set->q)) return rc;
+    on_wiped_stack([&] { *sig = sign(*set, digest_number(*set, digest), k.value, load(d)); });
+    return VRX_OK;
+}
+
+int ecVerify(const EcParamSet* set, const std::uint32_t* digest, const EcPoint* Q, const EcSignature* sig) {
+    if (set == nullptr || digest == nullptr || sig == nullptr || Q == nullptr) return log::bad_params("ecVerify");
+    if (!verify(*set, digest_number(*set, digest), *Q, *sig))
+        return log::condition("ecVerify", "Signature verification failed", VRX_ERR_FAILED);
+    return VRX_OK;
+}
+
+int ecGenerateKeyPair(const EcParamSet* set, RND_FUNC rnd, std::uint32_t* d, EcPoint* Q) {
+    if (d == nullptr || set == nullptr || Q == nullptr) return log::bad_params("ecGenerateKeyPair");
+    if (const int rc = random_scalar(rnd, d, set->q)) return rc;
+    return ecGeneratePublicKey(set, d, Q);
+}
+
+int ecGeneratePublicKey(const EcParamSet* set, const std::uint32_t* d, EcPoint* Q) {
+    if (set == nullptr || d == nullptr || Q == nullptr) return log::bad_params("ecGeneratePublicKey");
+    on_wiped_stack([&] { *Q = base_multiple(*set, load(d)); });
+    return ecCheckPublicKey(set, Q);
+}
+
+int ecCheckPublicKey(const EcParamSet* set, const EcPoint* Q) {
+    // Deliberate: the name in the message is a shorter one.
+    if (set == nullptr || Q == nullptr) return log::bad_params("ecCheckPuKey");
+    return on_curve(*set, *Q) ? VRX_OK : log::text("Invalid public key", VRX_ERR_FAILED);
+}
+
+int Getbig_RND(RND_FUNC rnd, std::uint32_t* out, const std::uint32_t* q) {
+    Secret<Number> n;
+    static_assert(sizeof n.value == VRX_RND_SIZE);
+    if (rnd(n.value.digits, VRX_RND_SIZE) != 0) return log::failed_step("RND_FUNC", VRX_ERR_FAILED);
+    mpAbs(n.value.digits, n.value.digits, digit_count);
+    mpModulo(out, n.value.digits, digit_count, q, digit_count);
+    return VRX_OK;
+}
+
+int test_rnd(void* buffer, std::uint32_t length) {
+    auto* bytes = static_cast<std::uint8_t*>(buffer);
+    for (std::uint32_t word_size = sizeof(std::uint32_t); length >= word_size; length -= word_size) {
+        const std::uint32_t word = spSimpleRand(0, 0xFFFFFFFF);
+        std::memcpy(bytes, &word, word_size);
+        bytes += word_size;
+    }
+    return 0;
+}
