@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "frame/wipe.hpp"
+#include "ecc/secret.hpp"
 #include "vrx/frame.h"
 #include "vrx/multiply.h"
 
@@ -27,13 +27,13 @@ EcPoint affine_multiple(const EcParamSet& set, const EcPoint& p, const Number& k
 using namespace vrx::ecc;
 
 int epMultPP(EcPoint* R, const std::uint32_t* k, const EcParamSet* set) {
-    *R = table_multiple(*set, load(k));
+    on_wiped_stack([&] { *R = table_multiple(*set, load(k)); });
     return VRX_OK;
 }
 
 int epMultJ(EcPoint* R, const EcPoint* P, const std::uint32_t* k, const EcParamSet* set) {
     if (mpIsZero(k, digit_count) != 0) return VRX_ERR_FAILED;
-    *R = jacobian_multiple(*set, *P, load(k));
+    on_wiped_stack([&] { *R = jacobian_multiple(*set, *P, load(k)); });
     return VRX_OK;
 }
 
@@ -43,6 +43,6 @@ int epMult(EcPoint* R, const EcPoint* P, const std::uint32_t* k, const EcParamSe
         std::printf("epMult: bad arguments\n");
         return VRX_ERR_FAILED;
     }
-    *R = affine_multiple(*set, *P, load(k));
+    on_wiped_stack([&] { *R = affine_multiple(*set, *P, load(k)); });
     return VRX_OK;
 }

@@ -15,7 +15,7 @@ template <typename Work>
 template <typename Work>
 void on_wiped_stack(const Work& work) {
     run_below(work);
-    wipe_stack();
+    wipe_stack<4096>();
 }
 
 }  // namespace vrx::ecc

@@ -15,20 +15,21 @@ inline void wipe(void* bytes, std::size_t count) {
 }
 
 /** Zero what functions that have returned left on the stack below the caller's frame. */
-[[gnu::noinline]] inline void wipe_stack() {
-    std::byte left[2048];
+template <std::size_t depth = 2048>
+[[gnu::noinline]] void wipe_stack() {
+    std::byte left[depth];
     wipe(left, sizeof left);
 }
 
 /**
  * What body() returns. Its variables, with all that the compiler kept beside them, and those of the functions under it
- * are zeroed, down to 2 KiB: large records are the caller's.
+ * are zeroed, down to a depth in bytes: large records are the caller's.
  */
-template <typename Body>
+template <std::size_t depth = 2048, typename Body>
 auto leaving_no_trace(Body body) {
     const auto apart = [&body]() __attribute__((noinline)) { return body(); };
     const auto result = apart();
-    wipe_stack();
+    wipe_stack<depth>();
     return result;
 }
 

@@ -76,7 +76,7 @@ inline const std::array<Digits, 2> point_at_infinity{};
 template <typename T>
 T filled(unsigned char byte = 0xA5) {
     T record;
-    std::memset(&record, byte, sizeof record);
+    std::memset(static_cast<void*>(&record), byte, sizeof record);
     return record;
 }
 
