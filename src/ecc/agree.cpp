@@ -2,9 +2,9 @@
 #include <cstring>
 
 #include "ecc/multiply.hpp"
-#include "ecc/secret.hpp"
 #include "frame/bytes.hpp"
 #include "frame/log.hpp"
+#include "frame/wipe.hpp"
 #include "vrx/agree.h"
 #include "vrx/gostr3411.h"
 #include "vrx/modes.h"
@@ -43,12 +43,13 @@ int ecMakeKEK(const EcParamSet* set, const vrx_data* hash_oid, const std::uint8_
     // Deliberate: not VRX_ERR_BAD_PARAMS.
     if (ukm == nullptr || set == nullptr || Q == nullptr || d == nullptr || kek == nullptr || all_zero(ukm))
         return log::bad_params("ecMakeKEK", VRX_ERR_FAILED);
-    Secret<EcPoint> point;
-    on_wiped_stack([&] { point.value = shared_point(*set, ukm, load(d), *Q); });
-    Secret<std::uint8_t[2 * octet_count]> octets;
-    store_octets(octets.value, point.value.x);
-    store_octets(octets.value + octet_count, point.value.y);
-    return GOSTR3411_Transform(hash_oid->data, hash_oid->length, octets.value, sizeof octets.value, kek);
+    return vrx::leaving_no_trace<multiple_stack>([&] {
+        const EcPoint point = shared_point(*set, ukm, load(d), *Q);
+        std::uint8_t octets[2 * octet_count];
+        store_octets(octets, point.x);
+        store_octets(octets + octet_count, point.y);
+        return GOSTR3411_Transform(hash_oid->data, hash_oid->length, octets, sizeof octets, kek);
+    });
 }
 
 int ecDiversifyKEK(const vrx_tz* tz, std::uint8_t* key, const std::uint8_t* ukm) {

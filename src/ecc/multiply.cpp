@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "ecc/secret.hpp"
+#include "frame/wipe.hpp"
 #include "vrx/frame.h"
 #include "vrx/multiply.h"
 
@@ -25,15 +25,16 @@ EcPoint affine_multiple(const EcParamSet& set, const EcPoint& p, const Number& k
 }  // namespace vrx::ecc
 
 using namespace vrx::ecc;
+using vrx::leaving_no_trace;
 
 int epMultPP(EcPoint* R, const std::uint32_t* k, const EcParamSet* set) {
-    on_wiped_stack([&] { *R = table_multiple(*set, load(k)); });
+    *R = leaving_no_trace<multiple_stack>([&] { return table_multiple(*set, load(k)); });
     return VRX_OK;
 }
 
 int epMultJ(EcPoint* R, const EcPoint* P, const std::uint32_t* k, const EcParamSet* set) {
     if (mpIsZero(k, digit_count) != 0) return VRX_ERR_FAILED;
-    on_wiped_stack([&] { *R = jacobian_multiple(*set, *P, load(k)); });
+    *R = leaving_no_trace<multiple_stack>([&] { return jacobian_multiple(*set, *P, load(k)); });
     return VRX_OK;
 }
 
@@ -43,6 +44,6 @@ int epMult(EcPoint* R, const EcPoint* P, const std::uint32_t* k, const EcParamSe
         std::printf("epMult: bad arguments\n");
         return VRX_ERR_FAILED;
     }
-    on_wiped_stack([&] { *R = affine_multiple(*set, *P, load(k)); });
+    *R = leaving_no_trace<multiple_stack>([&] { return affine_multiple(*set, *P, load(k)); });
     return VRX_OK;
 }

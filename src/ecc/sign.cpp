@@ -1,10 +1,11 @@
 #include "ecc/sign.hpp"
 
-#include "ecc/secret.hpp"
 #include "frame/log.hpp"
+#include "frame/wipe.hpp"
 #include "vrx/frame.h"
 
 using namespace vrx::ecc;
+using vrx::leaving_no_trace;
 using vrx::Secret;
 namespace log = vrx::log;
 
@@ -25,7 +26,7 @@ int ecSign(const EcParamSet* set, const std::uint32_t* digest, RND_FUNC rnd, con
     if (digest == nullptr || set == nullptr || sig == nullptr || d == nullptr) return log::bad_params("ecSign");
     Secret<Number> k;
     if (const int rc = random_scalar(rnd, k.value.digits, set->q)) return rc;
-    on_wiped_stack([&] { *sig = sign(*set, digest_number(*set, digest), k.value, load(d)); });
+    *sig = leaving_no_trace<multiple_stack>([&] { return sign(*set, digest_number(*set, digest), k.value, load(d)); });
     return VRX_OK;
 }
 
@@ -44,7 +45,7 @@ int ecGenerateKeyPair(const EcParamSet* set, RND_FUNC rnd, std::uint32_t* d, EcP
 
 int ecGeneratePublicKey(const EcParamSet* set, const std::uint32_t* d, EcPoint* Q) {
     if (set == nullptr || d == nullptr || Q == nullptr) return log::bad_params("ecGeneratePublicKey");
-    on_wiped_stack([&] { *Q = base_multiple(*set, load(d)); });
+    *Q = leaving_no_trace<multiple_stack>([&] { return base_multiple(*set, load(d)); });
     return ecCheckPublicKey(set, Q);
 }
 

@@ -381,7 +381,7 @@ protected:
     Random random;
     EcParamSet set{};
     wide_field() {
-        // 2^287 - 2^63 - 2^18 - 2^13 - 2^10 + 2^3 + 1 or so: the largest prime below 2^287.
+        // The largest prime below 2^287.
         set.p[8] = 0x7FFFFFFF;
         for (unsigned i = 0; i < 8; ++i) set.p[i] = 0xFFFFFFFF;
         while (mpIsPrime(set.p, VRX_ECC_DIGITS, 20) == 0) mpShortSub(set.p, set.p, 2, VRX_ECC_DIGITS);

@@ -2,8 +2,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <thread>
-
 #include "ecc_support.hpp"
 #include "support/log_capture.hpp"
 
@@ -329,26 +327,6 @@ TEST_P(on_every_set, a_set_is_never_written_to) {
     Bytes kek(32);
     EXPECT_EQ(ecMakeKEK(fixed, &oid, ukm, d.data(), &key, kek.data()), VRX_OK);
     munmap(memory, size);
-}
-
-TEST_P(on_every_set, threads_may_share_it) {
-    std::vector<std::thread> threads;
-    std::array<int, 4> results{};
-    for (std::size_t t = 0; t < results.size(); ++t)
-        threads.emplace_back([&, t] {
-            const auto words = digest;
-            const auto source = [](void* buffer, std::uint32_t length) {
-                std::memset(buffer, 0x35, length);
-                return 0;
-            };
-            for (int i = 0; i < 4; ++i) {
-                EcSignature sig;
-                results[t] |= ecSign(&set, words.data(), source, d.data(), &sig);
-                results[t] |= ecVerify(&set, words.data(), &key, &sig);
-            }
-        });
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(results, (std::array<int, 4>{}));
 }
 
 TEST_P(on_every_set, a_copy_without_a_table_gives_the_same_by_the_other_method) {

@@ -174,6 +174,30 @@ Job sha1() {
             }};
 }
 
+/** Keys, signatures and their verification on one record of the library's. */
+Job signatures(const char* name, std::uint32_t index) {
+    return {name, [index](unsigned number) {
+                // The numbers that the thread draws.
+                thread_local Random random(0);
+                random = Random(number);
+                const auto draw = [](void* buffer, std::uint32_t length) {
+                    random.fill({static_cast<std::uint8_t*>(buffer), length});
+                    return 0;
+                };
+                const EcParamSet* set = get_GOSTR3410_par(index);
+                const std::uint32_t digest[VRX_ECC_DIGEST_WORDS] = {number, 1, 2, 3, 4, 5, 6, 7};
+                struct {
+                    std::uint32_t d[VRX_ECC_DIGITS];
+                    EcPoint key;
+                    EcSignature signature;
+                } made;
+                expect_ok(ecGenerateKeyPair(set, draw, made.d, &made.key));
+                expect_ok(ecSign(set, digest, draw, made.d, &made.signature));
+                expect_ok(ecVerify(set, digest, &made.key, &made.signature));
+                return octets(&made, sizeof made);
+            }};
+}
+
 const std::vector<Job> jobs = {one_shot("one_shot_ss", VRX_MODE_SS),
                                one_shot("one_shot_gamm", VRX_MODE_GAMM),
                                one_shot("one_shot_gfb", VRX_MODE_GFB),
@@ -189,7 +213,10 @@ const std::vector<Job> jobs = {one_shot("one_shot_ss", VRX_MODE_SS),
                                hash(),
                                hmac(),
                                derivation(),
-                               sha1()};
+                               sha1(),
+                               signatures("signatures_test", 0),
+                               signatures("signatures_a", 1),
+                               signatures("signatures_c", 3)};
 
 class Threads : public testing::TestWithParam<Job> {};
 

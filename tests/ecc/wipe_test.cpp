@@ -1,0 +1,165 @@
+// Private keys, nonces and what is computed from them do not stay on the stack.
+#include "ecc/multiply.hpp"
+#include "ecc_support.hpp"
+#include "support/own_stack.hpp"
+
+using namespace vrx::test;
+
+namespace {
+
+Digits nonce;
+int next_nonce(void* buffer, std::uint32_t length) {
+    std::memcpy(buffer, nonce.data(), length);
+    return 0;
+}
+
+class wiping : public testing::TestWithParam<std::uint32_t> {
+protected:
+    const EcParamSet& set = *get_GOSTR3410_par(GetParam());
+    Random random;
+    Digits d, k;
+    EcPoint key{};
+    std::vector<Bytes> secrets;
+
+    wiping() {
+        EXPECT_EQ(ecGenerateKeyPair(&set, random_bytes, d.data(), &key), VRX_OK);
+        EXPECT_EQ(Getbig_RND(random_bytes, k.data(), set.q), 0);
+    }
+    /** The low 32 bytes of a secret number. */
+    void add(const Digits& n) {
+        Bytes octets(32);
+        ecUnloadPrivateKeyValue(n.data(), octets.data());
+        secrets.push_back(octets);
+    }
+    void add_point(const vrx::ecc::Jacobian<vrx::ecc::Residue>& p) {
+        for (const auto* coordinate : {&p.x, &p.y, &p.z}) add(Digits(coordinate->number().digits));
+    }
+    /** A scalar and the points on the way to the multiple, as far as each method has any. */
+    void add_scalar(const Digits& n, const EcPoint& base) {
+        using namespace vrx::ecc;
+        add(n);
+        const Number scalar = load(n.data());
+        const Affine<Residue> p = load(base, set);
+        if (set.has_precomp == 1) {
+            add_point(multiple_by_table<Residue>(scalar, [&](unsigned m) { return load(set.pp[m], set); }));
+            // From the top: after the first 128 bits, and at the end.
+            Digits half = n;
+            mpShiftRight(half.data(), half.data(), 128, VRX_ECC_DIGITS);
+            add_point(multiple_from_top(p, load(half.data())));
+            add_point(multiple_from_top(p, scalar));
+            add(Digits(multiple_from_top(p, scalar).z.inverse().number().digits));
+        } else {
+            Digits half = n;
+            mpModPowerOf2(half.data(), VRX_ECC_DIGITS, 128);
+            const EcPoint r = affine_multiple(set, base, load(half.data()));
+            add(Digits(r.x));
+            add(Digits(r.y));
+            mpShiftRight(half.data(), n.data(), 100, VRX_ECC_DIGITS);
+            add(half);
+            secrets.back().resize(16);  // no zeros: they are everywhere
+        }
+    }
+    Digits product(const Digits& u, const Digits& v) {
+        Digits w;
+        mpModMult(w.data(), u.data(), v.data(), set.q, VRX_ECC_DIGITS);
+        return w;
+    }
+    void expect_none_left(const std::function<void()>& call) {
+        const Bytes stack = stack_after(call);
+        for (std::size_t i = 0; i < secrets.size(); ++i)
+            EXPECT_FALSE(holds_part_of(stack, secrets[i])) << "secret " << i;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(sets, wiping, testing::Values(0u, 1u, 2u, 3u),
+                         [](const auto& i) { return short_name(i.param); });
+
+// The instrument: without the wiping, the scalar or what was made of it is seen.
+TEST_P(wiping, a_multiple_without_wiping_is_found) {
+    add_scalar(k, set.G);
+    EcPoint r;
+    const Bytes stack = stack_after([&] { r = vrx::ecc::base_multiple(set, vrx::ecc::load(k.data())); });
+    bool found = false;
+    for (const Bytes& secret : secrets) found |= holds_part_of(stack, secret);
+    EXPECT_TRUE(found);
+}
+
+TEST_P(wiping, signing_leaves_nothing_of_key_and_nonce) {
+    const std::uint32_t digest[VRX_ECC_DIGEST_WORDS] = {random.word(), random.word(), 3, 4, 5, 6, 7, random.word()};
+    nonce = k;
+    EcSignature sig;
+    ASSERT_EQ(ecSign(&set, digest, next_nonce, d.data(), &sig), VRX_OK);
+    Digits e;
+    std::memcpy(e.data(), digest, sizeof digest);
+    add(d);
+    add_scalar(k, set.G);
+    add(product(k, e));
+    add(product(Digits(sig.r), d));
+    expect_none_left([&] { ecSign(&set, digest, next_nonce, d.data(), &sig); });
+}
+
+TEST_P(wiping, keys_leave_nothing_of_themselves) {
+    add_scalar(d, set.G);
+    EcPoint q;
+    expect_none_left([&] { ecGeneratePublicKey(&set, d.data(), &q); });
+    nonce = d;
+    Digits made;
+    expect_none_left([&] { ecGenerateKeyPair(&set, next_nonce, made.data(), &q); });
+    EXPECT_EQ(made, d);
+    expect_none_left([&] { Getbig_RND(next_nonce, made.data(), set.q); });
+}
+
+TEST_P(wiping, agreement_leaves_nothing_of_key_and_shared_point) {
+    const vrx_data oid{VRX_PAR_OID_SIZE, const_cast<std::uint8_t*>(VRX_PAR_HASH_1_OID)};
+    const Bytes ukm = random.bytes(VRX_UKM_SIZE);
+    Digits u;
+    std::memcpy(u.data(), ukm.data(), VRX_UKM_SIZE);
+    const Digits t = product(d, u);
+    EcPoint peer, shared;
+    Digits other;
+    ASSERT_EQ(ecGenerateKeyPair(&set, random_bytes, other.data(), &peer), VRX_OK);
+    epMult(&shared, &peer, t.data(), &set);
+    add(d);
+    add_scalar(t, peer);
+    add(Digits(shared.x));
+    add(Digits(shared.y));
+    std::uint8_t kek[VRX_KEK_SIZE];
+    expect_none_left([&] { ecMakeKEK(&set, &oid, ukm.data(), d.data(), &peer, kek); });
+    secrets.emplace_back(kek, kek + sizeof kek);
+    std::uint8_t copy[VRX_KEK_SIZE];
+    expect_none_left([&] { ecMakeKEK(&set, &oid, ukm.data(), d.data(), &peer, copy); });
+}
+
+TEST_P(wiping, multiples_leave_nothing_of_the_scalar) {
+    add_scalar(k, key);
+    add_scalar(k, set.G);
+    EcPoint r;
+    if (set.has_precomp == 1) {
+        expect_none_left([&] { epMultPP(&r, k.data(), &set); });
+        expect_none_left([&] { epMultJ(&r, &key, k.data(), &set); });
+    }
+    secrets.clear();
+    add(k);
+    expect_none_left([&] { epMult(&r, &key, k.data(), &set); });
+}
+
+TEST(wiping_keys, diversification_leaves_nothing_of_any_round_s_key) {
+    Random random;
+    const Bytes ukm = random.bytes(VRX_UKM_SIZE);
+    Bytes key = random.bytes(VRX_KEK_SIZE);
+    const Bytes original = key;
+    const Bytes stack = stack_after([&] { ecDiversifyKEK(&TZ_28147_89[1], key.data(), ukm.data()); });
+    EXPECT_FALSE(holds_part_of(stack, original));
+    EXPECT_FALSE(holds_part_of(stack, key));
+}
+
+TEST(wiping_keys, octets_leave_nothing_of_a_private_key) {
+    Random random;
+    const Bytes octets = random.bytes(32);
+    Digits d;
+    Bytes out(32);
+    EXPECT_FALSE(holds_part_of(stack_after([&] { ecLoadPrivateKeyValue(octets.data(), d.data()); }), octets));
+    EXPECT_FALSE(holds_part_of(stack_after([&] { ecUnloadPrivateKeyValue(d.data(), out.data()); }), octets));
+}
+
+}  // namespace
