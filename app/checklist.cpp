@@ -1,9 +1,13 @@
 #include "checklist.hpp"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
+#include <string_view>
 
 #include "failure.hpp"
-#include "text.hpp"
 
 namespace vrx::app {
 namespace {
@@ -92,12 +96,111 @@ bool equal_in_constant_time(std::span<const std::uint8_t> a, std::span<const std
     return difference == 0;
 }
 
+/** A line of a list, without its line end. A name with backslashes or line ends is escaped, and the line marked. */
+std::string list_line(const CheckValue& kind, bool tagged, const Octets& value, std::string_view name) {
+    bool escaped = false;
+    const std::string text = escape(name, escaped);
+    return (escaped ? "\\" : "") +
+           (tagged ? kind.tag + " (" + text + ") = " + to_hex(value) : to_hex(value) + "  " + text);
+}
+
+/** A line, taken apart; the texts are parts of it. */
+struct Fields {
+    const CheckValue* kind;
+    std::string_view digits;
+    std::string_view name;
+};
+
+/** "digits  name"; programs write an asterisk in place of the second blank for files read in binary, or one blank. */
+std::optional<Fields> plain_fields(std::string_view line, const CheckValue& kind) {
+    const std::size_t digits = 2 * kind.size;
+    if (line.size() <= digits || line[digits] != ' ') return std::nullopt;
+    const std::string_view rest = line.substr(digits + 1);
+    const bool two = rest.starts_with(' ') || rest.starts_with('*');
+    return Fields{&kind, line.substr(0, digits), rest.substr(two ? 1 : 0)};
+}
+
+/** "TAG (name) = digits" */
+std::optional<Fields> tagged_fields(std::string_view line, const CheckValue& kind) {
+    const std::string before = kind.tag + " (";
+    constexpr std::string_view after = ") = ";
+    const std::size_t digits = 2 * kind.size;
+    if (kind.tag.empty() || line.size() < before.size() + after.size() + digits || !line.starts_with(before))
+        return std::nullopt;
+    const std::string_view name = line.substr(before.size(), line.size() - before.size() - digits);
+    if (!name.ends_with(after)) return std::nullopt;
+    return Fields{&kind, line.substr(line.size() - digits), name.substr(0, name.size() - after.size())};
+}
+
+std::optional<Fields> fields_of(std::string_view line, std::span<const CheckValue> kinds) {
+    for (const CheckValue& kind : kinds)
+        if (const auto fields = tagged_fields(line, kind)) return fields;
+    return plain_fields(line, kinds.front());
+}
+
+struct ListLine {
+    const CheckValue* kind;
+    Octets value;
+    std::string name;
+};
+
+/** Read a line (without its line end) back; nothing when it has neither form. */
+std::optional<ListLine> parse_list_line(std::string_view line, std::span<const CheckValue> kinds) {
+    const bool escaped = line.starts_with('\\');
+    if (line.size() >= longest_line || line.find('\0') != std::string_view::npos) return std::nullopt;
+    const auto fields = fields_of(line.substr(escaped ? 1 : 0), kinds);
+    if (!fields || fields->name.empty()) return std::nullopt;
+
+    ListLine result{fields->kind, Octets(fields->kind->size), std::string(fields->name)};
+    if (!from_hex(fields->digits, result.value)) return std::nullopt;
+    if (!escaped) return result;
+    auto unescaped = unescape(fields->name);
+    if (!unescaped) return std::nullopt;
+    result.name = std::move(*unescaped);
+    return result;
+}
+
+/** What a line has to look like, for messages. */
+std::string form(std::span<const CheckValue> kinds) {
+    const CheckValue& kind = kinds.front();
+    const std::string digits = std::to_string(2 * kind.size) + " hexadecimal digits";
+    return digits + ", two blanks and a file name" +
+           (kind.tag.empty() ? "" : ", or " + kind.tag + " (file name) = " + digits);
+}
+
+/** The value of a file as lists hold it. */
+Octets value_of(const CheckValue& kind, Input& file, const ListOptions& options) {
+    Octets value = kind.of(file);
+    if (options.reverse) std::reverse(value.begin(), value.end());
+    return value;
+}
+
+/** Write a line for each file. @return the exit code */
+int write_list(const CheckValue& kind, const std::vector<std::string>& files, const ListOptions& options,
+               Output& output) {
+    int code = exit_done;
+    for (const std::string& path : files) {
+        std::string line;
+        try {
+            Input file(path);
+            line = list_line(kind, options.tag, value_of(kind, file, options), path) + "\n";
+        } catch (const Failure& failure) {
+            say(failure.what());
+            code = exit_trouble;
+            continue;
+        }
+        output.write(line);
+    }
+    return code;
+}
+
 enum class Verdict { passed, differs, unreadable, missing };
 
-Verdict verdict(const CheckValue& value, const ListLine& line, const CheckOptions& options) {
+Verdict verdict(const ListLine& line, const ListOptions& options) {
     try {
         Input file(line.name);
-        return equal_in_constant_time(value.of(file), line.value) ? Verdict::passed : Verdict::differs;
+        return equal_in_constant_time(value_of(*line.kind, file, options), line.value) ? Verdict::passed
+                                                                                       : Verdict::differs;
     } catch (const NoValue& failure) {
         if (!options.status) say(failure.what());
         return Verdict::differs;
@@ -137,21 +240,20 @@ struct Tally {
     }
 };
 
-Tally check_list(const CheckValue& value, Input& list, const CheckOptions& options, Output& output) {
+Tally check_list(std::span<const CheckValue> kinds, Input& list, const ListOptions& options, Output& output) {
     Tally tally;
     Lines lines(list);
     for (std::string text; lines.next(text);) {
         ++tally.lines;
-        const auto line = parse_list_line(text, value.size);
+        const auto line = parse_list_line(text, kinds);
         if (!line) {
             ++tally.not_understood;
             if (!options.status)
                 say("line " + std::to_string(tally.lines) + " of " + list.shown() +
-                    " is not understood; it should be " + std::to_string(2 * value.size) +
-                    " hexadecimal digits, two blanks and a file name");
+                    " is not understood; it should be " + form(kinds));
             continue;
         }
-        const Verdict found = verdict(value, *line, options);
+        const Verdict found = verdict(*line, options);
         if (found == Verdict::missing) continue;
         (found == Verdict::passed ? tally.passed : found == Verdict::differs ? tally.differ : tally.unreadable) += 1;
         if (options.status || (options.quiet && found == Verdict::passed)) continue;
@@ -162,63 +264,8 @@ Tally check_list(const CheckValue& value, Input& list, const CheckOptions& optio
     return tally;
 }
 
-}  // namespace
-
-std::string list_line(std::span<const std::uint8_t> value, std::string_view name) {
-    bool escaped = false;
-    const std::string text = escape(name, escaped);
-    return (escaped ? "\\" : "") + to_hex(value) + "  " + text;
-}
-
-std::optional<ListLine> parse_list_line(std::string_view line, std::size_t value_size) {
-    const bool escaped = line.starts_with('\\');
-    if (escaped) line.remove_prefix(1);
-    const std::size_t digits = 2 * value_size;
-    // sha256sum and its kin write an asterisk in place of the second blank for files read in binary.
-    if (line.size() < digits + 3 || line.size() >= longest_line || line[digits] != ' ' ||
-        (line[digits + 1] != ' ' && line[digits + 1] != '*'))
-        return std::nullopt;
-
-    ListLine result;
-    result.value.resize(value_size);
-    if (!from_hex(line.substr(0, digits), result.value)) return std::nullopt;
-    const std::string_view name = line.substr(digits + 2);
-    if (name.find('\0') != std::string_view::npos) return std::nullopt;
-    if (!escaped) {
-        result.name = name;
-        return result;
-    }
-    auto unescaped = unescape(name);
-    if (!unescaped) return std::nullopt;
-    result.name = std::move(*unescaped);
-    return result;
-}
-
-int write_list(const CheckValue& value, const std::vector<std::string>& files, Output& output) {
-    int code = exit_done;
-    for (const std::string& path : files) {
-        std::string line;
-        try {
-            Input file(path);
-            line = list_line(value.of(file), path) + "\n";
-        } catch (const Failure& failure) {
-            say(failure.what());
-            code = exit_trouble;
-            continue;
-        }
-        output.write(line);
-    }
-    return code;
-}
-
-std::vector<Option> check_options(CheckOptions& options) {
-    return {flag_option("quiet", 0, "with --check: no line for a file that passes", options.quiet),
-            flag_option("status", 0, "with --check: no lines, the exit code tells", options.status),
-            flag_option("ignore-missing", 0, "with --check: no failure for files that are not there",
-                        options.ignore_missing)};
-}
-
-int check_lists(const CheckValue& value, const std::vector<std::string>& lists, const CheckOptions& options) {
+/** Compare the files of lists with the values there, one line of output for each file. @return the exit code */
+int check_lists(std::span<const CheckValue> kinds, const std::vector<std::string>& lists, const ListOptions& options) {
     Output output("-");
     bool failed = false;
     bool trouble = false;
@@ -228,7 +275,7 @@ int check_lists(const CheckValue& value, const std::vector<std::string>& lists, 
         try {
             Input list(path);
             shown = list.shown();
-            tally = check_list(value, list, options, output);
+            tally = check_list(kinds, list, options, output);
         } catch (const SystemFailure& failure) {
             if (shown.empty()) {
                 say(failure.what());
@@ -244,13 +291,63 @@ int check_lists(const CheckValue& value, const std::vector<std::string>& lists, 
             say(shown + " holds no line to check");
         else if (tally.not_understood > 0)
             say(shown + ": " + count_of(tally.not_understood, "line") + " not understood");
-        if (tally.differ > 0) say(shown + ": " + count_of(tally.differ, value.name) + " did not match");
+        if (tally.differ > 0) say(shown + ": " + count_of(tally.differ, kinds.front().name) + " did not match");
         if (tally.unreadable > 0) say(shown + ": " + count_of(tally.unreadable, "file") + " could not be read");
         if (tally.lines > 0 && tally.not_understood + tally.passed + tally.differ + tally.unreadable == 0)
             say(shown + ": none of its files is there, nothing was checked");
     }
     output.commit();
     return failed ? exit_check_failed : trouble ? exit_trouble : exit_done;
+}
+
+/** What the list may not replace: the files that it is made from. Those that cannot be looked at are reported later. */
+void add_ids(const std::vector<std::string>& files, std::vector<FileId>& ids) {
+    for (const std::string& path : files) {
+        struct stat status {};
+        if ((path == "-" ? fstat(STDIN_FILENO, &status) : stat(path.c_str(), &status)) == 0)
+            ids.push_back({status.st_dev, status.st_ino});
+    }
+}
+
+}  // namespace
+
+std::vector<Option> list_options(ListOptions& options, const char* check_help) {
+    return {text_option("out", 'o', "OUT", "where the list goes; without it to standard output", options.out),
+            flag_option("check", 'c', check_help, options.check),
+            flag_option("quiet", 0, "with --check: no line for a file that passes", options.quiet),
+            flag_option("status", 0, "with --check: no lines, the exit code tells", options.status),
+            flag_option("ignore-missing", 0, "with --check: no failure for files that are not there",
+                        options.ignore_missing)};
+}
+
+std::vector<Option> form_options(ListOptions& options) {
+    return {flag_option("tag", 0, "write lines as BSD programs do; --check takes both forms", options.tag),
+            flag_option("reverse", 'r', "the last byte first, as some programs print it; for --check too",
+                        options.reverse)};
+}
+
+std::optional<std::vector<std::string>> parse_with_lists(const Command& command, const std::vector<Option>& options,
+                                                         const ListOptions& lists, int argc, char** argv) {
+    auto files = parse(command, options, std::string::npos, argc, argv);
+    if (!files) return files;
+    if (lists.check && lists.out != "-") throw WrongUse(command, "--out has no meaning with --check");
+    if (lists.check && lists.tag) throw WrongUse(command, "--tag has no meaning with --check");
+    if (!lists.check && (lists.quiet || lists.status || lists.ignore_missing))
+        throw WrongUse(command, "--quiet, --status and --ignore-missing belong to --check");
+    if (files->empty()) files->push_back("-");
+    return files;
+}
+
+int run_lists(std::span<const CheckValue> kinds, const std::vector<std::string>& files, const ListOptions& options,
+              std::vector<FileId> read) {
+    if (options.check) return check_lists(kinds, files, options);
+    // Standard output is left alone: a pattern such as * in the shell names its file easily, and other programs allow
+    // it.
+    if (options.out != "-") add_ids(files, read);
+    Output output(options.out, read);
+    const int code = write_list(kinds.front(), files, options, output);
+    output.commit();
+    return code;
 }
 
 }  // namespace vrx::app

@@ -35,9 +35,7 @@ FileId load_table(const std::string& path, vrx_tz& table) {
     return file.id();
 }
 
-void check(int code) {
-    if (code != VRX_OK) throw Failure("the cipher failed with code " + std::to_string(code));
-}
+void check(int code) { app::check("the cipher", code); }
 
 vrx_data record(std::span<std::uint8_t> data) { return {static_cast<std::uint32_t>(data.size()), data.data()}; }
 

@@ -28,10 +28,7 @@ int run(const Command& self, int argc, char** argv) {
     fill_random(key->octets);
     Output output(*out, NewPrivateFile{});
     if (hex) {
-        for (std::size_t i = 0; i < key->octets.size(); ++i) {
-            key->line[2 * i] = "0123456789abcdef"[key->octets[i] >> 4];
-            key->line[2 * i + 1] = "0123456789abcdef"[key->octets[i] & 15];
-        }
+        to_hex(key->octets, key->line);
         key->line.back() = '\n';
         output.write({key->line.data(), key->line.size()});
     } else {

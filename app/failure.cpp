@@ -37,6 +37,10 @@ const char* advice(int error) {
 SystemFailure::SystemFailure(const std::string& what, int error)
     : Failure(what + ": " + std::strerror(error) + advice(error)), error_(error) {}
 
+void check(const char* what, int code) {
+    if (code != 0) throw Failure(std::string(what) + " failed with code " + std::to_string(code));
+}
+
 void say(const std::string& sentence) {
     const std::string line = "vrx: " + sentence + "\n";
     // Where standard error cannot be written there is nobody to tell; the exit code remains.

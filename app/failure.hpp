@@ -30,6 +30,9 @@ private:
     int error_;
 };
 
+/** Throw a Failure unless a call of the library was successful. @param what  what the library was to do, "the hash". */
+void check(const char* what, int code);
+
 /** Write one sentence to standard error, marked as this program's. */
 void say(const std::string& sentence);
 

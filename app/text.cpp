@@ -1,5 +1,7 @@
 #include "text.hpp"
 
+#include <charconv>
+
 namespace vrx::app {
 namespace {
 
@@ -15,13 +17,16 @@ std::optional<unsigned> hex_digit(char c) {
 }
 
 std::string to_hex(std::span<const std::uint8_t> octets) {
-    std::string text;
-    text.reserve(2 * octets.size());
-    for (const std::uint8_t octet : octets) {
-        text += digits[octet >> 4];
-        text += digits[octet & 15];
-    }
+    std::string text(2 * octets.size(), '\0');
+    to_hex(octets, text);
     return text;
+}
+
+void to_hex(std::span<const std::uint8_t> octets, std::span<char> text) {
+    for (std::size_t i = 0; i < octets.size(); ++i) {
+        text[2 * i] = digits[octets[i] >> 4];
+        text[2 * i + 1] = digits[octets[i] & 15];
+    }
 }
 
 bool from_hex(std::string_view text, std::span<std::uint8_t> octets) {
@@ -33,6 +38,13 @@ bool from_hex(std::string_view text, std::span<std::uint8_t> octets) {
         octets[i] = static_cast<std::uint8_t>(*high << 4 | *low);
     }
     return true;
+}
+
+std::optional<std::uint64_t> to_number(std::string_view text) {
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return number;
 }
 
 std::string_view without_line_end(std::string_view text) {

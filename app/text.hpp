@@ -7,17 +7,26 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vrx::app {
+
+using Octets = std::vector<std::uint8_t>;
 
 /** The value of a hexadecimal digit of either case; nothing for another character. */
 std::optional<unsigned> hex_digit(char c);
 
 /** Octets as lower-case hexadecimal digits. */
 std::string to_hex(std::span<const std::uint8_t> octets);
+/** The same for secrets: the digits go where the caller says, two for each octet. */
+void to_hex(std::span<const std::uint8_t> octets, std::span<char> text);
 
-/** Read exactly two hexadecimal digits for each octet; false when the text is anything else. */
+/** Read exactly two hexadecimal digits for each octet; false when the text is anything else. Both may begin at one
+ * place. */
 [[nodiscard]] bool from_hex(std::string_view text, std::span<std::uint8_t> octets);
+
+/** A decimal number, digits alone; nothing for anything else and for what does not fit. */
+std::optional<std::uint64_t> to_number(std::string_view text);
 
 /** A text without one line end (LF or CRLF) behind it. */
 std::string_view without_line_end(std::string_view text);

@@ -1,27 +1,13 @@
 """The program against published answers, and against a plain model for every parameter set and mode."""
 
 import json
-import os
 import random
 
 import gost
+import kat
 from program import ProgramTest, main
 
 MODES = {"ecb": "ss", "cnt": "gamm", "cfb": "gfb", "cbc": "cbc"}
-
-
-def answers():
-    """The blocks of cipher.kat; each knows its source."""
-    path = os.path.join(os.path.dirname(__file__), "cipher.kat")
-    with open(path, encoding="ascii") as file:
-        for block in file.read().split("\n\n"):
-            lines = block.strip().split("\n")
-            values = dict(line.split(" = ") for line in lines if not line.startswith("#"))
-            if not values:
-                continue
-            sources = [line for line in lines if line.startswith("# source:")]
-            assert len(sources) == 1, block
-            yield sources[0], values
 
 
 class Answers(ProgramTest):
@@ -46,24 +32,20 @@ class Answers(ProgramTest):
 
     def test_published_answers(self):
         kinds = set()
-        for source, answer in answers():
-            with self.subTest(source):
+        for answer in kat.answers("app/cipher.kat"):
+            with self.subTest(answer.source):
                 kind = answer.pop("type")
                 kinds.add(kind)
-                self.write("key", bytes.fromhex(answer.pop("key")), 0o600)
+                self.write("key", answer.octets("key"), 0o600)
                 options = ["--key", "key", *self.set_options(answer)]
                 options += ["--mesh" if answer.pop("meshing", "none") == "cryptopro" else "--no-mesh"]
                 if "iv" in answer:
                     options += ["--iv", answer.pop("iv")]
                 if kind == "mac":
-                    if "message_unit" in answer:
-                        message = bytes.fromhex(answer.pop("message_unit")) * int(answer.pop("message_repeat"))
-                    else:
-                        message = bytes.fromhex(answer.pop("message"))
-                    mac = answer.pop("mac")
+                    message, mac = answer.message(), answer.pop("mac")
                     self.assertEqual(self.vrx("mac", *options, stdin=message)[: len(mac)].decode(), mac)
                 else:
-                    plain, cipher = bytes.fromhex(answer.pop("plaintext")), bytes.fromhex(answer.pop("ciphertext"))
+                    plain, cipher = answer.octets("plaintext"), answer.octets("ciphertext")
                     options += ["--mode", MODES[kind]]
                     self.assertEqual(self.vrx("encrypt", *options, stdin=plain), cipher)
                     self.assertEqual(self.vrx("decrypt", *options, stdin=cipher), plain)

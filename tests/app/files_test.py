@@ -124,7 +124,8 @@ class SameFile(ProgramTest):
         for name in ("in", "./in", "hard", "soft"):
             self.refused(*ENCRYPT, "-o", name, "in", says=["would be overwritten", "name another output with -o"])
         self.refused(*ENCRYPT, "-o", "key", "in", says="'key' is read by this command")
-        self.refused("mac", "--key", "key", "-o", "key", "in", says="'key' is read by this command")
+        for name in ("key", "in", "hard"):
+            self.refused("mac", "--key", "key", "-o", name, "in", says=f"'{name}' is read by this command")
         self.write("table", b"0" * 128)
         self.refused(*ENCRYPT, "--table", "table", "-o", "table", "in", says="'table' is read by this command")
         self.assertEqual(self.read("in"), b"some text")

@@ -73,6 +73,7 @@ class Lists(MacTest):
         self.refused(*MAC, "--quiet", "a", says="belong to --check")
         self.refused(*MAC, "--check", "-o", "out", "a", says="--out has no meaning with --check")
         self.refused(*MAC, "--mode", "gfb", "a", says="no option '--mode'")
+        self.refused(*MAC, "--tag", "a", says="no option '--tag'")
 
 
 class Checks(MacTest):
@@ -93,6 +94,7 @@ class Checks(MacTest):
         self.check(good.replace(b"\n", b"\r\n"), 0, "a: OK\nb: OK\n")
         self.check(good[:-1], 0, "a: OK\nb: OK\n")
         self.check(good.replace(b"  ", b" *"), 0, "a: OK\nb: OK\n")
+        self.check(good.replace(b"  ", b" "), 0, "a: OK\nb: OK\n")
         self.check(self.line("a").upper().replace(b"A\n", b"a\n"), 0, "a: OK\n")
         self.check(good, 0, "", options=["--quiet"])
         self.check(good, 0, "", options=["--status"])
@@ -118,9 +120,9 @@ class Checks(MacTest):
 
     def test_any_line_that_is_not_understood_fails(self):
         mac = self.mac["a"]
-        bad = [b"", b" ", b"# comment", mac, mac + b" a", mac + b"  ", mac + b"\ta", mac[:-1] + b"  a", mac + b"0  a",
+        bad = [b"", b" ", b"# comment", mac, mac + b" ", mac + b"  ", mac + b"\ta", mac[:-1] + b"  a", mac + b"0  a",
                mac[:-1] + b"g  a", b" " + mac + b"  a", b"\\" + mac + b"  a\\", b"\\" + mac + b"  a\\t", mac + b"  a\0",
-               b"MAC (a) = " + mac, mac + b" -a", mac + b"  " + b"a" * 70_000]
+               b"MAC (a) = " + mac, b" (a) = " + mac, mac + b"  " + b"a" * 70_000]
         for line in bad:
             with self.subTest(line=line[:40]):
                 self.check(line + b"\n" + self.line("b"), 1, "b: OK\n", "line 1 of 'list' " + FORM, "1 line not understood")
