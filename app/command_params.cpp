@@ -15,14 +15,14 @@ std::string padded(std::string_view text, std::size_t width) {
     return column + "  ";
 }
 
-/** The parameter sets that use a table, by short name or, for the hash, by name. */
+/** The parameter sets that use a table, by short name. */
 std::string users_of(const vrx_tz* table) {
     std::string users;
     const auto add = [&](const char* name) { users += (users.empty() ? "" : ", ") + std::string(name); };
     for (std::uint32_t i = 0; i < VRX_GOST28147_PAR_COUNT; ++i)
         if (get_GOST28147_par(i)->tz == table) add(short_names[i]);
     for (std::uint32_t i = 0; i < VRX_GOSTR3411_PAR_COUNT; ++i)
-        if (get_GOSTR3411_par(i)->tz == table) add(get_GOSTR3411_par(i)->name);
+        if (get_GOSTR3411_par(i)->tz == table) add(hash_sets[i].short_name);
     return users;
 }
 
@@ -38,11 +38,11 @@ std::string table() {
     }
 
     text += "\nParameter sets of the hash GOST R 34.11-94\n";
-    text += "  " + padded("name", 33) + padded("object identifier", 17) + "S-boxes\n";
+    text += "  " + padded("short", 9) + padded("name", 33) + padded("object identifier", 17) + "S-boxes\n";
     for (std::uint32_t i = 0; i < VRX_GOSTR3411_PAR_COUNT; ++i) {
         const vrx_gostr3411_par& set = *get_GOSTR3411_par(i);
-        text += (&set == get_GOSTR3411_default_par() ? "* " : "  ") + padded(set.name, 33) + padded(set.str_oid, 17) +
-                table_name(set.tz) + "\n";
+        text += (&set == get_GOSTR3411_default_par() ? "* " : "  ") + padded(hash_sets[i].short_name, 9) +
+                padded(set.name, 33) + padded(set.str_oid, 17) + table_name(set.tz) + "\n";
     }
 
     text += "\nS-box sets ('vrx params --json' prints their contents)\n  " + padded("name", 7) + "used by\n";
@@ -129,6 +129,7 @@ std::string json() {
     for (std::uint32_t i = 0; i < VRX_GOSTR3411_PAR_COUNT; ++i) {
         const vrx_gostr3411_par& set = *get_GOSTR3411_par(i);
         json.open(nullptr, '{')
+            .text("short", hash_sets[i].short_name)
             .text("name", set.name)
             .text("oid", set.str_oid)
             .text("oid_der", to_hex({set.oid, set.oid_length}))

@@ -22,11 +22,7 @@ constexpr std::size_t hex_key_size = 2 * VRX_KEY_SIZE;
 /** The text of a key file: digits, CR, LF, and one byte more to notice a longer file. */
 using KeyText = std::array<std::uint8_t, hex_key_size + 3>;
 
-void warn_if_others_can_read(const Input& file) {
-    if (!S_ISREG(file.mode()) || (file.mode() & 077) == 0) return;
-    say("warning: others than its owner have access to the key file " + file.shown() +
-        "; take that away with chmod 600");
-}
+constexpr std::size_t longest_secret = 16 * 1024 * 1024;
 
 }  // namespace
 
@@ -40,6 +36,38 @@ SecretPages::SecretPages(std::size_t size) : pages_(nullptr), size_(size) {
 SecretPages::~SecretPages() {
     explicit_bzero(pages_, size_);
     munmap(pages_, size_);
+}
+
+void SecretBytes::make_room() {
+    auto larger = std::make_unique<SecretPages>(2 * capacity_);
+    std::memcpy(larger->get(), begin(), size_);
+    pages_ = std::move(larger);
+    capacity_ *= 2;
+}
+
+void SecretBytes::push_back(std::uint8_t byte) {
+    if (size_ == capacity_) make_room();
+    begin()[size_++] = byte;
+}
+
+bool SecretBytes::append_from(Input& file) {
+    if (size_ == capacity_) make_room();
+    const std::size_t got = file.read({begin() + size_, capacity_ - size_});
+    size_ += got;
+    return got > 0;
+}
+
+void read_secret(Input& file, SecretBytes& secret) {
+    while (secret.append_from(file))
+        if (secret.bytes().size() > longest_secret)
+            throw Failure(file.shown() + " holds more than 16 MiB, which is too long for a secret");
+}
+
+void decode_hex(SecretBytes& secret, const std::string& what) {
+    const std::string_view digits = without_line_end(secret.text());
+    if (!from_hex(digits, secret.bytes().first(digits.size() / 2)))
+        throw Failure(what + " is not an even number of hexadecimal digits");
+    secret.truncate(digits.size() / 2);
 }
 
 FileId load_key(const std::string& path, Key& key) {
@@ -59,8 +87,14 @@ FileId load_key(const std::string& path, Key& key) {
                       (size == text->size() ? "more than " + std::to_string(size - 1) : std::to_string(size)) +
                       " bytes; a key is 32 bytes, or 64 hexadecimal digits with an optional line end");
     }
-    warn_if_others_can_read(file);
+    warn_if_others_can_read(file, "key");
     return file.id();
+}
+
+void warn_if_others_can_read(const Input& file, const char* what) {
+    if (!S_ISREG(file.mode()) || (file.mode() & 077) == 0) return;
+    say(std::string("warning: others than its owner have access to the ") + what + " file " + file.shown() +
+        "; take that away with chmod 600");
 }
 
 }  // namespace vrx::app

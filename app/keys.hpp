@@ -8,7 +8,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 #include "files.hpp"
@@ -43,6 +45,36 @@ private:
     T* value_;
 };
 
+/** Secret bytes, as many as come. */
+class SecretBytes {
+public:
+    [[nodiscard]] std::span<std::uint8_t> bytes() { return {begin(), size_}; }
+    [[nodiscard]] std::string_view text() { return {reinterpret_cast<const char*>(begin()), size_}; }
+    void push_back(std::uint8_t byte);
+    /** Forget all bytes but so many. */
+    void truncate(std::size_t size) { size_ = size; }
+    /** Append what is there, at least one byte; false at the end. */
+    bool append_from(Input& file);
+
+private:
+    [[nodiscard]] std::uint8_t* begin() { return static_cast<std::uint8_t*>(pages_->get()); }
+    void make_room();
+
+    std::size_t capacity_ = 8 * 1024;
+    std::size_t size_ = 0;
+    std::unique_ptr<SecretPages> pages_ = std::make_unique<SecretPages>(capacity_);
+};
+
+/** Append all of a file, which may not be longer than 16 MiB. */
+void read_secret(Input& file, SecretBytes& secret);
+
+/**
+ * Replace hexadecimal digits, and an optional line end, by the bytes that they stand for.
+ *
+ * @param what  holds them, for the message where they are something else.
+ */
+void decode_hex(SecretBytes& secret, const std::string& what);
+
 /** A cipher key as the library takes it: byte 0 to 3 of the file are word 0, least significant byte first. */
 using Key = std::array<std::uint32_t, VRX_KEY_WORDS>;
 
@@ -54,6 +86,9 @@ using Key = std::array<std::uint32_t, VRX_KEY_WORDS>;
  * @return the identity of the file.
  */
 FileId load_key(const std::string& path, Key& key);
+
+/** Warn of a file that others than its owner can read. @param what  the file holds, "key". */
+void warn_if_others_can_read(const Input& file, const char* what);
 
 }  // namespace vrx::app
 

@@ -30,6 +30,12 @@ bool is_called(const vrx_gost28147_par& set, std::string_view text) {
            same_text(text, without_prefix(middle, "CryptoPro-"));
 }
 
+bool is_called(const vrx_gostr3411_par& set, std::string_view text) {
+    const std::string_view name = set.name;
+    return text == set.str_oid || same_text(text, name) ||
+           same_text(text, without_suffix(without_prefix(name, "id-GostR3411-94-"), "ParamSet"));
+}
+
 }  // namespace
 
 const Mode& mode_by_number(std::uint32_t number) {
@@ -50,6 +56,12 @@ const vrx_gost28147_par& cipher_parameters(std::string_view text) {
         if (same_text(text, short_names[i]) || is_called(set, text)) return set;
     }
     throw Failure("there is no parameter set " + in_quotes(text) + "; 'vrx params' lists them");
+}
+
+std::uint32_t hash_set_index(std::string_view text) {
+    for (std::uint32_t i = 0; i < hash_sets.size(); ++i)
+        if (is_called(*get_GOSTR3411_par(i), text)) return i;
+    throw Failure("there is no parameter set " + in_quotes(text) + " of the hash; use cryptopro or test");
 }
 
 const char* table_name(const vrx_tz* table) {

@@ -14,6 +14,16 @@ namespace vrx::app {
 inline constexpr std::array<const char*, VRX_GOST28147_PAR_COUNT> short_names{"test", "A",  "B",  "C",  "D",
                                                                               "0S",   "SA", "SB", "SC", "SD"};
 
+/** A hash parameter set as users and lists name it. */
+struct HashSet {
+    const char* short_name;
+    const char* tag;  // of list lines in the form of BSD programs
+};
+
+/** The hash parameter sets, in the library's order. */
+inline constexpr std::array<HashSet, VRX_GOSTR3411_PAR_COUNT> hash_sets{HashSet{"test", "GOST94"},
+                                                                        HashSet{"cryptopro", "GOST94-CRYPTOPRO"}};
+
 /** Names of the built-in tables of the cipher and of the hash, in the library's order. */
 inline constexpr std::array<const char*, VRX_TZ_28147_89_COUNT> cipher_tables{"tz_test", "tz_a", "tz_b", "tz_c",
                                                                               "tz_d"};
@@ -41,6 +51,9 @@ const Mode& mode_by_name(const std::string& name);
  * names share ("CryptoPro-A", "RIC-1"); upper and lower case are the same. Throws a Failure when there is none.
  */
 const vrx_gost28147_par& cipher_parameters(std::string_view text);
+
+/** The place of a hash parameter set, named as a cipher parameter set is. Throws a Failure when there is none. */
+std::uint32_t hash_set_index(std::string_view text);
 
 /** The name of a built-in table. */
 const char* table_name(const vrx_tz* table);

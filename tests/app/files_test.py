@@ -271,7 +271,8 @@ class Pipes(ProgramTest):
 
     @unittest.skipIf(SANITIZED, "sanitizers need memory of their own")
     def test_memory_stays_small(self):
-        for command in ([*ENCRYPT], [*ENCRYPT, "-o", "out"], ["mac", "--key", "key"]):
+        for command in ([*ENCRYPT], [*ENCRYPT, "-o", "out"], ["mac", "--key", "key"], ["hash"], ["sha1"],
+                        ["hmac", "--key", "key"]):
             process = self.start(*command, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL)
             chunk = bytes(1024 * 1024)
             for _ in range(64):
@@ -333,14 +334,15 @@ class ProgressBar(ProgramTest):
     def test_a_file_shows_how_much_is_done(self):
         with open(self.path("sparse"), "wb") as file:
             file.truncate(1 << 40)
-        with self.terminal() as (terminal, program_end):
-            process = self.start("mac", "--key", "key", "sparse", stdout=subprocess.DEVNULL, stderr=program_end)
-            os.close(program_end)
-            shown = self.wait_for(lambda: self.shown(terminal), "a progress bar")
-            process.send_signal(signal.SIGINT)
-            self.assertEqual(process.wait(60), -signal.SIGINT)
-        self.assertIn(b"0%", shown)
-        self.assertIn(b"'sparse'", shown)
+        for command in (["mac", "--key", "key"], ["hash"], ["sha1"], ["hmac", "--key", "key"]):
+            with self.subTest(command), self.terminal() as (terminal, program_end):
+                process = self.start(*command, "sparse", stdout=subprocess.DEVNULL, stderr=program_end)
+                os.close(program_end)
+                shown = self.wait_for(lambda: self.shown(terminal), "a progress bar")
+                process.send_signal(signal.SIGINT)
+                self.assertEqual(process.wait(60), -signal.SIGINT)
+                self.assertIn(b"0%", shown)
+                self.assertIn(b"'sparse'", shown)
 
 
 if __name__ == "__main__":

@@ -1,4 +1,7 @@
-"""GOST 28147-89 written plainly from RFC 5830 and RFC 4357, one S-box at a time. Shares nothing with the library."""
+"""GOST 28147-89 written plainly from RFC 5830 and RFC 4357, and GOST R 34.11-94 from RFC 5831, one S-box at a time.
+
+Shares nothing with the library.
+"""
 
 import struct
 
@@ -77,3 +80,48 @@ def mac(table, key, meshing, data, iv=bytes(8)):
     for block in cipher.blocks(data):
         state = struct.pack("<II", *cipher.rounds(xor(state, block.ljust(8, b"\0")), FORWARD[:16]))
     return state
+
+
+C3 = bytes.fromhex("ff00ffff000000ffff0000ff00ffff0000ff00ff00ff00ffff00ff00ff00ff00")[::-1]
+
+
+def step(table, h, m):
+    """The step function; 256-bit numbers are their 32 bytes, least significant first, and h[0:8] is h1."""
+
+    def a(y):
+        return y[8:] + xor(y[:8], y[8:16])
+
+    def p(y):
+        return bytes(y[8 * i + k] for k in range(8) for i in range(4))
+
+    def psi(y, times):
+        words = list(struct.unpack("<16H", y))
+        for _ in range(times):
+            words.append(words[0] ^ words[1] ^ words[2] ^ words[3] ^ words[12] ^ words[15])
+            del words[0]
+        return struct.pack("<16H", *words)
+
+    u, v, s = h, m, b""
+    for i in range(4):
+        if i > 0:
+            u, v = a(u), a(a(v))
+            if i == 2:
+                u = xor(u, C3)
+        s += Gost(table, p(xor(u, v))).encrypt(h[8 * i : 8 * i + 8])
+    return psi(xor(h, psi(xor(m, psi(s, 12)), 1)), 61)
+
+
+def digest(table, data):
+    h, total = bytes(32), 0
+    for i in range(0, len(data), 32):
+        block = data[i : i + 32].ljust(32, b"\0")
+        h = step(table, h, block)
+        total = (total + int.from_bytes(block, "little")) % 2**256
+    h = step(table, h, (8 * len(data)).to_bytes(32, "little"))
+    return step(table, h, total.to_bytes(32, "little"))
+
+
+def hmac(table, key, data):
+    """RFC 2104."""
+    key = (key if len(key) <= 32 else digest(table, key)).ljust(32, b"\0")
+    return digest(table, xor(key, b"\x5c" * 32) + digest(table, xor(key, b"\x36" * 32) + data))

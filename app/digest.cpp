@@ -1,0 +1,27 @@
+#include "digest.hpp"
+
+#include <utility>
+
+#include "parameters.hpp"
+
+namespace vrx::app {
+
+std::vector<Option> digest_options(std::string& set, ListOptions& lists, const char* check_help) {
+    std::vector<Option> options{
+        text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; without it cryptopro", set)};
+    for (Option& option : form_options(lists)) options.push_back(std::move(option));
+    for (Option& option : list_options(lists, check_help)) options.push_back(std::move(option));
+    return options;
+}
+
+std::vector<CheckValue> kinds_by_set(const std::string& set, const char* name, const std::string& tag_prefix,
+                                     const std::function<Octets(const vrx_gostr3411_par&, Input&)>& of) {
+    std::vector<CheckValue> kinds;
+    for (std::uint32_t i = 0; i < hash_sets.size(); ++i)
+        kinds.push_back({name, tag_prefix + hash_sets[i].tag, VRX_HASH_SIZE,
+                         [of, i](Input& input) { return of(*get_GOSTR3411_par(i), input); }});
+    std::swap(kinds.front(), kinds[hash_set_index(set)]);
+    return kinds;
+}
+
+}  // namespace vrx::app

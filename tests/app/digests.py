@@ -1,0 +1,28 @@
+"""What the tests of digests, HMACs and derived keys share."""
+
+import json
+import shutil
+import subprocess
+
+from program import Done, ProgramTest
+
+SETS = {"test": "GOST94", "cryptopro": "GOST94-CRYPTOPRO"}  # the parameter sets, and the tags of their lines
+
+
+def set_name(sbox):
+    """The parameter set that known answers name in full."""
+    return {"id-GostR3411-94-TestParamSet": "test", "id-GostR3411-94-CryptoProParamSet": "cryptopro"}[sbox]
+
+
+class HashTest(ProgramTest):
+    def tables(self):
+        built_in = json.loads(self.vrx("params", "--json"))
+        tables = {s["name"]: s["table"] for s in built_in["sbox_sets"]}
+        return {s["short"]: tables[s["sboxes"]] for s in built_in["hash_parameter_sets"]}
+
+    def tool(self, *command):
+        """What an independent program prints in the test's folder; skips the test where there is no such program."""
+        if shutil.which(command[0]) is None:
+            self.skipTest(f"{command[0]} is not installed")
+        done = subprocess.run(command, cwd=self.folder, capture_output=True, check=False)
+        return Done(done.returncode, done.stdout, done.stderr)
