@@ -12,6 +12,7 @@ extern const Command mac_command;   // command_mac.cpp
 extern const Command hash_command;  // command_hash.cpp
 extern const Command sha1_command;
 extern const Command hmac_command;    // command_hmac.cpp
+extern const Command derive_command;  // command_derive.cpp
 extern const Command keygen_command;  // command_keygen.cpp
 extern const Command params_command;  // command_params.cpp
 

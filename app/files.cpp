@@ -87,8 +87,9 @@ std::string folder_of(const std::string& path) { return path.substr(0, path.rfin
 }  // namespace
 
 Input::Input(const std::string& path)
-    : fd_(path == "-" ? STDIN_FILENO : open_file(path, O_RDONLY)),
-      shown_(path == "-" ? "standard input" : in_quotes(path)) {
+    : Input(path == "-" ? STDIN_FILENO : open_file(path, O_RDONLY), path == "-" ? "standard input" : in_quotes(path)) {}
+
+Input::Input(int fd, std::string shown) : fd_(fd), shown_(std::move(shown)) {
     if (fd_ < 0) throw SystemFailure("cannot open " + shown_, errno);
     if (fstat(fd_, &status_) != 0 || S_ISDIR(status_.st_mode)) {
         const int error = S_ISDIR(status_.st_mode) ? EISDIR : errno;

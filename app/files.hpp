@@ -34,6 +34,8 @@ class Input {
 public:
     /** Open a file; "-" is standard input. */
     explicit Input(const std::string& path);
+    /** Take over a descriptor that is open. @param shown  what messages call it. */
+    Input(int fd, std::string shown);
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
     ~Input();

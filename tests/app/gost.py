@@ -125,3 +125,24 @@ def hmac(table, key, data):
     """RFC 2104."""
     key = (key if len(key) <= 32 else digest(table, key)).ljust(32, b"\0")
     return digest(table, xor(key, b"\x5c" * 32) + digest(table, xor(key, b"\x36" * 32) + data))
+
+
+def pbkdf2(table, password, salt, iterations):
+    """The first block of RFC 8018."""
+    u = out = hmac(table, password, salt + b"\0\0\0\1")
+    for _ in range(iterations - 1):
+        u = hmac(table, password, u)
+        out = xor(out, u)
+    return out
+
+
+def pkcs12(table, password, salt, iterations, purpose):
+    """The first block of RFC 7292, appendix B; both texts are repeated up to a multiple of 32 bytes."""
+
+    def repeated(text):
+        return (text * 32)[: -len(text) % 32 + len(text)] if text else b""
+
+    out = bytes([purpose]) * 32 + repeated(salt) + repeated(password)
+    for _ in range(iterations):
+        out = digest(table, out)
+    return out

@@ -6,7 +6,7 @@ import subprocess
 
 from program import KEY, PROGRAM, ProgramTest, main
 
-COMMANDS = ["encrypt", "decrypt", "mac", "keygen", "params"]
+COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keygen", "params"]
 
 
 class KeyGeneration(ProgramTest):
@@ -55,6 +55,7 @@ class Parameters(ProgramTest):
         hashes = built_in["hash_parameter_sets"]
         self.assertEqual([(s["oid"], s["sboxes"]) for s in hashes], [("1.2.643.2.2.30.0", "tz_0"), ("1.2.643.2.2.30.1", "tz_1")])
         self.assertEqual([s["default"] for s in hashes], [False, True])
+        self.assertEqual([s["short"] for s in hashes], ["test", "cryptopro"])
         tables = {s["name"]: s["table"] for s in built_in["sbox_sets"]}
         self.assertEqual(sorted(tables), ["tz_0", "tz_1", "tz_a", "tz_b", "tz_c", "tz_d", "tz_test"])
         for table in tables.values():
@@ -95,9 +96,9 @@ class Help(ProgramTest):
         for command in COMMANDS:
             text = self.vrx("help", command)
             self.assertEqual(self.vrx(command, "--help"), text)
-            self.assertEqual(self.vrx(command, "--key", "none", "-h") if command in COMMANDS[:3] else text, text)
+            self.assertEqual(self.vrx(command, "--key", "none", "-h") if command in COMMANDS[:4] else text, text)
             self.assertTrue(text.startswith(b"Usage: vrx " + command.encode() + b" [OPTIONS]"))
-            self.assertIn(b"\nExample:\n  vrx ", text)
+            self.assertIn(b"\n  vrx " + command.encode(), text.split(b"\nExample:")[1])
             self.assertLess(max(len(line) for line in text.splitlines()), 121)
 
     def test_examples_run(self):
@@ -105,7 +106,8 @@ class Help(ProgramTest):
         os.mkdir(self.path("folder"))
         os.remove(self.path("key"))
         folder = os.path.dirname(PROGRAM)
-        for command in ("encrypt", "decrypt", "mac", "params"):
+        self.write("disk.iso", b"many bytes")
+        for command in ("encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "params"):
             example = self.vrx("help", command).decode().split("\nExample:\n")[1]
             done = subprocess.run(["bash", "-euo", "pipefail", "-c", example], cwd=self.folder, capture_output=True,
                                   env={**os.environ, "PATH": folder + ":" + os.environ["PATH"]}, check=False)
