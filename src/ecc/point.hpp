@@ -126,7 +126,7 @@ constexpr Affine<F> sum(const Affine<F>& p, const Affine<F>& q, const F& a) {
 inline Affine<Residue> load(const EcPoint& p, const EcParamSet& set) { return {{p.x, set.p}, {p.y, set.p}}; }
 
 inline EcPoint to_record(const Affine<Residue>& p) {
-    EcPoint record;
+    EcPoint record{};
     store(record.x, p.x.number());
     store(record.y, p.y.number());
     return record;

@@ -22,7 +22,7 @@ inline Residue digest_number(const EcParamSet& set, const std::uint32_t* digest)
 inline EcSignature sign(const EcParamSet& set, const Residue& e, const Number& k, const Number& d) {
     const Residue r = Residue(base_multiple(set, k).x, set.q).reduced();
     const Residue s = r * Residue(d, set.q) + Residue(k, set.q) * e;
-    EcSignature sig;
+    EcSignature sig{};
     store(sig.r, r.number());
     store(sig.s, s.number());
     return sig;
