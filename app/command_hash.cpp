@@ -6,17 +6,6 @@
 namespace vrx::app {
 namespace {
 
-Octets gost_digest(const vrx_gostr3411_par& set, Input& input, Piece& piece) {
-    GOSTR3411_CTX context;
-    check("the hash", GOSTR3411_Init_ex(&context, set.tz));
-    for_each_piece(input, piece, [&](std::span<const std::uint8_t> data) {
-        check("the hash", GOSTR3411_Update(&context, data.data(), static_cast<std::uint32_t>(data.size())));
-    });
-    Octets digest(VRX_HASH_SIZE);
-    check("the hash", GOSTR3411_Final(&context, digest.data()));
-    return digest;
-}
-
 Octets sha1_digest(Input& input, Piece& piece) {
     sha_context context;
     shaInit(&context);

@@ -14,6 +14,12 @@ extern const Command sha1_command;
 extern const Command hmac_command;    // command_hmac.cpp
 extern const Command derive_command;  // command_derive.cpp
 extern const Command keygen_command;  // command_keygen.cpp
+extern const Command genkey_command;  // command_genkey.cpp
+extern const Command pubkey_command;
+extern const Command sign_command;  // command_sign.cpp
+extern const Command verify_command;
+extern const Command agree_command;  // command_agree.cpp
+extern const Command diversify_command;
 extern const Command params_command;  // command_params.cpp
 
 }  // namespace vrx::app

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "parameters.hpp"
+#include "pieces.hpp"
 
 namespace vrx::app {
 
@@ -12,6 +13,17 @@ std::vector<Option> digest_options(std::string& set, ListOptions& lists, const c
     for (Option& option : form_options(lists)) options.push_back(std::move(option));
     for (Option& option : list_options(lists, check_help)) options.push_back(std::move(option));
     return options;
+}
+
+Octets gost_digest(const vrx_gostr3411_par& set, Input& input, Piece& piece) {
+    GOSTR3411_CTX context;
+    check("the hash", GOSTR3411_Init_ex(&context, set.tz));
+    for_each_piece(input, piece, [&](std::span<const std::uint8_t> data) {
+        check("the hash", GOSTR3411_Update(&context, data.data(), static_cast<std::uint32_t>(data.size())));
+    });
+    Octets digest(VRX_HASH_SIZE);
+    check("the hash", GOSTR3411_Final(&context, digest.data()));
+    return digest;
 }
 
 std::vector<CheckValue> kinds_by_set(const std::string& set, const char* name, const std::string& tag_prefix,

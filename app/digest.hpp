@@ -15,6 +15,9 @@ namespace vrx::app {
 /** --set, and the options of lists of digests. */
 std::vector<Option> digest_options(std::string& set, ListOptions& lists, const char* check_help);
 
+/** The GOST R 34.11-94 digest of an input, read through `piece`. */
+Octets gost_digest(const vrx_gostr3411_par& set, Input& input, Piece& piece);
+
 /**
  * The values that a list may hold, one kind for each parameter set, the chosen one first.
  *

@@ -22,6 +22,16 @@ inline void fill_random(std::span<std::uint8_t> octets) {
     }
 }
 
+/** The same as a source for the library. */
+inline int system_random(void* buffer, std::uint32_t length) {
+    try {
+        fill_random({static_cast<std::uint8_t*>(buffer), length});
+        return 0;
+    } catch (const Failure&) {
+        return -1;
+    }
+}
+
 }  // namespace vrx::app
 
 #endif

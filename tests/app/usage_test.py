@@ -6,7 +6,8 @@ import subprocess
 
 from program import KEY, PROGRAM, ProgramTest, main
 
-COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keygen", "params"]
+COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keygen", "genkey", "pubkey", "sign", "verify",
+            "agree", "diversify", "params"]
 
 
 class KeyGeneration(ProgramTest):
