@@ -50,8 +50,8 @@ std::optional<Element> element(std::span<const std::uint8_t> octets) {
 
 std::optional<std::uint8_t> Reader::tag() const { return rest_.empty() ? std::nullopt : std::optional(rest_.front()); }
 
-std::optional<std::span<const std::uint8_t>> Reader::next(std::uint8_t tag) {
-    const auto whole = next_whole(tag);
+std::optional<std::span<const std::uint8_t>> Reader::next(std::uint8_t wanted) {
+    const auto whole = next_whole(wanted);
     if (!whole) return std::nullopt;
     return whole->subspan(element(*whole)->head);
 }

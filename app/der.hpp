@@ -26,10 +26,10 @@ public:
     [[nodiscard]] bool at_end() const { return rest_.empty(); }
     /** The tag of the next element; nothing at the end. */
     [[nodiscard]] std::optional<std::uint8_t> tag() const;
-    /** The contents of the next element, which must bear this tag; nothing where it does not, or is cut short. */
-    std::optional<std::span<const std::uint8_t>> next(std::uint8_t tag);
+    /** The contents of the next element, which must bear the wanted tag; nothing where it does not, or is cut short. */
+    std::optional<std::span<const std::uint8_t>> next(std::uint8_t wanted);
     /** The whole next element, tag and length included. */
-    std::optional<std::span<const std::uint8_t>> next_whole(std::uint8_t tag);
+    std::optional<std::span<const std::uint8_t>> next_whole(std::uint8_t wanted);
 
 private:
     std::span<const std::uint8_t> rest_;
