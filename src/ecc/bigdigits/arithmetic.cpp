@@ -58,10 +58,11 @@ constexpr Digit funnel(Digit hi, Digit lo, unsigned shift) {
     return high_digit((Word{hi} << digit_bits | lo) << shift);
 }
 
-/** The remainder of u by d, and the quotient where one is wanted; q may be u. */
+/** remainder = u mod d, and the quotient where one is wanted; q may be u. */
 template <bool with_quotient>
-[[gnu::noinline]] Digit short_division(Digit* q, const Digit* u, Digit d, std::uint64_t n) {
-    if (d == 0 || n == 0) return 0;
+[[gnu::noinline]] void short_division(Word* remainder, Digit* q, const Digit* u, Digit d, std::uint64_t n) {
+    *remainder = 0;
+    if (d == 0 || n == 0) return;
     // Normalising the divisor by `shift` takes the dividend times 2^shift; the quotient is the same.
     const auto shift = static_cast<unsigned>(std::countl_zero(Word{d}));
     const Word divisor = Word{d} << shift;
@@ -81,7 +82,17 @@ template <bool with_quotient>
         if constexpr (with_quotient) set_pair(q + i, step.quotient);
         rest = step.remainder;
     }
-    return low_digit(rest >> shift);
+    *remainder = rest >> shift;
+}
+
+/** The same, leaving no trace: the remainder, too, waits in memory that is wiped. */
+template <bool with_quotient>
+Digit short_remainder(Digit* q, const Digit* u, Digit d, std::uint64_t n) {
+    Workspace<1> space;
+    Word* remainder = space.take(1);
+    short_division<with_quotient>(remainder, q, u, d, n);
+    wipe_frames_below();
+    return low_digit(*remainder);
 }
 
 }  // namespace
@@ -304,15 +315,11 @@ std::uint32_t mpShortModMult(std::uint32_t* w, const std::uint32_t* u, std::uint
 }
 
 std::uint32_t mpShortDiv(std::uint32_t* q, const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {
-    const Digit rest = short_division<true>(q, u, d, ndigits);
-    wipe_frames_below();
-    return rest;
+    return short_remainder<true>(q, u, d, ndigits);
 }
 
 std::uint32_t mpShortMod(const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {
-    const Digit rest = short_division<false>(nullptr, u, d, ndigits);
-    wipe_frames_below();
-    return rest;
+    return short_remainder<false>(nullptr, u, d, ndigits);
 }
 
 int mpShortCmp(const std::uint32_t* a, std::uint32_t d, std::uint64_t ndigits) {

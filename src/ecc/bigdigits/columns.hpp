@@ -50,8 +50,8 @@ template <std::size_t ndigits>
 void product(Digit* w, Fixed<ndigits> u, Fixed<ndigits> v) {
     constexpr std::size_t n = u.n;
     Column sum;
-    unrolled<ndigits>([&]<std::size_t k>() __attribute__((always_inline)) {
-        unrolled<height(k, n)>([&]<std::size_t i>() __attribute__((always_inline)) {
+    unrolled<ndigits>([&](auto k) __attribute__((always_inline)) {
+        unrolled<height(k, n)>([&](auto i) __attribute__((always_inline)) {
             sum.add(u[first(k, n) + i], v[k - first(k, n) - i]);
         });
         set_pair(w + 2 * k, sum.next());
@@ -63,9 +63,9 @@ template <std::size_t ndigits>
 void square(Digit* w, Fixed<ndigits> u) {
     constexpr std::size_t n = u.n;
     Column sum;
-    unrolled<ndigits>([&]<std::size_t k>() __attribute__((always_inline)) {
+    unrolled<ndigits>([&](auto k) __attribute__((always_inline)) {
         Column half;
-        unrolled<height(k, n) / 2>([&]<std::size_t i>() __attribute__((always_inline)) {
+        unrolled<height(k, n) / 2>([&](auto i) __attribute__((always_inline)) {
             half.add(u[first(k, n) + i], u[k - first(k, n) - i]);
         });
         sum.add(half);

@@ -4,20 +4,19 @@ namespace vrx::bigdigits {
 namespace {
 
 /**
- * Call f.template operator()<rows>() for the rows of the first block when n rows are cut into blocks: those that are
- * left over come first.
+ * f(Index<rows>) for the rows of the first block when n rows are cut into blocks: those that are left over come first.
  */
 template <typename F>
 void with_first_rows(std::size_t n, F f) {
     switch (n % block) {
         case 1:
-            return f.template operator()<1>();
+            return f(Index<1>{});
         case 2:
-            return f.template operator()<2>();
+            return f(Index<2>{});
         case 3:
-            return f.template operator()<3>();
+            return f(Index<3>{});
         default:
-            return f.template operator()<block>();
+            return f(Index<block>{});
     }
 }
 
@@ -30,7 +29,7 @@ void add_triangle(Word* w, const Word* u, std::size_t n) {
     Rows<rows> sum(u);
     const auto old = [&](std::size_t j) { return is_first ? 0 : w[j]; };
     w[0] = old(0);
-    unrolled<rows - 1>([&]<std::size_t r>() __attribute__((always_inline)) {
+    unrolled<rows - 1>([&](auto r) __attribute__((always_inline)) {
         w[r + 1] = sum.template step<r + 1>(u[r + 1], old(r + 1));
     });
     for (std::size_t j = rows; j < n; ++j) w[j] = sum.step(u[j], old(j));
@@ -56,7 +55,7 @@ void double_and_add_squares(Word* w, const Word* u, std::size_t n) {
 }  // namespace
 
 void product(Word* w, const Word* u, std::size_t un, const Word* v, std::size_t vn) {
-    with_first_rows(vn, [&]<std::size_t rows>() {
+    with_first_rows(vn, [&](auto rows) {
         Rows<rows> sum(v);
         for (std::size_t i = 0; i < un; ++i) w[i] = sum.step(u[i], 0);
         sum.finish(w + un);
@@ -70,7 +69,7 @@ void product(Word* w, const Word* u, std::size_t un, const Word* v, std::size_t 
 
 void square(Word* w, const Word* u, std::size_t n) {
     // The products u[i] u[j] with i < j are formed once and doubled; then come the squares u[i]^2.
-    with_first_rows(n, [&]<std::size_t rows>() {
+    with_first_rows(n, [&](auto rows) {
         add_triangle<rows, true>(w, u, n);
         for (std::size_t i = rows; i < n; i += block) add_triangle<block, false>(w + 2 * i, u + i, n - i);
     });

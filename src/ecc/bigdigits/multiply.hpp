@@ -2,6 +2,7 @@
 #ifndef VRX_ECC_BIGDIGITS_MULTIPLY_HPP
 #define VRX_ECC_BIGDIGITS_MULTIPLY_HPP
 
+#include <type_traits>
 #include <utility>
 
 #include "ecc/bigdigits/words.hpp"
@@ -14,13 +15,14 @@ void product(Word* w, const Word* u, std::size_t un, const Word* v, std::size_t 
 /** w = u^2, 2n words; n is not 0. w is not u. */
 void square(Word* w, const Word* u, std::size_t n);
 
-/** f.template operator()<i>() for i = 0, 1, ..., n - 1. The f are to be inlined always; it is for what has to unroll.
- */
+/** A number that is known to the compiler, as an argument. */
+template <std::size_t value>
+using Index = std::integral_constant<std::size_t, value>;
+
+/** f(Index<0>), f(Index<1>), ..., f(Index<n - 1>), for what has to unroll; f is always inlined. */
 template <std::size_t n, typename F>
 [[gnu::always_inline]] inline void unrolled(F f) {
-    [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
-        (f.template operator()<i>(), ...);
-    }
+    [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) { (f(Index<i>{}), ...); }
     (std::make_index_sequence<n>{});
 }
 
@@ -71,7 +73,7 @@ template <std::size_t rows>
 class Rows {
 public:
     explicit Rows(const Word* x) {
-        unrolled<rows>([&]<std::size_t r>() __attribute__((always_inline)) { x_[r] = x[r]; });
+        unrolled<rows>([&](auto r) __attribute__((always_inline)) { x_[r] = x[r]; });
     }
 
     /** The next word of u against the first `active` rows; the word of the sum that this completes. */
@@ -80,7 +82,7 @@ public:
         static_assert(0 < active && active <= rows);
         Word carry = carry_[0];
         multiply_step(u, x_[0], w, carry);
-        unrolled<active - 1>([&]<std::size_t r>() __attribute__((always_inline)) {
+        unrolled<active - 1>([&](auto r) __attribute__((always_inline)) {
             Word addend = carry_[r + 1];
             multiply_step(u, x_[r + 1], addend, carry);
             carry_[r] = addend;
@@ -90,11 +92,11 @@ public:
     }
     /** What is left behind the last word of u: put it there, or subtract it from what is there, with a borrow. */
     void finish(Word* w) const {
-        unrolled<rows>([&]<std::size_t r>() __attribute__((always_inline)) { w[r] = carry_[r]; });
+        unrolled<rows>([&](auto r) __attribute__((always_inline)) { w[r] = carry_[r]; });
     }
     [[nodiscard]] Word finish_subtracting(Word* w) const {
         Word borrow = 0;
-        unrolled<rows>([&]<std::size_t r>() __attribute__((always_inline)) {
+        unrolled<rows>([&](auto r) __attribute__((always_inline)) {
             const Wide t = Wide{w[r]} - carry_[r] - borrow;
             w[r] = low(t);
             borrow = high(t) & 1;

@@ -33,10 +33,12 @@ static_assert(small_primes.back() == greatest_small_prime);
 
 void seed_from_clock() { std::srand(static_cast<unsigned>(std::time(nullptr)) ^ static_cast<unsigned>(std::clock())); }
 
-/** Four bytes of the generator, the first one lowest. */
+/** Four bytes of the generator, the first one lowest. Deliberate: it is the C library's, which is all that is promised.
+ */
 Digit draw() {
     Digit value = 0;
-    for (unsigned shift = 0; shift < 32; shift += 8) value |= (static_cast<Digit>(std::rand()) & 0xff) << shift;
+    for (unsigned shift = 0; shift < 32; shift += 8)
+        value |= (static_cast<Digit>(std::rand()) & 0xff) << shift;  // NOLINT(cert-msc30-c,cert-msc50-cpp)
     return value;
 }
 
