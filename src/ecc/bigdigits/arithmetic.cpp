@@ -218,10 +218,9 @@ void mpSetDigit(std::uint32_t* a, std::uint32_t d, std::uint64_t ndigits) {
 std::uint32_t mpShiftLeft(std::uint32_t* a, const std::uint32_t* b, std::uint64_t shift, std::uint64_t ndigits) {
     const std::uint64_t whole = shift / digit_bits;
     const auto bits = static_cast<unsigned>(shift % digit_bits);
-    // An index below 0 wraps round to one far above ndigits. Digit 0 of what falls out is read before a is written.
-    const Digit out = shift == 0 || ndigits == 0 ? 0
-                                                 : funnel(digit_or_zero(b, ndigits, ndigits - whole),
-                                                          digit_or_zero(b, ndigits, ndigits - whole - 1), bits);
+    // An index below 0 wraps round to one far above ndigits. What falls out is read before a is written.
+    const Digit out =
+        funnel(digit_or_zero(b, ndigits, ndigits - whole), digit_or_zero(b, ndigits, ndigits - whole - 1), bits);
     for (std::uint64_t i = ndigits; i-- != 0;)
         a[i] = funnel(digit_or_zero(b, ndigits, i - whole), digit_or_zero(b, ndigits, i - whole - 1), bits);
     return out;
@@ -231,7 +230,7 @@ std::uint32_t mpShiftRight(std::uint32_t* a, const std::uint32_t* b, std::uint64
     const std::uint64_t whole = shift / digit_bits;
     const auto bits = static_cast<unsigned>(shift % digit_bits);
     const auto shifted = [bits](Digit hi, Digit lo) { return low_digit((Word{hi} << digit_bits | lo) >> bits); };
-    const Digit out = shift == 0 ? 0 : shifted(digit_or_zero(b, ndigits, whole), digit_or_zero(b, ndigits, whole - 1));
+    const Digit out = shifted(digit_or_zero(b, ndigits, whole), digit_or_zero(b, ndigits, whole - 1));
     for (std::uint64_t i = 0; i < ndigits; ++i)
         a[i] = shifted(digit_or_zero(b, ndigits, i + whole + 1), digit_or_zero(b, ndigits, i + whole));
     return out;

@@ -114,8 +114,11 @@ int mpModInv(std::uint32_t* inv, const std::uint32_t* u, const std::uint32_t* m,
             euclid_step(y3, x3, n, room, [=](const Word* quotient, std::size_t count) {
                 const std::size_t used = significant(y1, n);
                 const std::size_t rows = used == 0 ? 0 : significant(quotient, count);
-                for (std::size_t i = 0; i < rows; ++i)
-                    add_word(x1 + i + used, n - used - i, multiply_add(x1 + i, y1, used, quotient[i]));
+                for (std::size_t i = 0; i < rows; ++i) {
+                    // Nothing stands there yet: x1 is no longer than y1. A sum below m has no carry out of n words.
+                    const Word carry = multiply_add(x1 + i, y1, used, quotient[i]);
+                    if (i + used < n) x1[i + used] = carry;
+                }
             });
             std::swap(x1, y1);
             positive = !positive;

@@ -176,12 +176,6 @@ inline Word subtract(Word* w, const Word* u, const Word* v, std::size_t n) {
     return borrow;
 }
 
-/** w = w + x; the carry is returned. */
-inline Word add_word(Word* w, std::size_t n, Word x) {
-    for (std::size_t i = 0; i < n && x != 0; ++i) x = (w[i] += x) < x;
-    return x;
-}
-
 /** w = w - x; the borrow is returned. */
 inline Word subtract_word(Word* w, std::size_t n, Word x) {
     for (std::size_t i = 0; i < n && x != 0; ++i) {

@@ -607,10 +607,11 @@ TEST(Division, where_the_top_words_of_a_block_are_equal) {
     for (const std::size_t n : Counts{8, 9, 13}) {
         const Slow below = Slow::power_of_2(64 * (n - 4));
         const Slow top = Slow::power_of_2(255) + Slow(12345);
-        const Slow v = top * below + Slow(7);
-        // The dividend is just below the divisor moved up by four words.
-        for (const Slow& less : {Slow(1), Slow::power_of_2(100), Slow::power_of_2(256), Slow::power_of_2(257)})
-            expect_division((v * Slow::power_of_2(256) - less).digits(2 * n + 8), v.digits(2 * n));
+        const Slow v = top * below + (below - Slow(1));
+        // Eight words of quotient, two blocks; the second one is all ones, and the running remainder is then v - 1.
+        const Slow q = Slow(half) * Slow::power_of_2(6 * 64) + Slow::power_of_2(256) - Slow(1);
+        expect_division((q * v + v - Slow(1)).digits(2 * n + 14), v.digits(2 * n));
+        expect_division((q * v).digits(2 * n + 14), v.digits(2 * n));
     }
 }
 
