@@ -22,11 +22,11 @@
 
 VRX_BEGIN_DECLS
 
-#define VRX_ECC_DIGITS 9         /**< digits in every number on a curve */
-#define VRX_ECC_PP_COUNT 72      /**< precomputed multiples of a base point */
-#define VRX_ECC_SET_COUNT 6      /**< built-in sets */
-#define VRX_ECC_OID_SIZE 9       /**< bytes in each of the built-in identifiers */
-#define VRX_ECC_STR_OID_SIZE 17  /**< characters in each of the dotted ones, the closing zero included */
+#define VRX_ECC_DIGITS 9        /**< digits in every number on a curve */
+#define VRX_ECC_PP_COUNT 72     /**< precomputed multiples of a base point */
+#define VRX_ECC_SET_COUNT 6     /**< built-in sets */
+#define VRX_ECC_OID_SIZE 9      /**< bytes in each of the built-in identifiers */
+#define VRX_ECC_STR_OID_SIZE 17 /**< characters in each of the dotted ones, the closing zero included */
 
 /** An affine point. x = y = 0 stands for the point at infinity. */
 typedef struct EcPoint {
