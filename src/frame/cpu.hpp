@@ -20,6 +20,7 @@ inline constexpr std::uint32_t avx512vl = 1U << 8;
 inline constexpr std::uint32_t avx512vbmi = 1U << 9;
 inline constexpr std::uint32_t avx512vbmi2 = 1U << 10;
 inline constexpr std::uint32_t avx512ifma = 1U << 11;
+inline constexpr std::uint32_t bmi1 = 1U << 12;
 
 /**
  * The features of this processor. Those with wider registers count only where the operating system saves them.

@@ -5,7 +5,7 @@
 
 #include "frame/bytes.hpp"
 #include "frame/log.hpp"
-#include "tz/deploy.hpp"
+#include "tz/sboxes.hpp"
 
 namespace {
 
@@ -45,7 +45,7 @@ constexpr std::array hash_names = {"tz_0", "tz_1"};
 
 int vrx_crpt_deploy_TZ(const std::uint8_t* num_tz, vrx_tz* out) {
     if (num_tz == nullptr || out == nullptr) return log::null_data("vrx_crpt_deploy_TZ");
-    vrx::tz::deploy(vrx::tz::Numeric(num_tz, VRX_NUM_TZ_SIZE), *out);
+    vrx::tz::deploy_fast(vrx::tz::Numeric(num_tz, VRX_NUM_TZ_SIZE), *out);
     return VRX_OK;
 }
 

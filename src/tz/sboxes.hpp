@@ -1,0 +1,66 @@
+// The S-boxes of a deployed table: found again, in the form that byte shuffles look up, and proved to be its whole
+// truth.
+#ifndef VRX_TZ_SBOXES_HPP
+#define VRX_TZ_SBOXES_HPP
+
+#include <array>
+
+#include "frame/cpu.hpp"
+#include "tz/deploy.hpp"
+
+namespace vrx::tz {
+
+/** Eight S-boxes as two tables of bytes; entry 16m + i holds the output for the input i. */
+struct alignas(64) SBoxes {
+    std::uint8_t even[64];  // S-box 2m
+    std::uint8_t odd[64];   // S-box 2m + 1, in the high nibble
+};
+
+constexpr SBoxes sboxes(Numeric num) {
+    SBoxes out{};
+    for (unsigned m = 0; m < 4; ++m)
+        for (unsigned i = 0; i < 16; ++i) {
+            out.even[16 * m + i] = num[4 * i + m] & 0x0f;
+            out.odd[16 * m + i] = num[4 * i + m] & 0xf0;
+        }
+    return out;
+}
+
+/** The S-boxes of a built-in table, known by its address; nullptr for any other table. */
+const SBoxes* built_in_sboxes(const vrx_tz& table) noexcept;
+
+// The sixteen entries of a table whose odd S-box has the same input are a row: the entries of the even S-box, each OR
+// the one entry of the odd one. So a row costs an OR with a repeated word. Deploying stores the rows, recovering
+// compares them.
+
+/** deploy() of deploy.hpp. Cost: 64 times an OR and a store of 64 bytes. */
+void deploy_avx512(Numeric num, vrx_tz& out) noexcept;
+/** The same in halves of 32 bytes. */
+void deploy_avx2(Numeric num, vrx_tz& out) noexcept;
+void deploy_baseline(Numeric num, vrx_tz& out) noexcept;
+
+struct Deployment {
+    const char* name;
+    std::uint32_t needs;
+    void (*run)(Numeric num, vrx_tz& out) noexcept;
+};
+
+/** Best first; the last one runs everywhere. */
+inline constexpr std::array<Deployment, 3> deployments{{
+    {"avx512", cpu::avx512f | cpu::avx512bw | cpu::avx512vl | cpu::avx512vbmi | cpu::bmi1 | cpu::bmi2, deploy_avx512},
+    {"avx2", cpu::avx2, deploy_avx2},
+    {"baseline", cpu::baseline, deploy_baseline},
+}};
+
+/** deploy() by the best of them. */
+void deploy_fast(Numeric num, vrx_tz& out) noexcept;
+
+/**
+ * Reads the S-boxes out of a table; false where they do not expand to exactly its 1024 entries. The entries T[17i] of a
+ * table hold the outputs of both of its S-boxes for the input i.
+ */
+[[nodiscard]] bool recover_avx2(const vrx_tz& table, SBoxes& out) noexcept;
+
+}  // namespace vrx::tz
+
+#endif
