@@ -8,6 +8,7 @@
 #include <cstddef>
 
 #include "gost28147/kernel.hpp"
+#include "vrx/context.h"
 
 namespace vrx::gost28147 {
 
@@ -37,6 +38,18 @@ void cfb_decrypt_rereading(Cipher cipher, std::uint8_t* feedback, const std::uin
                            std::size_t blocks);
 
 void mac(Cipher cipher, std::uint8_t* state, const std::uint8_t* in, std::size_t blocks);
+
+/** The modes in which no block waits for the one before it. */
+enum class Mode { ecb_encrypt, ecb_decrypt, cbc_decrypt, counter, cfb_decrypt };
+
+inline constexpr std::size_t section_blocks = VRX_MESHING_SECTION / VRX_BLOCK_SIZE;
+
+/**
+ * Whole sections of 1024 bytes with CryptoPro key meshing (RFC 4357, section 2.3.2): before each, key and register are
+ * meshed. The codebook does not use its register, but it is meshed all the same.
+ */
+void meshed_sections(Mode mode, const vrx_tz& table, std::uint32_t* key, std::uint8_t* reg, const std::uint8_t* in,
+                     std::uint8_t* out, std::size_t sections);
 
 }  // namespace vrx::gost28147
 

@@ -10,6 +10,9 @@
 
 namespace vrx::gost28147 {
 
+/** The constant C of RFC 4357, section 2.3.2. */
+extern const std::uint8_t meshing_constant[VRX_KEY_SIZE];
+
 inline bool meshes(const vrx_crpt_ctx& ctx) { return ctx.key_meshing == 1; }
 
 /**

@@ -1,0 +1,216 @@
+#include <immintrin.h>
+
+#include <bit>
+
+#include "gost28147/engine.hpp"
+#include "gost28147/meshing.hpp"
+#include "tz/sboxes.hpp"
+
+#include "frame/region_avx512.hpp"
+
+#include "gost28147/parallel.hpp"
+#include "gost28147/vbmi_vector.hpp"
+#include "tz/recover_avx512.hpp"
+
+namespace vrx::gost28147 {
+namespace {
+
+using tz::repeated;
+
+using tz::Tables;
+
+/**
+ * A meshing that rides along with a section: D(K, C), the key after K, in the first four blocks, and E(K, register) in
+ * the fifth.
+ */
+struct Meshing {
+    const Schedule& schedule;
+    Vector v[2];
+
+    Meshing(const Schedule& key, Block reg)
+        : schedule(key), v{Vector::load(meshing_constant, 4), {_mm512_setzero_si512()}} {
+        v[0].v = _mm512_mask_set1_epi64(v[0].v, 1U << 4, static_cast<long long>(std::uint64_t{reg.n2} << 32 | reg.n1));
+    }
+    /** Takes the results. */
+    void finish(Schedule& next, Block& reg) const {
+        Secret<std::uint8_t[64]> bytes;
+        v[0].store(bytes.value, 8);
+        next.set(Key(reinterpret_cast<const std::uint32_t*>(bytes.value)));
+        reg = load_block(bytes.value + VRX_KEY_SIZE);
+    }
+};
+
+/**
+ * The 32 rounds. A permute looks up 64 bytes at once in a table of 64: the index of byte j of a word is one of its
+ * nibbles and 16j, so one permute serves the four even S-boxes and one the four odd ones. The halves are kept rotated
+ * right by 11 bits, u = ror(x, 11), which makes a round
+ *
+ *     t  = rol(u, 11) + K
+ *     u' = u' ^ even[t & 0f0f0f0f | 30201000] ^ odd[t >> 4 & 0f0f0f0f | 30201000]
+ *
+ * eight instructions for 16 blocks: rotate, add, shift, two permutes, and three of ternary logic that join the index
+ * twice and the result once. Four of them are of the kind that two ports share, so 16 blocks take about two cycles a
+ * round once enough vectors hide the latency of 15.
+ */
+template <std::size_t count>
+[[gnu::always_inline]] inline void rounds(const Tables& tables, const Schedule& schedule, bool decrypting,
+                                          Vector (&v)[count], tz::Claim* claim, Meshing* meshing) {
+    constexpr std::size_t pairs = count / 2;
+    __m512i n1[pairs + 1];
+    __m512i n2[pairs + 1];
+    const auto split = [&](std::size_t i, const Vector* pair) __attribute__((always_inline)) {
+        const __m512 a = _mm512_castsi512_ps(pair[0].v);
+        const __m512 b = _mm512_castsi512_ps(pair[1].v);
+        n1[i] = _mm512_ror_epi32(_mm512_castps_si512(_mm512_shuffle_ps(a, b, 0x88)), 11);
+        n2[i] = _mm512_ror_epi32(_mm512_castps_si512(_mm512_shuffle_ps(a, b, 0xdd)), 11);
+    };
+    // The last round does not exchange the halves, so they come out crosswise.
+    const auto join = [&](std::size_t i, Vector * pair) __attribute__((always_inline)) {
+        n1[i] = _mm512_rol_epi32(n1[i], 11);
+        n2[i] = _mm512_rol_epi32(n2[i], 11);
+        pair[0].v = _mm512_unpacklo_epi32(n2[i], n1[i]);
+        pair[1].v = _mm512_unpackhi_epi32(n2[i], n1[i]);
+    };
+    const __m512i nibbles = repeated(0x0f0f0f0f);
+    const __m512i places = repeated(0x30201000);
+    constexpr int and_or = 0xea;        // a & b | c
+    constexpr int exclusive_or = 0x96;  // a ^ b ^ c
+    const auto round = [&](__m512i half, __m512i other, __m512i key) __attribute__((always_inline)) {
+        const __m512i t = _mm512_add_epi32(_mm512_rol_epi32(other, 11), key);
+        const __m512i even = _mm512_ternarylogic_epi32(t, nibbles, places, and_or);
+        const __m512i odd = _mm512_ternarylogic_epi32(_mm512_srli_epi32(t, 4), nibbles, places, and_or);
+        return _mm512_ternarylogic_epi32(half, _mm512_permutexvar_epi8(even, tables.even),
+                                         _mm512_permutexvar_epi8(odd, tables.odd), exclusive_or);
+    };
+
+#pragma GCC unroll 8
+    for (std::size_t i = 0; i < pairs; ++i) split(i, v + 2 * i);
+    if (meshing != nullptr) split(pairs, meshing->v);
+    for (unsigned pass = 0; pass < 4; ++pass) {
+        const std::uint32_t* const words = schedule.pass(pass, decrypting);
+        if (claim != nullptr) claim->check(pass);
+#pragma GCC unroll 8
+        for (unsigned k = 0; k < 8; k += 2) {
+#pragma GCC unroll 8
+            for (std::size_t i = 0; i < pairs; ++i) n2[i] = round(n2[i], n1[i], repeated(words[k]));
+#pragma GCC unroll 8
+            for (std::size_t i = 0; i < pairs; ++i) n1[i] = round(n1[i], n2[i], repeated(words[k + 1]));
+            if (meshing != nullptr) {
+                // Block 4 of the first vector, word 8 after the split, is the one that is encrypted.
+                const std::uint32_t* const down = meshing->schedule.pass(pass, true);
+                const std::uint32_t* const up = meshing->schedule.pass(pass, false);
+                const auto key = [&](unsigned j) __attribute__((always_inline)) {
+                    return _mm512_mask_mov_epi32(repeated(down[j]), 1U << 8, repeated(up[j]));
+                };
+                n2[pairs] = round(n2[pairs], n1[pairs], key(k));
+                n1[pairs] = round(n1[pairs], n2[pairs], key(k + 1));
+            }
+        }
+    }
+#pragma GCC unroll 8
+    for (std::size_t i = 0; i < pairs; ++i) join(i, v + 2 * i);
+    if (meshing != nullptr) join(pairs, meshing->v);
+}
+
+/** The cipher of one step. */
+struct Permutes {
+    using Vector = gost28147::Vector;
+    const Tables& tables;
+    const Schedule& schedule;
+    bool decrypting;
+    tz::Claim* claim = nullptr;
+    Meshing* meshing = nullptr;
+
+    template <std::size_t count>
+    [[gnu::always_inline]] bool run(Vector (&v)[count]) const {
+        rounds(tables, schedule, decrypting, v, claim, meshing);
+        return claim == nullptr || claim->holds();
+    }
+};
+
+/** The S-boxes of a table; false where it has none. */
+bool find_tables(const vrx_tz& table, Tables& out) {
+    if (const tz::SBoxes* s = tz::built_in_sboxes(table)) {
+        out = Tables(*s);
+        return true;
+    }
+    tz::Claim claim(table);
+    out = claim.tables();
+    for (unsigned m = 0; m < 4; ++m) claim.check(m);
+    return claim.holds();
+}
+
+/** At most 32 blocks, between whose rounds the table is checked. */
+bool run_claimed(Mode mode, const Run& run, const Schedule& schedule, Block& reg) {
+    tz::Claim claim(run.table);
+    const Tables tables = claim.tables();
+    const Permutes cipher{tables, schedule, decrypts(mode), &claim};
+    return run.blocks <= 16 ? step<2>(cipher, mode, reg, run.in, run.out, run.blocks)
+                            : step<4>(cipher, mode, reg, run.in, run.out, run.blocks);
+}
+
+}  // namespace
+
+Way parallel_vbmi(Mode mode, const Run& run) noexcept {
+    if (run.blocks <= 4) return parallel_lookups(mode, run);
+    const Schedule schedule(run.key);
+    Block reg = has_register(mode) ? load_block(run.reg) : Block{};
+    if (run.blocks <= 32 && tz::built_in_sboxes(run.table) == nullptr) {
+        if (!run_claimed(mode, run, schedule, reg)) return parallel_vbmi_any(mode, run);
+    } else {
+        Tables tables;
+        if (!find_tables(run.table, tables)) return parallel_vbmi_any(mode, run);
+        const Permutes cipher{tables, schedule, decrypts(mode)};
+        Run rest = run;
+        for (std::size_t n; rest.blocks > 64; rest.skip(n)) {
+            n = std::min<std::size_t>(rest.blocks, 128);
+            static_cast<void>(step<16>(cipher, mode, reg, rest.in, rest.out, n));
+        }
+        if (rest.blocks > 32)
+            static_cast<void>(step<8>(cipher, mode, reg, rest.in, rest.out, rest.blocks));
+        else if (rest.blocks > 16)
+            static_cast<void>(step<4>(cipher, mode, reg, rest.in, rest.out, rest.blocks));
+        else if (rest.blocks > 0)
+            static_cast<void>(step<2>(cipher, mode, reg, rest.in, rest.out, rest.blocks));
+    }
+    if (has_register(mode)) store_block(run.reg, reg);
+    return Way::byte_permutes;
+}
+
+Way sections_vbmi(Mode mode, const Run& run, std::uint32_t* key) noexcept {
+    Tables tables;
+    if (!find_tables(run.table, tables)) return sections_alone(mode, run, key);
+    Schedule schedule(run.key);
+    Schedule next(run.key);
+    Block reg = load_block(run.reg);
+    // The first two meshings have nothing to ride with: K(1) before E(K(1), register) and K(2).
+    const auto mesh_alone = [&](Schedule& to, Block& r) {
+        Meshing meshing(schedule, reg);
+        Vector nothing[2] = {};
+        rounds(tables, schedule, false, nothing, nullptr, &meshing);
+        meshing.finish(to, r);
+    };
+    Block unused;
+    mesh_alone(next, unused);
+    schedule.set(next);
+    mesh_alone(next, reg);
+    for (Run rest = run;;) {
+        const Block end = mode == Mode::counter ? stepped_counter(reg, section_blocks)
+                          : chains(mode)        ? load_block(rest.in + VRX_MESHING_SECTION - VRX_BLOCK_SIZE)
+                                                : reg;
+        Meshing meshing(next, end);
+        const Permutes cipher{tables, schedule, decrypts(mode), nullptr, &meshing};
+        static_cast<void>(step<16>(cipher, mode, reg, rest.in, rest.out, section_blocks));
+        rest.skip(section_blocks);
+        if (rest.blocks == 0) break;
+        schedule.set(next);
+        meshing.finish(next, reg);
+    }
+    schedule.store(key);
+    store_block(run.reg, reg);
+    return Way::byte_permutes;
+}
+
+}  // namespace vrx::gost28147
+
+#include "frame/region_end.hpp"

@@ -1,0 +1,49 @@
+// Eight blocks in a register of 512 bits. Include inside a region of frame/region_avx512.hpp.
+#ifndef VRX_GOST28147_VBMI_VECTOR_HPP
+#define VRX_GOST28147_VBMI_VECTOR_HPP
+
+#include "gost28147/engine.hpp"
+
+namespace vrx::gost28147 {
+namespace {
+
+/** Eight blocks in the order of memory. Of a partial vector the first `left` blocks are read and written. */
+struct Vector {
+    static constexpr std::size_t blocks = 8;
+    __m512i v;
+
+    static __mmask8 mask(std::ptrdiff_t left) {
+        return static_cast<__mmask8>(left >= 8 ? 0xff : left <= 0 ? 0 : (1U << left) - 1);
+    }
+    static Vector load(const std::uint8_t* from, std::ptrdiff_t left) {
+        return {_mm512_maskz_loadu_epi64(mask(left), from)};
+    }
+    /** `first`, then the blocks that begin at `from`. */
+    static Vector load_behind(Block first, const std::uint8_t* from, std::ptrdiff_t left) {
+        return {_mm512_mask_loadu_epi64(repeated(first), mask(left) & 0xfe, from - VRX_BLOCK_SIZE)};
+    }
+    void store(std::uint8_t* to, std::ptrdiff_t left) const { _mm512_mask_storeu_epi64(to, mask(left), v); }
+
+    /** The counters after n + 1 to n + 8 more steps. The sum of word 1 went round where it is less than what was added.
+     */
+    static Vector counters(Block reg, std::size_t n) {
+        const __m512i steps = _mm512_load_si512(&counter_steps.words[2 * n]);
+        const __m512i sum = _mm512_add_epi32(repeated(reg), steps);
+        const __mmask16 carry = _mm512_mask_cmplt_epu32_mask(0xaaaa, sum, steps);
+        return {_mm512_mask_sub_epi32(sum, carry, sum, _mm512_set1_epi32(-1))};
+    }
+    Vector& operator^=(Vector other) {
+        v = _mm512_xor_si512(v, other.v);
+        return *this;
+    }
+
+private:
+    static __m512i repeated(Block b) {
+        return _mm512_set1_epi64(static_cast<long long>(std::uint64_t{b.n2} << 32 | b.n1));
+    }
+};
+
+}  // namespace
+}  // namespace vrx::gost28147
+
+#endif
