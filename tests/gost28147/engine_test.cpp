@@ -1,0 +1,422 @@
+// Every engine beside the modes block by block: all lengths, places, overlaps and tables, and which way was taken.
+#include "gost28147/engine.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <functional>
+#include <numeric>
+
+#include "gost28147/meshing.hpp"
+#include "gost28147/plain.hpp"
+#include "support/random.hpp"
+#include "tz/sboxes.hpp"
+
+namespace {
+
+using namespace vrx::gost28147;
+using vrx::test::Bytes;
+using vrx::test::Random;
+
+constexpr std::size_t block = VRX_BLOCK_SIZE;
+
+bool offered(const Engine& e) { return (vrx::cpu::features() & e.needs) == e.needs; }
+
+/** Runs one engine while it lives. */
+class With {
+public:
+    explicit With(const Engine& e) : before_(engine()) { use(e); }
+    ~With() { use(before_); }
+    With(const With&) = delete;
+    With& operator=(const With&) = delete;
+
+private:
+    const Engine& before_;
+};
+
+/** The functions of the seam beside those that say what they mean. */
+struct Function {
+    const char* name;
+    std::function<void(Cipher, std::uint8_t*, const std::uint8_t*, std::uint8_t*, std::size_t)> fast, plain;
+};
+
+template <auto f>
+void without_register(Cipher c, std::uint8_t*, const std::uint8_t* in, std::uint8_t* out, std::size_t n) {
+    f(c, in, out, n);
+}
+template <auto f>
+void without_output(Cipher c, std::uint8_t* reg, const std::uint8_t* in, std::uint8_t*, std::size_t n) {
+    f(c, reg, in, n);
+}
+
+const std::vector<Function>& functions() {
+    static const std::vector<Function> all = {
+        {"ecb_encrypt", without_register<ecb_encrypt>, without_register<plain::ecb_encrypt>},
+        {"ecb_decrypt", without_register<ecb_decrypt>, without_register<plain::ecb_decrypt>},
+        {"cbc_encrypt", cbc_encrypt, plain::cbc_encrypt},
+        {"cbc_decrypt", cbc_decrypt, plain::cbc_decrypt},
+        {"counter", counter, plain::counter},
+        {"cfb_encrypt", cfb_encrypt, plain::cfb_encrypt},
+        {"cfb_decrypt", cfb_decrypt, plain::cfb_decrypt},
+        {"cfb_decrypt_rereading", cfb_decrypt_rereading, plain::cfb_decrypt_rereading},
+        {"mac", without_output<mac>, without_output<plain::mac>}};
+    return all;
+}
+
+constexpr Mode modes[] = {Mode::ecb_encrypt, Mode::ecb_decrypt, Mode::cbc_decrypt, Mode::counter, Mode::cfb_decrypt};
+
+vrx_tz from_s_boxes(Random& random) {
+    std::uint8_t num[VRX_NUM_TZ_SIZE];
+    random.fill(num);
+    vrx_tz table{};
+    vrx::tz::deploy(num, table);
+    return table;
+}
+
+/** A record at an address that is a multiple of 4 and of nothing more. */
+class AtOddPlace {
+public:
+    explicit AtOddPlace(const vrx_tz& table) { std::memcpy(room_ + 1, &table, sizeof table); }
+    [[nodiscard]] const vrx_tz& table() const {
+        return *static_cast<const vrx_tz*>(static_cast<const void*>(room_ + 1));
+    }
+
+private:
+    alignas(64) std::uint32_t room_[1 + sizeof(vrx_tz) / 4];
+};
+
+class EveryEngine : public testing::TestWithParam<const Engine*> {
+protected:
+    void SetUp() override {
+        if (!offered(*GetParam())) GTEST_SKIP() << "this processor does not offer " << GetParam()->name;
+    }
+    Random random_;
+    Bytes key_bytes_ = random_.bytes(VRX_KEY_SIZE + 1);
+    /** At an odd address. */
+    Key key_{static_cast<const std::uint32_t*>(static_cast<const void*>(key_bytes_.data() + 1))};
+    AtOddPlace sound_{from_s_boxes(random_)};
+    AtOddPlace strange_{random_.value<vrx_tz>()};
+    const vrx_tz* tables_[3] = {&TZ_28147_89[1], &sound_.table(), &strange_.table()};
+};
+
+/** Runs both ways in the same places of two copies, which then have to be the same, and the registers too. */
+void expect_same(const Function& f, Cipher c, const Bytes& memory, std::size_t in, std::size_t out, std::size_t blocks,
+                 const Bytes& reg) {
+    Bytes fast = memory;
+    Bytes plain = memory;
+    Bytes fast_reg = reg;
+    Bytes plain_reg = reg;
+    f.fast(c, fast_reg.data(), fast.data() + in, fast.data() + out, blocks);
+    f.plain(c, plain_reg.data(), plain.data() + in, plain.data() + out, blocks);
+    ASSERT_EQ(fast_reg, plain_reg) << f.name << ", " << blocks << " blocks from " << in << " to " << out;
+    ASSERT_EQ(fast, plain) << f.name << ", " << blocks << " blocks from " << in << " to " << out;
+}
+
+TEST_P(EveryEngine, any_number_of_blocks_at_any_place) {
+    const With with(*GetParam());
+    for (std::size_t blocks = 0; blocks <= 600; ++blocks)
+        for (const Function& f : functions()) {
+            const std::size_t in = random_.below(65);
+            const std::size_t out = in + blocks * block + random_.below(65);
+            const Bytes memory = random_.bytes(out + blocks * block + 64);
+            expect_same(f, {*tables_[(blocks + in) % 3], key_}, memory, in, out, blocks, random_.bytes(block));
+            if (HasFatalFailure()) return;
+        }
+}
+
+TEST_P(EveryEngine, in_place) {
+    const With with(*GetParam());
+    for (std::size_t blocks = 1; blocks <= 300; ++blocks)
+        for (const Function& f : functions()) {
+            const Bytes memory = random_.bytes(blocks * block + 80);
+            const std::size_t at = 8 + random_.below(64);
+            expect_same(f, {*tables_[blocks % 3], key_}, memory, at, at, blocks, random_.bytes(block));
+            if (HasFatalFailure()) return;
+        }
+}
+
+TEST_P(EveryEngine, every_overlap) {
+    const With with(*GetParam());
+    constexpr std::size_t lengths[] = {1,  2,  3,  5,   8,   13,  16,  17,  31,  32,
+                                       33, 64, 65, 100, 127, 128, 129, 137, 150, 192};
+    constexpr int furthest = 1100;
+    const Bytes memory = random_.bytes(2 * furthest + 192 * block);
+    std::size_t turn = 0;
+    for (int distance = -furthest; distance <= furthest; ++distance)
+        for (const Function& f : functions())
+            for (int i = 0; i < 3; ++i) {
+                const std::size_t blocks = lengths[turn++ % std::size(lengths)];
+                const vrx_tz& table = *tables_[random_.below(3)];
+                const auto out = static_cast<std::size_t>(furthest + distance);
+                expect_same(f, {table, key_}, memory, furthest, out, blocks, random_.bytes(block));
+                if (HasFatalFailure()) return;
+            }
+}
+
+TEST_P(EveryEngine, counters_around_the_carry) {
+    const With with(*GetParam());
+    const Function& f = functions()[4];
+    const Bytes memory = random_.bytes(4 * 150 * block);
+    for (const std::uint32_t n2 : {0x00000000U, 0x00000001U, 0x01010103U, 0x01010104U, 0xFEFEFEFAU, 0xFEFEFEFBU,
+                                   0xFEFEFEFCU, 0xFFFFFFFEU, 0xFFFFFFFFU})
+        for (std::uint32_t steps = 0; steps < 140; steps += 1 + steps / 3) {
+            // So many steps before the carry.
+            const std::uint32_t start[2] = {random_.word(), n2 - steps * 0x01010104U};
+            Bytes reg(block);
+            std::memcpy(reg.data(), start, block);
+            for (const std::size_t blocks : {1U, 2U, 7U, 16U, 33U, 64U, 128U, 150U}) {
+                expect_same(f, {*tables_[random_.below(3)], key_}, memory, 0, 2 * 150 * block, blocks, reg);
+                if (HasFatalFailure()) return;
+            }
+        }
+}
+
+TEST_P(EveryEngine, a_flipped_bit_anywhere_in_the_table_is_noticed) {
+    const Engine& e = *GetParam();
+    vrx_tz table = from_s_boxes(random_);
+    table.initialised = 1;
+    auto* const bytes = static_cast<std::uint8_t*>(static_cast<void*>(&table));
+    const Bytes data = random_.bytes(40 * block);
+    Bytes expected(data.size());
+    Bytes got(data.size());
+    const Way trusting = e.parallel(Mode::ecb_encrypt, {table, key_, nullptr, data.data(), got.data(), 40});
+    for (std::size_t bit = 0; bit < 8 * sizeof table; ++bit) {
+        bytes[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
+        // One number of blocks where the check comes before the rounds, and one where it is done between them.
+        for (const std::size_t blocks : {40U, 32U}) {
+            plain::ecb_encrypt({table, key_}, data.data(), expected.data(), blocks);
+            const Way way = e.parallel(Mode::ecb_encrypt, {table, key_, nullptr, data.data(), got.data(), blocks});
+            ASSERT_TRUE(
+                std::equal(got.begin(), got.begin() + static_cast<std::ptrdiff_t>(blocks * block), expected.begin()))
+                << "bit " << bit;
+            if (trusting != Way::lookups) {
+                const bool entries = bit < 8 * sizeof table.t;
+                ASSERT_EQ(way == trusting, !entries) << "bit " << bit << ", " << blocks << " blocks";
+            }
+        }
+        bytes[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
+    }
+}
+
+TEST_P(EveryEngine, a_difference_that_s_boxes_could_make_elsewhere_is_noticed) {
+    const Engine& e = *GetParam();
+    const Bytes data = random_.bytes(70 * block);
+    Bytes expected(data.size());
+    Bytes got(data.size());
+    for (int turn = 0; turn < 2000; ++turn) {
+        vrx_tz table = from_s_boxes(random_);
+        const vrx_tz other = from_s_boxes(random_);
+        // Rows, columns, diagonals and single entries of another table.
+        const unsigned m = random_.below(4);
+        const unsigned x = random_.below(256);
+        for (unsigned i = 0; i < 16; ++i) {
+            const unsigned at = turn % 4 == 0   ? x
+                                : turn % 4 == 1 ? (x & 240) + i
+                                : turn % 4 == 2 ? (x & 15) + 16 * i
+                                                : 17 * i;
+            table.t[m][at] = other.t[m][at];
+        }
+        const std::size_t blocks = turn % 8 < 4 ? 30 : 70;
+        plain::ecb_decrypt({table, key_}, data.data(), expected.data(), blocks);
+        static_cast<void>(e.parallel(Mode::ecb_decrypt, {table, key_, nullptr, data.data(), got.data(), blocks}));
+        ASSERT_TRUE(
+            std::equal(got.begin(), got.begin() + static_cast<std::ptrdiff_t>(blocks * block), expected.begin()));
+    }
+}
+
+TEST_P(EveryEngine, sections_are_meshed_as_one_by_one) {
+    const With with(*GetParam());
+    for (const Mode mode : modes)
+        for (const vrx_tz* table : tables_)
+            for (std::size_t sections = 1; sections <= 5; ++sections)
+                for (const std::ptrdiff_t distance : {-1024, -8, 0, 8, 1016, 1024, 1030, 6000}) {
+                    const std::size_t size = sections * VRX_MESHING_SECTION;
+                    Bytes fast = random_.bytes(1024 + size + 6000);
+                    Bytes slow = fast;
+                    std::uint32_t fast_key[VRX_KEY_WORDS];
+                    std::uint32_t slow_key[VRX_KEY_WORDS];
+                    for (unsigned i = 0; i < VRX_KEY_WORDS; ++i) fast_key[i] = slow_key[i] = random_.word();
+                    Bytes fast_reg = random_.bytes(block);
+                    Bytes slow_reg = fast_reg;
+                    meshed_sections(mode, *table, fast_key, fast_reg.data(), &fast[1024], &fast[1024] + distance,
+                                    sections);
+                    for (std::size_t i = 0; i < sections; ++i) {
+                        ASSERT_EQ(vrx_crpt_crypto_pro_key_meshing_engine(table, slow_reg.data(), slow_key), VRX_OK);
+                        const std::uint8_t* const in = &slow[1024] + i * VRX_MESHING_SECTION;
+                        std::uint8_t* const out =
+                            &slow[1024] + distance + static_cast<std::ptrdiff_t>(i * VRX_MESHING_SECTION);
+                        plain::run(mode, {*table, Key(slow_key)}, slow_reg.data(), in, out, section_blocks);
+                    }
+                    ASSERT_EQ(fast, slow) << static_cast<int>(mode) << ", " << sections << ", " << distance;
+                    ASSERT_EQ(fast_reg, slow_reg);
+                    ASSERT_TRUE(std::ranges::equal(fast_key, slow_key));
+                }
+}
+
+/** Whole sections never come together in a context that is fed less than a section at a time. */
+TEST_P(EveryEngine, contexts_with_a_border_at_every_position) {
+    const With with(*GetParam());
+    const Bytes iv = random_.bytes(block);
+    const Bytes message = random_.bytes(3 * VRX_MESHING_SECTION + 2 * block);
+    const std::size_t step = std::string_view(GetParam()->name) == "baseline" ? 7 : 1;
+    for (const std::uint32_t mode : {1U, 2U, 3U, 4U, 5U})
+        for (const int direction : {0, 1}) {
+            const auto open = [&](vrx_crpt_ctx& ctx) {
+                ASSERT_EQ(vrx_crpt_init_context(
+                              &ctx, direction, tables_[mode % 3], mode, 1, 1, 2, iv.data(),
+                              static_cast<const std::uint32_t*>(static_cast<const void*>(key_bytes_.data()))),
+                          VRX_OK);
+            };
+            // Pieces from 'from', each of at most 'most' bytes, until the end.
+            const auto feed = [&](vrx_crpt_ctx& ctx, Bytes& out, std::size_t& read, std::size_t& written,
+                                  std::size_t end, std::size_t most) {
+                while (read != end) {
+                    const std::size_t length = std::min(most, end - read);
+                    const vrx_data in{static_cast<std::uint32_t>(length), const_cast<std::uint8_t*>(&message[read])};
+                    vrx_data to{static_cast<std::uint32_t>(out.size() - written), &out[written]};
+                    ASSERT_EQ(vrx_crpt_update(&ctx, &in, &to), VRX_OK);
+                    read += length;
+                    if (mode != VRX_MODE_IMITO) written += to.length;
+                }
+            };
+            vrx_crpt_ctx slow;
+            open(slow);
+            Bytes expected(message.size() + block);
+            std::size_t slow_read = 0;
+            std::size_t slow_written = 0;
+            feed(slow, expected, slow_read, slow_written, message.size(), 24);
+            for (std::size_t first = 1; first <= 1100; first += step) {
+                vrx_crpt_ctx ctx;
+                open(ctx);
+                Bytes out(message.size() + block);
+                std::size_t read = 0;
+                std::size_t written = 0;
+                feed(ctx, out, read, written, first, first);
+                feed(ctx, out, read, written, message.size(), message.size());
+                ASSERT_EQ(out, expected) << "mode " << mode << ", first " << first;
+                ASSERT_EQ(written, slow_written);
+                ASSERT_EQ(std::memcmp(ctx.key, slow.key, sizeof ctx.key), 0);
+                ASSERT_EQ(std::memcmp(ctx.iv, slow.iv, sizeof ctx.iv), 0);
+                ASSERT_EQ(std::memcmp(ctx.mac, slow.mac, sizeof ctx.mac), 0);
+                ASSERT_EQ(ctx.mesh_count, slow.mesh_count);
+                ASSERT_EQ(ctx.flags, slow.flags);
+                ASSERT_EQ(ctx.block_len, slow.block_len);
+            }
+        }
+}
+
+/** Pages between two that may not be touched. */
+class Fenced {
+public:
+    explicit Fenced(std::size_t size) : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
+        inside_ = (size + page_ - 1) / page_ * page_;
+        void* const all = mmap(nullptr, inside_ + 2 * page_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        EXPECT_NE(all, MAP_FAILED);
+        first_ = static_cast<std::uint8_t*>(all) + page_;
+        EXPECT_EQ(mprotect(first_, inside_, PROT_READ | PROT_WRITE), 0);
+    }
+    ~Fenced() { munmap(first_ - page_, inside_ + 2 * page_); }
+    Fenced(const Fenced&) = delete;
+    Fenced& operator=(const Fenced&) = delete;
+    /** `size` bytes that touch the lower or the upper fence. */
+    std::uint8_t* bytes(std::size_t size, bool upper) { return upper ? first_ + inside_ - size : first_; }
+
+private:
+    std::size_t page_;
+    std::size_t inside_ = 0;
+    std::uint8_t* first_ = nullptr;
+};
+
+TEST_P(EveryEngine, nothing_beside_the_buffers_is_touched) {
+    const With with(*GetParam());
+    constexpr std::size_t most = 200;
+    Fenced in(most * block);
+    Fenced out(most * block);
+    Fenced tables(sizeof(vrx_tz));
+    Fenced keys(VRX_KEY_SIZE);
+    Fenced regs(block);
+    Bytes expected(most * block);
+    for (const bool upper : {false, true})
+        for (const vrx_tz* source : tables_) {
+            auto* const table = static_cast<vrx_tz*>(static_cast<void*>(tables.bytes(sizeof(vrx_tz), upper)));
+            std::memcpy(table, source, sizeof *table);
+            std::uint8_t* const key = keys.bytes(VRX_KEY_SIZE, upper);
+            std::memcpy(key, key_bytes_.data(), VRX_KEY_SIZE);
+            const Cipher cipher{*table, Key(static_cast<const std::uint32_t*>(static_cast<const void*>(key)))};
+            std::uint8_t* const reg = regs.bytes(block, upper);
+            for (std::size_t blocks = 1; blocks <= most; ++blocks)
+                for (const Function& f : functions()) {
+                    const Bytes start = random_.bytes(block);
+                    Bytes plain_reg = start;
+                    std::copy(start.begin(), start.end(), reg);
+                    std::uint8_t* const from = in.bytes(blocks * block, upper);
+                    std::uint8_t* const to = out.bytes(blocks * block, !upper);
+                    for (std::size_t i = 0; i < blocks * block; ++i) from[i] = static_cast<std::uint8_t>(i * blocks);
+                    std::fill(to, to + blocks * block, std::uint8_t{0});
+                    std::ranges::fill(expected, std::uint8_t{0});
+                    f.fast(cipher, reg, from, to, blocks);
+                    f.plain(cipher, plain_reg.data(), from, expected.data(), blocks);
+                    ASSERT_TRUE(std::equal(to, to + blocks * block, expected.begin())) << f.name << ' ' << blocks;
+                    ASSERT_TRUE(std::equal(plain_reg.begin(), plain_reg.end(), reg)) << f.name << ' ' << blocks;
+                }
+        }
+}
+
+INSTANTIATE_TEST_SUITE_P(engines, EveryEngine, testing::Values(&engines[0], &engines[1], &engines[2]),
+                         [](const auto& param) { return std::string(param.param->name); });
+
+/** Which way an engine goes over so many blocks of a table. */
+Way way_of(const Engine& e, const vrx_tz& table, std::size_t blocks) {
+    const std::uint32_t key[VRX_KEY_WORDS] = {};
+    Bytes data(blocks * block);
+    return e.parallel(Mode::ecb_encrypt, {table, Key(key), nullptr, data.data(), data.data(), blocks});
+}
+
+TEST(Engine, each_goes_the_way_it_is_named_for) {
+    Random random;
+    const vrx_tz sound = from_s_boxes(random);
+    const auto strange = random.value<vrx_tz>();
+    for (const Engine& e : engines) {
+        if (!offered(e)) continue;
+        const bool vbmi = std::string_view(e.name) == "vbmi";
+        const bool avx2 = std::string_view(e.name) == "avx2";
+        for (const vrx_tz* table : {&sound, &TZ_28147_89[0], &TZ_3411_94[1]}) {
+            EXPECT_EQ(way_of(e, *table, 20), vbmi ? Way::byte_permutes : Way::lookups) << e.name;
+            EXPECT_EQ(way_of(e, *table, 200), vbmi   ? Way::byte_permutes
+                                              : avx2 ? Way::byte_planes
+                                                     : Way::lookups)
+                << e.name;
+        }
+        EXPECT_EQ(way_of(e, strange, 200), vbmi ? Way::byte_planes : Way::lookups) << e.name;
+    }
+}
+
+TEST(Engine, the_first_that_the_processor_offers_runs) {
+    const auto best = std::ranges::find_if(engines, offered);
+    ASSERT_NE(best, engines.end());
+    EXPECT_STREQ(engine().name, best->name);
+    EXPECT_EQ(engines.back().needs, vrx::cpu::baseline);
+}
+
+TEST(Engine, what_use_sets_runs) {
+    for (const Engine& e : engines) {
+        const With with(e);
+        EXPECT_EQ(&engine(), &e);
+    }
+}
+
+TEST(Engine, many_steps_of_the_counter_are_as_single_ones) {
+    Random random;
+    for (const std::uint32_t n2 : {0U, 1U, 0xFEFEFEFBU, 0xFEFEFEFCU, 0xFFFFFFFFU, random.word()}) {
+        Block single{random.word(), n2};
+        const Block start = single;
+        for (std::uint64_t n = 1; n < 3000; ++n) {
+            single = step_counter(single);
+            ASSERT_EQ(stepped_counter(start, n), single) << n2 << ' ' << n;
+        }
+    }
+}
+
+}  // namespace
