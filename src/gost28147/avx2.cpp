@@ -159,7 +159,7 @@ Way parallel_avx2(Mode mode, const Run& run) noexcept {
     Block reg = has_register(mode) ? load_block(run.reg) : Block{};
     for (; rest.blocks >= 64; rest.skip(64)) static_cast<void>(step<16>(cipher, mode, reg, rest.in, rest.out, 64));
     for (; rest.blocks >= 32; rest.skip(32)) static_cast<void>(step<8>(cipher, mode, reg, rest.in, rest.out, 32));
-    if (has_register(mode)) store_block(run.reg, reg);
+    if (has_register(mode)) store_register(run.reg, reg);
     if (rest.blocks != 0) parallel_lookups(mode, rest);
     return Way::byte_planes;
 }

@@ -98,7 +98,7 @@ Way parallel_lookups(Mode mode, const Run& run) noexcept {
     take(std::integral_constant<std::size_t, 3>{}, 3);
     take(std::integral_constant<std::size_t, 2>{}, 2);
     take(std::integral_constant<std::size_t, 1>{}, 1);
-    if (has_register(mode)) store_block(run.reg, reg);
+    if (has_register(mode)) store_register(run.reg, reg);
     return Way::lookups;
 }
 

@@ -17,7 +17,8 @@ bool may_run_side_by_side(const std::uint8_t* in, const std::uint8_t* out, std::
     return ahead == 0 || ahead >= VRX_BLOCK_SIZE * std::min(blocks, widest_step);
 }
 
-void parallel(Mode mode, Cipher c, std::uint8_t* reg, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks) {
+[[gnu::noinline]] void parallel(Mode mode, Cipher c, std::uint8_t* reg, const std::uint8_t* in, std::uint8_t* out,
+                                std::size_t blocks) {
     if (blocks > 1 && may_run_side_by_side(in, out, blocks))
         static_cast<void>(engine().parallel(mode, {c.table, c.key, reg, in, out, blocks}));
     else

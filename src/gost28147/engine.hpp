@@ -37,6 +37,15 @@ struct Run {
     }
 };
 
+/**
+ * Both words in one store: the next call may load them together, and would wait for two stores to leave the processor
+ * where it can look into one.
+ */
+inline void store_register(std::uint8_t* reg, Block b) {
+    const std::uint64_t words = std::uint64_t{b.n2} << 32 | b.n1;
+    std::memcpy(reg, &words, sizeof words);
+}
+
 /** How an engine did its substitutions: tests ask. The bytes are the same. */
 enum class Way {
     lookups,       // four table look-ups a round

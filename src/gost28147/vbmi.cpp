@@ -173,7 +173,7 @@ Way parallel_vbmi(Mode mode, const Run& run) noexcept {
         else if (rest.blocks > 0)
             static_cast<void>(step<2>(cipher, mode, reg, rest.in, rest.out, rest.blocks));
     }
-    if (has_register(mode)) store_block(run.reg, reg);
+    if (has_register(mode)) store_register(run.reg, reg);
     return Way::byte_permutes;
 }
 
@@ -207,7 +207,7 @@ Way sections_vbmi(Mode mode, const Run& run, std::uint32_t* key) noexcept {
         meshing.finish(next, reg);
     }
     schedule.store(key);
-    store_block(run.reg, reg);
+    store_register(run.reg, reg);
     return Way::byte_permutes;
 }
 

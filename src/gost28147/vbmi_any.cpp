@@ -111,7 +111,7 @@ Way parallel_vbmi_any(Mode mode, const Run& run) noexcept {
     for (; rest.blocks > 64; rest.skip(std::min<std::size_t>(rest.blocks, 128)))
         static_cast<void>(step<16>(cipher, mode, reg, rest.in, rest.out, std::min<std::size_t>(rest.blocks, 128)));
     if (rest.blocks != 0) static_cast<void>(step<8>(cipher, mode, reg, rest.in, rest.out, rest.blocks));
-    if (has_register(mode)) store_block(run.reg, reg);
+    if (has_register(mode)) store_register(run.reg, reg);
     return Way::byte_planes;
 }
 

@@ -1,0 +1,61 @@
+// A row that times its baseline in turn with what it measures, so that both see the same machine.
+#ifndef VRX_BENCH_SUPPORT_HPP
+#define VRX_BENCH_SUPPORT_HPP
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+using Job = std::function<void()>;
+
+inline double seconds(const Job& job, int times) {
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < times; ++i) job();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() / times;
+}
+
+inline double median(std::vector<double> samples) {
+    const auto middle = samples.begin() + static_cast<std::ptrdiff_t>(samples.size() / 2);
+    std::nth_element(samples.begin(), middle, samples.end());
+    return *middle;
+}
+
+/** Reports the speed of `job` and, as `ratio`, how many times as long `baseline` takes: medians of the samples. */
+inline void compare(benchmark::State& state, const Job& baseline, const Job& job, std::size_t bytes) {
+    constexpr double sample = 20e-6;  // as long as the clock needs
+    const auto times = [](const Job& j) { return std::max(1, static_cast<int>(sample / seconds(j, 1))); };
+    baseline();
+    job();
+    const int slow_times = times(baseline);
+    const int fast_times = times(job);
+    std::vector<double> slow;
+    std::vector<double> fast;
+    for (auto _ : state) {
+        slow.push_back(seconds(baseline, slow_times));
+        fast.push_back(seconds(job, fast_times));
+        state.SetIterationTime(fast.back());
+    }
+    state.counters["MB/s"] = static_cast<double>(bytes) / median(fast) / 1e6;
+    state.counters["ratio"] = median(slow) / median(fast);
+}
+
+inline void add(const std::string& name, std::function<void(benchmark::State&)> run) {
+    benchmark::RegisterBenchmark(name.c_str(), std::move(run))->UseManualTime()->Iterations(101);
+}
+
+/** A row of a peer that is not there. */
+inline void add_missing(const std::string& name, const std::string& package) {
+    benchmark::RegisterBenchmark(name.c_str(), [package](benchmark::State& state) {
+        state.SkipWithError((package + " is not installed").c_str());
+    });
+}
+
+}  // namespace bench
+
+#endif
