@@ -10,7 +10,6 @@
 #include "vrx/modes.h"
 
 using namespace vrx::ecc;
-using vrx::Secret;
 namespace log = vrx::log;
 
 namespace {
@@ -53,15 +52,18 @@ int ecMakeKEK(const EcParamSet* set, const vrx_data* hash_oid, const std::uint8_
 }
 
 int ecDiversifyKEK(const vrx_tz* tz, std::uint8_t* key, const std::uint8_t* ukm) {
-    Secret<std::uint32_t[VRX_KEY_WORDS]> current;
-    Secret<std::uint8_t[VRX_BLOCK_SIZE]> iv;
-    for (unsigned i = 0; i < VRX_UKM_SIZE; ++i) {
-        std::memcpy(current.value, key, VRX_KEK_SIZE);
-        diversification_iv(iv.value, current.value, ukm[i]);
-        const vrx_data in{VRX_KEK_SIZE, key};
-        vrx_data out{VRX_KEK_SIZE, key};
-        if (const int rc = VRX_Gost_GFB_m(tz, &in, &out, iv.value, current.value, 1, VRX_FLAG_FIRST | VRX_FLAG_PAD))
-            return log::failed("VRX_Gost_GFB_m", rc);
-    }
-    return VRX_OK;
+    // The cipher keeps the words of its key on the stack.
+    return vrx::leaving_no_trace<multiple_stack>([&]() -> int {
+        std::uint32_t current[VRX_KEY_WORDS];
+        std::uint8_t iv[VRX_BLOCK_SIZE];
+        for (unsigned i = 0; i < VRX_UKM_SIZE; ++i) {
+            std::memcpy(current, key, VRX_KEK_SIZE);
+            diversification_iv(iv, current, ukm[i]);
+            const vrx_data in{VRX_KEK_SIZE, key};
+            vrx_data out{VRX_KEK_SIZE, key};
+            if (const int rc = VRX_Gost_GFB_m(tz, &in, &out, iv, current, 1, VRX_FLAG_FIRST | VRX_FLAG_PAD))
+                return log::failed("VRX_Gost_GFB_m", rc);
+        }
+        return VRX_OK;
+    });
 }
