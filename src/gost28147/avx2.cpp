@@ -146,7 +146,7 @@ struct Bytes {
 
 Way parallel_avx2(Mode mode, const Run& run) noexcept {
     if (run.blocks < 32) return parallel_lookups(mode, run);
-    tz::SBoxes room;
+    tz::SBoxes room{};
     const tz::SBoxes* sboxes = tz::built_in_sboxes(run.table);
     if (sboxes == nullptr) {
         if (!tz::recover_avx2(run.table, room)) return parallel_lookups(mode, run);

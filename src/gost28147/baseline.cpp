@@ -1,3 +1,4 @@
+// Look-ups in the table as it is: for any table, short runs, and processors without vector shuffles of bytes.
 #include "gost28147/chain.hpp"
 #include "gost28147/parallel.hpp"
 
@@ -78,6 +79,13 @@ struct Interleaved {
     }
 };
 
+/** Steps of `count` blocks, as many as there are. */
+template <std::size_t count>
+void take(const Interleaved& cipher, Mode mode, Block& reg, Run& rest) {
+    for (; rest.blocks >= count; rest.skip(count))
+        static_cast<void>(step<count>(cipher, mode, reg, rest.in, rest.out, count));
+}
+
 struct Bytes {
     static std::uint32_t byte2(std::uint32_t word) { return word >> 16 & 255; }
 };
@@ -89,15 +97,11 @@ Way parallel_lookups(Mode mode, const Run& run) noexcept {
     const Interleaved cipher{run.table, schedule, decrypts(mode)};
     Block reg = has_register(mode) ? load_block(run.reg) : Block{};
     Run rest = run;
-    const auto take = [&]<std::size_t count>(std::integral_constant<std::size_t, count>, std::size_t from) {
-        for (; rest.blocks >= from; rest.skip(count))
-            static_cast<void>(step<count>(cipher, mode, reg, rest.in, rest.out, count));
-    };
-    take(std::integral_constant<std::size_t, 8>{}, 8);
-    take(std::integral_constant<std::size_t, 4>{}, 4);
-    take(std::integral_constant<std::size_t, 3>{}, 3);
-    take(std::integral_constant<std::size_t, 2>{}, 2);
-    take(std::integral_constant<std::size_t, 1>{}, 1);
+    take<8>(cipher, mode, reg, rest);
+    take<4>(cipher, mode, reg, rest);
+    take<3>(cipher, mode, reg, rest);
+    take<2>(cipher, mode, reg, rest);
+    take<1>(cipher, mode, reg, rest);
     if (has_register(mode)) store_register(run.reg, reg);
     return Way::lookups;
 }

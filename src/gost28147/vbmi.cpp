@@ -1,3 +1,4 @@
+// Eight S-boxes in two registers.
 #include <immintrin.h>
 
 #include <bit>
@@ -16,8 +17,8 @@ namespace vrx::gost28147 {
 namespace {
 
 using tz::repeated;
-
 using tz::Tables;
+using vbmi::Vector;
 
 /**
  * A meshing that rides along with a section: D(K, C), the key after K, in the first four blocks, and E(K, register) in
@@ -31,6 +32,10 @@ struct Meshing {
         : schedule(key), v{Vector::load(meshing_constant, 4), {_mm512_setzero_si512()}} {
         v[0].v = _mm512_mask_set1_epi64(v[0].v, 1U << 4, static_cast<long long>(std::uint64_t{reg.n2} << 32 | reg.n1));
     }
+    Meshing(const Meshing&) = delete;
+    Meshing& operator=(const Meshing&) = delete;
+    ~Meshing() { wipe(v, sizeof v); }
+
     /** Takes the results. */
     void finish(Schedule& next, Block& reg) const {
         Secret<std::uint8_t[64]> bytes;
@@ -49,8 +54,9 @@ struct Meshing {
  *     u' = u' ^ even[t & 0f0f0f0f | 30201000] ^ odd[t >> 4 & 0f0f0f0f | 30201000]
  *
  * eight instructions for 16 blocks: rotate, add, shift, two permutes, and three of ternary logic that join the index
- * twice and the result once. Four of them are of the kind that two ports share, so 16 blocks take about two cycles a
- * round once enough vectors hide the latency of 15.
+ * twice and the result once. Four of them shift or permute, of which a processor begins one or two in a cycle: 16
+ * blocks take two to four cycles a round, once enough vectors run side by side to hide a latency of 8 to 15. The table
+ * check of a claim and a meshing go in between, where they cost little or nothing.
  */
 template <std::size_t count>
 [[gnu::always_inline]] inline void rounds(const Tables& tables, const Schedule& schedule, bool decrypting,
@@ -114,7 +120,7 @@ template <std::size_t count>
 
 /** The cipher of one step. */
 struct Permutes {
-    using Vector = gost28147::Vector;
+    using Vector = vbmi::Vector;
     const Tables& tables;
     const Schedule& schedule;
     bool decrypting;

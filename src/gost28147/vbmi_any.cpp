@@ -12,6 +12,8 @@
 namespace vrx::gost28147 {
 namespace {
 
+using vbmi::Vector;
+
 /** 64 bytes. */
 struct Plane {
     __m512i v;
@@ -69,7 +71,7 @@ struct TableBytes {
  * instructions of ternary logic and 20 for the addition. No address depends on the data.
  */
 struct Permuted {
-    using Vector = gost28147::Vector;
+    using Vector = vbmi::Vector;
     const TableBytes& tables;
     const KeyPlanes<Plane>& key;
     bool decrypting;

@@ -4,8 +4,7 @@
 
 #include "gost28147/engine.hpp"
 
-namespace vrx::gost28147 {
-namespace {
+namespace vrx::gost28147::vbmi {
 
 /** Eight blocks in the order of memory. Of a partial vector the first `left` blocks are read and written. */
 struct Vector {
@@ -43,7 +42,6 @@ private:
     }
 };
 
-}  // namespace
-}  // namespace vrx::gost28147
+}  // namespace vrx::gost28147::vbmi
 
 #endif

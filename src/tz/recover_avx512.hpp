@@ -3,7 +3,6 @@
 #define VRX_TZ_RECOVER_AVX512_HPP
 
 namespace vrx::tz {
-namespace {
 
 inline __m512i repeated(std::uint32_t word) { return _mm512_set1_epi32(static_cast<int>(word)); }
 
@@ -26,9 +25,10 @@ template <typename Use>
     for (unsigned h = 0; h < 16; ++h) use(h, _mm512_or_si512(even, repeated(odd[h])));
 }
 
-constexpr struct Transposition {
+struct Transposition {
     alignas(64) std::uint8_t index[64];  // where byte 16m + i of SBoxes stands in a numeric TZ
-} transposition = [] {
+};
+inline constexpr Transposition transposition = [] {
     Transposition t{};
     for (unsigned m = 0; m < 4; ++m)
         for (unsigned i = 0; i < 16; ++i) t.index[16 * m + i] = static_cast<std::uint8_t>(4 * i + m);
@@ -101,7 +101,6 @@ private:
     __m512i wrong_ = _mm512_setzero_si512();
 };
 
-}  // namespace
 }  // namespace vrx::tz
 
 #endif
