@@ -25,13 +25,15 @@ public:
         std::memcpy(twice_ + 256, table.t[0], sizeof table.t[0]);
     }
 
+    /** The rounds, joined with what comes next: half of it before the last round, where the chain does not see it. */
     template <const auto& order>
-    [[gnu::always_inline]] Block run(Block b) const {
+    [[gnu::always_inline]] Block run(Block b, Block next = {0, 0}) const {
+        constexpr std::size_t last = order.size() - 1;
         [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
             ((i % 2 == 0 ? b.n2 = mixed(b.n2, b.n1, key_[order[i]]) : b.n1 = mixed(b.n1, b.n2, key_[order[i]])), ...);
         }
-        (std::make_index_sequence<order.size()>{});
-        return b;
+        (std::make_index_sequence<last>{});
+        return {mixed(b.n1 ^ next.n1, b.n2, key_[order[last]]), b.n2 ^ next.n2};
     }
 
 private:
@@ -53,6 +55,7 @@ private:
     alignas(64) std::uint32_t twice_[512];
 };
 
+/** At least one block. */
 template <typename Bytes>
 void run_chain(Chain mode, const Run& run) {
     const EarlyRounds<Bytes> rounds(run.key, run.table);
@@ -77,11 +80,13 @@ void run_chain(Chain mode, const Run& run) {
             }
             break;
         case Chain::mac:
-            for (std::size_t n = run.blocks; n != 0; --n, in += VRX_BLOCK_SIZE)
-                r = rounds.template run<mac_order>(load_block(in) ^ r);
+            r = r ^ load_block(in);
+            for (std::size_t n = run.blocks; n != 1; --n, in += VRX_BLOCK_SIZE)
+                r = rounds.template run<mac_order>(r, load_block(in + VRX_BLOCK_SIZE));
+            r = rounds.template run<mac_order>(r);
             break;
     }
-    store_block(run.reg, r);
+    store_register(run.reg, r);
 }
 
 }  // namespace vrx::gost28147
