@@ -2,6 +2,7 @@
 #include "commands.hpp"
 #include "files.hpp"
 #include "key_files.hpp"
+#include "parameters.hpp"
 #include "random.hpp"
 
 namespace vrx::app {

@@ -45,6 +45,12 @@ std::string table() {
                 padded(set.name, 33) + padded(set.str_oid, 17) + table_name(set.tz) + "\n";
     }
 
+    text += "\nCurves of GOST R 34.10-2001\n";
+    text += "  " + padded("short", 5) + padded("name", 41) + "object identifier\n";
+    for (std::uint32_t i = 0; i < VRX_ECC_SET_COUNT; ++i)
+        text += "  " + padded(curve_names[i], 5) + padded(get_GOSTR3410_oid_name(i), 41) +
+                get_GOSTR3410_par(i)->str_oid + "\n";
+
     text += "\nS-box sets ('vrx params --json' prints their contents)\n  " + padded("name", 7) + "used by\n";
     for (const char* name : cipher_tables) text += "  " + padded(name, 7) + users_of(TZ_by_name(name)) + "\n";
     for (const char* name : hash_tables) text += "  " + padded(name, 7) + users_of(hash_TZ_by_name(name)) + "\n";
@@ -137,6 +143,16 @@ std::string json() {
             .boolean("default", &set == get_GOSTR3411_default_par())
             .close('}');
     }
+    json.close(']').open("curves", '[');
+    for (std::uint32_t i = 0; i < VRX_ECC_SET_COUNT; ++i) {
+        const EcParamSet& set = *get_GOSTR3410_par(i);
+        json.open(nullptr, '{')
+            .text("short", curve_names[i])
+            .text("name", get_GOSTR3410_oid_name(i))
+            .text("oid", set.str_oid)
+            .text("oid_der", to_hex({set.oid, set.oid_len}))
+            .close('}');
+    }
     json.close(']').open("sbox_sets", '[');
     add_tables(json, cipher_tables, "GOST 28147-89", TZ_by_name);
     add_tables(json, hash_tables, "GOST R 34.11-94", hash_TZ_by_name);
@@ -172,9 +188,9 @@ int run(const Command& self, int argc, char** argv) {
 const Command params_command{
     "params",
     "",
-    "list parameter sets, S-boxes and modes",
-    "List the built-in parameter sets of cipher and hash, their object identifiers and S-boxes, and\n"
-    "the modes of the cipher.",
+    "list parameter sets, curves, S-boxes and modes",
+    "List the built-in parameter sets of cipher and hash, their object identifiers and S-boxes, the curves,\n"
+    "and the modes of the cipher.",
     "vrx params\n"
     "vrx params --json",
     run};

@@ -6,6 +6,8 @@ namespace vrx::app::der {
 namespace {
 
 constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr std::string_view begin = "-----BEGIN ";
+constexpr std::string_view end = "-----END ";
 constexpr std::string_view dashes = "-----";
 constexpr std::size_t pem_width = 64;
 
@@ -25,6 +27,15 @@ std::optional<std::uint32_t> sextet(std::uint8_t c) {
 }
 
 bool is_blank(std::uint8_t c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+/** Take the first line off a text; without its end and the blanks before it. */
+std::string_view next_line(std::string_view& text) {
+    const std::size_t size = std::min(text.find('\n'), text.size() - 1) + 1;
+    std::string_view line = text.substr(0, size);
+    text.remove_prefix(size);
+    while (!line.empty() && is_blank(static_cast<std::uint8_t>(line.back()))) line.remove_suffix(1);
+    return line;
+}
 
 struct Element {
     std::size_t head;
@@ -114,33 +125,33 @@ void append_base64(SecretBytes& out, std::span<const std::uint8_t> octets, std::
 }
 
 std::optional<std::string> decode_pem(SecretBytes& text) {
-    constexpr std::string_view begin = "-----BEGIN ";
-    constexpr std::string_view end = "-----END ";
-    const std::string_view all = text.text();
-    const std::size_t head = all.find(begin);
-    if (head == std::string_view::npos) return std::nullopt;
-    const std::size_t label_at = head + begin.size();
-    const std::size_t label_end = all.find(dashes, label_at);
-    if (label_end == std::string_view::npos) return std::nullopt;
-    const std::string label(all.substr(label_at, label_end - label_at));
-    const std::size_t body = label_end + dashes.size();
-    const std::size_t foot = all.find(end, body);
-    if (foot == std::string_view::npos ||
-        !all.substr(foot).starts_with(std::string(end) + label + std::string(dashes)) ||
-        all.find(begin, body) != std::string_view::npos)
-        return std::nullopt;
-    const std::size_t size = foot - body;
-    const std::span<std::uint8_t> bytes = text.bytes();
-    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(body), size, bytes.begin());
+    std::optional<std::string> label;
+    bool inside = false;
+    std::size_t size = 0;
+    for (std::string_view rest = text.text(); !rest.empty();) {
+        const std::string_view line = next_line(rest);
+        if (line.size() >= begin.size() + dashes.size() && line.starts_with(begin) && line.ends_with(dashes)) {
+            if (label) return std::nullopt;
+            label = line.substr(begin.size(), line.size() - begin.size() - dashes.size());
+            inside = true;
+        } else if (inside && line == std::string(end) + *label + std::string(dashes)) {
+            inside = false;
+        } else if (inside) {
+            // Moves towards the beginning of the same octets.
+            std::ranges::copy(line, text.bytes().begin() + static_cast<std::ptrdiff_t>(size));
+            size += line.size();
+        }
+    }
     text.truncate(size);
-    if (!decode_base64(text)) return std::nullopt;
+    if (!label || inside || !decode_base64(text)) return std::nullopt;
     return label;
 }
 
 void append_pem(SecretBytes& out, std::string_view label, std::span<const std::uint8_t> octets) {
-    append_text(out, "-----BEGIN " + std::string(label) + "-----\n");
+    const std::string rest = std::string(label) + std::string(dashes) + "\n";
+    append_text(out, std::string(begin) + rest);
     append_base64(out, octets, pem_width);
-    append_text(out, "-----END " + std::string(label) + "-----\n");
+    append_text(out, std::string(end) + rest);
 }
 
 }  // namespace vrx::app::der

@@ -17,6 +17,7 @@ inline constexpr std::uint8_t bit_string = 0x03;
 inline constexpr std::uint8_t octet_string = 0x04;
 inline constexpr std::uint8_t object_identifier = 0x06;
 inline constexpr std::uint8_t sequence = 0x30;
+inline constexpr std::uint8_t attributes = 0xA0;  // [0] of PKCS #8 (RFC 5208)
 
 /** Reads elements one after the other. Refuses every length that is not written in the shortest way. */
 class Reader {
@@ -45,7 +46,7 @@ void append(SecretBytes& out, std::uint8_t tag, std::initializer_list<std::span<
 void append_base64(SecretBytes& out, std::span<const std::uint8_t> octets, std::size_t width);
 
 /**
- * Replace a PEM file by the octets of its only block.
+ * Replace a PEM file by the octets of its only block. Lines before and behind it are comments (RFC 7468).
  *
  * @return the label of the block; nothing when the text is not one whole block.
  */

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "der.hpp"
+#include "parameters.hpp"
 #include "text.hpp"
 
 namespace vrx::app {
@@ -12,8 +13,7 @@ namespace {
 
 constexpr const char* private_label = "PRIVATE KEY";
 constexpr const char* public_label = "PUBLIC KEY";
-
-constexpr std::array curve_names{"Test", "A", "B", "C", "XchA", "XchB"};
+constexpr const char* encrypted_label = "ENCRYPTED PRIVATE KEY";
 
 // id-GostR3410-2001, 1.2.643.2.2.19 (RFC 4491, section 2.3.2)
 constexpr std::uint8_t algorithm_oid[] = {0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x02, 0x13};
@@ -37,6 +37,14 @@ const EcParamSet& named_curve(const KeyForm& form, const std::string& shown) {
     return curve_by_name(*form.curve);
 }
 
+/** Whether an identifier is that of one of the built-in parameter sets. */
+template <auto get, std::uint32_t count>
+bool is_known(std::span<const std::uint8_t> oid) {
+    for (std::uint32_t i = 0; i < count; ++i)
+        if (std::ranges::equal(oid, std::span(get(i)->oid, get(i)->oid_length))) return true;
+    return false;
+}
+
 /** Reads an AlgorithmIdentifier; nothing when it is of another algorithm or curve, or not well formed. */
 const EcParamSet* read_algorithm(der::Reader& reader) {
     const auto contents = reader.next(der::sequence);
@@ -51,10 +59,12 @@ const EcParamSet* read_algorithm(der::Reader& reader) {
     EcParamSet* found = nullptr;
     if (!curve || epFindParByOid(curve->data(), static_cast<std::uint32_t>(curve->size()), &found) != VRX_OK)
         return nullptr;
-    // The digest's set, and perhaps the cipher's, say how the key is meant to be used.
-    while (!sets.at_end())
-        if (!sets.next(der::object_identifier)) return nullptr;
-    return found;
+    // How the key is meant to be used: the set of the hash, then that of the cipher. The user may choose others.
+    const auto hash = sets.next_whole(der::object_identifier);
+    if (hash && !is_known<get_GOSTR3411_par, VRX_GOSTR3411_PAR_COUNT>(*hash)) return nullptr;
+    const auto cipher = sets.next_whole(der::object_identifier);
+    if (cipher && !is_known<get_GOST28147_par, VRX_GOST28147_PAR_COUNT>(*cipher)) return nullptr;
+    return sets.at_end() ? found : nullptr;
 }
 
 void append_algorithm(SecretBytes& out, const EcParamSet& set) {
@@ -80,9 +90,11 @@ bool read_private_value(std::span<const std::uint8_t> value, std::span<std::uint
         return true;
     }
     auto number = reader.next(der::integer);
-    if (!number || number->empty() || !reader.at_end() || (number->front() & 0x80) != 0) return false;
-    if (number->front() == 0) number = number->subspan(1);
-    if (number->size() > octets.size()) return false;
+    if (!number || number->empty() || !reader.at_end()) return false;
+    const bool zero_first = number->front() == 0;
+    if (zero_first) number = number->subspan(1);
+    // A zero in front keeps a number from being negative, and stands nowhere else.
+    if (number->empty() || number->size() > octets.size() || zero_first != (number->front() >= 0x80)) return false;
     std::ranges::fill(octets, std::uint8_t{0});
     std::reverse_copy(number->begin(), number->end(), octets.begin());
     return true;
@@ -99,8 +111,8 @@ bool read_private(std::span<const std::uint8_t> octets, const EcParamSet*& set,
     if (!version || !std::ranges::equal(*version, version_zero)) return false;
     set = read_algorithm(fields);
     const auto key = fields.next(der::octet_string);
-    // Attributes may follow.
-    return set != nullptr && key && read_private_value(*key, value);
+    const bool ends = fields.at_end() || (fields.next(der::attributes) && fields.at_end());
+    return set != nullptr && key && ends && read_private_value(*key, value);
 }
 
 /** SubjectPublicKeyInfo. */
@@ -127,13 +139,14 @@ using Read = bool (*)(std::span<const std::uint8_t>, const EcParamSet*&, std::sp
 template <std::size_t size>
 struct Kind {
     const char* name;
+    const char* other_name;
     const char* label;
     const char* other_label;
     Read<size> read;
 };
 
-constexpr Kind<VRX_PRIVATE_KEY_SIZE> private_kind{"private", private_label, public_label, read_private};
-constexpr Kind<VRX_PUBLIC_KEY_SIZE> public_kind{"public", public_label, private_label, read_public};
+constexpr Kind<VRX_PRIVATE_KEY_SIZE> private_kind{"private", "public", private_label, public_label, read_private};
+constexpr Kind<VRX_PUBLIC_KEY_SIZE> public_kind{"public", "private", public_label, private_label, read_public};
 
 /** The curve and the octets of a key in a file of either form. */
 template <std::size_t size>
@@ -152,8 +165,9 @@ const EcParamSet& read_key(const Kind<size>& kind, Input& file, const KeyForm& f
     const auto label = der::decode_pem(content);
     if (!label) throw Failure(shown + " is not a whole key file in PEM form; for one of raw octets use --format raw");
     if (*label == kind.other_label)
-        throw Failure(shown + " holds a " + std::string(kind.name == private_kind.name ? "public" : "private") +
-                      " key where a " + kind.name + " one is needed");
+        throw Failure(shown + " holds a " + kind.other_name + " key where a " + kind.name + " one is needed");
+    if (*label == encrypted_label)
+        throw Failure(shown + " is encrypted with a password; write the key to a file without one first");
     const EcParamSet* set = nullptr;
     if (*label != kind.label || !kind.read(content.bytes(), set, octets))
         throw Failure(shown + " is not a " + kind.name + " key of GOST R 34.10-2001 on a curve that is known here");
@@ -167,21 +181,6 @@ const EcParamSet& read_key(const Kind<size>& kind, Input& file, const KeyForm& f
 std::vector<Option> key_form_options(KeyForm& form, const char* curve_help) {
     return {text_option("format", 'f', "FORMAT", "how keys are written, pem or raw; without it pem", form.format),
             text_option("curve", 'c', "CURVE", curve_help, form.curve)};
-}
-
-const EcParamSet& curve_by_name(std::string_view name) {
-    for (std::uint32_t i = 0; i < curve_names.size(); ++i) {
-        const EcParamSet& set = *get_GOSTR3410_par(i);
-        const std::string short_name = curve_names[i];
-        if (name == short_name || name == set.str_oid || name == get_GOSTR3410_oid_name(i) ||
-            name == "CryptoPro-" + short_name)
-            return set;
-    }
-    throw Failure("there is no curve " + in_quotes(name) + "; use A, B, C, XchA, XchB or Test");
-}
-
-const char* curve_name(const EcParamSet& set) {
-    return curve_names[static_cast<std::size_t>(&set - get_GOSTR3410_par(0))];
 }
 
 FileId load_private_key(const std::string& path, const KeyForm& form, PrivateKey& key) {

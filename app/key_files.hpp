@@ -31,12 +31,6 @@ struct KeyForm {
 
 std::vector<Option> key_form_options(KeyForm& form, const char* curve_help);
 
-/** A curve by its short name (A, B, C, XchA, XchB, Test), name or dotted identifier. Throws a Failure when there is
- * none. */
-const EcParamSet& curve_by_name(std::string_view name);
-/** The short name of a curve. */
-const char* curve_name(const EcParamSet& set);
-
 /** Read and check a key. Every fault of the file is a Failure. @return the identity of the file. */
 FileId load_private_key(const std::string& path, const KeyForm& form, PrivateKey& key);
 FileId load_public_key(const std::string& path, const KeyForm& form, PublicKey& key);

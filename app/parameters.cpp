@@ -36,6 +36,13 @@ bool is_called(const vrx_gostr3411_par& set, std::string_view text) {
            same_text(text, without_suffix(without_prefix(name, "id-GostR3411-94-"), "ParamSet"));
 }
 
+bool is_called(const EcParamSet& set, std::string_view name, std::string_view text) {
+    const std::string_view middle =
+        without_suffix(without_suffix(without_prefix(name, "id-GostR3410-2001-"), "ParamSet"), "-");
+    return text == set.str_oid || same_text(text, name) || same_text(text, middle) ||
+           same_text(text, without_prefix(middle, "CryptoPro-"));
+}
+
 }  // namespace
 
 const Mode& mode_by_number(std::uint32_t number) {
@@ -62,6 +69,18 @@ std::uint32_t hash_set_index(std::string_view text) {
     for (std::uint32_t i = 0; i < hash_sets.size(); ++i)
         if (is_called(*get_GOSTR3411_par(i), text)) return i;
     throw Failure("there is no parameter set " + in_quotes(text) + " of the hash; use cryptopro or test");
+}
+
+const EcParamSet& curve_by_name(std::string_view text) {
+    for (std::uint32_t i = 0; i < curve_names.size(); ++i) {
+        const EcParamSet& set = *get_GOSTR3410_par(i);
+        if (same_text(text, curve_names[i]) || is_called(set, get_GOSTR3410_oid_name(i), text)) return set;
+    }
+    throw Failure("there is no curve " + in_quotes(text) + "; use A, B, C, XchA, XchB or Test");
+}
+
+const char* curve_name(const EcParamSet& set) {
+    return curve_names[static_cast<std::size_t>(&set - get_GOSTR3410_par(0))];
 }
 
 const char* table_name(const vrx_tz* table) {

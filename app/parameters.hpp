@@ -24,6 +24,9 @@ struct HashSet {
 inline constexpr std::array<HashSet, VRX_GOSTR3411_PAR_COUNT> hash_sets{HashSet{"test", "GOST94"},
                                                                         HashSet{"cryptopro", "GOST94-CRYPTOPRO"}};
 
+/** Short names of the curves, in the library's order. */
+inline constexpr std::array<const char*, VRX_ECC_SET_COUNT> curve_names{"Test", "A", "B", "C", "XchA", "XchB"};
+
 /** Names of the built-in tables of the cipher and of the hash, in the library's order. */
 inline constexpr std::array<const char*, VRX_TZ_28147_89_COUNT> cipher_tables{"tz_test", "tz_a", "tz_b", "tz_c",
                                                                               "tz_d"};
@@ -54,6 +57,11 @@ const vrx_gost28147_par& cipher_parameters(std::string_view text);
 
 /** The place of a hash parameter set, named as a cipher parameter set is. Throws a Failure when there is none. */
 std::uint32_t hash_set_index(std::string_view text);
+
+/** A built-in curve, named as a cipher parameter set is. Throws a Failure when there is none. */
+const EcParamSet& curve_by_name(std::string_view text);
+/** The short name of a built-in curve. */
+const char* curve_name(const EcParamSet& set);
 
 /** The name of a built-in table. */
 const char* table_name(const vrx_tz* table);

@@ -82,6 +82,16 @@ def mac(table, key, meshing, data, iv=bytes(8)):
     return state
 
 
+def diversify(table, key, ukm):
+    """CryptoPro KEK diversification: RFC 4357, section 6.5."""
+    for octet in ukm:
+        words = struct.unpack("<8I", key)
+        chosen = sum(word for i, word in enumerate(words) if octet >> i & 1)
+        iv = struct.pack("<II", chosen % 2**32, (sum(words) - chosen) % 2**32)
+        key = encrypt(table, key, "gfb", False, iv, key)
+    return key
+
+
 C3 = bytes.fromhex("ff00ffff000000ffff0000ff00ffff0000ff00ff00ff00ffff00ff00ff00ff00")[::-1]
 
 

@@ -64,17 +64,21 @@ class Parameters(ProgramTest):
                 self.assertEqual(sorted(table[box::8]), sorted("0123456789ABCDEF"))
         # RFC 4357, section 11.2, id-GostR3411-94-TestParamSet: K1 of this set
         self.assertEqual(tables["tz_0"][0::8], "4A92D80E6B1C7F53")
+        self.assertEqual([(c["short"], c["oid"]) for c in built_in["curves"]],
+                         [("Test", "1.2.643.2.2.35.0"), ("A", "1.2.643.2.2.35.1"), ("B", "1.2.643.2.2.35.2"),
+                          ("C", "1.2.643.2.2.35.3"), ("XchA", "1.2.643.2.2.36.0"), ("XchB", "1.2.643.2.2.36.1")])
+        self.assertEqual(built_in["curves"][4]["oid_der"], "06072a850302022400")
         self.assertEqual([(m["number"], m["name"], m["iv"], m["whole_blocks"]) for m in built_in["modes"]],
                          [(1, "ss", False, True), (2, "gamm", True, False), (3, "gfb", True, False), (4, "cbc", True, True)])
 
     def test_the_table_names_all_of_it(self):
         text = self.vrx("params").decode()
         built_in = json.loads(self.vrx("params", "--json"))
-        for entry in built_in["cipher_parameter_sets"] + built_in["hash_parameter_sets"]:
+        for entry in built_in["cipher_parameter_sets"] + built_in["hash_parameter_sets"] + built_in["curves"]:
             line = next(line for line in text.splitlines() if entry["name"] in line)
-            for value in (entry["oid"], entry["sboxes"], entry.get("short", ""), entry.get("mode", "")):
+            for value in (entry["oid"], entry["short"], entry.get("sboxes", ""), entry.get("mode", "")):
                 self.assertIn(value, line)
-            self.assertEqual(line.startswith("*"), entry["default"])
+            self.assertEqual(line.startswith("*"), entry.get("default", False))
         for entry in built_in["sbox_sets"] + built_in["modes"]:
             self.assertIn("\n  " + entry["name"] + " ", text)
         self.assertLess(max(len(line) for line in text.splitlines()), 120)
@@ -114,6 +118,13 @@ class Help(ProgramTest):
                                   env={**os.environ, "PATH": folder + ":" + os.environ["PATH"]}, check=False)
             self.assertEqual((done.returncode, done.stderr), (0, b""), example)
         self.assertIn("letter.enc", self.names())
+        for command in ("keygen", "genkey", "pubkey", "sign", "verify", "agree", "diversify"):
+            example = self.vrx("help", command).decode().split("\nExample:\n")[1]
+            os.mkdir(self.path(command))
+            self.write(command + "/letter.txt", b"Dear reader")
+            done = subprocess.run(["bash", "-euo", "pipefail", "-c", example], cwd=self.path(command), capture_output=True,
+                                  env={**os.environ, "PATH": folder + ":" + os.environ["PATH"]}, check=False)
+            self.assertEqual((done.returncode, done.stderr), (0, b""), example)
 
     def test_the_version(self):
         text = self.vrx("version").decode()
