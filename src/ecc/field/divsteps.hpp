@@ -1,0 +1,182 @@
+// Inverses modulo odd numbers of up to 256 bits, by division steps (D. J. Bernstein, B.-Y. Yang, "Fast constant-time gcd
+// computation and modular inversion", 2019, with the halved start delta = 1/2).
+//
+// A division step maps (delta, f, g), f odd, to (1 - delta, g, (g - f) / 2) where delta > 0 and g is odd, and else to
+// (1 + delta, f, (g + (g mod 2) f) / 2). From (1/2, m, x) with 0 <= x < m < 2^256, 590 steps always reach g = 0, and then f is
+// plus or minus the greatest common divisor. The steps only look at the low bits, so they are taken in batches on one word, which
+// yield a matrix of small integers that is then applied to the long f and g, and modulo m to d and e, where
+// d x = f and e x = g up to powers of two that cancel.
+#ifndef VRX_ECC_FIELD_DIVSTEPS_HPP
+#define VRX_ECC_FIELD_DIVSTEPS_HPP
+
+#include "ecc/field/words.hpp"
+
+namespace vrx::field {
+
+/** A number of up to 309 bits in five signed limbs of 62 bits; only the last is negative or larger. */
+using Limbs62 = std::array<std::int64_t, 5>;
+
+inline constexpr std::uint64_t mask62 = ~std::uint64_t{0} >> 2;
+
+constexpr Limbs62 to_limbs62(const Words& a) {
+    return {static_cast<std::int64_t>(a[0] & mask62), static_cast<std::int64_t>((a[0] >> 62 | a[1] << 2) & mask62),
+            static_cast<std::int64_t>((a[1] >> 60 | a[2] << 4) & mask62),
+            static_cast<std::int64_t>((a[2] >> 58 | a[3] << 6) & mask62), static_cast<std::int64_t>(a[3] >> 56)};
+}
+
+/** For limbs of a number from 0 to 2^256 - 1. */
+constexpr Words from_limbs62(const Limbs62& a) {
+    const auto limb = [&a](std::size_t i) { return static_cast<std::uint64_t>(a[i]); };
+    return {limb(0) | limb(1) << 62, limb(1) >> 2 | limb(2) << 60, limb(2) >> 4 | limb(3) << 58,
+            limb(3) >> 6 | limb(4) << 56};
+}
+
+/** What inverses modulo a number need of it. */
+struct OddModulus {
+    Limbs62 limbs{};
+    std::uint64_t inverse62 = 0;  // of the number, modulo 2^62
+
+    constexpr explicit OddModulus(const Words& m) : limbs(to_limbs62(m)) {
+        std::uint64_t x = m[0];
+        for (int i = 0; i < 5; ++i) x *= 2 - m[0] * x;
+        inverse62 = x & mask62;
+    }
+};
+
+/** Two rows that take (f, g) to 2^62 times their values after a batch. */
+struct Batch {
+    std::int64_t u, v, q, r;
+};
+
+/**
+ * 59 division steps on the low words of f and g, without a branch. zeta is -(delta + 1/2). The matrix starts as 8 times the identity:
+ * the three missing halvings.
+ */
+constexpr std::int64_t batch_of_steps(std::int64_t zeta, std::uint64_t f, std::uint64_t g, Batch& t) {
+    std::uint64_t u = 8;
+    std::uint64_t v = 0;
+    std::uint64_t q = 0;
+    std::uint64_t r = 8;
+    for (int i = 0; i < 59; ++i) {
+        const std::uint64_t odd = mask(g & 1);
+        std::uint64_t swap = static_cast<std::uint64_t>(zeta >> 63);
+        g += ((f ^ swap) - swap) & odd;
+        q += ((u ^ swap) - swap) & odd;
+        r += ((v ^ swap) - swap) & odd;
+        swap &= odd;
+        zeta = static_cast<std::int64_t>((static_cast<std::uint64_t>(zeta) ^ swap) - 1);
+        f += g & swap;
+        u += q & swap;
+        v += r & swap;
+        g >>= 1;
+        u <<= 1;
+        v <<= 1;
+    }
+    t = {static_cast<std::int64_t>(u), static_cast<std::int64_t>(v), static_cast<std::int64_t>(q),
+         static_cast<std::int64_t>(r)};
+    return zeta;
+}
+
+/** (f, g) times the matrix, divided by 2^62, which is exact. */
+constexpr void apply(Limbs62& f, Limbs62& g, const Batch& t) {
+    i128 cf = i128{t.u} * f[0] + i128{t.v} * g[0];
+    i128 cg = i128{t.q} * f[0] + i128{t.r} * g[0];
+    cf >>= 62;
+    cg >>= 62;
+    for (std::size_t i = 1; i < 5; ++i) {
+        cf += i128{t.u} * f[i] + i128{t.v} * g[i];
+        cg += i128{t.q} * f[i] + i128{t.r} * g[i];
+        f[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(cf) & mask62);
+        g[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(cg) & mask62);
+        cf >>= 62;
+        cg >>= 62;
+    }
+    f[4] = static_cast<std::int64_t>(cf);
+    g[4] = static_cast<std::int64_t>(cg);
+}
+
+/** (d, e) times the matrix, divided by 2^62 modulo m. Takes and leaves d and e between -2m and m. */
+constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Batch& t, const OddModulus& m) {
+    // Multiples of m that bring negative d and e up, and then the low limbs of both sums to zero.
+    const std::int64_t d_sign = d[4] >> 63;
+    const std::int64_t e_sign = e[4] >> 63;
+    std::int64_t md = (t.u & d_sign) + (t.v & e_sign);
+    std::int64_t me = (t.q & d_sign) + (t.r & e_sign);
+    i128 cd = i128{t.u} * d[0] + i128{t.v} * e[0];
+    i128 ce = i128{t.q} * d[0] + i128{t.r} * e[0];
+    const auto correction = [&m](i128 sum, std::int64_t multiple) {
+        return static_cast<std::int64_t>(
+            (m.inverse62 * static_cast<std::uint64_t>(sum) + static_cast<std::uint64_t>(multiple)) & mask62);
+    };
+    md -= correction(cd, md);
+    me -= correction(ce, me);
+    cd = (cd + i128{m.limbs[0]} * md) >> 62;
+    ce = (ce + i128{m.limbs[0]} * me) >> 62;
+    for (std::size_t i = 1; i < 5; ++i) {
+        cd += i128{t.u} * d[i] + i128{t.v} * e[i] + i128{m.limbs[i]} * md;
+        ce += i128{t.q} * d[i] + i128{t.r} * e[i] + i128{m.limbs[i]} * me;
+        d[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(cd) & mask62);
+        e[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(ce) & mask62);
+        cd >>= 62;
+        ce >>= 62;
+    }
+    d[4] = static_cast<std::int64_t>(cd);
+    e[4] = static_cast<std::int64_t>(ce);
+}
+
+/** a + (m & add_mask), negated where sign is all ones, with limbs carried. */
+constexpr Limbs62 corrected(const Limbs62& a, const OddModulus& m, std::int64_t add_mask, std::int64_t sign) {
+    Limbs62 r{};
+    std::int64_t carry = 0;
+    for (std::size_t i = 0; i < 5; ++i) {
+        const std::int64_t limb = (((a[i] + (m.limbs[i] & add_mask)) ^ sign) - sign) + carry;
+        r[i] = i < 4 ? static_cast<std::int64_t>(static_cast<std::uint64_t>(limb) & mask62) : limb;
+        carry = limb >> 62;
+    }
+    return r;
+}
+
+/** d or -d, by the sign of f, brought from between -2m and m into 0 to m - 1. */
+constexpr Limbs62 normalised(const Limbs62& d, std::int64_t f_sign, const OddModulus& m) {
+    const Limbs62 near = corrected(d, m, d[4] >> 63, f_sign);
+    return corrected(near, m, near[4] >> 63, 0);
+}
+
+/** All ones where a is 1 or -1. */
+constexpr std::uint64_t is_unit(const Limbs62& a) {
+    std::uint64_t plus = static_cast<std::uint64_t>(a[0]) ^ 1;
+    std::uint64_t minus = static_cast<std::uint64_t>(a[0]) ^ mask62;
+    for (std::size_t i = 1; i < 4; ++i) {
+        plus |= static_cast<std::uint64_t>(a[i]);
+        minus |= static_cast<std::uint64_t>(a[i]) ^ mask62;
+    }
+    plus |= static_cast<std::uint64_t>(a[4]);
+    minus |= ~static_cast<std::uint64_t>(a[4]);
+    const auto is_nonzero = [](std::uint64_t v) { return (v | (std::uint64_t{0} - v)) >> 63; };
+    return mask(1 ^ (is_nonzero(plus) & is_nonzero(minus)));
+}
+
+/**
+ * 1 / x modulo m for 0 <= x < m, or 0 where there is none. Time depends on neither.
+ * Cost: ten batches of 59 steps.
+ */
+constexpr Words inverse(const Words& x, const OddModulus& m) {
+    Limbs62 f = m.limbs;
+    Limbs62 g = to_limbs62(x);
+    Limbs62 d{};
+    Limbs62 e{1};
+    std::int64_t zeta = -1;
+    for (int i = 0; i < 10; ++i) {
+        Batch t{};
+        zeta = batch_of_steps(zeta, static_cast<std::uint64_t>(f[0]) | static_cast<std::uint64_t>(f[1]) << 62,
+                              static_cast<std::uint64_t>(g[0]) | static_cast<std::uint64_t>(g[1]) << 62, t);
+        apply_modulo(d, e, t, m);
+        apply(f, g, t);
+    }
+    const std::uint64_t exists = is_unit(f);
+    return select(exists, from_limbs62(normalised(d, f[4] >> 63, m)), Words{});
+}
+
+}  // namespace vrx::field
+
+#endif
