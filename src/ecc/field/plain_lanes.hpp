@@ -1,0 +1,103 @@
+// Eight 64-bit lanes as a plain array: the vector code on any processor, and under tools that do not know its instructions.
+#ifndef VRX_ECC_FIELD_PLAIN_LANES_HPP
+#define VRX_ECC_FIELD_PLAIN_LANES_HPP
+
+#include <cstddef>
+#include <cstdint>
+
+#include "ecc/field/words.hpp"
+
+namespace vrx::field {
+
+struct PlainLanes {
+    std::uint64_t lane[8];
+
+    static PlainLanes all(std::uint64_t value) {
+        PlainLanes r;
+        for (std::uint64_t& l : r.lane) l = value;
+        return r;
+    }
+    static PlainLanes load(const std::uint64_t* from) {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i) r.lane[i] = from[i];
+        return r;
+    }
+    void store(std::uint64_t* to) const {
+        for (std::size_t i = 0; i < 8; ++i) to[i] = lane[i];
+    }
+
+    PlainLanes operator+(const PlainLanes& b) const {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i) r.lane[i] = lane[i] + b.lane[i];
+        return r;
+    }
+    PlainLanes operator-(const PlainLanes& b) const {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i) r.lane[i] = lane[i] - b.lane[i];
+        return r;
+    }
+    PlainLanes operator&(const PlainLanes& b) const {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i) r.lane[i] = lane[i] & b.lane[i];
+        return r;
+    }
+    static PlainLanes shift_left(const PlainLanes& a, unsigned bits) {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i) r.lane[i] = a.lane[i] << bits;
+        return r;
+    }
+    static PlainLanes shift_right_signed(const PlainLanes& a, unsigned bits) {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i)
+            r.lane[i] = static_cast<std::uint64_t>(static_cast<std::int64_t>(a.lane[i]) >> bits);
+        return r;
+    }
+
+    /** sum + the low, or high, 52 bits of the product of the low 52 bits of a and b. */
+    static PlainLanes add_low_product(const PlainLanes& sum, const PlainLanes& a, const PlainLanes& b) {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i) r.lane[i] = sum.lane[i] + (product(a.lane[i], b.lane[i], 0) & bits52);
+        return r;
+    }
+    static PlainLanes add_high_product(const PlainLanes& sum, const PlainLanes& a, const PlainLanes& b) {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i) r.lane[i] = sum.lane[i] + product(a.lane[i], b.lane[i], 52);
+        return r;
+    }
+
+    /** Lane i of the result is lane from[i]. */
+    template <int... from>
+    static PlainLanes permuted(const PlainLanes& a) {
+        return {{a.lane[from]...}};
+    }
+
+    /** A lane of b where its bit is set, else of a. */
+    template <unsigned bits>
+    static PlainLanes blended(const PlainLanes& a, const PlainLanes& b) {
+        PlainLanes r;
+        for (unsigned i = 0; i < 8; ++i) r.lane[i] = (bits >> i & 1) != 0 ? b.lane[i] : a.lane[i];
+        return r;
+    }
+
+    /** In lanes whose index is `wanted`, the words at `from`; else a. */
+    static PlainLanes picked(const PlainLanes& a, const PlainLanes& index, std::uint64_t wanted,
+                             const std::uint64_t* from) {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i) {
+            const std::uint64_t other = index.lane[i] ^ wanted;
+            const std::uint64_t keep = mask((other | (std::uint64_t{0} - other)) >> 63);
+            r.lane[i] = (a.lane[i] & keep) | (from[i] & ~keep);
+        }
+        return r;
+    }
+
+private:
+    static constexpr std::uint64_t bits52 = (std::uint64_t{1} << 52) - 1;
+    static std::uint64_t product(std::uint64_t a, std::uint64_t b, int shift) {
+        return static_cast<std::uint64_t>(u128{a & bits52} * (b & bits52) >> shift);
+    }
+};
+
+}  // namespace vrx::field
+
+#endif
