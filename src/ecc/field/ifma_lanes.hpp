@@ -19,6 +19,7 @@ struct IfmaLanes {
     IfmaLanes operator+(const IfmaLanes& b) const { return {_mm512_add_epi64(v, b.v)}; }
     IfmaLanes operator-(const IfmaLanes& b) const { return {_mm512_sub_epi64(v, b.v)}; }
     IfmaLanes operator&(const IfmaLanes& b) const { return {_mm512_and_si512(v, b.v)}; }
+    static IfmaLanes exclusive_or(const IfmaLanes& a, const IfmaLanes& b) { return {_mm512_xor_si512(a.v, b.v)}; }
     static IfmaLanes shift_left(const IfmaLanes& a, unsigned bits) { return {_mm512_slli_epi64(a.v, bits)}; }
     static IfmaLanes shift_right_signed(const IfmaLanes& a, unsigned bits) { return {_mm512_srai_epi64(a.v, bits)}; }
 

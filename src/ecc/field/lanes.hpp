@@ -120,14 +120,16 @@ Columns<V> square(const Element<V>& a) {
 template <typename V>
 void scaled_high_half(const Columns<V>& c, std::uint64_t factor, V (&sum)[limb_count + 1]) {
     const V f = V::all(factor);
-    for (V& s : sum) s = V::all(0);
-    for (std::size_t i = 0; i < limb_count; ++i) {
-        const V& column = c.column[limb_count + i];
-        // The multiply-add takes the low 52 bits of a column; what lies above belongs to the next one.
-        sum[i] = V::add_low_product(sum[i], column, f);
-        sum[i + 1] = V::add_high_product(sum[i + 1], column, f);
-        sum[i + 1] = V::add_low_product(sum[i + 1], V::shift_right_signed(column, 52), f);
+    const V zero = V::all(0);
+    // The multiply-add takes the low 52 bits of a column; what lies above belongs to the next one. Three terms to a sum, apart
+    // until the end: a chain of multiply-adds would be four cycles longer a link.
+    sum[0] = V::add_low_product(zero, c.column[limb_count], f);
+    for (std::size_t i = 1; i < limb_count; ++i) {
+        const V& below = c.column[limb_count + i - 1];
+        const V excess = V::add_low_product(zero, V::shift_right_signed(below, 52), f);
+        sum[i] = V::add_low_product(zero, c.column[limb_count + i], f) + (V::add_high_product(zero, below, f) + excess);
     }
+    sum[limb_count] = V::add_high_product(zero, c.column[2 * limb_count - 1], f);
 }
 
 /** The arithmetic of a modulus in eight lanes, beside its scalar form S. */

@@ -41,6 +41,11 @@ struct PlainLanes {
         for (std::size_t i = 0; i < 8; ++i) r.lane[i] = lane[i] & b.lane[i];
         return r;
     }
+    static PlainLanes exclusive_or(const PlainLanes& a, const PlainLanes& b) {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i) r.lane[i] = a.lane[i] ^ b.lane[i];
+        return r;
+    }
     static PlainLanes shift_left(const PlainLanes& a, unsigned bits) {
         PlainLanes r;
         for (std::size_t i = 0; i < 8; ++i) r.lane[i] = a.lane[i] << bits;
