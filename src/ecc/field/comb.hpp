@@ -59,7 +59,7 @@ V pick(const std::uint64_t (&round)[comb_entries][2][limb_count][lane_count], co
  * Cost: 7 mixed additions in eight lanes, and 36 multiplications to add the lanes up.
  */
 template <typename V, typename Curve>
-ScalarPoint comb_multiply(const Words& k, const CombTable& table) {
+[[gnu::flatten]] ScalarPoint comb_multiply(const Words& k, const CombTable& table) {
     using F = LaneField<V, typename Curve::Field>;
     std::uint64_t even = 0;
     const Words digits = recoded(k, Curve::q, even);

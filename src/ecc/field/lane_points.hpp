@@ -33,15 +33,15 @@ Element<V> negated_where(const V& negative, const Element<V>& a) {
 template <typename F, typename V>
 LanePoints<V> plus_affine(const LanePoints<V>& p, const Element<V>& x, const Element<V>& y, const V& negative) {
     const Element<V> zz = F::sqr(p.z);
-    const Element<V> h = F::carry(F::mul(x, zz) - p.x);
-    const Element<V> s = F::mul(y, F::mul(p.z, zz));
+    const Element<V> h = F::carry(F::mul_loose(x, zz) - p.x);
+    const Element<V> s = F::mul_loose(y, F::mul(p.z, zz));
     const Element<V> r = F::carry(negated_where(negative, s) - p.y);
     const Element<V> hh = F::sqr(h);
     const Element<V> hhh = F::mul(h, hh);
-    const Element<V> v = F::mul(p.x, hh);
+    const Element<V> v = F::mul_loose(p.x, hh);
     LanePoints<V> sum;
-    sum.x = F::carry(F::sqr(r) - hhh - v - v);
-    sum.y = F::carry(F::mul(r, F::carry(v - sum.x)) - F::mul(p.y, hhh));
+    sum.x = F::carry(F::sqr_loose(r) - hhh - v - v);
+    sum.y = F::carry(F::mul_loose(r, F::carry(v - sum.x)) - F::mul_loose(p.y, hhh));
     sum.z = F::mul(p.z, h);
     return sum;
 }
@@ -71,10 +71,10 @@ LanePoints<V> plus_partner(const LanePoints<V>& p) {
     const Element<V> r = F::carry(partner<distance>(s) - s);
     const Element<V> hh = F::sqr(h);
     const Element<V> hhh = F::mul(h, hh);
-    const Element<V> v = F::mul(u, hh);
+    const Element<V> v = F::mul_loose(u, hh);
     LanePoints<V> sum;
-    sum.x = F::carry(F::sqr(r) - hhh - v - v);
-    sum.y = F::carry(F::mul(r, F::carry(v - sum.x)) - F::mul(s, hhh));
+    sum.x = F::carry(F::sqr_loose(r) - hhh - v - v);
+    sum.y = F::carry(F::mul_loose(r, F::carry(v - sum.x)) - F::mul_loose(s, hhh));
     sum.z = F::mul(F::mul(p.z, partner<distance>(p.z)), h);
     return sum;
 }

@@ -3,9 +3,10 @@
 // Everything here is a template over the lane type V, which is eight 64-bit words with the multiply-add of two 52-bit numbers:
 // the processor's (AVX-512 IFMA) or plain arrays, which run the same lines anywhere. No branch and no address depends on a value.
 //
-// Bounds. A multiplicand is an element with every limb in 0 to 2^52 - 1 and a value below 2.1 p; every product is one. Sums and
+// Bounds. A multiplicand is an element with every limb in 0 to 2^52 - 1 and a value below 2.1 p: what mul() and sqr() yield. Sums and
 // differences are taken limb by limb with signed limbs and without carries; carry() makes a multiplicand of any combination
-// that stays between -31 p and 31 p.
+// that stays between -31 p and 31 p. mul_loose() and sqr_loose() leave out the carries of their result: its limbs are below
+// 2^57 and its value below 2.1 p, which is good for sums with up to eight terms.
 #ifndef VRX_ECC_FIELD_LANES_HPP
 #define VRX_ECC_FIELD_LANES_HPP
 
@@ -140,22 +141,24 @@ template <typename V, std::uint64_t c>
 struct LaneField<V, BelowPower<c>> {
     using Scalar = BelowPower<c>;
 
-    static Element<V> mul(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
-    static Element<V> sqr(const Element<V>& a) { return reduced(square(a)); }
+    static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
+    static Element<V> sqr_loose(const Element<V>& a) { return reduced(square(a)); }
+    static Element<V> mul(const Element<V>& a, const Element<V>& b) { return carried(mul_loose(a, b)); }
+    static Element<V> sqr(const Element<V>& a) { return carried(sqr_loose(a)); }
     static Element<V> carry(const Element<V>& a) {
-        return fold(a + broadcast<V>(multiple(Scalar::modulus, 32)));
+        return carried(fold(a + broadcast<V>(multiple(Scalar::modulus, 32))));
     }
 
     static constexpr Limbs52 enter(const Words& a) { return to_limbs52(a); }
     static constexpr Words leave(const Words& a) { return a; }
 
 private:
-    /** Bits from 2^256 on go to the bottom, times c; then the carries. The value is not negative. */
+    /** Bits from 2^256 on go to the bottom, times c. The value is not negative. */
     static Element<V> fold(Element<V> a) {
         const V top = V::shift_right_signed(a.limb[4], 48);
         a.limb[4] = a.limb[4] & V::all(mask52 >> 4);
         a.limb[0] = V::add_low_product(a.limb[0], top, V::all(c));
-        return carried(a);
+        return a;
     }
 
     /** 2^260 is 16 c. */
@@ -173,22 +176,24 @@ template <typename V, std::uint64_t c>
 struct LaneField<V, AbovePower<c>> {
     using Scalar = AbovePower<c>;
 
-    static Element<V> mul(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
-    static Element<V> sqr(const Element<V>& a) { return reduced(square(a)); }
+    static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
+    static Element<V> sqr_loose(const Element<V>& a) { return reduced(square(a)); }
+    static Element<V> mul(const Element<V>& a, const Element<V>& b) { return carried(mul_loose(a, b)); }
+    static Element<V> sqr(const Element<V>& a) { return carried(sqr_loose(a)); }
     static Element<V> carry(const Element<V>& a) {
-        return fold(a + broadcast<V>(multiple(Scalar::modulus, 32)));
+        return carried(fold(a + broadcast<V>(multiple(Scalar::modulus, 32))));
     }
 
     static constexpr Limbs52 enter(const Words& a) { return to_limbs52(a); }
     static constexpr Words leave(const Words& a) { return a; }
 
 private:
-    /** Bits from 2^255 on go to the bottom, times -c, and one p keeps the value positive; then the carries. */
+    /** Bits from 2^255 on go to the bottom, times -c, and one p keeps the value positive. */
     static Element<V> fold(Element<V> a) {
         const V top = V::shift_right_signed(a.limb[4], 47);
         a.limb[4] = (a.limb[4] & V::all(mask52 >> 5)) + V::all(std::uint64_t{1} << 47);
         a.limb[0] = a.limb[0] + V::all(c) - V::add_low_product(V::all(0), top, V::all(c));
-        return carried(a);
+        return a;
     }
 
     /** 2^260 is -32 c. 256 p make up for what the high half takes off the last limb. */
@@ -207,8 +212,10 @@ template <typename V, Words m>
 struct LaneField<V, Montgomery<m>> {
     using Scalar = Montgomery<m>;
 
-    static Element<V> mul(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
-    static Element<V> sqr(const Element<V>& a) { return reduced(square(a)); }
+    static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
+    static Element<V> sqr_loose(const Element<V>& a) { return reduced(square(a)); }
+    static Element<V> mul(const Element<V>& a, const Element<V>& b) { return carried(mul_loose(a, b)); }
+    static Element<V> sqr(const Element<V>& a) { return carried(sqr_loose(a)); }
 
     /** 32 m keep the value positive; then the quotient by m, estimated from the last limb one too small at the most, is taken off. */
     static Element<V> carry(const Element<V>& a) {
@@ -263,7 +270,7 @@ private:
         }
         Element<V> r;
         for (std::size_t i = 0; i < limb_count; ++i) r.limb[i] = v.column[limb_count + i];
-        return carried(r);
+        return r;
     }
 };
 
