@@ -1,11 +1,11 @@
-// Inverses modulo odd numbers of up to 256 bits, by division steps (D. J. Bernstein, B.-Y. Yang, "Fast constant-time gcd
-// computation and modular inversion", 2019, with the halved start delta = 1/2).
+// Inverses modulo odd numbers of up to 256 bits, by division steps (D. J. Bernstein, B.-Y. Yang, "Fast constant-time
+// gcd computation and modular inversion", 2019, with the halved start delta = 1/2).
 //
 // A division step maps (delta, f, g), f odd, to (1 - delta, g, (g - f) / 2) where delta > 0 and g is odd, and else to
-// (1 + delta, f, (g + (g mod 2) f) / 2). From (1/2, m, x) with 0 <= x < m < 2^256, 590 steps always reach g = 0, and then f is
-// plus or minus the greatest common divisor. The steps only look at the low bits, so they are taken in batches on one word, which
-// yield a matrix of small integers that is then applied to the long f and g, and modulo m to d and e, where
-// d x = f and e x = g up to powers of two that cancel.
+// (1 + delta, f, (g + (g mod 2) f) / 2). From (1/2, m, x) with 0 <= x < m < 2^256, 590 steps always reach g = 0, and
+// then f is plus or minus the greatest common divisor. The steps only look at the low bits, so they are taken in
+// batches on one word, which yield a matrix of small integers that is then applied to the long f and g, and modulo m to
+// d and e, where d x = f and e x = g up to powers of two that cancel.
 #ifndef VRX_ECC_FIELD_DIVSTEPS_HPP
 #define VRX_ECC_FIELD_DIVSTEPS_HPP
 
@@ -43,46 +43,65 @@ struct OddModulus {
     }
 };
 
-/** Two rows that take (f, g) to 2^62 times their values after a batch. */
-struct Batch {
+/** Two rows that take (f, g) to a power of two times their values after some steps. */
+struct Matrix {
     std::int64_t u, v, q, r;
 };
 
 /**
- * 59 division steps on the low words of f and g, without a branch. zeta is -(delta + 1/2). The matrix starts as 8 times the identity:
- * the three missing halvings.
+ * At most 30 division steps on the low words of f and g, without a branch. zeta is -(delta + 1/2).
+ *
+ * As f is odd, its half h = floor(f / 2) says it all: for an odd g, (g + f) / 2 is floor(g / 2) + h + 1, and (g - f) /
+ * 2 is floor(g / 2) + ~h + 1. The matrix is 2^steps times that of the steps; a row (u, v) stands in one word, as u +
+ * 2^32 v: its numbers stay within 2^30.
  */
-constexpr std::int64_t batch_of_steps(std::int64_t zeta, std::uint64_t f, std::uint64_t g, Batch& t) {
-    std::uint64_t u = 8;
-    std::uint64_t v = 0;
-    std::uint64_t q = 0;
-    std::uint64_t r = 8;
-    for (int i = 0; i < 59; ++i) {
-        const std::uint64_t odd = mask(g & 1);
-        std::uint64_t swap = static_cast<std::uint64_t>(zeta >> 63);
-        g += ((f ^ swap) - swap) & odd;
-        q += ((u ^ swap) - swap) & odd;
-        r += ((v ^ swap) - swap) & odd;
-        swap &= odd;
+template <int steps>
+constexpr std::int64_t some_steps(std::int64_t zeta, std::uint64_t& f, std::uint64_t& g, Matrix& t) {
+    static_assert(steps <= 30);
+    std::uint64_t h = f >> 1;
+    std::uint64_t uv = 1;
+    std::uint64_t qr = std::uint64_t{1} << 32;
+    for (int i = 0; i < steps; ++i) {
+        const std::uint64_t bit = g & 1;
+        const std::uint64_t odd = mask(bit);
+        const std::uint64_t positive = static_cast<std::uint64_t>(zeta >> 63);  // delta is
+        const std::uint64_t swap = odd & positive;
+        const std::uint64_t half = g >> 1;
+        g = ((h ^ positive) & odd) + (half + bit);
+        h ^= (h ^ half) & swap;
+        const std::uint64_t row = qr + (((uv ^ positive) - positive) & odd);
+        uv ^= (uv ^ qr) & swap;
+        uv += uv;
+        qr = row;
         zeta = static_cast<std::int64_t>((static_cast<std::uint64_t>(zeta) ^ swap) - 1);
-        f += g & swap;
-        u += q & swap;
-        v += r & swap;
-        g >>= 1;
-        u <<= 1;
-        v <<= 1;
     }
-    t = {static_cast<std::int64_t>(u), static_cast<std::int64_t>(v), static_cast<std::int64_t>(q),
-         static_cast<std::int64_t>(r)};
+    f = h << 1 | 1;
+    const auto low = [](std::uint64_t row) { return std::int64_t{static_cast<std::int32_t>(row)}; };
+    const auto high = [low](std::uint64_t row) {
+        return static_cast<std::int64_t>(row - static_cast<std::uint64_t>(low(row))) >> 32;
+    };
+    t = {low(uv), high(uv), low(qr), high(qr)};
+    return zeta;
+}
+
+/** 59 steps. The matrix is 8 times the product of its halves, as if of 62 steps. */
+constexpr std::int64_t batch_of_steps(std::int64_t zeta, std::uint64_t f, std::uint64_t g, Matrix& t) {
+    Matrix first{};
+    Matrix second{};
+    zeta = some_steps<30>(zeta, f, g, first);
+    zeta = some_steps<29>(zeta, f, g, second);
+    t = {8 * (second.u * first.u + second.v * first.q), 8 * (second.u * first.v + second.v * first.r),
+         8 * (second.q * first.u + second.r * first.q), 8 * (second.q * first.v + second.r * first.r)};
     return zeta;
 }
 
 /** (f, g) times the matrix, divided by 2^62, which is exact. */
-constexpr void apply(Limbs62& f, Limbs62& g, const Batch& t) {
+constexpr void apply(Limbs62& f, Limbs62& g, const Matrix& t) {
     i128 cf = i128{t.u} * f[0] + i128{t.v} * g[0];
     i128 cg = i128{t.q} * f[0] + i128{t.r} * g[0];
     cf >>= 62;
     cg >>= 62;
+#pragma GCC unroll 4
     for (std::size_t i = 1; i < 5; ++i) {
         cf += i128{t.u} * f[i] + i128{t.v} * g[i];
         cg += i128{t.q} * f[i] + i128{t.r} * g[i];
@@ -96,7 +115,7 @@ constexpr void apply(Limbs62& f, Limbs62& g, const Batch& t) {
 }
 
 /** (d, e) times the matrix, divided by 2^62 modulo m. Takes and leaves d and e between -2m and m. */
-constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Batch& t, const OddModulus& m) {
+constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Matrix& t, const OddModulus& m) {
     // Multiples of m that bring negative d and e up, and then the low limbs of both sums to zero.
     const std::int64_t d_sign = d[4] >> 63;
     const std::int64_t e_sign = e[4] >> 63;
@@ -112,6 +131,7 @@ constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Batch& t, const OddMod
     me -= correction(ce, me);
     cd = (cd + i128{m.limbs[0]} * md) >> 62;
     ce = (ce + i128{m.limbs[0]} * me) >> 62;
+#pragma GCC unroll 4
     for (std::size_t i = 1; i < 5; ++i) {
         cd += i128{t.u} * d[i] + i128{t.v} * e[i] + i128{m.limbs[i]} * md;
         ce += i128{t.q} * d[i] + i128{t.r} * e[i] + i128{m.limbs[i]} * me;
@@ -167,7 +187,7 @@ constexpr Words inverse(const Words& x, const OddModulus& m) {
     Limbs62 e{1};
     std::int64_t zeta = -1;
     for (int i = 0; i < 10; ++i) {
-        Batch t{};
+        Matrix t{};
         zeta = batch_of_steps(zeta, static_cast<std::uint64_t>(f[0]) | static_cast<std::uint64_t>(f[1]) << 62,
                               static_cast<std::uint64_t>(g[0]) | static_cast<std::uint64_t>(g[1]) << 62, t);
         apply_modulo(d, e, t, m);

@@ -1,8 +1,8 @@
 // Arithmetic modulo 256-bit numbers of three shapes.
 //
-// An element is held loosely, as any representative below 2^256 of its class (times 2^256 in Montgomery form); canonical()
-// gives the one below the modulus. Every operation takes loose operands and yields a loose result, in time that depends on no
-// value.
+// An element is held loosely, as any representative below 2^256 of its class (times 2^256 in Montgomery form);
+// canonical() gives the one below the modulus. Every operation takes loose operands and yields a loose result, in time
+// that depends on no value.
 #ifndef VRX_ECC_FIELD_MODULUS_HPP
 #define VRX_ECC_FIELD_MODULUS_HPP
 
@@ -31,6 +31,7 @@ struct BelowPower {
         const std::uint64_t borrow = field::sub(r, a, b);
         std::uint64_t again = 0;
         r[0] = sub_borrow(r[0], mask(borrow) & c, again);
+#pragma GCC unroll 4
         for (std::size_t i = 1; i < 4; ++i) r[i] = sub_borrow(r[i], 0, again);
         // A second borrow leaves a word 0 of at least 2^64 - c, which has room for c more.
         r[0] -= mask(again) & c;
@@ -46,6 +47,7 @@ private:
         Words r{};
         std::uint64_t carry = 0;
         r[0] = mul_add(high, c, low[0], carry);
+#pragma GCC unroll 4
         for (std::size_t i = 1; i < 4; ++i) r[i] = add_carry(low[i], 0, carry);
         // A carry leaves less than high * c, below 2^63, so word 0 has room for c more.
         r[0] += mask(carry) & c;
@@ -55,6 +57,7 @@ private:
     static constexpr Words reduce(const WideWords& v) {
         Words low{};
         std::uint64_t high = 0;
+#pragma GCC unroll 4
         for (std::size_t i = 0; i < 4; ++i) low[i] = mul_add(v[4 + i], c, v[i], high);
         return fold(low, high);
     }
@@ -78,6 +81,7 @@ struct AbovePower {
         r[3] |= carry << 63;
         std::uint64_t borrow = 0;
         r[0] = sub_borrow(r[0], mask(carry) & (c << top), borrow);
+#pragma GCC unroll 4
         for (std::size_t i = 1; i < 4; ++i) r[i] = sub_borrow(r[i], 0, borrow);
         return r;
     }
@@ -93,14 +97,15 @@ struct AbovePower {
 
 private:
     /**
-     * r - k * 2^256 for k below 2^46: 2k p or (2k - 1) p is added, the odd multiple where bit 255 of r is set and has to
-     * make room. Either way bit 255 is free before the last addition, so one carry chain is all.
+     * r - k * 2^256 for k below 2^46: 2k p or (2k - 1) p is added, the odd multiple where bit 255 of r is set and has
+     * to make room. Either way bit 255 is free before the last addition, so one carry chain is all.
      */
     static constexpr Words raise(Words r, std::uint64_t k) {
         const std::uint64_t odd = r[3] >> 63 & (k | (std::uint64_t{0} - k)) >> 63;
         r[3] ^= odd << 63;
         std::uint64_t carry = 0;
         r[0] = add_carry(r[0], (2 * k - odd) * c, carry);
+#pragma GCC unroll 4
         for (std::size_t i = 1; i < 4; ++i) r[i] = add_carry(r[i], 0, carry);
         return r;
     }
@@ -109,6 +114,7 @@ private:
         Words r{};
         std::uint64_t carry = 0;
         std::uint64_t borrow = 0;
+#pragma GCC unroll 4
         for (std::size_t i = 0; i < 4; ++i) {
             const std::uint64_t product = mul_add(v[4 + i], 2 * c, 0, carry);
             r[i] = sub_borrow(v[i], product, borrow);
@@ -117,7 +123,8 @@ private:
     }
 };
 
-/** Any odd modulus above 2^255. An element stands multiplied by 2^256 (P. L. Montgomery, 1985), always below the modulus. */
+/** Any odd modulus above 2^255. An element stands multiplied by 2^256 (P. L. Montgomery, 1985), always below the
+ * modulus. */
 template <Words m>
 struct Montgomery {
     static_assert(m[3] >> 63 == 1 && m[0] % 2 == 1);
@@ -132,14 +139,17 @@ struct Montgomery {
 
     static constexpr Words mul(const Words& a, const Words& b) {
         std::array<std::uint64_t, 5> t{};
+#pragma GCC unroll 4
         for (std::size_t i = 0; i < 4; ++i) {
             std::uint64_t carry = 0;
+#pragma GCC unroll 4
             for (std::size_t j = 0; j < 4; ++j) t[j] = mul_add(a[i], b[j], t[j], carry);
             std::uint64_t top = 0;
             t[4] = add_carry(t[4], carry, top);
             const std::uint64_t u = t[0] * inverse;
             carry = 0;
             static_cast<void>(mul_add(u, m[0], t[0], carry));
+#pragma GCC unroll 4
             for (std::size_t j = 1; j < 4; ++j) t[j - 1] = mul_add(u, m[j], t[j], carry);
             std::uint64_t again = 0;
             t[3] = add_carry(t[4], carry, again);

@@ -1,4 +1,7 @@
 // 256-bit numbers as four 64-bit words, least significant first. No branch and no address depends on a value.
+//
+// Loops over words ask to be unrolled: only then are the words kept in registers also where the compiler is told to be
+// brief.
 #ifndef VRX_ECC_FIELD_WORDS_HPP
 #define VRX_ECC_FIELD_WORDS_HPP
 
@@ -41,6 +44,7 @@ constexpr std::uint64_t mask(std::uint64_t bit) { return std::uint64_t{0} - bit;
 /** a where the mask is all ones, b where it is zero. */
 constexpr Words select(std::uint64_t m, const Words& a, const Words& b) {
     Words r{};
+#pragma GCC unroll 4
     for (std::size_t i = 0; i < 4; ++i) r[i] = (a[i] & m) | (b[i] & ~m);
     return r;
 }
@@ -48,6 +52,7 @@ constexpr Words select(std::uint64_t m, const Words& a, const Words& b) {
 /** r = a + b; the carry out. */
 constexpr std::uint64_t add(Words& r, const Words& a, const Words& b) {
     std::uint64_t carry = 0;
+#pragma GCC unroll 4
     for (std::size_t i = 0; i < 4; ++i) r[i] = add_carry(a[i], b[i], carry);
     return carry;
 }
@@ -55,6 +60,7 @@ constexpr std::uint64_t add(Words& r, const Words& a, const Words& b) {
 /** r = a - b; the borrow out. */
 constexpr std::uint64_t sub(Words& r, const Words& a, const Words& b) {
     std::uint64_t borrow = 0;
+#pragma GCC unroll 4
     for (std::size_t i = 0; i < 4; ++i) r[i] = sub_borrow(a[i], b[i], borrow);
     return borrow;
 }
@@ -74,8 +80,10 @@ constexpr std::uint64_t is_zero(const Words& a) {
 
 constexpr WideWords multiply(const Words& a, const Words& b) {
     WideWords r{};
+#pragma GCC unroll 4
     for (std::size_t i = 0; i < 4; ++i) {
         std::uint64_t carry = 0;
+#pragma GCC unroll 4
         for (std::size_t j = 0; j < 4; ++j) r[i + j] = mul_add(a[i], b[j], r[i + j], carry);
         r[i + 4] = carry;
     }
@@ -85,15 +93,19 @@ constexpr WideWords multiply(const Words& a, const Words& b) {
 /** a * a: the products of unequal words once, doubled, and the squares of the words. */
 constexpr WideWords square(const Words& a) {
     WideWords r{};
+#pragma GCC unroll 4
     for (std::size_t i = 0; i < 3; ++i) {
         std::uint64_t carry = 0;
+#pragma GCC unroll 4
         for (std::size_t j = i + 1; j < 4; ++j) r[i + j] = mul_add(a[i], a[j], r[i + j], carry);
         r[i + 4] = carry;
     }
     r[7] = r[6] >> 63;
+#pragma GCC unroll 4
     for (std::size_t i = 6; i > 1; --i) r[i] = r[i] << 1 | r[i - 1] >> 63;
     r[1] <<= 1;
     std::uint64_t carry = 0;
+#pragma GCC unroll 4
     for (std::size_t i = 0; i < 4; ++i) {
         const u128 s = u128{a[i]} * a[i];
         r[2 * i] = add_carry(r[2 * i], static_cast<std::uint64_t>(s), carry);
