@@ -1,4 +1,5 @@
-// The four curves of RFC 4357, section 11.4 (XchA is A again, XchB is C): what the engines know of them at compile time.
+// The four curves of RFC 4357, section 11.4 (XchA is A again, XchB is C): what the engines know of them at compile
+// time.
 #ifndef VRX_ECC_FIELD_CURVES_HPP
 #define VRX_ECC_FIELD_CURVES_HPP
 
@@ -6,7 +7,8 @@
 
 namespace vrx::field {
 
-/** y^2 = x^3 + a x + b over Field, with a small; the base point (x, y) has the prime order q. Words are plain numbers. */
+/** y^2 = x^3 + a x + b over Field, with a small; the base point (x, y) has the prime order q. Words are plain numbers.
+ */
 struct CurveTest {
     using Field = AbovePower<0x431>;
     static constexpr int a = 7;
@@ -42,6 +44,23 @@ struct CurveC {
     static constexpr Words x = {0x0000000000000000, 0x0000000000000000, 0x0000000000000000, 0x0000000000000000};
     static constexpr Words y = {0x366E550DFDB3BB67, 0x4D4DC440D4641A8F, 0x3CBF3783CD08C0EE, 0x41ECE55743711A8C};
 };
+
+enum class CurveId : std::uint8_t { test, a, b, c };
+
+/** Do something with the constants of a curve: use(CurveA{}) for CurveId::a. */
+template <typename Use>
+constexpr auto with_curve(CurveId id, const Use& use) {
+    switch (id) {
+        case CurveId::test:
+            return use(CurveTest{});
+        case CurveId::a:
+            return use(CurveA{});
+        case CurveId::b:
+            return use(CurveB{});
+        default:
+            return use(CurveC{});
+    }
+}
 
 }  // namespace vrx::field
 

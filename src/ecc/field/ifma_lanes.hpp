@@ -20,8 +20,12 @@ struct IfmaLanes {
     IfmaLanes operator-(const IfmaLanes& b) const { return {_mm512_sub_epi64(v, b.v)}; }
     IfmaLanes operator&(const IfmaLanes& b) const { return {_mm512_and_si512(v, b.v)}; }
     static IfmaLanes exclusive_or(const IfmaLanes& a, const IfmaLanes& b) { return {_mm512_xor_si512(a.v, b.v)}; }
-    static IfmaLanes shift_left(const IfmaLanes& a, unsigned bits) { return {_mm512_slli_epi64(a.v, bits)}; }
-    static IfmaLanes shift_right_signed(const IfmaLanes& a, unsigned bits) { return {_mm512_srai_epi64(a.v, bits)}; }
+    static IfmaLanes shift_left(const IfmaLanes& a, unsigned bits) {
+        return {_mm512_maskz_slli_epi64(whole, a.v, bits)};
+    }
+    static IfmaLanes shift_right_signed(const IfmaLanes& a, unsigned bits) {
+        return {_mm512_maskz_srai_epi64(whole, a.v, bits)};
+    }
 
     static IfmaLanes add_low_product(const IfmaLanes& sum, const IfmaLanes& a, const IfmaLanes& b) {
         return {_mm512_madd52lo_epu64(sum.v, a.v, b.v)};
@@ -32,7 +36,10 @@ struct IfmaLanes {
 
     template <int... from>
     static IfmaLanes permuted(const IfmaLanes& a) {
-        return {_mm512_permutexvar_epi64(__m512i{from...}, a.v)};
+        return {_mm512_maskz_permutexvar_epi64(whole, __m512i{from...}, a.v)};
+    }
+    static IfmaLanes taken(const IfmaLanes& a, const IfmaLanes& from) {
+        return {_mm512_maskz_permutexvar_epi64(whole, from.v, a.v)};
     }
     template <unsigned bits>
     static IfmaLanes blended(const IfmaLanes& a, const IfmaLanes& b) {
@@ -42,6 +49,10 @@ struct IfmaLanes {
                             const std::uint64_t* from) {
         return {_mm512_mask_loadu_epi64(a.v, _mm512_cmpeq_epi64_mask(index.v, all(wanted).v), from)};
     }
+
+private:
+    // Every lane. g++ 12 warns of its own intrinsics without a mask, which start from an undefined register.
+    static constexpr __mmask8 whole = 0xFF;
 };
 
 }  // namespace vrx::field

@@ -1,4 +1,5 @@
-// Eight 64-bit lanes as a plain array: the vector code on any processor, and under tools that do not know its instructions.
+// Eight 64-bit lanes as a plain array: the vector code on any processor, and under tools that do not know its
+// instructions.
 #ifndef VRX_ECC_FIELD_PLAIN_LANES_HPP
 #define VRX_ECC_FIELD_PLAIN_LANES_HPP
 
@@ -74,6 +75,13 @@ struct PlainLanes {
     template <int... from>
     static PlainLanes permuted(const PlainLanes& a) {
         return {{a.lane[from]...}};
+    }
+
+    /** The same by a vector; lanes are counted modulo 8. */
+    static PlainLanes taken(const PlainLanes& a, const PlainLanes& from) {
+        PlainLanes r;
+        for (std::size_t i = 0; i < 8; ++i) r.lane[i] = a.lane[from.lane[i] & 7];
+        return r;
     }
 
     /** A lane of b where its bit is set, else of a. */

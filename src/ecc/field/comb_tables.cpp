@@ -1,0 +1,19 @@
+#include "ecc/field/comb_tables.hpp"
+
+namespace vrx::field {
+
+// Each file is the two tables of a curve, each followed by a comma.
+constinit const CombTables comb_tables_test = {
+#include "ecc/field/comb_tables_test.inc"
+};
+constinit const CombTables comb_tables_a = {
+#include "ecc/field/comb_tables_a.inc"
+};
+constinit const CombTables comb_tables_b = {
+#include "ecc/field/comb_tables_b.inc"
+};
+constinit const CombTables comb_tables_c = {
+#include "ecc/field/comb_tables_c.inc"
+};
+
+}  // namespace vrx::field

@@ -1,0 +1,51 @@
+// Static tables of multiples of the base points, and how a scalar is read by them.
+#ifndef VRX_ECC_FIELD_COMB_TABLES_HPP
+#define VRX_ECC_FIELD_COMB_TABLES_HPP
+
+#include "ecc/field/curves.hpp"
+#include "ecc/field/limbs52.hpp"
+
+namespace vrx::field {
+
+// For eight lanes. An odd k below 2^256 is a sum of 64 odd digits d_i 16^i with d_i from -15 to 15: with
+// k' = (k - 1) / 2 + 2^255 and n_i the nibbles of k', d_i = 2 n_i - 15. Lane l takes the digits 8l to 8l + 7, one a
+// round.
+inline constexpr std::size_t comb_rounds = 8;
+inline constexpr std::size_t comb_entries = 8;
+
+/** [r][e][0 for x, 1 for y][limb][l] is of (2e + 1) 16^(8l + r) G, in the form of a lane. */
+struct LaneTable {
+    std::uint64_t word[comb_rounds][comb_entries][2][limb_count][lane_count];
+};
+
+// For one point at a time. With k' = (k + 2^264 - 1) / 2 modulo q, k = sum of +-2^i over 264 bits, + where bit i of k'
+// is set. The bits 4 (6 B + t) + s for t from 0 to 5 are those of block B in step s; a step doubles what the later ones
+// made.
+inline constexpr std::size_t comb_steps = 4;
+inline constexpr std::size_t comb_teeth = 6;
+inline constexpr std::size_t comb_blocks = 11;
+inline constexpr std::size_t block_entries = std::size_t{1} << (comb_teeth - 1);
+
+/** [B][e] is (x, y) of the sum of +-2^(4 (6 B + t)) G, + for t = 5 and where bit t of e is set. Scalar elements. */
+struct WordTable {
+    std::uint64_t word[comb_blocks][block_entries][2][4];
+};
+
+struct CombTables {
+    LaneTable lanes;
+    WordTable words;
+};
+
+extern const CombTables comb_tables_test;
+extern const CombTables comb_tables_a;
+extern const CombTables comb_tables_b;
+extern const CombTables comb_tables_c;
+
+constexpr const CombTables& comb_tables(CurveTest) { return comb_tables_test; }
+constexpr const CombTables& comb_tables(CurveA) { return comb_tables_a; }
+constexpr const CombTables& comb_tables(CurveB) { return comb_tables_b; }
+constexpr const CombTables& comb_tables(CurveC) { return comb_tables_c; }
+
+}  // namespace vrx::field
+
+#endif

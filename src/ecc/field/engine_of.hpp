@@ -1,0 +1,52 @@
+// An engine from its two ways of multiplying.
+#ifndef VRX_ECC_FIELD_ENGINE_OF_HPP
+#define VRX_ECC_FIELD_ENGINE_OF_HPP
+
+#include "ecc/field/engine.hpp"
+
+namespace vrx::field {
+
+/**
+ * Methods has, for every Curve:
+ *     base<Curve>(k)      k G as an XyzzPoint, zz = 0 if not covered
+ *     point<Curve>(k, Q)  k Q as an XyzzPoint or a HomogeneousPoint, likewise
+ */
+template <typename Methods>
+struct EngineOf {
+    static bool multiply_base(CurveId id, const Words& k, AffinePoint& r) {
+        return with_curve(id,
+                          [&]<typename Curve>(Curve) { return to_affine<Curve>(Methods::template base<Curve>(k), r); });
+    }
+
+    static bool multiply(CurveId id, const Words& k, const AffinePoint& q, AffinePoint& r) {
+        return with_curve(
+            id, [&]<typename Curve>(Curve) { return to_affine<Curve>(Methods::template point<Curve>(k, q), r); });
+    }
+
+    static Answer sum_has_remainder(CurveId id, const Words& z1, const Words& z2, const AffinePoint& q,
+                                    const Words& r) {
+        return with_curve(id, [&]<typename Curve>(Curve) {
+            const XyzzPoint second = as_xyzz<Curve>(Methods::template point<Curve>(z2, q));
+            if (is_zero(z1) != 0) return has_remainder<Curve>(second.x, second.zz, r);
+            return field::sum_has_remainder<Curve>(Methods::template base<Curve>(z1), second, r);
+        });
+    }
+
+    static constexpr Engine named(const char* name, std::uint32_t needs) {
+        return {name, needs, multiply_base, multiply, sum_has_remainder};
+    }
+
+private:
+    template <typename Curve>
+    static XyzzPoint as_xyzz(const XyzzPoint& p) {
+        return p;
+    }
+    template <typename Curve>
+    static XyzzPoint as_xyzz(const HomogeneousPoint& p) {
+        return to_xyzz<Curve>(p);
+    }
+};
+
+}  // namespace vrx::field
+
+#endif

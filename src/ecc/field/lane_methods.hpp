@@ -1,0 +1,26 @@
+// The ways of multiplying in eight lanes V, for an engine.
+#ifndef VRX_ECC_FIELD_LANE_METHODS_HPP
+#define VRX_ECC_FIELD_LANE_METHODS_HPP
+
+#include "ecc/field/comb.hpp"
+#include "ecc/field/ladder.hpp"
+
+namespace vrx::field {
+
+template <typename V>
+struct LaneMethods {
+    template <typename Curve>
+    static XyzzPoint base(const Words& k) {
+        return comb_multiply<V, Curve>(k);
+    }
+    template <typename Curve>
+    static HomogeneousPoint point(const Words& k, const AffinePoint& q) {
+        using S = typename Curve::Field;
+        const Words x = S::enter(q.x);
+        return with_y<Curve>(ladder<V, Curve>(k, x), x, S::enter(q.y));
+    }
+};
+
+}  // namespace vrx::field
+
+#endif

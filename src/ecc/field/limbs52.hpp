@@ -1,0 +1,77 @@
+// 256-bit numbers as five limbs of 52 bits: the form of a field element in a lane of a vector.
+#ifndef VRX_ECC_FIELD_LIMBS52_HPP
+#define VRX_ECC_FIELD_LIMBS52_HPP
+
+#include "ecc/field/modulus.hpp"
+
+namespace vrx::field {
+
+inline constexpr std::size_t lane_count = 8;
+inline constexpr std::size_t limb_count = 5;
+inline constexpr std::uint64_t mask52 = (std::uint64_t{1} << 52) - 1;
+
+struct Limbs52 {
+    std::uint64_t limb[limb_count];
+};
+
+constexpr Limbs52 to_limbs52(const Words& a) {
+    return {{a[0] & mask52, (a[0] >> 52 | a[1] << 12) & mask52, (a[1] >> 40 | a[2] << 24) & mask52,
+             (a[2] >> 28 | a[3] << 36) & mask52, a[3] >> 16}};
+}
+
+/** For carried limbs; bits from 2^256 on are lost. */
+constexpr Words from_limbs52(const Limbs52& a) {
+    return {a.limb[0] | a.limb[1] << 52, a.limb[1] >> 12 | a.limb[2] << 40, a.limb[2] >> 24 | a.limb[3] << 28,
+            a.limb[3] >> 36 | a.limb[4] << 16};
+}
+
+/** n times a number of 256 bits, limb by limb (not carried). */
+constexpr Limbs52 multiple(const Words& a, std::uint64_t n) {
+    Limbs52 r = to_limbs52(a);
+    for (std::uint64_t& limb : r.limb) limb *= n;
+    return r;
+}
+
+/** How a scalar element of the modulus S goes into a lane: as it is. */
+template <typename S>
+struct LaneForm {
+    static constexpr Limbs52 enter(const Words& a) { return to_limbs52(a); }
+    static constexpr Words leave(const Words& a) { return a; }
+};
+
+/** Montgomery's form is by 2^260 in a lane, by 2^256 elsewhere. */
+template <Words m>
+struct LaneForm<Montgomery<m>> {
+    using Scalar = Montgomery<m>;
+
+    static constexpr Limbs52 enter(Words a) {
+        for (int i = 0; i < 4; ++i) a = Scalar::add(a, a);
+        return to_limbs52(a);
+    }
+    static constexpr Words leave(const Words& a) { return Scalar::mul(a, one_sixteenth); }
+
+private:
+    /** 2^252: multiplying by it in Montgomery's form halves four times. */
+    static constexpr Words one_sixteenth = {0, 0, 0, std::uint64_t{1} << 60};
+};
+
+/** The scalar element in one lane: carried limbs of a value below 2.1 p. */
+template <typename S>
+constexpr Words scalar_of(const Limbs52& a) {
+    const Words low = from_limbs52(a);
+    // 2^256 modulo p, as often as the last limb reaches it: at most twice.
+    constexpr Words power = [] {
+        Words r{};
+        sub(r, Words{}, S::modulus);
+        return subtract_once(r, S::modulus);
+    }();
+    const std::uint64_t over = a.limb[4] >> 48;
+    Words sum = subtract_once(low, S::modulus);
+    sum = S::add(sum, select(mask(over & 1), power, Words{}));
+    sum = S::add(sum, select(mask(over >> 1), power, Words{}));
+    return LaneForm<S>::leave(sum);
+}
+
+}  // namespace vrx::field
+
+#endif

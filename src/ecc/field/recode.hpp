@@ -1,0 +1,24 @@
+// Scalars as the digits that combs and windows read. No branch and no address depends on a value.
+#ifndef VRX_ECC_FIELD_RECODE_HPP
+#define VRX_ECC_FIELD_RECODE_HPP
+
+#include "ecc/field/words.hpp"
+
+namespace vrx::field {
+
+/** The odd one of k and q - k, for an odd q; `even` is all ones where that is q - k. */
+constexpr Words odd_one(const Words& k, const Words& q, std::uint64_t& even) {
+    even = mask(1 ^ (k[0] & 1));
+    Words other{};
+    sub(other, q, k);
+    return select(even, other, k);
+}
+
+/** floor(k / 2) + high 2^255 */
+constexpr Words halved(const Words& k, std::uint64_t high) {
+    return {k[0] >> 1 | k[1] << 63, k[1] >> 1 | k[2] << 63, k[2] >> 1 | k[3] << 63, k[3] >> 1 | high << 63};
+}
+
+}  // namespace vrx::field
+
+#endif
