@@ -1,6 +1,7 @@
 // Key agreement and key diversification (RFC 4357, sections 5.2 and 6.5).
 #include <cstring>
 
+#include "ecc/fast.hpp"
 #include "ecc/multiply.hpp"
 #include "frame/bytes.hpp"
 #include "frame/log.hpp"
@@ -18,6 +19,8 @@ namespace {
 EcPoint shared_point(const EcParamSet& set, const std::uint8_t* ukm, const Number& d, const EcPoint& public_key) {
     Number u{};
     std::memcpy(u.digits, ukm, VRX_UKM_SIZE);
+    EcPoint r{};
+    if (fast_agree(set, u, d, public_key, r)) return r;
     const Residue t = Residue(d, set.q) * Residue(u, set.q);
     return point_multiple(set, public_key, t.number());
 }

@@ -53,8 +53,8 @@ constexpr Affine<F> multiple_from_bottom(const Affine<F>& p, Number k, const F& 
     return r;
 }
 
-/** How deep the stack of the functions below may hold parts of a scalar; see leaving_no_trace(). */
-inline constexpr std::size_t multiple_stack = 4096;
+/** How deep the stack of the functions below, engines included, may hold parts of a scalar; see leaving_no_trace(). */
+inline constexpr std::size_t multiple_stack = 12288;
 
 /** k G from the table of a set. */
 EcPoint table_multiple(const EcParamSet& set, const Number& k);

@@ -142,6 +142,15 @@ namespace vrx::ecc {
 
 std::span<const DecimalSet, VRX_ECC_SET_COUNT> decimal_sets() { return decimals; }
 
+const EcParamSet& original_set(field::CurveId curve) {
+    using field::CurveId;
+    static_assert(CurveId::test < CurveId::a && CurveId::a < CurveId::b && CurveId::b < CurveId::c);
+    static constinit const EcParamSet originals[] = {
+        record(decimals[0], nullptr, nullptr), record(decimals[1], nullptr, nullptr, &tables.a),
+        record(decimals[2], nullptr, nullptr, &tables.b), record(decimals[3], nullptr, nullptr, &tables.c)};
+    return originals[static_cast<std::size_t>(curve)];
+}
+
 }  // namespace vrx::ecc
 
 EcParamSet* get_GOSTR3410_par(std::uint32_t index) { return index < VRX_ECC_SET_COUNT ? &cp_ecc_par[index] : nullptr; }

@@ -4,6 +4,7 @@
 
 #include <span>
 
+#include "ecc/field/curves.hpp"
 #include "ecc/residue.hpp"
 
 namespace vrx::ecc {
@@ -20,6 +21,9 @@ struct DecimalSet {
 };
 
 std::span<const DecimalSet, VRX_ECC_SET_COUNT> decimal_sets();
+
+/** The built-in set of a curve as it was when the library was loaded: cp_ecc_par is writable. Without identifiers. */
+const EcParamSet& original_set(field::CurveId curve);
 
 /** y^2 = (x^2 + a) x + b modulo p. */
 inline bool on_curve(const EcParamSet& set, const EcPoint& point) {

@@ -16,7 +16,7 @@ int random_scalar(RND_FUNC rnd, std::uint32_t* out, const std::uint32_t* q) {
     do {
         // Deliberate: the message names the signing function also when a key is made.
         if (Getbig_RND(rnd, out, q) != 0) return log::condition("ecSign", "Getbig_RND failed", VRX_ERR_RANDOM);
-    } while (mpIsZero(out, digit_count) != 0);
+    } while (is_publicly_zero(out));
     return VRX_OK;
 }
 
@@ -26,13 +26,13 @@ int ecSign(const EcParamSet* set, const std::uint32_t* digest, RND_FUNC rnd, con
     if (digest == nullptr || set == nullptr || sig == nullptr || d == nullptr) return log::bad_params("ecSign");
     Secret<Number> k;
     if (const int rc = random_scalar(rnd, k.value.digits, set->q)) return rc;
-    *sig = leaving_no_trace<multiple_stack>([&] { return sign(*set, digest_number(*set, digest), k.value, load(d)); });
+    *sig = leaving_no_trace<multiple_stack>([&] { return sign(*set, digest, k.value, load(d)); });
     return VRX_OK;
 }
 
 int ecVerify(const EcParamSet* set, const std::uint32_t* digest, const EcPoint* Q, const EcSignature* sig) {
     if (set == nullptr || digest == nullptr || sig == nullptr || Q == nullptr) return log::bad_params("ecVerify");
-    if (!verify(*set, digest_number(*set, digest), *Q, *sig))
+    if (!verify(*set, digest, *Q, *sig))
         return log::condition("ecVerify", "Signature verification failed", VRX_ERR_FAILED);
     return VRX_OK;
 }
@@ -59,6 +59,7 @@ int Getbig_RND(RND_FUNC rnd, std::uint32_t* out, const std::uint32_t* q) {
     Secret<Number> n;
     static_assert(sizeof n.value == VRX_RND_SIZE);
     if (rnd(n.value.digits, VRX_RND_SIZE) != 0) return log::failed_step("RND_FUNC", VRX_ERR_FAILED);
+    if (leaving_no_trace([&] { return fast_magnitude(q, n.value, out); })) return VRX_OK;
     mpAbs(n.value.digits, n.value.digits, digit_count);
     mpModulo(out, n.value.digits, digit_count, q, digit_count);
     return VRX_OK;

@@ -6,6 +6,7 @@
 
 #include "ecc/field/curves.hpp"
 #include "ecc/field/divsteps.hpp"
+#include "frame/outcome.hpp"
 
 namespace vrx::field {
 
@@ -70,25 +71,25 @@ constexpr bool is_on_curve(const AffinePoint& point) {
     return is_element_zero<S>(S::sub(S::sqr(y), right));
 }
 
-/** Whether there is an affine point, which then is in r. Branches on the outcome. Cost: one inversion. */
+/** Whether there is an affine point, which then is in r. Cost: one inversion. */
 template <typename Curve>
-constexpr bool to_affine(const XyzzPoint& point, AffinePoint& r) {
+bool to_affine(const XyzzPoint& point, AffinePoint& r) {
     using S = typename Curve::Field;
     const Words i3 = inverse_element<S>(point.zzz);
     const Words i1 = S::mul(i3, point.zz);
     r.x = S::canonical(S::mul(point.x, S::sqr(i1)));
     r.y = S::canonical(S::mul(point.y, i3));
-    return !is_element_zero<S>(i3);
+    return public_outcome(1 ^ is_zero(S::canonical(i3)));
 }
 
 /** As above. */
 template <typename Curve>
-constexpr bool to_affine(const HomogeneousPoint& point, AffinePoint& r) {
+bool to_affine(const HomogeneousPoint& point, AffinePoint& r) {
     using S = typename Curve::Field;
     const Words i = inverse_element<S>(point.z);
     r.x = S::canonical(S::mul(point.x, i));
     r.y = S::canonical(S::mul(point.y, i));
-    return !is_element_zero<S>(i);
+    return public_outcome(1 ^ is_zero(S::canonical(i)));
 }
 
 template <typename Curve>

@@ -1,0 +1,35 @@
+// Arithmetic modulo the order q of a base point, in time that depends on no value. Numbers are plain.
+#ifndef VRX_ECC_FIELD_ORDER_HPP
+#define VRX_ECC_FIELD_ORDER_HPP
+
+#include "ecc/field/curves.hpp"
+#include "ecc/field/divsteps.hpp"
+
+namespace vrx::field {
+
+/** low + high 2^256: any nine digits. */
+struct Nine {
+    Words low;
+    std::uint64_t high;
+};
+
+template <typename Curve>
+struct Order {
+    using S = Montgomery<Curve::q>;
+
+    static constexpr Words reduced(const Nine& n) {
+        // What enters Montgomery's form is multiplied by 2^256.
+        return S::add(subtract_once(n.low, Curve::q), S::enter({n.high, 0, 0, 0}));
+    }
+    static constexpr Words product(const Words& a, const Words& b) { return S::mul(S::enter(a), b); }
+    static constexpr Words sum(const Words& a, const Words& b) { return S::add(a, b); }
+    static constexpr Words negative(const Words& a) { return S::sub(Words{}, a); }
+    static constexpr Words inverse(const Words& a) {
+        constexpr OddModulus modulus(Curve::q);
+        return field::inverse(a, modulus);
+    }
+};
+
+}  // namespace vrx::field
+
+#endif
