@@ -20,9 +20,9 @@ void store_point(EcPoint& point, const AffinePoint& words) {
 /** The number of a digest modulo q, 0 replaced by 1. */
 template <typename Curve>
 Words digest_words(const std::uint32_t* digest) {
-    Nine n{};
-    static_assert(sizeof n.low == VRX_ECC_DIGEST_WORDS * sizeof *digest);
-    std::memcpy(n.low.data(), digest, sizeof n.low);
+    Words n;
+    static_assert(sizeof n == VRX_ECC_DIGEST_WORDS * sizeof *digest);
+    std::memcpy(n.data(), digest, sizeof n);
     Words e = Order<Curve>::reduced(n);
     e[0] |= field::is_zero(e);
     return e;
@@ -63,10 +63,9 @@ bool fast_sign(const EcParamSet& set, const std::uint32_t* digest, const Number&
         return false;
     with_curve(curve, [&]<typename Curve>(Curve) {
         using Q = Order<Curve>;
-        const Words r = Q::reduced({product.x, 0});
+        const Words r = Q::reduced(product.x);
         store(sig.r, r);
-        store(sig.s,
-              Q::sum(Q::product(r, Q::reduced(to_nine(d.digits))), Q::product(scalar, digest_words<Curve>(digest))));
+        store(sig.s, Q::sum_of_products(r, Q::reduced(to_nine(d.digits)), scalar, digest_words<Curve>(digest)));
     });
     return true;
 }

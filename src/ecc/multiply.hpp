@@ -54,7 +54,7 @@ constexpr Affine<F> multiple_from_bottom(const Affine<F>& p, Number k, const F& 
 }
 
 /** How deep the stack of the functions below, engines included, may hold parts of a scalar; see leaving_no_trace(). */
-inline constexpr std::size_t multiple_stack = 12288;
+inline constexpr std::size_t multiple_stack = 14336;
 
 /** k G from the table of a set. */
 EcPoint table_multiple(const EcParamSet& set, const Number& k);

@@ -45,8 +45,14 @@ int ecGenerateKeyPair(const EcParamSet* set, RND_FUNC rnd, std::uint32_t* d, EcP
 
 int ecGeneratePublicKey(const EcParamSet* set, const std::uint32_t* d, EcPoint* Q) {
     if (set == nullptr || d == nullptr || Q == nullptr) return log::bad_params("ecGeneratePublicKey");
-    *Q = leaving_no_trace<multiple_stack>([&] { return base_multiple(*set, load(d)); });
-    return ecCheckPublicKey(set, Q);
+    bool covered = false;
+    *Q = leaving_no_trace<multiple_stack>([&] {
+        EcPoint r{};
+        covered = fast_base_multiple(*set, load(d), r);
+        return covered ? r : base_multiple(*set, load(d));
+    });
+    // Multiples of a built-in base point are on its curve.
+    return covered ? VRX_OK : ecCheckPublicKey(set, Q);
 }
 
 int ecCheckPublicKey(const EcParamSet* set, const EcPoint* Q) {

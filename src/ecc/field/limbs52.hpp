@@ -67,7 +67,7 @@ constexpr Words scalar_of(const Limbs52& a) {
     }();
     const std::uint64_t over = a.limb[4] >> 48;
     Words sum = subtract_once(low, S::modulus);
-    sum = S::add(sum, select(mask(over & 1), power, Words{}));
+    sum = S::add(sum, select(mask((over & 1) | over >> 1), power, Words{}));
     sum = S::add(sum, select(mask(over >> 1), power, Words{}));
     return LaneForm<S>::leave(sum);
 }

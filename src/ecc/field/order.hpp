@@ -17,12 +17,16 @@ template <typename Curve>
 struct Order {
     using S = Montgomery<Curve::q>;
 
+    static constexpr Words reduced(const Words& n) { return subtract_once(n, Curve::q); }
     static constexpr Words reduced(const Nine& n) {
         // What enters Montgomery's form is multiplied by 2^256.
-        return S::add(subtract_once(n.low, Curve::q), S::enter({n.high, 0, 0, 0}));
+        return S::add(reduced(n.low), S::enter({n.high, 0, 0, 0}));
     }
     static constexpr Words product(const Words& a, const Words& b) { return S::mul(S::enter(a), b); }
-    static constexpr Words sum(const Words& a, const Words& b) { return S::add(a, b); }
+    /** a b + u v */
+    static constexpr Words sum_of_products(const Words& a, const Words& b, const Words& u, const Words& v) {
+        return S::enter(S::add(S::mul(a, b), S::mul(u, v)));
+    }
     static constexpr Words negative(const Words& a) { return S::sub(Words{}, a); }
     static constexpr Words inverse(const Words& a) {
         constexpr OddModulus modulus(Curve::q);

@@ -1,0 +1,172 @@
+// Scalar field elements, loosely held, against reduction of whole numbers; and inverses by division steps.
+#include "ecc/field/divsteps.hpp"
+#include "ecc/field/order.hpp"
+#include "ecc/field/words_support.hpp"
+
+using namespace vrx::test;
+using namespace vrx::field;
+
+namespace {
+
+/** For moduli whose elements are plain numbers, whatever their representative. */
+template <typename S>
+void check_plain(const Words& a, const Words& b) {
+    const Digits m = digits_of(S::modulus);
+    const Digits x = digits_of(a);
+    const Digits y = digits_of(b);
+    const auto same = [&m](const Words& r, const Digits& expected) {
+        return reduced(digits_of(r), m) == expected && digits_of(S::canonical(r)) == expected;
+    };
+    ASSERT_TRUE(same(S::mul(a, b), ::product(x, y, m))) << x << " * " << y;
+    ASSERT_TRUE(same(S::sqr(a), ::product(x, x, m))) << x;
+    ASSERT_TRUE(same(S::add(a, b), ::sum(x, y, m))) << x << " + " << y;
+    ASSERT_TRUE(same(S::sub(a, b), ::difference(x, y, m))) << x << " - " << y;
+    ASSERT_TRUE(same(a, reduced(x, m))) << x;
+}
+
+/** For moduli in Montgomery's form, whose elements stay below them. */
+template <typename S>
+void check_montgomery(const Words& a, const Words& b) {
+    const Digits m = digits_of(S::modulus);
+    const Digits x = digits_of(a);
+    const Digits y = digits_of(b);
+    const Words u = S::enter(a);
+    const Words v = S::enter(b);
+    const auto same = [&m](const Words& r, const Digits& expected) {
+        return reduced(digits_of(r), m) == digits_of(r) && digits_of(S::canonical(r)) == expected;
+    };
+    ASSERT_TRUE(same(u, reduced(x, m))) << x;
+    ASSERT_TRUE(same(S::mul(u, v), ::product(x, y, m))) << x << " * " << y;
+    ASSERT_TRUE(same(S::sqr(u), ::product(x, x, m))) << x;
+    ASSERT_TRUE(same(S::add(u, v), ::sum(x, y, m))) << x << " + " << y;
+    ASSERT_TRUE(same(S::sub(u, v), ::difference(x, y, m))) << x << " - " << y;
+    // Of any numbers the product is right; only its factors' representatives are not kept below the modulus.
+    ASSERT_EQ(digits_of(S::canonical(S::mul(u, b))), digits_of(S::canonical(S::mul(u, S::mul(v, {1, 0, 0, 0})))));
+}
+
+template <typename S, typename Check>
+void check_pairs(const Check& check) {
+    Random random;
+    std::vector<Words> numbers = edges(S::modulus);
+    for (int i = 0; i < 40; ++i) numbers.push_back(random_words(random));
+    for (const Words& a : numbers)
+        for (const Words& b : numbers) {
+            check(a, b);
+            if (testing::Test::HasFatalFailure()) return;
+        }
+}
+
+TEST(scalar_fields, work_as_whole_numbers_at_every_pair_of_edges) {
+    check_pairs<CurveA::Field>(check_plain<CurveA::Field>);
+    check_pairs<CurveB::Field>(check_plain<CurveB::Field>);
+    check_pairs<CurveTest::Field>(check_plain<CurveTest::Field>);
+    check_pairs<CurveC::Field>(check_montgomery<CurveC::Field>);
+}
+
+TEST(scalar_fields, of_the_orders_work_as_whole_numbers_at_every_pair_of_edges) {
+    for_each_curve([]<typename Curve>(Curve) {
+        using S = Montgomery<Curve::q>;
+        check_pairs<S>(check_montgomery<S>);
+    });
+}
+
+TEST(orders, arithmetic_is_that_of_digits) {
+    Random random;
+    for_each_curve([&]<typename Curve>(Curve) {
+        using Q = Order<Curve>;
+        const Digits q = digits_of(Curve::q);
+        std::vector<Words> numbers = edges(Curve::q);
+        for (int i = 0; i < 100; ++i) numbers.push_back(random_words(random));
+        Words before = {5, 0, 0, 0};
+        for (const Words& n : numbers)
+            for (const std::uint64_t high : {0u, 1u, 0x7FFFFFFFu, 0xFFFFFFFFu, random.word()}) {
+                Digits nine = digits_of(n);
+                nine.d[VRX_ECC_DIGITS - 1] = static_cast<std::uint32_t>(high);
+                const Words r = Q::reduced(Nine{n, high});
+                ASSERT_EQ(digits_of(r), reduced(nine, q)) << nine;
+                ASSERT_EQ(digits_of(Q::product(r, before)), ::product(digits_of(r), digits_of(before), q));
+                ASSERT_EQ(digits_of(Q::negative(r)), difference(Digits(), digits_of(r), q));
+                ASSERT_EQ(digits_of(Q::sum_of_products(r, before, before, before)),
+                          ::product(digits_of(before), ::sum(digits_of(r), digits_of(before), q), q));
+                before = r;
+            }
+    });
+}
+
+/** x u = 1 modulo m, or u = 0 where x and m have a common factor. */
+void check_inverse(const Words& x, const Words& m) {
+    const Digits u = digits_of(inverse(x, OddModulus(m)));
+    Digits gcd;
+    mpGcd(gcd.data(), digits_of(x).data(), digits_of(m).data(), VRX_ECC_DIGITS);
+    ASSERT_EQ(reduced(u, digits_of(m)), u) << digits_of(x) << " modulo " << digits_of(m);
+    ASSERT_EQ(::product(u, digits_of(x), digits_of(m)), gcd == Digits(1) ? Digits(1) : Digits())
+        << digits_of(x) << " modulo " << digits_of(m);
+    if (gcd != Digits(1)) {
+        ASSERT_EQ(u, Digits());
+    }
+}
+
+TEST(division_steps, find_inverses_modulo_the_primes_and_orders) {
+    Random random;
+    for_each_curve([&]<typename Curve>(Curve) {
+        for (const Words& m : {Curve::Field::modulus, Curve::q}) {
+            std::vector<Words> numbers = edges(m);
+            for (int i = 0; i < 500; ++i) numbers.push_back(random_words(random));
+            for (const Words& x : numbers) {
+                check_inverse(words_of(reduced(digits_of(x), digits_of(m))), m);
+                if (testing::Test::HasFatalFailure()) return;
+            }
+        }
+    });
+}
+
+TEST(division_steps, find_inverses_modulo_odd_numbers_of_every_length) {
+    Random random;
+    for (unsigned bits = 2; bits <= 256; ++bits)
+        for (int i = 0; i < 20; ++i) {
+            Digits m = digits_of(random_words(random));
+            mpModPowerOf2(m.data(), VRX_ECC_DIGITS, bits);
+            m.d[(bits - 1) / 32] |= 1u << (bits - 1) % 32;
+            m.d[0] |= 1;
+            for (const Digits& x : {digits_of(random_words(random)), difference(Digits(), Digits(1), m), Digits(15)}) {
+                check_inverse(words_of(reduced(x, m)), words_of(m));
+                if (testing::Test::HasFatalFailure()) return;
+            }
+        }
+}
+
+TEST(division_steps, find_all_inverses_modulo_small_odd_numbers) {
+    for (std::uint64_t m = 3; m < 130; m += 2)
+        for (std::uint64_t x = 0; x < m; ++x) check_inverse({x, 0, 0, 0}, {m, 0, 0, 0});
+}
+
+TEST(division_steps, find_that_there_is_no_inverse_modulo_long_numbers) {
+    // 2^256 - 1 = 3 5 17 257 641 65537 ...
+    const Words m = {~0ull, ~0ull, ~0ull, ~0ull};
+    for (const std::uint64_t factor : {3ull, 5ull, 17ull, 257ull, 641ull, 65537ull, 6700417ull, 4294967297ull}) {
+        check_inverse({factor, 0, 0, 0}, m);
+        check_inverse({0, factor, 0, factor}, m);
+        check_inverse({factor, factor, factor, factor - 1}, m);
+    }
+}
+
+// They are to be seen at work, not only to agree: a matrix of a batch is 2^62 times unimodular, up to its sign.
+TEST(division_steps, take_59_steps_a_batch) {
+    Random random;
+    for (int i = 0; i < 1000; ++i) {
+        const std::uint64_t f = random.value<std::uint64_t>() | 1;
+        const std::uint64_t g = random.value<std::uint64_t>();
+        Matrix t{};
+        const std::int64_t zeta = batch_of_steps(-1 - static_cast<std::int64_t>(random.below(20)), f, g, t);
+        const i128 determinant = i128{t.u} * t.r - i128{t.v} * t.q;
+        const i128 power = i128{1} << (59 + 6);
+        ASSERT_TRUE(determinant == power || determinant == -power);
+        ASSERT_LT(zeta, 70);
+        // Both rows clear the low bits.
+        const auto u = [](std::int64_t n) { return static_cast<std::uint64_t>(n); };
+        ASSERT_EQ((u(t.u) * f + u(t.v) * g) & mask62, 0u);
+        ASSERT_EQ((u(t.q) * f + u(t.r) * g) & mask62, 0u);
+    }
+}
+
+}  // namespace
