@@ -113,8 +113,9 @@ bool fast_magnitude(const std::uint32_t* q, const Number& n, std::uint32_t* out)
 }
 
 bool is_publicly_zero(const std::uint32_t* digits) {
-    const Nine n = to_nine(digits);
-    return public_outcome(field::is_zero(n.low) & (n.high - 1) >> 63);
+    std::uint64_t any = 0;
+    for (unsigned i = 0; i < digit_count; ++i) any |= digits[i];
+    return public_outcome((any - 1) >> 63);
 }
 
 }  // namespace vrx::ecc

@@ -74,6 +74,52 @@ protected:
 INSTANTIATE_TEST_SUITE_P(sets, wiping, testing::Values(0u, 1u, 2u, 3u),
                          [](const auto& i) { return short_name(i.param); });
 
+/**
+ * Words that differ between what two calls leave, where `known` does not hold them: secrets, or made of them. Words
+ * with two bytes of zeros in front are addresses: each call has a stack of its own.
+ */
+std::size_t words_of_secrets(const Bytes& one, const Bytes& other, const Bytes& known) {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i + 8 <= one.size(); i += 8) {
+        const std::span<const std::uint8_t> word(one.data() + i, 8);
+        if (std::memcmp(word.data(), other.data() + i, 8) == 0 || (word[6] == 0 && word[7] == 0)) continue;
+        count += std::search(known.begin(), known.end(), word.begin(), word.end()) == known.end();
+    }
+    return count;
+}
+
+template <typename Record>
+Bytes bytes_of(const Record& record) {
+    Bytes bytes(sizeof record);
+    std::memcpy(bytes.data(), &record, sizeof record);
+    return bytes;
+}
+
+// Nothing on the way may be left, whatever it is called: vectors, multiples, inverses.
+TEST_P(wiping, what_is_left_does_not_depend_on_keys_and_nonces) {
+    const std::uint32_t digest[VRX_ECC_DIGEST_WORDS] = {random.word(), random.word(), 3, 4, 5, 6, 7, random.word()};
+    const vrx_data oid{VRX_PAR_OID_SIZE, const_cast<std::uint8_t*>(VRX_PAR_HASH_1_OID)};
+    const std::uint8_t ukm[VRX_UKM_SIZE] = {1, 2, 3, 4, 5, 6, 7, 8};
+    Bytes signing[3], making[3], agreeing[3];
+    Bytes signature, made;
+    EcSignature sig;
+    EcPoint q;
+    std::uint8_t kek[VRX_KEK_SIZE];
+    for (unsigned i = 0; i < 3; ++i) {  // the first run sets up what the others find
+        ASSERT_EQ(Getbig_RND(random_bytes, nonce.data(), set.q), 0);
+        ASSERT_EQ(Getbig_RND(random_bytes, d.data(), set.q), 0);
+        signing[i] = stack_after([&] { ecSign(&set, digest, next_nonce, d.data(), &sig); });
+        signature = bytes_of(sig);
+        making[i] = stack_after(
+            [&] { set.has_precomp == 1 ? epMultPP(&q, d.data(), &set) : epMult(&q, &set.G, d.data(), &set); });
+        made = bytes_of(q);
+        agreeing[i] = stack_after([&] { ecMakeKEK(&set, &oid, ukm, d.data(), &key, kek); });
+    }
+    EXPECT_EQ(words_of_secrets(signing[2], signing[1], signature), 0u);
+    EXPECT_EQ(words_of_secrets(making[2], making[1], made), 0u);
+    EXPECT_EQ(words_of_secrets(agreeing[2], agreeing[1], {}), 0u);
+}
+
 // The instrument: without the wiping, the scalar or what was made of it is seen.
 TEST_P(wiping, a_multiple_without_wiping_is_found) {
     add_scalar(k, set.G);
