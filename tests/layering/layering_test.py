@@ -21,7 +21,7 @@ BELOW = {
     "gost28147": {"tz", "frame"},
     "gostr3411": {"tz", "frame"},
     "sha1": {"frame"},
-    "ecc/bigdigits": {"frame"},
+    "ecc/bigdigits": {"ecc/field", "frame"},
     "ecc/field": {"frame"},
     "ecc": {"ecc/bigdigits", "ecc/field", "gostr3411", "gost28147", "tz", "frame"},
 }
@@ -32,10 +32,13 @@ ORDER = {
     "gostr3411": ["step", "hash", "hmac", "kdf"],
     "sha1": ["compress", "hash"],
     "ecc/bigdigits": [
-        "words", "multiply", "columns", "division", "arithmetic", "modular", "prime", "convert",
+        "words", "multiply", "columns", "division", "lehmer", "arithmetic", "modular", "prime", "convert",
     ],
-    "ecc/field": ["field", "curve", "comb"],
-    "ecc": ["residue", "params", "point", "multiply", "generate", "sign", "agree", "octets"],
+    "ecc/field": [
+        "words", "modulus", "divsteps", "curves", "points", "order", "limbs52", "recode", "comb_tables",
+        "word_multiply", "lanes", "lane_points", "comb", "ladder", "lane_methods", "engine", "engine_of",
+    ],
+    "ecc": ["residue", "params", "covered", "fast", "point", "multiply", "generate", "sign", "agree", "octets"],
 }
 
 # The folder that a public header belongs to; export.h and vrx.h are nobody's.

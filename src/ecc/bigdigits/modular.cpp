@@ -2,9 +2,12 @@
 
 #include <algorithm>
 
+#include "ecc/bigdigits/lehmer.hpp"
+#include "ecc/field/divsteps.hpp"
 #include "vrx/bigdigits.h"
 
 using namespace vrx::bigdigits;
+namespace field = vrx::field;
 
 namespace {
 
@@ -91,44 +94,104 @@ int mpModMult(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, 
     });
 }
 
+namespace {
+
+using InverseSpace = Workspace<7 * max_words + 5>;
+
+/** inv = 1 / u modulo m by division steps, for an odd m above 1 of at most four words. */
+bool inverse_by_division_steps(Word* inv, Word* u, const Word* m, std::size_t n, InverseSpace& space) {
+    using field::Words;
+    Modulus(space.take(n), m, n).reduce(u, n);
+    const auto padded = [n](const Word* from) {
+        Words words{};
+        std::copy_n(from, std::min(n, words.size()), words.begin());
+        return words;
+    };
+    const Words inverse = field::inverse(padded(u), field::OddModulus(padded(m)));
+    clear(inv, n);
+    std::copy_n(inverse.begin(), std::min(n, inverse.size()), inv);
+    return significant(inv, n) != 0;
+}
+
+/** inv = 1 / u modulo m by Euclid's algorithm, by many steps at a time. */
+bool inverse_by_euclid(Word* inv, Word* u, const Word* m, std::size_t n, InverseSpace& space) {
+    // (x, y) = (u, m) with xc u = +-x and yc u = -+y modulo m; the cofactors stay at most m, and their signs alternate.
+    Word* x = u;
+    Word* y = space.take(n + 1);
+    Word* xc = inv;
+    Word* yc = space.take(n);
+    Word* room[] = {space.take(n + 1), space.take(n + 1)};
+    copy(y, m, n);
+    clear(xc, n);
+    clear(yc, n);
+    xc[0] = 1;
+    bool positive = true;
+    const auto apply_to_cofactors = [&](const Steps& s) {
+        sum_of_multiples(room[0], s.a, xc, s.b, yc, n);
+        sum_of_multiples(room[1], s.c, xc, s.d, yc, n);
+        copy(xc, room[0], n);
+        copy(yc, room[1], n);
+        positive ^= s.odd;
+    };
+    for (std::size_t used; (used = significant(y, n)) != 0;) {
+        Steps s;
+        const bool same_length = significant(x, n) == used && compare(x, y, n) >= 0;
+        if (same_length && used == 1) {
+            apply_to_cofactors(all_steps(x[0], y[0]));
+            break;
+        }
+        if (same_length) {
+            Wide x_top, y_top;
+            leading(x, y, used, x_top, y_top);
+            s = leading_steps(x_top, y_top);
+        }
+        if (s.any()) {
+            const Word *from = x, *less = y;
+            if (s.odd) std::swap(from, less);
+            difference_of_multiples(room[0], s.odd ? s.b : s.a, from, s.odd ? s.a : s.b, less, used);
+            difference_of_multiples(room[1], s.odd ? s.c : s.d, less, s.odd ? s.d : s.c, from, used);
+            copy(x, room[0], used);
+            copy(y, room[1], used);
+            apply_to_cofactors(s);
+            continue;
+        }
+        euclid_step(y, x, n, room[0], [=](const Word* quotient, std::size_t count) {
+            const std::size_t length = significant(yc, n);
+            const std::size_t rows = length == 0 ? 0 : significant(quotient, count);
+            for (std::size_t i = 0; i < rows; ++i) {
+                // Nothing stands there yet: xc is no longer than yc. A sum of at most m has no carry out of n words.
+                const Word carry = multiply_add(xc + i, yc, length, quotient[i]);
+                if (i + length < n) xc[i + length] = carry;
+            }
+        });
+        std::swap(xc, yc);
+        positive = !positive;
+    }
+    const bool exists = is_one(x, n);
+    if (!exists)
+        clear(inv, n);
+    else if (!positive)
+        subtract(inv, m, xc, n);
+    else if (xc != inv)
+        copy(inv, xc, n);
+    return exists;
+}
+
+}  // namespace
+
 int mpModInv(std::uint32_t* inv, const std::uint32_t* u, const std::uint32_t* m, std::uint64_t ndigits) {
     if (ndigits == 0) return 1;
-    // Euclid's algorithm on (x3, y3) = (u, m), with x1 u = +-x3 and y1 u = -+y3 modulo m; the cofactors stay below m,
-    // and their signs alternate.
     const std::size_t n = words_for(ndigits);
-    Workspace<7 * max_words + 4> space;
+    InverseSpace space;
     return without_trace([&] {
         const Word* modulus = space.copy(m, ndigits);
-        Word* x1 = space.take(n);
-        Word* y1 = space.take(n);
-        Word* x3 = space.take(n + 1);
-        Word* y3 = space.take(n + 1);
-        Word* room = space.take(n);
-        clear(x1, n);
-        clear(y1, n);
-        x1[0] = 1;
-        load(x3, u, ndigits);
-        load(y3, m, ndigits);
-        bool positive = true;
-        while (significant(y3, n) != 0) {
-            euclid_step(y3, x3, n, room, [=](const Word* quotient, std::size_t count) {
-                const std::size_t used = significant(y1, n);
-                const std::size_t rows = used == 0 ? 0 : significant(quotient, count);
-                for (std::size_t i = 0; i < rows; ++i) {
-                    // Nothing stands there yet: x1 is no longer than y1. A sum below m has no carry out of n words.
-                    const Word carry = multiply_add(x1 + i, y1, used, quotient[i]);
-                    if (i + used < n) x1[i + used] = carry;
-                }
-            });
-            std::swap(x1, y1);
-            positive = !positive;
-        }
-        const bool exists = is_one(x3, n);
-        if (!exists)
-            clear(x1, n);
-        else if (!positive)
-            subtract(x1, modulus, x1, n);
-        store(inv, ndigits, x1, n);
+        Word* x = space.take(n + 1);
+        Word* result = space.take(n);
+        load(x, u, ndigits);
+        const bool short_and_odd = modulus[0] % 2 == 1 && significant(modulus, n) <= 4 && !is_one(modulus, n);
+        const bool exists = short_and_odd ? inverse_by_division_steps(result, x, modulus, n, space)
+                                          : inverse_by_euclid(result, x, modulus, n, space);
+        store(inv, ndigits, result, n);
         return exists ? 0 : 1;
     });
 }

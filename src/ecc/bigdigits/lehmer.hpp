@@ -1,0 +1,94 @@
+// Many steps of Euclid's algorithm at once, from the leading words of long numbers (D. H. Lehmer, 1938; D. E. Knuth,
+// The Art of Computer Programming 2, section 4.5.2, algorithm L).
+#ifndef VRX_ECC_BIGDIGITS_LEHMER_HPP
+#define VRX_ECC_BIGDIGITS_LEHMER_HPP
+
+#include "ecc/bigdigits/multiply.hpp"
+
+namespace vrx::bigdigits {
+
+/**
+ * What some steps make of (x, y), x >= y: (a x - b y, d y - c x) after an even number of them, and the negatives of
+ * these after an odd number. No step: a = d = 1 and b = c = 0.
+ */
+struct Steps {
+    Word a = 1, b = 0, c = 0, d = 1;
+    bool odd = false;
+
+    /** One more, with this quotient. */
+    void add(Word quotient) {
+        const Word next_c = a + quotient * c;
+        const Word next_d = b + quotient * d;
+        a = c;
+        b = d;
+        c = next_c;
+        d = next_d;
+        odd = !odd;
+    }
+    [[nodiscard]] bool any() const { return b != 0; }
+};
+
+/** The steps on x >= y that can be told from x and y divided by a common power of two: x below 2^126, rounded down. */
+inline Steps leading_steps(Wide x, Wide y) {
+    Steps s;
+    // While y is above 2^64, and x began below 2^126, all of a to d stay below 2^62.
+    while (high(y) != 0) {
+        // What was cut off leaves the true quotient between these two (the cofactors' signs alternate).
+        const Wide one = s.odd ? x - s.a : x + s.a;
+        const Wide one_by = s.odd ? y + s.c : y - s.c;
+        const Wide other = s.odd ? x + s.b : x - s.b;
+        const Wide other_by = s.odd ? y - s.d : y + s.d;
+        Word quotient = 0;
+        Wide rest = one;
+        for (; rest >= one_by && quotient < 4; ++quotient) rest -= one_by;  // most are small
+        if (rest >= one_by) quotient = low(one / one_by);
+        if (other < quotient * other_by || other - quotient * other_by >= other_by) break;
+        const Wide next = x - quotient * y;
+        x = y;
+        y = next;
+        s.add(quotient);
+    }
+    return s;
+}
+
+/** All steps on x >= y, until y is 0 and x their greatest common divisor. */
+inline Steps all_steps(Word& x, Word& y) {
+    Steps s;
+    while (y != 0) {
+        const Word quotient = x / y;
+        s.add(quotient);
+        x -= quotient * y;
+        std::swap(x, y);
+    }
+    return s;
+}
+
+/** w = a x - b y, which is not negative and fits n words. */
+inline void difference_of_multiples(Word* w, Word a, const Word* x, Word b, const Word* y, std::size_t n) {
+    clear(w, n);
+    multiply_add(w, x, n, a);
+    multiply_subtract(w, y, n, b);
+}
+
+/** w = a x + b y, which fits n words. */
+inline void sum_of_multiples(Word* w, Word a, const Word* x, Word b, const Word* y, std::size_t n) {
+    clear(w, n);
+    multiply_add(w, x, n, a);
+    multiply_add(w, y, n, b);
+}
+
+/** The leading 126 bits of x, and of y what stands in the same places; n > 1 words of each, the top word of x is not 0.
+ */
+inline void leading(const Word* x, const Word* y, std::size_t n, Wide& x_top, Wide& y_top) {
+    const unsigned shift = static_cast<unsigned>(std::countl_zero(x[n - 1]));
+    const auto top = [=](const Word* u) {
+        const Word below = n > 2 ? u[n - 3] >> 1 >> (word_bits - 1 - shift) : 0;
+        return (wide(u[n - 1], u[n - 2]) << shift | below) >> 2;
+    };
+    x_top = top(x);
+    y_top = top(y);
+}
+
+}  // namespace vrx::bigdigits
+
+#endif
