@@ -80,7 +80,7 @@ Answer fast_verify(const EcParamSet& set, const std::uint32_t* digest, const EcP
     if (!covers_point(curve, public_key, point)) return Answer::not_covered;
     return with_curve(curve, [&]<typename Curve>(Curve) {
         using Q = Order<Curve>;
-        const Words v = Q::inverse(digest_words<Curve>(digest));
+        const Words v = Q::inverse_vartime(digest_words<Curve>(digest));
         const Words z1 = Q::product(v, Q::reduced(to_nine(sig.s)));
         const Words z2 = Q::negative(Q::product(v, r));
         return field::engine().sum_has_remainder(curve, z1, z2, point, r);

@@ -107,7 +107,7 @@ bool inverse_by_division_steps(Word* inv, Word* u, const Word* m, std::size_t n,
         std::copy_n(from, std::min(n, words.size()), words.begin());
         return words;
     };
-    const Words inverse = field::inverse(padded(u), field::OddModulus(padded(m)));
+    const Words inverse = field::inverse_vartime(padded(u), field::OddModulus(padded(m)));
     clear(inv, n);
     std::copy_n(inverse.begin(), std::min(n, inverse.size()), inv);
     return significant(inv, n) != 0;

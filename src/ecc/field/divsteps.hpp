@@ -9,6 +9,10 @@
 #ifndef VRX_ECC_FIELD_DIVSTEPS_HPP
 #define VRX_ECC_FIELD_DIVSTEPS_HPP
 
+#include <algorithm>
+#include <bit>
+#include <utility>
+
 #include "ecc/field/words.hpp"
 
 namespace vrx::field {
@@ -95,6 +99,41 @@ constexpr std::int64_t batch_of_steps(std::int64_t zeta, std::uint64_t f, std::u
     return zeta;
 }
 
+/**
+ * 62 steps for public numbers, which begin with delta = 1: zeros of g are shifted out together, and so many of its bits
+ * are cleared at once as are sure to come before the next exchange. eta is -delta.
+ */
+constexpr std::int64_t batch_of_steps_vartime(std::int64_t eta, std::uint64_t f, std::uint64_t g, Matrix& t) {
+    std::uint64_t u = 1;
+    std::uint64_t v = 0;
+    std::uint64_t q = 0;
+    std::uint64_t r = 1;
+    for (int left = 62;;) {
+        const int zeros = std::countr_zero(g | ~std::uint64_t{0} << left);
+        g >>= zeros;
+        u <<= zeros;
+        v <<= zeros;
+        eta -= zeros;
+        left -= zeros;
+        if (left == 0) break;
+        if (eta < 0) {
+            eta = -eta;
+            f = std::exchange(g, std::uint64_t{0} - f);
+            u = std::exchange(q, std::uint64_t{0} - u);
+            v = std::exchange(r, std::uint64_t{0} - v);
+        }
+        // f (f^2 - 2) is -1 / f modulo 2^6.
+        const std::int64_t bits = std::min<std::int64_t>({eta + 1, left, 6});
+        const std::uint64_t w = g * f * (f * f - 2) & ((std::uint64_t{1} << bits) - 1);
+        g += f * w;
+        q += u * w;
+        r += v * w;
+    }
+    t = {static_cast<std::int64_t>(u), static_cast<std::int64_t>(v), static_cast<std::int64_t>(q),
+         static_cast<std::int64_t>(r)};
+    return eta;
+}
+
 /** (f, g) times the matrix, divided by 2^62, which is exact. */
 constexpr void apply(Limbs62& f, Limbs62& g, const Matrix& t) {
     i128 cf = i128{t.u} * f[0] + i128{t.v} * g[0];
@@ -176,6 +215,10 @@ constexpr std::uint64_t is_unit(const Limbs62& a) {
     return mask(1 ^ (is_nonzero(plus) & is_nonzero(minus)));
 }
 
+constexpr std::uint64_t low_word(const Limbs62& a) {
+    return static_cast<std::uint64_t>(a[0]) | static_cast<std::uint64_t>(a[1]) << 62;
+}
+
 /**
  * 1 / x modulo m for 0 <= x < m, or 0 where there is none. Time depends on neither.
  * Cost: ten batches of 59 steps.
@@ -188,13 +231,28 @@ constexpr Words inverse(const Words& x, const OddModulus& m) {
     std::int64_t zeta = -1;
     for (int i = 0; i < 10; ++i) {
         Matrix t{};
-        zeta = batch_of_steps(zeta, static_cast<std::uint64_t>(f[0]) | static_cast<std::uint64_t>(f[1]) << 62,
-                              static_cast<std::uint64_t>(g[0]) | static_cast<std::uint64_t>(g[1]) << 62, t);
+        zeta = batch_of_steps(zeta, low_word(f), low_word(g), t);
         apply_modulo(d, e, t, m);
         apply(f, g, t);
     }
     const std::uint64_t exists = is_unit(f);
     return select(exists, from_limbs62(normalised(d, f[4] >> 63, m)), Words{});
+}
+
+/** The same for public numbers. */
+constexpr Words inverse_vartime(const Words& x, const OddModulus& m) {
+    Limbs62 f = m.limbs;
+    Limbs62 g = to_limbs62(x);
+    Limbs62 d{};
+    Limbs62 e{1};
+    std::int64_t eta = -1;
+    while (g != Limbs62{}) {
+        Matrix t{};
+        eta = batch_of_steps_vartime(eta, low_word(f), low_word(g), t);
+        apply_modulo(d, e, t, m);
+        apply(f, g, t);
+    }
+    return is_unit(f) == 0 ? Words{} : from_limbs62(normalised(d, f[4] >> 63, m));
 }
 
 }  // namespace vrx::field

@@ -1,4 +1,5 @@
-// Arithmetic modulo the order q of a base point, in time that depends on no value. Numbers are plain.
+// Arithmetic modulo the order q of a base point, in time that depends on no value where the name does not say so.
+// Numbers are plain.
 #ifndef VRX_ECC_FIELD_ORDER_HPP
 #define VRX_ECC_FIELD_ORDER_HPP
 
@@ -28,9 +29,9 @@ struct Order {
         return S::enter(S::add(S::mul(a, b), S::mul(u, v)));
     }
     static constexpr Words negative(const Words& a) { return S::sub(Words{}, a); }
-    static constexpr Words inverse(const Words& a) {
+    static constexpr Words inverse_vartime(const Words& a) {
         constexpr OddModulus modulus(Curve::q);
-        return field::inverse(a, modulus);
+        return field::inverse_vartime(a, modulus);
     }
 };
 

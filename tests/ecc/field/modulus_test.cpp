@@ -96,6 +96,7 @@ TEST(orders, arithmetic_is_that_of_digits) {
 /** x u = 1 modulo m, or u = 0 where x and m have a common factor. */
 void check_inverse(const Words& x, const Words& m) {
     const Digits u = digits_of(inverse(x, OddModulus(m)));
+    ASSERT_EQ(digits_of(inverse_vartime(x, OddModulus(m))), u) << digits_of(x) << " modulo " << digits_of(m);
     Digits gcd;
     mpGcd(gcd.data(), digits_of(x).data(), digits_of(m).data(), VRX_ECC_DIGITS);
     ASSERT_EQ(reduced(u, digits_of(m)), u) << digits_of(x) << " modulo " << digits_of(m);
