@@ -91,7 +91,7 @@ Digit short_remainder(Digit* q, const Digit* u, Digit d, std::uint64_t n) {
     Workspace<1> space;
     Word* remainder = space.take(1);
     short_division<with_quotient>(remainder, q, u, d, n);
-    wipe_frames_below();
+    wipe_frames_below<usual_frames>();
     return low_digit(*remainder);
 }
 

@@ -75,10 +75,15 @@ inline void store(Digit* digits, std::uint64_t ndigits, const Word* w, std::size
     std::fill_n(digits + there, ndigits - there, Digit{0});
 }
 
+/** Words that are about a third more than the deepest operation but inversion needs, and what that needs. */
+inline constexpr std::size_t usual_frames = 161;
+inline constexpr std::size_t inversion_frames = 241;
+
 /** Clear the stack below the caller's frame: there the functions that it called kept what did not fit in registers. */
-[[gnu::noinline]] inline void wipe_frames_below() {
-    // About a third more than the deepest operation needs. The odd number leaves no gap below the return address.
-    Word frames[161];
+template <std::size_t words>
+[[gnu::noinline]] void wipe_frames_below() {
+    static_assert(words % 2 == 1, "leaves no gap below the return address");
+    Word frames[words];
     std::size_t size = sizeof frames;
     asm("" : "+r"(size));  // what the compiler makes of a size that it knows is three times as slow
     wipe(frames, size);
@@ -90,10 +95,10 @@ template <typename F>
 }
 
 /** The result of f, which leaves no trace on the stack. Its arrays belong to the caller's frame, in a Workspace. */
-template <typename F>
+template <std::size_t frames = usual_frames, typename F>
 auto without_trace(F f) {
     const auto result = in_own_frame(f);
-    wipe_frames_below();
+    wipe_frames_below<frames>();
     return result;
 }
 

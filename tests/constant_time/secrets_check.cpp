@@ -1,0 +1,90 @@
+// Signing, keys and agreement on secrets that valgrind takes for uninitialised memory: it reports every branch and
+// every address that depends on one. Usage: secrets_check ENGINE; engine "none" works by the general methods, which are
+// to be reported.
+#include <valgrind/memcheck.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "ecc/field/engines.hpp"
+#include "vrx.h"
+
+namespace {
+
+constexpr std::uint32_t digits = VRX_ECC_DIGITS;
+
+template <typename T>
+void make_secret(T& value) {
+    static_cast<void>(VALGRIND_MAKE_MEM_UNDEFINED(&value, sizeof value));
+}
+template <typename T>
+void make_public(T& value) {
+    static_cast<void>(VALGRIND_MAKE_MEM_DEFINED(&value, sizeof value));
+}
+
+struct Number {
+    std::uint32_t d[digits];
+};
+
+// Odd and even, long and short, one above q and a negative one.
+constexpr Number secrets[] = {
+    {{0x89abcdef, 0x01234567, 0xdeadbeef, 0x0badcafe, 0x13579bdf, 0x2468ace0, 0x11111111, 0x22222222, 0}},
+    {{0x89abcdee, 0x01234567, 0xdeadbeef, 0, 0, 0, 0, 0, 0}},
+    {{5, 0, 0, 0, 0, 0, 0, 0xffffffff, 0x12345678}},
+    {{0xfffffff1, 0xffffffff, 0xffffffff, 0xffffffff, 0xffffffff, 0x7fffffff, 0xffffffff, 0xffffffff, 0xffffffff}},
+};
+Number nonce;
+
+int secret_bytes(void* buffer, std::uint32_t length) {
+    std::memcpy(buffer, &nonce, length);
+    static_cast<void>(VALGRIND_MAKE_MEM_UNDEFINED(buffer, length));
+    return 0;
+}
+
+bool works(const EcParamSet& set, const Number& secret) {
+    constexpr std::uint32_t digest[VRX_ECC_DIGEST_WORDS] = {1, 2, 3, 4, 5, 6, 7, 8};
+    const vrx_data oid{VRX_PAR_OID_SIZE, const_cast<std::uint8_t*>(VRX_PAR_HASH_1_OID)};
+    constexpr std::uint8_t ukm[VRX_UKM_SIZE] = {1, 2, 3, 4, 5, 6, 7, 8};
+
+    nonce = secret;
+    Number d{};
+    EcPoint key;
+    if (ecGenerateKeyPair(&set, secret_bytes, d.d, &key) != VRX_OK) return false;
+    make_public(key);
+    EcPoint again;
+    if (ecGeneratePublicKey(&set, d.d, &again) != VRX_OK) return false;
+    make_public(again);
+
+    EcSignature sig;
+    if (ecSign(&set, digest, secret_bytes, d.d, &sig) != VRX_OK) return false;
+    make_public(sig);
+    if (ecVerify(&set, digest, &key, &sig) != VRX_OK) return false;
+
+    // Keys of nine digits are reduced first.
+    Number any = secret;
+    make_secret(any);
+    if (ecSign(&set, digest, secret_bytes, any.d, &sig) != VRX_OK) return false;
+    make_public(sig);
+
+    std::uint8_t kek[VRX_KEK_SIZE];
+    EcPoint peer;
+    Number three = {{3}};
+    if (ecGeneratePublicKey(&set, three.d, &peer) != VRX_OK) return false;
+    make_public(peer);
+    return ecMakeKEK(&set, &oid, ukm, d.d, &peer, kek) == VRX_OK;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const auto* engine = argc == 2 ? vrx::test::engine_named(argv[1]) : nullptr;
+    if (engine == nullptr) {
+        std::fputs("usage: secrets_check ENGINE\n", stderr);
+        return 2;
+    }
+    const vrx::test::ForcedEngine forced(*engine);
+    for (std::uint32_t i = 0; i < 4; ++i)
+        for (const Number& secret : secrets)
+            if (!works(*get_GOSTR3410_par(i), secret)) return 1;
+    return 0;
+}
