@@ -77,17 +77,18 @@ int run_sign(const Command& self, int argc, char** argv) {
 /** A signature file in one of the three forms, which its length tells apart. */
 EcSignature load_signature(const std::string& path) {
     Input file(path);
-    const Failure other_form(file.shown() +
-                             " is not a signature: 64 bytes, or the same as hexadecimal digits or base64");
+    const auto other_form = [&file] {
+        return Failure(file.shown() + " is not a signature: 64 bytes, or the same as hexadecimal digits or base64");
+    };
     SecretBytes content;
     while (content.append_from(file))
-        if (content.bytes().size() > longest_signature) throw other_form;
+        if (content.bytes().size() > longest_signature) throw other_form();
     const std::string_view text = without_line_end(content.text());
     std::array<std::uint8_t, VRX_SIGNATURE_SIZE> octets;
     if (content.bytes().size() == octets.size()) {
         std::copy(content.bytes().begin(), content.bytes().end(), octets.begin());
     } else if (text.size() != 2 * octets.size() || !from_hex(text, octets)) {
-        if (!der::decode_base64(content) || content.bytes().size() != octets.size()) throw other_form;
+        if (!der::decode_base64(content) || content.bytes().size() != octets.size()) throw other_form();
         std::copy(content.bytes().begin(), content.bytes().end(), octets.begin());
     }
     EcSignature signature;

@@ -68,9 +68,10 @@ public:
     explicit KeyPlanes(Key key) {
         for (unsigned i = 0; i < VRX_KEY_WORDS; ++i)
             for (unsigned k = 0; k < 4; ++k) {
-                const auto byte = static_cast<std::uint8_t>(key[i] >> 8 * k);
-                word_[i].minus[k] = Plane::repeated(static_cast<std::uint8_t>(-byte));
-                if (k < 3) word_[i].some[k] = Plane::repeated(byte != 0 ? 0xff : 0);
+                const std::uint32_t minus = 0U - (key[i] >> 8 * k & 0xff);
+                word_[i].minus[k] = Plane::repeated(static_cast<std::uint8_t>(minus));
+                // A comparison may become a branch on the key; this does not.
+                if (k < 3) word_[i].some[k] = Plane::repeated(static_cast<std::uint8_t>(minus >> 8));
             }
     }
     KeyPlanes(const KeyPlanes&) = delete;

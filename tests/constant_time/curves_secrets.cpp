@@ -1,6 +1,6 @@
 // Signing, keys and agreement on secrets that valgrind takes for uninitialised memory: it reports every branch and
-// every address that depends on one. Usage: secrets_check ENGINE; engine "none" works by the general methods, which are
-// to be reported.
+// every address that depends on one. Usage: curves_secrets ENGINE; engine "none" works by the general methods, which
+// are to be reported.
 #include <valgrind/memcheck.h>
 
 #include <cstdio>
@@ -79,7 +79,7 @@ bool works(const EcParamSet& set, const Number& secret) {
 int main(int argc, char** argv) {
     const auto* engine = argc == 2 ? vrx::test::engine_named(argv[1]) : nullptr;
     if (engine == nullptr) {
-        std::fputs("usage: secrets_check ENGINE\n", stderr);
+        std::fputs("usage: curves_secrets ENGINE\n", stderr);
         return 2;
     }
     const vrx::test::ForcedEngine forced(*engine);

@@ -1,0 +1,57 @@
+// The modes, instruction by instruction: what each executes and which memory it names has to be the same for every key
+// and all data. This covers what the memory checker cannot run. Usage: cipher_trace ENGINE | control
+#include <cstdio>
+#include <random>
+#include <string_view>
+
+#include "cipher_work.hpp"
+#include "trace.hpp"
+
+namespace {
+
+using namespace vrx::test;
+
+constexpr std::size_t runs = 4;
+
+bool is_constant(const char* what, const std::function<void(CipherSecrets&)>& operation) {
+    static CipherSecrets secrets;
+    const auto traces = traces_of([&] {
+        std::mt19937 random(1);
+        for (std::size_t i = 0; i < runs; ++i) {
+            for (auto& word : secrets.key) word = static_cast<std::uint32_t>(random());
+            for (auto& byte : secrets.reg) byte = static_cast<std::uint8_t>(random());
+            for (auto& byte : secrets.data) byte = static_cast<std::uint8_t>(random());
+            trace_begins();
+            operation(secrets);
+            trace_ends();
+        }
+    });
+    return are_the_same(what, traces, runs - 1);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const vrx_tz& built_in = *TZ_by_name("tz_a");
+    const std::string_view name = argc == 2 ? argv[1] : "";
+    if (name == "control") {
+        vrx::gost28147::use(*cipher_engine_named("baseline"));
+        const auto look_up = [&](CipherSecrets& s) { run_mode(parallel_modes.front(), built_in, s, 5); };
+        return is_constant("look-ups", look_up) ? 1 : 0;
+    }
+    const auto* engine = cipher_engine_named(name);
+    if (engine == nullptr) {
+        std::fputs("this engine does not run here\n", stderr);
+        return cannot_trace;
+    }
+    vrx::gost28147::use(*engine);
+    const vrx_tz own = copy_of(built_in);
+    bool constant = true;
+    for (const vrx_tz* table : {&built_in, &own})
+        for (const auto mode : parallel_modes) {
+            for (const std::size_t blocks : {5U, 16U, 33U, 100U, 200U})
+                constant &= is_constant("blocks", [&](CipherSecrets& s) { run_mode(mode, *table, s, blocks); });
+            constant &= is_constant("sections", [&](CipherSecrets& s) { run_sections(mode, *table, s); });
+        }
+    return constant ? 0 : 1;
+}
