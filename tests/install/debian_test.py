@@ -1,0 +1,134 @@
+#!/usr/bin/env python3
+"""The Debian packages: what they need and hold, and that they install, work and go away again.
+
+They are made of the build folder, unless --packages names a folder that holds them.
+"""
+
+import os
+import re
+import shutil
+import subprocess
+import unittest
+from pathlib import Path
+
+from setting import InstallTest, clean_environment, main, setting
+
+PACKAGES = ("libvrx1", "libvrx-dev", "vrx")
+
+
+def as_root():
+    """What to put before a command that wants to be root, or None."""
+    if os.geteuid() == 0:
+        return []
+    prefix = ["unshare", "--user", "--map-root-user"]
+    return prefix if subprocess.run([*prefix, "true"], check=False, capture_output=True).returncode == 0 else None
+
+
+@unittest.skipUnless(shutil.which("dpkg-shlibdeps") and shutil.which("cpack"), "this is not Debian, or dpkg-dev is missing")
+class Debian(InstallTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.folder = Path(setting.packages or cls.scratch / "packages").resolve()
+        if not setting.packages:
+            cls().run_program("cpack", "--config", Path(setting.build) / "CPackConfig.cmake", "-B", cls.folder,
+                              cwd=cls.scratch, env=clean_environment())
+        cls.paths = {name: next(cls.folder.glob(f"{name}_*.deb")) for name in PACKAGES}
+
+    def field(self, package, name):
+        return self.run_program("dpkg-deb", "--field", self.paths[package], name).strip()
+
+    def unpacked(self, package):
+        root = self.scratch / f"unpacked-{package}"
+        self.run_program("dpkg-deb", "--extract", self.paths[package], root)
+        return root, self.files(root)
+
+    def depends(self, package):
+        """Package names, each with what it says of the version."""
+        found = re.findall(r"([^\s,(]+)(?: \(([^)]*)\))?", self.field(package, "Depends"))
+        return dict(found)
+
+    def test_there_are_these_and_no_more(self):
+        self.assertEqual(sorted(path.name.split("_")[0] for path in self.folder.glob("*.deb")), sorted(PACKAGES))
+        for name in PACKAGES:
+            self.assertEqual(self.field(name, "Version"), setting.version)
+            self.assertIn("\n", self.field(name, "Description"))
+
+    def test_the_library_needs_the_c_library_alone(self):
+        self.assertEqual(list(self.depends("libvrx1")), ["libc6"])
+
+    def test_the_others_need_the_library_of_the_same_version(self):
+        self.assertEqual(self.depends("libvrx-dev"), {"libvrx1": f"= {setting.version}", "libc6-dev": ""})
+        program = self.depends("vrx")
+        self.assertEqual(sorted(program), ["libc6", "libgcc-s1", "libstdc++6", "libvrx1"])
+        self.assertEqual(program["libvrx1"], f"= {setting.version}")
+
+    def test_programs_of_others_learn_which_package_to_need(self):
+        root = self.scratch / "control"
+        self.run_program("dpkg-deb", "--control", self.paths["libvrx1"], root)
+        self.assertEqual((root / "shlibs").read_text().strip(), f"libvrx 1 libvrx1 (>= {setting.version})")
+
+    def test_each_file_is_in_its_package(self):
+        _, library = self.unpacked("libvrx1")
+        self.assertEqual([Path(name).name for name in library],
+                         ["libvrx.so.1", f"libvrx.so.{setting.version}", "copyright"])
+        root, development = self.unpacked("libvrx-dev")
+        self.assertTrue({"usr/include/vrx.h", "usr/include/vrx/frame.h"} <= set(development))
+        self.assertTrue({"libvrx.so", "libvrx.a", "vrx.pc", "vrx-config.cmake"} <= {Path(n).name for n in development})
+        _, program = self.unpacked("vrx")
+        self.assertIn("usr/bin/vrx", program)
+        everything = library + development + program
+        self.assertEqual(len(everything), len(set(everything)), "two packages hold the same file")
+        self.assertEqual([name for name in everything if not name.startswith("usr/")], [])
+
+    def test_they_install_work_and_go_away(self):
+        before = as_root()
+        if before is None:
+            self.skipTest("neither root nor user namespaces")
+        root = self.scratch / "root"
+        admin = root / "var/lib/dpkg"
+        for folder in ("info", "updates", "triggers"):
+            (admin / folder).mkdir(parents=True)
+        # The packages that these need are taken from this machine's list, so that dpkg checks the versions.
+        needed = {name for package in PACKAGES for name in self.depends(package)} - set(PACKAGES)
+        stanzas = [self.run_program("dpkg-query", "--status", name) for name in sorted(needed)]
+        alone = ["\n".join(line for line in stanza.splitlines() if line.split(":")[0] not in ("Depends", "Pre-Depends"))
+                 for stanza in stanzas]
+        (admin / "status").write_text("\n\n".join(alone) + "\n", encoding="utf-8")
+        # The linker's cache is the machine's: what the packages ask for is only noted.
+        tools = self.scratch / "tools"
+        tools.mkdir()
+        (tools / "ldconfig").write_text(f"#!/bin/sh\necho called >> {self.scratch}/ldconfig.log\n", encoding="ascii")
+        (tools / "ldconfig").chmod(0o755)
+        environment = clean_environment(PATH=f"{tools}:{os.environ['PATH']}", LC_ALL="C.UTF-8")
+        dpkg = [*before, "dpkg", f"--root={root}", "--force-script-chrootless", f"--log={self.scratch}/dpkg.log"]
+
+        # A program cannot come before its library.
+        self.run_program(*dpkg, "--install", self.paths["vrx"], ok=False, env=environment)
+        self.run_program(*dpkg, "--purge", "vrx", env=environment)
+        self.assertEqual(self.files(root / "usr"), [])
+
+        self.run_program(*dpkg, "--install", *self.paths.values(), env=environment)
+        self.assertIn("called", (self.scratch / "ldconfig.log").read_text())
+        libraries = next(root.glob("usr/**/libvrx.so.1")).parent
+        loads = clean_environment(LD_LIBRARY_PATH=str(libraries))
+        self.assertIn(f"vrx {setting.version}", self.run_program(root / "usr/bin/vrx", "version", env=loads))
+        self.assertIn(f"=> {libraries}/libvrx.so.1",
+                      self.run_program(root / "usr/bin/vrx", env=loads | {"LD_TRACE_LOADED_OBJECTS": "1"}))
+        program = self.scratch / "first"
+        self.run_program(setting.cc, "-std=c11", f"-I{root}/usr/include", Path(setting.source) / "examples/first.c",
+                         "-o", program, f"-L{libraries}", "-lvrx")
+        self.assertEqual(self.run_program(program, env=loads),
+                         (Path(setting.source) / "examples/first.expected").read_text(encoding="utf-8"))
+
+        # The library stays as long as the program wants it.
+        self.run_program(*dpkg, "--remove", "libvrx1", ok=False, env=environment)
+        self.run_program(*dpkg, "--remove", *PACKAGES, env=environment)
+        self.assertEqual([str(path) for path in (root / "usr").rglob("*")], [])
+        self.run_program(*dpkg, "--purge", *PACKAGES, env=environment)
+        self.assertEqual(list((admin / "info").glob("*vrx*")), [])
+        self.assertNotIn("Package: vrx", (admin / "status").read_text(encoding="utf-8"))
+
+
+if __name__ == "__main__":
+    main(packages="")

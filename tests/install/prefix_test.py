@@ -1,0 +1,117 @@
+#!/usr/bin/env python3
+"""cmake --install into a scratch prefix, and programs of users that are built against it."""
+
+import shutil
+from pathlib import Path
+
+from setting import InstallTest, clean_environment, main, setting
+
+HERE = Path(__file__).resolve().parent
+
+
+class Prefix(InstallTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.prefix = cls.scratch / "prefix"
+        cls.install(cls(), cls.prefix)
+        cls.examples = sorted((Path(setting.source) / "examples").glob("*.c")) + \
+            sorted((Path(setting.source) / "examples").glob("*.cpp"))
+
+    def install(self, prefix, *options):
+        self.run_program(setting.cmake, "--install", setting.build, "--prefix", prefix, *options, env=clean_environment())
+
+    def libraries(self, prefix):
+        return next(Path(prefix).glob("**/libvrx.so.1")).parent
+
+    def says_what_is_expected(self, program, **environment):
+        """Examples without arguments print what stands beside them."""
+        expected = Path(setting.source) / "examples" / f"{program.name}.expected"
+        if program.name != "mac":
+            printed = self.run_program(program, env=clean_environment(**environment))
+            self.assertEqual(printed, expected.read_text(encoding="utf-8"), program)
+
+    def build_with_cmake(self, prefix, folder, *options):
+        folder = self.scratch / folder
+        sources = ";".join(map(str, self.examples))
+        self.run_program(setting.cmake, "-S", HERE / "consumer", "-B", folder, "-G", setting.generator,
+                         f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_C_COMPILER={setting.cc}",
+                         f"-DCMAKE_CXX_COMPILER={setting.cxx}", f"-DSOURCES={sources}", *options, env=clean_environment())
+        self.run_program(setting.cmake, "--build", folder, env=clean_environment())
+        return [folder / source.stem for source in self.examples]
+
+    def test_everything_is_where_it_belongs(self):
+        files = self.files(self.prefix)
+        headers = sorted(str(path.relative_to(setting.source)) for path in (Path(setting.source) / "include").rglob("*.h*"))
+        self.assertEqual([name for name in files if name.startswith("include/")], headers)
+        libraries = self.libraries(self.prefix).relative_to(self.prefix)
+        for name in ("bin/vrx", f"{libraries}/libvrx.a", f"{libraries}/libvrx.so", f"{libraries}/libvrx.so.1",
+                     f"{libraries}/libvrx.so.{setting.version}", f"{libraries}/pkgconfig/vrx.pc",
+                     f"{libraries}/cmake/vrx/vrx-config.cmake", f"{libraries}/cmake/vrx/vrx-config-version.cmake"):
+            self.assertIn(name, files)
+        manual = sorted(path.name for path in Path(setting.source).glob("man/*.[13]"))
+        self.assertEqual(sorted(Path(name).name for name in files if name.startswith("share/man/")), manual)
+        completions = [path for path in Path(setting.source).glob("app/completion/*")
+                       if path.name[0] == "_" or path.suffix == ".bash"]
+        installed = [name for name in files if "completion" in name or "site-functions" in name]
+        self.assertEqual(len(installed), len(completions))
+
+    def test_nothing_says_where_it_was_built(self):
+        for name in self.files(self.prefix):
+            if name.endswith((".cmake", ".pc", ".h", ".hpp")):
+                text = (self.prefix / name).read_text(encoding="utf-8")
+                self.assertNotIn(setting.build, text, name)
+                self.assertNotIn(str(setting.source), text, name)
+
+    def test_the_program_finds_its_library(self):
+        self.assertIn(f"vrx {setting.version}", self.run_program(self.prefix / "bin/vrx", "version", env=clean_environment()))
+
+    def test_cmake_finds_the_library(self):
+        for program in self.build_with_cmake(self.prefix, "shared"):
+            self.says_what_is_expected(program)
+            self.assertIn("libvrx.so.1", self.run_program("readelf", "-d", program))
+
+    def test_cmake_finds_the_static_library(self):
+        for program in self.build_with_cmake(self.prefix, "static", "-DSTATIC=ON"):
+            self.says_what_is_expected(program)
+            self.assertNotIn("libvrx.so", self.run_program("readelf", "-d", program))
+
+    def test_cmake_refuses_another_major_version(self):
+        folder = self.scratch / "version"
+        folder.mkdir()
+        for version, found in (("1", True), (setting.version, True), ("1.999", False), ("2", False), ("0.9", False)):
+            (folder / "CMakeLists.txt").write_text(
+                "cmake_minimum_required(VERSION 3.25)\nproject(version LANGUAGES C)\n"
+                f"find_package(vrx {version} REQUIRED)\n", encoding="utf-8")
+            self.run_program(setting.cmake, "-S", folder, "-B", folder / "build", f"-DCMAKE_PREFIX_PATH={self.prefix}",
+                             f"-DCMAKE_C_COMPILER={setting.cc}", ok=found, env=clean_environment())
+
+    def test_pkg_config_finds_the_library(self):
+        libraries = self.libraries(self.prefix)
+        environment = clean_environment(PKG_CONFIG_PATH=str(libraries / "pkgconfig"))
+        self.assertEqual(self.run_program("pkg-config", "--modversion", "vrx", env=environment).strip(), setting.version)
+        flags = self.run_program("pkg-config", "--cflags", "--libs", "vrx", env=environment).split()
+        for source in self.examples:
+            program = self.scratch / source.stem
+            compiler = [setting.cc, "-std=c11"] if source.suffix == ".c" else [setting.cxx, "-std=c++20"]
+            self.run_program(*compiler, source, "-o", program, *flags, env=clean_environment())
+            self.says_what_is_expected(program, LD_LIBRARY_PATH=str(libraries))
+
+    def test_an_installed_tree_may_be_moved(self):
+        here, there = self.scratch / "here", self.scratch / "there"
+        self.install(here)
+        shutil.move(here, there)
+        self.run_program(there / "bin/vrx", "version", env=clean_environment())
+        environment = clean_environment(PKG_CONFIG_PATH=str(self.libraries(there) / "pkgconfig"))
+        flags = self.run_program("pkg-config", "--cflags", "--libs", "vrx", env=environment).split()
+        self.run_program(setting.cc, self.examples[0], "-o", self.scratch / "moved", *flags, env=clean_environment())
+
+    def test_the_library_comes_without_the_rest(self):
+        alone = self.scratch / "alone"
+        self.install(alone, "--component", "library")
+        self.assertEqual([Path(name).name for name in self.files(alone)],
+                         ["libvrx.so.1", f"libvrx.so.{setting.version}", "copyright"])
+
+
+if __name__ == "__main__":
+    main()

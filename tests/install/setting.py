@@ -1,0 +1,47 @@
+"""What the tests of the installation are told on the command line, and a scratch folder for each."""
+
+import argparse
+import os
+import shutil
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+setting = argparse.Namespace()
+
+
+class InstallTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.scratch = Path(tempfile.mkdtemp(prefix="vrx-install-"))
+        cls.addClassCleanup(shutil.rmtree, cls.scratch)
+
+    def run_program(self, *command, ok=True, **options):
+        """What a program prints; that it succeeds, or fails where ok says so, is checked."""
+        run = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                             encoding="utf-8", check=False, **options)
+        self.assertEqual(run.returncode == 0, ok, f"{command}\n{run.stdout}")
+        return run.stdout
+
+    def files(self, root):
+        """Everything below a folder that is no folder, as sorted relative names."""
+        return sorted(str(path.relative_to(root)) for path in Path(root).rglob("*")
+                      if path.is_symlink() or not path.is_dir())
+
+
+def clean_environment(**more):
+    """Without the variables that let compilers, linkers and CMake find things elsewhere."""
+    misleading = ("CPATH", "LIBRARY_PATH", "LD_LIBRARY_PATH", "PKG_CONFIG_PATH", "CMAKE_PREFIX_PATH", "DESTDIR")
+    return {name: value for name, value in os.environ.items() if name not in misleading} | more
+
+
+def main(**more):
+    """Runs the tests of a file. `more` are arguments of this file's own, with their defaults."""
+    parser = argparse.ArgumentParser()
+    for name in ("source", "build", "cmake", "generator", "cc", "cxx", "version"):
+        parser.add_argument(f"--{name}")
+    for name, default in more.items():
+        parser.add_argument(f"--{name}", default=default)
+    parser.parse_args(namespace=setting)
+    unittest.main(module="__main__", argv=[__file__], verbosity=2)
