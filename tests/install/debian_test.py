@@ -73,7 +73,7 @@ class Debian(InstallTest):
         self.assertEqual([Path(name).name for name in library],
                          ["libvrx.so.1", f"libvrx.so.{setting.version}", "copyright"])
         root, development = self.unpacked("libvrx-dev")
-        self.assertTrue({"usr/include/vrx.h", "usr/include/vrx/frame.h"} <= set(development))
+        self.assertTrue({"usr/include/vrx.h", "usr/include/vrx.hpp", "usr/include/vrx/frame.h"} <= set(development))
         self.assertTrue({"libvrx.so", "libvrx.a", "vrx.pc", "vrx-config.cmake"} <= {Path(n).name for n in development})
         _, program = self.unpacked("vrx")
         self.assertIn("usr/bin/vrx", program)

@@ -41,7 +41,7 @@ ORDER = {
     "ecc": ["residue", "params", "covered", "fast", "point", "multiply", "generate", "sign", "agree", "octets"],
 }
 
-# The folder that a public header belongs to; export.h and vrx.h are nobody's.
+# The folder that a public header for C belongs to; export.h and vrx.h are nobody's, nor is random.h, which stands alone.
 OWNER = {
     "frame": "frame",
     "tz": "tz",
@@ -65,8 +65,12 @@ OWNER = {
 # The one call that goes up: the library's notice asks the arithmetic for its own.
 UPWARD = ("src/frame/api.cpp", {"src/ecc/bigdigits/notice.hpp", "include/vrx/bigdigits.h"})
 
-# What a public header may take from the C library.
+# The headers for C++, which stand above those for C: each includes those before it, never those behind.
+FACE = ["result", "types", "tables", "numbers", "cipher", "hash", "curves"]
+
+# What a public header may take from the C library; and what random.h takes from the system.
 C_STANDARD = {"stddef.h", "stdint.h", "stdio.h"}
+SYSTEM = {"errno.h", "sys/random.h", "sys/types.h"}
 
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"]', re.M)
 
@@ -79,6 +83,9 @@ class Layering(unittest.TestCase):
         files = [p for p in sorted((self.project / folder).rglob("*")) if p.suffix in suffixes]
         self.assertTrue(files, folder)
         return files
+
+    def headers(self, suffix=".h"):
+        return [p for p in self.sources("include/vrx") if p.suffix == suffix]
 
     def included(self, file):
         """The project's files that a file includes, as paths from its root; and the names of all others."""
@@ -98,7 +105,7 @@ class Layering(unittest.TestCase):
             folder = path.parent.relative_to("src").as_posix()
             self.assertIn(folder, BELOW, f"{path}: a folder without a place in the picture")
             return folder
-        if path.stem in ("export", "vrx"):
+        if path.stem in ("export", "random", "vrx"):
             return None
         self.assertIn(path.stem, OWNER, f"{path}: a header without an owner")
         return OWNER[path.stem]
@@ -118,21 +125,33 @@ class Layering(unittest.TestCase):
                 self.check(file)
 
     def test_public_headers_follow_the_same_order(self):
-        for file in self.sources("include/vrx"):
+        for file in self.headers():
             with self.subTest(file.name):
-                if file.stem != "export":
-                    self.check(file)
+                self.check(file)
+
+    def test_headers_for_cxx_include_those_before_them(self):
+        for file in self.headers(".hpp"):
+            own, foreign = self.included(file)
+            with self.subTest(file.name):
+                others = {path.stem for path in own if path.suffix == ".hpp"}
+                self.assertLessEqual(others, set(FACE[:FACE.index(file.stem)]))
+                self.assertEqual([name for name in foreign if "." in name], [], "more than the C++ library")
 
     def test_public_headers_include_each_other_and_the_c_library_only(self):
         for file in self.sources("include"):
             own, foreign = self.included(file)
             self.assertTrue(all(path.parts[0] == "include" for path in own), file)
-            self.assertLessEqual(foreign, C_STANDARD, file)
+            if file.suffix == ".h":
+                self.assertTrue(all(path.suffix == ".h" for path in own), file)
+                self.assertLessEqual(foreign, C_STANDARD | (SYSTEM if file.stem == "random" else set()), file)
 
-    def test_umbrella_header_includes_every_other(self):
+    def test_umbrella_headers_include_every_other(self):
         own, _ = self.included(self.project / "include/vrx.h")
-        headers = {p.relative_to(self.project) for p in self.sources("include/vrx") if p.stem != "export"}
+        headers = {p.relative_to(self.project) for p in self.headers() if p.stem not in ("export", "random")}
         self.assertEqual(own, headers)
+        own, _ = self.included(self.project / "include/vrx.hpp")
+        self.assertEqual({p.stem for p in own if p.suffix == ".hpp"}, set(FACE))
+        self.assertEqual({str(p) for p in own if p.suffix == ".h"}, {"include/vrx.h", "include/vrx/random.h"})
 
     def test_order_within_a_folder_is_kept(self):
         for folder, order in ORDER.items():

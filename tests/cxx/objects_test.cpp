@@ -1,0 +1,396 @@
+// Objects of the headers for C++: errors, ranges, moves, and what is left of a secret.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vrx.hpp>
+
+#include "support/hex.hpp"
+#include "support/random.hpp"
+
+using namespace vrx::test;
+
+namespace {
+
+using vrx::Error;
+
+constexpr Error errors[] = {Error::failed,        Error::bad_params,     Error::random,
+                            Error::buffer_length, Error::block_multiple, Error::context_state,
+                            Error::unknown_tz,    Error::unknown_mode,   Error::unsupported_oid};
+
+int no_random(void*, std::uint32_t) { return 1; }
+
+const vrx::Key key(std::array<std::uint32_t, 8>{1, 2, 3, 4, 5, 6, 7, 8});
+const vrx::Iv iv({1, 2, 3, 4, 5, 6, 7, 8});
+
+TEST(CxxResult, errors_have_names_and_texts_of_their_own) {
+    std::set<std::string> names, texts;
+    for (const Error error : errors) {
+        EXPECT_TRUE(std::string(vrx::name(error)).starts_with("VRX_ERR_"));
+        names.insert(vrx::name(error));
+        texts.insert(vrx::text(error));
+    }
+    EXPECT_EQ(names.size(), std::size(errors));
+    EXPECT_EQ(texts.size(), std::size(errors));
+    EXPECT_STREQ(vrx::name(Error::block_multiple), "VRX_ERR_BLOCK_MULTIPLE");
+    EXPECT_STREQ(vrx::name(static_cast<Error>(-5)), "VRX_ERR_?");
+    static_assert(static_cast<int>(Error::unknown_mode) == VRX_ERR_UNKNOWN_MODE);
+}
+
+TEST(CxxResult, holds_a_value_or_an_error) {
+    vrx::Result<std::unique_ptr<int>> good(std::make_unique<int>(5));
+    EXPECT_TRUE(good.has_value());
+    EXPECT_EQ(good.code(), VRX_OK);
+    EXPECT_EQ(**good, 5);
+    EXPECT_EQ(*std::move(good).value(), 5);
+    vrx::Result<std::unique_ptr<int>> bad(Error::random);
+    EXPECT_FALSE(bad);
+    EXPECT_EQ(bad.error(), Error::random);
+    EXPECT_EQ(bad.code(), VRX_ERR_RANDOM);
+    EXPECT_EQ(*std::move(bad).value_or(std::make_unique<int>(6)), 6);
+    EXPECT_TRUE(vrx::Result<void>());
+    EXPECT_EQ(vrx::Result<void>::of(-6).error(), Error::block_multiple);
+}
+
+TEST(CxxResultDeathTest, asking_for_what_is_not_there_ends_the_process) {
+    EXPECT_DEATH((void)vrx::Result<int>(Error::failed).value(), "");
+    EXPECT_DEATH((void)vrx::Result<int>(1).error(), "");
+    EXPECT_DEATH(vrx::Result<void>(Error::failed).value(), "");
+    EXPECT_DEATH((void)vrx::Result<void>().error(), "");
+}
+
+TEST(CxxOctets, sizes_are_checked) {
+    const Bytes bytes(33);
+    EXPECT_EQ(vrx::Key::from(bytes).error(), Error::buffer_length);
+    EXPECT_EQ(vrx::Key::from(vrx::Bytes(bytes).first(31)).error(), Error::buffer_length);
+    EXPECT_TRUE(vrx::Key::from(vrx::Bytes(bytes).first(32)));
+    EXPECT_EQ(vrx::Iv::from({}).error(), Error::buffer_length);
+    EXPECT_EQ(vrx::Scalar::from_octets(Bytes(37)).error(), Error::buffer_length);
+    static_assert(!std::is_constructible_v<vrx::Key, std::array<std::uint8_t, 31>>);
+    static_assert(!std::is_convertible_v<vrx::Iv, vrx::Ukm> && !std::is_constructible_v<vrx::Digest, vrx::Iv>);
+}
+
+TEST(CxxOctets, hexadecimal_both_ways) {
+    const auto digest = vrx::Iv::from_hex("00fF10aBcDeF0123");
+    EXPECT_EQ(vrx::to_hex(digest.value()), "00ff10abcdef0123");
+    EXPECT_EQ(vrx::Iv::from_hex("00ff10abcdef01").error(), Error::buffer_length);
+    EXPECT_EQ(vrx::Iv::from_hex("00ff10abcdef012").error(), Error::buffer_length);
+    EXPECT_EQ(vrx::Iv::from_hex("00ff10abcdef012g").error(), Error::bad_params);
+    EXPECT_EQ(vrx::Key::from_hex("12").error(), Error::buffer_length);
+    const std::string text(64, 'a');
+    EXPECT_EQ(vrx::to_hex(vrx::Key::from_hex(text).value()), text);
+}
+
+TEST(CxxOctets, equal_only_when_every_byte_is) {
+    Random random;
+    for (std::size_t i = 0; i < vrx::Digest::extent; ++i) {
+        const vrx::Digest a = vrx::Digest::from(random.bytes(32)).value();
+        vrx::Digest b = a;
+        EXPECT_EQ(a, b);
+        b.data()[i] ^= 0x80;
+        EXPECT_FALSE(a == b);
+    }
+    EXPECT_FALSE(vrx::equal_in_constant_time(Bytes(3), Bytes(4)));
+}
+
+TEST(CxxRandom, the_system_gives_other_bytes_each_time) {
+    EXPECT_FALSE(vrx::Key::random().value() == vrx::Key::random().value());
+    EXPECT_EQ(vrx::system_random(nullptr, 0), 0);
+    Bytes much(100'000), more(100'000);
+    EXPECT_EQ(vrx::system_random(much.data(), 100'000), 0);
+    EXPECT_EQ(vrx_system_random(more.data(), 100'000), 0);
+    EXPECT_NE(much, more);
+    EXPECT_NE(Bytes(much.end() - 32, much.end()), Bytes(32)) << "filled to its end";
+}
+
+TEST(CxxRandom, a_source_that_fails_is_reported) {
+    EXPECT_EQ(vrx::Key::random(no_random).error(), Error::random);
+    EXPECT_EQ(vrx::Iv::random(no_random).error(), Error::random);
+    EXPECT_EQ(vrx::PrivateKey::generate(vrx::default_curve(), no_random).error(), Error::random);
+    EXPECT_EQ(vrx::Scalar::random_below(vrx::default_curve().q, no_random).error(), Error::random);
+    const auto own = vrx::PrivateKey::generate();
+    EXPECT_EQ(vrx::sign(*own, vrx::hash({}), no_random).error(), Error::random);
+}
+
+TEST(CxxCipher, buffers_are_checked_before_anything_happens) {
+    vrx::Encryptor cipher(key, iv);
+    Bytes in(20), out(19);
+    EXPECT_EQ(cipher.update(in, out).error(), Error::buffer_length);
+    EXPECT_EQ(out, Bytes(19));
+    out.resize(20);
+    EXPECT_EQ(cipher.update(in, out).value(), 20u);
+    Bytes whole(20);
+    ASSERT_TRUE(vrx::encrypt(key, iv, in, whole));
+    EXPECT_EQ(out, whole);
+}
+
+TEST(CxxCipher, bytes_of_a_block_are_held_back_also_without_a_place_to_write) {
+    const vrx::CipherParameters cbc(*vrx::cipher_table("tz_a"), vrx::Mode::cbc);
+    vrx::Encryptor cipher(key, iv, cbc);
+    const Bytes message = unhex("00112233445566778899aabbccddeeff");
+    EXPECT_EQ(cipher.output_size(5), 0u);
+    EXPECT_EQ(cipher.update(vrx::Bytes(message).first(5), {}).value(), 0u);
+    EXPECT_EQ(cipher.output_size(3), 8u);
+    EXPECT_EQ(cipher.output_size(11), 16u);
+    EXPECT_EQ(cipher.update(vrx::Bytes(message).subspan(5), {}).error(), Error::buffer_length);
+    Bytes out(16), whole(16);
+    EXPECT_EQ(cipher.update(vrx::Bytes(message).subspan(5), out).value(), 16u);
+    ASSERT_TRUE(vrx::encrypt(key, iv, message, whole, cbc));
+    EXPECT_EQ(hex(out), hex(whole));
+}
+
+TEST(CxxCipher, part_of_a_block_at_the_end_is_an_error) {
+    const vrx::CipherParameters codebook(*vrx::cipher_table("tz_a"), vrx::Mode::codebook);
+    vrx::Encryptor cipher(key, iv, codebook);
+    Bytes text(12), out(8);
+    ASSERT_TRUE(cipher.update(text, out));
+    EXPECT_EQ(cipher.finish().error(), Error::block_multiple);
+    EXPECT_EQ(vrx::encrypt(key, iv, text, text, codebook).error(), Error::block_multiple);
+}
+
+TEST(CxxCipher, a_message_ends_once) {
+    for (const vrx::Mode mode : {vrx::Mode::codebook, vrx::Mode::counter, vrx::Mode::feedback, vrx::Mode::cbc}) {
+        vrx::Encryptor cipher(key, iv, {*vrx::cipher_table("tz_a"), mode});
+        Bytes block(8);
+        EXPECT_TRUE(cipher.update(block));
+        EXPECT_TRUE(cipher.update({}));
+        EXPECT_TRUE(cipher.finish());
+        EXPECT_EQ(cipher.update(block).error(), Error::context_state);
+        EXPECT_EQ(cipher.finish().error(), Error::context_state);
+        cipher.restart();
+        EXPECT_TRUE(cipher.update(block));
+        EXPECT_TRUE(cipher.finish());
+    }
+    vrx::Mac mac(key);
+    EXPECT_TRUE(mac.update(Bytes(8)));
+    EXPECT_TRUE(mac.finish());
+    EXPECT_EQ(mac.update(Bytes(8)).error(), Error::context_state);
+    EXPECT_EQ(mac.finish().error(), Error::context_state);
+}
+
+TEST(CxxCipher, other_modes_and_empty_tables_are_refused) {
+    const vrx_tz empty{};
+    Bytes text(8);
+    EXPECT_EQ(vrx::encrypt(key, iv, text, text, {empty, vrx::Mode::counter}).error(), Error::failed);
+    EXPECT_EQ(vrx::mac(key, text, {empty, vrx::Mode::mac}).error(), Error::failed);
+    EXPECT_EQ(vrx::encrypt(key, iv, text, text, {*vrx::cipher_table(1), vrx::Mode::mac}).error(), Error::unknown_mode);
+    EXPECT_EQ(vrx::encrypt(key, iv, text, text, {*vrx::cipher_table(1), static_cast<vrx::Mode>(9)}).error(),
+              Error::unknown_mode);
+}
+
+TEST(CxxCipher, the_default_is_that_of_the_library) {
+    Bytes in(40), out(40), expected(40);
+    ASSERT_TRUE(vrx::encrypt(key, iv, in, out));
+    const vrx_gost28147_par* set = get_GOST28147_default_par();
+    vrx_crpt_ctx ctx;
+    vrx_crpt_init_context(&ctx, 1, set->tz, set->mode, 0, set->key_meshing, 0, iv.data(), key.words());
+    const vrx_data from{40, in.data()};
+    vrx_data to{40, expected.data()};
+    ASSERT_EQ(vrx_crpt_update(&ctx, &from, &to), VRX_OK);
+    EXPECT_EQ(hex(out), hex(expected));
+}
+
+// Nothing reads the bytes, so there need not be any.
+TEST(CxxPieces, long_data_is_cut_where_a_count_ends) {
+    std::vector<std::pair<std::uintptr_t, std::uint32_t>> pieces;
+    const std::uint8_t byte = 0;
+    const std::size_t size = (std::size_t{5} << 30) + 3;
+    vrx::detail::in_pieces({&byte, size}, [&](const std::uint8_t* at, std::uint32_t count) {
+        pieces.emplace_back(reinterpret_cast<std::uintptr_t>(at) - reinterpret_cast<std::uintptr_t>(&byte), count);
+    });
+    const std::vector<std::pair<std::uintptr_t, std::uint32_t>> expected{
+        {0, 1u << 31}, {std::uintptr_t{1} << 31, 1u << 31}, {std::uintptr_t{1} << 32, (1u << 30) + 3}};
+    EXPECT_EQ(pieces, expected);
+    EXPECT_EQ(vrx::hmac({&byte, size}, {&byte, 1}).error(), Error::bad_params);
+    EXPECT_EQ(vrx::pbkdf2({&byte, size}, {&byte, 1}, 1).error(), Error::bad_params);
+    EXPECT_EQ(vrx::find_hash_set({&byte, size}), nullptr);
+}
+
+TEST(CxxHash, unknown_identifiers_are_reported) {
+    const Bytes unknown = unhex("06072a850302021e09");
+    EXPECT_EQ(vrx::Hash::with(unknown).error(), Error::unsupported_oid);
+    EXPECT_EQ(vrx::hash(Bytes(1), unknown).error(), Error::unsupported_oid);
+    EXPECT_EQ(vrx::hash({}, unknown).error(), Error::unsupported_oid);
+    EXPECT_EQ(vrx::hash(Bytes(1), Bytes{}).error(), Error::bad_params);
+    EXPECT_EQ(vrx::Hmac::with(Bytes(1), unknown).error(), Error::failed);
+    EXPECT_EQ(vrx::hmac(Bytes(1), Bytes(1), unknown).error(), Error::failed);
+    EXPECT_EQ(vrx::pbkdf2(Bytes(1), Bytes(1), 1, unknown).error(), Error::failed);
+    EXPECT_EQ(vrx::pbkdf2(Bytes(1), {}, 1).error(), Error::bad_params);
+    const vrx_gostr3411_par own{9, unknown.data(), "1.2.643.2.2.30.9", "own", vrx::hash_table(0u)};
+    EXPECT_EQ(vrx::Hash::with(unknown, {&own, 1}).value().finish(), vrx::hash({}, *vrx::hash_table("tz_0")));
+}
+
+TEST(CxxHash, a_copy_goes_on_by_itself) {
+    vrx::Hash first;
+    first.update(vrx::bytes_of("one "));
+    vrx::Hash second = first;
+    first.update(vrx::bytes_of("two"));
+    second.update(vrx::bytes_of("three"));
+    EXPECT_EQ(first.finish(), vrx::hash(vrx::bytes_of("one two")));
+    EXPECT_EQ(second.finish(), vrx::hash(vrx::bytes_of("one three")));
+    EXPECT_EQ(second.finish(), vrx::hash({}));
+}
+
+TEST(CxxKeys, ranges_are_checked) {
+    const vrx::Curve& curve = vrx::default_curve();
+    EXPECT_EQ(vrx::PrivateKey::from_octets(Bytes(31), curve).error(), Error::buffer_length);
+    EXPECT_EQ(vrx::PublicKey::from_octets(Bytes(65), curve).error(), Error::buffer_length);
+    vrx::PrivateKeyOctets octets;
+    EXPECT_EQ(vrx::PrivateKey::from_octets(octets, curve).error(), Error::failed) << "0";
+    ecUnloadPrivateKeyValue(curve.q, octets.data());
+    EXPECT_EQ(vrx::PrivateKey::from_octets(octets, curve).error(), Error::failed) << "q";
+    octets.data()[0] = static_cast<std::uint8_t>(octets.data()[0] - 1);
+    EXPECT_TRUE(vrx::PrivateKey::from_octets(octets, curve)) << "q - 1";
+
+    const vrx::PublicKey good = vrx::PrivateKey::generate(curve).value().public_key().value();
+    vrx::PublicKeyOctets point = good.octets();
+    EXPECT_TRUE(vrx::PublicKey::from_octets(point, curve));
+    point.data()[0] ^= 1;
+    EXPECT_EQ(vrx::PublicKey::from_octets(point, curve).error(), Error::failed) << "not on the curve";
+    EXPECT_EQ(vrx::PublicKey::from_octets(vrx::PublicKeyOctets(), curve).error(), Error::failed) << "infinity";
+    EcPoint larger = good.point().native();
+    mpAdd(larger.x, larger.x, curve.p, VRX_ECC_DIGITS);
+    ASSERT_EQ(ecCheckPublicKey(&curve, &larger), VRX_OK);
+    EXPECT_EQ(vrx::PublicKey::from_point(vrx::Point(larger), curve).error(), Error::failed) << "x + p";
+}
+
+TEST(CxxKeys, both_ends_agree_and_strangers_do_not) {
+    const vrx::Curve& curve = vrx::curve(vrx::CurveId::xch_a);
+    const auto a = vrx::PrivateKey::generate(curve).value();
+    const auto b = vrx::PrivateKey::generate(curve).value();
+    const vrx::Ukm ukm({0, 0, 0, 0, 0, 0, 0, 1});
+    const auto one = vrx::agree(a, b.public_key().value(), ukm);
+    const auto two = vrx::agree(b, a.public_key().value(), ukm);
+    EXPECT_EQ(one.value(), two.value());
+    EXPECT_EQ(vrx::agree(a, b.public_key().value(), vrx::Ukm()).error(), Error::failed) << "a UKM of zeros";
+    const auto stranger = vrx::PrivateKey::generate(vrx::curve(vrx::CurveId::b)).value();
+    EXPECT_EQ(vrx::agree(a, stranger.public_key().value(), ukm).error(), Error::failed);
+    EXPECT_EQ(vrx::agree(a, b.public_key().value(), ukm, Bytes(9)).error(), Error::unsupported_oid);
+}
+
+TEST(CxxKeys, signatures_are_good_for_their_digest_and_key_alone) {
+    for (std::uint32_t id = 0; id < VRX_ECC_SET_COUNT; ++id) {
+        const vrx::Curve& curve = vrx::curve(static_cast<vrx::CurveId>(id));
+        const auto own = vrx::PrivateKey::generate(curve).value();
+        const auto other = vrx::PrivateKey::generate(curve).value();
+        const vrx::Digest digest = vrx::hash(vrx::bytes_of("letter"));
+        const auto signature = vrx::sign(own, digest).value();
+        EXPECT_TRUE(vrx::verify(own.public_key().value(), digest, signature));
+        EXPECT_FALSE(vrx::verify(other.public_key().value(), digest, signature));
+        EXPECT_FALSE(vrx::verify(own.public_key().value(), vrx::hash({}), signature));
+    }
+}
+
+// --- Moves and wiping ------------------------------------------------------------------------------------------------
+
+/** Whether any 4 bytes in a row of `secret` stand somewhere in `memory`. */
+bool holds_part_of(vrx::Bytes memory, vrx::Bytes secret) {
+    for (std::size_t at = 0; at + 4 <= secret.size(); at += 4)
+        if (std::ranges::search(memory, secret.subspan(at, 4)).size() == 4) return true;
+    return false;
+}
+
+/** An object in memory that outlives it. */
+template <typename Object>
+class Place {
+public:
+    template <typename... Arguments>
+    explicit Place(Arguments&&... arguments) : object_(new (memory_) Object(std::forward<Arguments>(arguments)...)) {}
+    Object& object() { return *object_; }
+    void end() { object_->~Object(); }
+    [[nodiscard]] vrx::Bytes memory() const {
+        asm volatile("" : : "r"(memory_) : "memory");
+        return memory_;
+    }
+
+private:
+    alignas(Object) std::uint8_t memory_[sizeof(Object)] = {};
+    Object* object_;
+};
+
+/** The object holds the secret; after a move, and at its end, its memory does not. */
+template <typename Object, typename... Arguments>
+void expect_forgotten(vrx::Bytes secret, Arguments&&... arguments) {
+    Place<Object> first(std::forward<Arguments>(arguments)...);
+    EXPECT_TRUE(holds_part_of(first.memory(), secret)) << "it was never there";
+    Place<Object> second(std::move(first.object()));
+    EXPECT_FALSE(holds_part_of(first.memory(), secret)) << "moved from";
+    EXPECT_TRUE(holds_part_of(second.memory(), secret));
+    first.object() = std::move(second.object());
+    EXPECT_FALSE(holds_part_of(second.memory(), secret)) << "moved from by assignment";
+    EXPECT_TRUE(holds_part_of(first.memory(), secret));
+    first.end();
+    EXPECT_FALSE(holds_part_of(first.memory(), secret)) << "ended";
+    second.end();
+}
+
+TEST(CxxWiping, secrets_go_with_their_objects) {
+    Random random;
+    const Bytes secret = random.bytes(32);
+    const std::span<const std::uint8_t, 32> bytes(secret);
+    const vrx::Key secret_key(bytes);
+    expect_forgotten<vrx::Key>(secret, bytes);
+    expect_forgotten<vrx::Digest>(secret, bytes);
+    expect_forgotten<vrx::PrivateKeyOctets>(secret, bytes);
+    expect_forgotten<vrx::Iv>(vrx::Bytes(secret).first(8), bytes.first<8>());
+    expect_forgotten<vrx::Encryptor>(secret, secret_key, iv);
+    expect_forgotten<vrx::Cipher>(secret, vrx::Direction::decrypt, secret_key, iv);
+    expect_forgotten<vrx::Mac>(secret, secret_key);
+    const auto scalar = vrx::Scalar::from_octets(vrx::Bytes(secret).first(28)).value();
+    vrx::PrivateKey from_number = vrx::PrivateKey::from_scalar(scalar).value();
+    const vrx::PrivateKeyOctets number = from_number.octets();
+    expect_forgotten<vrx::PrivateKey>(vrx::Bytes(number).first(28), std::move(from_number));
+    expect_forgotten<vrx::Scalar>(vrx::Bytes(number).first(28), scalar);
+    EcPoint point{};
+    std::memcpy(point.y, secret.data(), 32);
+    expect_forgotten<vrx::Point>(secret, point);
+    EcPointJ jacobian{};
+    std::memcpy(jacobian.z, secret.data(), 32);
+    expect_forgotten<vrx::JacobianPoint>(secret, jacobian);
+}
+
+TEST(CxxWiping, messages_go_with_their_hashes) {
+    Random random;
+    const Bytes secret = random.bytes(31);
+    const auto holds = [&](vrx::Bytes memory) { return holds_part_of(memory, secret); };
+    Place<vrx::Hash> hash;
+    hash.object().update(secret);
+    EXPECT_TRUE(holds(hash.memory()));
+    hash.end();
+    EXPECT_FALSE(holds(hash.memory()));
+
+    Place<vrx::Sha1> sha1;
+    sha1.object().update(secret);
+    EXPECT_TRUE(holds(sha1.memory()));
+    sha1.end();
+    EXPECT_FALSE(holds(sha1.memory()));
+
+    Bytes pad = secret;
+    for (std::uint8_t& byte : pad) byte ^= 0x36;
+    Place<vrx::Hmac> hmac(vrx::Hmac::with(secret).value());
+    EXPECT_TRUE(holds_part_of(hmac.memory(), pad));
+    hmac.end();
+    EXPECT_FALSE(holds_part_of(hmac.memory(), pad));
+}
+
+TEST(CxxWiping, secrets_are_not_copied_by_accident) {
+    static_assert(!std::is_copy_constructible_v<vrx::Key> && !std::is_copy_assignable_v<vrx::Key>);
+    static_assert(!std::is_copy_constructible_v<vrx::PrivateKey> && !std::is_copy_assignable_v<vrx::PrivateKey>);
+    static_assert(!std::is_copy_constructible_v<vrx::Encryptor> && !std::is_copy_constructible_v<vrx::Mac>);
+    static_assert(!std::is_copy_constructible_v<vrx::Hmac> && std::is_nothrow_move_constructible_v<vrx::Hmac>);
+    static_assert(std::is_nothrow_move_constructible_v<vrx::Result<vrx::Key>>);
+    EXPECT_EQ(key.copy(), key);
+}
+
+TEST(CxxMoves, a_moved_cipher_goes_on) {
+    Bytes text(64), expected(64);
+    ASSERT_TRUE(vrx::encrypt(key, iv, text, expected));
+    vrx::Encryptor first(key, iv);
+    ASSERT_TRUE(first.update(vrx::MutableBytes(text).first(13)));
+    std::vector<vrx::Encryptor> ciphers;
+    ciphers.push_back(std::move(first));
+    ciphers.emplace_back(key, iv);
+    ASSERT_TRUE(ciphers[0].update(vrx::MutableBytes(text).subspan(13)));
+    EXPECT_EQ(hex(text), hex(expected));
+}
+
+}  // namespace
