@@ -36,6 +36,7 @@ VRX_API int ecMakeKEK(const EcParamSet *set, const vrx_data *hash_oid, const uin
  * Diversify a key, in eight rounds: each encrypts the key with itself in cipher feedback, the IV made of sums of the
  * key's words by the bits of one UKM byte.
  *
+ * @param ukm  in: 8 bytes, any.
  * @param tz   in: a deployed table. May be NULL or not deployed: the cipher then refuses it.
  * @param key  in-out: the key, as it lies in memory. A failure leaves it after the rounds done so far.
  * @return VRX_OK, or the code of VRX_Gost_GFB_m() (logged).

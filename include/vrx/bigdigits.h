@@ -5,6 +5,15 @@
  * normal. Nothing but the digits is stored. Only mpIsNegative(), mpChs() and mpAbs() read an array as a
  * two's-complement number of 32 ndigits bits.
  *
+ * Common arguments:
+ * - ndigits  in: digits in each number.
+ * - udigits  in: digits in u.
+ * - vdigits  in: digits in v.
+ * - a, b, c, e, m, n, u, v, w, x, y  in: an operand: digits, least significant first.
+ * - a, g, inv, p, q, r, s, w, y  out: the result: digits, least significant first.
+ * - d  in: a digit.
+ * - x, y  in: a digit.
+ *
  * Unless said otherwise:
  * - Results come first in the argument list, then operands, then digit counts. Counts are of digits; a result has
  *   exactly `ndigits` digits (a product twice as many), and nothing behind them is touched.
@@ -30,15 +39,22 @@ VRX_BEGIN_DECLS
 
 #define VRX_MP_MAX_DIGITS 256 /**< digits in the longest number: 8192 bits */
 
-/** The arithmetic module's attribution: one line of constant text, without a line end. */
+/** The arithmetic module's attribution. @return one line of constant text, without a line end. */
 VRX_API const char *bigdigits_copyright_notice(void);
 
-/** The version number of the arithmetic module: 2205. */
+/** The version number of the arithmetic module. @return 2205. */
 VRX_API int mpVersion(void);
 
 /* ---- Single digits ---------------------------------------------------------------------------------------------- */
 
-/** p = x y, low digit first. @return 0. */
+/**
+ * p = x y
+ *
+ * @param p  out: the product, low digit first.
+ * @param x  in: a digit.
+ * @param y  in: a digit.
+ * @return 0.
+ */
 VRX_API int spMultiply(uint32_t p[2], uint32_t x, uint32_t y);
 
 /**
@@ -119,13 +135,19 @@ VRX_API uint32_t mpShiftLeft(uint32_t *a, const uint32_t *b, uint64_t shift, uin
  */
 VRX_API uint32_t mpShiftRight(uint32_t *a, const uint32_t *b, uint64_t shift, uint64_t ndigits);
 
-/** Set bit ibit of a (value not 0) or clear it. @return 0; -1 when a has no such bit (a is then untouched). */
+/**
+ * Set or clear a bit of a.
+ *
+ * @param ibit   in: 0 is the least significant bit.
+ * @param value  in: 0 clears the bit, everything else sets it.
+ * @return 0; -1 when a has no such bit (a is then untouched).
+ */
 VRX_API int mpSetBit(uint32_t *a, uint64_t ndigits, uint64_t ibit, int value);
 
-/** @return bit ibit of a, 1 or 0; -1 when a has no such bit. */
+/** A bit of a. @param ibit  in: 0 is the least significant bit. @return 1 or 0; -1 when a has no such bit. */
 VRX_API int mpGetBit(const uint32_t *a, uint64_t ndigits, uint64_t ibit);
 
-/** a = a mod 2^L, in place. Nothing changes when L is 32 ndigits or more. */
+/** a = a mod 2^L, in place. @param L  in: bits that stay; nothing changes when L is 32 ndigits or more. */
 VRX_API void mpModPowerOf2(uint32_t *a, uint64_t ndigits, uint64_t L);
 
 /** a = b exclusive-or c. */
@@ -151,7 +173,7 @@ VRX_API uint32_t mpShortSub(uint32_t *w, const uint32_t *u, uint32_t d, uint64_t
 /** w = u d, cut to ndigits digits. @return the digit cut off. */
 VRX_API uint32_t mpShortMult(uint32_t *w, const uint32_t *u, uint32_t d, uint64_t ndigits);
 
-/** The same as mpShortMult(); m is not read and may be anything, and the product is not reduced. */
+/** The same as mpShortMult(). @param m  in: not read, may be anything; the product is not reduced. @return as there. */
 VRX_API uint32_t mpShortModMult(uint32_t *w, const uint32_t *u, uint32_t d, const uint32_t *m, uint64_t ndigits);
 
 /**
@@ -261,15 +283,20 @@ VRX_API int mpModExp(uint32_t *y, const uint32_t *x, const uint32_t *e, const ui
    anything else secret with them. */
 
 /**
- * A digit drawn evenly from lower to upper, both included; lower when lower >= upper.
+ * A digit drawn evenly from lower to upper, both included.
  *
  * The first call in the process seeds the C library's generator from the clock.
+ *
+ * @param lower  in: the least digit.
+ * @param upper  in: the largest digit.
+ * @return the digit; lower when lower >= upper.
  */
 VRX_API uint32_t spSimpleRand(uint32_t lower, uint32_t upper);
 
 /**
  * t rounds of the Rabin-Miller test (FIPS 186) with random bases of one digit.
  *
+ * @param t  in: rounds.
  * @return 0 when w is composite, 0 or 1; 1 when it passes all rounds (always for t = 0 and w > 1, and for w = 2).
  *
  * Seeds the C library's generator from the clock on every call. A composite number passes one round with a probability
@@ -280,6 +307,7 @@ VRX_API int mpRabinMiller(const uint32_t *w, uint64_t ndigits, uint64_t t);
 /**
  * A primality test: exact for w up to 997; above, trial division by the primes up to 997 and then mpRabinMiller().
  *
+ * @param t  in: rounds of it.
  * @return 1 when w is prime or passes, else 0.
  */
 VRX_API int mpIsPrime(const uint32_t *w, uint64_t ndigits, uint64_t t);
@@ -287,6 +315,8 @@ VRX_API int mpIsPrime(const uint32_t *w, uint64_t ndigits, uint64_t t);
 /**
  * End the process: print the message, ": " and the text of the system's last error to the standard error stream and
  * exit with status 1. The conversions do it when memory runs out.
+ *
+ * @param message  in: a text that ends with a zero.
  */
 VRX_API __attribute__((noreturn)) void mpFail(const char *message);
 
@@ -298,6 +328,7 @@ VRX_API __attribute__((noreturn)) void mpFail(const char *message);
 /**
  * a = the number in nbytes bytes. Bytes that a has no room for, the most significant ones, are ignored.
  *
+ * @param c       in: nbytes bytes, the most significant first.
  * @param nbytes  in: a count from 2^31 on is negative and taken as 0.
  * @return the number of digits that took bytes: nbytes / 4 rounded up, at most ndigits. a = 0 and 0 for no bytes.
  */
@@ -306,7 +337,7 @@ VRX_API uint64_t mpConvFromOctets(uint32_t *a, uint64_t ndigits, const uint8_t *
 /**
  * c = a in nbytes bytes, zeros in front. A number too long for the buffer loses its most significant bytes.
  *
- * @param c       out: nbytes bytes; not written, and may be NULL, when nbytes is 0.
+ * @param c       out: nbytes bytes, the most significant first; not written, and may be NULL, when nbytes is 0.
  * @param nbytes  in: a count from 2^31 on is negative and taken as 0.
  * @return the number of significant bytes of a, whatever nbytes is.
  */
@@ -341,7 +372,13 @@ VRX_API uint64_t mpConvFromDecimal(uint32_t *a, uint64_t ndigits, const char *s)
  */
 VRX_API uint64_t mpConvToHex(const uint32_t *a, uint64_t ndigits, char *s, uint64_t smax);
 
-/** s = a in decimal; otherwise as mpConvToHex(). */
+/**
+ * s = a in decimal; otherwise as mpConvToHex().
+ *
+ * @param s     out: smax characters, as there.
+ * @param smax  in: the capacity, the closing zero included.
+ * @return as there.
+ */
 VRX_API uint64_t mpConvToDecimal(const uint32_t *a, uint64_t ndigits, char *s, uint64_t smax);
 
 /* ---- Printing to the C library's standard output ---------------------------------------------------------------- */

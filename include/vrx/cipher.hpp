@@ -10,7 +10,8 @@
 #include "vrx/context.h"
 #include "vrx/tables.hpp"
 
-namespace vrx::inline v1 {
+namespace vrx {
+inline namespace v1 {
 
 /** What is done with blocks to make a message of them. */
 enum class Mode : std::uint32_t {
@@ -34,8 +35,8 @@ constexpr Flags operator|(Flags a, Flags b) noexcept {
 /** A table, a mode and whether the key is meshed: what both ends of a message have to agree on, besides the key. */
 struct CipherParameters {
     const vrx_tz *table; /**< deployed; it is copied where a context is opened */
-    Mode mode;
-    bool key_meshing; /**< CryptoPro key meshing: another key every 1024 bytes */
+    Mode mode;           /**< in a Mac not used */
+    bool key_meshing;    /**< CryptoPro key meshing: another key every 1024 bytes */
 
     /** The default parameter set: CryptoPro-A, which is cipher feedback with key meshing. */
     CipherParameters() noexcept : CipherParameters(default_cipher_set()) {}
@@ -126,9 +127,11 @@ public:
     /** Begin another message, with key and register as the last one left them; drops what was held back. */
     void restart() noexcept { vrx_crpt_reset(&native()); }
 
+    ///@{
     /** The record under it, for the functions of context.h. */
     [[nodiscard]] vrx_crpt_ctx &native() noexcept { return context_.value; }
     [[nodiscard]] const vrx_crpt_ctx &native() const noexcept { return context_.value; }
+    ///@}
 
 private:
     Wiped<vrx_crpt_ctx, sizeof(vrx_tz)> context_{Unfilled{}};
@@ -417,6 +420,7 @@ inline Result<void> mesh_key_where_due(vrx_crpt_ctx &ctx) noexcept {
 }
 
 }  // namespace raw
-}  // namespace vrx::inline v1
+}  // namespace v1
+}  // namespace vrx
 
 #endif

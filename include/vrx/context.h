@@ -8,7 +8,20 @@
  * failures here are silent, but the one-shot functions underneath may log theirs (modes.h). Buffers, keys and vectors
  * may lie at any address and may not overlap the context. Nothing is allocated.
  *
+ * Common arguments:
+ * - ctx  in-out: the context.
+ * - in  in: bytes with their count.
+ * - out  out: capacity on entry, bytes written after success.
+ * - table  in: a deployed table.
+ * - iv  in-out: 8 bytes.
+ * - key  in: eight words as in kernel.h; in-out: likewise.
+ * - direction  in: low 8 bits non-zero: encrypt; zero: decrypt.
+ * - flags  in: VRX_FLAG_FIRST, VRX_FLAG_PAD.
+ * - p  in: the parameter block, with what it points to; in-out: likewise.
+ *
  * Threads: a context belongs to one thread at a time; separate contexts are independent.
+ *
+ * Source: RFC 5830; key meshing: RFC 4357, section 2.3.2. Keys and blocks have the byte order of kernel.h.
  */
 #ifndef VRX_CONTEXT_H
 #define VRX_CONTEXT_H
@@ -22,50 +35,52 @@ VRX_BEGIN_DECLS
 
 /** A cipher context. Its fields are public: results are read from it. */
 typedef struct vrx_crpt_ctx {
-    vrx_tz table;         /**< copy of the caller's table */
-    uint32_t mode;        /**< VRX_MODE_SS to VRX_MODE_IMITO; others fail once a whole block is there */
-    uint32_t aux1;        /**< kept for the caller */
-    uint32_t key_meshing; /**< exactly 1: CryptoPro key meshing is on */
-    uint32_t aux2;        /**< kept for the caller */
-    uint32_t key[VRX_KEY_WORDS];
-    uint8_t iv[VRX_BLOCK_SIZE]; /**< chaining value, counter or feedback register */
-    uint32_t mesh_count;        /**< bytes processed since the last meshing, 0 to 1024 */
+    vrx_tz table;                /**< copy of the caller's table */
+    uint32_t mode;               /**< VRX_MODE_SS to VRX_MODE_IMITO; others fail once a whole block is there */
+    uint32_t aux1;               /**< kept for the caller */
+    uint32_t key_meshing;        /**< exactly 1: CryptoPro key meshing is on */
+    uint32_t aux2;               /**< kept for the caller */
+    uint32_t key[VRX_KEY_WORDS]; /**< K0 to K7 */
+    uint8_t iv[VRX_BLOCK_SIZE];  /**< chaining value, counter or feedback register */
+    uint32_t mesh_count;         /**< bytes processed since the last meshing, 0 to 1024 */
     uint8_t
         block[VRX_BLOCK_SIZE];   /**< modes 1, 4, 5: bytes that wait for a whole block, after final of 1 and 4 the last
                                         output; modes 2, 3: key stream whose last block_len bytes are unused */
     uint8_t mac[VRX_BLOCK_SIZE]; /**< mode 5: the MAC state */
-    uint32_t block_len;
-    uint8_t initialised; /**< 0 before initialisation, after final, after a failed meshing */
-    uint8_t direction;   /**< non-zero: encrypt; modes 2 and 5 ignore it */
-    uint8_t flags;       /**< VRX_FLAG_FIRST: nothing processed yet; VRX_FLAG_PAD: the last call */
+    uint32_t block_len;          /**< bytes held, or key stream bytes unused, 0 to 8 */
+    uint8_t initialised;         /**< 0 before initialisation, after final, after a failed meshing */
+    uint8_t direction;           /**< non-zero: encrypt; modes 2 and 5 ignore it */
+    uint8_t flags;               /**< VRX_FLAG_FIRST: nothing processed yet; VRX_FLAG_PAD: the last call */
 } vrx_crpt_ctx;
 
 /** The table record of the older entry points. */
 typedef struct vrx_crpt_table_rec {
-    vrx_tz table;
-    uint32_t mode;
-    uint32_t aux1;
-    uint32_t key_meshing;
-    uint32_t aux2;
+    vrx_tz table;         /**< deployed */
+    uint32_t mode;        /**< as in a context, like the three below */
+    uint32_t aux1;        /**< kept for the caller */
+    uint32_t key_meshing; /**< exactly 1: on */
+    uint32_t aux2;        /**< kept for the caller */
 } vrx_crpt_table_rec;
 
 /** The parameter block of the older entry points. */
 typedef struct old_crpt_params {
-    uint32_t first;  /**< must not be 0; not used otherwise */
-    uint32_t second; /**< must not be 0; not used otherwise */
-    vrx_data *table; /**< its data points to a vrx_crpt_table_rec */
-    vrx_data *key;   /**< its data points to the 32 key bytes */
-    uint8_t iv[VRX_BLOCK_SIZE];
+    uint32_t first;             /**< must not be 0; not used otherwise */
+    uint32_t second;            /**< must not be 0; not used otherwise */
+    vrx_data *table;            /**< its data points to a vrx_crpt_table_rec */
+    vrx_data *key;              /**< its data points to the 32 key bytes */
+    uint8_t iv[VRX_BLOCK_SIZE]; /**< initialisation vector */
 } old_crpt_params;
 
 /**
  * Open a context.
  *
  * @param ctx          out: every field is set.
- * @param direction    low 8 bits non-zero: encrypt; zero: decrypt.
+ * @param direction    in: low 8 bits non-zero: encrypt; zero: decrypt.
  * @param table        in: copied into the context; its flag is tested when data is processed.
- * @param mode         any number is taken; an unknown one fails at the first whole block.
- * @param key_meshing  1 switches CryptoPro key meshing on.
+ * @param mode         in: any number is taken; an unknown one fails at the first whole block.
+ * @param aux1         in: kept for the caller.
+ * @param key_meshing  in: 1 switches CryptoPro key meshing on.
+ * @param aux2         in: kept for the caller.
  * @param iv           in: 8 bytes, or NULL for zeros. In mode 5 it is also the first MAC state, where NULL means zeros.
  * @param key          in: eight words as in kernel.h.
  * @return VRX_OK, or VRX_ERR_BAD_PARAMS when ctx is NULL. Nothing else is checked.
@@ -118,7 +133,12 @@ VRX_API int vrx_crpt_update(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out
  */
 VRX_API int vrx_crpt_final(vrx_crpt_ctx *ctx);
 
-/** The one-shot function (modes.h) for a mode number, all 32 bits of it; VRX_ERR_UNKNOWN_MODE, silently, for others. */
+/**
+ * The one-shot function (modes.h) for a mode number.
+ *
+ * @param mode  in: VRX_MODE_SS to VRX_MODE_CBC; all 32 bits count.
+ * @return the code of the function; VRX_ERR_UNKNOWN_MODE, silently, for other numbers.
+ */
 VRX_API int vrx_crpt_crypto_engine(uint32_t mode, const vrx_tz *table, const vrx_data *in, vrx_data *out,
                                    uint8_t iv[VRX_BLOCK_SIZE], const uint32_t key[VRX_KEY_WORDS], uint8_t direction,
                                    uint8_t flags);
@@ -132,16 +152,17 @@ VRX_API int vrx_crpt_crypto_engine(uint32_t mode, const vrx_tz *table, const vrx
  */
 VRX_API int vrx_crpt_context_engine(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
-/** vrx_crpt_update() of mode 2, whatever the context's mode. A closed context is reported before NULL buffers. */
+/** vrx_crpt_update() of mode 2, whatever the context's mode. @return as there; a closed context comes before NULL buffers. */
 VRX_API int vrx_crpt_CNT_ctx(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
-/** vrx_crpt_update() of mode 3, whatever the context's mode. A closed context is reported before NULL buffers. */
+/** vrx_crpt_update() of mode 3, whatever the context's mode. @return as there; a closed context comes before NULL buffers. */
 VRX_API int vrx_crpt_CFB_ctx(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
 /**
- * vrx_crpt_update() of mode 5, whatever the context's mode. A closed context is reported before NULL buffers. With
- * VRX_FLAG_PAD in the context's flags empty input is allowed, and a message end of less than a block is padded with
- * zeros.
+ * vrx_crpt_update() of mode 5, whatever the context's mode. With VRX_FLAG_PAD in the context's flags empty input is
+ * allowed, and a message end of less than a block is padded with zeros.
+ *
+ * @return as there; a closed context comes before NULL buffers.
  */
 VRX_API int vrx_crpt_IMITO_ctx(vrx_crpt_ctx *ctx, const vrx_data *in);
 
@@ -162,7 +183,7 @@ VRX_API int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz *table, uint8_t 
  */
 VRX_API int vrx_make_key_meshing(vrx_crpt_ctx *ctx);
 
-/** vrx_crpt_crypto_pro_key_meshing_engine() on the table, vector and key bytes of a parameter block, in place. */
+/** vrx_crpt_crypto_pro_key_meshing_engine() on table, vector and key bytes of a parameter block, in place. @return as there. */
 VRX_API int vrx_crpt_crypto_pro_key_meshing(old_crpt_params *p);
 
 VRX_END_DECLS

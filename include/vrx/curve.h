@@ -9,6 +9,15 @@
  * from the record that they are given. It may be a built-in one, a changed built-in one, or the caller's own with p
  * below 2^287; for signatures, keys and key agreement p and q of at most 256 bits.
  *
+ * Common arguments:
+ * - set  in: the parameter set, which is only read.
+ * - P, Q, point  in: a point.
+ * - R, Q, point  out: the resulting point.
+ * - k  in: a number of nine digits.
+ * - d  in: a private key, nine digits.
+ * - index  in: place among the built-in sets, from 0.
+ * - len  in: bytes in oid.
+ *
  * Unless said otherwise pointers may not be NULL, and a result may not overlap another argument. Nothing is allocated.
  *
  * Threads: the records are read without locks. Any number of threads may share a set as long as none changes it.
@@ -30,20 +39,20 @@ VRX_BEGIN_DECLS
 
 /** An affine point. x = y = 0 stands for the point at infinity. */
 typedef struct EcPoint {
-    uint32_t x[VRX_ECC_DIGITS];
-    uint32_t y[VRX_ECC_DIGITS];
+    uint32_t x[VRX_ECC_DIGITS]; /**< abscissa */
+    uint32_t y[VRX_ECC_DIGITS]; /**< ordinate */
 } EcPoint;
 
 /** A parameter set. */
 typedef struct EcParamSet {
-    uint32_t a[VRX_ECC_DIGITS];
-    uint32_t b[VRX_ECC_DIGITS];
-    uint32_t p[VRX_ECC_DIGITS];
+    uint32_t a[VRX_ECC_DIGITS]; /**< coefficient of x */
+    uint32_t b[VRX_ECC_DIGITS]; /**< constant */
+    uint32_t p[VRX_ECC_DIGITS]; /**< modulus of the field */
     uint32_t q[VRX_ECC_DIGITS]; /**< order of G */
-    EcPoint G;
-    uint64_t oid_len;
-    const uint8_t *oid;   /**< DER */
-    const char *str_oid;  /**< dotted */
+    EcPoint G;                  /**< base point */
+    uint64_t oid_len;           /**< bytes in oid */
+    const uint8_t *oid;         /**< DER */
+    const char *str_oid;        /**< dotted */
     uint32_t has_precomp; /**< 1: a = p - 3, and pp is filled; else neither is taken for granted, and pp not read */
     EcPoint pp[VRX_ECC_PP_COUNT]; /**< pp[i] = 2^(4i) G, reduced modulo p */
 } EcParamSet;
@@ -55,12 +64,12 @@ VRX_API extern const uint8_t ecc_C_oid[VRX_ECC_OID_SIZE];    /**< 1.2.643.2.2.35
 VRX_API extern const uint8_t ecc_XchA_oid[VRX_ECC_OID_SIZE]; /**< 1.2.643.2.2.36.0 */
 VRX_API extern const uint8_t ecc_XchB_oid[VRX_ECC_OID_SIZE]; /**< 1.2.643.2.2.36.1 */
 
-VRX_API extern const char ecc_Test_str_oid[VRX_ECC_STR_OID_SIZE];
-VRX_API extern const char ecc_A_str_oid[VRX_ECC_STR_OID_SIZE];
-VRX_API extern const char ecc_B_str_oid[VRX_ECC_STR_OID_SIZE];
-VRX_API extern const char ecc_C_str_oid[VRX_ECC_STR_OID_SIZE];
-VRX_API extern const char ecc_XchA_str_oid[VRX_ECC_STR_OID_SIZE];
-VRX_API extern const char ecc_XchB_str_oid[VRX_ECC_STR_OID_SIZE];
+VRX_API extern const char ecc_Test_str_oid[VRX_ECC_STR_OID_SIZE]; /**< "1.2.643.2.2.35.0" */
+VRX_API extern const char ecc_A_str_oid[VRX_ECC_STR_OID_SIZE];    /**< "1.2.643.2.2.35.1" */
+VRX_API extern const char ecc_B_str_oid[VRX_ECC_STR_OID_SIZE];    /**< "1.2.643.2.2.35.2" */
+VRX_API extern const char ecc_C_str_oid[VRX_ECC_STR_OID_SIZE];    /**< "1.2.643.2.2.35.3" */
+VRX_API extern const char ecc_XchA_str_oid[VRX_ECC_STR_OID_SIZE]; /**< "1.2.643.2.2.36.0" */
+VRX_API extern const char ecc_XchB_str_oid[VRX_ECC_STR_OID_SIZE]; /**< "1.2.643.2.2.36.1" */
 
 /**
  * The built-in sets: Test, CryptoPro-A, -B, -C, -XchA (the curve of A), -XchB (the curve of C). Complete as soon as the
@@ -94,15 +103,29 @@ VRX_API const char *get_GOSTR3410_oid_name(uint32_t index);
  */
 VRX_API int epFindParByOid(const uint8_t *oid, uint32_t len, EcParamSet **out);
 
-/** As epFindParByOid(), by the dotted identifier, which has to be the same text to the last character. */
+/**
+ * As epFindParByOid(), by the dotted identifier.
+ *
+ * @param str_oid  in: a text that ends with a zero, the same to the last character.
+ * @param out      out: as there.
+ * @return as there.
+ */
 VRX_API int epFindParByStrOid(const char *str_oid, EcParamSet **out);
 
-/** Set a point's coordinates from decimal texts, each as by mpConvFromDecimal(). @return 0. */
+/**
+ * Set a point's coordinates from decimal texts, each as by mpConvFromDecimal().
+ *
+ * @param x  in: digits and a closing zero, like y.
+ * @param y  in: the other coordinate.
+ * @return 0.
+ */
 VRX_API int epConvFromDecimal(EcPoint *point, const char *x, const char *y);
 
 /**
  * Write a point's coordinates as decimal texts, each as by mpConvToDecimal().
  *
+ * @param x         out: capacity characters, all of which are written, like y.
+ * @param y         out: the other coordinate.
  * @param capacity  in: of each of the two texts, the closing zero included.
  * @return 0.
  */

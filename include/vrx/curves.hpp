@@ -17,7 +17,8 @@
 #include "vrx/point.h"
 #include "vrx/sign.h"
 
-namespace vrx::inline v1 {
+namespace vrx {
+inline namespace v1 {
 
 /* ---- Curves ----------------------------------------------------------------------------------------------------- */
 
@@ -29,12 +30,12 @@ enum class CurveId : std::uint32_t { test, a, b, c, xch_a, xch_b };
 
 /** DER object identifiers of the built-in curves. */
 namespace oid {
-inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_test{ecc_Test_oid};
-inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_a{ecc_A_oid};
-inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_b{ecc_B_oid};
-inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_c{ecc_C_oid};
-inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_xch_a{ecc_XchA_oid};
-inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_xch_b{ecc_XchB_oid};
+inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_test{ecc_Test_oid};  /**< 1.2.643.2.2.35.0 */
+inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_a{ecc_A_oid};        /**< 1.2.643.2.2.35.1 */
+inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_b{ecc_B_oid};        /**< 1.2.643.2.2.35.2 */
+inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_c{ecc_C_oid};        /**< 1.2.643.2.2.35.3 */
+inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_xch_a{ecc_XchA_oid}; /**< 1.2.643.2.2.36.0 */
+inline constexpr std::span<const std::uint8_t, VRX_ECC_OID_SIZE> curve_xch_b{ecc_XchB_oid}; /**< 1.2.643.2.2.36.1 */
 }  // namespace oid
 
 /** The same in dotted form, in the order of CurveId. */
@@ -103,10 +104,13 @@ public:
         return result;
     }
 
+    ///@{
+    /** The digits, as a span and as a pointer to the first. */
     [[nodiscard]] std::span<std::uint32_t, VRX_ECC_DIGITS> digits() noexcept { return value_.value; }
     [[nodiscard]] std::span<const std::uint32_t, VRX_ECC_DIGITS> digits() const noexcept { return value_.value; }
     [[nodiscard]] std::uint32_t *data() noexcept { return value_.value.data(); }
     [[nodiscard]] const std::uint32_t *data() const noexcept { return value_.value.data(); }
+    ///@}
 
 private:
     Wiped<std::array<std::uint32_t, VRX_ECC_DIGITS>> value_;
@@ -120,9 +124,11 @@ public:
     /** A copy of a record. */
     explicit JacobianPoint(const EcPointJ &point) noexcept : point_(point) {}
 
+    ///@{
     /** The record under it, for the functions of point.h. */
     [[nodiscard]] EcPointJ &native() noexcept { return point_.value; }
     [[nodiscard]] const EcPointJ &native() const noexcept { return point_.value; }
+    ///@}
 
 private:
     Wiped<EcPointJ> point_;
@@ -147,6 +153,7 @@ public:
         epConvToDecimal(&native(), x, y, capacity);
     }
 
+    /** The record under it. */
     [[nodiscard]] bool is_infinite() const noexcept { return epIsZero(&native()) == 1; }
     /** Whether the digits are the same, not only the residues. */
     friend bool operator==(const Point &a, const Point &b) noexcept { return epIsEqual(&a.native(), &b.native()) == 1; }
@@ -155,9 +162,11 @@ public:
         return ecCheckPublicKey(&curve, &native()) == VRX_OK;
     }
 
+    ///@{
     /** The record under it, for the functions of point.h. */
     [[nodiscard]] EcPoint &native() noexcept { return point_.value; }
     [[nodiscard]] const EcPoint &native() const noexcept { return point_.value; }
+    ///@}
 
 private:
     Wiped<EcPoint> point_;
@@ -253,7 +262,9 @@ public:
         return octets;
     }
 
+    /** The point. */
     [[nodiscard]] const Point &point() const noexcept { return point_; }
+    /** The curve that it is a key of. */
     [[nodiscard]] const Curve &curve() const noexcept { return *curve_; }
 
 private:
@@ -310,7 +321,9 @@ public:
         return PublicKey::from_point(q, *curve_);
     }
 
+    /** The number. */
     [[nodiscard]] const Scalar &scalar() const noexcept { return d_; }
+    /** The curve that it is a key of. */
     [[nodiscard]] const Curve &curve() const noexcept { return *curve_; }
 
 private:
@@ -348,6 +361,8 @@ inline std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words_of(const Digest &di
 /**
  * Agree on a key with the holder of another private key (VKO GOST R 34.10-2001): both come to the same one.
  *
+ * @param own       in: one's own key; its curve is the one that counts.
+ * @param other     in: the other end's public key.
  * @param ukm       in: both ends use the same, not all zero.
  * @param hash_oid  in: DER identifier of a built-in parameter set of the hash.
  * @return Error::failed where ukm is zero, or the other key is not on the curve of one's own;
@@ -384,6 +399,7 @@ inline Result<void> print_curves() noexcept {
 /** epCalcPP(): fills the table of a curve with a = p - 3, and prints it. */
 inline void fill_table(Curve &curve) noexcept { epCalcPP(&curve); }
 }  // namespace raw
-}  // namespace vrx::inline v1
+}  // namespace v1
+}  // namespace vrx
 
 #endif

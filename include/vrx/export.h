@@ -3,11 +3,11 @@
 #define VRX_EXPORT_H
 
 #if defined(__cplusplus)
-#define VRX_BEGIN_DECLS extern "C" {
-#define VRX_END_DECLS }
+#define VRX_BEGIN_DECLS extern "C" { /**< opens what has C linkage */
+#define VRX_END_DECLS }              /**< closes it */
 #else
-#define VRX_BEGIN_DECLS
-#define VRX_END_DECLS
+#define VRX_BEGIN_DECLS /**< opens what has C linkage */
+#define VRX_END_DECLS   /**< closes it */
 #endif
 
 /** Marks an exported function or table; everything else in the shared object is hidden. */

@@ -4,6 +4,9 @@
  * Every function of the library that can fail returns an `int`: VRX_OK, or one of the negative codes below.
  * Functions that look something up return a pointer, or NULL. A failure may also write one line to the
  * diagnostics log, see vrxflog; the code is the same whether the log is set or not.
+ *
+ * Threads: the log is process-wide and unguarded; set it before other threads call the library. Nothing is allocated but
+ * what the C library takes for an open file.
  */
 #ifndef VRX_FRAME_H
 #define VRX_FRAME_H
@@ -53,7 +56,7 @@ VRX_API extern FILE *vrxflog;
  */
 VRX_API int vrx_set_log_file(const char *path);
 
-/** The library's attribution: one line of constant text, without a line end. */
+/** The library's attribution. @return one line of constant text, without a line end. */
 VRX_API const char *vrx_copyright_notice(void);
 
 VRX_END_DECLS

@@ -13,6 +13,15 @@
  * the same when their lengths are equal and their bytes are. Data may lie at any address; it may not overlap a context,
  * but a digest may be written over it. Nothing is allocated.
  *
+ * Common arguments:
+ * - ctx  in-out: the context.
+ * - oid  in: DER identifier of a parameter set.
+ * - oid_len, extra_count, len  in: bytes in oid; records in extra; bytes in data.
+ * - extra  in: further records, looked through behind the built-in ones; may be NULL.
+ * - data  in: any bytes.
+ * - out  out: the digest.
+ * - hash, sum  in-out: 256-bit numbers, least significant word first.
+ *
  * Threads: a context belongs to one thread at a time; separate contexts are independent.
  */
 #ifndef VRX_GOSTR3411_H
@@ -43,6 +52,8 @@ typedef struct GOSTR3411_CTX {
 /**
  * Open a context with the built-in parameter set of an object identifier: GOSTR3411_Init_more_oids() without further
  * records, and under that name in the log.
+ *
+ * @return as there.
  */
 VRX_API int GOSTR3411_Init(GOSTR3411_CTX *ctx, const uint8_t *oid, uint32_t oid_len);
 
@@ -93,6 +104,8 @@ VRX_API int GOSTR3411_Final(GOSTR3411_CTX *ctx, uint8_t out[VRX_HASH_SIZE]);
 /**
  * Hash a message with the built-in parameter set of an object identifier: GOSTR3411_Transform_more_oids() without
  * further records.
+ *
+ * @return as there.
  */
 VRX_API int GOSTR3411_Transform(const uint8_t *oid, uint32_t oid_len, const uint8_t *data, uint32_t len,
                                 uint8_t out[VRX_HASH_SIZE]);
@@ -126,7 +139,7 @@ VRX_API int GOSTR3411_Transform_ex(const vrx_tz *table, const uint8_t *data, uin
  * @param hash    in-out: as in GOSTR3411_CTX, like sum and length.
  * @param length  in-out: words 0 and 1 are read and written.
  * @param block   in: 32 bytes, a short one padded with zeros.
- * @param bits    message bits that the block stands for: 256 for a full one.
+ * @param bits    in: message bits that the block stands for: 256 for a full one.
  */
 VRX_API void gost_r_3411_94_hash_bytes(const vrx_tz *table, uint32_t hash[VRX_HASH_WORDS], uint32_t sum[VRX_HASH_WORDS],
                                        uint32_t length[VRX_HASH_WORDS], const uint8_t block[VRX_HASH_BLOCK_SIZE],
@@ -135,6 +148,7 @@ VRX_API void gost_r_3411_94_hash_bytes(const vrx_tz *table, uint32_t hash[VRX_HA
 /**
  * The step function: hash = f(hash, block). Nothing is checked; hash and block may be the same array.
  *
+ * @param block  in: a 256-bit number, least significant word first.
  * @param table  in: any table in deployed form; its flag is not looked at.
  *
  * Source: RFC 5831, section 6.

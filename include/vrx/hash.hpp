@@ -13,7 +13,8 @@
 #include "vrx/sha1.h"
 #include "vrx/tables.hpp"
 
-namespace vrx::inline v1 {
+namespace vrx {
+inline namespace v1 {
 
 /** GOST R 34.11-94 of a message in pieces. It may be copied: the copy goes on by itself. */
 class Hash {
@@ -115,6 +116,7 @@ public:
     /**
      * Begin a message under a key of any length.
      *
+     * @param key  in: any bytes; 32 are best.
      * @param oid  in: DER identifier of a built-in parameter set; empty stands for the default one.
      * @return Error::failed where no set has the identifier, Error::bad_params where the set has no table.
      */
@@ -181,6 +183,7 @@ inline Result<Digest> hmac(Bytes key, Bytes data, Bytes oid = {}) noexcept {
 /**
  * A key from a password: PBKDF2 (RFC 8018) with HMAC GOST R 34.11-94, the first 32 bytes.
  *
+ * @param password    in: any bytes; of a text usually UTF-8, without a zero at its end.
  * @param salt        in: at least one byte; 8 random ones or more are good.
  * @param iterations  in: 0 counts as 1; take as many as the user has patience for.
  * @param oid         in: DER identifier of a built-in parameter set; empty stands for the default one.
@@ -204,8 +207,11 @@ enum class Pkcs12Purpose : std::int32_t { key = 1, iv = 2, mac_key = 3 };
  * Bytes from a password as PKCS #12 derives them (RFC 7292, appendix B), with the default parameter set; see kdf.h on
  * more than 32 bytes. Allocates a buffer, and wipes it.
  *
- * @param password  in: a BMPString with its two zero bytes. Password and salt may not both be empty.
- * @param out       out: any number of bytes below 2^31.
+ * @param password    in: a BMPString with its two zero bytes. Password and salt may not both be empty.
+ * @param salt        in: any bytes.
+ * @param iterations  in: 0 counts as 1.
+ * @param purpose     in: what the bytes are for.
+ * @param out         out: any number of bytes below 2^31.
  * @return Error::bad_params for lengths of 2^31 and more, and where salt and password are empty; Error::failed when
  *         memory is short.
  */
@@ -274,6 +280,7 @@ inline void hash_step(HashWords hash, std::span<const std::uint32_t, VRX_HASH_WO
 inline void sha1_step(sha_context &context) noexcept { shaTransform(&context); }
 
 }  // namespace raw
-}  // namespace vrx::inline v1
+}  // namespace v1
+}  // namespace vrx
 
 #endif

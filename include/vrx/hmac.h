@@ -7,6 +7,12 @@
  * The functions check no pointers of their own: none may be NULL, unless said otherwise. What fails is a function
  * underneath; it writes its line, then the function of this header its own, and the context must be opened anew.
  * Buffers may lie at any address and may not overlap the context. Nothing is allocated.
+ * A MAC has the byte order of a digest (gostr3411.h).
+ *
+ * Common arguments:
+ * - ctx  in-out: the context.
+ * - oid_len, key_len, len, data_len  in: bytes in oid, key, data.
+ * - key  in: key_len bytes; may be NULL when key_len is 0.
  *
  * A context holds the key's two pads and the last MAC until the caller wipes it.
  *

@@ -8,6 +8,12 @@
  * deployed (its flag is not read). Unless said otherwise the input and the output may be the same block and may not
  * overlap in another way, and a state block (MAC, counter, feedback, chaining value) overlaps neither.
  *
+ * Common arguments:
+ * - in  in: the block, 8 bytes.
+ * - out  out: the block, 8 bytes.
+ * - key  in: eight words.
+ * - table  in: a deployed table.
+ *
  * Threads: no shared state. Nothing is allocated. The addresses of the table look-ups depend on key and data.
  */
 #ifndef VRX_KERNEL_H

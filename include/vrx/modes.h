@@ -9,8 +9,12 @@
  * - iv         in-out: 8 bytes: counter, feedback or chaining value. What a call leaves there continues the stream in
  *              the next call. It overlaps no other argument.
  * - key        in: eight 32-bit words as in kernel.h.
- * - direction  low 8 bits non-zero: encrypt; zero: decrypt.
- * - flags      low 8 bits: VRX_FLAG_FIRST, VRX_FLAG_PAD.
+ * - direction  in: low 8 bits non-zero: encrypt; zero: decrypt.
+ * - flags      in: low 8 bits: VRX_FLAG_FIRST, VRX_FLAG_PAD.
+ * - mode       in: one of VRX_MODE_SS to VRX_MODE_CBC.
+ * - mac        in-out: a record of exactly 8 bytes, the state.
+ * - name       in: a text that ends with a zero, compared as a whole; may be NULL.
+ * - return     VRX_OK, or one of the codes at the top of modes.h.
  *
  * Codes, in the order of the checks:
  * - VRX_ERR_BAD_PARAMS: a pointer is NULL, that of a record's bytes included;
@@ -24,7 +28,8 @@
  * blocks are taken in order, each read whole before it is written (an output that starts 1 to 7 bytes behind the
  * input is undefined). Feedback decryption in place is special, see VRX_Gost_GFB_m().
  *
- * Threads: no shared state. Nothing is allocated.
+ * Threads: no shared state. Nothing is allocated. Source: RFC 5830, sections 5 to 8 (codebook, counter, feedback, MAC),
+ * where blocks and keys are numbers: kernel.h says which byte is which.
  */
 #ifndef VRX_MODES_H
 #define VRX_MODES_H
@@ -84,13 +89,14 @@ VRX_API int do_cipher_low(const vrx_tz *table, int mode, const vrx_data *in, vrx
 VRX_API int do_imito_low(const vrx_tz *table, const vrx_data *in, vrx_data *mac, const uint32_t key[VRX_KEY_WORDS],
                          int flags);
 
-/** Mode number of the text "ss", "gamm", "gfb" or "cbc"; 0 for NULL and for other texts. */
+/** The number of a mode by its name: "ss", "gamm", "gfb", "cbc". @return 0 for NULL and for other texts. */
 VRX_API int ciph_mode_by_name(const char *name);
 
 /**
  * Split a length into whole blocks and a zero-padded last one.
  *
- * @param data         in: the `length` input bytes; only those of a partial last block are read.
+ * @param data         in: the input bytes; only those of a partial last block are read.
+ * @param length       in: bytes in data.
  * @param last         out: the padded partial block; untouched when there is none.
  * @param tail_length  out: 1 to 7 bytes in the partial block; untouched when there is none.
  * @param full_blocks  out: length / 8, always written.

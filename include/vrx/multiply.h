@@ -6,7 +6,7 @@
  * number of nine digits and is never reduced modulo q. Coordinates of the result are reduced modulo p, with the one
  * exception at epMult().
  *
- * The general rules of curve.h apply.
+ * The general rules of curve.h apply. Source: RFC 5832, section 5.1.
  */
 #ifndef VRX_MULTIPLY_H
 #define VRX_MULTIPLY_H

@@ -12,7 +12,8 @@
 #include "vrx/bigdigits.h"
 #include "vrx/types.hpp"
 
-namespace vrx::inline v1 {
+namespace vrx {
+inline namespace v1 {
 
 /** Multiple-precision arithmetic. */
 namespace mp {
@@ -61,9 +62,9 @@ inline std::array<std::uint32_t, 2> multiply(std::uint32_t x, std::uint32_t y) n
 }
 /** A quotient of 33 bits, and a remainder. */
 struct DigitDivision {
-    std::uint32_t quotient; /**< modulo 2^32 */
-    std::uint32_t remainder;
-    int carry; /**< bit 32 of the quotient; -1 when the top bit of the divisor is clear */
+    std::uint32_t quotient;  /**< modulo 2^32 */
+    std::uint32_t remainder; /**< below the divisor */
+    int carry;               /**< bit 32 of the quotient; -1 when the top bit of the divisor is clear */
 };
 /** u / d, for d of 2^31 and more. */
 inline DigitDivision divide(const std::array<std::uint32_t, 2> &u, std::uint32_t d) noexcept {
@@ -380,6 +381,7 @@ void print(const A &a, Layout layout = Layout::plain) noexcept {
 }
 
 }  // namespace mp
-}  // namespace vrx::inline v1
+}  // namespace v1
+}  // namespace vrx
 
 #endif

@@ -10,6 +10,13 @@
  * Each number takes 32 octets. Its ninth digit is ignored when it is written, and 0 when it is read. Values are not
  * checked, neither for their range nor for the curve.
  *
+ * Common arguments:
+ * - octets  in: the stored form; out: the stored form.
+ * - d  in: private key; out: private key.
+ * - Q  in: public key; out: public key.
+ * - sig  in: signature; out: signature.
+ * - return  VRX_OK, or VRX_ERR_BAD_PARAMS when a pointer is NULL (logged).
+ *
  * All functions return VRX_OK, or VRX_ERR_BAD_PARAMS when a pointer is NULL (logged; the result is then untouched).
  * Octets may lie at any address. The general rules of curve.h apply.
  */
@@ -20,9 +27,9 @@
 
 VRX_BEGIN_DECLS
 
-#define VRX_PRIVATE_KEY_SIZE 32
-#define VRX_PUBLIC_KEY_SIZE 64
-#define VRX_SIGNATURE_SIZE 64
+#define VRX_PRIVATE_KEY_SIZE 32 /**< octets in a private key */
+#define VRX_PUBLIC_KEY_SIZE 64  /**< octets in a public key */
+#define VRX_SIGNATURE_SIZE 64   /**< octets in a signature */
 
 /** Private key d from octets. */
 VRX_API int ecLoadPrivateKeyValue(const uint8_t octets[VRX_PRIVATE_KEY_SIZE], uint32_t d[VRX_ECC_DIGITS]);

@@ -4,7 +4,14 @@
  * Object identifiers are complete DER encodings, tag and length bytes included. Two identifiers are the same when
  * their lengths are equal and their bytes are.
  *
- * No function of this header checks its pointers: none may be NULL, unless said otherwise.
+ * No function of this header checks its pointers: none may be NULL, unless said otherwise. Nothing is allocated but by
+ * oidCopyGOST28147Par(). Records, identifiers and texts belong to the caller, or are built in.
+ *
+ * Common arguments:
+ * - index  in: place in the table of built-in records, from 0.
+ * - record  in-out: a record of the caller's, or a built-in one.
+ * - oid  in: DER identifier, complete with tag and length.
+ * - length, oid_length  in: bytes in it.
  *
  * Threads: the registered list (GOST28147_OIDS and the `next` fields) and the two default pointers are process-wide
  * and unguarded. Registering, finding and unregistering may not run at the same time.
@@ -33,27 +40,27 @@ VRX_API extern const uint8_t VRX_PAR_CIPHER_SD_OID[VRX_PAR_OID_SIZE]; /**< 1.2.6
 
 /** A parameter set of GOST R 34.11-94. */
 typedef struct vrx_gostr3411_par {
-    uint32_t oid_length;
+    uint32_t oid_length; /**< bytes in oid */
     const uint8_t *oid;  /**< DER */
     const char *str_oid; /**< dotted */
-    const char *name;
-    const vrx_tz *tz; /**< deployed table of the step function */
+    const char *name;    /**< as RFC 4357 writes it */
+    const vrx_tz *tz;    /**< deployed table of the step function */
 } vrx_gostr3411_par;
 
 /** A parameter set of GOST 28147-89. */
 typedef struct vrx_gost28147_par {
-    uint32_t oid_length;
-    const uint8_t *oid;  /**< DER */
-    const char *str_oid; /**< dotted */
-    const char *name;
-    const vrx_tz *tz;
+    uint32_t oid_length;            /**< bytes in oid */
+    const uint8_t *oid;             /**< DER */
+    const char *str_oid;            /**< dotted */
+    const char *name;               /**< as RFC 4357 writes it */
+    const vrx_tz *tz;               /**< deployed table of the cipher */
     uint8_t mode;                   /**< default mode, numbered as in modes.h */
     uint8_t key_meshing;            /**< 1: CryptoPro key meshing applies; 0: it does not */
     struct vrx_gost28147_par *next; /**< link of the registered list; NULL at its end */
 } vrx_gost28147_par;
 
-#define VRX_GOSTR3411_PAR_COUNT 2
-#define VRX_GOST28147_PAR_COUNT 10
+#define VRX_GOSTR3411_PAR_COUNT 2  /**< built-in hash parameter sets */
+#define VRX_GOST28147_PAR_COUNT 10 /**< built-in cipher parameter sets */
 
 /** The hash parameter sets: test, CryptoPro. */
 VRX_API extern vrx_gostr3411_par GOSTR3411_OIDS[VRX_GOSTR3411_PAR_COUNT];
@@ -70,25 +77,31 @@ VRX_API extern vrx_gost28147_par *DEFAULT_GOST28147_OID;
 /** Head of the registered list, at first NULL. The list links its records and owns none of them. */
 VRX_API extern vrx_gost28147_par *GOST28147_OIDS;
 
-/** Built-in hash parameter set, or NULL when index is above 1. */
+/** A hash parameter set by its index. @return the built-in record, or NULL when index is above 1. */
 VRX_API const vrx_gostr3411_par *get_GOSTR3411_par(uint32_t index);
 
-/** The value of DEFAULT_GOSTR3411_OID. */
+/** The default hash parameter set. @return the value of DEFAULT_GOSTR3411_OID. */
 VRX_API const vrx_gostr3411_par *get_GOSTR3411_default_par(void);
 
-/** Built-in cipher parameter set, or NULL when index is above 9. */
+/** A cipher parameter set by its index. @return the built-in record, or NULL when index is above 9. */
 VRX_API vrx_gost28147_par *get_GOST28147_par(uint32_t index);
 
-/** The value of DEFAULT_GOST28147_OID. */
+/** The default cipher parameter set. @return the value of DEFAULT_GOST28147_OID. */
 VRX_API vrx_gost28147_par *get_GOST28147_default_par(void);
 
-/** Set a record's default mode to the low 8 bits of mode. @return VRX_OK */
+/** Set a record's default mode. @param mode  in: a number of modes.h, of which the low 8 bits are kept. @return VRX_OK */
 VRX_API int oidSetModeGOST28147Par(vrx_gost28147_par *record, int mode);
 
-/** Set a record's key-meshing mark to the low 8 bits of key_meshing. @return VRX_OK */
+/** Set a record's key-meshing mark. @param key_meshing  in: 1 or 0; the low 8 bits are kept. @return VRX_OK */
 VRX_API int oidSetKeyMeshingGOST28147Par(vrx_gost28147_par *record, int key_meshing);
 
-/** Set a record's identifier and texts. The pointers are kept, nothing is copied. @return VRX_OK */
+/**
+ * Set a record's identifier and texts. The pointers are kept, nothing is copied.
+ *
+ * @param str_oid  in: the identifier in dotted form; not looked at, may be NULL.
+ * @param name     in: any text; not looked at, may be NULL.
+ * @return VRX_OK
+ */
 VRX_API int oidSetOIDGOST28147Par(vrx_gost28147_par *record, const uint8_t *oid, uint32_t oid_length,
                                   const char *str_oid, const char *name);
 

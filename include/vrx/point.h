@@ -5,7 +5,7 @@
  * results are defined by the formulas below and reduced modulo p, except where a point is copied. Where a formula needs
  * the inverse of a number that has none, 0 takes its place.
  *
- * The general rules of curve.h apply; in particular a result may not overlap an operand.
+ * The general rules of curve.h apply; in particular a result may not overlap an operand. Source: RFC 5832, section 5.1.
  *
  * Running times depend on the values: do not use these functions on secrets where an attacker can measure.
  */
@@ -18,9 +18,9 @@ VRX_BEGIN_DECLS
 
 /** The point (x / z^2, y / z^3). x = y = 0 stands for the point at infinity, whatever z is. */
 typedef struct EcPointJ {
-    uint32_t x[VRX_ECC_DIGITS];
-    uint32_t y[VRX_ECC_DIGITS];
-    uint32_t z[VRX_ECC_DIGITS];
+    uint32_t x[VRX_ECC_DIGITS]; /**< X */
+    uint32_t y[VRX_ECC_DIGITS]; /**< Y */
+    uint32_t z[VRX_ECC_DIGITS]; /**< Z */
 } EcPointJ;
 
 /** @return 1 when P and Q are equal digit for digit (not only modulo p), else 0. */
@@ -29,7 +29,7 @@ VRX_API uint32_t epIsEqual(const EcPoint *P, const EcPoint *Q);
 /** @return 1 when all digits of P are 0, else 0. */
 VRX_API uint32_t epIsZero(const EcPoint *P);
 
-/** Set P to the point at infinity. @return 0. */
+/** Set a point to the point at infinity. @param P  out: the point. @return 0. */
 VRX_API uint32_t epSetZero(EcPoint *P);
 
 /** R = P, digit for digit. @return 0. */

@@ -8,7 +8,8 @@
 
 #include "vrx/frame.h"
 
-namespace vrx::inline v1 {
+namespace vrx {
+inline namespace v1 {
 
 /** The return codes of the library, see frame.h. */
 enum class Error : int {
@@ -91,20 +92,27 @@ public:
     explicit Result(std::in_place_t where, Arguments &&...arguments)
         : value_(where, std::forward<Arguments>(arguments)...) {}
 
+    ///@{
+    /** Whether there is a value. */
     [[nodiscard]] bool has_value() const noexcept { return value_.has_value(); }
     explicit operator bool() const noexcept { return has_value(); }
+    ///@}
 
+    ///@{
     /** The value; ends the process where there is none. */
     [[nodiscard]] T &value() &noexcept { return check(), *value_; }
     [[nodiscard]] const T &value() const &noexcept { return check(), *value_; }
     [[nodiscard]] T &&value() &&noexcept { return check(), std::move(*value_); }
+    ///@}
 
+    ///@{
     /** The value, which has to be there. */
     [[nodiscard]] T &operator*() &noexcept { return *value_; }
     [[nodiscard]] const T &operator*() const &noexcept { return *value_; }
     [[nodiscard]] T &&operator*() &&noexcept { return std::move(*value_); }
     [[nodiscard]] T *operator->() noexcept { return &*value_; }
     [[nodiscard]] const T *operator->() const noexcept { return &*value_; }
+    ///@}
 
     /** The value, or another one where there is none. */
     [[nodiscard]] T value_or(T other) &&noexcept { return has_value() ? std::move(*value_) : std::move(other); }
@@ -142,8 +150,11 @@ public:
         return result;
     }
 
+    ///@{
+    /** Whether there is no error. */
     [[nodiscard]] bool has_value() const noexcept { return code_ == VRX_OK; }
     explicit operator bool() const noexcept { return has_value(); }
+    ///@}
 
     /** Ends the process where there is an error. */
     void value() const noexcept {
@@ -163,6 +174,7 @@ private:
     int code_ = VRX_OK;
 };
 
-}  // namespace vrx::inline v1
+}  // namespace v1
+}  // namespace vrx
 
 #endif

@@ -6,6 +6,10 @@
  * Nothing is checked and nothing is logged: no pointer may be NULL, unless said otherwise. Input may lie at any address
  * and may not overlap the context. Nothing is allocated.
  *
+ * Common arguments:
+ * - ctx  in-out: the context.
+ * - count  in: bytes in buffer.
+ *
  * Threads: a context belongs to one thread at a time; separate contexts are independent.
  */
 #ifndef VRX_SHA1_H
@@ -19,7 +23,7 @@ VRX_BEGIN_DECLS
 
 #define VRX_SHA1_SIZE 20        /**< bytes in a digest */
 #define VRX_SHA1_BLOCK_WORDS 16 /**< words in a block of 64 bytes */
-#define VRX_SHA1_DIGEST_WORDS 5
+#define VRX_SHA1_DIGEST_WORDS 5 /**< words in a digest */
 
 /** A SHA-1 context. */
 typedef struct sha_context {

@@ -10,6 +10,11 @@
  * ecCheckPublicKey() is for public keys from elsewhere. The general rules of curve.h apply.
  *
  * Secrets are wiped before return.
+ *
+ * Common arguments:
+ * - digest  in: the 32 bytes of the hash, as they lie in memory.
+ * - rnd  in: a source of random bytes, see RND_FUNC.
+ * - q  in: a number of nine digits, above 0.
  */
 #ifndef VRX_SIGN_H
 #define VRX_SIGN_H
@@ -23,8 +28,8 @@ VRX_BEGIN_DECLS
 
 /** A signature. */
 typedef struct EcSignature {
-    uint32_t r[VRX_ECC_DIGITS];
-    uint32_t s[VRX_ECC_DIGITS];
+    uint32_t r[VRX_ECC_DIGITS]; /**< x(kG) mod q */
+    uint32_t s[VRX_ECC_DIGITS]; /**< (r d + k e) mod q */
 } EcSignature;
 
 /**
@@ -96,6 +101,7 @@ VRX_API int Getbig_RND(RND_FUNC rnd, uint32_t out[VRX_ECC_DIGITS], const uint32_
 /**
  * A random source for tests, an RND_FUNC: whole words from spSimpleRand(). NEVER make keys or signatures with it.
  *
+ * @param buffer  out: length bytes.
  * @param length  in: bytes; the last one to three of a length that is no multiple of 4 are left as they are.
  * @return 0.
  */

@@ -15,7 +15,8 @@
 #include "vrx/params.h"
 #include "vrx/types.hpp"
 
-namespace vrx::inline v1 {
+namespace vrx {
+inline namespace v1 {
 
 /* ---- Log and notice --------------------------------------------------------------------------------------------- */
 
@@ -99,18 +100,29 @@ inline const vrx_tz *hash_table(const char *name) noexcept { return hash_TZ_by_n
 
 /** DER object identifiers of the built-in parameter sets: RFC 4357, and the sets without key meshing beside them. */
 namespace oid {
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> hash_test{VRX_PAR_HASH_0_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> hash_cryptopro{VRX_PAR_HASH_1_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_test{VRX_PAR_CIPHER_0_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_a{VRX_PAR_CIPHER_A_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_b{VRX_PAR_CIPHER_B_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_c{VRX_PAR_CIPHER_C_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_d{VRX_PAR_CIPHER_D_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_test_simple{VRX_PAR_CIPHER_0S_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_a_simple{VRX_PAR_CIPHER_SA_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_b_simple{VRX_PAR_CIPHER_SB_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_c_simple{VRX_PAR_CIPHER_SC_OID};
-inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_d_simple{VRX_PAR_CIPHER_SD_OID};
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> hash_test{VRX_PAR_HASH_0_OID}; /**< 1.2.643.2.2.30.0 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> hash_cryptopro{
+    VRX_PAR_HASH_1_OID}; /**< 1.2.643.2.2.30.1 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_test{
+    VRX_PAR_CIPHER_0_OID}; /**< 1.2.643.2.2.31.0 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_a{
+    VRX_PAR_CIPHER_A_OID}; /**< 1.2.643.2.2.31.1 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_b{
+    VRX_PAR_CIPHER_B_OID}; /**< 1.2.643.2.2.31.2 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_c{
+    VRX_PAR_CIPHER_C_OID}; /**< 1.2.643.2.2.31.3 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_d{
+    VRX_PAR_CIPHER_D_OID}; /**< 1.2.643.2.2.31.4 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_test_simple{
+    VRX_PAR_CIPHER_0S_OID}; /**< 1.2.643.2.2.31.5 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_a_simple{
+    VRX_PAR_CIPHER_SA_OID}; /**< 1.2.643.2.2.31.6 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_b_simple{
+    VRX_PAR_CIPHER_SB_OID}; /**< 1.2.643.2.2.31.7 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_c_simple{
+    VRX_PAR_CIPHER_SC_OID}; /**< 1.2.643.2.2.31.8 */
+inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> cipher_d_simple{
+    VRX_PAR_CIPHER_SD_OID}; /**< 1.2.643.2.2.31.9 */
 }  // namespace oid
 
 /** The built-in parameter sets of the hash. */
@@ -162,6 +174,7 @@ inline Result<void> unregister_cipher_set(Bytes oid) noexcept {
 
 /** Frees what copy_of() made. */
 struct Free {
+    /** free() */
     void operator()(void *record) const noexcept { std::free(record); }
 };
 
@@ -188,6 +201,7 @@ inline Result<void> set_oid(vrx_gost28147_par &set, Bytes oid, const char *dotte
     return Result<void>::of(oidSetOIDGOST28147Par(&set, oid.data(), detail::count(oid), dotted, name));
 }
 
-}  // namespace vrx::inline v1
+}  // namespace v1
+}  // namespace vrx
 
 #endif

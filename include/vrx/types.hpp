@@ -23,7 +23,8 @@
 #include "vrx/result.hpp"
 #include "vrx/sha1.h"
 
-namespace vrx::inline v1 {
+namespace vrx {
+inline namespace v1 {
 
 /** Bytes to read. */
 using Bytes = std::span<const std::uint8_t>;
@@ -60,6 +61,7 @@ inline std::string to_hex(Bytes bytes) {
  * The bytes that a text of hexadecimal digits stands for.
  *
  * @param text  in: two digits for each byte of out, of either case, and nothing else.
+ * @param out   out: as many bytes as are wanted.
  * @return Error::buffer_length for a text of another length, Error::bad_params for other characters; out is then zeroed.
  */
 inline Result<void> from_hex(std::string_view text, MutableBytes out) noexcept {
@@ -98,14 +100,18 @@ struct Unfilled {};
 template <typename Record, std::size_t public_bytes = 0>
 requires std::is_trivially_copyable_v<Record>
 struct Wiped {
-    Record value;
+    Record value; /**< the record */
 
     Wiped() noexcept : value{} {}
+    /** A record whose bytes are anything. */
     explicit Wiped(Unfilled) noexcept {}  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    /** A copy of a record. */
     explicit Wiped(const Record &record) noexcept : value(record) {}
     Wiped(const Wiped &) noexcept = default;
+    /** A copy, after which the other is zeroed. */
     Wiped(Wiped &&other) noexcept : value(other.value) { other.forget(); }
     Wiped &operator=(const Wiped &) noexcept = default;
+    /** A copy, after which the other is zeroed. */
     Wiped &operator=(Wiped &&other) noexcept {
         if (this != &other) {
             value = other.value;
@@ -127,7 +133,7 @@ struct Wiped {
 template <typename Meaning, std::size_t size_>
 class Octets {
 public:
-    static constexpr std::size_t extent = size_;
+    static constexpr std::size_t extent = size_; /**< bytes in it */
 
     Octets() = default;
     /** A copy of bytes of the right size: a std::array, an array, or a span. */
@@ -155,6 +161,8 @@ public:
         return result;
     }
 
+    ///@{
+    /** The bytes, as a range. */
     [[nodiscard]] std::uint8_t *data() noexcept { return bytes_.value.data(); }
     [[nodiscard]] const std::uint8_t *data() const noexcept { return bytes_.value.data(); }
     [[nodiscard]] static constexpr std::size_t size() noexcept { return size_; }
@@ -162,7 +170,9 @@ public:
     [[nodiscard]] const std::uint8_t *begin() const noexcept { return data(); }
     [[nodiscard]] std::uint8_t *end() noexcept { return data() + size_; }
     [[nodiscard]] const std::uint8_t *end() const noexcept { return data() + size_; }
+    ///@}
 
+    /** Whether all bytes are the same; in constant time. */
     friend bool operator==(const Octets &a, const Octets &b) noexcept { return equal_in_constant_time(a, b); }
 
 private:
@@ -231,10 +241,14 @@ public:
     /** Another key of the same bytes. */
     [[nodiscard]] Key copy() const noexcept { return Key(std::span{words_.value}); }
 
+    ///@{
     /** The eight words, as the functions of the C headers take them. */
     [[nodiscard]] std::uint32_t *words() noexcept { return words_.value.data(); }
     [[nodiscard]] const std::uint32_t *words() const noexcept { return words_.value.data(); }
+    ///@}
 
+    ///@{
+    /** The bytes, as a range. */
     [[nodiscard]] std::uint8_t *data() noexcept { return reinterpret_cast<std::uint8_t *>(words()); }
     [[nodiscard]] const std::uint8_t *data() const noexcept { return reinterpret_cast<const std::uint8_t *>(words()); }
     [[nodiscard]] static constexpr std::size_t size() noexcept { return VRX_KEY_SIZE; }
@@ -242,7 +256,9 @@ public:
     [[nodiscard]] const std::uint8_t *begin() const noexcept { return data(); }
     [[nodiscard]] std::uint8_t *end() noexcept { return data() + size(); }
     [[nodiscard]] const std::uint8_t *end() const noexcept { return data() + size(); }
+    ///@}
 
+    /** Whether all bytes are the same; in constant time. */
     friend bool operator==(const Key &a, const Key &b) noexcept { return equal_in_constant_time(a, b); }
 
 private:
@@ -276,6 +292,7 @@ inline bool fits(std::size_t count) noexcept { return count <= 0xFFFFFFFF; }
 inline std::uint32_t count(Bytes bytes) noexcept { return static_cast<std::uint32_t>(bytes.size()); }
 
 }  // namespace detail
-}  // namespace vrx::inline v1
+}  // namespace v1
+}  // namespace vrx
 
 #endif

@@ -8,6 +8,12 @@
  * - TZ string: 128 characters, two for a byte of the numeric TZ in byte order, the LOW nibble first.
  * - deployed TZ: the record that the cipher and the hash read, see vrx_tz.
  *
+ * Common arguments:
+ * - num_tz  in: the numeric TZ, 64 bytes; out: likewise; in-out: likewise.
+ * - out  out: one table of 4100 bytes, owned by the caller.
+ * - id  in: the index of a built-in record; only its low 8 bits count.
+ * - name  in: a text that ends with a zero, compared as a whole and with its case; may be NULL.
+ *
  * Unless said otherwise pointers may not be NULL, buffers may not overlap, nothing is allocated, there is no shared
  * state, and every function may run in any number of threads.
  */
@@ -27,13 +33,13 @@ VRX_BEGIN_DECLS
  * v is t[0][byte 0 of v] ^ t[1][byte 1] ^ t[2][byte 2] ^ t[3][byte 3].
  */
 typedef struct vrx_tz {
-    uint32_t t[4][256];
+    uint32_t t[4][256];  /**< in the processor's byte order: not for exchange */
     uint8_t initialised; /**< 0: not deployed, the cipher refuses the table; other values: deployed */
-    uint8_t zero[3];
+    uint8_t zero[3];     /**< padding */
 } vrx_tz;
 
-#define VRX_TZ_28147_89_COUNT 5
-#define VRX_TZ_3411_94_COUNT 2
+#define VRX_TZ_28147_89_COUNT 5 /**< built-in tables of the cipher */
+#define VRX_TZ_3411_94_COUNT 2  /**< built-in tables of the hash */
 
 /** Cipher tables of RFC 4357: test, CryptoPro-A, -B, -C, -D ("tz_test", "tz_a" to "tz_d"). Read-only. */
 VRX_API extern const vrx_tz TZ_28147_89[VRX_TZ_28147_89_COUNT];
@@ -53,7 +59,7 @@ VRX_API extern const vrx_tz TZ_3411_94[VRX_TZ_3411_94_COUNT];
  */
 VRX_API int vrx_crpt_deploy_TZ(const uint8_t num_tz[VRX_NUM_TZ_SIZE], vrx_tz *out);
 
-/** vrx_crpt_deploy_TZ() under an older name; a failure writes a second text to the log. Codes as there. */
+/** vrx_crpt_deploy_TZ() under an older name; a failure writes a second text to the log. @return as there. */
 VRX_API int vrx_crpt_init_num_TZ(const uint8_t num_tz[VRX_NUM_TZ_SIZE], vrx_tz *out);
 
 /**
@@ -84,16 +90,16 @@ VRX_API int vrx_crpt_init_new_TZ(const char *str, vrx_tz *out);
  */
 VRX_API int vrx_crpt_swap_num_TZ(uint8_t num_tz[VRX_NUM_TZ_SIZE]);
 
-/** Record id of TZ_28147_89. Only the low 8 bits of id count; above 4 the result is NULL (logged). */
+/** A cipher table by its index. @return record id of TZ_28147_89; NULL above 4 (logged). */
 VRX_API const vrx_tz *TZ_by_id(uint32_t id);
 
-/** Record id of TZ_3411_94. Only the low 8 bits of id count; above 1 the result is NULL (logged). */
+/** A hash table by its index. @return record id of TZ_3411_94; NULL above 1 (logged). */
 VRX_API const vrx_tz *hash_TZ_by_id(uint32_t id);
 
-/** The cipher table "tz_test", "tz_a", "tz_b", "tz_c" or "tz_d"; NULL for NULL and for other texts (logged). */
+/** A cipher table by its name: "tz_test", "tz_a", "tz_b", "tz_c", "tz_d". @return NULL for NULL and for other texts (logged). */
 VRX_API const vrx_tz *TZ_by_name(const char *name);
 
-/** The hash table "tz_0" or "tz_1"; NULL for NULL and for other texts (logged). */
+/** A hash table by its name: "tz_0", "tz_1". @return NULL for NULL and for other texts (logged). */
 VRX_API const vrx_tz *hash_TZ_by_name(const char *name);
 
 VRX_END_DECLS
