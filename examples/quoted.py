@@ -1,9 +1,12 @@
 #!/usr/bin/env python3
-"""Checks that a text quotes a file whole, as a block of code. Usage: quoted.py TEXT LANGUAGE FILE"""
+"""Checks that a text quotes files whole, each as a block of code. Usage: quoted.py TEXT FILE..."""
 import sys
 from pathlib import Path
 
-text, language, file = sys.argv[1:]
-block = f"```{language}\n{Path(file).read_text(encoding='utf-8')}```\n"
-if block not in Path(text).read_text(encoding="utf-8"):
-    sys.exit(f"{text} does not quote {file} as it is")
+LANGUAGE = {".c": "c", ".cpp": "cpp", ".expected": "text"}
+
+text, *files = sys.argv[1:]
+quoted = Path(text).read_text(encoding="utf-8")
+for file in map(Path, files):
+    if f"```{LANGUAGE[file.suffix]}\n{file.read_text(encoding='utf-8')}```\n" not in quoted:
+        sys.exit(f"{text} does not quote {file} as it is")

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """cmake --install into a scratch prefix, and programs of users that are built against it."""
 
+import re
 import shutil
 from pathlib import Path
 
@@ -15,8 +16,12 @@ class Prefix(InstallTest):
         super().setUpClass()
         cls.prefix = cls.scratch / "prefix"
         cls.install(cls(), cls.prefix)
-        cls.examples = sorted((Path(setting.source) / "examples").glob("*.c")) + \
-            sorted((Path(setting.source) / "examples").glob("*.cpp"))
+        # The programs for users to read, with the arguments that their tests give them.
+        folder = Path(setting.source) / "examples"
+        listed = re.findall(r"^vrx_example\((\S+)(.*)\)$", (folder / "CMakeLists.txt").read_text(encoding="utf-8"), re.M)
+        cls.examples = [folder / source for source, _ in listed]
+        cls.arguments = {Path(source).stem: arguments.split() for source, arguments in listed}
+        assert {path.suffix for path in cls.examples} == {".c", ".cpp"}
 
     def install(self, prefix, *options):
         self.run_program(setting.cmake, "--install", setting.build, "--prefix", prefix, *options, env=clean_environment())
@@ -25,11 +30,9 @@ class Prefix(InstallTest):
         return next(Path(prefix).glob("**/libvrx.so.1")).parent
 
     def says_what_is_expected(self, program, **environment):
-        """Examples without arguments print what stands beside them."""
-        expected = Path(setting.source) / "examples" / f"{program.name}.expected"
-        if program.name != "mac":
-            printed = self.run_program(program, env=clean_environment(**environment))
-            self.assertEqual(printed, expected.read_text(encoding="utf-8"), program)
+        folder = Path(setting.source) / "examples"
+        printed = self.run_program(program, *self.arguments[program.name], cwd=folder, env=clean_environment(**environment))
+        self.assertEqual(printed, (folder / f"{program.name}.expected").read_text(encoding="utf-8"), program)
 
     def build_with_cmake(self, prefix, folder, *options):
         folder = self.scratch / folder

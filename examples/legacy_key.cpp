@@ -1,0 +1,54 @@
+// Reads a private key that another program encrypted with a password years ago (PKCS #8, PBES2).
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+#include <vrx.hpp>
+
+namespace {
+
+template <std::size_t size>
+std::array<std::uint8_t, size> octets(std::string_view hex) {
+    std::array<std::uint8_t, size> result;
+    vrx::from_hex(hex, result).value();
+    return result;
+}
+
+// What follows some octets in a DER encoding: enough for a form that one knows.
+vrx::Bytes behind(vrx::Bytes der, vrx::Bytes start) {
+    const auto at = std::search(der.begin(), der.end(), start.begin(), start.end());
+    return der.subspan(std::min(der.size(), static_cast<std::size_t>(at - der.begin()) + start.size()));
+}
+
+}  // namespace
+
+int main() {
+    // From the file: the parameters of PBKDF2 and of the cipher, then the encrypted key.
+    const auto salt = octets<32>("ba6e1a22b5dcc4d361c9630aefb7a7d2f8943f5051c89d7f4ba89811fca745f8");
+    const std::uint64_t iterations = 2000;
+    const vrx::Iv iv(octets<8>("962a6f78c3c8232c"));
+    auto key_info = octets<71>(
+        "738528bbbf5bcbeec519a5c4129a6a734c28fe4e091f7f8b8ba7a847947736df124e17a7"
+        "5c3ef5655cfb6245498da65e7a06ab95468ec66f4bf1ea928b811f1e24d99b59da06b4");
+    const std::string_view password = "\u041f\u0430\u0440\u043e\u043b\u044c \u0434\u043b\u044f PFX";  // in UTF-8
+
+    const auto key = vrx::pbkdf2(vrx::bytes_of(password), salt, iterations, vrx::oid::hash_cryptopro);
+    if (!key || !vrx::decrypt(*key, iv, key_info, key_info, *vrx::cipher_set(1))) return 1;
+
+    // PrivateKeyInfo: behind the algorithm's identifier stand its parameters, a SEQUENCE that begins with the curve's.
+    const auto algorithm = octets<10>("06062a85030202133012");
+    const vrx::Bytes parameters = behind(key_info, algorithm);
+    const vrx::Curve *curve = nullptr;
+    if (parameters.size() > VRX_ECC_OID_SIZE) curve = vrx::find_curve(parameters.first(VRX_ECC_OID_SIZE));
+    if (curve == nullptr) {
+        std::fputs("legacy_key: the password is wrong, or the curve is unknown\n", stderr);
+        return 1;
+    }
+    // The number is an OCTET STRING at the end, least significant octet first. Where it is an INTEGER (tag 02), as in
+    // some files, it comes last: reverse the octets then.
+    const auto own = vrx::PrivateKey::from_octets(vrx::Bytes(key_info).last(32), *curve);
+    if (!own) return 1;
+    const auto public_key = own->public_key();
+    if (!public_key) return 1;
+    std::printf("curve      %s\npublic key %s\n", curve->str_oid, vrx::to_hex(public_key->octets()).c_str());
+    return 0;
+}
