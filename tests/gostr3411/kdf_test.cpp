@@ -22,15 +22,7 @@ class Pbkdf2Test : public KdfTest {
 protected:
     [[nodiscard]] Octets model(std::span<const std::uint8_t> password, std::span<const std::uint8_t> salt,
                                unsigned iterations) const {
-        Bytes text(salt.begin(), salt.end());
-        text.insert(text.end(), {0, 0, 0, 1});
-        Octets u = model_hmac(set, password, text);
-        Octets t = u;
-        for (unsigned k = 2; k <= iterations; ++k) {
-            u = model_hmac(set, password, u);
-            t = sum_mod_2(t, u);
-        }
-        return t;
+        return model_pbkdf2(set, password, salt, iterations);
     }
     static Bytes derive(std::span<const std::uint8_t> password, std::span<const std::uint8_t> salt,
                         std::uint64_t iterations, std::uint64_t out_len = 32) {
@@ -114,42 +106,9 @@ TEST_F(Pbkdf2Test, output_may_overlap_the_inputs) {
 
 class PbaTest : public KdfTest {
 protected:
-    static Bytes repeated(std::span<const std::uint8_t> text) {
-        Bytes out;
-        while (!text.empty() && (out.size() < text.size() || out.size() % 32 != 0))
-            out.push_back(text[out.size() % text.size()]);
-        return out;
-    }
-    /** The derivation; the hash of a further block goes on from the last one's end. */
     [[nodiscard]] Bytes model(std::span<const std::uint8_t> password, std::span<const std::uint8_t> salt,
                               unsigned iterations, int id, std::size_t out_len) const {
-        const Bytes diversifier(32, static_cast<std::uint8_t>(id));
-        Bytes input = repeated(salt);
-        const Bytes p = repeated(password);
-        input.insert(input.end(), p.begin(), p.end());
-        ModelContext hash{.substitute = set};
-        Bytes out;
-        while (out.size() < out_len) {
-            hash.update(diversifier);
-            hash.update(input);
-            Octets a = hash.final();
-            for (unsigned k = 2; k <= iterations; ++k) {
-                hash = {.substitute = set};
-                hash.update(a);
-                a = hash.final();
-            }
-            out.insert(out.end(), a.begin(), a.end());
-            for (std::size_t block = 0; block < input.size(); block += 32) {
-                unsigned carry = 1;
-                for (std::size_t i = 32; i-- != 0;) {
-                    carry += unsigned{input.at(block + i)} + a.at(i);
-                    input.at(block + i) = static_cast<std::uint8_t>(carry % 256);
-                    carry /= 256;
-                }
-            }
-        }
-        out.resize(out_len);
-        return out;
+        return model_pba(set, password, salt, iterations, id, out_len);
     }
     static Bytes derive(std::span<const std::uint8_t> password, std::span<const std::uint8_t> salt, unsigned iterations,
                         int id, std::size_t out_len) {

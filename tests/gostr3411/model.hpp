@@ -209,6 +209,58 @@ inline Octets model_hmac(const Substitution& substitute, std::span<const std::ui
     return padded_hash(0x5c, padded_hash(0x36, message));
 }
 
+/** The first block of PBKDF2 (RFC 8018); no iterations count as one. */
+inline Octets model_pbkdf2(const Substitution& substitute, std::span<const std::uint8_t> password,
+                           std::span<const std::uint8_t> salt, unsigned iterations) {
+    Bytes text(salt.begin(), salt.end());
+    text.insert(text.end(), {0, 0, 0, 1});
+    Octets u = model_hmac(substitute, password, text);
+    Octets t = u;
+    for (unsigned k = 2; k <= iterations; ++k) {
+        u = model_hmac(substitute, password, u);
+        t = sum_mod_2(t, u);
+    }
+    return t;
+}
+
+/** The derivation of PKCS #12 (RFC 7292, appendix B); the hash of a further block goes on from the last one's end. */
+inline Bytes model_pba(const Substitution& substitute, std::span<const std::uint8_t> password,
+                       std::span<const std::uint8_t> salt, unsigned iterations, int id, std::size_t out_len) {
+    const auto repeated = [](std::span<const std::uint8_t> text) {
+        Bytes out;
+        while (!text.empty() && (out.size() < text.size() || out.size() % 32 != 0))
+            out.push_back(text[out.size() % text.size()]);
+        return out;
+    };
+    const Bytes diversifier(32, static_cast<std::uint8_t>(id));
+    Bytes input = repeated(salt);
+    const Bytes p = repeated(password);
+    input.insert(input.end(), p.begin(), p.end());
+    ModelContext hash{.substitute = substitute};
+    Bytes out;
+    while (out.size() < out_len) {
+        hash.update(diversifier);
+        hash.update(input);
+        Octets a = hash.final();
+        for (unsigned k = 2; k <= iterations; ++k) {
+            hash = {.substitute = substitute};
+            hash.update(a);
+            a = hash.final();
+        }
+        out.insert(out.end(), a.begin(), a.end());
+        for (std::size_t block = 0; block < input.size(); block += 32) {
+            unsigned carry = 1;
+            for (std::size_t i = 32; i-- != 0;) {
+                carry += unsigned{input.at(block + i)} + a.at(i);
+                input.at(block + i) = static_cast<std::uint8_t>(carry % 256);
+                carry /= 256;
+            }
+        }
+    }
+    out.resize(out_len);
+    return out;
+}
+
 }  // namespace vrx::test
 
 #endif

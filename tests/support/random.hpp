@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <random>
+#include <span>
 #include <type_traits>
 
 #include "support/hex.hpp"
@@ -15,11 +16,17 @@ class Random {
 public:
     Random();
     explicit Random(std::uint64_t seed) : engine_(seed) {}
+    /** For fuzzers: below() and coin() decide as the given bytes say, while there are some; the rest is random. */
+    Random(std::uint64_t seed, std::span<const std::uint8_t> decisions) : engine_(seed), decisions_(decisions) {}
 
     /** A number from 0 to limit - 1. */
-    std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(engine_() % limit); }
+    std::uint32_t below(std::uint32_t limit) {
+        return static_cast<std::uint32_t>((decisions_.empty() ? engine_() : decision(limit)) % limit);
+    }
     std::uint32_t word() { return static_cast<std::uint32_t>(engine_() >> 32); }
-    bool coin() { return (engine_() >> 63) != 0; }
+    bool coin() { return decisions_.empty() ? (engine_() >> 63) != 0 : decision(2) % 2 != 0; }
+    /** Whether any of the given bytes is left. */
+    [[nodiscard]] bool has_decisions() const { return !decisions_.empty(); }
     void fill(std::span<std::uint8_t> out) {
         for (std::uint8_t& b : out) b = static_cast<std::uint8_t>(engine_() >> 56);
     }
@@ -39,7 +46,18 @@ public:
     }
 
 private:
+    /** As many of the given bytes as a number below the limit takes. */
+    std::uint64_t decision(std::uint32_t limit) {
+        std::uint64_t number = 0;
+        for (std::uint32_t rest = limit - 1; rest != 0 && !decisions_.empty(); rest >>= 8) {
+            number = number << 8 | decisions_.front();
+            decisions_ = decisions_.subspan(1);
+        }
+        return number;
+    }
+
     std::mt19937_64 engine_;
+    std::span<const std::uint8_t> decisions_;
 };
 
 }  // namespace vrx::test

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string>
 
 #include "vrx/tz.h"
 
@@ -40,6 +41,27 @@ inline vrx_tz deployed(const Boxes& boxes) {
         for (unsigned x = 0; x < 256; ++x) table.t[k][x] = substituted(boxes, x << (8 * k), 2 * k, 2 * k + 1);
     table.initialised = 1;
     return table;
+}
+
+using Numeric = std::array<std::uint8_t, VRX_NUM_TZ_SIZE>;
+
+/** What a character counts: digits their value, all others their code less 55, whatever they are. */
+inline int value_of(unsigned code) {
+    const int c = static_cast<int>(code);
+    return code >= '0' && code <= '9' ? c - '0' : c - 55;
+}
+
+/** first + 16 second where both are nibbles; else their bits laid over each other, and the low 8 bits of that. */
+inline std::uint8_t byte_of(unsigned first, unsigned second) {
+    return static_cast<std::uint8_t>(value_of(second) * 16 | value_of(first));
+}
+
+/** The numeric form of a text of 128 characters. */
+inline Numeric modelled(const std::string& text) {
+    Numeric num{};
+    for (std::size_t k = 0; k < num.size(); ++k)
+        num.at(k) = byte_of(static_cast<std::uint8_t>(text.at(2 * k)), static_cast<std::uint8_t>(text.at(2 * k + 1)));
+    return num;
 }
 
 }  // namespace vrx::test

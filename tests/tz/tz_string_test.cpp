@@ -15,25 +15,8 @@ namespace {
 using vrx::test::Bytes;
 using vrx::test::Random;
 
-using Numeric = std::array<std::uint8_t, VRX_NUM_TZ_SIZE>;
-
-/** What a character counts: digits their value, all others their code less 55, whatever they are. */
-int value_of(unsigned code) {
-    const int c = static_cast<int>(code);
-    return code >= '0' && code <= '9' ? c - '0' : c - 55;
-}
-
-/** first + 16 second where both are nibbles; else their bits laid over each other, and the low 8 bits of that. */
-std::uint8_t byte_of(unsigned first, unsigned second) {
-    return static_cast<std::uint8_t>(value_of(second) * 16 | value_of(first));
-}
-
-Numeric modelled(const std::string& text) {
-    Numeric num{};
-    for (std::size_t k = 0; k < num.size(); ++k)
-        num.at(k) = byte_of(static_cast<std::uint8_t>(text.at(2 * k)), static_cast<std::uint8_t>(text.at(2 * k + 1)));
-    return num;
-}
+using vrx::test::modelled;
+using vrx::test::Numeric;
 
 std::string random_digits(Random& random) {
     std::string text;

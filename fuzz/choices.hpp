@@ -1,0 +1,30 @@
+// For targets that share generators and comparisons with the tests.
+#ifndef VRX_FUZZ_CHOICES_HPP
+#define VRX_FUZZ_CHOICES_HPP
+
+#include <gtest/gtest.h>
+
+#include "fuzz.hpp"
+#include "gost28147/engine.hpp"
+#include "support/random.hpp"
+
+namespace vrx::fuzz {
+
+/** The first two bytes of an input seed random contents, the others are decisions. */
+inline test::Random choices(const std::uint8_t* data, std::size_t size) {
+    // An expectation of GoogleTest that fails ends the program like require().
+    GTEST_FLAG_SET(throw_on_failure, true);
+    Input input(data, size);
+    const std::uint64_t seed = input.byte() << 8;
+    return {seed | input.byte(), {data + std::min<std::size_t>(size, 2), size - std::min<std::size_t>(size, 2)}};
+}
+
+/** From here on the cipher runs over one of the engines that this processor offers. */
+inline void choose_engine(test::Random& random) {
+    const gost28147::Engine& wanted = gost28147::engines[random.below(gost28147::engines.size())];
+    gost28147::use((cpu::features() & wanted.needs) == wanted.needs ? wanted : gost28147::engines.back());
+}
+
+}  // namespace vrx::fuzz
+
+#endif
