@@ -17,6 +17,24 @@ if(VRX_SANITIZE)
   target_link_options(vrx_options INTERFACE -fsanitize=${VRX_SANITIZE})
 endif()
 
+# What makes faults harder to turn into attacks: for the library and the program, as they are installed. The sanitizers
+# find the same faults in their own way.
+add_library(vrx_hardening INTERFACE)
+option(VRX_HARDENING "Check stacks, buffer lengths and jumps at run time" ON)
+if(VRX_HARDENING AND NOT VRX_SANITIZE)
+  include(CheckCXXCompilerFlag)
+  check_cxx_compiler_flag(-fcf-protection=full VRX_HAS_CF_PROTECTION)
+  target_compile_options(vrx_hardening INTERFACE
+    -fstack-protector-strong $<$<BOOL:${VRX_HAS_CF_PROTECTION}>:-fcf-protection=full>
+    # Level 3 takes a fifth of the speed of the cipher on single blocks, level 2 nothing. Without optimisation there is
+    # no effect but a warning.
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
+    $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+  # The start files of some systems are not marked as ready for shadow stacks, though they are.
+  target_link_options(vrx_hardening INTERFACE $<$<BOOL:${VRX_HAS_CF_PROTECTION}>:LINKER:-z,shstk>)
+endif()
+target_link_options(vrx_hardening INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+
 option(VRX_COVERAGE "Count executed lines and branches" OFF)
 if(VRX_COVERAGE)
   target_compile_options(vrx_options INTERFACE --coverage -fprofile-abs-path)
