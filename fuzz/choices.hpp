@@ -15,7 +15,7 @@ inline test::Random choices(const std::uint8_t* data, std::size_t size) {
     // An expectation of GoogleTest that fails ends the program like require().
     GTEST_FLAG_SET(throw_on_failure, true);
     Input input(data, size);
-    const std::uint64_t seed = input.byte() << 8;
+    const std::uint64_t seed = std::uint64_t{input.byte()} << 8;
     return {seed | input.byte(), {data + std::min<std::size_t>(size, 2), size - std::min<std::size_t>(size, 2)}};
 }
 

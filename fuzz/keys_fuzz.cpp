@@ -7,6 +7,7 @@
 #include "der.hpp"
 #include "failure.hpp"
 #include "key_files.hpp"
+#include "parameters.hpp"
 #include "password.hpp"
 #include "program.hpp"
 #include "text.hpp"

@@ -1,6 +1,6 @@
 // The exported functions beside a slow second version: the built-in sets, and records of any content.
-#include "any_record.hpp"
 #include "model.hpp"
+#include "any_record.hpp"
 #include "support/kat.hpp"
 
 using namespace vrx::test;

@@ -1,0 +1,49 @@
+// Memory with a fence: a step over its edge ends the program.
+#ifndef VRX_TESTS_SUPPORT_FENCE_HPP
+#define VRX_TESTS_SUPPORT_FENCE_HPP
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+
+namespace vrx::test {
+
+/** Where the inaccessible page adjoins a buffer. */
+enum class Fence { before, behind };
+
+/** A buffer of any size, also none, that adjoins an inaccessible page. */
+class Fenced {
+public:
+    Fenced(std::size_t size, Fence fence) : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
+        inside_ = (size + page_ - 1) / page_ * page_;
+        void* const all = mmap(nullptr, inside_ + 2 * page_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (all == MAP_FAILED) throw std::runtime_error("no memory for a fence");
+        all_ = static_cast<std::uint8_t*>(all);
+        protect(PROT_READ | PROT_WRITE);
+        begin_ = all_ + page_ + (fence == Fence::before ? 0 : inside_ - size);
+    }
+    Fenced(const Fenced&) = delete;
+    Fenced& operator=(const Fenced&) = delete;
+    ~Fenced() { munmap(all_, inside_ + 2 * page_); }
+
+    [[nodiscard]] std::uint8_t* begin() const { return begin_; }
+    /** From here on nobody may write to it either. */
+    void make_read_only() { protect(PROT_READ); }
+
+private:
+    void protect(int rights) {
+        if (inside_ != 0 && mprotect(all_ + page_, inside_, rights) != 0) throw std::runtime_error("no fence");
+    }
+
+    std::size_t page_;
+    std::size_t inside_;
+    std::uint8_t* all_;
+    std::uint8_t* begin_;
+};
+
+}  // namespace vrx::test
+
+#endif
