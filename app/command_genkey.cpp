@@ -40,10 +40,8 @@ int run_pubkey(const Command& self, int argc, char** argv) {
 
     Secret<PrivateKey> key;
     const FileId read = load_private_key(operands->empty() ? "-" : operands->front(), form, *key);
-    PublicKey result{key->set, {}};
-    check("the key", ecGeneratePublicKey(key->set, key->d, &result.point));
     SecretBytes content;
-    append_public_key(content, form, result);
+    append_public_key(content, form, public_key_of(*key));
     Output output(out, {read});
     output.write(content.bytes());
     output.commit();
@@ -59,18 +57,23 @@ const Command genkey_command{"genkey",
                              "(permissions 600). A file that\n"
                              "exists is never overwritten. The file is PEM, PKCS #8 with the identifiers of RFC 4491, "
                              "and names the curve; with\n"
-                             "--format raw it is the 32 octets of the number alone, least significant first.",
+                             "--format der it is the same in DER, with --format raw the 32 octets of the number alone, "
+                             "least significant\n"
+                             "first.",
                              "vrx genkey --curve A --out my.pem",
                              run_genkey};
 
-const Command pubkey_command{"pubkey",
-                             "[FILE]",
-                             "print the public key of a private key",
-                             "Print the public key that belongs to the private key in FILE, in the same form: PEM "
-                             "(SubjectPublicKeyInfo), or 64\n"
-                             "raw octets, x and then y, each least significant octet first.",
-                             "vrx genkey --curve A --out my.pem\n"
-                             "vrx pubkey -o my.pub my.pem",
-                             run_pubkey};
+const Command pubkey_command{
+    "pubkey",
+    "[FILE]",
+    "print the public key of a private key",
+    "Print the public key that belongs to the private key in FILE, in the same form: PEM "
+    "or DER\n"
+    "(SubjectPublicKeyInfo), or 64 raw octets, x and then y, each least significant octet first. "
+    "PEM and DER are told\n"
+    "apart when the key is read; --format says how the result is written.",
+    "vrx genkey --curve A --out my.pem\n"
+    "vrx pubkey -o my.pub my.pem",
+    run_pubkey};
 
 }  // namespace vrx::app

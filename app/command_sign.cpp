@@ -16,6 +16,7 @@ namespace {
 
 using Digest = std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS>;
 
+constexpr const char* default_set = "cryptopro";
 constexpr const char* set_help = "parameter set of the hash: cryptopro or test; without it cryptopro";
 
 /** Of a signature file in bytes: base64 with room for line ends. */
@@ -34,7 +35,7 @@ Digest digest_of(const std::string& set, Input& input) {
 int run_sign(const Command& self, int argc, char** argv) {
     KeyForm form;
     std::optional<std::string> key_path;
-    std::string set = "cryptopro";
+    std::string set = default_set;
     std::string out = "-";
     bool hex = false;
     bool base64 = false;
@@ -100,30 +101,59 @@ bool in_range(const std::uint32_t* number, const EcParamSet& set) {
     return mpIsZero(number, VRX_ECC_DIGITS) == 0 && mpCompare(number, set.q, VRX_ECC_DIGITS) < 0;
 }
 
+/** The signer's key, and the parameter set of the hash. */
+struct Signer {
+    PublicKey key;
+    std::string set;
+};
+
+/** Read the key from a key file or from a certificate, which may name the parameter set. */
+Signer load_signer(const std::optional<std::string>& key_path, const std::optional<std::string>& certificate_path,
+                   const KeyForm& form, const std::optional<std::string>& set) {
+    Signer signer{{}, set.value_or(default_set)};
+    if (key_path) {
+        load_public_key(*key_path, form, signer.key);
+        return signer;
+    }
+    CertifiedKey certified;
+    load_certified_key(*certificate_path, form.curve, certified);
+    signer.key = certified.key;
+    if (!set && certified.hash != nullptr) signer.set = certified.hash->str_oid;
+    return signer;
+}
+
 int run_verify(const Command& self, int argc, char** argv) {
     KeyForm form;
     std::optional<std::string> key_path;
+    std::optional<std::string> certificate_path;
     std::optional<std::string> signature_path;
-    std::string set = "cryptopro";
-    std::vector<Option> options{text_option("key", 'k', "FILE", "the public key", key_path),
-                                text_option("signature", 'S', "FILE", "the signature", signature_path)};
+    std::optional<std::string> set;
+    std::vector<Option> options{
+        text_option("key", 'k', "FILE", "the public key", key_path),
+        text_option("cert", 'C', "FILE", "the signer's X.509 certificate, in place of a public key", certificate_path),
+        text_option("signature", 'S', "FILE", "the signature", signature_path)};
     for (Option& option : key_form_options(form, "the curve of a raw key")) options.push_back(std::move(option));
-    options.push_back(text_option("set", 's', "SET", set_help, set));
+    options.push_back(text_option("set", 's', "SET",
+                                  "parameter set of the hash: cryptopro or test; without it the one that the\n"
+                                  "certificate names, or cryptopro",
+                                  set));
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;
-    if (!key_path) throw WrongUse(self, "a public key is needed, --key FILE");
+    if (!key_path && !certificate_path)
+        throw WrongUse(self, "a public key is needed, --key FILE, or a certificate, --cert FILE");
+    if (key_path && certificate_path) throw WrongUse(self, "--key and --cert exclude each other");
     if (!signature_path) throw WrongUse(self, "a signature is needed, --signature FILE");
     const std::string in = operands->empty() ? "-" : operands->front();
-    if ((in == "-") + (key_path == "-") + (signature_path == "-") > 1)
+    if ((in == "-") + (key_path == "-") + (certificate_path == "-") + (signature_path == "-") > 1)
         throw WrongUse(self, "standard input can be only one of key, signature and data");
 
-    PublicKey key;
-    load_public_key(*key_path, form, key);
+    const Signer signer = load_signer(key_path, certificate_path, form, set);
+    const EcParamSet& curve = *signer.key.set;
     const EcSignature signature = load_signature(*signature_path);
     Input input(in);
-    const Digest digest = digest_of(set, input);
-    const bool valid = in_range(signature.r, *key.set) && in_range(signature.s, *key.set) &&
-                       ecVerify(key.set, digest.data(), &key.point, &signature) == VRX_OK;
+    const Digest digest = digest_of(signer.set, input);
+    const bool valid = in_range(signature.r, curve) && in_range(signature.s, curve) &&
+                       ecVerify(&curve, digest.data(), &signer.key.point, &signature) == VRX_OK;
     Output output("-");
     output.write(input.shown() + (valid ? ": the signature is valid\n" : ": the signature is NOT valid\n"));
     output.commit();
@@ -149,7 +179,12 @@ const Command verify_command{
     "Verify the signature of FILE, or of standard input, by the signer's public key. The signature file is 64 bytes, "
     "or\n"
     "the same as hexadecimal digits or base64. Prints one line; the exit code is 0 when the signature is valid, and 1\n"
-    "when it is not.",
+    "when it is not.\n"
+    "\n"
+    "With --cert the key, its curve and the parameter set of the hash come from an X.509 certificate (RFC 4491), PEM "
+    "or\n"
+    "DER. The certificate itself is NOT checked: neither its signature nor its dates, and nobody asks whether it was\n"
+    "revoked. Trust it for other reasons, or check it with a program for certificates first.",
     "vrx genkey --curve A --out my.pem\n"
     "vrx pubkey -o my.pub my.pem\n"
     "vrx sign --key my.pem -o letter.sig letter.txt\n"

@@ -20,7 +20,8 @@ extern const Command sign_command;  // command_sign.cpp
 extern const Command verify_command;
 extern const Command agree_command;  // command_agree.cpp
 extern const Command diversify_command;
-extern const Command params_command;  // command_params.cpp
+extern const Command inspect_command;  // command_inspect.cpp
+extern const Command params_command;   // command_params.cpp
 
 }  // namespace vrx::app
 

@@ -76,6 +76,34 @@ std::optional<std::span<const std::uint8_t>> Reader::next_whole(std::uint8_t wan
     return whole;
 }
 
+std::optional<std::string> dotted(std::span<const std::uint8_t> contents) {
+    constexpr std::uint64_t largest = ~std::uint64_t{0} >> 7;
+    std::string text;
+    std::uint64_t number = 0;
+    bool begins = true;
+    for (const std::uint8_t octet : contents) {
+        // A number has seven bits in each octet, and no zeros in front.
+        if ((begins && octet == 0x80) || number > largest) return std::nullopt;
+        number = number << 7 | (octet & 0x7F);
+        begins = octet < 0x80;
+        if (!begins) continue;
+        if (text.empty()) {
+            const std::uint64_t first = std::min<std::uint64_t>(number / 40, 2);
+            text = std::to_string(first) + "." + std::to_string(number - 40 * first);
+        } else {
+            text += "." + std::to_string(number);
+        }
+        number = 0;
+    }
+    if (text.empty() || !begins) return std::nullopt;
+    return text;
+}
+
+bool is_one_element(std::span<const std::uint8_t> octets, std::uint8_t wanted) {
+    Reader reader(octets);
+    return reader.next_whole(wanted) && reader.at_end();
+}
+
 void append(SecretBytes& out, std::uint8_t tag, std::initializer_list<std::span<const std::uint8_t>> parts) {
     std::size_t size = 0;
     for (const auto part : parts) size += part.size();

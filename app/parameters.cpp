@@ -83,6 +83,10 @@ const char* curve_name(const EcParamSet& set) {
     return curve_names[static_cast<std::size_t>(&set - get_GOSTR3410_par(0))];
 }
 
+const char* full_curve_name(const EcParamSet& set) {
+    return get_GOSTR3410_oid_name(static_cast<std::uint32_t>(&set - get_GOSTR3410_par(0)));
+}
+
 const char* table_name(const vrx_tz* table) {
     const auto cipher =
         std::find_if(cipher_tables.begin(), cipher_tables.end(), [=](const char* n) { return TZ_by_name(n) == table; });

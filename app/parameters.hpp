@@ -60,8 +60,9 @@ std::uint32_t hash_set_index(std::string_view text);
 
 /** A built-in curve, named as a cipher parameter set is. Throws a Failure when there is none. */
 const EcParamSet& curve_by_name(std::string_view text);
-/** The short name of a built-in curve. */
+/** The short name of a built-in curve, and its full name. */
 const char* curve_name(const EcParamSet& set);
+const char* full_curve_name(const EcParamSet& set);
 
 /** The name of a built-in table. */
 const char* table_name(const vrx_tz* table);

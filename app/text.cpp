@@ -22,6 +22,13 @@ std::string to_hex(std::span<const std::uint8_t> octets) {
     return text;
 }
 
+std::string to_hex(std::uint32_t number) {
+    std::string text;
+    do text.insert(text.begin(), digits[number & 15]);
+    while ((number >>= 4) != 0);
+    return text.size() < 2 ? "0" + text : text;
+}
+
 void to_hex(std::span<const std::uint8_t> octets, std::span<char> text) {
     for (std::size_t i = 0; i < octets.size(); ++i) {
         text[2 * i] = digits[octets[i] >> 4];
@@ -53,6 +60,43 @@ std::string_view without_line_end(std::string_view text) {
         if (text.ends_with('\r')) text.remove_suffix(1);
     }
     return text;
+}
+
+std::u32string from_utf8(std::string_view text) {
+    constexpr char32_t smallest[] = {0, 0x80, 0x800, 0x10000};  // a character is written in the shortest form
+    std::u32string characters;
+    while (!text.empty()) {
+        const auto first = static_cast<std::uint8_t>(text.front());
+        const std::size_t more = first < 0xC0 ? 0 : first < 0xE0 ? 1 : first < 0xF0 ? 2 : first < 0xF8 ? 3 : 0;
+        char32_t character = more == 0 ? first : first & (0x3FU >> more);
+        bool whole = text.size() > more;
+        for (std::size_t i = 1; whole && i <= more; ++i) {
+            const auto next = static_cast<std::uint8_t>(text[i]);
+            whole = next >> 6 == 2;
+            character = character << 6 | (next & 0x3FU);
+        }
+        whole = whole && character >= smallest[more] && character <= 0x10FFFF;
+        characters += whole ? character : char32_t{first};
+        text.remove_prefix(whole ? more + 1 : 1);
+    }
+    return characters;
+}
+
+void append_utf8(std::string& text, char32_t character) {
+    const auto octet = [&](char32_t value) { text += static_cast<char>(value); };
+    const auto follow = [&](unsigned shift) { octet(0x80 | (character >> shift & 0x3F)); };
+    if (character < 0x80) return octet(character);
+    if (character < 0x800) {
+        octet(0xC0 | character >> 6);
+    } else if (character < 0x10000) {
+        octet(0xE0 | character >> 12);
+        follow(6);
+    } else {
+        octet(0xF0 | character >> 18);
+        follow(12);
+        follow(6);
+    }
+    follow(0);
 }
 
 std::string in_quotes(std::string_view name) {

@@ -18,7 +18,9 @@ std::optional<unsigned> hex_digit(char c);
 
 /** Octets as lower-case hexadecimal digits. */
 std::string to_hex(std::span<const std::uint8_t> octets);
-/** The same for secrets: the digits go where the caller says, two for each octet. */
+/** A number as at least two lower-case hexadecimal digits. */
+std::string to_hex(std::uint32_t number);
+/** Octets, for secrets: the digits go where the caller says, two for each octet. */
 void to_hex(std::span<const std::uint8_t> octets, std::span<char> text);
 
 /** Read exactly two hexadecimal digits for each octet; false when the text is anything else. Both may begin at one
@@ -30,6 +32,11 @@ std::optional<std::uint64_t> to_number(std::string_view text);
 
 /** A text without one line end (LF or CRLF) behind it. */
 std::string_view without_line_end(std::string_view text);
+
+/** The characters of a text in UTF-8; an octet that is not UTF-8 is taken for the character of that number. */
+std::u32string from_utf8(std::string_view text);
+/** Append a character in UTF-8. */
+void append_utf8(std::string& text, char32_t character);
 
 /** A file name between quotation marks, its control characters made visible. */
 std::string in_quotes(std::string_view name);

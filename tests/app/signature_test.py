@@ -6,8 +6,9 @@ import os
 
 import gost
 import kat
-from digests import HashTest, set_name
-from program import SANITIZED, main
+from digests import set_name
+from program import main
+from signatures import SignatureTest, flipped
 
 CURVES = ["A", "B", "C", "XchA", "XchB", "Test"]
 UKM = "5172be25f852a233"
@@ -16,46 +17,10 @@ ORDER = {"A": 0xFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF6C611070995AD10045841B09B761B893
 HASH_SETS = [bytes.fromhex("06072a850302021e0" + digit) for digit in "01"]
 
 
-def flipped(octets, places=None):
-    """Copies of octets, each with one bit changed: every bit, or in slow builds one of each octet."""
-    for place in places or range(len(octets)):
-        for bit in [place % 8] if SANITIZED else range(8):
-            bad = bytearray(octets)
-            bad[place] ^= 1 << bit
-            yield place, bytes(bad)
-
-
 def curve_name(full):
     """The short name of a curve that known answers name in full."""
     middle = full.removeprefix("id-GostR3410-2001-").removesuffix("ParamSet").removesuffix("-")
     return middle.removeprefix("CryptoPro-")
-
-
-class SignatureTest(HashTest):
-    def setUp(self):
-        super().setUp()
-        self.write("letter", b"Dear reader\n")
-
-    def pair(self, name, curve, *form):
-        self.vrx("genkey", "--curve", curve, *form, "--out", name + ".key")
-        self.vrx("pubkey", *form, *(["--curve", curve] if form else []), "-o", name + ".pub", name + ".key")
-
-    def valid(self, *options, signature="sig", key="a.pub", letter="letter"):
-        out = self.vrx("verify", "--key", key, "--signature", signature, *options, letter)
-        self.assertEqual(out.decode(), f"'{letter}': the signature is valid\n")
-
-    def invalid(self, *options, signature="sig", key="a.pub", letter="letter"):
-        done = self.run_vrx("verify", "--key", key, "--signature", signature, *options, letter)
-        self.assertEqual((done.code, done.out.decode(), done.err), (1, f"'{letter}': the signature is NOT valid\n", b""))
-
-    @staticmethod
-    def pem(label, octets):
-        text = base64.encodebytes(octets).decode()
-        return f"-----BEGIN {label}-----\n{text}-----END {label}-----\n".encode()
-
-    def der(self, name):
-        """The octets in a PEM file."""
-        return base64.b64decode(b"".join(self.read(name).split(b"\n")[1:-2]))
 
 
 class Answers(SignatureTest):
@@ -233,6 +198,19 @@ class RoundTrips(SignatureTest):
             self.write("same", same)
             self.valid(key="same")
 
+    def test_pem_and_der_hold_the_same_and_are_told_apart(self):
+        self.vrx("genkey", "--curve", "B", "--format", "der", "--out", "der.key")
+        self.assertEqual(self.mode("der.key"), 0o600)
+        self.write("pem.key", self.pem("PRIVATE KEY", self.read("der.key")), 0o600)
+        for form in ("der", "pem"):
+            self.vrx("pubkey", "--format", form, "-o", "a.pub", "der.key")
+            self.assertEqual(self.vrx("pubkey", "--format", form, "pem.key"), self.read("a.pub"))
+            for key in ("der.key", "pem.key"):
+                self.vrx("sign", "-k", key, "-o", "sig", "letter")
+                self.valid()
+        self.assertEqual(self.pem("PUBLIC KEY", self.vrx("pubkey", "--format", "der", "pem.key")).replace(b"\n", b""),
+                         self.read("a.pub").replace(b"\n", b""))
+
     def test_keys_from_standard_input(self):
         self.pair("a", "C")
         self.assertEqual(self.vrx("pubkey", stdin=self.read("a.key")), self.read("a.pub"))
@@ -328,15 +306,19 @@ class WrongFiles(SignatureTest):
                      says="'r.pub' holds a point that is not on the curve B")
 
     def test_keys_of_other_kinds(self):
-        self.write("der", self.der("a.key"), 0o600)
-        self.refused("sign", "-k", "der", "letter", says="'der' is not a whole key file in PEM form")
+        self.write("bad", self.der("a.key")[:-1], 0o600)
+        self.refused("sign", "-k", "bad", "letter", says="'bad' is not a whole key file in PEM form, nor DER")
         self.write("bad", self.pem("ENCRYPTED PRIVATE KEY", self.der("a.key")), 0o600)
         self.refused("sign", "-k", "bad", "letter", says="'bad' is encrypted with a password")
         self.write("bad", self.pem("RSA PRIVATE KEY", self.der("a.key")), 0o600)
         self.refused("sign", "-k", "bad", "letter", says="'bad' is not a private key of GOST R 34.10-2001")
         newer = self.der("a.key").replace(bytes.fromhex("06062a8503020213"), bytes.fromhex("06062a8503020214"))
         self.write("bad", self.pem("PRIVATE KEY", newer), 0o600)
-        self.refused("sign", "-k", "bad", "letter", says="'bad' is not a private key of GOST R 34.10-2001")
+        self.refused("sign", "-k", "bad", "letter",
+                     says=["'bad' is not a private key of GOST R 34.10-2001", "but of GOST R 34.10-94; name another"])
+        self.write("bad", self.pem("CERTIFICATE", self.der("a.pub")))
+        self.refused("verify", "-k", "bad", "-S", "sig", "letter",
+                     says=["'bad' holds a certificate where a public key is needed", "vrx verify --cert"])
         self.refused("sign", "-k", "none", "letter", says="cannot open 'none'")
         self.refused("sign", "-k", ".", "letter", says="cannot read '.'")
 
@@ -410,7 +392,7 @@ class WrongFiles(SignatureTest):
         self.refused("pubkey", "--format", "raw", "--curve", "A", "bad", says=["'bad' holds 31 bytes", "is 32"])
         self.write("bad", bytes(32), 0o600)
         self.refused("pubkey", "--format", "raw", "bad", says="--curve NAME")
-        self.refused("pubkey", "--format", "jpeg", "bad", says="use pem or raw")
+        self.refused("pubkey", "--format", "jpeg", "bad", says="use pem, der or raw")
         self.refused("genkey", "--curve", "D", "--out", "new", says="use A, B, C, XchA, XchB or Test")
         self.refused("pubkey", "--curve", "B", "a.key", says=["on the curve A", "not on 'B'"])
 
@@ -433,7 +415,7 @@ class WrongFiles(SignatureTest):
 
     def test_no_new_key_after_a_failure(self):
         before = self.names()
-        self.refused("genkey", "--curve", "A", "--format", "jpeg", "--out", "new", says="use pem or raw")
+        self.refused("genkey", "--curve", "A", "--format", "jpeg", "--out", "new", says="use pem, der or raw")
         self.refused("genkey", "--out", "new", says="a curve is needed, --curve NAME")
         self.refused("genkey", "--curve", "A", says="a name for the key file is needed")
         self.refused("genkey", "--curve", "A", "--out", "-", says="a name for the key file is needed")

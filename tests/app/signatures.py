@@ -1,0 +1,42 @@
+"""What the tests of keys, signatures and certificates share."""
+
+import base64
+
+from digests import HashTest
+from program import SANITIZED
+
+
+def flipped(octets, places=None):
+    """Copies of octets, each with one bit changed: every bit, or in slow builds one of each octet."""
+    for place in places or range(len(octets)):
+        for bit in [place % 8] if SANITIZED else range(8):
+            bad = bytearray(octets)
+            bad[place] ^= 1 << bit
+            yield place, bytes(bad)
+
+
+class SignatureTest(HashTest):
+    def setUp(self):
+        super().setUp()
+        self.write("letter", b"Dear reader\n")
+
+    def pair(self, name, curve, *form):
+        self.vrx("genkey", "--curve", curve, *form, "--out", name + ".key")
+        self.vrx("pubkey", *form, *(["--curve", curve] if form else []), "-o", name + ".pub", name + ".key")
+
+    def valid(self, *options, signature="sig", key="a.pub", letter="letter"):
+        out = self.vrx("verify", "--key", key, "--signature", signature, *options, letter)
+        self.assertEqual(out.decode(), f"'{letter}': the signature is valid\n")
+
+    def invalid(self, *options, signature="sig", key="a.pub", letter="letter"):
+        done = self.run_vrx("verify", "--key", key, "--signature", signature, *options, letter)
+        self.assertEqual((done.code, done.out.decode(), done.err), (1, f"'{letter}': the signature is NOT valid\n", b""))
+
+    @staticmethod
+    def pem(label, octets):
+        text = base64.encodebytes(octets).decode()
+        return f"-----BEGIN {label}-----\n{text}-----END {label}-----\n".encode()
+
+    def der(self, name):
+        """The octets in a PEM file."""
+        return base64.b64decode(b"".join(self.read(name).split(b"\n")[1:-2]))
