@@ -22,6 +22,7 @@ extern const Command agree_command;  // command_agree.cpp
 extern const Command diversify_command;
 extern const Command inspect_command;  // command_inspect.cpp
 extern const Command params_command;   // command_params.cpp
+extern const Command speed_command;    // command_speed.cpp
 
 }  // namespace vrx::app
 

@@ -17,10 +17,10 @@
 namespace vrx::app {
 namespace {
 
-constexpr std::array commands{&encrypt_command, &decrypt_command,   &mac_command,     &hash_command,
-                              &sha1_command,    &hmac_command,      &derive_command,  &keygen_command,
-                              &genkey_command,  &pubkey_command,    &sign_command,    &verify_command,
-                              &agree_command,   &diversify_command, &inspect_command, &params_command};
+constexpr std::array commands{&encrypt_command, &decrypt_command, &mac_command,    &hash_command,      &sha1_command,
+                              &hmac_command,    &derive_command,  &keygen_command, &genkey_command,    &pubkey_command,
+                              &sign_command,    &verify_command,  &agree_command,  &diversify_command, &inspect_command,
+                              &params_command,  &speed_command};
 
 constexpr const char* where_to_look = "; 'vrx help' lists the commands";
 

@@ -7,7 +7,7 @@ import subprocess
 from program import KEY, PROGRAM, ProgramTest, main
 
 COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keygen", "genkey", "pubkey", "sign", "verify",
-            "agree", "diversify", "inspect", "params"]
+            "agree", "diversify", "inspect", "params", "speed"]
 
 
 class KeyGeneration(ProgramTest):
@@ -112,7 +112,7 @@ class Help(ProgramTest):
         os.remove(self.path("key"))
         folder = os.path.dirname(PROGRAM)
         self.write("disk.iso", b"many bytes")
-        for command in ("encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "params"):
+        for command in ("encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "params", "speed"):
             example = self.vrx("help", command).decode().split("\nExample:\n")[1]
             done = subprocess.run(["bash", "-euo", "pipefail", "-c", example], cwd=self.folder, capture_output=True,
                                   env={**os.environ, "PATH": folder + ":" + os.environ["PATH"]}, check=False)
