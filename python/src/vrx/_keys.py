@@ -1,0 +1,311 @@
+"""Curves, key pairs, signatures and key agreement of GOST R 34.10-2001."""
+
+from __future__ import annotations
+
+import ctypes
+from contextlib import contextmanager
+from dataclasses import dataclass, field
+from typing import TYPE_CHECKING, Any, Callable, Iterator, Optional, Union
+
+from . import _c
+from ._hash import gostr3411
+from ._memory import Octets, Secret, copied, wipe
+from ._parameters import HashParameters, SBoxes, by_name, find, hash_parameters, identifiers
+
+if TYPE_CHECKING:
+    from _typeshed import ReadableBuffer
+
+_Digits = ctypes.c_uint32 * 9
+
+#: What names the S-boxes of the hash that is signed.
+AnyHash = Union[str, bytes, HashParameters, SBoxes]
+
+#: A source of random bytes: takes a count, returns as many. None is the operating system's.
+Random = Optional[Callable[[int], bytes]]
+
+# The C library's own function has the type that is asked for, so secrets do not pass through objects of Python.
+_SYSTEM = _c.RND_FUNC(("getentropy", ctypes.CDLL(None)))
+
+
+class InvalidSignature(_c.Error):
+    """The signature is not that of the message under the key."""
+
+
+@contextmanager
+def _random(source: Random) -> Iterator[Any]:
+    """A random source as the library takes it. What the source raises comes out at the end."""
+    if source is None:
+        yield _SYSTEM
+        return
+    draw, raised = source, list[BaseException]()
+
+    def fill(buffer: int, size: int) -> int:
+        try:
+            octets = Octets(draw(size), "random bytes", size)
+            ctypes.memmove(buffer, octets.pointer, size)
+        except BaseException as failure:
+            raised.append(failure)
+        return -1 if raised else 0
+
+    try:
+        yield _c.RND_FUNC(fill)
+    except _c.Error:
+        if raised:
+            raise raised[0] from None
+        raise
+
+
+def _number(digits: Any) -> int:
+    return int.from_bytes(bytes(digits), "little")
+
+
+def _digits(number: int) -> Any:
+    return _Digits.from_buffer_copy(number.to_bytes(36, "little"))
+
+
+def _on_curve(record: _c.EcParamSet, point: _c.EcPoint) -> bool:
+    """Whether a point is one of the curve, and not that at infinity."""
+    reduced = all(_c.lib.mpCompare(number, record.p, 9) < 0 for number in (point.x, point.y))
+    if not reduced or _c.lib.epIsZero(point):
+        return False
+    try:
+        _c.lib.ecCheckPublicKey(record, point)
+    except _c.Error:
+        return False
+    return True
+
+
+@dataclass(frozen=True, repr=False)
+class Curve:
+    """A curve y^2 = x^3 + ax + b modulo p with a base point (x, y) of order q: a built-in one, or your own.
+
+    Your own have at most 256 bits. Whether p and q are primes is not checked.
+
+    >>> curve("A").q.bit_length()
+    256
+    """
+
+    p: int
+    a: int
+    b: int
+    q: int
+    x: int
+    y: int
+    name: str = field(default="", compare=False)  #: of a built-in one as RFC 4357 writes it
+    oid: str = field(default="", compare=False)  #: dotted
+    der: bytes = field(default=b"", compare=False)  #: the object identifier's DER encoding
+
+    def __post_init__(self) -> None:
+        p, q = self.p, self.q
+        if not (3 < p < 1 << 256 and p % 2 and 1 < q < 1 << 256 and q % 2):
+            raise ValueError("p and q must be odd primes of at most 256 bits")
+        if not all(0 <= number < p for number in (self.a, self.b, self.x, self.y)):
+            raise ValueError("a, b, x and y must be numbers from 0 to p - 1")
+        base = _c.EcPoint(_digits(self.x), _digits(self.y))
+        record = _c.EcParamSet(a=_digits(self.a), b=_digits(self.b), p=_digits(p), q=_digits(q), G=base)
+        multiple = _c.EcPoint()
+        _c.lib.epMult(multiple, base, record.q, record)
+        if not _on_curve(record, base) or not _c.lib.epIsZero(multiple):
+            raise ValueError("(x, y) must be a point of order q")
+        self.__dict__["_set"] = record
+
+    @classmethod
+    def _built_in(cls, record: _c.EcParamSet, name: bytes) -> Curve:
+        curve = cls.__new__(cls)
+        numbers = (record.p, record.a, record.b, record.q, record.G.x, record.G.y)
+        oid, der = identifiers(record, record.oid_len)
+        curve.__dict__.update(zip("pabqxy", map(_number, numbers)))
+        curve.__dict__.update(name=name.decode(), oid=oid, der=der, _set=record)
+        return curve
+
+    @property
+    def _record(self) -> _c.EcParamSet:
+        """The library's form of it."""
+        record: _c.EcParamSet = self.__dict__["_set"]
+        return record
+
+    def __repr__(self) -> str:
+        return f"<Curve {self.name or 'of your own'}>"
+
+
+#: The built-in curves: Test, CryptoPro-A, -B, -C, -XchA (that of A), -XchB (that of C).
+CURVES = tuple(map(Curve._built_in, _c.data.cp_ecc_par, _c.data.cp_ecc_par_name))
+_CURVES = by_name(CURVES)
+
+
+def curve(wanted: str | bytes | Curve) -> Curve:
+    """A built-in curve by its name, its dotted object identifier, or that in DER.
+
+    >>> curve("1.2.643.2.2.36.0")
+    <Curve id-GostR3410-2001-CryptoPro-XchA-ParamSet>
+    """
+    return wanted if isinstance(wanted, Curve) else find(_CURVES, wanted, "curve")
+
+
+_curve = curve  # for functions with a parameter of that name
+
+
+class PublicKey:
+    """A point that verifies the signatures of its private key.
+
+    >>> private = PrivateKey.generate()
+    >>> signature = private.sign(b"message")
+    >>> private.public_key.verify(signature, b"message")
+    >>> private.public_key.verify(signature, b"another message")
+    Traceback (most recent call last):
+    vrx.InvalidSignature: ecVerify: VRX_ERR_FAILED (generic failure: table not deployed, nothing found, wrong signature)
+    """
+
+    def __init__(self, octets: ReadableBuffer, curve: str | bytes | Curve = "CryptoPro-A") -> None:
+        """From 64 bytes: x, then y, each least significant byte first, as in RFC 4491."""
+        point = _c.EcPoint()
+        _c.lib.ecLoadPublicKeyValue(Octets(octets, "the public key", 64).pointer, point)
+        self._set_up(point, curve)
+
+    def _set_up(self, point: _c.EcPoint, wanted: str | bytes | Curve) -> None:
+        self.curve = curve(wanted)
+        self._point = point
+        if not _on_curve(self.curve._record, point):
+            raise ValueError("the public key is not a point of the curve")
+
+    @classmethod
+    def from_numbers(cls, x: int, y: int, curve: str | bytes | Curve = "CryptoPro-A") -> PublicKey:
+        """From the numbers x and y."""
+        if not (0 <= x < 1 << 256 and 0 <= y < 1 << 256):
+            raise ValueError("x and y must be numbers of at most 256 bits")
+        return cls(x.to_bytes(32, "little") + y.to_bytes(32, "little"), curve)
+
+    @property
+    def x(self) -> int:
+        """The point's x."""
+        return _number(self._point.x)
+
+    @property
+    def y(self) -> int:
+        """The point's y."""
+        return _number(self._point.y)
+
+    def __bytes__(self) -> bytes:
+        """The 64 bytes that the constructor takes."""
+        octets = (ctypes.c_char * 64)()
+        _c.lib.ecUnloadPublicKeyValue(self._point, octets)
+        return octets.raw
+
+    def verify(self, signature: ReadableBuffer, message: ReadableBuffer, *, parameters: AnyHash = "CryptoPro") -> None:
+        """Raise InvalidSignature where the 64 bytes are not the signature of the message.
+
+        `parameters` belong to the hash, GOST R 34.11-94.
+        """
+        self.verify_digest(signature, gostr3411(message, parameters=parameters).digest())
+
+    def verify_digest(self, signature: ReadableBuffer, digest: ReadableBuffer) -> None:
+        """Raise InvalidSignature where the 64 bytes are not the signature of a digest of 32 bytes."""
+        record = _c.EcSignature()
+        _c.lib.ecLoadSignValue(Octets(signature, "the signature", 64).pointer, record)
+        try:
+            _c.lib.ecVerify(self.curve._record, copied(digest, "the digest", 32), self._point, record)
+        except _c.Error as failure:
+            raise InvalidSignature(failure.function, failure.code) from None
+
+    def __eq__(self, other: object) -> bool:
+        return isinstance(other, PublicKey) and self.curve == other.curve and bytes(self) == bytes(other)
+
+    def __hash__(self) -> int:
+        return hash(bytes(self))
+
+    def __repr__(self) -> str:
+        return f"<PublicKey {bytes(self).hex()[:16]}... on {self.curve!r}>"
+
+
+class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
+    """A private key: signs, and agrees on keys. It is wiped when it is closed or collected.
+
+    >>> alice, bob = PrivateKey.generate("XchA"), PrivateKey.generate("XchA")
+    >>> ukm = b"\\1" * 8
+    >>> alice.agree(bob.public_key, ukm) == bob.agree(alice.public_key, ukm)
+    True
+    """
+
+    def __init__(self, octets: ReadableBuffer, curve: str | bytes | Curve = "CryptoPro-A") -> None:
+        """From 32 bytes, least significant first, as in RFC 4491: a number from 1 to q - 1."""
+        number = _Digits()
+        super().__init__(number)
+        _c.lib.ecLoadPrivateKeyValue(Octets(octets, "the private key", 32).pointer, number)
+        self._set_up(curve)
+
+    def _set_up(self, wanted: str | bytes | Curve) -> None:
+        self.curve = curve(wanted)
+        number = self._open()
+        if _c.lib.mpIsZero(number, 9) or _c.lib.mpCompare(number, self.curve._record.q, 9) >= 0:
+            raise ValueError("the private key must be a number from 1 to q - 1")
+        point = _c.EcPoint()
+        _c.lib.ecGeneratePublicKey(self.curve._record, number, point)
+        self._public_key = PublicKey.__new__(PublicKey)
+        self._public_key._set_up(point, self.curve)
+
+    @classmethod
+    def generate(cls, curve: str | bytes | Curve = "CryptoPro-A", *, random: Random = None) -> PrivateKey:
+        """A new key, from the operating system's random source or another one."""
+        key, number = cls.__new__(cls), _Digits()
+        Secret.__init__(key, number)
+        with _random(random) as source:
+            _c.lib.ecGenerateKeyPair(_curve(curve)._record, source, number, _c.EcPoint())
+        key._set_up(curve)
+        return key
+
+    @property
+    def public_key(self) -> PublicKey:
+        """The public key. It stays usable when the private key is closed."""
+        return self._public_key
+
+    def __bytes__(self) -> bytes:
+        """The 32 bytes that the constructor takes. Bytes of Python cannot be wiped: keep them short-lived."""
+        octets = (ctypes.c_char * 32)()
+        try:
+            with self._lock:
+                _c.lib.ecUnloadPrivateKeyValue(self._open(), octets)
+            return octets.raw
+        finally:
+            wipe(octets)
+
+    def sign(self, message: ReadableBuffer, *, parameters: AnyHash = "CryptoPro", random: Random = None) -> bytes:
+        """Sign a message: 64 bytes, s then r, each most significant byte first, as in RFC 4491.
+
+        `parameters` belong to the hash, GOST R 34.11-94.
+        """
+        return self.sign_digest(gostr3411(message, parameters=parameters).digest(), random=random)
+
+    def sign_digest(self, digest: ReadableBuffer, *, random: Random = None) -> bytes:
+        """Sign a digest of 32 bytes."""
+        words, record, octets = copied(digest, "the digest", 32), _c.EcSignature(), (ctypes.c_char * 64)()
+        with self._lock, _random(random) as source:
+            _c.lib.ecSign(self.curve._record, words, source, self._open(), record)
+        _c.lib.ecUnloadSignValue(record, octets)
+        return octets.raw
+
+    def agree(
+        self, peer: PublicKey, ukm: ReadableBuffer, *, parameters: str | bytes | HashParameters = "CryptoPro"
+    ) -> bytes:
+        """Agree on a key of 32 bytes (VKO, RFC 4357, section 5.2). Both sides come to the same.
+
+        `ukm` is 8 bytes, not all zero, which both sides know. `parameters` belong to the hash, GOST R 34.11-94.
+        """
+        if not isinstance(peer, PublicKey):
+            raise TypeError(f"the peer must be a PublicKey, not {type(peer).__name__}")
+        if peer.curve != self.curve:
+            raise ValueError("both keys must be on the same curve")
+        material = copied(ukm, "the UKM", 8)
+        if not any(material):
+            raise ValueError("the UKM must not be all zero")
+        der = hash_parameters(parameters).der
+        kek = (ctypes.c_char * 32)()
+        try:
+            with self._lock:
+                oid = _c.vrx_data(len(der), der)
+                _c.lib.ecMakeKEK(self.curve._record, oid, material, self._open(), peer._point, kek)
+            return kek.raw
+        finally:
+            wipe(kek)
+
+    def __repr__(self) -> str:
+        return f"<PrivateKey on {self.curve!r}>"
