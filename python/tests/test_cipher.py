@@ -25,6 +25,9 @@ def test_settings_are_those_of_the_set_where_nothing_else_is_said():
     other = vrx.Cipher(KEY, "A", mode=vrx.Mode.CBC, key_meshing=False)
     assert other.mode is vrx.Mode.CBC and other.key_meshing is False and other.sboxes == vrx.sboxes("tz_a")
     assert vrx.Cipher(KEY, vrx.sboxes("tz_a"), mode="gamm").key_meshing is False
+    assert vrx.Cipher(KEY, "test", key_meshing=2).encrypt(bytes(1025), IV) == (
+        vrx.Cipher(KEY, "test", key_meshing=True).encrypt(bytes(1025), IV)
+    )
     assert repr(other) == "<Cipher mode=cbc key_meshing=False>"
 
 
@@ -205,6 +208,7 @@ def test_threads_share_a_cipher_and_a_stream():
         ("mode gfb needs an IV", lambda: vrx.Cipher(KEY).encrypt(b"")),
         ("mode ss takes no IV", lambda: vrx.Cipher(KEY, mode="ss").encrypt(b"", IV)),
         ("S-boxes of your own need a mode: ss, gamm, gfb or cbc", lambda: vrx.Cipher(KEY, vrx.sboxes("tz_a"))),
+        ("'' is not a valid Mode", lambda: vrx.Cipher(KEY, mode="")),
         ("'ofb' is not a valid Mode", lambda: vrx.Cipher(KEY, mode="ofb")),
         ("there is no cipher parameter set 'E'", lambda: vrx.Cipher(KEY, "E")),
         ("the UKM must be 8 bytes long, not 7", lambda: vrx.diversify(KEY, bytes(7))),

@@ -204,6 +204,9 @@ def test_wrong_types_are_refused():
         lambda: vrx.gostr3411(parameters=None),
         lambda: vrx.hmac(b"", parameters=vrx.sboxes("tz_1")),
         lambda: vrx.pkcs12(1, b"salt", 1, 1, 32),
+        lambda: vrx.pkcs12("password", b"salt", 1, 1, 32.0),
+        lambda: vrx.pbkdf2(b"password", b"salt", 1.5),
+        lambda: vrx.pbkdf2(b"password", b"salt", "1"),
     ):
         with pytest.raises(TypeError):
             call()

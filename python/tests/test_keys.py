@@ -185,6 +185,12 @@ def test_wrong_curves_are_refused():
     ]:
         with pytest.raises(ValueError, match=f"^{sentence}"):
             vrx.Curve(**{**good, **wrong})
+    for wrong in (1.5, "1", None):
+        for name in good:
+            with pytest.raises(TypeError, match="cannot be interpreted as an integer"):
+                vrx.Curve(**{**good, name: wrong})
+        with pytest.raises(TypeError, match="cannot be interpreted as an integer"):
+            vrx.PublicKey.from_numbers(a.x, wrong)
 
 
 PRIVATE, OTHER = vrx.PrivateKey.generate(), vrx.PrivateKey.generate("B")

@@ -81,6 +81,11 @@ def test_sboxes_of_another_form_are_refused():
                 make(wrong)
 
 
+def test_text_that_is_none_is_refused():
+    with pytest.raises(TypeError, match="^the S-boxes must be a text, not bytes$"):
+        vrx.SBoxes.from_text(bytes(128))
+
+
 def test_built_in_sboxes_have_the_librarys_names():
     for name in ("tz_test", "tz_a", "tz_b", "tz_c", "tz_d"):
         assert vrx._c.lib.TZ_by_name(name.encode()).contents.t[3][7] == vrx.sboxes(name)._table.t[3][7]

@@ -21,7 +21,7 @@ def settings(parameters: AnyParameters, key_meshing: bool | None) -> tuple[SBoxe
     if isinstance(parameters, SBoxes):
         return parameters, None, bool(key_meshing)
     found = cipher_parameters(parameters)
-    return found.sboxes, found.mode, found.key_meshing if key_meshing is None else key_meshing
+    return found.sboxes, found.mode, found.key_meshing if key_meshing is None else bool(key_meshing)
 
 
 class Cipher(Secret["ctypes.Array[ctypes.c_char]"]):
@@ -49,7 +49,7 @@ class Cipher(Secret["ctypes.Array[ctypes.c_char]"]):
         self.sboxes, usual, self.key_meshing = settings(parameters, key_meshing)
         if mode is None and usual is None:
             raise ValueError("S-boxes of your own need a mode: ss, gamm, gfb or cbc")
-        self.mode = Mode(mode or usual)
+        self.mode = Mode(usual if mode is None else mode)
         octets = Octets(key, "the key", 32)
         super().__init__((ctypes.c_char * 32)())
         ctypes.memmove(self._open(), octets.pointer, 32)

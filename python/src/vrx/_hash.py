@@ -5,6 +5,7 @@ from __future__ import annotations
 import ctypes
 import threading
 from abc import abstractmethod
+from operator import index
 from typing import TYPE_CHECKING, Any, TypeVar, Union
 
 from . import _c
@@ -231,7 +232,7 @@ def pkcs12(password: str | ReadableBuffer, salt: ReadableBuffer, iterations: int
     secret, spice = argument(password, "the password"), argument(salt, "the salt")
     if not secret.size + spice.size:
         raise ValueError("password and salt must not both be empty")
-    if not 1 <= size < 1 << 31:
+    if not 1 <= index(size) < 1 << 31:
         raise ValueError(f"the size must be from 1 to {(1 << 31) - 1}")
     if purpose not in (1, 2, 3):
         raise ValueError("the purpose must be 1 (key), 2 (IV) or 3 (key of a MAC)")
@@ -252,5 +253,5 @@ def _built_in(parameters: Union[str, bytes, HashParameters]) -> bytes:
 
 
 def _positive(iterations: int) -> None:
-    if not 1 <= iterations < 1 << 64:
+    if not 1 <= index(iterations) < 1 << 64:
         raise ValueError("the iterations must be 1 or more")

@@ -5,6 +5,7 @@ from __future__ import annotations
 import ctypes
 from contextlib import contextmanager
 from dataclasses import dataclass, field
+from operator import index
 from typing import TYPE_CHECKING, Any, Callable, Iterator, Optional, Union
 
 from . import _c
@@ -29,6 +30,9 @@ _SYSTEM = _c.RND_FUNC(("getentropy", ctypes.CDLL(None)))
 
 class InvalidSignature(_c.Error):
     """The signature is not that of the message under the key."""
+
+    def __str__(self) -> str:
+        return "the signature is not that of the message under this key"
 
 
 @contextmanager
@@ -96,10 +100,10 @@ class Curve:
     der: bytes = field(default=b"", compare=False)  #: the object identifier's DER encoding
 
     def __post_init__(self) -> None:
-        p, q = self.p, self.q
+        p, q, *others = map(index, (self.p, self.q, self.a, self.b, self.x, self.y))
         if not (3 < p < 1 << 256 and p % 2 and 1 < q < 1 << 256 and q % 2):
             raise ValueError("p and q must be odd primes of at most 256 bits")
-        if not all(0 <= number < p for number in (self.a, self.b, self.x, self.y)):
+        if not all(0 <= number < p for number in others):
             raise ValueError("a, b, x and y must be numbers from 0 to p - 1")
         base = _c.EcPoint(_digits(self.x), _digits(self.y))
         record = _c.EcParamSet(a=_digits(self.a), b=_digits(self.b), p=_digits(p), q=_digits(q), G=base)
@@ -153,7 +157,7 @@ class PublicKey:
     >>> private.public_key.verify(signature, b"message")
     >>> private.public_key.verify(signature, b"another message")
     Traceback (most recent call last):
-    vrx.InvalidSignature: ecVerify: VRX_ERR_FAILED (generic failure: table not deployed, nothing found, wrong signature)
+    vrx.InvalidSignature: the signature is not that of the message under this key
     """
 
     def __init__(self, octets: ReadableBuffer, curve: str | bytes | Curve = "CryptoPro-A") -> None:
@@ -171,7 +175,7 @@ class PublicKey:
     @classmethod
     def from_numbers(cls, x: int, y: int, curve: str | bytes | Curve = "CryptoPro-A") -> PublicKey:
         """From the numbers x and y."""
-        if not (0 <= x < 1 << 256 and 0 <= y < 1 << 256):
+        if not (0 <= index(x) < 1 << 256 and 0 <= index(y) < 1 << 256):
             raise ValueError("x and y must be numbers of at most 256 bits")
         return cls(x.to_bytes(32, "little") + y.to_bytes(32, "little"), curve)
 

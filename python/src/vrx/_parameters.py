@@ -62,6 +62,8 @@ class SBoxes:
     @classmethod
     def from_text(cls, text: str) -> SBoxes:
         """From 128 hexadecimal digits: 16 rows, each with the outputs of all S-boxes for one input."""
+        if not isinstance(text, str):
+            raise TypeError(f"the S-boxes must be a text, not {type(text).__name__}")
         if not re.fullmatch("[0-9A-Fa-f]{128}", text):
             raise ValueError("the S-boxes must be 128 hexadecimal digits")
         return cls.from_der(bytes.fromhex(text))
