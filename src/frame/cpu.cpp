@@ -3,6 +3,7 @@
 #include <cpuid.h>
 
 #include <array>
+#include <cstring>
 
 namespace vrx::cpu {
 namespace {
@@ -45,6 +46,16 @@ std::uint32_t saved_state(unsigned leaf1_ecx) {
     return low;
 }
 
+/** See prompt_vectors. */
+bool has_prompt_vectors(unsigned leaf1_eax) {
+    unsigned eax = 0;
+    unsigned vendor[3] = {};
+    __get_cpuid(0, &eax, &vendor[0], &vendor[2], &vendor[1]);
+    const bool amd = std::memcmp(vendor, "AuthenticAMD", sizeof vendor) == 0;
+    const unsigned family = (leaf1_eax >> 8 & 15) + (leaf1_eax >> 20 & 255);
+    return !amd || family < 0x1a;
+}
+
 }  // namespace
 
 std::uint32_t features() {
@@ -54,7 +65,7 @@ std::uint32_t features() {
     __get_cpuid(1, &leaf1.eax, &leaf1.ebx, &leaf1.ecx, &leaf1.edx);
     __get_cpuid_count(7, 0, &leaf7.eax, &leaf7.ebx, &leaf7.ecx, &leaf7.edx);
     const std::uint32_t saved = saved_state(leaf1.ecx);
-    std::uint32_t found = baseline;
+    std::uint32_t found = has_prompt_vectors(leaf1.eax) ? prompt_vectors : baseline;
     for (const Flag& flag : flags) {
         const auto& leaf = flag.leaf == 1 ? leaf1 : leaf7;
         const unsigned announced = flag.reg == ebx ? leaf.ebx : leaf.ecx;

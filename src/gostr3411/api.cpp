@@ -41,7 +41,7 @@ int transform(const vrx_tz& table, const std::uint8_t* data, std::uint32_t len, 
     if (const int rc = checks::update(data, len)) return log::failed("GOSTR3411_Update", rc);
     if (const int rc = checks::final(out)) return log::failed("GOSTR3411_Final", rc);
     State s{};
-    finish(s, data, len, table);
+    finish(s, data, len, Substitution(table));
     store(out, s.hash);
     return VRX_OK;
 }
@@ -104,12 +104,15 @@ int GOSTR3411_Transform_ex(const vrx_tz* table, const std::uint8_t* data, std::u
 void gost_r_3411_94_hash_bytes(const vrx_tz* table, std::uint32_t* hash, std::uint32_t* sum, std::uint32_t* length,
                                const std::uint8_t* block, std::uint32_t bits) {
     State s{load(hash), load(sum), load(length)};
-    absorb(s, load(block), bits, *table);
+    absorb(s, load(block), bits, Substitution(*table));
     store(sum, s.sum);
     store(hash, s.hash);
     store(length, s.length);
 }
 
 void gost_r_3411_94_compress(std::uint32_t* hash, const std::uint32_t* block, const vrx_tz* table) {
-    store(hash, step(load(hash), load(block), *table));
+    const Number m = load(block);
+    Number h = load(hash);
+    Substitution(*table).steps(h, reinterpret_cast<const std::uint8_t*>(&m), 1);
+    store(hash, h);
 }

@@ -20,6 +20,18 @@ constexpr Number add(const Number& a, const Number& b) {
     return sum;
 }
 
+/** What a block does to the sum and to the length. */
+void count(State& s, const Number& block, std::uint32_t bits) {
+    s.sum = add(s.sum, block);
+    s.length[0] += bits;
+}
+
+/** Steps over numbers behind one another. */
+template <std::size_t n>
+void run(State& s, const Number (&blocks)[n], const Substitution& by) {
+    by.steps(s.hash, reinterpret_cast<const std::uint8_t*>(blocks), n);
+}
+
 State load(const GOSTR3411_CTX& ctx) {
     return {gostr3411::load(ctx.hash), gostr3411::load(ctx.sum), gostr3411::load(ctx.length)};
 }
@@ -32,29 +44,35 @@ void store(GOSTR3411_CTX& ctx, const State& s) {
 
 }  // namespace
 
-void absorb(State& s, const Number& block, std::uint32_t bits, const vrx_tz& table) {
-    s.sum = add(s.sum, block);
-    s.hash = step(s.hash, block, table);
-    s.length[0] += bits;
+void absorb(State& s, const Number& block, std::uint32_t bits, const Substitution& by) {
+    count(s, block, bits);
+    run(s, {block}, by);
 }
 
-void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const vrx_tz& table) {
-    for (; blocks != 0; --blocks, data += block_size) absorb(s, load(data), block_bits, table);
-}
-
-void close(State& s, const vrx_tz& table) {
-    s.hash = step(s.hash, s.length, table);
-    s.hash = step(s.hash, s.sum, table);
-}
-
-void finish(State& s, const std::uint8_t* data, std::size_t len, const vrx_tz& table) {
-    absorb(s, data, len / block_size, table);
-    if (const std::size_t rest = len % block_size; rest != 0) {
-        Number last{};
-        std::memcpy(&last, data + len - rest, rest);
-        absorb(s, last, static_cast<std::uint32_t>(8 * rest), table);
+void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const Substitution& by) {
+    // The two passes over a piece find it in the nearest cache.
+    constexpr std::size_t piece = 128;
+    for (std::size_t n; blocks != 0; blocks -= n, data += n * block_size) {
+        n = std::min(blocks, piece);
+        by.steps(s.hash, data, n);
+        for (std::size_t i = 0; i < n; ++i) count(s, load(data + i * block_size), block_bits);
     }
-    close(s, table);
+}
+
+void close(State& s, const Substitution& by) { run(s, {s.length, s.sum}, by); }
+
+void close(State& s, const Number& last, std::uint32_t bits, const Substitution& by) {
+    count(s, last, bits);
+    run(s, {last, s.length, s.sum}, by);
+}
+
+void finish(State& s, const std::uint8_t* data, std::size_t len, const Substitution& by) {
+    absorb(s, data, len / block_size, by);
+    const std::size_t rest = len % block_size;
+    if (rest == 0) return close(s, by);
+    Number last{};
+    std::memcpy(&last, data + len - rest, rest);
+    close(s, last, static_cast<std::uint32_t>(8 * rest), by);
 }
 
 void start(GOSTR3411_CTX& ctx) {
@@ -79,10 +97,11 @@ void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {
         if (ctx.count < block_size) return;
     }
     State s = load(ctx);
-    absorb(s, ctx.buffer, 1, ctx.table);
+    const Substitution by(ctx.table);
+    absorb(s, ctx.buffer, 1, by);
     // A block is absorbed from the input while a byte follows it: up to a whole block goes to the buffer.
     const std::size_t blocks = len == 0 ? 0 : (len - 1) / block_size;
-    absorb(s, data, blocks, ctx.table);
+    absorb(s, data, blocks, by);
     store(ctx, s);
     ctx.count = static_cast<std::uint32_t>(len - blocks * block_size);
     if (ctx.count != 0) std::memcpy(ctx.buffer, data + blocks * block_size, ctx.count);
@@ -90,13 +109,20 @@ void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {
 
 void final(GOSTR3411_CTX& ctx, std::uint8_t* out) {
     State s = load(ctx);
-    if (ctx.count != 0) {
+    const Substitution by(ctx.table);
+    if (ctx.count == 0) {
+        close(s, by);
+    } else {
         for (std::size_t i = ctx.count; i < block_size; ++i) ctx.buffer[i] = 0;
-        absorb(s, gostr3411::load(ctx.buffer), 8 * ctx.count, ctx.table);
+        close(s, gostr3411::load(ctx.buffer), 8 * ctx.count, by);
     }
-    close(s, ctx.table);
     store(ctx, s);
     gostr3411::store(out, s.hash);
+}
+
+void resume(GOSTR3411_CTX& ctx, const State& s) {
+    store(ctx, s);
+    ctx.count = 0;
 }
 
 }  // namespace vrx::gostr3411

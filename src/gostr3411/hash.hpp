@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "gostr3411/step.hpp"
+#include "gostr3411/engine.hpp"
 #include "vrx/gostr3411.h"
 
 namespace vrx::gostr3411 {
@@ -17,16 +17,19 @@ struct State {
 };
 
 /** Take in a block that stands for so many bits of the message. The length counts modulo 2^64. */
-void absorb(State& s, const Number& block, std::uint32_t bits, const vrx_tz& table);
+void absorb(State& s, const Number& block, std::uint32_t bits, const Substitution& by);
 
 /** Take in whole blocks. */
-void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const vrx_tz& table);
+void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const Substitution& by);
 
 /** Take in the length and the sum, which close every message. s.hash is the digest then. */
-void close(State& s, const vrx_tz& table);
+void close(State& s, const Substitution& by);
+
+/** Take in a last block as absorb() does, and close. */
+void close(State& s, const Number& last, std::uint32_t bits, const Substitution& by);
 
 /** Take in the rest of the message, of any length, and close it. */
-void finish(State& s, const std::uint8_t* data, std::size_t len, const vrx_tz& table);
+void finish(State& s, const std::uint8_t* data, std::size_t len, const Substitution& by);
 
 // A message in pieces. Nothing is checked.
 
@@ -39,6 +42,9 @@ void init(GOSTR3411_CTX& ctx, const vrx_tz& table);
 void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len);
 
 void final(GOSTR3411_CTX& ctx, std::uint8_t out[VRX_HASH_SIZE]);
+
+/** Go on from a state, with nothing in the buffer. */
+void resume(GOSTR3411_CTX& ctx, const State& s);
 
 }  // namespace vrx::gostr3411
 

@@ -14,13 +14,13 @@ struct Keyed {
 };
 
 /** From the key's pads, each one block. */
-[[nodiscard]] Keyed keyed(const std::uint8_t* ipad_key, const std::uint8_t* opad_key, const vrx_tz& table);
+[[nodiscard]] Keyed keyed(const std::uint8_t* ipad_key, const std::uint8_t* opad_key, const Substitution& by);
 
 /** The MAC of a message of 32 bytes. */
-[[nodiscard]] Number mac(const Keyed& key, const Number& message, const vrx_tz& table);
+[[nodiscard]] Number mac(const Keyed& key, const Number& message, const Substitution& by);
 
 /** The MAC of a message of any length. */
-void mac(const Keyed& key, const std::uint8_t* data, std::size_t len, std::uint8_t* out, const vrx_tz& table);
+void mac(const Keyed& key, const std::uint8_t* data, std::size_t len, std::uint8_t* out, const Substitution& by);
 
 }  // namespace vrx::gostr3411
 

@@ -32,7 +32,7 @@ int make_block_key(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz*
     if (const int rc = checks::init_ex(table)) return log::failed("GOSTR3411_Init_ex", 1, rc);
     if (const int rc = checks::update(key, key_len)) return log::failed("GOSTR3411_Update", 1, rc);
     State s{};
-    finish(s, key, key_len, *table);
+    finish(s, key, key_len, Substitution(*table));
     store(k.data(), s.hash);
     return VRX_OK;
 }
@@ -110,7 +110,8 @@ int GOSTR3411_HMAC(const std::uint8_t* oid, std::uint32_t oid_len, const std::ui
         if (const int rc = make_pads(key, key_len, par->tz, ipad_key.data(), opad_key.data())) return rc;
         if (const int rc = checks::update(data, data_len)) return log::failed("GOSTR3411_Update", 3, rc);
         if (const int rc = checks::final(out)) return log::failed("GOSTR3411_Final", 2, rc);
-        mac(keyed(ipad_key.data(), opad_key.data(), *par->tz), data, data_len, out, *par->tz);
+        const Substitution by(*par->tz);
+        mac(keyed(ipad_key.data(), opad_key.data(), by), data, data_len, out, by);
         return VRX_OK;
     });
 }

@@ -74,11 +74,17 @@ private:
 
 /** `iterations` - 1 times a = H(a). The last hash stays in ctx as its end left it. */
 void iterate(GOSTR3411_CTX& ctx, Block& a, std::uint64_t iterations) {
+    if (iterations < 2) return;
+    const Substitution by(ctx.table);
+    State s{};
+    s.hash = load(a.data());
     for (std::uint64_t k = 2; k <= iterations; ++k) {
-        start(ctx);
-        update(ctx, a.data(), a.size());
-        final(ctx, a.data());
+        const Number message = s.hash;
+        s = {};
+        close(s, message, 8 * VRX_HASH_BLOCK_SIZE, by);
     }
+    resume(ctx, s);
+    store(a.data(), s.hash);
 }
 
 }  // namespace
@@ -102,11 +108,12 @@ int GOSTR3411_PKCS5_PBKDF2(const std::uint8_t* password, std::uint32_t password_
 
     return vrx::leaving_no_trace([&] {
         // Every iteration begins with the same two states: no pad is hashed again.
-        const Keyed key = keyed(ctx.ipad_key, ctx.opad_key, ctx.hash.table);
+        const Substitution by(ctx.hash.table);
+        const Keyed key = keyed(ctx.ipad_key, ctx.opad_key, by);
         Number u = load(ctx.digest);
         Number t = u;
         for (std::uint64_t k = 2; k <= iterations; ++k) {
-            u = mac(key, u, ctx.hash.table);
+            u = mac(key, u, by);
             t = t ^ u;
         }
         store(out, t);

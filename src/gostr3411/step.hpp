@@ -28,8 +28,7 @@ constexpr Number operator^(const Number& a, const Number& b) {
 }
 
 /**
- * f(h, m). The one place where a faster engine takes over. Working values are left on the stack: who hashes secrets
- * does so in leaving_no_trace().
+ * f(h, m), for any processor. Working values are left on the stack: who hashes secrets does so in leaving_no_trace().
  *
  * @param table  any deployed table, also one that no S-boxes produced; its flag is not looked at.
  */

@@ -1,6 +1,9 @@
 // The features of the processor, beside what the compiler's own run time finds.
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <string>
+
 #include "frame/cpu.hpp"
 
 namespace {
@@ -23,12 +26,22 @@ TEST(cpu, features_are_those_that_the_compiler_finds) {
     EXPECT_EQ(has(cpu::avx512ifma), __builtin_cpu_supports("avx512ifma") != 0);
 }
 
+TEST(cpu, vectors_are_prompt_but_on_amd_processors_from_family_1ah) {
+    std::ifstream info("/proc/cpuinfo");
+    std::string line;
+    while (std::getline(info, line) && line.rfind("cpu family", 0) != 0) continue;
+    ASSERT_NE(line, "") << "no family in /proc/cpuinfo";
+    const int family = std::stoi(line.substr(line.find(':') + 1));
+    __builtin_cpu_init();
+    EXPECT_EQ(has(cpu::prompt_vectors), __builtin_cpu_is("amd") == 0 || family < 0x1a);
+}
+
 TEST(cpu, baseline_is_everywhere) { EXPECT_TRUE(has(cpu::baseline)); }
 
 TEST(cpu, each_feature_has_a_bit_of_its_own) {
-    const std::uint32_t all[] = {cpu::ssse3,    cpu::sse41,      cpu::sha,         cpu::bmi2,
-                                 cpu::adx,      cpu::avx2,       cpu::avx512f,     cpu::avx512bw,
-                                 cpu::avx512vl, cpu::avx512vbmi, cpu::avx512vbmi2, cpu::avx512ifma};
+    const std::uint32_t all[] = {cpu::ssse3,       cpu::sse41,      cpu::sha,      cpu::bmi2,          cpu::adx,
+                                 cpu::avx2,        cpu::avx512f,    cpu::avx512bw, cpu::avx512vl,      cpu::avx512vbmi,
+                                 cpu::avx512vbmi2, cpu::avx512ifma, cpu::bmi1,     cpu::prompt_vectors};
     std::uint32_t seen = 0;
     for (const std::uint32_t feature : all) {
         EXPECT_EQ(feature & (feature - 1), 0U);

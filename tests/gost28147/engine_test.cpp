@@ -2,8 +2,6 @@
 #include "gost28147/engine.hpp"
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <functional>
@@ -11,6 +9,7 @@
 
 #include "gost28147/meshing.hpp"
 #include "gost28147/plain.hpp"
+#include "support/fenced.hpp"
 #include "support/random.hpp"
 #include "tz/sboxes.hpp"
 
@@ -18,6 +17,7 @@ namespace {
 
 using namespace vrx::gost28147;
 using vrx::test::Bytes;
+using vrx::test::Fenced;
 using vrx::test::Random;
 
 constexpr std::size_t block = VRX_BLOCK_SIZE;
@@ -313,28 +313,6 @@ TEST_P(EveryEngine, contexts_with_a_border_at_every_position) {
             }
         }
 }
-
-/** Pages between two that may not be touched. */
-class Fenced {
-public:
-    explicit Fenced(std::size_t size) : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
-        inside_ = (size + page_ - 1) / page_ * page_;
-        void* const all = mmap(nullptr, inside_ + 2 * page_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        EXPECT_NE(all, MAP_FAILED);
-        first_ = static_cast<std::uint8_t*>(all) + page_;
-        EXPECT_EQ(mprotect(first_, inside_, PROT_READ | PROT_WRITE), 0);
-    }
-    ~Fenced() { munmap(first_ - page_, inside_ + 2 * page_); }
-    Fenced(const Fenced&) = delete;
-    Fenced& operator=(const Fenced&) = delete;
-    /** `size` bytes that touch the lower or the upper fence. */
-    std::uint8_t* bytes(std::size_t size, bool upper) { return upper ? first_ + inside_ - size : first_; }
-
-private:
-    std::size_t page_;
-    std::size_t inside_ = 0;
-    std::uint8_t* first_ = nullptr;
-};
 
 TEST_P(EveryEngine, nothing_beside_the_buffers_is_touched) {
     const With with(*GetParam());

@@ -29,7 +29,7 @@ BELOW = {
 # Within a folder: a file includes those that stand before it, never those behind.
 ORDER = {
     "gost28147": ["kernel", "modes", "meshing", "context"],
-    "gostr3411": ["step", "hash", "hmac", "kdf"],
+    "gostr3411": ["step", "engine", "hash", "hmac", "kdf"],
     "sha1": ["compress", "hash"],
     "ecc/bigdigits": [
         "words", "multiply", "columns", "division", "lehmer", "arithmetic", "modular", "prime", "convert",

@@ -1,0 +1,165 @@
+// Look-ups in the general registers, for any table; everything linear by shuffles.
+#include <immintrin.h>
+
+#include "gostr3411/engine.hpp"
+#include "gostr3411/linear.hpp"
+
+#include "frame/region_avx2.hpp"
+
+namespace vrx::gostr3411 {
+namespace {
+
+// A map as shuffles. A register holds one part of the argument in both lanes, so a shuffle brings to each octet of the
+// result one of its terms from there, or 0. All parts of the argument shuffled often enough, the sum is the result.
+
+template <std::size_t count>
+struct Shuffles {
+    alignas(32) std::uint8_t index[count][32];
+};
+
+template <const OctetMap& map, Part part>
+inline constexpr auto shuffles = [] {
+    Shuffles<most_terms(map, part)> s{};
+    for (std::size_t out = 0; out < 32; ++out) {
+        unsigned left = places(map, part, out);
+        for (auto& index : s.index) {
+            index[out] = static_cast<std::uint8_t>(left == 0 ? 0x80 : std::countr_zero(left));
+            left &= left - 1;
+        }
+    }
+    return s;
+}();
+
+/** The sum of shuffles first to last - 1, with as few sums as possible behind one another. */
+template <std::size_t first, std::size_t last, std::size_t count>
+[[gnu::always_inline]] inline __m256i shuffled(__m256i twice, const Shuffles<count>& s) {
+    if constexpr (last - first == 1) {
+        return _mm256_shuffle_epi8(twice, _mm256_load_si256(reinterpret_cast<const __m256i*>(s.index[first])));
+    } else {
+        constexpr std::size_t middle = (first + last) / 2;
+        return _mm256_xor_si256(shuffled<first, middle>(twice, s), shuffled<middle, last>(twice, s));
+    }
+}
+
+/** What a part of the argument contributes to map(argument). */
+template <const OctetMap& map, Part part>
+[[gnu::always_inline]] inline __m256i share(__m256i twice) {
+    return shuffled<0, most_terms(map, part)>(twice, shuffles<map, part>);
+}
+
+/** A number for such maps. */
+struct Twice {
+    __m256i low;
+    __m256i high;
+
+    explicit Twice(__m256i n) : low(_mm256_permute4x64_epi64(n, 0x44)), high(_mm256_permute4x64_epi64(n, 0xee)) {}
+    explicit Twice(const std::uint8_t* octets) : low(in_both_lanes(octets)), high(in_both_lanes(octets + 16)) {}
+
+    template <const OctetMap& map>
+    [[nodiscard]] __m256i mapped() const {
+        return _mm256_xor_si256(share<map, Part::low>(low), share<map, Part::high>(high));
+    }
+
+private:
+    static __m256i in_both_lanes(const std::uint8_t* octets) {
+        return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(octets)));
+    }
+};
+
+struct Keys {
+    alignas(32) std::uint32_t word[4][8];
+
+    [[gnu::always_inline]] Keys(const Twice& h, const Twice& m) {
+        set<0>(h, m);
+        set<1>(h, m);
+        set<2>(h, m);
+        set<3>(h, m);
+    }
+
+private:
+    template <unsigned j>
+    [[gnu::always_inline]] void set(const Twice& h, const Twice& m) {
+        __m256i of_m = m.mapped<key_of_m<j>>();
+        if constexpr (j >= 2)
+            of_m = _mm256_xor_si256(of_m, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(key_constant<j>.data())));
+        _mm256_store_si256(reinterpret_cast<__m256i*>(word[j]), _mm256_xor_si256(h.mapped<key_of_h<j>>(), of_m));
+    }
+};
+
+struct Blocks {
+    std::uint32_t n1[4];
+    std::uint32_t n2[4];
+};
+
+/** The terms come in two halves; the empty statements keep the compilers from making one chain of them. */
+[[gnu::always_inline]] inline std::uint32_t mixed(std::uint32_t half, std::uint32_t t, const vrx_tz& table) {
+    const std::uint64_t wide = t;  // as it indexes
+    std::uint32_t sum = half ^ table.t[0][wide & 255];
+    asm("" : "+r"(sum));
+    sum ^= table.t[1][wide >> 8 & 255];
+    std::uint32_t other = table.t[2][_bextr_u64(wide, 16, 8)] ^ table.t[3][wide >> 24];
+    asm("" : "+r"(sum), "+r"(other));
+    return sum ^ other;
+}
+
+/** Eight rounds of all four blocks: round i adds word order[i] of each key. */
+template <std::size_t... order>
+[[gnu::always_inline]] inline void rounds(Blocks& b, const Keys& keys, const vrx_tz& table) {
+    const auto round = [&](std::uint32_t(&changed)[4], const std::uint32_t(&by)[4], std::size_t word)
+        __attribute__((always_inline)) {
+#pragma GCC unroll 4
+        for (std::size_t j = 0; j < 4; ++j) changed[j] = mixed(changed[j], by[j] + keys.word[j][word], table);
+    };
+    std::size_t i = 0;
+    ((i++ % 2 == 0 ? round(b.n2, b.n1, order) : round(b.n1, b.n2, order)), ...);
+}
+
+/** Four halves of blocks in both lanes. */
+[[gnu::always_inline]] inline __m256i gathered(const std::uint32_t (&half)[4]) {
+    const auto pair = [](std::uint32_t low, std::uint32_t high) {
+        return static_cast<long long>(std::uint64_t{high} << 32 | low);
+    };
+    return _mm256_broadcastsi128_si256(_mm_set_epi64x(pair(half[2], half[3]), pair(half[0], half[1])));
+}
+
+}  // namespace
+
+/**
+ * Four chains of look-ups side by side in the general registers. A round of the four blocks costs 20 loads and 32 other
+ * instructions, and cannot begin before the look-ups of the last one have come: 10 cycles, of which processors that
+ * begin six instructions in a cycle reach 12. Everything else is linear:
+ *
+ *     keys    P(A^j(H)) + P(A^2j(M)) + constant    12 shuffles that take H, 13 that take M
+ *     result  psi^61(H) + psi^62(M)                28 shuffles
+ *             + psi^74(S)                          13 shuffles
+ *
+ * Only the keys of H and psi^74(S) stand between the rounds of one step and those of the next. The others wait for
+ * nothing that the rounds compute, and there is room for them meanwhile.
+ */
+void steps_avx2(Number& hash, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
+    __m256i number = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(hash.data()));
+    for (; count != 0; --count, blocks += sizeof hash) {
+        const Twice m(blocks);
+        const Twice h(number);
+        const Keys keys(h, m);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(hash.data()), number);
+        Blocks b;
+        for (std::size_t j = 0; j < 4; ++j) {
+            b.n1[j] = static_cast<std::uint32_t>(hash[j]);
+            b.n2[j] = static_cast<std::uint32_t>(hash[j] >> 32);
+        }
+        const __m256i known = _mm256_xor_si256(h.mapped<psi_61>(), m.mapped<psi_62>());
+        for (int pass = 0; pass < 3; ++pass) rounds<0, 1, 2, 3, 4, 5, 6, 7>(b, keys, s.table);
+        rounds<7, 6, 5, 4, 3, 2, 1, 0>(b, keys, s.table);
+        // The last round does not exchange the halves: n2, which is ready a round earlier, holds the first ones.
+        const __m256i first = _mm256_xor_si256(known, share<psi_74, Part::halves1>(gathered(b.n2)));
+        number = _mm256_xor_si256(first, share<psi_74, Part::halves2>(gathered(b.n1)));
+    }
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(hash.data()), number);
+}
+
+Steps prepare_avx2(Substitution&) noexcept { return steps_avx2; }
+
+}  // namespace vrx::gostr3411
+
+#include "frame/region_end.hpp"
