@@ -45,6 +45,15 @@ inline void compare(benchmark::State& state, const Job& baseline, const Job& job
     state.counters["ratio"] = median(slow) / median(fast);
 }
 
+/** The compiler, in the head of a report. */
+inline void describe() {
+#ifdef __clang__
+    benchmark::AddCustomContext("compiler", "clang++ " __clang_version__);
+#else
+    benchmark::AddCustomContext("compiler", "g++ " __VERSION__);
+#endif
+}
+
 inline void add(const std::string& name, std::function<void(benchmark::State&)> run) {
     benchmark::RegisterBenchmark(name.c_str(), std::move(run))->UseManualTime()->Iterations(101);
 }

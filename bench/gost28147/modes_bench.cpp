@@ -124,6 +124,7 @@ void measure_meshed(benchmark::State& state, const Mode& mode, std::uint32_t num
 }
 
 const bool registered = [] {
+    bench::describe();
     using vrx::gost28147::engines;
     for (const Engine& engine : engines) {
         if ((vrx::cpu::features() & engine.needs) != engine.needs) continue;
@@ -148,7 +149,7 @@ const bool registered = [] {
                     });
     }
     for (const peers::Row& peer : peers::rows())
-        for (const std::size_t size : {64U, 1024U, 65536U}) {
+        for (const std::size_t size : {64U, 256U, 1024U, 8192U, 65536U, 1048576U}) {
             const std::string name = std::string("modes/") + peer.mode + '/' + peer.name + '/' + std::to_string(size);
             if (!peer.open) {
                 bench::add_missing(name, peer.package);

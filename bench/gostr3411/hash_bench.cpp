@@ -1,19 +1,22 @@
-// GOST R 34.11-94, HMAC and PBKDF2 beside libgcrypt.
-#include <benchmark/benchmark.h>
-
-#include <array>
+// The hash, HMAC and PBKDF2 over every engine, beside a straightforward way timed in turn (the counter "ratio"), and
+// peers where they are installed. Names: hash/ENGINE/TABLE/BYTES, where the table is "own" if its S-boxes have to be
+// found in it, "built-in" if its address is known, and "context" if a context holds a copy; hmac/ENGINE/BYTES;
+// pbkdf2/ENGINE/ITERATIONS; and the same with a peer's name for an engine.
 #include <cstring>
-#include <vector>
 
+#include "gostr3411/engine.hpp"
+#include "peers.hpp"
+#include "straightforward.hpp"
+#include "support.hpp"
 #include "vrx.h"
-
-#ifdef VRX_WITH_LIBGCRYPT
-#include <gcrypt.h>
-#endif
 
 namespace {
 
-using Digest = std::array<std::uint8_t, VRX_HASH_SIZE>;
+using peers::Digest;
+using peers::Function;
+using peers::password;
+using peers::salt;
+using vrx::gostr3411::Engine;
 
 std::vector<std::uint8_t> message(std::size_t size) {
     std::vector<std::uint8_t> bytes(size);
@@ -21,98 +24,98 @@ std::vector<std::uint8_t> message(std::size_t size) {
     return bytes;
 }
 
-constexpr std::array<std::uint8_t, 8> password = {'p', 'a', 's', 's', 'w', 'o', 'r', 'd'};
-constexpr std::array<std::uint8_t, 4> salt = {'s', 'a', 'l', 't'};
+const vrx_tz own = TZ_3411_94[1];
 
-Digest one_shot(const std::vector<std::uint8_t>& data) {
+template <const vrx_tz* table>
+Digest one_shot(const std::uint8_t* data, std::size_t size) {
     Digest out;
-    GOSTR3411_Transform_ex(&TZ_3411_94[1], data.data(), static_cast<std::uint32_t>(data.size()), out.data());
+    GOSTR3411_Transform_ex(table, data, static_cast<std::uint32_t>(size), out.data());
     return out;
 }
 
-Digest streamed(const std::vector<std::uint8_t>& data) {
+Digest in_context(const std::uint8_t* data, std::size_t size) {
     Digest out;
     GOSTR3411_CTX ctx;
     GOSTR3411_Init_ex(&ctx, &TZ_3411_94[1]);
-    GOSTR3411_Update(&ctx, data.data(), static_cast<std::uint32_t>(data.size()));
+    GOSTR3411_Update(&ctx, data, static_cast<std::uint32_t>(size));
     GOSTR3411_Final(&ctx, out.data());
     return out;
 }
 
-Digest hmac(const std::vector<std::uint8_t>& data) {
+Digest hmac(const std::uint8_t* data, std::size_t size) {
     Digest out;
-    std::uint32_t size;
-    GOSTR3411_HMAC(nullptr, 0, data.data(), static_cast<std::uint32_t>(data.size()), password.data(), password.size(),
-                   out.data(), &size);
+    std::uint32_t written;
+    GOSTR3411_HMAC(nullptr, 0, data, static_cast<std::uint32_t>(size), password.data(), password.size(), out.data(),
+                   &written);
     return out;
 }
 
-Digest pbkdf2(std::uint64_t iterations) {
+Digest pbkdf2(const std::uint8_t*, std::size_t iterations) {
     Digest out;
     GOSTR3411_PKCS5_PBKDF2(password.data(), password.size(), salt.data(), salt.size(), iterations, nullptr, 0,
                            out.data(), out.size());
     return out;
 }
 
-#ifdef VRX_WITH_LIBGCRYPT
-const bool started = gcry_check_version(nullptr) != nullptr;
-
-Digest libgcrypt_hash(const std::vector<std::uint8_t>& data) {
-    Digest out;
-    gcry_md_hash_buffer(GCRY_MD_GOSTR3411_CP, out.data(), data.data(), data.size());
-    return out;
+/** The straightforward way to do a work. */
+Function baseline(const std::string& work) {
+    if (work == "hash")
+        return [](const std::uint8_t* data, std::size_t size) { return straightforward::hash(own, data, size); };
+    if (work == "hmac")
+        return [](const std::uint8_t* data, std::size_t size) {
+            return straightforward::hmac(own, password.data(), password.size(), data, size);
+        };
+    return [](const std::uint8_t*, std::size_t iterations) {
+        return straightforward::pbkdf2(own, password.data(), password.size(), salt.data(), salt.size(), iterations);
+    };
 }
 
-Digest libgcrypt_hmac(const std::vector<std::uint8_t>& data) {
-    gcry_md_hd_t handle;
-    gcry_md_open(&handle, GCRY_MD_GOSTR3411_CP, GCRY_MD_FLAG_HMAC);
-    gcry_md_setkey(handle, password.data(), password.size());
-    gcry_md_write(handle, data.data(), data.size());
-    Digest out;
-    std::memcpy(out.data(), gcry_md_read(handle, 0), out.size());
-    gcry_md_close(handle);
-    return out;
+void measure(benchmark::State& state, const std::string& work, const Function& run, std::size_t size) {
+    const auto data = message(size);
+    const Function slow = baseline(work);
+    if (run(data.data(), size) != slow(data.data(), size)) return state.SkipWithError("wrong result");
+    bench::compare(
+        state, [&] { benchmark::DoNotOptimize(slow(data.data(), size)); },
+        [&] { benchmark::DoNotOptimize(run(data.data(), size)); }, size);
+    if (work != "pbkdf2") return;
+    state.counters["iterations/s"] = 1e6 * state.counters["MB/s"];
+    state.counters.erase("MB/s");
 }
 
-Digest libgcrypt_pbkdf2(std::uint64_t iterations) {
-    Digest out;
-    gcry_kdf_derive(password.data(), password.size(), GCRY_KDF_PBKDF2, GCRY_MD_GOSTR3411_CP, salt.data(), salt.size(),
-                    static_cast<unsigned long>(iterations), out.size(), out.data());
-    return out;
-}
-#else
-const bool started = true;
-constexpr auto libgcrypt_hash = one_shot;
-constexpr auto libgcrypt_hmac = hmac;
-constexpr auto libgcrypt_pbkdf2 = pbkdf2;
-#endif
-
-using OfMessage = Digest (*)(const std::vector<std::uint8_t>&);
-
-void throughput(benchmark::State& state, OfMessage function, OfMessage expected) {
-    const auto data = message(static_cast<std::size_t>(state.range(0)));
-    if (!started || function(data) != expected(data)) return state.SkipWithError("wrong result");
-    for (auto _ : state) benchmark::DoNotOptimize(function(data));
-    state.SetBytesProcessed(state.iterations() * state.range(0));
+std::vector<std::size_t> sizes(const std::string& work) {
+    if (work == "hash") return {64, 256, 1024, 8192, 65536, 1 << 20};
+    if (work == "hmac") return {64, 1024};
+    return {2048};
 }
 
-void iterations(benchmark::State& state, Digest (*function)(std::uint64_t)) {
-    const auto count = static_cast<std::uint64_t>(state.range(0));
-    if (!started || function(3) != libgcrypt_pbkdf2(3)) return state.SkipWithError("wrong result");
-    for (auto _ : state) benchmark::DoNotOptimize(function(count));
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-void sizes(benchmark::internal::Benchmark* row) { row->Arg(64)->Arg(1024)->Arg(16384)->Arg(1 << 20); }
-
-BENCHMARK_CAPTURE(throughput, one_shot, one_shot, libgcrypt_hash)->Name("gostr3411/one-shot/vrx")->Apply(sizes);
-BENCHMARK_CAPTURE(throughput, streamed, streamed, libgcrypt_hash)->Name("gostr3411/context/vrx")->Apply(sizes);
-BENCHMARK_CAPTURE(throughput, hmac, hmac, libgcrypt_hmac)->Name("gostr3411/hmac/vrx")->Apply(sizes);
-BENCHMARK_CAPTURE(iterations, pbkdf2, pbkdf2)->Name("gostr3411/pbkdf2/vrx")->Arg(2048);
-#ifdef VRX_WITH_LIBGCRYPT
-BENCHMARK_CAPTURE(throughput, libgcrypt, libgcrypt_hash, one_shot)->Name("gostr3411/one-shot/libgcrypt")->Apply(sizes);
-BENCHMARK_CAPTURE(throughput, libgcrypt_hmac, libgcrypt_hmac, hmac)->Name("gostr3411/hmac/libgcrypt")->Apply(sizes);
-BENCHMARK_CAPTURE(iterations, libgcrypt_pbkdf2, libgcrypt_pbkdf2)->Name("gostr3411/pbkdf2/libgcrypt")->Arg(2048);
-#endif
+const bool registered = [] {
+    bench::describe();
+    for (const Engine& engine : vrx::gostr3411::engines) {
+        if ((vrx::cpu::features() & engine.needs) != engine.needs) continue;
+        const auto add = [&](const std::string& work, const std::string& kind, const Function& run) {
+            for (const std::size_t size : sizes(work)) {
+                const std::string name = work + '/' + engine.name + '/' + kind + std::to_string(size);
+                bench::add(name, [&engine, work, run, size](benchmark::State& state) {
+                    vrx::gostr3411::use(engine);
+                    measure(state, work, run, size);
+                });
+            }
+        };
+        add("hash", "own/", one_shot<&own>);
+        add("hash", "built-in/", one_shot<&TZ_3411_94[1]>);
+        add("hash", "context/", in_context);
+        add("hmac", "", hmac);
+        add("pbkdf2", "", pbkdf2);
+    }
+    for (const peers::Row& peer : peers::rows())
+        for (const std::size_t size : sizes(peer.work)) {
+            const std::string name = peer.work + '/' + peer.name + '/' + std::to_string(size);
+            if (peer.run)
+                bench::add(name, [&peer, size](benchmark::State& state) { measure(state, peer.work, peer.run, size); });
+            else
+                bench::add_missing(name, peer.package);
+        }
+    return true;
+}();
 
 }  // namespace

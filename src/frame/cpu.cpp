@@ -46,14 +46,29 @@ std::uint32_t saved_state(unsigned leaf1_ecx) {
     return low;
 }
 
-/** See prompt_vectors. */
-bool has_prompt_vectors(unsigned leaf1_eax) {
+bool is_amd() {
     unsigned eax = 0;
     unsigned vendor[3] = {};
     __get_cpuid(0, &eax, &vendor[0], &vendor[2], &vendor[1]);
-    const bool amd = std::memcmp(vendor, "AuthenticAMD", sizeof vendor) == 0;
+    return std::memcmp(vendor, "AuthenticAMD", sizeof vendor) == 0;
+}
+
+/** What is no instruction: prompt_vectors and large_l1. */
+std::uint32_t traits(unsigned leaf1_eax) {
+    const bool amd = is_amd();
     const unsigned family = (leaf1_eax >> 8 & 15) + (leaf1_eax >> 20 & 255);
-    return !amd || family < 0x1a;
+    std::uint32_t found = amd && family >= 0x1a ? baseline : prompt_vectors;
+    // Both makers describe the cache in the same way, in different leaves.
+    unsigned eax = 0;
+    unsigned lines = 0;
+    unsigned sets = 0;
+    unsigned edx = 0;
+    if (__get_cpuid_count(amd ? 0x8000001d : 4, 0, &eax, &lines, &sets, &edx) != 0) {
+        const std::uint64_t size =
+            ((lines >> 22) + 1ULL) * ((lines >> 12 & 1023) + 1) * ((lines & 4095) + 1) * (sets + 1ULL);
+        if (size >= 48 * 1024) found |= large_l1;
+    }
+    return found;
 }
 
 }  // namespace
@@ -65,7 +80,7 @@ std::uint32_t features() {
     __get_cpuid(1, &leaf1.eax, &leaf1.ebx, &leaf1.ecx, &leaf1.edx);
     __get_cpuid_count(7, 0, &leaf7.eax, &leaf7.ebx, &leaf7.ecx, &leaf7.edx);
     const std::uint32_t saved = saved_state(leaf1.ecx);
-    std::uint32_t found = has_prompt_vectors(leaf1.eax) ? prompt_vectors : baseline;
+    std::uint32_t found = traits(leaf1.eax);
     for (const Flag& flag : flags) {
         const auto& leaf = flag.leaf == 1 ? leaf1 : leaf7;
         const unsigned announced = flag.reg == ebx ? leaf.ebx : leaf.ecx;

@@ -23,6 +23,8 @@ inline constexpr std::uint32_t avx512ifma = 1U << 11;
 inline constexpr std::uint32_t bmi1 = 1U << 12;
 /** Not an instruction: sums and shifts of vectors take one cycle. On AMD's processors from family 1Ah they take two. */
 inline constexpr std::uint32_t prompt_vectors = 1U << 13;
+/** Not an instruction either: the nearest cache for data has at least 48 KiB. */
+inline constexpr std::uint32_t large_l1 = 1U << 14;
 
 /**
  * The features of this processor. Those with wider registers count only where the operating system saves them.

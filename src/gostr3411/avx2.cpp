@@ -91,24 +91,45 @@ struct Blocks {
     std::uint32_t n2[4];
 };
 
-/** The terms come in two halves; the empty statements keep the compilers from making one chain of them. */
-[[gnu::always_inline]] inline std::uint32_t mixed(std::uint32_t half, std::uint32_t t, const vrx_tz& table) {
-    const std::uint64_t wide = t;  // as it indexes
-    std::uint32_t sum = half ^ table.t[0][wide & 255];
-    asm("" : "+r"(sum));
-    sum ^= table.t[1][wide >> 8 & 255];
-    std::uint32_t other = table.t[2][_bextr_u64(wide, 16, 8)] ^ table.t[3][wide >> 24];
-    asm("" : "+r"(sum), "+r"(other));
-    return sum ^ other;
-}
+// Substitutions: the sum of half and the entries for t, in two halves that come at the same time. The empty statements
+// keep the compilers from making one chain of them. Indices are 64 bits wide, as addresses are.
+
+/** Four look-ups in any table. */
+struct Four {
+    const vrx_tz& table;
+
+    explicit Four(const Substitution& s) : table(s.table) {}
+    [[gnu::always_inline]] std::uint32_t mixed(std::uint32_t half, std::uint64_t t) const {
+        std::uint32_t sum = half ^ table.t[0][t & 255];
+        asm("" : "+r"(sum));
+        sum ^= table.t[1][t >> 8 & 255];
+        std::uint32_t other = table.t[2][_bextr_u64(t, 16, 8)] ^ table.t[3][t >> 24];
+        asm("" : "+r"(sum), "+r"(other));
+        return sum ^ other;
+    }
+};
+
+/** Three in a built-in table of 33 KiB: an exclusive-or fewer to wait for. */
+struct Three {
+    const tz::Wide& table;
+
+    explicit Three(const Substitution& s) : table(*s.wide) {}
+    [[gnu::always_inline]] std::uint32_t mixed(std::uint32_t half, std::uint64_t t) const {
+        std::uint32_t sum = half ^ table.low[t & 4095];
+        asm("" : "+r"(sum));
+        std::uint32_t other = table.middle[_bextr_u64(t, 12, 8)] ^ table.high[t >> 20];
+        asm("" : "+r"(other));
+        return sum ^ other;
+    }
+};
 
 /** Eight rounds of all four blocks: round i adds word order[i] of each key. */
-template <std::size_t... order>
-[[gnu::always_inline]] inline void rounds(Blocks& b, const Keys& keys, const vrx_tz& table) {
+template <std::size_t... order, typename LookUps>
+[[gnu::always_inline]] inline void rounds(Blocks& b, const Keys& keys, const LookUps& look_ups) {
     const auto round = [&](std::uint32_t(&changed)[4], const std::uint32_t(&by)[4], std::size_t word)
         __attribute__((always_inline)) {
 #pragma GCC unroll 4
-        for (std::size_t j = 0; j < 4; ++j) changed[j] = mixed(changed[j], by[j] + keys.word[j][word], table);
+        for (std::size_t j = 0; j < 4; ++j) changed[j] = look_ups.mixed(changed[j], by[j] + keys.word[j][word]);
     };
     std::size_t i = 0;
     ((i++ % 2 == 0 ? round(b.n2, b.n1, order) : round(b.n1, b.n2, order)), ...);
@@ -122,12 +143,10 @@ template <std::size_t... order>
     return _mm256_broadcastsi128_si256(_mm_set_epi64x(pair(half[2], half[3]), pair(half[0], half[1])));
 }
 
-}  // namespace
-
 /**
- * Four chains of look-ups side by side in the general registers. A round of the four blocks costs 20 loads and 32 other
- * instructions, and cannot begin before the look-ups of the last one have come: 10 cycles, of which processors that
- * begin six instructions in a cycle reach 12. Everything else is linear:
+ * Four chains of look-ups side by side in the general registers. A round cannot begin before the look-ups of the last
+ * one have come: an addition, an index, a load and three exclusive-ors, which take 10 cycles with four look-ups and 9
+ * with three. For the four blocks it costs 20 loads and 32 other instructions, or 16 and 24. Everything else is linear:
  *
  *     keys    P(A^j(H)) + P(A^2j(M)) + constant    12 shuffles that take H, 13 that take M
  *     result  psi^61(H) + psi^62(M)                28 shuffles
@@ -136,7 +155,9 @@ template <std::size_t... order>
  * Only the keys of H and psi^74(S) stand between the rounds of one step and those of the next. The others wait for
  * nothing that the rounds compute, and there is room for them meanwhile.
  */
-void steps_avx2(Number& hash, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
+template <typename LookUps>
+void steps(Number& hash, const std::uint8_t* blocks, std::size_t count, const Substitution& s) {
+    const LookUps look_ups(s);
     __m256i number = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(hash.data()));
     for (; count != 0; --count, blocks += sizeof hash) {
         const Twice m(blocks);
@@ -149,8 +170,8 @@ void steps_avx2(Number& hash, const std::uint8_t* blocks, std::size_t count, con
             b.n2[j] = static_cast<std::uint32_t>(hash[j] >> 32);
         }
         const __m256i known = _mm256_xor_si256(h.mapped<psi_61>(), m.mapped<psi_62>());
-        for (int pass = 0; pass < 3; ++pass) rounds<0, 1, 2, 3, 4, 5, 6, 7>(b, keys, s.table);
-        rounds<7, 6, 5, 4, 3, 2, 1, 0>(b, keys, s.table);
+        for (int pass = 0; pass < 3; ++pass) rounds<0, 1, 2, 3, 4, 5, 6, 7>(b, keys, look_ups);
+        rounds<7, 6, 5, 4, 3, 2, 1, 0>(b, keys, look_ups);
         // The last round does not exchange the halves: n2, which is ready a round earlier, holds the first ones.
         const __m256i first = _mm256_xor_si256(known, share<psi_74, Part::halves1>(gathered(b.n2)));
         number = _mm256_xor_si256(first, share<psi_74, Part::halves2>(gathered(b.n1)));
@@ -158,7 +179,22 @@ void steps_avx2(Number& hash, const std::uint8_t* blocks, std::size_t count, con
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(hash.data()), number);
 }
 
+}  // namespace
+
+void steps_avx2(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
+    steps<Four>(h, blocks, count, s);
+}
+
+void steps_avx2_wide(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
+    steps<Three>(h, blocks, count, s);
+}
+
 Steps prepare_avx2(Substitution&) noexcept { return steps_avx2; }
+
+Steps prepare_avx2_wide(Substitution& s) noexcept {
+    s.wide = tz::built_in_wide(s.table);
+    return s.wide != nullptr ? steps_avx2_wide : steps_avx2;
+}
 
 }  // namespace vrx::gostr3411
 

@@ -48,6 +48,8 @@ public:
     /** Where an engine found S-boxes: the library's own, or in `found`. */
     const tz::SBoxes* sboxes = nullptr;
     tz::SBoxes found;
+    /** The library's own table for three look-ups, where an engine found it to fit. */
+    const tz::Wide* wide = nullptr;
 
 private:
     Steps steps_;
@@ -55,10 +57,12 @@ private:
 
 void steps_baseline(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
 void steps_avx2(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
+void steps_avx2_wide(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
 void steps_vbmi(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
 
 Steps prepare_baseline(Substitution& s) noexcept;
 Steps prepare_avx2(Substitution& s) noexcept;
+Steps prepare_avx2_wide(Substitution& s) noexcept;
 Steps prepare_vbmi(Substitution& s) noexcept;
 
 inline constexpr std::uint32_t avx2_features = cpu::avx2 | cpu::bmi1;
@@ -66,10 +70,12 @@ inline constexpr std::uint32_t vbmi_features =
     avx2_features | cpu::bmi2 | cpu::avx512f | cpu::avx512bw | cpu::avx512vl | cpu::avx512vbmi;
 
 /** Best first; the last one runs everywhere. */
-inline constexpr std::array<Engine, 3> engines{{
+inline constexpr std::array<Engine, 4> engines{{
     // One chain of 32 rounds on vectors: where each of its instructions takes two cycles, four chains of look-ups in
     // the other registers are faster.
     {"vbmi", vbmi_features, cpu::prompt_vectors, prepare_vbmi},
+    // Built-in tables as 33 KiB, for fewer look-ups: they have to stay in the cache.
+    {"avx2_wide", avx2_features, cpu::large_l1, prepare_avx2_wide},
     {"avx2", avx2_features, cpu::baseline, prepare_avx2},
     {"baseline", cpu::baseline, cpu::baseline, prepare_baseline},
 }};

@@ -29,6 +29,19 @@ constexpr SBoxes sboxes(Numeric num) {
 /** The S-boxes of a built-in table, known by its address; nullptr for any other table. */
 const SBoxes* built_in_sboxes(const vrx_tz& table) noexcept;
 
+/**
+ * A table as three look-ups instead of four: of the lower 12 bits of a word, of the 8 above them, and of the upper 12.
+ * 33 KiB.
+ */
+struct Wide {
+    alignas(64) std::uint32_t low[4096];
+    std::uint32_t middle[256];
+    std::uint32_t high[4096];
+};
+
+/** Of a table that has the entries of one of the hash's built-in tables; nullptr for any other table. */
+const Wide* built_in_wide(const vrx_tz& table) noexcept;
+
 // The sixteen entries of a table whose odd S-box has the same input are a row: the entries of the even S-box, each OR
 // the one entry of the odd one. So a row costs an OR with a repeated word. Deploying stores the rows, recovering
 // compares them.

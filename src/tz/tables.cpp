@@ -1,5 +1,6 @@
 // The built-in tables, deployed at compile time from the S-boxes of RFC 4357, section 11.
 #include <array>
+#include <cstring>
 #include <string_view>
 
 #include "tz/sboxes.hpp"
@@ -63,6 +64,27 @@ constexpr SBoxes cipher_sboxes[VRX_TZ_28147_89_COUNT] = {sboxes(numeric(cipher_t
                                                          sboxes(numeric(cipher_d))};
 constexpr SBoxes hash_sboxes[VRX_TZ_3411_94_COUNT] = {sboxes(numeric(hash_test)), sboxes(numeric(hash_cryptopro))};
 
+/** The output of S-box n for an input, at its place after the rotation. */
+constexpr std::uint32_t rotated(Numeric num, unsigned n, unsigned input) {
+    const std::uint32_t output = num[4 * (input & 15) + n / 2] >> 4 * (n % 2) & 15U;
+    return std::rotl(output << 4 * n, 11);
+}
+
+constexpr Wide widened(Numeric num) {
+    const auto three = [num](unsigned n, unsigned x) {
+        return rotated(num, n, x) ^ rotated(num, n + 1, x >> 4) ^ rotated(num, n + 2, x >> 8);
+    };
+    Wide wide{};
+    for (unsigned x = 0; x < 4096; ++x) {
+        wide.low[x] = three(0, x);
+        wide.high[x] = three(5, x);
+    }
+    for (unsigned x = 0; x < 256; ++x) wide.middle[x] = rotated(num, 3, x) ^ rotated(num, 4, x >> 4);
+    return wide;
+}
+
+constexpr Wide hash_wide[VRX_TZ_3411_94_COUNT] = {widened(numeric(hash_test)), widened(numeric(hash_cryptopro))};
+
 template <std::size_t count>
 const SBoxes* found(const vrx_tz& table, const vrx_tz (&set)[count], const SBoxes (&of_set)[count]) {
     const auto offset = reinterpret_cast<std::uintptr_t>(&table) - reinterpret_cast<std::uintptr_t>(set);
@@ -74,6 +96,13 @@ const SBoxes* found(const vrx_tz& table, const vrx_tz (&set)[count], const SBoxe
 const SBoxes* built_in_sboxes(const vrx_tz& table) noexcept {
     const SBoxes* const sboxes = found(table, TZ_28147_89, cipher_sboxes);
     return sboxes != nullptr ? sboxes : found(table, TZ_3411_94, hash_sboxes);
+}
+
+const Wide* built_in_wide(const vrx_tz& table) noexcept {
+    for (std::size_t i = 0; i < VRX_TZ_3411_94_COUNT; ++i)
+        if (&table == &TZ_3411_94[i] || std::memcmp(table.t, TZ_3411_94[i].t, sizeof table.t) == 0)
+            return &hash_wide[i];
+    return nullptr;
 }
 
 }  // namespace vrx::tz

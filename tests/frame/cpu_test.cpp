@@ -36,12 +36,20 @@ TEST(cpu, vectors_are_prompt_but_on_amd_processors_from_family_1ah) {
     EXPECT_EQ(has(cpu::prompt_vectors), __builtin_cpu_is("amd") == 0 || family < 0x1a);
 }
 
+TEST(cpu, the_nearest_cache_is_as_large_as_the_system_says) {
+    std::ifstream info("/sys/devices/system/cpu/cpu0/cache/index0/size");
+    unsigned size = 0;
+    char unit = 0;
+    if (!(info >> size >> unit) || unit != 'K') GTEST_SKIP() << "the system does not say";
+    EXPECT_EQ(has(cpu::large_l1), size >= 48);
+}
+
 TEST(cpu, baseline_is_everywhere) { EXPECT_TRUE(has(cpu::baseline)); }
 
 TEST(cpu, each_feature_has_a_bit_of_its_own) {
-    const std::uint32_t all[] = {cpu::ssse3,       cpu::sse41,      cpu::sha,      cpu::bmi2,          cpu::adx,
-                                 cpu::avx2,        cpu::avx512f,    cpu::avx512bw, cpu::avx512vl,      cpu::avx512vbmi,
-                                 cpu::avx512vbmi2, cpu::avx512ifma, cpu::bmi1,     cpu::prompt_vectors};
+    const std::uint32_t all[] = {cpu::ssse3,       cpu::sse41,      cpu::sha,      cpu::bmi2,           cpu::adx,
+                                 cpu::avx2,        cpu::avx512f,    cpu::avx512bw, cpu::avx512vl,       cpu::avx512vbmi,
+                                 cpu::avx512vbmi2, cpu::avx512ifma, cpu::bmi1,     cpu::prompt_vectors, cpu::large_l1};
     std::uint32_t seen = 0;
     for (const std::uint32_t feature : all) {
         EXPECT_EQ(feature & (feature - 1), 0U);

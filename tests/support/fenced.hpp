@@ -26,6 +26,8 @@ public:
     Fenced& operator=(const Fenced&) = delete;
     /** `size` bytes that touch the lower or the upper fence. */
     std::uint8_t* bytes(std::size_t size, bool upper) { return upper ? first_ + inside_ - size : first_; }
+    /** From now on nothing inside may be touched either. */
+    void close() { EXPECT_EQ(mprotect(first_, inside_, PROT_NONE), 0); }
 
 private:
     std::size_t page_;

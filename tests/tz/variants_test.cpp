@@ -53,6 +53,28 @@ TEST(Recovery, finds_the_s_boxes_of_a_table_and_refuses_any_other) {
     }
 }
 
+TEST(Wide, three_look_ups_give_what_four_do) {
+    Random random;
+    for (const vrx_tz& table : TZ_3411_94) {
+        const vrx_tz copy = table;
+        const vrx::tz::Wide* const wide = vrx::tz::built_in_wide(copy);
+        ASSERT_NE(wide, nullptr);
+        EXPECT_EQ(vrx::tz::built_in_wide(table), wide);
+        const auto check = [&](std::uint32_t x) {
+            const std::uint32_t four =
+                table.t[0][x & 255] ^ table.t[1][x >> 8 & 255] ^ table.t[2][x >> 16 & 255] ^ table.t[3][x >> 24];
+            ASSERT_EQ(wide->low[x & 4095] ^ wide->middle[x >> 12 & 255] ^ wide->high[x >> 20], four) << x;
+        };
+        for (std::uint32_t i = 0; i < 4096; ++i) {
+            check(i);
+            check(i << 12);
+            check(i << 20);
+            check(random.word());
+        }
+    }
+    EXPECT_EQ(vrx::tz::built_in_wide(TZ_28147_89[1]), nullptr);
+}
+
 TEST(Recovery, built_in_tables_are_known_by_their_address_alone) {
     const auto check = [](const vrx_tz& table) {
         const vrx::tz::SBoxes* const s = vrx::tz::built_in_sboxes(table);

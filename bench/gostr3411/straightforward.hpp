@@ -1,0 +1,32 @@
+// GOST R 34.11-94 as one writes it first: every transform of RFC 5831 by itself, four calls of a cipher kernel with its
+// rounds unrolled, psi place by place; and contexts that begin with a copy of their table. What the engines are
+// measured against.
+#ifndef VRX_BENCH_GOSTR3411_STRAIGHTFORWARD_HPP
+#define VRX_BENCH_GOSTR3411_STRAIGHTFORWARD_HPP
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "vrx/gostr3411.h"
+
+namespace straightforward {
+
+using Octets = std::array<std::uint8_t, 32>;
+
+/** h becomes f(h, m). */
+void step(Octets& h, const Octets& m, const vrx_tz& table);
+
+Octets hash(const vrx_tz& table, const std::uint8_t* data, std::size_t size);
+
+/** The key has at most 32 bytes. */
+Octets hmac(const vrx_tz& table, const std::uint8_t* key, std::size_t key_size, const std::uint8_t* data,
+            std::size_t size);
+
+/** Each iteration is a whole HMAC. */
+Octets pbkdf2(const vrx_tz& table, const std::uint8_t* password, std::size_t password_size, const std::uint8_t* salt,
+              std::size_t salt_size, std::uint64_t iterations);
+
+}  // namespace straightforward
+
+#endif
