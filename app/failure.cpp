@@ -1,7 +1,9 @@
 #include "failure.hpp"
 
+#include <sys/uio.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 
@@ -41,10 +43,13 @@ void check(const char* what, int code) {
     if (code != 0) throw Failure(std::string(what) + " failed with code " + std::to_string(code));
 }
 
-void say(const std::string& sentence) {
-    const std::string line = "vrx: " + sentence + "\n";
+void say(std::string_view sentence, std::string_view more) {
+    std::array<iovec, 4> line{};
+    const std::array<std::string_view, line.size()> parts{"vrx: ", sentence, more, "\n"};
+    for (std::size_t i = 0; i < line.size(); ++i)
+        line[i] = {const_cast<char*>(parts[i].data()), parts[i].size()};  // read only
     // Where standard error cannot be written there is nobody to tell; the exit code remains.
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+    [[maybe_unused]] const ssize_t written = writev(STDERR_FILENO, line.data(), line.size());
 }
 
 }  // namespace vrx::app

@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace vrx::app {
 
@@ -33,8 +34,8 @@ private:
 /** Throw a Failure unless a call of the library was successful. @param what  what the library was to do, "the hash". */
 void check(const char* what, int code);
 
-/** Write one sentence to standard error, marked as this program's. */
-void say(const std::string& sentence);
+/** Write one sentence, in one piece or two, to standard error, marked as this program's. Allocates nothing. */
+void say(std::string_view sentence, std::string_view more = "");
 
 }  // namespace vrx::app
 

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -164,23 +165,24 @@ void Output::open_beside(const std::string& target, std::optional<struct stat> e
     std::string name = folder + ".vrx-XXXXXX";
     const SignalsBlocked blocked;
     fd_ = mkostemp(name.data(), O_CLOEXEC);
+    if (fd_ < 0 && is_private_) throw SystemFailure("cannot create " + shown_, errno);
     if (fd_ < 0)
         throw SystemFailure("cannot create a file in " + in_quotes(folder.empty() ? "." : folder) + " for " + shown_,
                             errno);
-    temporary_ = name;
+    temporary_ = std::move(name);
     set_unfinished_file(temporary_);
 }
 
-Output::Output(const std::string& path, NewPrivateFile) : shown_(in_quotes(path)) {
-    const SignalsBlocked blocked;
-    fd_ = open_file(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (fd_ < 0) {
-        if (errno == EEXIST) throw Failure(shown_ + " exists already and is never overwritten; choose another name");
-        throw SystemFailure("cannot create " + shown_, errno);
-    }
-    temporary_ = path;
-    set_unfinished_file(path);
+Output::Output(const std::string& path, NewPrivateFile) : shown_(in_quotes(path)), is_private_(true) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) == 0) refuse_existing();
+    if (errno != ENOENT || path.empty()) throw SystemFailure("cannot create " + shown_, errno);
+    open_beside(path, std::nullopt);
     fchmod(fd_, 0600);  // whatever the umask; should it fail, the permissions are fewer, never more
+}
+
+void Output::refuse_existing() const {
+    throw Failure(shown_ + " exists already and is never overwritten; choose another name");
 }
 
 Output::~Output() {
@@ -219,9 +221,25 @@ void Output::close_checked() {
     if (result != 0 && errno != EINTR) throw SystemFailure("cannot write " + shown_, errno);
 }
 
+void Output::put_in_place() {
+    const char* const from = temporary_.c_str();
+    const char* const to = target_.c_str();
+    if (!is_private_) {
+        if (rename(from, to) != 0) throw SystemFailure("cannot write " + shown_, errno);
+        return;
+    }
+    int result = renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE);
+    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {  // some file systems know links instead
+        result = link(from, to);
+        if (result == 0) unlink(from);
+    }
+    if (result != 0 && errno == EEXIST) refuse_existing();
+    if (result != 0) throw SystemFailure("cannot create " + shown_, errno);
+}
+
 void Output::commit() {
     if (temporary_.empty()) return close_checked();
-    if (target_) {
+    if (!is_private_) {
         // The file keeps owner and permissions of the one that it replaces. Giving it away is a privilege.
         if (existing_ && fchown(fd_, existing_->st_uid, existing_->st_gid) != 0 && errno != EPERM)
             throw SystemFailure("cannot set the owner of " + shown_, errno);
@@ -231,14 +249,15 @@ void Output::commit() {
     if (fsync(fd_) != 0 && errno != EINVAL && errno != ENOTSUP) throw SystemFailure("cannot write " + shown_, errno);
     close_checked();
 
+    std::string folder = folder_of(temporary_);
+    if (folder.empty()) folder = ".";
     const SignalsBlocked blocked;
-    if (target_ && rename(temporary_.c_str(), target_->c_str()) != 0)
-        throw SystemFailure("cannot write " + shown_, errno);
-    const std::string folder = folder_of(temporary_);
+    put_in_place();
+    // The file is there: from here on nothing may fail.
     temporary_.clear();
     set_unfinished_file("");
     // The name is permanent once its folder is; where folders cannot be synced the data itself is safe already.
-    const int directory = open_file(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
+    const int directory = open_file(folder, O_RDONLY | O_DIRECTORY);
     if (directory >= 0) {
         fsync(directory);
         close(directory);

@@ -76,7 +76,7 @@ public:
      * @param inputs  files that the command reads: the output may be none of them.
      */
     explicit Output(const std::string& path, const std::vector<FileId>& inputs = {});
-    /** Create a file that only its owner can read, and that must not exist yet. */
+    /** Create a file that only its owner can read, and that must not exist yet, neither now nor at the end. */
     Output(const std::string& path, NewPrivateFile);
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
@@ -89,13 +89,16 @@ public:
 
 private:
     void refuse_inputs(const struct stat& status, const std::vector<FileId>& inputs) const;
+    [[noreturn]] void refuse_existing() const;
     void open_beside(const std::string& target, std::optional<struct stat> existing);
     void close_checked();
+    void put_in_place();
 
     int fd_ = -1;
     std::string shown_;
+    bool is_private_ = false;              // for its owner alone, and never in the place of another file
     std::string temporary_;                // to be removed unless it becomes the target; empty when writing directly
-    std::optional<std::string> target_;    // name that the temporary file gets, unless it has its name already
+    std::string target_;                   // name that the temporary file gets
     std::optional<struct stat> existing_;  // the file that the target replaces
     std::uint64_t written_ = 0;
     std::uint64_t flushed_ = 0;  // of them on their way to the disk

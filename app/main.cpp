@@ -102,7 +102,7 @@ int main(int argc, char** argv) {
     } catch (const std::bad_alloc&) {
         say("there is not enough memory");
     } catch (const std::exception& error) {
-        say(std::string("unexpected failure: ") + error.what());
+        say("unexpected failure: ", error.what());
     }
     return exit_trouble;
 }
