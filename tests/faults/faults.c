@@ -1,0 +1,210 @@
+/*
+ * Calls of the C library that fail when they are told to. To be linked or loaded before the C library.
+ *
+ * Environment, read at the first call:
+ *   VRX_FAULT_MEMORY=n    the n-th allocation fails; n+ also all that follow
+ *   VRX_FAULT_SYSTEM=n    the n-th system call of those below fails
+ *   VRX_FAULT_STUTTER=1   reads, writes and random numbers come a few bytes at a time, and signals interrupt them
+ *   VRX_FAULT_REPORT=FILE made when a fault was delivered; it holds the name of the call
+ */
+#define _GNU_SOURCE
+#include "faults.h"
+
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <stdarg.h>
+#include <stdatomic.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/mman.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t count, size_t size);
+void* __libc_realloc(void* old, size_t size);
+void* __libc_memalign(size_t alignment, size_t size);
+void __libc_free(void* memory);
+
+struct Plan {
+    atomic_long until; /* calls until one fails; 0: none does */
+    atomic_int lasting;
+};
+static struct Plan memory_plan, system_plan;
+static atomic_int stutters;
+static atomic_long live;
+static atomic_int prepared;
+static unsigned turn;
+
+static void read_plan(struct Plan* plan, const char* name) {
+    const char* text = getenv(name);
+    char* end;
+    if (text == NULL) return;
+    plan->until = strtol(text, &end, 10);
+    plan->lasting = *end == '+';
+}
+
+static void prepare(void) {
+    if (atomic_exchange(&prepared, 1)) return;
+    read_plan(&memory_plan, "VRX_FAULT_MEMORY");
+    read_plan(&system_plan, "VRX_FAULT_SYSTEM");
+    stutters = getenv("VRX_FAULT_STUTTER") != NULL;
+}
+
+static void report(const char* call) {
+    const char* path = getenv("VRX_FAULT_REPORT");
+    if (path == NULL) return;
+    const int saved = errno;
+    const int fd = (int)syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    syscall(SYS_write, fd, call, strlen(call));
+    syscall(SYS_close, fd);
+    errno = saved;
+}
+
+static int is_due(struct Plan* plan, const char* call) {
+    prepare();
+    if (plan->until == 0) return 0;
+    if (plan->until > 1) {
+        --plan->until;
+        return 0;
+    }
+    if (!plan->lasting) plan->until = 0;
+    report(call);
+    return 1;
+}
+
+void fail_allocation(long n) {
+    prepare();
+    memory_plan.until = n;
+}
+long live_allocations(void) { return live; }
+
+/* --- memory ------------------------------------------------------------------------------------------------------- */
+
+static void* counted(void* memory) {
+    if (memory != NULL) ++live;
+    return memory;
+}
+static void* none(void) {
+    errno = ENOMEM;
+    return NULL;
+}
+
+void* malloc(size_t size) { return is_due(&memory_plan, "malloc") ? none() : counted(__libc_malloc(size)); }
+void* calloc(size_t count, size_t size) {
+    return is_due(&memory_plan, "calloc") ? none() : counted(__libc_calloc(count, size));
+}
+void* realloc(void* old, size_t size) {
+    if (is_due(&memory_plan, "realloc")) return none();
+    void* const memory = __libc_realloc(old, size);
+    if (old == NULL) return counted(memory);
+    if (size == 0) --live;
+    return memory;
+}
+void* memalign(size_t alignment, size_t size) {
+    return is_due(&memory_plan, "memalign") ? none() : counted(__libc_memalign(alignment, size));
+}
+void* aligned_alloc(size_t alignment, size_t size) { return memalign(alignment, size); }
+int posix_memalign(void** memory, size_t alignment, size_t size) {
+    *memory = memalign(alignment, size);
+    return *memory == NULL ? ENOMEM : 0;
+}
+void free(void* memory) {
+    if (memory != NULL) --live;
+    __libc_free(memory);
+}
+/* Pages for secrets. The C library maps its own without this symbol. */
+void* mmap(void* address, size_t size, int rights, int flags, int fd, off_t offset) {
+    if (is_due(&memory_plan, "mmap")) {
+        errno = ENOMEM;
+        return MAP_FAILED;
+    }
+    return (void*)syscall(SYS_mmap, address, size, rights, flags, fd, offset);
+}
+
+/* --- the system --------------------------------------------------------------------------------------------------- */
+
+static int fails(const char* call, int error) {
+    if (!is_due(&system_plan, call)) return 0;
+    errno = error;
+    return 1;
+}
+
+/* Whether a call is interrupted; else how much of it is done. */
+static int is_interrupted(size_t* size) {
+    prepare();
+    if (!stutters) return 0;
+    turn = turn * 1103515245 + 12345;
+    if (turn >> 16 & 1) {
+        errno = EINTR;
+        return 1;
+    }
+    const size_t most = 1 + (turn >> 17) % (turn >> 30 == 0 ? 9 : 4000);
+    if (*size > most) *size = most;
+    return 0;
+}
+
+/* The streams of the process are not what is to fail. */
+static int is_message(int fd) { return fd == STDERR_FILENO; }
+
+ssize_t read(int fd, void* buffer, size_t size) {
+    if (fails("read", EIO) || is_interrupted(&size)) return -1;
+    return syscall(SYS_read, fd, buffer, size);
+}
+ssize_t __read_chk(int fd, void* buffer, size_t size, size_t room) {
+    if (size > room) abort();
+    return read(fd, buffer, size);
+}
+ssize_t write(int fd, const void* buffer, size_t size) {
+    if (!is_message(fd) && (fails("write", ENOSPC) || is_interrupted(&size))) return -1;
+    return syscall(SYS_write, fd, buffer, size);
+}
+ssize_t getrandom(void* buffer, size_t size, unsigned flags) {
+    if (fails("getrandom", ENOSYS) || is_interrupted(&size)) return -1;
+    return syscall(SYS_getrandom, buffer, size, flags);
+}
+int open(const char* path, int flags, ...) {
+    va_list more;
+    va_start(more, flags);
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(more, mode_t) : 0;
+    va_end(more);
+    size_t all = 1;
+    if (fails("open", EMFILE) || is_interrupted(&all)) return -1;
+    return (int)syscall(SYS_openat, AT_FDCWD, path, flags, mode);
+}
+int __open_2(const char* path, int flags) { return open(path, flags); }
+int mkostemp(char* name, int flags) {
+    if (fails("mkostemp", EROFS)) return -1;
+    int (*real)(char*, int);
+    *(void**)&real = dlsym(RTLD_NEXT, "mkostemp");
+    return real(name, flags);
+}
+int close(int fd) {
+    const int failing = fails("close", EIO);
+    const int result = (int)syscall(SYS_close, fd);
+    if (!failing) return result;
+    errno = EIO;
+    return -1;
+}
+int fsync(int fd) { return fails("fsync", EIO) ? -1 : (int)syscall(SYS_fsync, fd); }
+int rename(const char* from, const char* to) {
+    return fails("rename", EACCES) ? -1 : (int)syscall(SYS_rename, from, to);
+}
+int renameat2(int from_folder, const char* from, int to_folder, const char* to, unsigned flags) {
+    if (fails("renameat2", EACCES)) return -1;
+    return (int)syscall(SYS_renameat2, from_folder, from, to_folder, to, flags);
+}
+int fchmod(int fd, mode_t mode) { return fails("fchmod", EPERM) ? -1 : (int)syscall(SYS_fchmod, fd, mode); }
+int fchown(int fd, uid_t user, gid_t group) {
+    return fails("fchown", EIO) ? -1 : (int)syscall(SYS_fchown, fd, user, group);
+}
+int fstat(int fd, struct stat* status) { return fails("fstat", EIO) ? -1 : (int)syscall(SYS_fstat, fd, status); }
+off_t lseek(int fd, off_t offset, int whence) {
+    return fails("lseek", ESPIPE) ? -1 : (off_t)syscall(SYS_lseek, fd, offset, whence);
+}
+int mlock(const void* address, size_t size) {
+    return fails("mlock", ENOMEM) ? -1 : (int)syscall(SYS_mlock, address, size);
+}

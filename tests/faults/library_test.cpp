@@ -1,0 +1,104 @@
+// Short memory: what every function that allocates does then, and that no other function allocates.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "faults.h"
+#include "support/child_process.hpp"
+#include "support/hex.hpp"
+#include "support/log_capture.hpp"
+#include "vrx.h"
+
+namespace {
+
+using namespace vrx::test;
+
+/** Allocations left over by a call, during which the n-th one fails. Nothing that GoogleTest does comes between. */
+template <typename Call>
+long left_over(long n, const Call& call) {
+    const long before = live_allocations();
+    fail_allocation(n);
+    call();
+    fail_allocation(0);
+    return live_allocations() - before;
+}
+
+TEST(ShortMemory, copy_of_a_record_is_null) {
+    vrx_gost28147_par* copy = GOST28147_OIDS;
+    int rc = VRX_OK;
+    copy = &GOST28147_CRYPTO_PRO_OIDS[0];
+    EXPECT_EQ(left_over(1, [&] { rc = oidCopyGOST28147Par(&GOST28147_CRYPTO_PRO_OIDS[1], &copy); }), 0);
+    EXPECT_EQ(rc, VRX_ERR_FAILED);
+    EXPECT_EQ(copy, nullptr);
+    EXPECT_EQ(left_over(2, [&] { rc = oidCopyGOST28147Par(&GOST28147_CRYPTO_PRO_OIDS[1], &copy); }), 1);
+    EXPECT_EQ(rc, VRX_OK);
+    std::free(copy);
+}
+
+TEST(ShortMemory, derivation_of_pkcs12_fails_silently_and_writes_nothing) {
+    LogCapture log;
+    const Bytes text(40, 'p');
+    Bytes out(70, 0x5a);
+    int rc = VRX_OK;
+    const auto derive = [&] {
+        rc = GOSTR3411_PBA_Derive(text.data(), 40, text.data(), 30, 3, 1, VRX_PAR_HASH_1_OID, VRX_PAR_OID_SIZE,
+                                  out.data(), 70);
+    };
+    EXPECT_EQ(left_over(1, derive), 0);
+    EXPECT_EQ(rc, VRX_ERR_FAILED);
+    EXPECT_EQ(out, Bytes(70, 0x5a));
+    EXPECT_EQ(log.take(), "");
+    EXPECT_EQ(left_over(2, derive), 0) << "what it allocates it gives back";
+    EXPECT_EQ(rc, VRX_OK);
+    EXPECT_NE(out, Bytes(70, 0x5a));
+}
+
+TEST(ShortMemory, long_number_as_a_text_ends_the_process) {
+    const ChildRun run = run_in_child([] {
+        const std::vector<std::uint32_t> number(VRX_MP_MAX_DIGITS + 1, 1);
+        std::vector<char> text(10 * number.size() + 11);
+        const auto convert = [&] { mpConvToDecimal(number.data(), number.size(), text.data(), text.size()); };
+        EXPECT_EQ(left_over(2, convert), 0) << "what it allocates it gives back";
+        fail_allocation(1);
+        convert();
+        fail_allocation(0);
+        std::printf("it went on");
+    });
+    EXPECT_TRUE(WIFEXITED(run.status) && WEXITSTATUS(run.status) == 1);
+    EXPECT_NE(run.err.find("conv_to_base: Not enough memory"), std::string::npos) << run.err;
+    EXPECT_EQ(run.out, "");
+}
+
+TEST(ShortMemory, log_that_cannot_be_opened_is_off) {
+    const std::string path = testing::TempDir() + "vrx_short_memory_log";
+    int rc = VRX_ERR_FAILED;
+    EXPECT_EQ(left_over(1, [&] { rc = vrx_set_log_file(path.c_str()); }), 0);
+    EXPECT_EQ(rc, VRX_OK);
+    EXPECT_EQ(vrxflog, nullptr);
+    EXPECT_EQ(TZ_by_id(9), nullptr) << "and nobody writes to it";
+}
+
+TEST(ShortMemory, log_is_written_without_a_buffer_of_its_own) {
+    const std::string path = testing::TempDir() + "vrx_short_memory_log";
+    std::remove(path.c_str());
+    ASSERT_EQ(vrx_set_log_file(path.c_str()), VRX_OK);
+    ASSERT_NE(vrxflog, nullptr);
+    fail_allocation(1);
+    const vrx_tz* const table = TZ_by_id(9);
+    fail_allocation(0);
+    vrx_set_log_file(nullptr);
+    EXPECT_EQ(table, nullptr);
+    std::ifstream file(path);
+    const std::string logged{std::istreambuf_iterator<char>(file), {}};
+    LogCapture log;
+    static_cast<void>(TZ_by_id(9));
+    EXPECT_EQ(logged, log.take());
+    std::remove(path.c_str());
+}
+
+}  // namespace

@@ -1,0 +1,153 @@
+"""The program where memory is short, calls of the system fail, and data comes a few bytes at a time."""
+
+import os
+import unittest
+
+from program import ProgramTest, main
+
+FAULTS = os.environ["VRX_FAULTS"]
+ENOUGH = 3000  # no run makes so many calls
+OUT = "a folder with a long name/out"  # longer than texts that need no memory of their own
+LISTS = ("mac", "hash", "sha1", "hmac")
+
+
+class Runs(ProgramTest):
+    def setUp(self):
+        super().setUp()
+        os.mkdir(self.path("report"))
+        os.mkdir(self.path(os.path.dirname(OUT)))
+        self.write("in", bytes(range(256)) * 40)
+        self.write("text", b"a text")
+        self.write("password", b"password\n", 0o600)
+        self.vrx("encrypt", "--key", "key", "--iv", "0011223344556677", "-o", "secret", "in")
+        self.write("macs", self.vrx("mac", "--key", "key", "in", "text"))
+        self.write("sums", self.vrx("hash", "in", "text"))
+        self.vrx("genkey", "--curve", "A", "--out", "pem")
+        self.vrx("pubkey", "-o", "pub", "pem")
+        self.vrx("sign", "--key", "pem", "-o", "signature", "in")
+
+    def commands(self):
+        """Command lines; whether two runs give the same; and what proves a result right where they do not."""
+        derive = ["derive", "--salt", "00112233445566778899", "--iterations", "10000", "--password-file", "password"]
+        same = [
+            ["encrypt", "--key", "key", "--iv", "0011223344556677", "-o", OUT, "in"],
+            ["encrypt", "--key", "key", "--iv", "0011223344556677", "in"],
+            ["decrypt", "--key", "key", "-o", OUT, "secret"],
+            ["mac", "--key", "key", "in", "text"],
+            ["mac", "--key", "key", "-o", OUT, "in", "text"],
+            ["mac", "--key", "key", "--check", "macs"],
+            ["hash", "--tag", "in"],
+            ["hash", "--check", "sums"],
+            ["sha1", "in"],
+            ["hmac", "--key", "key", "in"],
+            [*derive, "--kdf", "pbkdf2", "--out", OUT],
+            [*derive, "--kdf", "pba", "--raw"],
+            ["pubkey", "-o", OUT, "pem"],
+            ["verify", "--key", "pub", "--signature", "signature", "in"],
+            ["agree", "--key", "pem", "--peer", "pub", "--ukm", "0011223344556677", "--out", OUT],
+            ["diversify", "--key", "key", "--ukm", "0011223344556677"],
+            ["params", "--json"],
+            ["help", "sign"],
+            ["version"],
+        ]
+        for command in same:
+            yield command, None
+        yield ["keygen", "--out", OUT], lambda done: self.assertEqual(len(self.read(OUT)), 32)
+        yield ["genkey", "--curve", "B", "--out", OUT], lambda done: self.vrx("pubkey", OUT)
+        yield ["encrypt", "--key", "key", "-o", OUT, "in"], \
+            lambda done: self.assertEqual(self.vrx("decrypt", "--key", "key", OUT), self.read("in"))
+        yield ["sign", "--key", "pem", "-o", OUT, "in"], \
+            lambda done: self.vrx("verify", "--key", "pub", "--signature", OUT, "in")
+
+    def files(self):
+        return {os.path.relpath(os.path.join(folder, name), self.folder): self.read(os.path.join(folder, name))
+                for folder, _, names in os.walk(self.folder) for name in names if not folder.endswith("report")}
+
+    def with_faults(self, command, **faults):
+        """Run with a fault. Returns what the run left, and the call that failed, if any did."""
+        report = self.path("report/call")
+        if os.path.exists(report):
+            os.unlink(report)
+        environment = {**os.environ, "LD_PRELOAD": FAULTS, "VRX_FAULT_REPORT": os.fsdecode(report),
+                       **{f"VRX_FAULT_{name.upper()}": str(value) for name, value in faults.items()}}
+        done = self.run_vrx(*command, env=environment)
+        return done, self.read("report/call").decode() if os.path.exists(report) else None
+
+    def remove_output(self):
+        if os.path.exists(self.path(OUT)):
+            os.unlink(self.path(OUT))
+
+    def expect_whole_or_nothing(self, fault, first=1, after=""):
+        """Let each call fail in turn, in every command: a run succeeds whole, or fails and leaves all as it was."""
+        for command, proof in self.commands():
+            self.remove_output()
+            before = self.files()
+            right = self.run_vrx(*command)
+            self.assertEqual((right.code, right.err), (0, b""), command)
+            written = self.files()
+            for n in range(first, ENOUGH):
+                self.remove_output()
+                done, call = self.with_faults(command, **{fault: f"{n}{after}"})
+                if call is None:
+                    break
+                with self.subTest(command, n=n, call=call):
+                    self.assertIn(done.code, (0, 2), done.err)
+                    if done.code == 0:
+                        if proof is None:
+                            self.assertEqual((done.out, self.files()), (right.out, written))
+                        else:
+                            proof(done)
+                        continue
+                    self.assertRegex(done.err, rb"\A(vrx: [^\n]+\n)+\Z")
+                    if command[0] in LISTS:
+                        self.expect_a_part(done, right, written)
+                    else:
+                        self.assertEqual(done.err.count(b"\n"), 1)
+                        self.assertEqual(self.files(), before)
+            else:
+                self.fail(f"{command} makes too many calls")
+            self.assertGreater(n, first, "no fault was delivered")
+            self.assertEqual(done.code, 0, done.err)
+
+
+    def expect_a_part(self, done, right, written):
+        """A list may lack the files that could not be read; a check says of which that holds."""
+        lines = (right.out + written.get(OUT, b"")).splitlines()
+        out = self.files().get(OUT, b"")
+        for line in (done.out + out).splitlines():
+            if not line.endswith(b": FAILED open or read"):
+                self.assertIn(line, lines)
+
+
+class ShortMemory(Runs):
+    def test_one_allocation_fails(self):
+        self.expect_whole_or_nothing("memory")
+
+    def test_all_allocations_fail_from_one_on(self):
+        # The first one is the reserve of the C++ runtime, without which nothing can be thrown.
+        self.expect_whole_or_nothing("memory", first=2, after="+")
+
+
+class FailingSystem(Runs):
+    def test_one_call_of_the_system_fails(self):
+        self.expect_whole_or_nothing("system")
+
+
+class Stutter(Runs):
+    def test_short_and_interrupted_calls_change_nothing(self):
+        for command, proof in self.commands():
+            with self.subTest(command):
+                self.remove_output()
+                right = self.vrx(*command)
+                written = self.files()
+                self.remove_output()
+                done, _ = self.with_faults(command, stutter=1)
+                self.assertEqual((done.code, done.err), (0, b""))
+                if proof is None:
+                    self.assertEqual((done.out, self.files()), (right, written))
+                else:
+                    proof(done)
+
+
+if __name__ == "__main__":
+    main()
