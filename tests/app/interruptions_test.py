@@ -1,0 +1,248 @@
+"""What may come between: kills at any moment, other programs, files that change, folders that cannot be written."""
+
+import os
+import random
+import resource
+import signal
+import time
+
+from program import ProgramTest, main
+
+NOBODY = 65534
+SIZE = 3 * 1024 * 1024 + 5
+IV = "0011223344556677"
+ENCRYPT = ["encrypt", "--key", "key", "--iv", IV]
+
+
+class AtAnyMoment(ProgramTest):
+    """Runs that a signal ends, at moments drawn from all of the time that such a run takes."""
+
+    def setUp(self):
+        super().setUp()
+        seed = int(os.environ.get("VRX_TEST_SEED", time.time_ns() & 0xFFFFFFFF))
+        print("VRX_TEST_SEED=" + str(seed))
+        self.random = random.Random(seed)
+        self.write("in", random.Random(1).randbytes(SIZE))
+        self.vrx("genkey", "--curve", "A", "--out", "pem")
+        self.vrx("pubkey", "-o", "pub", "pem")
+        self.vrx(*ENCRYPT, "-o", "right", "in")
+
+    def clear(self):
+        for name in self.names():
+            if name.startswith(".vrx-") or name == "out":
+                os.unlink(self.path(name))
+
+    def runs(self, command, number, count, before=None):
+        """Yields after each run whether it was ended by the signal. The output is there before, or is not."""
+        self.clear()
+        start = time.monotonic()
+        self.vrx(*command)
+        longest = time.monotonic() - start
+        ended = 0
+        for _ in range(count):
+            self.clear()
+            if before is not None:
+                self.write("out", before)
+            process = self.start(*command)
+            time.sleep(self.random.uniform(0, 1.1 * longest))
+            process.send_signal(number)
+            code = process.wait(60)
+            self.assertIn(code, (0, -number), process.stderr.read())
+            ended += code != 0
+            yield code != 0
+        self.assertGreater(ended, 0, "no run was ended")
+
+    def expect_whole_or_absent(self, command, check, number=signal.SIGKILL, count=40):
+        for ended in self.runs(command, number, count):
+            if "out" in self.names():
+                check()
+            else:
+                self.assertTrue(ended)
+            if number != signal.SIGKILL:  # which nobody can clean up after
+                self.assertEqual([name for name in self.names() if name.startswith(".vrx-")], [])
+
+    def same_ciphertext(self):
+        self.assertEqual(self.read("out"), self.read("right"))
+
+    def good_signature(self):
+        self.vrx("verify", "--key", "pub", "--signature", "out", "in")
+
+    def good_private_key(self):
+        self.assertEqual(self.mode("out"), 0o600)
+        self.vrx("pubkey", "out")
+
+    def good_key(self):
+        self.assertEqual((self.mode("out"), len(self.read("out"))), (0o600, 32))
+
+    def test_a_killed_encryption(self):
+        self.expect_whole_or_absent([*ENCRYPT, "-o", "out", "in"], self.same_ciphertext)
+
+    def test_a_killed_signature(self):
+        self.expect_whole_or_absent(["sign", "--key", "pem", "-o", "out", "in"], self.good_signature)
+
+    def test_a_killed_key_generation(self):
+        self.expect_whole_or_absent(["genkey", "--curve", "B", "--out", "out"], self.good_private_key)
+        self.expect_whole_or_absent(["keygen", "--out", "out"], self.good_key)
+
+    def test_a_killed_derivation(self):
+        process = self.start("derive", "--kdf", "pbkdf2", "--salt", 8 * "5a", "--iterations", "10000", "--password-fd", "0",
+                             "--out", "out", stdin=-1)
+        # It has made sure of its output, and waits for the password.
+        self.wait_for(lambda: [name for name in self.names() if name.startswith(".vrx-")], "a temporary file")
+        process.kill()
+        process.wait(60)
+        self.assertNotIn("out", self.names())
+
+    def test_a_killed_run_leaves_the_old_file_or_the_new_one(self):
+        for ended in self.runs([*ENCRYPT, "-o", "out", "in"], signal.SIGKILL, 30, b"before"):
+            self.assertIn(self.read("out"), (b"before", self.read("right")) if ended else (self.read("right"),))
+
+    def test_ended_runs_clean_up(self):
+        for number in (signal.SIGTERM, signal.SIGINT):
+            self.expect_whole_or_absent([*ENCRYPT, "-o", "out", "in"], self.same_ciphertext, number, 15)
+            self.expect_whole_or_absent(["sign", "--key", "pem", "-o", "out", "in"], self.good_signature, number, 15)
+            self.expect_whole_or_absent(["genkey", "--curve", "B", "--out", "out"], self.good_private_key, number, 15)
+
+
+class TwoPrograms(ProgramTest):
+    def encryptions(self):
+        """Two runs with one output, each of them half way, and the data that each has been given."""
+        both = []
+        for data in (b"A" * 100_000, b"B" * 100_000):
+            process = self.start(*ENCRYPT, "-o", "out", stdin=-1)
+            process.stdin.write(data)
+            process.stdin.flush()
+            both.append((process, data))
+        self.wait_for(lambda: sum(os.path.getsize(self.path(name)) > 50_000 for name in self.names()
+                                  if name.startswith(".vrx-")) == 2, "two temporary files")
+        return both
+
+    def test_the_last_one_that_ends_writes_the_output(self):
+        for order in (1, -1):
+            for process, data in self.encryptions()[::order]:
+                process.stdin.close()
+                self.assertEqual(process.wait(60), 0)
+                self.assertEqual(self.vrx("decrypt", "--key", "key", "--iv", IV, "out"), data)
+            self.assertEqual(self.names(), ["key", "out"])
+
+    def test_one_that_fails_does_not_disturb_the_other(self):
+        (killed, _), (process, data) = self.encryptions()
+        killed.terminate()
+        killed.wait(60)
+        process.stdin.close()
+        self.assertEqual(process.wait(60), 0)
+        self.assertEqual(self.vrx("decrypt", "--key", "key", "--iv", IV, "out"), data)
+        self.assertEqual(self.names(), ["key", "out"])
+
+    def test_of_many_that_make_a_key_one_does(self):
+        for command in (["keygen"], ["genkey", "--curve", "A"]):
+            for _ in range(5):
+                processes = [self.start(*command, "--out", "new") for _ in range(8)]
+                codes = [process.wait(60) for process in processes]
+                self.assertEqual(sorted(codes), [0] + 7 * [2])
+                for code, process in zip(codes, processes):
+                    self.assertEqual(b"exists already" in process.stderr.read(), code == 2)
+                self.assertEqual(self.names(), ["key", "new"])
+                self.vrx(*(["pubkey", "new"] if command[0] == "genkey" else ["mac", "--key", "new", "key"]))
+                os.unlink(self.path("new"))
+
+
+class ChangingFiles(ProgramTest):
+    """Inputs that change while they are read: the run waits for its reader, with a part of its input still unread."""
+
+    def half_way(self, *options):
+        self.data = random.Random(2).randbytes(SIZE // 8 * 8)
+        self.write("in", self.data)
+        process = self.start(*ENCRYPT, *options, "in")
+        first = os.read(process.stdout.fileno(), 1)
+        return process, first
+
+    def result(self, process, first):
+        """Exit code, and the plaintext of what was written."""
+        out, err = process.communicate(timeout=120)
+        self.err = err
+        return process.returncode, self.vrx("decrypt", "--key", "key", "--iv", IV, stdin=first + out)
+
+    def test_a_file_that_grows_is_read_to_its_end(self):
+        process, first = self.half_way()
+        with open(self.path("in"), "ab") as file:
+            file.write(b"more")
+        self.assertEqual(self.result(process, first), (0, self.data + b"more"))
+
+    def test_a_file_that_shrinks_is_read_as_far_as_it_goes(self):
+        process, first = self.half_way()
+        os.truncate(self.path("in"), 2 * 1024 * 1024 + 1)
+        self.assertEqual(self.result(process, first), (0, self.data[:2 * 1024 * 1024 + 1]))
+
+    def test_a_file_that_becomes_empty_ends(self):
+        process, first = self.half_way()
+        os.truncate(self.path("in"), 0)
+        code, plaintext = self.result(process, first)
+        self.assertEqual(code, 0)
+        self.assertLess(len(plaintext), 1024 * 1024)
+        self.assertEqual(plaintext, self.data[:len(plaintext)])
+
+    def test_blocks_that_are_no_longer_whole_are_a_failure(self):
+        process, first = self.half_way("--mode", "cbc")
+        os.truncate(self.path("in"), 2 * 1024 * 1024 + 1)
+        out, err = process.communicate(timeout=120)
+        self.assertEqual(process.returncode, 2)
+        self.assertRegex(err, rb"\Avrx: [^\n]+\n\Z")
+        self.assertEqual(len(first + out), 2 * 1024 * 1024)
+
+    def test_a_file_that_is_removed_is_read_to_its_end(self):
+        process, first = self.half_way()
+        os.unlink(self.path("in"))
+        self.assertEqual(self.result(process, first), (0, self.data))
+
+
+class Places(ProgramTest):
+    COMMANDS = [[*ENCRYPT, "-o"], ["mac", "--key", "key", "-o"], ["pubkey", "pem", "-o"], ["sign", "--key", "pem", "-o"],
+                ["keygen", "--out"], ["genkey", "--curve", "A", "--out"],
+                ["agree", "--key", "pem", "--peer", "pub", "--ukm", IV, "--out"]]
+    PRIVATE = ("keygen", "genkey", "agree")
+
+    def setUp(self):
+        super().setUp()
+        self.vrx("genkey", "--curve", "A", "--out", "pem")
+        self.vrx("pubkey", "-o", "pub", "pem")
+        self.write("in", b"some text")
+
+    def input_of(self, command):
+        return ["in"] if command[0] in ("encrypt", "mac", "sign") else []
+
+    def test_a_folder_that_cannot_be_written(self):
+        os.mkdir(self.path("folder"))
+        self.write("folder/old", b"before")
+        user = {}
+        if os.geteuid() == 0:  # who may write everywhere
+            for name in (".", *self.names(), "folder/old"):
+                os.chown(self.path(name), NOBODY, NOBODY)
+            user = {"user": NOBODY, "group": NOBODY, "extra_groups": []}
+            try:
+                self.vrx("version", **user)
+            except PermissionError:
+                self.skipTest("the program lies where nobody else can run it")
+        os.chmod(self.path("folder"), 0o555)
+        self.addCleanup(os.chmod, self.path("folder"), 0o755)
+        for command in self.COMMANDS:
+            self.refused(*command, "folder/new", *self.input_of(command), says=["cannot create", "check the permissions"],
+                         **user)
+            if command[0] not in self.PRIVATE:
+                self.refused(*command, "folder/old", *self.input_of(command), says="cannot create", **user)
+        self.assertEqual(os.listdir(self.path("folder")), [b"old"])
+        self.assertEqual(self.read("folder/old"), b"before")
+
+    def test_a_file_size_limit_leaves_no_file(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (4, 4))
+
+        before = self.names()
+        for command in self.COMMANDS:
+            self.refused(*command, "new", *self.input_of(command), says=["cannot write 'new'", "ulimit"],
+                         preexec_fn=limit)
+            self.assertEqual(self.names(), before)
+
+
+if __name__ == "__main__":
+    main()
