@@ -28,7 +28,7 @@ FileId load_table(const std::string& path, vrx_tz& table) {
         const auto value = hex_digit(content[i]);
         if (!value)
             throw Failure("character " + std::to_string(i + 1) + " of the table file " + file.shown() +
-                          " is not a hexadecimal digit");
+                          " is not a hexadecimal digit; a table is 64 bytes, or 128 such digits");
         text += "0123456789ABCDEF"[*value];  // the library takes capital letters only
     }
     vrx_crpt_init_new_TZ(text.c_str(), &table);

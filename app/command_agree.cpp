@@ -76,7 +76,7 @@ int run_agree(const Command& self, int argc, char** argv) {
     load_public_key(*peer_path, form, peer);
     if (key->set != peer.set)
         throw Failure(std::string("the keys are on different curves, ") + curve_name(*key->set) + " and " +
-                      curve_name(*peer.set));
+                      curve_name(*peer.set) + "; make a key on the other's curve with 'vrx genkey'");
     const vrx_gostr3411_par& hash = *get_GOSTR3411_par(hash_set_index(set));
     const vrx_data oid{hash.oid_length, const_cast<std::uint8_t*>(hash.oid)};
     Secret<Agreed> agreed;

@@ -15,7 +15,7 @@ FileId load_hmac_key(const std::string& path, bool hex, SecretBytes& key) {
     if (hex) decode_hex(key, "what the key file " + file.shown() + " holds");
     if (key.bytes().empty())
         throw Failure("the key file " + file.shown() +
-                      " holds no key; with an empty one anybody could make these MACs");
+                      " holds no key; with an empty one anybody could make these MACs, so take another");
     warn_if_others_can_read(file, "key");
     return file.id();
 }

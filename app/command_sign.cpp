@@ -79,7 +79,9 @@ int run_sign(const Command& self, int argc, char** argv) {
 EcSignature load_signature(const std::string& path) {
     Input file(path);
     const auto other_form = [&file] {
-        return Failure(file.shown() + " is not a signature: 64 bytes, or the same as hexadecimal digits or base64");
+        return Failure(file.shown() +
+                       " is not a signature: 64 bytes, or the same as hexadecimal digits or base64; 'vrx inspect' says "
+                       "what it is");
     };
     SecretBytes content;
     while (content.append_from(file))

@@ -29,8 +29,26 @@ const char* advice(int error) {
             return "; write elsewhere";
         case EBADF:
             return "; it is closed, or not open for this";
+        case EPIPE:
+            return "; what should read it has ended";
+        case EIO:
+            return "; the device may be damaged, take another";
+        case ENOMEM:
+        case EAGAIN:
+            return "; free some memory, or raise the limit (ulimit -v)";
+        case EMFILE:
+        case ENFILE:
+            return "; raise the limit of open files (ulimit -n)";
+        case ELOOP:
+            return "; check the symbolic links";
+        case ENAMETOOLONG:
+            return "; take a shorter name";
+        case ENXIO:
+        case ENODEV:
+        case ENOTTY:
+            return "; the device is not there, or not of the right kind";
         default:
-            return "";
+            return "; try another file or place";
     }
 }
 
@@ -40,7 +58,9 @@ SystemFailure::SystemFailure(const std::string& what, int error)
     : Failure(what + ": " + std::strerror(error) + advice(error)), error_(error) {}
 
 void check(const char* what, int code) {
-    if (code != 0) throw Failure(std::string(what) + " failed with code " + std::to_string(code));
+    if (code != 0)
+        throw Failure(std::string(what) + " failed with code " + std::to_string(code) +
+                      "; this is a fault of the program, please report it");
 }
 
 void say(std::string_view sentence, std::string_view more) {

@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 
 #include <bit>
 #include <cerrno>
@@ -27,10 +28,15 @@ constexpr std::size_t longest_secret = 16 * 1024 * 1024;
 }  // namespace
 
 SecretPages::SecretPages(std::size_t size) : pages_(nullptr), size_(size) {
+    // Neither a core dump nor another process of the same user shall show what comes here.
     prctl(PR_SET_DUMPABLE, 0);
+    const rlimit none{0, 0};
+    setrlimit(RLIMIT_CORE, &none);
     pages_ = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (pages_ == MAP_FAILED) throw SystemFailure("cannot get memory for a key", errno);
-    mlock(pages_, size);  // The limit may be too low; the secret is then protected a little less.
+    // The limit for locked pages may be too low; the secret is then protected a little less.
+    mlock(pages_, size);
+    madvise(pages_, size, MADV_DONTDUMP);
 }
 
 SecretPages::~SecretPages() {
@@ -60,13 +66,16 @@ bool SecretBytes::append_from(Input& file) {
 void read_secret(Input& file, SecretBytes& secret) {
     while (secret.append_from(file))
         if (secret.bytes().size() > longest_secret)
-            throw Failure(file.shown() + " holds more than 16 MiB, which is too long for a secret");
+            throw Failure(file.shown() +
+                          " holds more than 16 MiB, which is too long for a secret; name the right file");
 }
 
 void decode_hex(SecretBytes& secret, const std::string& what) {
     const std::string_view digits = without_line_end(secret.text());
     if (!from_hex(digits, secret.bytes().first(digits.size() / 2)))
-        throw Failure(what + " is not an even number of hexadecimal digits");
+        throw Failure(what +
+                      " is not an even number of hexadecimal digits; check that nothing is missing, and no other "
+                      "character among them");
     secret.truncate(digits.size() / 2);
 }
 
@@ -81,7 +90,8 @@ FileId load_key(const std::string& path, Key& key) {
         std::memcpy(octets.data(), content.data(), size);
     } else if (without_line_end(content).size() == hex_key_size) {
         if (!from_hex(without_line_end(content), octets))
-            throw Failure("the key file " + file.shown() + " holds a character that is not a hexadecimal digit");
+            throw Failure("the key file " + file.shown() +
+                          " holds a character that is not a hexadecimal digit; a key is 32 bytes, or 64 such digits");
     } else {
         throw Failure("the key file " + file.shown() + " holds " +
                       (size == text->size() ? "more than " + std::to_string(size - 1) : std::to_string(size)) +

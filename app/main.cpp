@@ -13,6 +13,7 @@
 #include "failure.hpp"
 #include "files.hpp"
 #include "text.hpp"
+#include "topics.hpp"
 
 namespace vrx::app {
 namespace {
@@ -39,16 +40,18 @@ std::string overview() {
         "\n"
         "Commands:\n";
     const auto line = [&](std::string name, const char* summary) {
-        name.resize(10, ' ');
+        name.resize(13, ' ');
         text += "  " + name + summary + "\n";
     };
     for (const Command* command : commands) line(command->name, command->summary);
-    line("help", "this list, or the help of one command");
+    line("help", "this list, or the help of a command or topic");
     line("version", "the version of the program");
+    text += "\nTopics:\n";
+    for (const Topic& topic : topics()) line(topic.name, topic.summary);
     return text +
            "\n"
-           "'vrx help COMMAND' or 'vrx COMMAND --help' explains a command.\n"
-           "Exit codes: 0 done, 1 a check failed, 2 wrong use or an input/output error.\n"
+           "'vrx help COMMAND' or 'vrx COMMAND --help' explains a command, 'vrx help TOPIC' a topic.\n"
+           "Exit codes: 0 done, 1 a check failed, 2 wrong use or an input/output error ('vrx help exit-codes').\n"
            "\n"
            "Example:\n"
            "  vrx keygen --out my.key\n"
@@ -58,20 +61,26 @@ std::string overview() {
 
 std::string version() { return "vrx " VRX_VERSION "\n" + std::string(vrx_copyright_notice()) + "\n"; }
 
-const Command& command_named(std::string_view name) {
+/** The command of a name, or nullptr. */
+const Command* command_named(std::string_view name) {
     const auto found =
         std::find_if(commands.begin(), commands.end(), [&](const Command* c) { return c->name == name; });
-    if (found == commands.end()) throw Failure("there is no command " + in_quotes(name) + where_to_look);
-    return **found;
+    return found != commands.end() ? *found : nullptr;
 }
 
 int help(int argc, char** argv) {
     if (argc == 1) return print(overview());
-    if (argc > 2) throw Failure("help takes the name of one command" + std::string(where_to_look));
-    const Command& command = command_named(argv[1]);
+    if (argc > 2) throw Failure("help takes the name of one command or topic" + std::string(where_to_look));
+    const std::string_view name = argv[1];
+    for (const Topic& topic : topics())
+        if (name == topic.name) return print(topic.text);
+    if (name == "help" || name == "version") return print(overview());
+    const Command* command = command_named(name);
+    if (command == nullptr)
+        throw Failure("there is no command or topic " + in_quotes(name) + "; 'vrx help' lists them");
     std::string option = "--help";
     std::array<char*, 3> arguments{argv[1], option.data(), nullptr};
-    return command.run(command, 2, arguments.data());
+    return command->run(*command, 2, arguments.data());
 }
 
 int run(int argc, char** argv) {
@@ -79,12 +88,13 @@ int run(int argc, char** argv) {
     const std::string_view name = argv[1];
     if (name == "help" || name == "--help" || name == "-h") return help(argc - 1, argv + 1);
     if (name == "version" || name == "--version") {
-        if (argc > 2) throw Failure(std::string(name) + " takes no operands");
+        if (argc > 2) throw Failure(std::string(name) + " takes no operands; leave them out");
         return print(version());
     }
     if (name.starts_with('-')) throw Failure("the command comes first, not " + in_quotes(name) + where_to_look);
-    const Command& command = command_named(name);
-    return command.run(command, argc - 1, argv + 1);
+    const Command* command = command_named(name);
+    if (command == nullptr) throw Failure("there is no command " + in_quotes(name) + where_to_look);
+    return command->run(*command, argc - 1, argv + 1);
 }
 
 }  // namespace
@@ -100,9 +110,9 @@ int main(int argc, char** argv) {
     } catch (const Failure& failure) {
         say(failure.what());
     } catch (const std::bad_alloc&) {
-        say("there is not enough memory");
+        say("there is not enough memory; free some, or raise the limit (ulimit -v)");
     } catch (const std::exception& error) {
-        say("unexpected failure: ", error.what());
+        say("unexpected failure, a fault of the program; please report it: ", error.what());
     }
     return exit_trouble;
 }

@@ -47,7 +47,7 @@ bool is_called(const EcParamSet& set, std::string_view name, std::string_view te
 
 const Mode& mode_by_number(std::uint32_t number) {
     const auto mode = std::find_if(modes.begin(), modes.end(), [=](const Mode& m) { return m.number == number; });
-    if (mode == modes.end()) throw Failure("there is no cipher mode " + std::to_string(number));
+    if (mode == modes.end()) throw Failure("there is no cipher mode " + std::to_string(number) + "; use 1 to 4");
     return *mode;
 }
 

@@ -80,7 +80,7 @@ void ask(const char* prompt, SecretBytes& answer) {
     show(fd, prompt);
     const bool any = answer.append_from(input);  // a line, which is what a terminal hands out
     show(fd, "\n");
-    if (!any) throw Failure("no password was given");
+    if (!any) throw Failure("no password was given; type one and press Enter");
     answer.truncate(without_line_end(answer.text()).size());
 }
 
@@ -89,13 +89,14 @@ void read_password(Input& file, SecretBytes& password) {
     warn_if_others_can_read(file, "password");
     password.truncate(without_line_end(password.text()).size());
     if (password.text().find('\n') != std::string_view::npos)
-        throw Failure(file.shown() + " holds more than one line; a password is one line");
+        throw Failure(file.shown() + " holds more than one line; a password is one line, so take away the others");
 }
 
 int descriptor(const std::string& text) {
     const auto number = to_number(text);
     if (!number || *number > INT_MAX)
-        throw Failure("--password-fd takes the number of an open file descriptor, not " + in_quotes(text));
+        throw Failure("--password-fd takes the number of an open file descriptor, not " + in_quotes(text) +
+                      "; open it in the shell, like 3<FILE");
     return static_cast<int>(*number);
 }
 
@@ -112,8 +113,12 @@ std::uint32_t take_character(std::string_view& text) {
     }
     const bool surrogate = character >= 0xd800 && character < 0xe000;
     if (!good || (size == 3 && (surrogate || character < 0x800)))
-        throw Failure("the password is not UTF-8, from which --encoding bmp converts it");
-    if (size == 4) throw Failure("the password has a character beyond U+FFFF, which a BMPString cannot hold");
+        throw Failure(
+            "the password is not UTF-8, from which --encoding bmp converts it; check the encoding of the terminal or "
+            "file");
+    if (size == 4)
+        throw Failure(
+            "the password has a character beyond U+FFFF, which a BMPString cannot hold; take another password");
     text.remove_prefix(size);
     return character;
 }
@@ -163,7 +168,8 @@ void get_password(const PasswordOptions& options, SecretBytes& password) {
         ask("Password: ", target);
         SecretBytes again;
         if (options.confirm) ask("Password again: ", again);
-        if (options.confirm && target.text() != again.text()) throw Failure("the two passwords are not the same");
+        if (options.confirm && target.text() != again.text())
+            throw Failure("the two passwords are not the same; try again");
     }
     if (target.bytes().empty()) say("warning: the password is empty");
     if (options.encoding == "hex") decode_hex(password, "the password");

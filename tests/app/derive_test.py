@@ -222,13 +222,13 @@ class Terminal(ProgramTest):
         process = self.derive("--confirm")
         self.type(b"secret\n")
         self.type(b"secre\n", b"Password again: ")
-        self.assertEqual(self.end(process), (2, b"", b"vrx: the two passwords are not the same\n"))
+        self.assertEqual(self.end(process), (2, b"", b"vrx: the two passwords are not the same; try again\n"))
         self.refused(*DERIVE, "--confirm", "--password-fd", "0", says="--confirm is for a password from the terminal")
 
     def test_no_answer(self):
         process = self.derive()
         self.type(b"\x04")  # Ctrl-D
-        self.assertEqual(self.end(process), (2, b"", b"vrx: no password was given\n"))
+        self.assertEqual(self.end(process), (2, b"", b"vrx: no password was given; type one and press Enter\n"))
         self.shown = b""
         process = self.derive()
         self.type(b"\n")

@@ -227,6 +227,20 @@ class Signals(ProgramTest):
         process.wait(60)
         self.assertEqual(self.read("out"), b"before")
 
+    def test_the_memory_of_a_key_is_locked_and_left_out_of_dumps(self):
+        self.vrx("genkey", "--curve", "A", "--out", "pair")
+        for command in (ENCRYPT, ["hmac", "--key", "key"], ["mac", "--key", "key"]):
+            process = self.start(*command, stdin=subprocess.PIPE)
+            self.wait_for(lambda p=process: self.status_of(p, "VmLck") > 0, "locked pages")
+            with open(f"/proc/{process.pid}/smaps", encoding="ascii", errors="replace") as file:
+                flags = [line.split()[1:] for line in file if line.startswith("VmFlags:")]
+            self.assertTrue(any({"lo", "dd"} <= set(of_one) for of_one in flags), command)
+            with open(f"/proc/{process.pid}/limits", encoding="ascii") as file:
+                limit = next(line for line in file if line.startswith("Max core file size"))
+            self.assertEqual(limit.split()[4:6], ["0", "0"])
+            process.kill()
+            process.wait()
+
     def test_no_core_dump_holds_the_key(self):
         def unlimited():
             resource.setrlimit(resource.RLIMIT_CORE, (resource.RLIM_INFINITY, resource.RLIM_INFINITY))

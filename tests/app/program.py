@@ -85,6 +85,8 @@ class ProgramTest(unittest.TestCase):
         self.assertEqual(done.out, out, arguments)
         self.assertTrue(done.err.startswith(b"vrx: "), done.err)
         self.assertEqual(done.err.count(b"\n"), 1, done.err)
+        if code == 2:  # what is wrong, and behind the semicolon what to do
+            self.assertRegex(done.err, rb"[^;]; [^;\n]+[^.;\n]\n\Z")
         for text in [says] if isinstance(says, str) else says:
             self.assertIn(os.fsencode(text), done.err, arguments)
 

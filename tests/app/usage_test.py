@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import subprocess
 
 from program import KEY, PROGRAM, ProgramTest, main
@@ -106,6 +107,21 @@ class Help(ProgramTest):
             self.assertIn(b"\n  vrx " + command.encode(), text.split(b"\nExample:")[1])
             self.assertLess(max(len(line) for line in text.splitlines()), 121)
 
+    def test_topics(self):
+        overview = self.vrx("help").decode()
+        topics = re.findall(r"^  (\S+)  ", overview.split("\nTopics:\n")[1].split("\n\n")[0], re.MULTILINE)
+        self.assertEqual(topics, ["keys", "formats", "parameters", "byte-orders", "exit-codes", "secrets", "terminals"])
+        for topic in topics:
+            text = self.vrx("help", topic).decode()
+            self.assertTrue(text.startswith(topic.replace("-", " ").capitalize() + "\n\n"), topic)
+            self.assertLess(max(len(line) for line in text.splitlines()), 81)
+            self.assertTrue(text.isascii())
+            for command in re.findall(r"'vrx (?!help)([a-z]+)", text):
+                self.assertIn(command, COMMANDS)
+            for mentioned in re.findall(r"vrx help ([a-z-]+)", text):
+                self.assertIn(mentioned, topics)
+        self.assertEqual(self.vrx("help", "help"), overview.encode())
+
     def test_examples_run(self):
         self.write("letter.txt", b"Dear reader")
         os.mkdir(self.path("folder"))
@@ -139,7 +155,7 @@ class WrongUse(ProgramTest):
             ([""], "there is no command ''"),
             (["ecnrypt"], ["there is no command 'ecnrypt'", "vrx help"]),
             (["--key", "key", "encrypt"], "the command comes first, not '--key'"),
-            (["help", "ecnrypt"], "there is no command 'ecnrypt'"),
+            (["help", "ecnrypt"], ["there is no command or topic 'ecnrypt'", "vrx help"]),
             (["help", "mac", "mac"], "the name of one command"),
             (["version", "x"], "takes no operands"),
             (["encrypt", "--kex", "key"], ["no option '--kex'", "vrx encrypt --help"]),
