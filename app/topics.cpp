@@ -111,8 +111,8 @@ with other programs.
      differs, a line of a list is not understood or a list checks nothing, a
      file that 'vrx inspect' looks at is damaged or unknown.
   2  wrong use, or a file that cannot be read or written. One sentence on
-     standard error says what is wrong, with which file, and what to do. Nothing
-     is left half-written: a file that was there before is still there.
+     standard error says what is wrong, with which file, and what to do. No file
+     is left half-written: one that was there before is still there.
 
 A signal ends the program with the code that shells show as 128 and its number
 (130 for Ctrl-C). Warnings do not change the code.

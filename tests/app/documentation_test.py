@@ -1,0 +1,149 @@
+"""Manual pages and shell completions: complete, up to date, and well formed."""
+
+import os
+import re
+import shutil
+import subprocess
+import sys
+import unittest
+
+from program import PROGRAM, ProgramTest, main
+
+ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
+
+
+def read(*path):
+    with open(os.path.join(ROOT, *path), encoding="utf-8") as file:
+        return file.read()
+
+
+def pages(section):
+    return sorted(name for name in os.listdir(os.path.join(ROOT, "man")) if name.endswith(f".{section}"))
+
+
+class DocumentationTest(ProgramTest):
+    def listed(self, what):
+        overview = self.vrx("help").decode()
+        return re.findall(r"^  (\S+) ", overview.split(f"\n{what}:\n")[1].split("\n\n")[0], re.MULTILINE)
+
+    def commands(self):
+        """Every command that takes options, and the forms of its options."""
+        found = {}
+        for name in self.listed("Commands"):
+            if name not in ("help", "version"):
+                part = self.vrx("help", name).decode().split("\nOptions:\n")[1].split("\n\n")[0]
+                lines = re.findall(r"^  (?:(-\w), |    )(--[\w-]+)", part, re.MULTILINE)
+                found[name] = [form for forms in lines for form in forms if form]
+        return found
+
+
+class Generated(DocumentationTest):
+    def test_what_is_checked_in_is_up_to_date(self):
+        subprocess.run([sys.executable, "-B", os.path.join(ROOT, "gen", "manual.py"), PROGRAM, self.folder], check=True)
+        for folder in ("man", os.path.join("app", "completion")):
+            names = sorted(os.listdir(self.path(folder).decode()))
+            self.assertEqual(names, sorted(os.listdir(os.path.join(ROOT, folder))))
+            for name in names:
+                with open(os.path.join(self.folder, folder, name), encoding="utf-8") as file:
+                    if file.read() != read(folder, name):
+                        self.fail(f"{folder}/{name} is out of date: gen/manual.py PROGRAM writes it anew")
+
+
+class Manual(DocumentationTest):
+    def test_the_page_of_the_program_names_every_command_option_and_topic(self):
+        text = read("man", "vrx.1").replace("\\-", "-")
+        sections = {part.split("\n", 1)[0]: part for part in text.split("\n.Ss ")[1:]}
+        for command, options in self.commands().items():
+            self.assertGreaterEqual(len(options), 2, command)
+            for option in options:
+                form = f"Fl Fl {option[2:]}" if option.startswith("--") else f"Fl {option[1:]} ,"
+                self.assertIn(form, sections[command], (command, option))
+        for name in ("help", "version"):
+            self.assertIn(name, sections)
+        for topic in self.listed("Topics"):
+            self.assertIn("\n.Sh EXIT STATUS\n" if topic == "exit-codes" else f"\n.Ss {topic}\n", text)
+
+    def test_every_exported_symbol_has_a_page(self):
+        exports = re.sub(r"/\*.*?\*/", "", read("src", "libvrx.map"), flags=re.DOTALL)
+        symbols = re.findall(r"^\s+(\w+);", exports, re.MULTILINE)
+        self.assertGreater(len(symbols), 150)
+        texts = {name: read("man", name) for name in pages(3)}
+        words = {name: set(re.findall(r"\w+", text)) for name, text in texts.items()}
+        lines = [line.split() for text in texts.values() for line in text.splitlines()]
+        named = {line[1] for line in lines if line[:1] == [".Nm"]}
+        functions = {line[1] for line in lines if line[:1] == [".Fo"]}
+        for symbol in symbols:
+            self.assertTrue(any(symbol in of_page for of_page in words.values()), symbol)
+        self.assertEqual(functions - named, set())
+        self.assertEqual(functions - set(symbols), set())
+        self.assertGreater(len(functions), 120)
+
+    def test_every_header_has_a_page(self):
+        text = "".join(read("man", name) for name in pages(3))
+        for header in re.findall(r'#include "(vrx/\w+\.h)"', read("include", "vrx.h")):
+            self.assertIn(f".In {header}\n", text)
+
+    @unittest.skipUnless(shutil.which("mandoc"), "mandoc is not installed")
+    def test_mandoc_has_no_complaint(self):
+        files = [os.path.join(ROOT, "man", name) for name in pages(1) + pages(3)]
+        done = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", *files], capture_output=True, text=True,
+                              check=False)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+
+
+class Bash(DocumentationTest):
+    def complete(self, *words):
+        """What bash offers for the last of the words of a command line."""
+        script = ('. "$0" && COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) && _vrx && printf "%s\\n" "${COMPREPLY[@]}"')
+        file = os.path.join(ROOT, "app", "completion", "vrx.bash")
+        done = subprocess.run(["bash", "-euc", script, file, "vrx", *words],
+                              cwd=self.folder, capture_output=True, text=True, check=False)
+        self.assertEqual((done.returncode, done.stderr), (0, ""), words)
+        return done.stdout.split()
+
+    def test_commands(self):
+        self.assertEqual(sorted(self.complete("")), sorted([*self.listed("Commands"), "--help", "--version"]))
+        self.assertEqual(sorted(self.complete("ha")), ["hash"])
+        self.assertEqual(sorted(self.complete("gen")), ["genkey"])
+        self.assertEqual(sorted(self.complete("help", "")), sorted(self.listed("Commands") + self.listed("Topics")))
+
+    def test_options(self):
+        for command, options in self.commands().items():
+            self.assertEqual(sorted(self.complete(command, "--")),
+                             sorted(o for o in options if o.startswith("--")), command)
+            for option in options:
+                self.assertIn(option, self.complete(command, option))
+
+    def test_values(self):
+        curves = ["A", "B", "C", "Test", "XchA", "XchB"]
+        for words, values in (
+            (["genkey", "--curve", ""], curves), (["verify", "-c", "X"], ["XchA", "XchB"]),
+            (["encrypt", "--mode", "g"], ["gamm", "gfb"]), (["derive", "--kdf", ""], ["pba", "pbkdf2"]),
+            (["hash", "--set", "="], ["cryptopro", "test"]), (["hash", "--set", "=", "c"], ["cryptopro"]),
+            (["mac", "--params", "S"], ["SA", "SB", "SC", "SD"]), (["pubkey", "--format", ""], ["der", "pem", "raw"])):
+            self.assertEqual(sorted(self.complete(*words)), values, words)
+
+    def test_files_are_left_to_bash(self):
+        for words in (["encrypt", "--key", ""], ["hash", ""], ["hash", "ke"], ["verify", "--cert", "k"],
+                      ["nonsense", "x"], ["hash", "-"], ["derive", "--salt", ""]):
+            self.assertEqual(self.complete(*words), [], words)
+
+
+class Zsh(DocumentationTest):
+    def test_every_command_and_option_is_there(self):
+        text = read("app", "completion", "_vrx")
+        parts = dict(re.findall(r"^ {16}(\w+)\)\n(.*?);;$", text, re.MULTILINE | re.DOTALL))
+        for command, options in self.commands().items():
+            self.assertIn(f"\n        '{command}:", text)
+            for option in options:
+                self.assertRegex(parts[command], rf"['{{,]{option}[=+\[,}}]", command)
+
+    @unittest.skipUnless(shutil.which("zsh"), "zsh is not installed")
+    def test_zsh_reads_it(self):
+        file = os.path.join(ROOT, "app", "completion", "_vrx")
+        done = subprocess.run(["zsh", "-n", file], capture_output=True, check=False)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+
+
+if __name__ == "__main__":
+    main()
