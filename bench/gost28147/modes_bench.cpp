@@ -124,13 +124,15 @@ void measure_meshed(benchmark::State& state, const Mode& mode, std::uint32_t num
 }
 
 const bool registered = [] {
-    bench::describe();
     using vrx::gost28147::engines;
+    bench::describe(vrx::gost28147::engine().name);
     for (const Engine& engine : engines) {
         if ((vrx::cpu::features() & engine.needs) != engine.needs) continue;
         const auto row = [&](const Mode& mode, const char* kind, std::size_t size) {
-            bench::add(std::string("modes/") + mode.name + '/' + engine.name + '/' + kind + '/' + std::to_string(size),
-                       [&, kind, size](benchmark::State& s) { measure(s, mode, engine, table_of(kind), size); });
+            bench::add(
+                std::string("modes/") + mode.name + '/' + engine.name + '/' + kind + '/' + std::to_string(size),
+                [&, kind, size](benchmark::State& s) { measure(s, mode, engine, table_of(kind), size); },
+                bench::samples(size));
         };
         for (const Mode& mode : modes) {
             for (const std::size_t size : {8U, 16U, 24U, 64U, 256U, 1024U, 8192U, 65536U, 1048576U})
@@ -155,19 +157,22 @@ const bool registered = [] {
                 bench::add_missing(name, peer.package);
                 continue;
             }
-            bench::add(name, [&peer, size](benchmark::State& state) {
-                Buffers b(size);
-                const Mode& mode = *std::find_if(std::begin(modes), std::end(modes),
-                                                 [&](const Mode& m) { return std::string(m.name) == peer.mode; });
-                const Job job = peer.open(b.in.data(), b.out.data(), size);
-                if (!job) return state.SkipWithError("the peer does not have it");
-                bench::compare(
-                    state,
-                    [&] {
-                        mode.baseline({&TZ_28147_89[1], key, b.reg, b.in.data(), b.expected.data(), size / 8});
-                    },
-                    job, size);
-            });
+            bench::add(
+                name,
+                [&peer, size](benchmark::State& state) {
+                    Buffers b(size);
+                    const Mode& mode = *std::find_if(std::begin(modes), std::end(modes),
+                                                     [&](const Mode& m) { return std::string(m.name) == peer.mode; });
+                    const Job job = peer.open(b.in.data(), b.out.data(), size);
+                    if (!job) return state.SkipWithError("the peer does not have it");
+                    bench::compare(
+                        state,
+                        [&] {
+                            mode.baseline({&TZ_28147_89[1], key, b.reg, b.in.data(), b.expected.data(), size / 8});
+                        },
+                        job, size);
+                },
+                bench::samples(size));
         }
     return true;
 }();

@@ -85,20 +85,21 @@ void measure(benchmark::State& state, const std::string& work, const Function& r
 std::vector<std::size_t> sizes(const std::string& work) {
     if (work == "hash") return {64, 256, 1024, 8192, 65536, 1 << 20};
     if (work == "hmac") return {64, 1024};
-    return {2048};
+    return {128};  // short, so that the system seldom interrupts one
 }
 
 const bool registered = [] {
-    bench::describe();
+    bench::describe(vrx::gostr3411::engine().name);
     for (const Engine& engine : vrx::gostr3411::engines) {
         if ((vrx::cpu::features() & engine.needs) != engine.needs) continue;
         const auto add = [&](const std::string& work, const std::string& kind, const Function& run) {
             for (const std::size_t size : sizes(work)) {
                 const std::string name = work + '/' + engine.name + '/' + kind + std::to_string(size);
-                bench::add(name, [&engine, work, run, size](benchmark::State& state) {
+                const auto row = [&engine, work, run, size](benchmark::State& state) {
                     vrx::gostr3411::use(engine);
                     measure(state, work, run, size);
-                });
+                };
+                bench::add(name, row, bench::samples(size));
             }
         };
         add("hash", "own/", one_shot<&own>);
@@ -111,7 +112,9 @@ const bool registered = [] {
         for (const std::size_t size : sizes(peer.work)) {
             const std::string name = peer.work + '/' + peer.name + '/' + std::to_string(size);
             if (peer.run)
-                bench::add(name, [&peer, size](benchmark::State& state) { measure(state, peer.work, peer.run, size); });
+                bench::add(
+                    name, [&peer, size](benchmark::State& state) { measure(state, peer.work, peer.run, size); },
+                    bench::samples(size));
             else
                 bench::add_missing(name, peer.package);
         }

@@ -94,7 +94,7 @@ void add(Octets& sum, const Octets& block) {
     std::memcpy(sum.data(), a, sizeof a);
 }
 
-struct Context {
+struct alignas(64) Context {
     vrx_tz table;
     Octets hash{}, sum{};
     std::uint64_t bits = 0;

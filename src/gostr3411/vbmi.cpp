@@ -57,11 +57,18 @@ inline constexpr auto of_part = permutes_in_halves<gostr3411::most_terms(map, pa
     return nth_place(places(map, part, out), i);
 });
 
+constexpr int exclusive_or = 0x96;  // of ternary logic: a ^ b ^ c
+
+/** sum + what the permutes bring */
 template <std::size_t count>
 [[gnu::always_inline]] inline __m512i permuted(__m512i argument, const Permutes<count>& p, __m512i sum) {
-#pragma GCC unroll 8
-    for (std::size_t i = 0; i < count; ++i)
-        sum = _mm512_xor_si512(sum, _mm512_permutexvar_epi8(_mm512_load_si512(p.index[i]), argument));
+    const auto term = [&](std::size_t i) __attribute__((always_inline)) {
+        return _mm512_permutexvar_epi8(_mm512_load_si512(p.index[i]), argument);
+    };
+    if constexpr (count % 2 != 0) sum = _mm512_xor_si512(sum, term(count - 1));
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i + 1 < count; i += 2)
+        sum = _mm512_ternarylogic_epi32(sum, term(i), term(i + 1), exclusive_or);
     return sum;
 }
 
@@ -135,8 +142,7 @@ __m512i load_number(const void* from) {
 [[gnu::always_inline]] inline __m128i round(const Tables& tables, __m128i half, __m128i other, __m128i key) {
     const __m128i nibbles = _mm_set1_epi32(0x0f0f0f0f);
     const __m128i places = _mm_set1_epi32(0x30201000);
-    constexpr int and_or = 0xea;        // a & b | c
-    constexpr int exclusive_or = 0x96;  // a ^ b ^ c
+    constexpr int and_or = 0xea;  // a & b | c
     const auto looked_up = [](__m512i table, __m128i index) __attribute__((always_inline)) {
         return _mm512_castsi512_si128(_mm512_permutexvar_epi8(_mm512_castsi128_si512(index), table));
     };
