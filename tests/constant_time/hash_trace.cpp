@@ -1,0 +1,87 @@
+// The hash, HMAC and PBKDF2, instruction by instruction: what each executes and which memory it names has to be the
+// same for every message, key and password of a length. Usage: hash_trace ENGINE | control
+#include <cstdio>
+#include <random>
+#include <string_view>
+
+#include "gostr3411/engine.hpp"
+#include "trace.hpp"
+#include "vrx.h"
+
+namespace {
+
+using namespace vrx::test;
+using vrx::gostr3411::Engine;
+using vrx::gostr3411::engines;
+
+constexpr std::size_t runs = 4;
+
+struct Secrets {
+    std::uint8_t key[40];
+    std::uint8_t message[200];
+};
+
+bool is_constant(const char* what, const std::function<void(Secrets&)>& operation) {
+    static Secrets secrets;
+    const auto traces = traces_of([&] {
+        std::mt19937 random(1);
+        for (std::size_t i = 0; i < runs; ++i) {
+            for (auto& byte : secrets.key) byte = static_cast<std::uint8_t>(random());
+            for (auto& byte : secrets.message) byte = static_cast<std::uint8_t>(random());
+            trace_begins();
+            operation(secrets);
+            trace_ends();
+        }
+    });
+    return are_the_same(what, traces, runs - 1);
+}
+
+const Engine* engine_named(std::string_view name) {
+    for (const Engine& e : engines)
+        if (e.name == name && (vrx::cpu::features() & e.needs) == e.needs) return &e;
+    return nullptr;
+}
+
+std::uint8_t out[VRX_HASH_SIZE];
+
+void hash(const vrx_tz& table, Secrets& s) { GOSTR3411_Transform_ex(&table, s.message, sizeof s.message, out); }
+
+void hash_in_pieces(const vrx_tz& table, Secrets& s) {
+    GOSTR3411_CTX ctx;
+    GOSTR3411_Init_ex(&ctx, &table);
+    GOSTR3411_Update(&ctx, s.message, 77);
+    GOSTR3411_Update(&ctx, s.message + 77, sizeof s.message - 77);
+    GOSTR3411_Final(&ctx, out);
+}
+
+void hmac(Secrets& s) {
+    std::uint32_t size;
+    GOSTR3411_HMAC(nullptr, 0, s.message, sizeof s.message, s.key, sizeof s.key, out, &size);
+}
+
+void derive(Secrets& s) { GOSTR3411_PKCS5_PBKDF2(s.key, 20, s.message, 8, 3, nullptr, 0, out, sizeof out); }
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::string_view name = argc == 2 ? argv[1] : "";
+    if (name == "control") {
+        use(*engine_named("baseline"));
+        return is_constant("look-ups", [](Secrets& s) { hash(TZ_3411_94[1], s); }) ? 1 : 0;
+    }
+    const Engine* engine = engine_named(name);
+    if (engine == nullptr) {
+        std::fputs("this engine does not run here\n", stderr);
+        return cannot_trace;
+    }
+    use(*engine);
+    const vrx_tz own = TZ_3411_94[1];
+    bool constant = true;
+    for (const vrx_tz* table : {&TZ_3411_94[1], &own}) {
+        constant &= is_constant("hash", [&](Secrets& s) { hash(*table, s); });
+        constant &= is_constant("pieces", [&](Secrets& s) { hash_in_pieces(*table, s); });
+    }
+    constant &= is_constant("hmac", hmac);
+    constant &= is_constant("pbkdf2", derive);
+    return constant ? 0 : 1;
+}
