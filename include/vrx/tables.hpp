@@ -20,11 +20,15 @@ inline namespace v1 {
 
 /* ---- Log and notice --------------------------------------------------------------------------------------------- */
 
-/** Write a line for each failure to a file, to the standard error stream ("stderr"), or nowhere (NULL). */
+/** Write a line for each failure to a file, to the standard error stream ("stderr"), or nowhere (NULL); closes the
+ * stream that was set before. */
 inline void log_to(const char *path) noexcept { vrx_set_log_file(path); }
 
 /** Write a line for each failure to an open stream, or nowhere (NULL). It stays the caller's; log_to() would close it. */
 inline void log_to(std::FILE *stream) noexcept { vrxflog = stream; }
+
+/** Write nothing any more. The stream stays open. */
+inline void log_to(std::nullptr_t) noexcept { vrxflog = nullptr; }
 
 /** The library's attribution. */
 inline std::string_view copyright_notice() noexcept { return vrx_copyright_notice(); }

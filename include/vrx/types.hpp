@@ -125,6 +125,17 @@ struct Wiped {
     void forget() noexcept { wipe(reinterpret_cast<std::byte *>(&value) + public_bytes, sizeof value - public_bytes); }
 };
 
+namespace detail {
+
+/** Element i of an array. */
+template <typename Byte>
+Byte &checked(Byte *bytes, std::size_t i, std::size_t size) noexcept {
+    if (i >= size) std::abort();
+    return bytes[i];
+}
+
+}  // namespace detail
+
 /**
  * A string of bytes of a fixed size and a meaning of its own: an Iv is no Digest, though both are bytes. Zeros at first.
  *
@@ -170,6 +181,12 @@ public:
     [[nodiscard]] const std::uint8_t *begin() const noexcept { return data(); }
     [[nodiscard]] std::uint8_t *end() noexcept { return data() + size_; }
     [[nodiscard]] const std::uint8_t *end() const noexcept { return data() + size_; }
+    ///@}
+
+    ///@{
+    /** A byte; ends the process where there is none. */
+    [[nodiscard]] std::uint8_t &operator[](std::size_t i) noexcept { return detail::checked(data(), i, size()); }
+    [[nodiscard]] std::uint8_t operator[](std::size_t i) const noexcept { return detail::checked(data(), i, size()); }
     ///@}
 
     /** Whether all bytes are the same; in constant time. */
@@ -256,6 +273,12 @@ public:
     [[nodiscard]] const std::uint8_t *begin() const noexcept { return data(); }
     [[nodiscard]] std::uint8_t *end() noexcept { return data() + size(); }
     [[nodiscard]] const std::uint8_t *end() const noexcept { return data() + size(); }
+    ///@}
+
+    ///@{
+    /** A byte; ends the process where there is none. */
+    [[nodiscard]] std::uint8_t &operator[](std::size_t i) noexcept { return detail::checked(data(), i, size()); }
+    [[nodiscard]] std::uint8_t operator[](std::size_t i) const noexcept { return detail::checked(data(), i, size()); }
     ///@}
 
     /** Whether all bytes are the same; in constant time. */

@@ -69,6 +69,17 @@ TEST(CxxOctets, sizes_are_checked) {
     static_assert(!std::is_convertible_v<vrx::Iv, vrx::Ukm> && !std::is_constructible_v<vrx::Digest, vrx::Iv>);
 }
 
+TEST(CxxOctetsDeathTest, a_byte_that_is_not_there_ends_the_process) {
+    vrx::Iv octets({1, 2, 3, 4, 5, 6, 7, 8});
+    octets[7] = 9;
+    const vrx::Iv& same = octets;
+    EXPECT_EQ(same[7], 9);
+    EXPECT_EQ(key[4], 2);
+    EXPECT_DEATH(octets[8] = 1, "");
+    EXPECT_DEATH((void)same[8], "");
+    EXPECT_DEATH((void)key[32], "");
+}
+
 TEST(CxxOctets, hexadecimal_both_ways) {
     const auto digest = vrx::Iv::from_hex("00fF10aBcDeF0123");
     EXPECT_EQ(vrx::to_hex(digest.value()), "00ff10abcdef0123");

@@ -321,7 +321,7 @@ TEST(CxxLog, goes_where_it_is_sent) {
     std::FILE* stream = open_memstream(&text, &size);
     vrx::log_to(stream);
     EXPECT_EQ(vrx::cipher_table("nothing"), nullptr);
-    vrx::log_to(static_cast<std::FILE*>(nullptr));
+    vrx::log_to(nullptr);
     EXPECT_EQ(vrx::cipher_table("nothing"), nullptr);
     std::fclose(stream);
     EXPECT_EQ(std::string(text, size), "TZ_by_name: unsupported name nothing\n");

@@ -8,6 +8,7 @@ import os
 import re
 import shutil
 import subprocess
+import sys
 import unittest
 from pathlib import Path
 
@@ -80,6 +81,11 @@ class Debian(InstallTest):
         everything = library + development + program
         self.assertEqual(len(everything), len(set(everything)), "two packages hold the same file")
         self.assertEqual([name for name in everything if not name.startswith("usr/")], [])
+
+    @unittest.skipUnless("--packages" in sys.argv, "a build of the tests has paths of its own")
+    def test_the_program_looks_for_its_library_where_the_system_does(self):
+        root, _ = self.unpacked("vrx")
+        self.assertNotRegex(self.run_program("readelf", "-d", root / "usr/bin/vrx"), r"\((RPATH|RUNPATH)\)")
 
     def test_they_install_work_and_go_away(self):
         before = as_root()
