@@ -158,8 +158,8 @@ Peer best_peer(const Times& times, const std::string& operation, const std::stri
 
 struct Goals {
     const char* operation;
-    double ifma[2], words[2];  // times as fast as P-256, on curve C and on the others
-    double peer[2];            // times as fast as the best peer, likewise
+    double ifma[2], adx[2];  // times as fast as P-256, on curve C and on the others
+    double peer[2];          // times as fast as the best peer, likewise
 };
 // As key pairs: the other programs, but for P-256, have no operation of its own for a public key.
 constexpr Goals all_goals[] = {{"sign", {3.7, 4.5}, {1.6, 2.5}, {10, 6}},
@@ -184,7 +184,7 @@ void print_table(const Times& times) {
                 "x best peer, goal", "best peer");
     for (const Goals& goals : all_goals)
         for (const auto& [curve, index] : named_curves)
-            for (const Engine* engine : {&engine_ifma, &engine_words, &engine_none}) {
+            for (const Engine* engine : {&engine_ifma, &engine_adx, &engine_words, &engine_none}) {
                 const std::string operation = goals.operation;
                 const double time = time_of(times, operation, version(*engine), curve);
                 if (time <= 0) continue;
@@ -192,9 +192,9 @@ void print_table(const Times& times) {
                 const double p256 = time_of(times, is_key ? "sign" : operation, "openssl", "P-256");
                 const Peer peer = best_peer(times, operation == "public_key" ? "key_pair" : operation, curve);
                 const unsigned other = *curve != 'C';
-                const double goal = engine == &engine_ifma    ? goals.ifma[other]
-                                    : engine == &engine_words ? goals.words[other]
-                                                              : 0;
+                const double goal = engine == &engine_ifma  ? goals.ifma[other]
+                                    : engine == &engine_adx ? goals.adx[other]
+                                                            : 0;
                 const bool against_peer = engine == &engine_ifma && (*curve == 'A' || *curve == 'C');
                 std::printf("%-11s %-5s %-12s %9.2f   %-22s %-22s %s\n", goals.operation, curve,
                             version(*engine).c_str(), time, ratio(time, p256, goal).c_str(),
@@ -233,7 +233,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&number, arguments.data());
     if (benchmark::ReportUnrecognizedArguments(number, arguments.data())) return 1;
 
-    for (const Engine* engine : {&engine_ifma, &engine_words, &engine_none}) add_engine(*engine);
+    for (const Engine* engine : {&engine_ifma, &engine_adx, &engine_words, &engine_none}) add_engine(*engine);
     add_own_set();
     add_peers();
     Medians medians;

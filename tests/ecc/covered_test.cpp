@@ -141,6 +141,54 @@ TEST_P(borders, negative_scalars_are_covered_by_their_magnitude_where_that_count
     EXPECT_EQ(of_affine(key, power_of_2(287)), nothing);
 }
 
+// Callers are not to do this, and yet the engines change nothing about it.
+TEST_P(borders, results_may_lie_where_the_operands_do) {
+    struct Operands {
+        EcParamSet set;
+        EcPoint point;
+        Digits scalar;
+    };
+    const auto counts = [&](EcPoint& (*result)(Operands&), const auto& call) {
+        return counts_of<EcPoint>([&](EcPoint& r) {
+            Operands o{set, key, k};
+            const int value = call(o);
+            r = result(o);
+            return value;
+        });
+    };
+    const auto point = [](Operands& o) -> EcPoint& { return o.point; };
+    const auto g = [](Operands& o) -> EcPoint& { return o.set.G; };
+    EXPECT_EQ(counts(point, [](Operands& o) { return epMult(&o.point, &o.point, o.scalar.data(), &o.set); }),
+              one_point);
+    EXPECT_EQ(counts(g, [](Operands& o) { return epMult(&o.set.G, &o.set.G, o.scalar.data(), &o.set); }), base);
+    EXPECT_EQ(counts(g, [](Operands& o) { return epMult(&o.set.G, &o.point, o.scalar.data(), &o.set); }), one_point);
+    EXPECT_EQ(counts(g, [](Operands& o) { return ecGeneratePublicKey(&o.set, o.scalar.data(), &o.set.G); }), base);
+    EXPECT_EQ(counts(point, [](Operands& o) { return ecGeneratePublicKey(&o.set, o.point.x, &o.point); }), base);
+    if (!has_table) return;
+    EXPECT_EQ(counts(point, [](Operands& o) { return epMultJ(&o.point, &o.point, o.scalar.data(), &o.set); }),
+              one_point);
+    EXPECT_EQ(counts(g, [](Operands& o) { return epMultPP(&o.set.G, o.scalar.data(), &o.set); }), base);
+    EXPECT_EQ(counts(point, [](Operands& o) { return epMultPP(&o.point, o.point.x, &o.set); }), base);
+    const auto entry = [](Operands& o) -> EcPoint& { return o.set.pp[1]; };
+    EXPECT_EQ(counts(entry, [](Operands& o) { return epMultPP(&o.set.pp[1], o.scalar.data(), &o.set); }), base);
+}
+
+TEST_P(borders, signatures_may_lie_where_key_and_digest_do) {
+    const auto counts = [&](bool over_key) {
+        return counts_of<EcSignature>([&](EcSignature& sig) {
+            EcSignature other{};
+            EcSignature& digits = over_key ? sig : other;
+            k.copy_to(digits.r);
+            std::uint32_t digest[VRX_ECC_DIGEST_WORDS] = {1, 2, 3, 4, 5, 6, 7, 8};
+            if (!over_key) std::memcpy(sig.s, digest, sizeof digest);
+            const ScriptedSource source({ScriptedSource::yields(plus(k, 3))});
+            return ecSign(&set, over_key ? digest : sig.s, ScriptedSource::draw, digits.r, &sig);
+        });
+    };
+    EXPECT_EQ(counts(true), base);
+    EXPECT_EQ(counts(false), base);
+}
+
 TEST_P(borders, methods_for_another_curve_are_not_covered) {
     if (has_table) return;
     EXPECT_EQ(of_base(k), nothing);

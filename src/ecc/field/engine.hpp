@@ -26,10 +26,11 @@ struct Engine {
 };
 
 extern const Engine engine_ifma;
+extern const Engine engine_adx;
 extern const Engine engine_words;
 
 /** Best first; the last one runs everywhere. Tests and benchmarks walk the same list. */
-inline constexpr const Engine* engines[] = {&engine_ifma, &engine_words};
+inline constexpr const Engine* engines[] = {&engine_ifma, &engine_adx, &engine_words};
 
 /** The engine in use: the first of the list that runs here, unless another is forced. */
 const Engine& engine();

@@ -10,6 +10,7 @@ namespace vrx::field {
  * Methods has, for every Curve:
  *     base<Curve>(k)      k G as an XyzzPoint, zz = 0 if not covered
  *     point<Curve>(k, Q)  k Q as an XyzzPoint or a HomogeneousPoint, likewise
+ *     public_point<Curve>(k, Q)  the same where time may depend on k and Q
  */
 template <typename Methods>
 struct EngineOf {
@@ -26,7 +27,7 @@ struct EngineOf {
     static Answer sum_has_remainder(CurveId id, const Words& z1, const Words& z2, const AffinePoint& q,
                                     const Words& r) {
         return with_curve(id, [&]<typename Curve>(Curve) {
-            const XyzzPoint second = as_xyzz<Curve>(Methods::template point<Curve>(z2, q));
+            const XyzzPoint second = as_xyzz<Curve>(Methods::template public_point<Curve>(z2, q));
             if (is_zero(z1) != 0) return has_remainder<Curve>(second.x, second.zz, r);
             return field::sum_has_remainder<Curve>(Methods::template base<Curve>(z1), second, r);
         });

@@ -19,6 +19,10 @@ struct LaneMethods {
         const Words x = S::enter(q.x);
         return with_y<Curve>(ladder<V, Curve>(k, x), x, S::enter(q.y));
     }
+    template <typename Curve>
+    static HomogeneousPoint public_point(const Words& k, const AffinePoint& q) {
+        return point<Curve>(k, q);
+    }
 };
 
 }  // namespace vrx::field

@@ -132,6 +132,7 @@ struct LaneField;
 
 template <typename V, std::uint64_t c>
 struct LaneField<V, BelowPower<c>> {
+    static_assert(16 * c < 1 << 18);
     using Scalar = BelowPower<c>;
 
     static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
@@ -170,6 +171,7 @@ private:
 
 template <typename V, std::uint64_t c>
 struct LaneField<V, AbovePower<c>> {
+    static_assert(32 * c < 1 << 18);
     using Scalar = AbovePower<c>;
 
     static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }

@@ -2,10 +2,11 @@
 //
 // All additions are incomplete: where both points have the same x, and where one is infinity, the result has zz = 0 (z
 // = 0), and so has every later sum and double. A caller that meets it at its end takes another way.
+//
+// Sums and doubles are flattened, and their steps are in an order that keeps apart what waits for each other: a product
+// has a hundred instructions, and a processor looks ahead no further than three of them.
 #ifndef VRX_ECC_FIELD_WORD_MULTIPLY_HPP
 #define VRX_ECC_FIELD_WORD_MULTIPLY_HPP
-
-#include <cstring>
 
 #include "ecc/field/comb_tables.hpp"
 #include "ecc/field/points.hpp"
@@ -13,26 +14,13 @@
 
 namespace vrx::field {
 
-/** All ones where a = b, for words below 2^63. */
-constexpr std::uint64_t equal_mask(std::uint64_t a, std::uint64_t b) { return mask(((a ^ b) - 1) >> 63); }
-
-/** Entry `index` of a table of so many, each of whole blocks of four words. Reads the whole table. */
-template <typename Entry, std::size_t count>
-Entry selected(const void* table, std::uint64_t index) {
-    using Block [[gnu::vector_size(32)]] = std::uint64_t;
-    constexpr std::size_t blocks = sizeof(Entry) / sizeof(Block);
-    static_assert(sizeof(Entry) % sizeof(Block) == 0);
-    Block sum[blocks] = {};
-    for (std::size_t e = 0; e < count; ++e) {
-        Block entry[blocks];
-        std::memcpy(entry, static_cast<const std::byte*>(table) + e * sizeof entry, sizeof entry);
-        const Block here = Block{} + equal_mask(e, index);
-#pragma GCC unroll 8
-        for (std::size_t i = 0; i < blocks; ++i) sum[i] |= entry[i] & here;
-    }
-    Entry r;
-    std::memcpy(&r, sum, sizeof r);
-    return r;
+/** a / 2: of a, or of a + p where a is odd. */
+template <typename S>
+constexpr Words half(const Words& a) {
+    const std::uint64_t odd = mask(a[0] & 1);
+    Words even{};
+    const std::uint64_t carry = add(even, a, select(odd, S::modulus, Words{}));
+    return halved(even, carry);
 }
 
 template <typename S>
@@ -42,21 +30,26 @@ constexpr Words negated_where(std::uint64_t negative, const Words& a) {
 
 /**
  * P + (x, y):
- *     h = x ZZ - X    r = y ZZZ - Y    X' = r^2 - h^3 - 2 X h^2    Y' = r (X h^2 - X') - Y h^3    ZZ' = ZZ h^2    ZZZ'
- * = ZZZ h^3 Cost: 10 multiplications.
+ *     h = x ZZ - X    r = y ZZZ - Y
+ *     X' = r^2 - h^3 - 2 X h^2    Y' = r (X h^2 - X') - Y h^3    ZZ' = ZZ h^2    ZZZ' = ZZZ h^3
+ * Cost: 10 multiplications.
  */
 template <typename S>
-constexpr XyzzPoint plus_affine(const XyzzPoint& p, const Words& x, const Words& y) {
-    const Words h = S::sub(S::mul(x, p.zz), p.x);
-    const Words r = S::sub(S::mul(y, p.zzz), p.y);
+[[gnu::noinline, gnu::flatten]] constexpr XyzzPoint plus_affine(const XyzzPoint& p, const Words& x, const Words& y) {
+    const Words u = S::mul(x, p.zz);
+    const Words t = S::mul(y, p.zzz);
+    const Words h = S::sub(u, p.x);
+    const Words r = S::sub(t, p.y);
     const Words hh = S::sqr(h);
+    const Words rr = S::sqr(r);
     const Words hhh = S::mul(h, hh);
     const Words v = S::mul(p.x, hh);
     XyzzPoint sum;
-    sum.x = S::sub(S::sub(S::sqr(r), hhh), S::add(v, v));
-    sum.y = S::sub(S::mul(r, S::sub(v, sum.x)), S::mul(p.y, hhh));
     sum.zz = S::mul(p.zz, hh);
     sum.zzz = S::mul(p.zzz, hhh);
+    const Words yhhh = S::mul(p.y, hhh);
+    sum.x = S::sub(S::sub(rr, hhh), S::add(v, v));
+    sum.y = S::sub(S::mul(r, S::sub(v, sum.x)), yhhh);
     return sum;
 }
 
@@ -115,7 +108,8 @@ XyzzPoint word_comb_multiply(const Words& k) {
             Words x, y;
         };
         static_assert(sizeof(Entry) == sizeof(WordTable{}.word[0][0]));
-        Entry p = selected<Entry, block_entries>(table.word[block], (bits ^ negative) & (block_entries - 1));
+        Entry p = S::Engine::template selected<Entry, block_entries>(table.word[block],
+                                                                     (bits ^ negative) & (block_entries - 1));
         p.y = negated_where<S>(negative, p.y);
         return p;
     };
@@ -138,25 +132,25 @@ struct JacobianPoint {
 
 /**
  * 2P:
- *     M = 3 X^2 + a Z^4    S = 4 X Y^2    X' = M^2 - 2 S    Y' = M (S - X') - 8 Y^4    Z' = 2 Y Z
+ *     T = 2 Y    V = T^2    S = X V    M = 3 X^2 + a Z^4
+ *     X' = M^2 - 2 S    Y' = M (S - X') - V^2 / 2    Z' = T Z
  * where 3 X^2 - 3 Z^4 = 3 (X - Z^2)(X + Z^2). Cost: 8 multiplications for a = -3.
  */
 template <typename Curve>
-constexpr JacobianPoint twice(const JacobianPoint& p) {
+[[gnu::noinline, gnu::flatten]] constexpr JacobianPoint twice(const JacobianPoint& p) {
     using S = typename Curve::Field;
     const Words zz = S::sqr(p.z);
-    const Words yy = S::sqr(p.y);
+    const Words t = S::add(p.y, p.y);
+    const Words v = S::sqr(t);
     const Words m = Curve::a == -3 ? times<S>(S::mul(S::sub(p.x, zz), S::add(p.x, zz)), 3)
                                    : plus_a_times<Curve>(times<S>(S::sqr(p.x), 3), S::sqr(zz));
-    const Words xyy = S::mul(p.x, yy);
-    const Words xyy2 = S::add(xyy, xyy);
-    const Words s = S::add(xyy2, xyy2);
-    const Words yy2 = S::add(yy, yy);
-    const Words yyyy4 = S::sqr(yy2);
+    const Words s = S::mul(p.x, v);
+    const Words vv = half<S>(S::sqr(v));
+    const Words mm = S::sqr(m);
     JacobianPoint r;
-    r.x = S::sub(S::sqr(m), S::add(s, s));
-    r.y = S::sub(S::mul(m, S::sub(s, r.x)), S::add(yyyy4, yyyy4));
-    r.z = S::sub(S::sub(S::sqr(S::add(p.y, p.z)), yy), zz);
+    r.z = S::mul(t, p.z);
+    r.x = S::sub(mm, S::add(s, s));
+    r.y = S::sub(S::mul(m, S::sub(s, r.x)), vv);
     return r;
 }
 
@@ -177,20 +171,50 @@ constexpr Summand summand(const JacobianPoint& p) {
  * Cost: 14 multiplications.
  */
 template <typename S>
-constexpr JacobianPoint sum(const JacobianPoint& p, const Summand& q) {
+[[gnu::noinline, gnu::flatten]] constexpr JacobianPoint sum(const JacobianPoint& p, const Summand& q) {
     const Words zz = S::sqr(p.z);
     const Words u = S::mul(p.x, q.zz);
     const Words s = S::mul(p.y, q.zzz);
+    const Words zzz = S::mul(zz, p.z);
     const Words h = S::sub(S::mul(q.x, zz), u);
-    const Words r = S::sub(S::mul(q.y, S::mul(zz, p.z)), s);
+    const Words r = S::sub(S::mul(q.y, zzz), s);
+    const Words z = S::mul(p.z, q.z);
     const Words hh = S::sqr(h);
+    const Words rr = S::sqr(r);
     const Words hhh = S::mul(h, hh);
     const Words v = S::mul(u, hh);
     JacobianPoint t;
-    t.x = S::sub(S::sub(S::sqr(r), hhh), S::add(v, v));
-    t.y = S::sub(S::mul(r, S::sub(v, t.x)), S::mul(s, hhh));
-    t.z = S::mul(S::mul(p.z, q.z), h);
+    t.z = S::mul(z, h);
+    const Words shhh = S::mul(s, hhh);
+    t.x = S::sub(S::sub(rr, hhh), S::add(v, v));
+    t.y = S::sub(S::mul(r, S::sub(v, t.x)), shhh);
     return t;
+}
+
+/** Q, 3 Q, 5 Q, ... */
+template <typename Curve, std::size_t count>
+void odd_multiples(const AffinePoint& point, Summand (&odd)[count]) {
+    using S = typename Curve::Field;
+    const JacobianPoint p = {S::enter(point.x), S::enter(point.y), S::one};
+    const Summand two = summand<S>(twice<Curve>(p));
+    JacobianPoint next = p;
+    for (Summand& entry : odd) {
+        entry = summand<S>(next);
+        next = sum<S>(next, two);
+    }
+}
+
+/** (X, Y, Z) as (X / ZZ, Y / ZZZ) */
+template <typename S>
+constexpr XyzzPoint to_xyzz(const JacobianPoint& p) {
+    const Summand s = summand<S>(p);
+    return {s.x, s.y, s.zz, s.zzz};
+}
+
+/** Bits of n from `low` on, at most 63 of them; above 2^256 there are zeros. */
+constexpr std::uint64_t bits_from(const Words& n, std::size_t low, std::size_t count) {
+    const std::uint64_t above = low / 64 < 3 ? n[low / 64 + 1] << 1 << (63 - low % 64) : 0;
+    return (n[low / 64] >> low % 64 | above) & ((std::uint64_t{1} << count) - 1);
 }
 
 /**
@@ -207,30 +231,83 @@ XyzzPoint window_multiply(const Words& k, const AffinePoint& point) {
     constexpr std::size_t digits = 51;
     constexpr std::size_t entries = std::size_t{1} << (bits - 1);
     Summand odd[entries];
-    JacobianPoint p = {S::enter(point.x), S::enter(point.y), S::one};
-    const Summand two = summand<S>(twice<Curve>(p));
-    JacobianPoint next = p;
-    for (Summand& entry : odd) {
-        entry = summand<S>(next);
-        next = sum<S>(next, two);
-    }
+    odd_multiples<Curve>(point, odd);
 
     std::uint64_t even = 0;
     const Words n = halved(odd_one(k, Curve::q, even), 0);
+    JacobianPoint p = {odd[0].x, odd[0].y, S::one};
     for (std::size_t i = digits; i-- != 0;) {
         for (std::size_t j = 0; j < bits; ++j) p = twice<Curve>(p);
-        const std::size_t low = bits * i;
-        const std::uint64_t above = low / 64 < 3 ? n[low / 64 + 1] << 1 << (63 - low % 64) : 0;
-        const std::uint64_t digit = (n[low / 64] >> low % 64 | above) & 31;
+        const std::uint64_t digit = bits_from(n, bits * i, bits);
         // Digits from 16 on are 1, 3, ..., 31; those below are -31, ..., -1: their complement counts.
         const std::uint64_t negative = mask(1 ^ digit >> (bits - 1));
-        Summand entry = selected<Summand, entries>(odd, (digit ^ negative) & (entries - 1));
+        Summand entry = S::Engine::template selected<Summand, entries>(odd, (digit ^ negative) & (entries - 1));
         entry.y = negated_where<S>(negative, entry.y);
         p = sum<S>(p, entry);
     }
-    const Summand r = summand<S>(p);
-    return {r.x, negated_where<S>(even, r.y), r.zz, r.zzz};
+    XyzzPoint r = to_xyzz<S>(p);
+    r.y = negated_where<S>(even, r.y);
+    return r;
 }
+
+/**
+ * The same for public numbers: odd digits from -15 to 15 stand where they are needed, at least five bits apart, with
+ * zeros between them. Cost: 256 doublings and about 52 additions.
+ */
+template <typename Curve>
+XyzzPoint window_multiply_vartime(const Words& k, const AffinePoint& point) {
+    using S = typename Curve::Field;
+    constexpr std::size_t bits = 5;
+    Summand odd[std::size_t{1} << (bits - 2)];
+    odd_multiples<Curve>(point, odd);
+
+    std::int8_t digits[256 + bits] = {};
+    std::uint64_t carry = 0;
+    for (std::size_t i = 0; i < 256 || carry != 0;) {
+        if ((i < 256 ? bits_from(k, i, 1) : 0) == carry) {
+            ++i;
+            continue;
+        }
+        const std::uint64_t digit = (i < 256 ? bits_from(k, i, bits) : 0) + carry;
+        carry = digit >> (bits - 1);
+        digits[i] = static_cast<std::int8_t>(static_cast<int>(digit) - static_cast<int>(carry << bits));
+        i += bits;
+    }
+
+    std::size_t i = sizeof digits - 1;
+    while (digits[i] == 0) --i;
+    const Summand& top = odd[digits[i] / 2];  // the highest digit is positive
+    JacobianPoint p = {top.x, top.y, top.z};
+    while (i-- != 0) {
+        p = twice<Curve>(p);
+        if (digits[i] == 0) continue;
+        Summand entry = odd[(digits[i] < 0 ? -digits[i] : digits[i]) / 2];
+        if (digits[i] < 0) entry.y = S::sub(Words{}, entry.y);
+        p = sum<S>(p, entry);
+    }
+    return to_xyzz<S>(p);
+}
+
+/** The ways of multiplying a point at a time, for an engine that works on words by P. */
+template <typename P>
+struct WordMethods {
+    template <typename Curve>
+    struct Over : Curve {
+        using Field = typename Curve::Field::template With<P>;
+    };
+    template <typename Curve>
+    [[gnu::noinline]] static XyzzPoint base(const Words& k) {
+        return word_comb_multiply<Over<Curve>>(k);
+    }
+    template <typename Curve>
+    [[gnu::noinline]] static XyzzPoint point(const Words& k, const AffinePoint& q) {
+        return window_multiply<Over<Curve>>(k, q);
+    }
+    template <typename Curve>
+    [[gnu::noinline]] static XyzzPoint public_point(const Words& k, const AffinePoint& q) {
+        return window_multiply_vartime<Over<Curve>>(k, q);
+    }
+};
 
 }  // namespace vrx::field
 

@@ -1,13 +1,15 @@
 // 256-bit numbers as four 64-bit words, least significant first. No branch and no address depends on a value.
 //
 // Loops over words ask to be unrolled: only then are the words kept in registers also where the compiler is told to be
-// brief.
+// brief. Sums of four words have their chain of carries in assembly, since compilers break it up, in three times the
+// time; what is computed while compiling has it in C++.
 #ifndef VRX_ECC_FIELD_WORDS_HPP
 #define VRX_ECC_FIELD_WORDS_HPP
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 namespace vrx::field {
 
@@ -51,6 +53,19 @@ constexpr Words select(std::uint64_t m, const Words& a, const Words& b) {
 
 /** r = a + b; the carry out. */
 constexpr std::uint64_t add(Words& r, const Words& a, const Words& b) {
+    if (!std::is_constant_evaluated()) {
+        std::uint64_t r0 = a[0], r1 = a[1], r2 = a[2], r3 = a[3], carry = 0;
+        asm("addq %[b0], %[r0]\n\t"
+            "adcq %[b1], %[r1]\n\t"
+            "adcq %[b2], %[r2]\n\t"
+            "adcq %[b3], %[r3]\n\t"
+            "adcq $0, %[carry]"
+            : [r0] "+&r"(r0), [r1] "+&r"(r1), [r2] "+&r"(r2), [r3] "+&r"(r3), [carry] "+&r"(carry)
+            : [b0] "rm"(b[0]), [b1] "rm"(b[1]), [b2] "rm"(b[2]), [b3] "rm"(b[3])
+            : "cc");
+        r = {r0, r1, r2, r3};
+        return carry;
+    }
     std::uint64_t carry = 0;
 #pragma GCC unroll 4
     for (std::size_t i = 0; i < 4; ++i) r[i] = add_carry(a[i], b[i], carry);
@@ -59,9 +74,64 @@ constexpr std::uint64_t add(Words& r, const Words& a, const Words& b) {
 
 /** r = a - b; the borrow out. */
 constexpr std::uint64_t sub(Words& r, const Words& a, const Words& b) {
+    if (!std::is_constant_evaluated()) {
+        std::uint64_t r0 = a[0], r1 = a[1], r2 = a[2], r3 = a[3], borrow = 0;
+        asm("subq %[b0], %[r0]\n\t"
+            "sbbq %[b1], %[r1]\n\t"
+            "sbbq %[b2], %[r2]\n\t"
+            "sbbq %[b3], %[r3]\n\t"
+            "adcq $0, %[borrow]"
+            : [r0] "+&r"(r0), [r1] "+&r"(r1), [r2] "+&r"(r2), [r3] "+&r"(r3), [borrow] "+&r"(borrow)
+            : [b0] "rm"(b[0]), [b1] "rm"(b[1]), [b2] "rm"(b[2]), [b3] "rm"(b[3])
+            : "cc");
+        r = {r0, r1, r2, r3};
+        return borrow;
+    }
     std::uint64_t borrow = 0;
 #pragma GCC unroll 4
     for (std::size_t i = 0; i < 4; ++i) r[i] = sub_borrow(a[i], b[i], borrow);
+    return borrow;
+}
+
+/** r += a; the carry out. */
+constexpr std::uint64_t add_word(Words& r, std::uint64_t a) {
+    std::uint64_t carry = 0;
+    if (!std::is_constant_evaluated()) {
+        std::uint64_t r0 = r[0], r1 = r[1], r2 = r[2], r3 = r[3];
+        asm("addq %[a], %[r0]\n\t"
+            "adcq $0, %[r1]\n\t"
+            "adcq $0, %[r2]\n\t"
+            "adcq $0, %[r3]\n\t"
+            "adcq $0, %[carry]"
+            : [r0] "+&r"(r0), [r1] "+&r"(r1), [r2] "+&r"(r2), [r3] "+&r"(r3), [carry] "+&r"(carry)
+            : [a] "r"(a)
+            : "cc");
+        r = {r0, r1, r2, r3};
+        return carry;
+    }
+    r[0] = add_carry(r[0], a, carry);
+    for (std::size_t i = 1; i < 4; ++i) r[i] = add_carry(r[i], 0, carry);
+    return carry;
+}
+
+/** r -= a; the borrow out. */
+constexpr std::uint64_t sub_word(Words& r, std::uint64_t a) {
+    std::uint64_t borrow = 0;
+    if (!std::is_constant_evaluated()) {
+        std::uint64_t r0 = r[0], r1 = r[1], r2 = r[2], r3 = r[3];
+        asm("subq %[a], %[r0]\n\t"
+            "sbbq $0, %[r1]\n\t"
+            "sbbq $0, %[r2]\n\t"
+            "sbbq $0, %[r3]\n\t"
+            "adcq $0, %[borrow]"
+            : [r0] "+&r"(r0), [r1] "+&r"(r1), [r2] "+&r"(r2), [r3] "+&r"(r3), [borrow] "+&r"(borrow)
+            : [a] "r"(a)
+            : "cc");
+        r = {r0, r1, r2, r3};
+        return borrow;
+    }
+    r[0] = sub_borrow(r[0], a, borrow);
+    for (std::size_t i = 1; i < 4; ++i) r[i] = sub_borrow(r[i], 0, borrow);
     return borrow;
 }
 
@@ -86,30 +156,6 @@ constexpr WideWords multiply(const Words& a, const Words& b) {
 #pragma GCC unroll 4
         for (std::size_t j = 0; j < 4; ++j) r[i + j] = mul_add(a[i], b[j], r[i + j], carry);
         r[i + 4] = carry;
-    }
-    return r;
-}
-
-/** a * a: the products of unequal words once, doubled, and the squares of the words. */
-constexpr WideWords square(const Words& a) {
-    WideWords r{};
-#pragma GCC unroll 4
-    for (std::size_t i = 0; i < 3; ++i) {
-        std::uint64_t carry = 0;
-#pragma GCC unroll 4
-        for (std::size_t j = i + 1; j < 4; ++j) r[i + j] = mul_add(a[i], a[j], r[i + j], carry);
-        r[i + 4] = carry;
-    }
-    r[7] = r[6] >> 63;
-#pragma GCC unroll 4
-    for (std::size_t i = 6; i > 1; --i) r[i] = r[i] << 1 | r[i - 1] >> 63;
-    r[1] <<= 1;
-    std::uint64_t carry = 0;
-#pragma GCC unroll 4
-    for (std::size_t i = 0; i < 4; ++i) {
-        const u128 s = u128{a[i]} * a[i];
-        r[2 * i] = add_carry(r[2 * i], static_cast<std::uint64_t>(s), carry);
-        r[2 * i + 1] = add_carry(r[2 * i + 1], static_cast<std::uint64_t>(s >> 64), carry);
     }
     return r;
 }

@@ -54,12 +54,13 @@ public:
     [[nodiscard]] std::vector<Multiple> structured() const {
         std::vector<Digits> scalars;
         for (std::uint32_t k = 1; k <= 70; ++k) scalars.emplace_back(k);
-        for (unsigned i = 6; i < 255; ++i) {
+        // Among these, the powers of 16 and of 32.
+        for (unsigned i = 6; i < 256; ++i) {
             Digits power;
             power.flip(i);
             scalars.push_back(power);
         }
-        for (unsigned i = 0; i < 255; i += 7) {
+        for (unsigned i = 0; i < 256; i = i == 252 ? 254 : i + 7) {
             Digits ones;
             for (unsigned j = 0; j <= i; ++j) ones.flip(j);
             scalars.push_back(ones);
@@ -76,9 +77,15 @@ public:
         Digits quarter;
         mpShiftRight(quarter.data(), q_.data(), 2, VRX_ECC_DIGITS);
         scalars.push_back(quarter);
-        Digits sparse;
-        for (unsigned i = 3; i < 255; i += 41) sparse.flip(i);
-        scalars.push_back(sparse);
+        Digits third;
+        mpShortDiv(third.data(), q_.data(), 3, VRX_ECC_DIGITS);
+        scalars.push_back(third);
+        for (const unsigned step : {41u, 24u, 17u, 6u}) {  // as far apart as the teeth of the combs, and others
+            Digits sparse;
+            for (unsigned i = 3; i < 255; i += step) sparse.flip(i);
+            scalars.push_back(sparse);
+        }
+        std::erase_if(scalars, [this](const Digits& k) { return mpCompare(k.data(), q_.data(), VRX_ECC_DIGITS) >= 0; });
 
         std::vector<Multiple> all;
         for (const Digits& k : scalars) {

@@ -1,6 +1,9 @@
 // Scalar field elements, loosely held, against reduction of whole numbers; and inverses by division steps.
+#include "ecc/field/adx_words.hpp"
 #include "ecc/field/divsteps.hpp"
+#include "ecc/field/engine.hpp"
 #include "ecc/field/order.hpp"
+#include "ecc/field/word_multiply.hpp"
 #include "ecc/field/words_support.hpp"
 
 using namespace vrx::test;
@@ -63,6 +66,63 @@ TEST(scalar_fields, work_as_whole_numbers_at_every_pair_of_edges) {
     check_pairs<CurveC::Field>(check_montgomery<CurveC::Field>);
 }
 
+TEST(scalar_fields, work_the_same_way_by_the_instructions_of_adx) {
+    if ((vrx::cpu::features() & engine_adx.needs) != engine_adx.needs) GTEST_SKIP() << "no BMI2 and ADX here";
+    using A = CurveA::Field::With<AdxWords>;
+    using B = CurveB::Field::With<AdxWords>;
+    using C = CurveC::Field::With<AdxWords>;
+    using T = CurveTest::Field::With<AdxWords>;
+    check_pairs<A>(check_plain<A>);
+    check_pairs<B>(check_plain<B>);
+    check_pairs<T>(check_plain<T>);
+    check_pairs<C>(check_montgomery<C>);
+    check_pairs<Montgomery<CurveA::q, AdxWords>>(check_montgomery<Montgomery<CurveA::q, AdxWords>>);
+}
+
+// The shapes at the ends of their ranges, where the curves' moduli are not.
+TEST(scalar_fields, work_for_the_smallest_and_largest_moduli_of_each_shape) {
+    check_pairs<BelowPower<1>>(check_plain<BelowPower<1>>);
+    check_pairs<BelowPower<0xFFFF>>(check_plain<BelowPower<0xFFFF>>);
+    check_pairs<AbovePower<1>>(check_plain<AbovePower<1>>);
+    check_pairs<AbovePower<0xFFFF>>(check_plain<AbovePower<0xFFFF>>);
+    using Least = Montgomery<Words{1, 0, 0, 1ull << 63}>;
+    using Most = Montgomery<Words{~0ull, ~0ull, ~0ull, ~0ull}>;
+    check_pairs<Least>(check_montgomery<Least>);
+    check_pairs<Most>(check_montgomery<Most>);
+}
+
+// Of small numbers, all: at both ends of the words, and about p.
+TEST(scalar_fields, work_for_all_pairs_of_numbers_near_their_ends) {
+    for_each_curve([]<typename Curve>(Curve) {
+        using S = typename Curve::Field;
+        std::vector<Words> numbers;
+        for (std::int64_t n = -20; n < 20; ++n)
+            for (const Words& middle : {Words{}, S::modulus}) numbers.push_back(plus(middle, n));
+        for (const Words& a : numbers)
+            for (const Words& b : numbers) {
+                if constexpr (S::one == Words{1, 0, 0, 0})
+                    check_plain<S>(a, b);
+                else
+                    check_montgomery<S>(a, b);
+                if (testing::Test::HasFatalFailure()) return;
+            }
+    });
+}
+
+TEST(scalar_fields, halve_and_double_elements) {
+    Random random;
+    for_each_curve([&]<typename Curve>(Curve) {
+        using S = typename Curve::Field;
+        std::vector<Words> numbers = edges(S::modulus);
+        for (int i = 0; i < 200; ++i) numbers.push_back(random_words(random));
+        for (const Words& n : numbers) {
+            const Words a = S::one == Words{1, 0, 0, 0} ? n : S::enter(n);
+            const Words h = half<S>(a);
+            ASSERT_EQ(S::canonical(S::add(h, h)), S::canonical(a)) << digits_of(n);
+        }
+    });
+}
+
 TEST(scalar_fields, of_the_orders_work_as_whole_numbers_at_every_pair_of_edges) {
     for_each_curve([]<typename Curve>(Curve) {
         using S = Montgomery<Curve::q>;
@@ -91,6 +151,25 @@ TEST(orders, arithmetic_is_that_of_digits) {
                 before = r;
             }
     });
+}
+
+// Every table entry by every index, through vectors of every length.
+TEST(selection, takes_the_entry_of_its_index) {
+    struct Entry {
+        Words x, y;
+    };
+    Entry table[32];
+    Random random;
+    for (Entry& e : table) e = random.value<Entry>();
+    for (std::uint64_t i = 0; i < 32; ++i) {
+        const auto plain = PlainWords::selected<Entry, 32>(table, i);
+        EXPECT_EQ(plain.x, table[i].x);
+        EXPECT_EQ(plain.y, table[i].y);
+        if ((vrx::cpu::features() & engine_adx.needs) != engine_adx.needs) continue;
+        const auto wide = AdxWords::selected<Entry, 32>(table, i);
+        EXPECT_EQ(wide.x, table[i].x);
+        EXPECT_EQ(wide.y, table[i].y);
+    }
 }
 
 /** x u = 1 modulo m, or u = 0 where x and m have a common factor. */

@@ -1,0 +1,10 @@
+// The engine of 64-bit arithmetic by BMI2, ADX and AVX2.
+#include "ecc/field/adx_words.hpp"
+#include "ecc/field/engine_of.hpp"
+#include "ecc/field/word_multiply.hpp"
+
+namespace vrx::field {
+
+constinit const Engine engine_adx = EngineOf<WordMethods<AdxWords>>::named("adx", cpu::bmi2 | cpu::adx | cpu::avx2);
+
+}  // namespace vrx::field
