@@ -85,6 +85,29 @@ TEST(octets, there_and_back_gives_the_same_at_any_address) {
     }
 }
 
+TEST(octets, are_read_whole_before_the_record_that_they_lie_in_is_written) {
+    Random random;
+    for (std::size_t at = 0; at <= sizeof(EcPoint) - 64; ++at) {
+        const Bytes octets = random.bytes(64);
+        const auto apart_and_in_place = [&]<typename Record>(int (*load)(const std::uint8_t*, Record*)) {
+            Record expected, record;
+            load(octets.data(), &expected);
+            auto* bytes = reinterpret_cast<std::uint8_t*>(&record);
+            std::copy(octets.begin(), octets.end(), bytes + at);
+            EXPECT_EQ(load(bytes + at, &record), VRX_OK);
+            EXPECT_TRUE(same_bytes(record, expected)) << at;
+        };
+        apart_and_in_place(ecLoadPublicKeyValue);
+        apart_and_in_place(ecLoadSignValue);
+    }
+    Digits d, expected;
+    const Bytes octets = random.bytes(32);
+    ecLoadPrivateKeyValue(octets.data(), expected.data());
+    std::memcpy(d.data(), octets.data(), octets.size());
+    EXPECT_EQ(ecLoadPrivateKeyValue(reinterpret_cast<const std::uint8_t*>(d.data()), d.data()), VRX_OK);
+    EXPECT_EQ(d, expected);
+}
+
 TEST(octets, ninth_digit_is_ignored_on_the_way_out) {
     Random random;
     const Digits low = edgy(random, 8);
