@@ -35,8 +35,8 @@ ORDER = {
         "words", "multiply", "columns", "division", "lehmer", "arithmetic", "modular", "prime", "convert",
     ],
     "ecc/field": [
-        "words", "modulus", "divsteps", "curves", "points", "order", "limbs52", "recode", "comb_tables",
-        "word_multiply", "lanes", "lane_points", "comb", "ladder", "lane_methods", "engine", "engine_of",
+        "words", "select", "modulus", "adx_words", "divsteps", "curves", "points", "order", "limbs52", "recode",
+        "comb_tables", "word_multiply", "lanes", "lane_points", "comb", "ladder", "lane_methods", "engine", "engine_of",
     ],
     "ecc": ["residue", "params", "covered", "fast", "point", "multiply", "generate", "sign", "agree", "octets"],
 }

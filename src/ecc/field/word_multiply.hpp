@@ -1,4 +1,5 @@
-// Multiples of points by scalar arithmetic, a point at a time. No branch and no address depends on a scalar or a point.
+// Multiples of points by scalar arithmetic, a point at a time. No branch and no address depends on a scalar or a point,
+// but where a name says so.
 //
 // All additions are incomplete: where both points have the same x, and where one is infinity, the result has zz = 0 (z
 // = 0), and so has every later sum and double. A caller that meets it at its end takes another way.
