@@ -68,7 +68,7 @@ constexpr std::int64_t some_steps(std::int64_t zeta, std::uint64_t& f, std::uint
     for (int i = 0; i < steps; ++i) {
         const std::uint64_t bit = g & 1;
         const std::uint64_t odd = mask(bit);
-        const std::uint64_t positive = static_cast<std::uint64_t>(zeta >> 63);  // delta is
+        const std::uint64_t positive = mask(static_cast<std::uint64_t>(zeta) >> 63);  // delta is
         const std::uint64_t swap = odd & positive;
         const std::uint64_t half = g >> 1;
         g = ((h ^ positive) & odd) + (half + bit);
