@@ -36,6 +36,7 @@ inline constexpr Engine sha1_engines[] = {{"sha-ni", "SHA instructions", cpu::sh
                                           {"portable", "any x86-64", cpu::baseline}};
 inline constexpr Engine curve_engines[] = {
     {"ifma", "AVX-512 IFMA", cpu::bmi2 | cpu::avx512f | cpu::avx512vl | cpu::avx512ifma},
+    {"adx", "BMI2, ADX and AVX2", cpu::bmi2 | cpu::adx | cpu::avx2},
     {"words", "any x86-64", cpu::baseline}};
 
 inline constexpr EngineFamily engine_families[] = {{"cipher", cipher_engines},

@@ -80,8 +80,9 @@ private:
     template <unsigned j>
     [[gnu::always_inline]] void set(const Twice& h, const Twice& m) {
         __m256i of_m = m.mapped<key_of_m<j>>();
+        static constexpr Octets<std::uint8_t> constant = key_constant(j);
         if constexpr (j >= 2)
-            of_m = _mm256_xor_si256(of_m, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(key_constant<j>.data())));
+            of_m = _mm256_xor_si256(of_m, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(constant.data())));
         _mm256_store_si256(reinterpret_cast<__m256i*>(word[j]), _mm256_xor_si256(h.mapped<key_of_h<j>>(), of_m));
     }
 };

@@ -18,11 +18,11 @@ using Octets = std::array<Octet, 32>;
  */
 using OctetMap = Octets<std::uint32_t>;
 
-inline constexpr OctetMap identity = [] {
+constexpr OctetMap identity() {
     OctetMap y{};
     for (unsigned i = 0; i < y.size(); ++i) y[i] = 1U << i;
     return y;
-}();
+}
 
 /** A, `times` over: the lowest 64 bits leave, their sum with the next 64 comes in on top. */
 template <typename Octet>
@@ -57,25 +57,25 @@ constexpr OctetMap psi(OctetMap y, unsigned times) {
 }
 
 // The step is psi^61(H) + psi^62(M) + psi^74(S), since psi^61(H + psi(M + psi^12(S))) is.
-inline constexpr OctetMap psi_61 = psi(identity, 61);
-inline constexpr OctetMap psi_62 = psi(identity, 62);
-inline constexpr OctetMap psi_74 = psi(identity, 74);
+inline constexpr OctetMap psi_61 = psi(identity(), 61);
+inline constexpr OctetMap psi_62 = psi(identity(), 62);
+inline constexpr OctetMap psi_74 = psi(identity(), 74);
 
 // Key j, of 0 to 3, is P(A^j(H)) + P(A^2j(M)) + a constant.
 template <unsigned j>
-inline constexpr OctetMap key_of_h = transform_p(transform_a(identity, j));
+inline constexpr OctetMap key_of_h = transform_p(transform_a(identity(), j));
 template <unsigned j>
-inline constexpr OctetMap key_of_m = transform_p(transform_a(identity, 2 * j));
+inline constexpr OctetMap key_of_m = transform_p(transform_a(identity(), 2 * j));
 
 /** C3 of RFC 5831, section 6.1, from octet 0; it joins key 2. C2 and C4 are 0. */
-inline constexpr Octets<std::uint8_t> c3 = [] {
+constexpr Octets<std::uint8_t> c3() {
     Octets<std::uint8_t> octets{};
     for (unsigned i = 0; i < octets.size(); ++i) octets[i] = (0xb19655aaU >> i & 1) != 0 ? 0xff : 0;
     return octets;
-}();
-template <unsigned j>
-inline constexpr Octets<std::uint8_t> key_constant = j < 2 ? Octets<std::uint8_t>{}
-                                                           : transform_p(transform_a(c3, j < 2 ? 0 : j - 2));
+}
+constexpr Octets<std::uint8_t> key_constant(unsigned j) {
+    return j < 2 ? Octets<std::uint8_t>{} : transform_p(transform_a(c3(), j - 2));
+}
 
 /** The registers of 16 octets that engines keep a 256-bit number in. */
 enum class Part {

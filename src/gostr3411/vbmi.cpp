@@ -105,11 +105,13 @@ struct Constants {
     alignas(64) std::uint8_t octet[8][16];
 };
 constexpr Constants constants = [] {
+    const Octets<std::uint8_t> key2 = key_constant(2);
+    const Octets<std::uint8_t> key3 = key_constant(3);
     Constants c{};
     for (std::size_t word = 0; word < 8; ++word)
         for (std::size_t i = 0; i < 4; ++i) {
-            c.octet[word][8 + i] = key_constant<2>[4 * word + i];
-            c.octet[word][12 + i] = key_constant<3>[4 * word + i];
+            c.octet[word][8 + i] = key2[4 * word + i];
+            c.octet[word][12 + i] = key3[4 * word + i];
         }
     return c;
 }();
@@ -171,12 +173,13 @@ void steps_vbmi(Number& hash, const std::uint8_t* blocks, std::size_t count, con
         __m128i n2 = _mm_ror_epi32(_mm256_cvtepi64_epi32(_mm256_srli_epi64(quarters, 32)), 11);
         __m512i sum = permuted(m, of_number<psi_62>, _mm512_setzero_si512());
         sum = permuted(h, of_number<psi_61>, sum);
-        for (unsigned pass = 0; pass < 3; ++pass)
+        for (unsigned pass = 0; pass < 3; ++pass) {
 #pragma GCC unroll 4
             for (unsigned k = 0; k < 8; k += 2) {
                 n2 = round(tables, n2, n1, keys[k]);
                 n1 = round(tables, n1, n2, keys[k + 1]);
             }
+        }
 #pragma GCC unroll 4
         for (unsigned k = 8; k != 0; k -= 2) {
             n2 = round(tables, n2, n1, keys[k - 1]);

@@ -64,22 +64,18 @@ constexpr SBoxes cipher_sboxes[VRX_TZ_28147_89_COUNT] = {sboxes(numeric(cipher_t
                                                          sboxes(numeric(cipher_d))};
 constexpr SBoxes hash_sboxes[VRX_TZ_3411_94_COUNT] = {sboxes(numeric(hash_test)), sboxes(numeric(hash_cryptopro))};
 
-/** The output of S-box n for an input, at its place after the rotation. */
-constexpr std::uint32_t rotated(Numeric num, unsigned n, unsigned input) {
-    const std::uint32_t output = num[4 * (input & 15) + n / 2] >> 4 * (n % 2) & 15U;
-    return std::rotl(output << 4 * n, 11);
-}
-
 constexpr Wide widened(Numeric num) {
-    const auto three = [num](unsigned n, unsigned x) {
-        return rotated(num, n, x) ^ rotated(num, n + 1, x >> 4) ^ rotated(num, n + 2, x >> 8);
-    };
+    // The outputs of each S-box at their places after the rotation.
+    std::uint32_t output[8][16]{};
+    for (unsigned n = 0; n < 8; ++n)
+        for (unsigned i = 0; i < 16; ++i)
+            output[n][i] = std::rotl((num[4 * i + n / 2] >> 4 * (n % 2) & 15U) << 4 * n, 11);
     Wide wide{};
     for (unsigned x = 0; x < 4096; ++x) {
-        wide.low[x] = three(0, x);
-        wide.high[x] = three(5, x);
+        wide.low[x] = output[0][x & 15] ^ output[1][x >> 4 & 15] ^ output[2][x >> 8];
+        wide.high[x] = output[5][x & 15] ^ output[6][x >> 4 & 15] ^ output[7][x >> 8];
     }
-    for (unsigned x = 0; x < 256; ++x) wide.middle[x] = rotated(num, 3, x) ^ rotated(num, 4, x >> 4);
+    for (unsigned x = 0; x < 256; ++x) wide.middle[x] = output[3][x & 15] ^ output[4][x >> 4];
     return wide;
 }
 
