@@ -31,7 +31,12 @@ inline constexpr Engine cipher_engines[] = {{"vbmi", "AVX-512 VBMI", vbmi_featur
                                             {"baseline", "any x86-64", cpu::baseline}};
 inline constexpr Engine table_engines[] = {
     {"avx512", "AVX-512 VBMI", vbmi_features}, {"avx2", "AVX2", cpu::avx2}, {"baseline", "any x86-64", cpu::baseline}};
-inline constexpr Engine hash_engines[] = {{"baseline", "any x86-64", cpu::baseline}};
+/** Whose choice looks at more than the instructions. */
+inline constexpr Engine hash_engines[] = {
+    {"vbmi", "AVX-512 VBMI", vbmi_features | cpu::avx2 | cpu::prompt_vectors},
+    {"avx2_wide", "AVX2 and a large cache", cpu::avx2 | cpu::bmi1 | cpu::large_l1},
+    {"avx2", "AVX2", cpu::avx2 | cpu::bmi1},
+    {"baseline", "any x86-64", cpu::baseline}};
 inline constexpr Engine sha1_engines[] = {{"sha-ni", "SHA instructions", cpu::sha | cpu::ssse3 | cpu::sse41},
                                           {"portable", "any x86-64", cpu::baseline}};
 inline constexpr Engine curve_engines[] = {

@@ -9,6 +9,7 @@
 
 #include "ecc/field/engine.hpp"
 #include "gost28147/engine.hpp"
+#include "gostr3411/engine.hpp"
 #include "sha1/compress.hpp"
 #include "tz/sboxes.hpp"
 
@@ -26,7 +27,9 @@ template <typename List>
 std::vector<Listed> listed(const List& list) {
     std::vector<Listed> result;
     for (const auto& engine : list) {
-        if constexpr (requires { engine->name; })
+        if constexpr (requires { engine.wants; })
+            result.push_back({engine.name, engine.needs | engine.wants});
+        else if constexpr (requires { engine->name; })
             result.push_back({engine->name, engine->needs});
         else
             result.push_back({engine.name, engine.needs});
@@ -36,6 +39,7 @@ std::vector<Listed> listed(const List& list) {
 
 TEST(Engines, the_lists_are_those_of_the_library) {
     EXPECT_EQ(listed(vrx::app::cipher_engines), listed(vrx::gost28147::engines));
+    EXPECT_EQ(listed(vrx::app::hash_engines), listed(vrx::gostr3411::engines));
     EXPECT_EQ(listed(vrx::app::table_engines), listed(vrx::tz::deployments));
     EXPECT_EQ(listed(vrx::app::sha1_engines), listed(vrx::sha1::implementations));
     EXPECT_EQ(listed(vrx::app::curve_engines), listed(vrx::field::engines));
@@ -44,6 +48,7 @@ TEST(Engines, the_lists_are_those_of_the_library) {
 TEST(Engines, the_choice_on_this_processor_is_that_of_the_library) {
     const std::uint32_t features = vrx::cpu::features();
     EXPECT_STREQ(best_engine(vrx::app::cipher_engines, features).name, vrx::gost28147::engine().name);
+    EXPECT_STREQ(best_engine(vrx::app::hash_engines, features).name, vrx::gostr3411::engine().name);
     EXPECT_STREQ(best_engine(vrx::app::curve_engines, features).name, vrx::field::engine().name);
 }
 
