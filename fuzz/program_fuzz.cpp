@@ -47,12 +47,15 @@ std::vector<std::string> arguments_of(std::string_view& text) {
     return arguments;
 }
 
-/** Whether a run could leave the folder, or take long: a number of five digits is a count or a length. */
+/** Whether a run could leave the folder, name a file like a temporary one, or take long: a number of five digits is a
+ * count or a length. */
 bool is_out_of_bounds(const std::vector<std::string>& arguments) {
+    if (!arguments.empty() && arguments.front() == "speed") return true;
     for (const std::string& argument : arguments) {
         const std::size_t last = argument.find_last_not_of("0123456789");
         const std::size_t digits = argument.size() - (last == std::string::npos ? 0 : last + 1);
-        if (argument.find('/') != std::string::npos || digits > 4) return true;
+        if (argument.find('/') != std::string::npos || argument.find(".vrx-") != std::string::npos || digits > 4)
+            return true;
     }
     return false;
 }
