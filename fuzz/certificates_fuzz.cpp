@@ -1,0 +1,88 @@
+// Keys and certificates in DER: whatever the octets are, what is read of them is sound, and reads the same once
+// written.
+#include <algorithm>
+#include <array>
+#include <span>
+
+#include "der.hpp"
+#include "fuzz.hpp"
+#include "key_format.hpp"
+#include "text.hpp"
+
+namespace {
+
+using namespace vrx::app;
+using vrx::fuzz::require;
+using Part = std::span<const std::uint8_t>;
+
+bool within(Part part, Part whole) {
+    return part.empty() || (part.data() >= whole.data() && part.data() + part.size() <= whole.data() + whole.size());
+}
+
+template <typename Set>
+void require_built_in(const Set* set, const Set* first, std::size_t count) {
+    require(set == nullptr || (set >= first && set < first + count), "parameter sets are built in");
+}
+
+void require_sound(const Algorithm& algorithm, Content found) {
+    require(found == Content::other || !algorithm.oid.empty(), "what is read has an algorithm");
+    if (found != Content::other)
+        require((found == Content::known) == algorithm.known, "known keys are of known algorithms");
+    require_built_in<EcParamSet>(algorithm.curve, get_GOSTR3410_par(0), VRX_ECC_SET_COUNT);
+    require_built_in(algorithm.hash, get_GOSTR3411_par(0), VRX_GOSTR3411_PAR_COUNT);
+}
+
+/** Text for a terminal: UTF-8 without control characters. */
+void require_printable(const std::string& text) {
+    for (const char32_t c : from_utf8(text))
+        require(c >= 0x20 && !(c >= 0x7F && c < 0xA0), "names have no control characters");
+}
+
+template <typename Octets>
+void require_same_again(const EcParamSet& curve, const Octets& value,
+                        void (*append)(SecretBytes&, const EcParamSet&, const Octets&),
+                        Content (*read)(Part, Algorithm&, Octets&)) {
+    SecretBytes out;
+    append(out, curve, value);
+    Algorithm algorithm;
+    Octets again{};
+    require(read(out.bytes(), algorithm, again) == Content::known, "what is written is read");
+    require(algorithm.curve == &curve && algorithm.hash != nullptr && again == value, "and is the same");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const Part octets(data, size);
+    {
+        Algorithm algorithm;
+        PrivateOctets value{};
+        const Content found = read_private_key(octets, algorithm, value);
+        require_sound(algorithm, found);
+        if (found == Content::known && algorithm.curve != nullptr)
+            require_same_again(*algorithm.curve, value, append_private_key_info, read_private_key);
+    }
+    {
+        Algorithm algorithm;
+        PublicOctets value{};
+        const Content found = read_public_key(octets, algorithm, value);
+        require_sound(algorithm, found);
+        if (found == Content::known && algorithm.curve != nullptr)
+            require_same_again(*algorithm.curve, value, append_public_key_info, read_public_key);
+    }
+    Certificate certificate;
+    const Content found = read_certificate(octets, certificate);
+    if (found == Content::other) return 0;
+    require_sound(certificate.algorithm, found);
+    for (const Part part : {certificate.signed_part, certificate.serial, certificate.signature})
+        require(within(part, octets), "parts lie in the certificate");
+    require(certificate.version >= 1 && certificate.version <= 3 && !certificate.serial.empty(),
+            "versions and serial numbers are sound");
+    require(!certificate.self_issued || certificate.issuer == certificate.subject, "the same name reads the same");
+    for (const std::string& text : {certificate.issuer, certificate.subject}) require_printable(text);
+    for (const std::string& time : {certificate.not_before, certificate.not_after})
+        require(time.size() == 19, "times have a form");
+    if (found == Content::known && certificate.algorithm.curve != nullptr)
+        require_same_again(*certificate.algorithm.curve, certificate.key, append_public_key_info, read_public_key);
+    return 0;
+}
