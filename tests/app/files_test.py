@@ -227,6 +227,7 @@ class Signals(ProgramTest):
         process.wait(60)
         self.assertEqual(self.read("out"), b"before")
 
+    @unittest.skipIf(SANITIZED, "sanitizers lock no memory")
     def test_the_memory_of_a_key_is_locked_and_left_out_of_dumps(self):
         self.vrx("genkey", "--curve", "A", "--out", "pair")
         for command in (ENCRYPT, ["hmac", "--key", "key"], ["mac", "--key", "key"]):
