@@ -1,31 +1,11 @@
-// Lets a whole test program run over one engine: that which VRX_TEST_ENGINE names.
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <cstring>
+#include "support/chosen_engine.hpp"
 
 #include "gost28147/engine.hpp"
 
 namespace {
 
-using namespace vrx::gost28147;
-
-class ChosenEngine : public testing::Environment {
-public:
-    void SetUp() override {
-        const char* const name = std::getenv("VRX_TEST_ENGINE");
-        if (name == nullptr) return;
-        for (const Engine& e : engines)
-            if (std::strcmp(e.name, name) == 0) {
-                if ((vrx::cpu::features() & e.needs) != e.needs)
-                    GTEST_SKIP() << "this processor does not offer what " << name << " needs";
-                return use(e);
-            }
-        FAIL() << "no engine " << name;
-    }
-};
-
+using Chosen = vrx::test::ChosenEngine<vrx::gost28147::engines, vrx::gost28147::use>;
 [[maybe_unused]] const testing::Environment* const chosen =
-    testing::AddGlobalTestEnvironment(new ChosenEngine);  // GoogleTest deletes it
+    testing::AddGlobalTestEnvironment(new Chosen);  // GoogleTest deletes it
 
 }  // namespace
