@@ -10,7 +10,7 @@ namespace {
 
 using namespace vrx::test;
 
-const std::string folder = std::string(VRX_TEST_DATA) + "/";
+const std::string folder = VRX_TEST_DATA "/";
 
 Octets number(const Bytes& octets) {
     Octets out{};
