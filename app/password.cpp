@@ -100,32 +100,22 @@ int descriptor(const std::string& text) {
     return static_cast<int>(*number);
 }
 
-/** Take one character of UTF-8 from the front of a text. Throws a Failure when there is none. */
-std::uint32_t take_character(std::string_view& text) {
-    const auto first = static_cast<std::uint8_t>(text.front());
-    const std::size_t size = first < 0x80 ? 1 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
-    std::uint32_t character = size == 1 ? first : first & (0x7fu >> size);
-    bool good = size <= text.size() && (first < 0x80 || (first >= 0xc2 && first < 0xf5));
-    for (std::size_t i = 1; good && i < size; ++i) {
-        const auto next = static_cast<std::uint8_t>(text[i]);
-        good = (next & 0xc0) == 0x80;
-        character = character << 6 | (next & 0x3f);
-    }
-    const bool surrogate = character >= 0xd800 && character < 0xe000;
-    if (!good || (size == 3 && (surrogate || character < 0x800)))
+/** Take one character from the front of a text. Throws a Failure when there is none that a BMPString can hold. */
+char16_t take_character(std::string_view& text) {
+    const auto character = take_utf8(text);
+    if (!character)
         throw Failure(
             "the password is not UTF-8, from which --encoding bmp converts it; check the encoding of the terminal or "
             "file");
-    if (size == 4)
+    if (*character > 0xFFFF)
         throw Failure(
             "the password has a character beyond U+FFFF, which a BMPString cannot hold; take another password");
-    text.remove_prefix(size);
-    return character;
+    return static_cast<char16_t>(*character);
 }
 
 /** Make of a text what PKCS #12 wants: two bytes for each character, the high one first, and two zero bytes. */
 void encode_bmp(std::string_view text, SecretBytes& bmp) {
-    const auto add = [&](std::uint32_t character) {
+    const auto add = [&](char16_t character) {
         bmp.push_back(static_cast<std::uint8_t>(character >> 8));
         bmp.push_back(static_cast<std::uint8_t>(character));
     };

@@ -62,22 +62,34 @@ std::string_view without_line_end(std::string_view text) {
     return text;
 }
 
-std::u32string from_utf8(std::string_view text) {
+std::optional<char32_t> take_utf8(std::string_view& text) {
     constexpr char32_t smallest[] = {0, 0x80, 0x800, 0x10000};  // a character is written in the shortest form
+    const auto first = static_cast<std::uint8_t>(text.front());
+    if ((first >= 0x80 && first < 0xC0) || first >= 0xF8) return std::nullopt;
+    const std::size_t more = first < 0x80 ? 0 : first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;
+    if (text.size() <= more) return std::nullopt;
+    char32_t character = more == 0 ? first : first & (0x3FU >> more);
+    for (std::size_t i = 1; i <= more; ++i) {
+        const auto next = static_cast<std::uint8_t>(text[i]);
+        if (next >> 6 != 2) return std::nullopt;
+        character = character << 6 | (next & 0x3FU);
+    }
+    const bool surrogate = character >= 0xD800 && character < 0xE000;
+    if (character < smallest[more] || surrogate || character > 0x10FFFF) return std::nullopt;
+    text.remove_prefix(more + 1);
+    return character;
+}
+
+std::u32string from_utf8(std::string_view text) {
     std::u32string characters;
     while (!text.empty()) {
-        const auto first = static_cast<std::uint8_t>(text.front());
-        const std::size_t more = first < 0xC0 ? 0 : first < 0xE0 ? 1 : first < 0xF0 ? 2 : first < 0xF8 ? 3 : 0;
-        char32_t character = more == 0 ? first : first & (0x3FU >> more);
-        bool whole = text.size() > more;
-        for (std::size_t i = 1; whole && i <= more; ++i) {
-            const auto next = static_cast<std::uint8_t>(text[i]);
-            whole = next >> 6 == 2;
-            character = character << 6 | (next & 0x3FU);
+        const auto octet = static_cast<std::uint8_t>(text.front());
+        if (const auto character = take_utf8(text)) {
+            characters += *character;
+        } else {
+            characters += char32_t{octet};
+            text.remove_prefix(1);
         }
-        whole = whole && character >= smallest[more] && character <= 0x10FFFF;
-        characters += whole ? character : char32_t{first};
-        text.remove_prefix(whole ? more + 1 : 1);
     }
     return characters;
 }

@@ -1,4 +1,4 @@
-// Octets as hexadecimal digits, and file names in messages.
+// Text: hexadecimal and decimal digits, UTF-8, and file names in messages.
 #ifndef VRX_APP_TEXT_HPP
 #define VRX_APP_TEXT_HPP
 
@@ -33,6 +33,9 @@ std::optional<std::uint64_t> to_number(std::string_view text);
 /** A text without one line end (LF or CRLF) behind it. */
 std::string_view without_line_end(std::string_view text);
 
+/** Take one character in UTF-8 (RFC 3629) from the front of a text that is not empty; nothing, and the text stays as it
+ * is, when none begins there. */
+std::optional<char32_t> take_utf8(std::string_view& text);
 /** The characters of a text in UTF-8; an octet that is not UTF-8 is taken for the character of that number. */
 std::u32string from_utf8(std::string_view text);
 /** Append a character in UTF-8. */

@@ -456,7 +456,8 @@ def library_page():
                      "programs."),
              ".Ss Random numbers",
              *filled("Signatures and new key pairs take random bytes from a function of the caller, an RND_FUNC. It "
-                     "has to be good enough for keys, as getrandom(2) is."),
+                     "has to be good enough for keys, as getrandom(2) is; vrx_system_random() is one over it, an "
+                     "inline function of <vrx/random.h>, which is included by itself."),
              ".Sh EXAMPLES", "Encrypt a message that arrives in pieces, and decrypt it again:", *literal(example),
              ".Pp", "Compile it with", *literal(["cc first.c -lvrx -o first"]),
              ".Sh SEE ALSO", ".Xr vrx 1 ,", ".Xr getrandom 2 ,", *references(FAMILIES),

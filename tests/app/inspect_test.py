@@ -182,11 +182,14 @@ class Certificates(InspectTest):
         subject = x509.name(("0603550406", x509.text("13", "RU")), ("060355040a", x509.text("0c", "Ромашка, Inc \x1b[31m")),
                             ("0603550403", x509.text("1e", "Анна", "utf-16-be")), ("060355040b", x509.text("14", "é", "latin-1")),
                             ("06082a85030381030101", x509.text("12", "007")), ("06022a03", "0101ff"),
-                            ("0603550404", x509.element("0c", "c1810aff41")), ("060355042a", x509.text("0c", "🙂")))
+                            ("0603550404", x509.element("0c", "c1810aff41")), ("060355042a", x509.text("0c", "🙂")),
+                            # An overlong form, a surrogate, a number too large, and one that ends too soon.
+                            ("0603550407", x509.element("0c", "e08181eda181f4908181f09f99")))
         for locale in ("C", "C.UTF-8"):
             _, facts = self.facts(stdin=self.certificate(CURVE_A, subject=subject), env={"LC_ALL": locale})
             self.assertEqual(facts["subject"], "C=RU, O=Ромашка\\, Inc \\{1b}[31m, CN=Анна, OU=é, INN=007, 1.2.3=#ff, "
-                                               "SN=Á\\{81}\\{0a}ÿA, GN=🙂")
+                                               "SN=Á\\{81}\\{0a}ÿA, GN=🙂, "
+                                               "L=à\\{81}\\{81}í¡\\{81}ô\\{90}\\{81}\\{81}ð\\{9f}\\{99}")
 
     def test_of_an_issuer(self):
         issuer = x509.name(("0603550403", x509.text("0c", "Boris")))
