@@ -23,6 +23,9 @@ std::string_view without_suffix(std::string_view text, std::string_view suffix) 
     return text.ends_with(suffix) ? text.substr(0, text.size() - suffix.size()) : text;
 }
 
+/** The place of a set of the library in its list. */
+std::uint32_t curve_number(const EcParamSet& set) { return static_cast<std::uint32_t>(&set - get_GOSTR3410_par(0)); }
+
 bool is_called(const vrx_gost28147_par& set, std::string_view text) {
     const std::string_view name = set.name;
     const std::string_view middle = without_suffix(without_prefix(name, "id-Gost28147-89-"), "-ParamSet");
@@ -79,13 +82,9 @@ const EcParamSet& curve_by_name(std::string_view text) {
     throw Failure("there is no curve " + in_quotes(text) + "; use A, B, C, XchA, XchB or Test");
 }
 
-const char* curve_name(const EcParamSet& set) {
-    return curve_names[static_cast<std::size_t>(&set - get_GOSTR3410_par(0))];
-}
+const char* curve_name(const EcParamSet& set) { return curve_names.at(curve_number(set)); }
 
-const char* full_curve_name(const EcParamSet& set) {
-    return get_GOSTR3410_oid_name(static_cast<std::uint32_t>(&set - get_GOSTR3410_par(0)));
-}
+const char* full_curve_name(const EcParamSet& set) { return get_GOSTR3410_oid_name(curve_number(set)); }
 
 const char* table_name(const vrx_tz* table) {
     const auto cipher =
