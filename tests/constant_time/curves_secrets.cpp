@@ -68,12 +68,24 @@ bool works(const EcParamSet& set, const Number& secret) {
     if (ecSign(&set, digest, secret_bytes, any.d, &sig) != VRX_OK) return false;
     make_public(sig);
 
+    std::uint8_t octets[VRX_PRIVATE_KEY_SIZE];
+    if (ecUnloadPrivateKeyValue(d.d, octets) != VRX_OK || ecLoadPrivateKeyValue(octets, d.d) != VRX_OK) return false;
+
     std::uint8_t kek[VRX_KEK_SIZE];
     EcPoint peer;
     Number three = {{3}};
     if (ecGeneratePublicKey(&set, three.d, &peer) != VRX_OK) return false;
     make_public(peer);
     return ecMakeKEK(&set, &oid, ukm, d.d, &peer, kek) == VRX_OK;
+}
+
+/** The functions for multiples. Without a table epMultJ() computes something else, in times that tell of the number. */
+bool multiples(const EcParamSet& set, Number k) {
+    make_secret(k);
+    EcPoint r;
+    if (epMult(&r, &set.G, k.d, &set) != VRX_OK) return false;
+    if (set.has_precomp != 1) return true;
+    return epMultPP(&r, k.d, &set) == VRX_OK && epMultJ(&r, &set.pp[1], k.d, &set) == VRX_OK;
 }
 
 /** The engine of a name. valgrind runs the instructions of ADX, but hides from programs that it does. */
@@ -92,8 +104,11 @@ int main(int argc, char** argv) {
         return 2;
     }
     const vrx::test::ForcedEngine forced(*engine);
-    for (std::uint32_t i = 0; i < 4; ++i)
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        const EcParamSet& set = *get_GOSTR3410_par(i);
+        if (!multiples(set, secrets[1])) return 1;
         for (const Number& secret : secrets)
-            if (!works(*get_GOSTR3410_par(i), secret)) return 1;
+            if (!works(set, secret)) return 1;
+    }
     return 0;
 }

@@ -1,5 +1,6 @@
-// The hash, HMAC and PBKDF2, instruction by instruction: what each executes and which memory it names has to be the
-// same for every message, key and password of a length. Usage: hash_trace ENGINE | control
+// The hash, HMAC and keys from passwords, instruction by instruction: what each executes and which memory it names has
+// to be the same for every message, key and password of a length. Usage: hash_trace ENGINE | sha1 | control. The
+// variant of SHA-1 is the one for this processor.
 #include <cstdio>
 #include <random>
 #include <string_view>
@@ -61,6 +62,20 @@ void hmac(Secrets& s) {
 
 void derive(Secrets& s) { GOSTR3411_PKCS5_PBKDF2(s.key, 20, s.message, 8, 3, nullptr, 0, out, sizeof out); }
 
+void derive_as_pkcs12(Secrets& s) {
+    static std::uint8_t keys[50];
+    constexpr std::uint8_t any_oid[1] = {};
+    GOSTR3411_PBA_Derive(s.key, 20, s.message, 8, 3, 1, any_oid, sizeof any_oid, keys, sizeof keys);
+}
+
+void sha1(Secrets& s) {
+    sha_context ctx;
+    std::uint8_t digest[VRX_SHA1_SIZE];
+    shaInit(&ctx);
+    shaUpdate(&ctx, s.message, sizeof s.message);
+    shaFinal(&ctx, digest);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -69,6 +84,7 @@ int main(int argc, char** argv) {
         use(*engine_named("baseline"));
         return is_constant("look-ups", [](Secrets& s) { hash(TZ_3411_94[1], s); }) ? 1 : 0;
     }
+    if (name == "sha1") return is_constant("SHA-1", sha1) ? 0 : 1;
     const Engine* engine = engine_named(name);
     if (engine == nullptr) {
         std::fputs("this engine does not run here\n", stderr);
@@ -83,5 +99,6 @@ int main(int argc, char** argv) {
     }
     constant &= is_constant("hmac", hmac);
     constant &= is_constant("pbkdf2", derive);
+    constant &= is_constant("pkcs12", derive_as_pkcs12);
     return constant ? 0 : 1;
 }
