@@ -142,10 +142,7 @@ struct Bytes {
     static std::uint32_t byte2(std::uint32_t word) { return _bextr_u32(word, 16, 8); }
 };
 
-}  // namespace
-
-Way parallel_avx2(Mode mode, const Run& run) noexcept {
-    if (run.blocks < 32) return parallel_lookups(mode, run);
+[[gnu::noinline]] Way side_by_side(Mode mode, const Run& run) {
     tz::SBoxes room{};
     const tz::SBoxes* sboxes = tz::built_in_sboxes(run.table);
     if (sboxes == nullptr) {
@@ -162,6 +159,17 @@ Way parallel_avx2(Mode mode, const Run& run) noexcept {
     if (has_register(mode)) store_register(run.reg, reg);
     if (rest.blocks != 0) parallel_lookups(mode, rest);
     return Way::byte_planes;
+}
+
+}  // namespace
+
+Way parallel_avx2(Mode mode, const Run& run) noexcept {
+    if (run.blocks < 32) return parallel_lookups(mode, run);
+    // There are more planes than registers: text stays on the stack.
+    constexpr std::size_t deepest = 3584;
+    const Way way = side_by_side(mode, run);
+    wipe_stack<deepest>();
+    return way;
 }
 
 void chain_bmi(Chain mode, const Run& run) noexcept { run_chain<Bytes>(mode, run); }

@@ -55,10 +55,9 @@ private:
     alignas(64) std::uint32_t twice_[512];
 };
 
-/** At least one block. */
+/** At least one block. Words of the key are left on the stack, as many as the compiler kept there. */
 template <typename Bytes>
-void run_chain(Chain mode, const Run& run) {
-    const EarlyRounds<Bytes> rounds(run.key, run.table);
+[[gnu::noinline]] void chain_blocks(const EarlyRounds<Bytes>& rounds, Chain mode, const Run& run) {
     Block r = load_block(run.reg);
     const std::uint8_t* in = run.in;
     std::uint8_t* out = run.out;
@@ -87,6 +86,15 @@ void run_chain(Chain mode, const Run& run) {
             break;
     }
     store_register(run.reg, r);
+}
+
+/** At least one block. The table of the early rounds is public, and lies above what is wiped. */
+template <typename Bytes>
+void run_chain(Chain mode, const Run& run) {
+    constexpr std::size_t deepest = 512;
+    const EarlyRounds<Bytes> rounds(run.key, run.table);
+    chain_blocks(rounds, mode, run);
+    wipe_stack<deepest>();
 }
 
 }  // namespace vrx::gost28147

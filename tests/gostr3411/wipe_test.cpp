@@ -1,14 +1,48 @@
 // Keys, passwords and what is derived from them do not stay on the stack.
 #include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <cstdlib>
+#include <utility>
 
 #include "fields.hpp"
 #include "messages.hpp"
 #include "support/own_stack.hpp"
 #include "support/random.hpp"
 
+// What free() is given, looked at before. The linker leads the library's calls here.
+namespace {
+
+using vrx::test::Bytes;
+
+/** What was on the heap when it was given back. */
+Bytes* freed = nullptr;
+
+}  // namespace
+
+extern "C" void __real_free(void* memory);
+extern "C" void __wrap_free(void* memory) {
+    if (freed != nullptr && memory != nullptr) {
+        Bytes* const kept = std::exchange(freed, nullptr);  // what follows gives memory back, too
+        const auto* first = static_cast<const std::uint8_t*>(memory);
+        kept->insert(kept->end(), first, first + malloc_usable_size(memory));
+        freed = kept;
+    }
+    __real_free(memory);
+}
+
 namespace {
 
 using namespace vrx::test;
+
+/** What is on the heap when the call gives it back. */
+Bytes heap_after(const std::function<void()>& call) {
+    Bytes memory;
+    freed = &memory;
+    call();
+    freed = nullptr;
+    return memory;
+}
 
 class WipeTest : public testing::Test {
 protected:
@@ -102,6 +136,30 @@ TEST_F(WipeTest, pkcs12_derivation_leaves_nothing_of_password_and_result) {
             GOSTR3411_PBA_Derive(password.data(), 32, message.data(), 8, iterations, 1, oid, 1, out.data(), 32);
         });
     }
+}
+
+TEST_F(WipeTest, pkcs12_derivation_leaves_nothing_on_the_heap) {
+    const Bytes password = random.bytes(70);
+    const std::uint8_t oid[1] = {};
+    // Of two blocks of result the second one begins with the password and the first one added up.
+    Bytes keys(64);
+    const Bytes heap = heap_after(
+        [&] { GOSTR3411_PBA_Derive(password.data(), 70, message.data(), 8, 3, 1, oid, 1, keys.data(), 64); });
+    ASSERT_GE(heap.size(), 128U);  // the salt and the password in whole blocks
+    EXPECT_TRUE(std::all_of(heap.begin(), heap.begin() + 128, [](std::uint8_t byte) { return byte == 0; }));
+    EXPECT_FALSE(holds_part_of(heap, password));
+}
+
+// The instrument: what is not wiped is found.
+TEST_F(WipeTest, a_password_left_on_the_heap_is_found) {
+    const Bytes password = random.bytes(70);
+    const Bytes heap = heap_after([&] {
+        void* copy = std::malloc(password.size());
+        std::copy(password.begin(), password.end(), static_cast<std::uint8_t*>(copy));
+        asm volatile("" : : "r"(copy) : "memory");
+        std::free(copy);
+    });
+    EXPECT_TRUE(holds_part_of(heap, password));
 }
 
 }  // namespace

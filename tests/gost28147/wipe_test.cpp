@@ -1,0 +1,153 @@
+// Keys, the keys that meshing makes of them, and plaintext do not stay on the stack. Each call runs on one of its own.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "support/own_stack.hpp"
+#include "support/random.hpp"
+#include "vrx.h"
+
+namespace {
+
+using namespace vrx::test;
+
+struct Secrets {
+    std::uint32_t key[VRX_KEY_WORDS];
+    std::uint8_t iv[VRX_BLOCK_SIZE];
+    std::uint8_t text[2 * VRX_MESHING_SECTION + 24];
+    std::uint8_t mac[VRX_BLOCK_SIZE];
+    vrx_crpt_ctx ctx;
+};
+
+struct Call {
+    const char* name;
+    /** Where the plaintext is: in the data, or in what becomes of them. */
+    enum { before, after } plaintext;
+    /** What comes before, unobserved. */
+    std::function<void(Secrets&)> prepare;
+    std::function<void(Secrets&)> run;
+};
+
+constexpr auto nothing = [](Secrets&) {};
+const vrx_tz& table = TZ_28147_89[1];
+
+Call mode(const char* name, int mode, int direction, std::uint32_t size) {
+    return {name, direction != 0 ? Call::before : Call::after, nothing, [=](Secrets& s) {
+                const vrx_data in{size, s.text};
+                vrx_data out = in;
+                do_cipher_low(&table, mode, &in, &out, s.iv, s.key, direction, VRX_FLAG_FIRST | VRX_FLAG_PAD);
+            }};
+}
+
+void init(Secrets& s, std::uint32_t mode, int direction) {
+    vrx_crpt_init_context(&s.ctx, direction, get_GOST28147_par(1)->tz, mode, 0, 1, 0, s.iv, s.key);
+}
+
+/** In pieces, over two borders where the key is meshed. */
+Call context(const char* name, std::uint32_t mode, int direction) {
+    return {name, direction != 0 ? Call::before : Call::after, [=](Secrets& s) { init(s, mode, direction); },
+            [](Secrets& s) {
+                for (const std::uint32_t piece : {24U, 1700U, 8U, 340U}) {
+                    const vrx_data in{piece, s.text};
+                    vrx_data out = in;
+                    vrx_crpt_update(&s.ctx, &in, &out);
+                }
+                vrx_crpt_final(&s.ctx);
+            }};
+}
+
+using Kernel = void (*)(const std::uint8_t*, std::uint8_t*, const std::uint32_t*, const vrx_tz*);
+Call block(const char* name, Kernel kernel, int direction) {
+    return {name, direction != 0 ? Call::before : Call::after, nothing,
+            [kernel](Secrets& s) { kernel(s.text, s.text, s.key, &table); }};
+}
+
+const Call calls[] = {
+    mode("ss_encryption", VRX_MODE_SS, 1, 1024),
+    mode("ss_decryption", VRX_MODE_SS, 0, 1024),
+    mode("ss_of_few_blocks", VRX_MODE_SS, 1, 24),
+    mode("gamm", VRX_MODE_GAMM, 1, 1023),
+    mode("gamm_of_few_blocks", VRX_MODE_GAMM, 1, 23),
+    mode("gfb_encryption", VRX_MODE_GFB, 1, 1023),
+    mode("gfb_decryption", VRX_MODE_GFB, 0, 1023),
+    mode("cbc_encryption", VRX_MODE_CBC, 1, 1024),
+    mode("cbc_decryption", VRX_MODE_CBC, 0, 1024),
+    {"imito", Call::before, nothing,
+     [](Secrets& s) {
+         const vrx_data in{1023, s.text};
+         vrx_data out{sizeof s.mac, s.mac};
+         do_imito_low(&table, &in, &out, s.key, VRX_FLAG_FIRST);
+     }},
+    {"init_context", Call::before, nothing, [](Secrets& s) { init(s, VRX_MODE_GAMM, 1); }},
+    context("context_ss", VRX_MODE_SS, 1),
+    context("context_gamm", VRX_MODE_GAMM, 1),
+    context("context_gfb_encryption", VRX_MODE_GFB, 1),
+    context("context_gfb_decryption", VRX_MODE_GFB, 0),
+    context("context_cbc_encryption", VRX_MODE_CBC, 1),
+    context("context_cbc_decryption", VRX_MODE_CBC, 0),
+    context("context_imito", VRX_MODE_IMITO, 1),
+    {"key_meshing", Call::before, [](Secrets& s) { init(s, VRX_MODE_GAMM, 1); },
+     [](Secrets& s) { vrx_make_key_meshing(&s.ctx); }},
+    block("block_encryption", vrx_gost_encr_64_m, 1),
+    block("block_decryption", vrx_gost_decr_64_m, 0),
+    {"block_mac", Call::before, nothing, [](Secrets& s) { vrx_gost_imito_64_m(s.text, s.mac, s.key, &table); }},
+    {"block_gamm", Call::before, nothing, [](Secrets& s) { vrx_gost_gamm_64_m(s.text, s.text, s.iv, s.key, &table); }},
+    {"block_gfb", Call::after, nothing, [](Secrets& s) { vrx_gost_GFB_64_m(s.text, s.text, s.iv, s.key, &table, 0); }},
+    {"block_cbc", Call::after, nothing, [](Secrets& s) { vrx_gost_cbc_64_m(s.text, s.text, s.iv, s.key, &table, 0); }},
+};
+
+/** What of the secrets is found on the stack: eight bytes in a row, or a word of the key eight bytes wide, as in a
+ * vector. */
+std::string left_by(const Call& call) {
+    static Secrets secrets;
+    Random random;
+    // The first run is for what happens once: functions of the C library are found, with all registers put aside.
+    for (int run = 0; run < 2; ++run) {
+        secrets = random.value<Secrets>();
+        call.prepare(secrets);
+        if (run == 0) call.run(secrets);
+    }
+    std::vector<std::pair<std::string, Bytes>> wanted;
+    const auto add = [&](const char* what, const void* bytes, std::size_t size) {
+        const auto* first = static_cast<const std::uint8_t*>(bytes);
+        wanted.emplace_back(what, Bytes(first, first + size));
+    };
+    const auto add_key = [&](const char* what, const void* key) {
+        add(what, key, VRX_KEY_SIZE);
+        for (unsigned i = 0; i < VRX_KEY_WORDS; ++i) {
+            const auto* word = static_cast<const std::uint8_t*>(key) + 4 * i;
+            Bytes twice(word, word + 4);
+            twice.insert(twice.end(), word, word + 4);
+            wanted.emplace_back(std::string(what) + ", a word", twice);
+        }
+    };
+    add_key("the key", secrets.key);
+    if (call.plaintext == Call::before) add("the plaintext", secrets.text, sizeof secrets.text);
+    const Bytes stack = stack_after([&] { call.run(secrets); });
+    if (call.plaintext == Call::after) add("the plaintext", secrets.text, sizeof secrets.text);
+    add_key("the meshed key", secrets.ctx.key);
+    std::string found;
+    for (const auto& [what, bytes] : wanted)
+        if (holds_part_of(stack, bytes)) found += what + "; ";
+    return found;
+}
+
+class CipherWiping : public testing::TestWithParam<Call> {};
+
+TEST_P(CipherWiping, nothing_is_left_of_keys_and_plaintext) { EXPECT_EQ(left_by(GetParam()), ""); }
+
+INSTANTIATE_TEST_SUITE_P(All, CipherWiping, testing::ValuesIn(calls),
+                         [](const auto& call) { return std::string(call.param.name); });
+
+// The instrument: a key that is left is found.
+TEST(CipherWipingControl, a_key_left_on_the_stack_is_found) {
+    EXPECT_EQ(left_by({"", Call::before, nothing,
+                       [](Secrets& s) {
+                           std::uint32_t copy[VRX_KEY_WORDS];
+                           std::memcpy(copy, s.key, sizeof copy);
+                           asm volatile("" : : "r"(copy) : "memory");
+                       }}),
+              "the key; ");
+}
+
+}  // namespace
