@@ -174,16 +174,38 @@ Job sha1() {
             }};
 }
 
+using Private = std::array<std::uint32_t, VRX_ECC_DIGITS>;
+
+/** A source of random numbers that goes by the number of the job; each thread has its own. */
+struct Drawing {
+    static inline thread_local Random random{0};
+    static int draw(void* buffer, std::uint32_t length) {
+        random.fill({static_cast<std::uint8_t*>(buffer), length});
+        return 0;
+    }
+};
+
+/** A key agreed on with oneself, and diversified. */
+Job agreement(const char* name, std::uint32_t index) {
+    return {name, [index](unsigned number) {
+                Drawing::random = Random(number);
+                const EcParamSet* set = get_GOSTR3410_par(index);
+                const vrx_data oid{VRX_PAR_OID_SIZE, const_cast<std::uint8_t*>(VRX_PAR_HASH_1_OID)};
+                const std::uint8_t ukm[VRX_UKM_SIZE] = {1, 2, 3, 4, 5, 6, 7, static_cast<std::uint8_t>(number)};
+                Private d{};
+                EcPoint key;
+                Bytes kek(VRX_KEK_SIZE);
+                expect_ok(ecGenerateKeyPair(set, Drawing::draw, d.data(), &key));
+                expect_ok(ecMakeKEK(set, &oid, ukm, d.data(), &key, kek.data()));
+                expect_ok(ecDiversifyKEK(&TZ_28147_89[1], kek.data(), ukm));
+                return kek;
+            }};
+}
+
 /** Keys, signatures and their verification on one record of the library's. */
 Job signatures(const char* name, std::uint32_t index) {
     return {name, [index](unsigned number) {
-                // The numbers that the thread draws.
-                thread_local Random random(0);
-                random = Random(number);
-                const auto draw = [](void* buffer, std::uint32_t length) {
-                    random.fill({static_cast<std::uint8_t*>(buffer), length});
-                    return 0;
-                };
+                Drawing::random = Random(number);
                 const EcParamSet* set = get_GOSTR3410_par(index);
                 const std::uint32_t digest[VRX_ECC_DIGEST_WORDS] = {number, 1, 2, 3, 4, 5, 6, 7};
                 struct {
@@ -191,8 +213,8 @@ Job signatures(const char* name, std::uint32_t index) {
                     EcPoint key;
                     EcSignature signature;
                 } made;
-                expect_ok(ecGenerateKeyPair(set, draw, made.d, &made.key));
-                expect_ok(ecSign(set, digest, draw, made.d, &made.signature));
+                expect_ok(ecGenerateKeyPair(set, Drawing::draw, made.d, &made.key));
+                expect_ok(ecSign(set, digest, Drawing::draw, made.d, &made.signature));
                 expect_ok(ecVerify(set, digest, &made.key, &made.signature));
                 return octets(&made, sizeof made);
             }};
@@ -216,7 +238,12 @@ const std::vector<Job> jobs = {one_shot("one_shot_ss", VRX_MODE_SS),
                                sha1(),
                                signatures("signatures_test", 0),
                                signatures("signatures_a", 1),
-                               signatures("signatures_c", 3)};
+                               signatures("signatures_b", 2),
+                               signatures("signatures_c", 3),
+                               signatures("signatures_xch_a", 4),
+                               signatures("signatures_xch_b", 5),
+                               agreement("agreement_a", 1),
+                               agreement("agreement_c", 3)};
 
 class Threads : public testing::TestWithParam<Job> {};
 
@@ -233,6 +260,43 @@ TEST_P(Threads, many_at_once_get_what_one_gets) {
 
 INSTANTIATE_TEST_SUITE_P(jobs, Threads, testing::ValuesIn(jobs),
                          [](const testing::TestParamInfo<Job>& job) { return std::string(job.param.name); });
+
+// Each thread does something else: the first calls of all families at once, hashing while others read the registry.
+TEST(MixedWork, at_once_is_the_same_as_one_after_the_other) {
+    std::array<std::array<Bytes, rounds>, thread_count> results;
+    const auto job = [](unsigned i, unsigned round) -> const Job& { return jobs[(5 * i + round) % jobs.size()]; };
+    at_once([&](unsigned i) {
+        for (unsigned round = 0; round < rounds; ++round) results[i][round] = job(i, round).result_for(round);
+    });
+    for (unsigned i = 0; i < thread_count; ++i)
+        for (unsigned round = 0; round < rounds; ++round)
+            ASSERT_EQ(results[i][round], job(i, round).result_for(round)) << "thread " << i;
+}
+
+// The cipher's list is filled by one thread; then any number may find records in it while others work.
+TEST(Registry, is_read_by_some_threads_while_others_hash_and_encrypt) {
+    vrx_gost28147_par* first = nullptr;
+    expect_ok(oidFindGOST28147Par(VRX_PAR_CIPHER_A_OID, VRX_PAR_OID_SIZE, &first));
+    const Job hashing = hash();
+    const Job encrypting = context("context_gamm", VRX_MODE_GAMM);
+    at_once([&](unsigned i) {
+        for (unsigned round = 0; round < rounds; ++round) {
+            if (i % 2 == 0) {
+                const Job& work = i % 4 == 0 ? hashing : encrypting;
+                EXPECT_EQ(work.result_for(round), work.result_for(round));
+                continue;
+            }
+            for (unsigned time = 0; time < 50; ++time) {
+                vrx_gost28147_par* found = nullptr;
+                expect_ok(oidFindGOST28147Par(VRX_PAR_CIPHER_A_OID, VRX_PAR_OID_SIZE, &found));
+                EXPECT_EQ(found, first);
+                const vrx_gostr3411_par* hash_set = nullptr;
+                expect_ok(oidFindGOSTR3411Par(VRX_PAR_HASH_1_OID, VRX_PAR_OID_SIZE, &hash_set));
+                EXPECT_EQ(hash_set, &GOSTR3411_OIDS[1]);
+            }
+        }
+    });
+}
 
 TEST(Log, failures_of_many_threads_are_whole_lines) {
     LogCapture log;
