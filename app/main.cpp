@@ -14,6 +14,7 @@
 #include "files.hpp"
 #include "text.hpp"
 #include "topics.hpp"
+#include "traces.hpp"
 
 namespace vrx::app {
 namespace {
@@ -97,14 +98,8 @@ int run(int argc, char** argv) {
     return command->run(*command, argc - 1, argv + 1);
 }
 
-}  // namespace
-}  // namespace vrx::app
-
-int main(int argc, char** argv) {
-    using namespace vrx::app;
-    occupy_standard_streams();
-    // Past the size limit of the user a write shall fail like any other.
-    std::signal(SIGXFSZ, SIG_IGN);
+/** The exit code; failures are reported. */
+[[gnu::noinline]] int run_and_report(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const Failure& failure) {
@@ -115,4 +110,17 @@ int main(int argc, char** argv) {
         say("unexpected failure, a fault of the program; please report it: ", error.what());
     }
     return exit_trouble;
+}
+
+}  // namespace
+}  // namespace vrx::app
+
+int main(int argc, char** argv) {
+    using namespace vrx::app;
+    occupy_standard_streams();
+    // Past the size limit of the user a write shall fail like any other.
+    std::signal(SIGXFSZ, SIG_IGN);
+    const int code = run_and_report(argc, argv);
+    clear_traces();
+    return code;
 }
