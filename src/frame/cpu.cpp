@@ -46,47 +46,47 @@ std::uint32_t saved_state(unsigned leaf1_ecx) {
     return low;
 }
 
-bool is_amd() {
-    unsigned eax = 0;
-    unsigned vendor[3] = {};
-    __get_cpuid(0, &eax, &vendor[0], &vendor[2], &vendor[1]);
+bool is_amd(const Leaf& leaf0) {
+    const unsigned vendor[] = {leaf0.ebx, leaf0.edx, leaf0.ecx};
     return std::memcmp(vendor, "AuthenticAMD", sizeof vendor) == 0;
 }
 
 /** What is no instruction: prompt_vectors and large_l1. */
-std::uint32_t traits(unsigned leaf1_eax) {
-    const bool amd = is_amd();
-    const unsigned family = (leaf1_eax >> 8 & 15) + (leaf1_eax >> 20 & 255);
-    std::uint32_t found = amd && family >= 0x1a ? baseline : prompt_vectors;
-    // Both makers describe the cache in the same way, in different leaves.
-    unsigned eax = 0;
-    unsigned lines = 0;
-    unsigned sets = 0;
-    unsigned edx = 0;
-    if (__get_cpuid_count(amd ? 0x8000001d : 4, 0, &eax, &lines, &sets, &edx) != 0) {
-        const std::uint64_t size =
-            ((lines >> 22) + 1ULL) * ((lines >> 12 & 1023) + 1) * ((lines & 4095) + 1) * (sets + 1ULL);
-        if (size >= 48 * 1024) found |= large_l1;
-    }
+std::uint32_t traits(const Answers& a) {
+    const unsigned family = (a.leaf1.eax >> 8 & 15) + (a.leaf1.eax >> 20 & 255);
+    std::uint32_t found = is_amd(a.leaf0) && family >= 0x1a ? baseline : prompt_vectors;
+    const unsigned lines = a.cache.ebx;
+    const unsigned sets = a.cache.ecx;
+    const std::uint64_t size =
+        ((lines >> 22) + 1ULL) * ((lines >> 12 & 1023) + 1) * ((lines & 4095) + 1) * (sets + 1ULL);
+    if (size >= 48 * 1024) found |= large_l1;
     return found;
+}
+
+/** The answer where the processor knows the question, else zeros. */
+Leaf ask(unsigned leaf) {
+    Leaf a{};
+    __get_cpuid_count(leaf, 0, &a.eax, &a.ebx, &a.ecx, &a.edx);
+    return a;
 }
 
 }  // namespace
 
-std::uint32_t features() {
-    struct {
-        unsigned eax, ebx, ecx, edx;
-    } leaf1{}, leaf7{};
-    __get_cpuid(1, &leaf1.eax, &leaf1.ebx, &leaf1.ecx, &leaf1.edx);
-    __get_cpuid_count(7, 0, &leaf7.eax, &leaf7.ebx, &leaf7.ecx, &leaf7.edx);
-    const std::uint32_t saved = saved_state(leaf1.ecx);
-    std::uint32_t found = traits(leaf1.eax);
+std::uint32_t features(const Answers& answers) {
+    std::uint32_t found = traits(answers);
     for (const Flag& flag : flags) {
-        const auto& leaf = flag.leaf == 1 ? leaf1 : leaf7;
+        const Leaf& leaf = flag.leaf == 1 ? answers.leaf1 : answers.leaf7;
         const unsigned announced = flag.reg == ebx ? leaf.ebx : leaf.ecx;
-        if ((announced >> flag.bit & 1) != 0 && (saved & flag.needs) == flag.needs) found |= flag.feature;
+        if ((announced >> flag.bit & 1) != 0 && (answers.saved & flag.needs) == flag.needs) found |= flag.feature;
     }
     return found;
+}
+
+std::uint32_t features() {
+    const Leaf leaf0 = ask(0);
+    const Leaf leaf1 = ask(1);
+    // Both makers describe the cache in the same way, in different leaves.
+    return features({leaf0, leaf1, ask(7), ask(is_amd(leaf0) ? 0x8000001d : 4), saved_state(leaf1.ecx)});
 }
 
 }  // namespace vrx::cpu

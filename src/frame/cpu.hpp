@@ -26,6 +26,21 @@ inline constexpr std::uint32_t prompt_vectors = 1U << 13;
 /** Not an instruction either: the nearest cache for data has at least 48 KiB. */
 inline constexpr std::uint32_t large_l1 = 1U << 14;
 
+/** What one question to the processor brings. */
+struct Leaf {
+    unsigned eax, ebx, ecx, edx;
+};
+
+/** What a processor and its operating system say of themselves. */
+struct Answers {
+    Leaf leaf0, leaf1, leaf7;
+    Leaf cache;           // the nearest for data: leaf 4, with AMD's processors 8000001Dh
+    std::uint32_t saved;  // XCR0: the register sets that the system saves
+};
+
+/** The features that follow from them. */
+[[nodiscard]] std::uint32_t features(const Answers& answers);
+
 /**
  * The features of this processor. Those with wider registers count only where the operating system saves them.
  *

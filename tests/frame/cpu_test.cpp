@@ -1,7 +1,9 @@
 // The features of the processor, beside what the compiler's own run time finds.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
+#include <span>
 #include <string>
 
 #include "frame/cpu.hpp"
@@ -56,6 +58,98 @@ TEST(cpu, each_feature_has_a_bit_of_its_own) {
         EXPECT_EQ(seen & feature, 0U);
         seen |= feature;
     }
+}
+
+// The bits are those of the processors' manuals.
+struct Announced {
+    std::uint32_t feature;
+    unsigned bit;
+    unsigned cpu::Leaf::*reg;
+    cpu::Leaf cpu::Answers::*leaf;
+};
+constexpr Announced legacy[] = {
+    {cpu::ssse3, 9, &cpu::Leaf::ecx, &cpu::Answers::leaf1}, {cpu::sse41, 19, &cpu::Leaf::ecx, &cpu::Answers::leaf1},
+    {cpu::bmi1, 3, &cpu::Leaf::ebx, &cpu::Answers::leaf7},  {cpu::bmi2, 8, &cpu::Leaf::ebx, &cpu::Answers::leaf7},
+    {cpu::adx, 19, &cpu::Leaf::ebx, &cpu::Answers::leaf7},  {cpu::sha, 29, &cpu::Leaf::ebx, &cpu::Answers::leaf7},
+};
+constexpr Announced avx[] = {{cpu::avx2, 5, &cpu::Leaf::ebx, &cpu::Answers::leaf7}};
+constexpr Announced avx512[] = {
+    {cpu::avx512f, 16, &cpu::Leaf::ebx, &cpu::Answers::leaf7},
+    {cpu::avx512ifma, 21, &cpu::Leaf::ebx, &cpu::Answers::leaf7},
+    {cpu::avx512bw, 30, &cpu::Leaf::ebx, &cpu::Answers::leaf7},
+    {cpu::avx512vl, 31, &cpu::Leaf::ebx, &cpu::Answers::leaf7},
+    {cpu::avx512vbmi, 1, &cpu::Leaf::ecx, &cpu::Answers::leaf7},
+    {cpu::avx512vbmi2, 6, &cpu::Leaf::ecx, &cpu::Answers::leaf7},
+};
+
+/** Says nothing of itself; its vectors are not slow. */
+constexpr cpu::Answers silent{};
+
+std::uint32_t instructions(const cpu::Answers& answers) {
+    return cpu::features(answers) & ~(cpu::prompt_vectors | cpu::large_l1);
+}
+
+TEST(cpu, a_feature_is_there_where_its_bit_is_and_the_system_saves_its_registers) {
+    const auto check = [](std::span<const Announced> list, std::uint32_t saved) {
+        for (const Announced& a : list) {
+            cpu::Answers answers = silent;
+            answers.*a.leaf.*a.reg = 1U << a.bit;
+            answers.saved = saved;
+            EXPECT_EQ(instructions(answers), a.feature) << a.bit;
+            for (std::uint32_t missing = 1; missing <= saved; missing <<= 1) {
+                answers.saved = 0xffffffffU & ~missing;
+                EXPECT_EQ(instructions(answers), (saved & missing) != 0 ? 0 : a.feature) << a.bit << ' ' << missing;
+            }
+        }
+    };
+    check(legacy, 0x02);
+    check(avx, 0x06);
+    check(avx512, 0xe6);
+}
+
+TEST(cpu, no_other_bit_announces_a_feature) {
+    cpu::Answers answers = silent;
+    answers.saved = 0xffffffffU;
+    answers.leaf1 = answers.leaf7 = {0xffffffffU, 0xffffffffU, 0xffffffffU, 0xffffffffU};
+    for (const std::span<const Announced> list : std::initializer_list<std::span<const Announced>>{legacy, avx, avx512})
+        for (const Announced& a : list) answers.*a.leaf.*a.reg &= ~(1U << a.bit);
+    EXPECT_EQ(instructions(answers), 0U);
+}
+
+TEST(cpu, vectors_are_slow_on_amd_processors_from_family_1ah_alone) {
+    const auto prompt = [](const char* vendor, unsigned family) {
+        cpu::Answers answers = silent;
+        std::memcpy(&answers.leaf0.ebx, vendor, 4);
+        std::memcpy(&answers.leaf0.edx, vendor + 4, 4);
+        std::memcpy(&answers.leaf0.ecx, vendor + 8, 4);
+        // The first four bits count up to 15, the other eight are added.
+        answers.leaf1.eax = family <= 15 ? family << 8 : 15U << 8 | (family - 15) << 20;
+        answers.leaf1.eax |= 0xf00ff0ffU;  // model and stepping
+        return (cpu::features(answers) & cpu::prompt_vectors) != 0;
+    };
+    for (const unsigned family : {6U, 0xfU, 0x17U, 0x19U}) EXPECT_TRUE(prompt("AuthenticAMD", family)) << family;
+    for (const unsigned family : {0x1aU, 0x1bU, 0x2aU, 0x10eU}) EXPECT_FALSE(prompt("AuthenticAMD", family)) << family;
+    for (const unsigned family : {6U, 0x1aU, 0x10eU}) EXPECT_TRUE(prompt("GenuineIntel", family)) << family;
+    EXPECT_TRUE(prompt("AuthenticAMX", 0x1a));
+}
+
+TEST(cpu, a_cache_is_large_from_48_kib) {
+    const auto large = [](unsigned ways, unsigned partitions, unsigned line, unsigned sets) {
+        cpu::Answers answers = silent;
+        answers.cache.ebx = (ways - 1) << 22 | (partitions - 1) << 12 | (line - 1);
+        answers.cache.ecx = sets - 1;
+        return (cpu::features(answers) & cpu::large_l1) != 0;
+    };
+    EXPECT_FALSE(large(8, 1, 64, 64));
+    EXPECT_FALSE(large(11, 1, 64, 64));
+    EXPECT_TRUE(large(12, 1, 64, 64));
+    EXPECT_TRUE(large(6, 2, 64, 64));
+    EXPECT_FALSE(large(6, 2, 64, 63));
+    EXPECT_TRUE(large(1, 1024, 48, 1));
+    EXPECT_TRUE(large(1, 1, 4096, 12));
+    EXPECT_TRUE(large(1024, 1, 48, 1));
+    EXPECT_TRUE(large(1, 1, 1, 48 * 1024));
+    EXPECT_FALSE((cpu::features(silent) & cpu::large_l1) != 0);
 }
 
 }  // namespace

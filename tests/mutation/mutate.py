@@ -212,12 +212,13 @@ def main():
     needed = list(dict.fromkeys(run for file, of_file in chosen.items() if of_file for run in tests_of(file)))
     shops = [Workshop(PROJECT / "build/mutation" / str(i + 1), max(1, 2 // arguments.jobs))
              for i in range(arguments.jobs)]
-    for shop in shops:
-        shop.prepare(needed)
+    shops[0].prepare(needed)
     seconds = shops[0].measure(needed)
     results = collections.defaultdict(collections.Counter)
 
     def plant(shop):
+        if shop is not shops[0]:
+            shop.prepare(needed)
         while True:
             try:
                 file, change, where = work.get_nowait()
