@@ -22,6 +22,8 @@ from changes import changes
 PROJECT = Path(__file__).resolve().parents[2]
 MEMORY_LIMIT = 8 << 30
 WALL_LIMIT = 600
+SANITIZED = ["-DCMAKE_C_COMPILER=clang", "-DCMAKE_CXX_COMPILER=clang++", "-DVRX_SANITIZE=address,undefined"]
+WITHOUT_SANITIZERS = {"bigdigits_wipe_O2", "faults_library"}
 
 
 @dataclass(frozen=True)
@@ -40,7 +42,8 @@ def runs(*programs, engines=("",), filter="*"):
     return [Run(program, engine, filter) for program in programs for engine in engines]
 
 
-CIPHER = runs("kernel", "known_answers", "modes", "meshing", "context", engines=("", "avx2", "baseline")) + runs("engine")
+CIPHER = runs("kernel", "known_answers", "modes", "meshing", "context", engines=("", "avx2", "baseline")) + \
+    runs("engine")
 HASH = runs("gostr3411", engines=("vbmi", "avx2_wide", "avx2", "baseline"), filter="-*2_to_29*") + \
     runs("gostr3411", filter="*2_to_29*") + runs("gostr3411_engine")
 SHA1 = runs("sha1", filter="-*2_to_32*") + runs("sha1", filter="*2_to_32*")
@@ -64,8 +67,9 @@ TESTS = {
 }
 
 
-def tests_of(file):
-    return TESTS[max((folder for folder in TESTS if file.startswith(folder + "/")), key=len)]
+def tests_of(file, sanitize=False):
+    of_folder = TESTS[max((folder for folder in TESTS if file.startswith(folder + "/")), key=len)]
+    return [run for run in of_folder if not (sanitize and run.program in WITHOUT_SANITIZERS)]
 
 
 def sources():
@@ -95,10 +99,11 @@ def sample(found, size, seed):
 class Workshop:
     """A copy of the project, in which one change after the other is planted."""
 
-    def __init__(self, place, jobs):
+    def __init__(self, place, jobs, sanitize):
         self.tree = place / "tree"
-        self.build = place / "build"
+        self.build = place / ("sanitized" if sanitize else "build")
         self.jobs = jobs  # of the compiler
+        self.sanitize = sanitize
 
     def prepare(self, needed):
         """Copies what is new, and compiles what is needed."""
@@ -111,7 +116,7 @@ class Workshop:
                 shutil.copyfile(new, old)
         subprocess.run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None",
                         "-DCMAKE_C_FLAGS=-O1 -DNDEBUG", "-DCMAKE_CXX_FLAGS=-O1 -DNDEBUG",
-                        "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST"],
+                        "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST", *(SANITIZED if self.sanitize else [])],
                        check=True, stdout=subprocess.DEVNULL)
         programs = sorted({run.program for run in needed})
         if said := self.compile(*(p + "_test" for p in programs)):
@@ -137,17 +142,20 @@ class Workshop:
         """What a run complains of."""
         def limit():
             resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
-            resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
+            if not self.sanitize:  # the sanitizers take all addresses
+                resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
         program = next((self.build / "tests").rglob(run.program + "_test"))
         environment = dict(os.environ, VRX_TEST_SEED="1")
         if run.engine:
             environment["VRX_TEST_ENGINE"] = run.engine
+        fixed = ["setarch", "-R"] if self.sanitize else []
         try:
-            done = subprocess.run([program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={run.filter}"],
-                                  env=environment, preexec_fn=limit, timeout=WALL_LIMIT, stdin=subprocess.DEVNULL,
-                                  capture_output=True, text=True, errors="replace", cwd=self.build)
+            done = subprocess.run([*fixed, program, "--gtest_brief=1", "--gtest_fail_fast",
+                                   f"--gtest_filter={run.filter}"], env=environment,
+                                  preexec_fn=limit, timeout=WALL_LIMIT, stdin=subprocess.DEVNULL, capture_output=True,
+                                  text=True, errors="replace", cwd=self.build)
         except subprocess.TimeoutExpired:
             return "hangs"
         return f"{done.stdout}\nexit code {done.returncode}" if done.returncode else ""
@@ -160,7 +168,7 @@ class Workshop:
         try:
             if self.compile("vrx_testing"):
                 return "does not compile"
-            for run in sorted(tests_of(file), key=seconds.get):
+            for run in sorted(tests_of(file, self.sanitize), key=seconds.get):
                 if self.compile(run.program + "_test"):
                     return f"caught by the compiler of {run.program}"
                 if self.fails(run, int(10 * seconds[run]) + 2):
@@ -192,7 +200,8 @@ def main():
     parser.add_argument("files", nargs="*", metavar="FILE[:LINE]", help="sources or folders (default: src)")
     parser.add_argument("--sample", type=int, metavar="N", help="about N changes of all that the library has")
     parser.add_argument("--seed", default="1", metavar="S", help="draws another sample (default: 1)")
-    parser.add_argument("--jobs", type=int, default=2, metavar="J", help="copies that work beside each other (default: 2)")
+    parser.add_argument("--jobs", type=int, default=2, metavar="J", help="copies side by side (default: 2)")
+    parser.add_argument("--sanitize", action="store_true", help="run the tests under the sanitizers")
     parser.add_argument("--list", action="store_true", help="print the changes, plant none")
     arguments = parser.parse_args()
 
@@ -209,8 +218,9 @@ def main():
     if arguments.list:
         return
 
-    needed = list(dict.fromkeys(run for file, of_file in chosen.items() if of_file for run in tests_of(file)))
-    shops = [Workshop(PROJECT / "build/mutation" / str(i + 1), max(1, 2 // arguments.jobs))
+    needed = list(dict.fromkeys(
+        run for file, of_file in chosen.items() if of_file for run in tests_of(file, arguments.sanitize)))
+    shops = [Workshop(PROJECT / "build/mutation" / str(i + 1), max(1, 2 // arguments.jobs), arguments.sanitize)
              for i in range(arguments.jobs)]
     shops[0].prepare(needed)
     seconds = shops[0].measure(needed)
