@@ -139,7 +139,7 @@ def changes(source):
                 last = place
                 while texts[last] not in (";", ")", "]", "}", ""):
                     last = pairs.get(last, last) + 1
-                if texts[last] == ";":
+                if texts[last] == ";" and texts[last - 1] not in ("default", "delete"):
                     kind = "wiping" if re.search("wipe|clear", match["called"] or "") else "statement"
                     change(kind, start, items[last][2] + 1, ";")
     return found

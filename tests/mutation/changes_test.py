@@ -21,6 +21,7 @@ template <unsigned size = 8>
         secret.wipe();
     }
     for (;;) break;
+    struct Empty { Empty() = default; };
     return text[0] == '0' ? a[b[3]] - 1 : true;
 }
 '''
@@ -40,14 +41,14 @@ EXPECTED = [
     (12, "constant", "2u -> 1u"),
     (13, "wiping", "secret.wipe(); removed"),
     (15, "statement", "break; removed"),
-    (16, "constant", "0 -> 1"),
-    (16, "comparison", "== -> !="),
-    (16, "constant", "3 -> 4"),
-    (16, "constant", "3 -> 2"),
-    (16, "operator", "- -> +"),
-    (16, "constant", "1 -> 2"),
-    (16, "constant", "1 -> 0"),
-    (16, "constant", "true -> false"),
+    (17, "constant", "0 -> 1"),
+    (17, "comparison", "== -> !="),
+    (17, "constant", "3 -> 4"),
+    (17, "constant", "3 -> 2"),
+    (17, "operator", "- -> +"),
+    (17, "constant", "1 -> 2"),
+    (17, "constant", "1 -> 0"),
+    (17, "constant", "true -> false"),
 ]
 
 
