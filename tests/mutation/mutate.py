@@ -115,7 +115,7 @@ class Workshop:
                 old.parent.mkdir(parents=True, exist_ok=True)
                 shutil.copyfile(new, old)
         subprocess.run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None",
-                        "-DCMAKE_C_FLAGS=-O1 -DNDEBUG", "-DCMAKE_CXX_FLAGS=-O1 -DNDEBUG",
+                        "-DCMAKE_C_FLAGS=-O1 -DNDEBUG", "-DCMAKE_CXX_FLAGS=-O1 -DNDEBUG", "-DVRX_BUILD_APP=ON",
                         "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST", *(SANITIZED if self.sanitize else [])],
                        check=True, stdout=subprocess.DEVNULL)
         programs = sorted({run.program for run in needed})
@@ -136,7 +136,7 @@ class Workshop:
     def compile(self, *targets):
         """What the compiler complains of."""
         done = subprocess.run(["ninja", "-C", self.build, f"-j{self.jobs}", *targets], capture_output=True, text=True)
-        return done.stdout if done.returncode else ""
+        return done.stdout + done.stderr if done.returncode else ""
 
     def fails(self, run, seconds):
         """What a run complains of."""

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
+#include <vector>
 
 #include "frame/cpu.hpp"
 #include "support/random.hpp"
@@ -91,6 +93,27 @@ TEST(Recovery, built_in_tables_are_known_by_their_address_alone) {
     };
     for (const vrx_tz& table : TZ_28147_89) check(table);
     for (const vrx_tz& table : TZ_3411_94) check(table);
+}
+
+TEST(Recovery, an_address_beside_the_built_in_tables_is_none_of_them) {
+    const auto at = [](const void* place) { return vrx::tz::built_in_sboxes(*static_cast<const vrx_tz*>(place)); };
+    const auto address = [](const void* place) { return reinterpret_cast<std::uintptr_t>(place); };
+    for (const std::span<const vrx_tz> set :
+         {std::span<const vrx_tz>(TZ_28147_89), std::span<const vrx_tz>(TZ_3411_94)}) {
+        const auto* const first = reinterpret_cast<const std::uint8_t*>(set.data());
+        // Inside a table, and right behind the last one, unless the other set begins there.
+        EXPECT_EQ(at(first + 4), nullptr);
+        EXPECT_EQ(at(first + set.size_bytes() - 4), nullptr);
+        const std::uint8_t* const end = first + set.size_bytes();
+        if (address(end) != address(TZ_28147_89) && address(end) != address(TZ_3411_94)) {
+            EXPECT_EQ(at(end), nullptr);
+        }
+        // Elsewhere, a whole number of tables away.
+        std::vector<std::uint32_t> room(2 * sizeof(vrx_tz) / 4);
+        const std::uint32_t* far = room.data();
+        while ((address(far) - address(first)) % sizeof(vrx_tz) != 0) ++far;
+        EXPECT_EQ(at(far), nullptr);
+    }
 }
 
 }  // namespace
