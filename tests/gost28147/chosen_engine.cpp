@@ -1,4 +1,4 @@
-#include "support/chosen_engine.hpp"
+#include "support/engines.hpp"
 
 #include "gost28147/engine.hpp"
 

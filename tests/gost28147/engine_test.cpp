@@ -9,32 +9,23 @@
 
 #include "gost28147/meshing.hpp"
 #include "gost28147/plain.hpp"
+#include "support/engines.hpp"
 #include "support/fenced.hpp"
 #include "support/random.hpp"
-#include "tz/sboxes.hpp"
 
 namespace {
 
 using namespace vrx::gost28147;
 using vrx::test::Bytes;
 using vrx::test::Fenced;
+using vrx::test::from_no_s_boxes;
+using vrx::test::from_s_boxes;
+using vrx::test::offered;
 using vrx::test::Random;
 
 constexpr std::size_t block = VRX_BLOCK_SIZE;
 
-bool offered(const Engine& e) { return (vrx::cpu::features() & e.needs) == e.needs; }
-
-/** Runs one engine while it lives. */
-class With {
-public:
-    explicit With(const Engine& e) : before_(engine()) { use(e); }
-    ~With() { use(before_); }
-    With(const With&) = delete;
-    With& operator=(const With&) = delete;
-
-private:
-    const Engine& before_;
-};
+using With = vrx::test::WithEngine<engine, use, Engine>;
 
 /** The functions of the seam beside those that say what they mean. */
 struct Function {
@@ -66,21 +57,6 @@ const std::vector<Function>& functions() {
 }
 
 constexpr Mode modes[] = {Mode::ecb_encrypt, Mode::ecb_decrypt, Mode::cbc_decrypt, Mode::counter, Mode::cfb_decrypt};
-
-/** A deployed table of random words. */
-vrx_tz from_no_s_boxes(Random& random) {
-    auto table = random.value<vrx_tz>();
-    table.initialised = 1;
-    return table;
-}
-
-vrx_tz from_s_boxes(Random& random) {
-    std::uint8_t num[VRX_NUM_TZ_SIZE];
-    random.fill(num);
-    vrx_tz table{};
-    vrx::tz::deploy(num, table);
-    return table;
-}
 
 /** A record at an address that is a multiple of 4 and of nothing more. */
 class AtOddPlace {
@@ -379,7 +355,7 @@ TEST(Engine, each_goes_the_way_it_is_named_for) {
 }
 
 TEST(Engine, the_first_that_the_processor_offers_runs) {
-    const auto best = std::ranges::find_if(engines, offered);
+    const auto best = std::ranges::find_if(engines, offered<Engine>);
     ASSERT_NE(best, engines.end());
     EXPECT_STREQ(engine().name, best->name);
     EXPECT_EQ(engines.back().needs, vrx::cpu::baseline);

@@ -1,4 +1,4 @@
-#include "support/chosen_engine.hpp"
+#include "support/engines.hpp"
 
 #include "gostr3411/engine.hpp"
 

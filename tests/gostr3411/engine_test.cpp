@@ -8,6 +8,7 @@
 #include <functional>
 #include <string_view>
 
+#include "support/engines.hpp"
 #include "support/fenced.hpp"
 #include "support/random.hpp"
 #include "vrx.h"
@@ -17,37 +18,14 @@ namespace {
 using namespace vrx::gostr3411;
 using vrx::test::Bytes;
 using vrx::test::Fenced;
+using vrx::test::from_no_s_boxes;
+using vrx::test::from_s_boxes;
+using vrx::test::offered;
 using vrx::test::Random;
 
 constexpr std::size_t block = VRX_HASH_BLOCK_SIZE;
 
-bool offered(const Engine& e) { return (vrx::cpu::features() & e.needs) == e.needs; }
-
-/** Runs one engine while it lives. */
-class With {
-public:
-    explicit With(const Engine& e) : before_(engine()) { use(e); }
-    ~With() { use(before_); }
-    With(const With&) = delete;
-    With& operator=(const With&) = delete;
-
-private:
-    const Engine& before_;
-};
-
-vrx_tz from_no_s_boxes(Random& random) {
-    auto table = random.value<vrx_tz>();
-    table.initialised = 1;
-    return table;
-}
-
-vrx_tz from_s_boxes(Random& random) {
-    std::uint8_t num[VRX_NUM_TZ_SIZE];
-    random.fill(num);
-    vrx_tz table{};
-    vrx_crpt_deploy_TZ(num, &table);
-    return table;
-}
+using With = vrx::test::WithEngine<engine, use, Engine>;
 
 class EveryHashEngine : public testing::TestWithParam<const Engine*> {
 protected:
