@@ -23,7 +23,7 @@ PROJECT = Path(__file__).resolve().parents[2]
 MEMORY_LIMIT = 8 << 30
 WALL_LIMIT = 600
 SANITIZED = ["-DCMAKE_C_COMPILER=clang", "-DCMAKE_CXX_COMPILER=clang++", "-DVRX_SANITIZE=address,undefined"]
-WITHOUT_SANITIZERS = {"bigdigits_wipe_O2", "faults_library"}
+WITHOUT_SANITIZERS = {"bigdigits_wipe_O2", "faults_library", "wipe"}
 
 
 @dataclass(frozen=True)
@@ -58,7 +58,7 @@ TESTS = {
     "src/frame": runs("frame", "log", "engines", "variants", "engine", "sha1", "bigdigits_convert", "ecc"),
     "src/tz": runs("tables", "registry", "variants", "engines", "engine", "gostr3411_engine", "kernel", "log",
                    "faults_library"),
-    "src/gost28147": CIPHER + runs("engines", "log", "fences"),
+    "src/gost28147": CIPHER + runs("wipe", engines=("", "avx2", "baseline")) + runs("engines", "log", "fences"),
     "src/gostr3411": HASH + runs("engines", "log", "fences"),
     "src/sha1": SHA1 + runs("engines", "log", "fences"),
     "src/ecc": CURVES + runs("log", "fences"),
