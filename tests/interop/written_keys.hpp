@@ -1,0 +1,78 @@
+// Keys and certificates as octets, as the program vrx reads and writes them.
+#ifndef VRX_TESTS_INTEROP_WRITTEN_KEYS_HPP
+#define VRX_TESTS_INTEROP_WRITTEN_KEYS_HPP
+
+#include "der.hpp"
+#include "interop.hpp"
+#include "key_format.hpp"
+
+namespace vrx::interop {
+
+inline std::string pem(std::string_view label, std::span<const std::uint8_t> octets) {
+    app::SecretBytes text;
+    app::der::append_pem(text, label, octets);
+    return std::string(text.text());
+}
+
+/** What a PEM block of the label holds. */
+inline Bytes pem_contents(std::string_view label, std::string_view text) {
+    app::SecretBytes octets;
+    for (const char c : text) octets.push_back(static_cast<std::uint8_t>(c));
+    EXPECT_EQ(app::der::decode_pem(octets), label) << text;
+    return {octets.bytes().begin(), octets.bytes().end()};
+}
+
+/** PKCS #8. */
+inline Bytes private_key_info(const Pair& pair) {
+    app::PrivateOctets value;
+    std::ranges::copy(pair.private_octets(), value.begin());
+    app::SecretBytes out;
+    app::append_private_key_info(out, *pair.set, value);
+    return {out.bytes().begin(), out.bytes().end()};
+}
+
+/** SubjectPublicKeyInfo. */
+inline Bytes public_key_info(const Pair& pair) {
+    app::PublicOctets value;
+    std::ranges::copy(pair.public_octets(), value.begin());
+    app::SecretBytes out;
+    app::append_public_key_info(out, *pair.set, value);
+    return {out.bytes().begin(), out.bytes().end()};
+}
+
+/** Whether octets that others wrote are this pair's keys, on its curve. */
+inline void expect_private_key(const Pair& pair, std::span<const std::uint8_t> octets) {
+    app::Algorithm algorithm;
+    app::PrivateOctets value{};
+    ASSERT_EQ(app::read_private_key(octets, algorithm, value), app::Content::known) << hex(octets);
+    EXPECT_STREQ(algorithm.curve->str_oid, pair.set->str_oid);
+    EXPECT_EQ(hex(value), hex(pair.private_octets()));
+}
+inline void expect_public_key(const Pair& pair, std::span<const std::uint8_t> octets) {
+    app::Algorithm algorithm;
+    app::PublicOctets value{};
+    ASSERT_EQ(app::read_public_key(octets, algorithm, value), app::Content::known) << hex(octets);
+    EXPECT_STREQ(algorithm.curve->str_oid, pair.set->str_oid);
+    EXPECT_EQ(hex(value), hex(pair.public_octets()));
+}
+
+/**
+ * Takes a certificate apart that another library made: `subject`'s key, signed by `issuer`. @return the same
+ * certificate, signed anew by this library.
+ */
+inline Bytes signed_anew(Random& random, Bytes certificate, const Pair& subject, const Pair& issuer) {
+    app::Certificate fields;
+    EXPECT_EQ(app::read_certificate(certificate, fields), app::Content::known) << hex(certificate);
+    EXPECT_EQ(fields.signature_oid, app::gost_signature_oid);
+    EXPECT_STREQ(fields.algorithm.curve->str_oid, subject.set->str_oid);
+    EXPECT_EQ(hex(fields.key), hex(subject.public_octets()));
+    const Digest digest = our_digest(random, cryptopro(), Bytes(fields.signed_part.begin(), fields.signed_part.end()));
+    EXPECT_TRUE(verifies(issuer, digest, signature(fields.signature)));
+    const Bytes mine = octets(our_signature(issuer, digest));
+    std::ranges::copy(mine, certificate.end() - VRX_SIGNATURE_SIZE);  // it stands last
+    return certificate;
+}
+
+}  // namespace vrx::interop
+
+#endif
