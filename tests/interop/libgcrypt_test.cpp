@@ -69,8 +69,11 @@ TEST_F(libgcrypt, mac) {
 }
 
 /** The parameter sets. Its GCRY_MD_GOSTR3411_94 sums the blocks as RFC 5831 does, under the test set. */
-constexpr std::pair<int, const vrx_gostr3411_par&> hashes[] = {{GCRY_MD_GOSTR3411_94, GOSTR3411_OIDS[0]},
-                                                               {GCRY_MD_GOSTR3411_CP, GOSTR3411_OIDS[1]}};
+struct Hash {
+    int algorithm;
+    const vrx_gostr3411_par& set;
+};
+constexpr Hash hashes[] = {{GCRY_MD_GOSTR3411_94, GOSTR3411_OIDS[0]}, {GCRY_MD_GOSTR3411_CP, GOSTR3411_OIDS[1]}};
 
 template <std::size_t size>
 std::array<std::uint8_t, size> digest(int algorithm, const Bytes& data) {
@@ -81,16 +84,16 @@ std::array<std::uint8_t, size> digest(int algorithm, const Bytes& data) {
 }
 
 TEST_F(libgcrypt, digests) {
-    for (const auto& [algorithm, set] : hashes)
-        compare_digests(set, 300, [&](const Bytes& data) { return digest<32>(algorithm, data); });
+    for (const Hash& h : hashes)
+        compare_digests(h.set, 300, [&](const Bytes& data) { return digest<32>(h.algorithm, data); });
 }
 
 TEST_F(libgcrypt, hmac) {
-    for (const auto& [algorithm, set] : hashes)
-        compare_hmacs(set, 200, [&](const Bytes& key, const Bytes& data) {
+    for (const Hash& h : hashes)
+        compare_hmacs(h.set, 200, [&](const Bytes& key, const Bytes& data) {
             Digest out{};
             gcry_md_hd_t handle = nullptr;
-            EXPECT_EQ(gcry_md_open(&handle, algorithm, GCRY_MD_FLAG_HMAC), 0U);
+            EXPECT_EQ(gcry_md_open(&handle, h.algorithm, GCRY_MD_FLAG_HMAC), 0U);
             EXPECT_EQ(gcry_md_setkey(handle, key.data(), key.size()), 0U);
             gcry_md_write(handle, data.data(), data.size());
             std::copy_n(gcry_md_read(handle, 0), out.size(), out.begin());
@@ -100,10 +103,10 @@ TEST_F(libgcrypt, hmac) {
 }
 
 TEST_F(libgcrypt, derived_keys) {
-    for (const auto& [algorithm, set] : hashes)
-        compare_pbkdf2(set, 50, [&](const Bytes& password, const Bytes& salt, unsigned iterations) {
+    for (const Hash& h : hashes)
+        compare_pbkdf2(h.set, 50, [&](const Bytes& password, const Bytes& salt, unsigned iterations) {
             Digest out{};
-            EXPECT_EQ(gcry_kdf_derive(password.data(), password.size(), GCRY_KDF_PBKDF2, algorithm, salt.data(),
+            EXPECT_EQ(gcry_kdf_derive(password.data(), password.size(), GCRY_KDF_PBKDF2, h.algorithm, salt.data(),
                                       salt.size(), iterations, out.size(), out.data()),
                       0U);
             return out;
