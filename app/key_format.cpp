@@ -116,7 +116,7 @@ bool read_algorithm(der::Reader& reader, Algorithm& algorithm) {
     return true;
 }
 
-/** Reads the number of a private key: its octets, an OCTET STRING of them, or an INTEGER. */
+/** Reads the number of a private key: octets, an OCTET STRING of them, maybe without its last zeros, or an INTEGER. */
 bool read_private_value(Part value, PrivateOctets& octets) {
     der::Reader reader(value);
     if (value.size() == octets.size()) {
@@ -125,8 +125,9 @@ bool read_private_value(Part value, PrivateOctets& octets) {
     }
     if (reader.tag() == der::octet_string) {
         const auto inner = reader.next(der::octet_string);
-        if (!inner || inner->size() != octets.size() || !reader.at_end()) return false;
-        std::ranges::copy(*inner, octets.begin());
+        if (!inner || inner->empty() || inner->size() > octets.size() || !reader.at_end()) return false;
+        if (inner->size() < octets.size() && inner->back() == 0) return false;
+        std::ranges::fill(std::ranges::copy(*inner, octets.begin()).out, octets.end(), std::uint8_t{0});
         return true;
     }
     auto number = reader.next(der::integer);

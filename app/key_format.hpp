@@ -34,7 +34,11 @@ enum class Content {
 using PrivateOctets = std::array<std::uint8_t, VRX_PRIVATE_KEY_SIZE>;
 using PublicOctets = std::array<std::uint8_t, VRX_PUBLIC_KEY_SIZE>;
 
-/** PKCS #8, PrivateKeyInfo. Its number may be 32 octets, an OCTET STRING of them, or an INTEGER: programs differ. */
+/**
+ * PKCS #8, PrivateKeyInfo. Its number may be 32 octets, an OCTET STRING of them, or an INTEGER: programs differ. Some
+ * leave out of the OCTET STRING the zeros that stand last, in one key of 256. Two of them make 32 octets with the
+ * string's head, which are read as the number itself.
+ */
 Content read_private_key(std::span<const std::uint8_t> octets, Algorithm& algorithm, PrivateOctets& value);
 
 /** SubjectPublicKeyInfo. */

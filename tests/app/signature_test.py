@@ -94,6 +94,24 @@ class Answers(SignatureTest):
             else:
                 self.refused("pubkey", "p8", says="'p8' is not a private key")
 
+    def test_an_octet_string_is_read_with_or_without_the_zeros_at_its_end(self):
+        head = "020100301c06062a8503020213301206072a850302022301" + "06072a850302021e01"
+
+        def write(octets):
+            value = f"04{len(octets):02x}" + octets.hex()
+            body = head + f"04{len(value) // 2:02x}" + value
+            self.write("p8", self.pem("PRIVATE KEY", bytes.fromhex(f"30{len(body) // 2:02x}" + body)), 0o600)
+
+        for size in (1, 2, 16, 29, 31, 32):
+            octets = bytes(range(128 - size, 128))
+            self.write("raw", octets.ljust(32, b"\0"), 0o600)
+            for form in (octets, octets.ljust(32, b"\0")):
+                write(form)
+                self.assertEqual(self.der_point("p8"), self.vrx("pubkey", "--format", "raw", "--curve", "A", "raw"), size)
+        for octets in (b"", b"\0", b"\x01\0", bytes(range(1, 31)) + b"\0", bytes(range(1, 34))):
+            write(octets)
+            self.refused("pubkey", "p8", says="'p8' is not a private key")
+
     def der_point(self, name):
         self.write("point", self.vrx("pubkey", name))
         return self.der("point")[-64:]
