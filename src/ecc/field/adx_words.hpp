@@ -8,7 +8,12 @@
 
 namespace vrx::field {
 
+/** Each function takes and yields what that of PlainWordsOf does: any numbers, unless it says otherwise. */
 struct AdxWords {
+    using Word = std::uint64_t;
+    using Words = field::Words;
+    using WideWords = field::WideWords;
+
     template <typename Entry, std::size_t count>
     [[gnu::target("avx2")]] static Entry selected(const void* table, std::uint64_t index) {
         return field::selected<32, Entry, count>(table, index);
@@ -131,7 +136,7 @@ struct AdxWords {
         return {r0, r1, r2, r3, r4, r5, r6, r7};
     }
 
-    /** r = the low half of v plus factor times the high half; what is carried out. */
+    /** r = the low half of v plus factor times the high half, modulo 2^256; what is carried out, at most factor. */
     static std::uint64_t add_multiple(Words& r, const WideWords& v, std::uint64_t factor) {
         std::uint64_t r0 = v[0], r1 = v[1], r2 = v[2], r3 = v[3], low, high;
         asm("xorl %k[low], %k[low]\n\t"
@@ -156,7 +161,10 @@ struct AdxWords {
         return high;
     }
 
-    /** As PlainWords: a row of a b, then the multiple of m that clears the lowest word, four times over. */
+    /**
+     * A row of a b, then the multiple of m that clears the lowest word, four times over; in between the sum is below b
+     * + m, so that five words and a carry hold it.
+     */
     template <const Words& m, std::uint64_t inverse>
     static std::array<std::uint64_t, 5> montgomery(const Words& a, const Words& b) {
         std::uint64_t t0, t1, t2, t3, t4, t5, low, high;

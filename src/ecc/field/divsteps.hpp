@@ -17,10 +17,16 @@
 
 namespace vrx::field {
 
-/** A number of up to 309 bits in five signed limbs of 62 bits; only the last is negative or larger. */
+/**
+ * A number of up to 309 bits in five signed limbs of 62 bits; only the last is negative or larger. What works limb by
+ * limb is a template over the bits of a limb: with a few bits a test goes through all moduli and numbers of some
+ * length.
+ */
 using Limbs62 = std::array<std::int64_t, 5>;
 
-inline constexpr std::uint64_t mask62 = ~std::uint64_t{0} >> 2;
+template <int bits = 62>
+inline constexpr std::uint64_t limb_mask = (std::uint64_t{1} << bits) - 1;
+inline constexpr std::uint64_t mask62 = limb_mask<>;
 
 constexpr Limbs62 to_limbs62(const Words& a) {
     return {static_cast<std::int64_t>(a[0] & mask62), static_cast<std::int64_t>((a[0] >> 62 | a[1] << 2) & mask62),
@@ -35,25 +41,32 @@ constexpr Words from_limbs62(const Limbs62& a) {
             limb(3) >> 6 | limb(4) << 56};
 }
 
-/** What inverses modulo a number need of it. */
+/** What inverses modulo an odd number from 3 to 2^256 - 1 need of it. */
 struct OddModulus {
     Limbs62 limbs{};
-    std::uint64_t inverse62 = 0;  // of the number, modulo 2^62
+    std::uint64_t inverse = 0;  // of the number, modulo 2^64
 
-    constexpr explicit OddModulus(const Words& m) : limbs(to_limbs62(m)) {
-        std::uint64_t x = m[0];
-        for (int i = 0; i < 5; ++i) x *= 2 - m[0] * x;
-        inverse62 = x & mask62;
+    constexpr explicit OddModulus(const Words& m) : OddModulus(to_limbs62(m), m[0]) {}
+    /** In limbs of any kind, beside its lowest bits. */
+    constexpr OddModulus(const Limbs62& m, std::uint64_t low) : limbs(m) {
+        std::uint64_t x = low;
+        for (int i = 0; i < 5; ++i) x *= 2 - low * x;
+        inverse = x;
     }
 };
 
-/** Two rows that take (f, g) to a power of two times their values after some steps. */
+/**
+ * Two rows that take (f, g) to a power of two times their values after some steps. In each row the absolute values of
+ * the two numbers add up to that power at most: a step adds or subtracts two rows, or doubles one, and the power
+ * doubles.
+ */
 struct Matrix {
     std::int64_t u, v, q, r;
 };
 
 /**
- * At most 30 division steps on the low words of f and g, without a branch. zeta is -(delta + 1/2).
+ * At most 30 division steps on the low words of an odd f and any g, without a branch. zeta is -(delta + 1/2), and
+ * changes by one a step or its sign.
  *
  * As f is odd, its half h = floor(f / 2) says it all: for an odd g, (g + f) / 2 is floor(g / 2) + h + 1, and (g - f) /
  * 2 is floor(g / 2) + ~h + 1. The matrix is 2^steps times that of the steps; a row (u, v) stands in one word, as u +
@@ -88,12 +101,13 @@ constexpr std::int64_t some_steps(std::int64_t zeta, std::uint64_t& f, std::uint
     return zeta;
 }
 
-/** 59 steps. The matrix is 8 times the product of its halves, as if of 62 steps. */
+/** 59 steps. The matrix is 8 times the product of its halves, as if of 62 steps: a row adds up to 2^62 at most. */
+template <int first_half = 30, int second_half = 29>
 constexpr std::int64_t batch_of_steps(std::int64_t zeta, std::uint64_t f, std::uint64_t g, Matrix& t) {
     Matrix first{};
     Matrix second{};
-    zeta = some_steps<30>(zeta, f, g, first);
-    zeta = some_steps<29>(zeta, f, g, second);
+    zeta = some_steps<first_half>(zeta, f, g, first);
+    zeta = some_steps<second_half>(zeta, f, g, second);
     t = {8 * (second.u * first.u + second.v * first.q), 8 * (second.u * first.v + second.v * first.r),
          8 * (second.q * first.u + second.r * first.q), 8 * (second.q * first.v + second.r * first.r)};
     return zeta;
@@ -134,26 +148,35 @@ constexpr std::int64_t batch_of_steps_vartime(std::int64_t eta, std::uint64_t f,
     return eta;
 }
 
-/** (f, g) times the matrix, divided by 2^62, which is exact. */
+/**
+ * (f, g) times the matrix, divided by 2^62, which is exact. A row of the matrix adds up to 2^62 at most, so that the
+ * larger of |f| and |g| does not grow. It is the modulus at the start, and all sums stay below 2^(62 + 62 + 1).
+ */
+template <int bits = 62>
 constexpr void apply(Limbs62& f, Limbs62& g, const Matrix& t) {
     i128 cf = i128{t.u} * f[0] + i128{t.v} * g[0];
     i128 cg = i128{t.q} * f[0] + i128{t.r} * g[0];
-    cf >>= 62;
-    cg >>= 62;
+    cf >>= bits;
+    cg >>= bits;
 #pragma GCC unroll 4
     for (std::size_t i = 1; i < 5; ++i) {
         cf += i128{t.u} * f[i] + i128{t.v} * g[i];
         cg += i128{t.q} * f[i] + i128{t.r} * g[i];
-        f[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(cf) & mask62);
-        g[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(cg) & mask62);
-        cf >>= 62;
-        cg >>= 62;
+        f[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(cf) & limb_mask<bits>);
+        g[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(cg) & limb_mask<bits>);
+        cf >>= bits;
+        cg >>= bits;
     }
     f[4] = static_cast<std::int64_t>(cf);
     g[4] = static_cast<std::int64_t>(cg);
 }
 
-/** (d, e) times the matrix, divided by 2^62 modulo m. Takes and leaves d and e between -2m and m. */
+/**
+ * (d, e) times the matrix, divided by 2^62 modulo m. Takes and leaves d and e between -2m and m: with m added where
+ * they are negative they are between -m and m, of which a row makes a number between -2^62 m and 2^62 m; the multiple
+ * of m that clears the low limb, below 2^62 m, is taken off, and 2^62 divides the rest.
+ */
+template <int bits = 62>
 constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Matrix& t, const OddModulus& m) {
     // Multiples of m that bring negative d and e up, and then the low limbs of both sums to zero.
     const std::int64_t d_sign = d[4] >> 63;
@@ -164,50 +187,53 @@ constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Matrix& t, const OddMo
     i128 ce = i128{t.q} * d[0] + i128{t.r} * e[0];
     const auto correction = [&m](i128 sum, std::int64_t multiple) {
         return static_cast<std::int64_t>(
-            (m.inverse62 * static_cast<std::uint64_t>(sum) + static_cast<std::uint64_t>(multiple)) & mask62);
+            (m.inverse * static_cast<std::uint64_t>(sum) + static_cast<std::uint64_t>(multiple)) & limb_mask<bits>);
     };
     md -= correction(cd, md);
     me -= correction(ce, me);
-    cd = (cd + i128{m.limbs[0]} * md) >> 62;
-    ce = (ce + i128{m.limbs[0]} * me) >> 62;
+    cd = (cd + i128{m.limbs[0]} * md) >> bits;
+    ce = (ce + i128{m.limbs[0]} * me) >> bits;
 #pragma GCC unroll 4
     for (std::size_t i = 1; i < 5; ++i) {
         cd += i128{t.u} * d[i] + i128{t.v} * e[i] + i128{m.limbs[i]} * md;
         ce += i128{t.q} * d[i] + i128{t.r} * e[i] + i128{m.limbs[i]} * me;
-        d[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(cd) & mask62);
-        e[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(ce) & mask62);
-        cd >>= 62;
-        ce >>= 62;
+        d[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(cd) & limb_mask<bits>);
+        e[i - 1] = static_cast<std::int64_t>(static_cast<std::uint64_t>(ce) & limb_mask<bits>);
+        cd >>= bits;
+        ce >>= bits;
     }
     d[4] = static_cast<std::int64_t>(cd);
     e[4] = static_cast<std::int64_t>(ce);
 }
 
-/** a + (m & add_mask), negated where sign is all ones, with limbs carried. */
+/** a + (m & add_mask), negated where sign is all ones, with limbs carried. For a between -2m and m. */
+template <int bits = 62>
 constexpr Limbs62 corrected(const Limbs62& a, const OddModulus& m, std::int64_t add_mask, std::int64_t sign) {
     Limbs62 r{};
     std::int64_t carry = 0;
     for (std::size_t i = 0; i < 5; ++i) {
         const std::int64_t limb = (((a[i] + (m.limbs[i] & add_mask)) ^ sign) - sign) + carry;
-        r[i] = i < 4 ? static_cast<std::int64_t>(static_cast<std::uint64_t>(limb) & mask62) : limb;
-        carry = limb >> 62;
+        r[i] = i < 4 ? static_cast<std::int64_t>(static_cast<std::uint64_t>(limb) & limb_mask<bits>) : limb;
+        carry = limb >> bits;
     }
     return r;
 }
 
 /** d or -d, by the sign of f, brought from between -2m and m into 0 to m - 1. */
+template <int bits = 62>
 constexpr Limbs62 normalised(const Limbs62& d, std::int64_t f_sign, const OddModulus& m) {
-    const Limbs62 near = corrected(d, m, d[4] >> 63, f_sign);
-    return corrected(near, m, near[4] >> 63, 0);
+    const Limbs62 near = corrected<bits>(d, m, d[4] >> 63, f_sign);
+    return corrected<bits>(near, m, near[4] >> 63, 0);
 }
 
 /** All ones where a is 1 or -1. */
+template <int bits = 62>
 constexpr std::uint64_t is_unit(const Limbs62& a) {
     std::uint64_t plus = static_cast<std::uint64_t>(a[0]) ^ 1;
-    std::uint64_t minus = static_cast<std::uint64_t>(a[0]) ^ mask62;
+    std::uint64_t minus = static_cast<std::uint64_t>(a[0]) ^ limb_mask<bits>;
     for (std::size_t i = 1; i < 4; ++i) {
         plus |= static_cast<std::uint64_t>(a[i]);
-        minus |= static_cast<std::uint64_t>(a[i]) ^ mask62;
+        minus |= static_cast<std::uint64_t>(a[i]) ^ limb_mask<bits>;
     }
     plus |= static_cast<std::uint64_t>(a[4]);
     minus |= ~static_cast<std::uint64_t>(a[4]);
@@ -215,8 +241,10 @@ constexpr std::uint64_t is_unit(const Limbs62& a) {
     return mask(1 ^ (is_nonzero(plus) & is_nonzero(minus)));
 }
 
+/** The low bits, as many as the steps of a batch look at. */
+template <int bits = 62>
 constexpr std::uint64_t low_word(const Limbs62& a) {
-    return static_cast<std::uint64_t>(a[0]) | static_cast<std::uint64_t>(a[1]) << 62;
+    return static_cast<std::uint64_t>(a[0]) | static_cast<std::uint64_t>(a[1]) << bits;
 }
 
 /**
@@ -239,7 +267,7 @@ constexpr Words inverse(const Words& x, const OddModulus& m) {
     return select(exists, from_limbs62(normalised(d, f[4] >> 63, m)), Words{});
 }
 
-/** The same for public numbers. */
+/** The same for public numbers, 0 <= x < m. */
 constexpr Words inverse_vartime(const Words& x, const OddModulus& m) {
     Limbs62 f = m.limbs;
     Limbs62 g = to_limbs62(x);

@@ -67,10 +67,9 @@ Element<V> packed(const Words (&values)[lane_count]) {
 }
 
 /** (X : Z) of k Q and of (k + 1) Q, for a point Q of the curve with x-coordinate x (a scalar element). */
-template <typename V, typename Curve>
+template <typename V, typename Curve, typename F = LaneField<V, typename Curve::Field>>
 [[gnu::flatten]] LadderResult ladder(const Words& k, const Words& x) {
     using S = typename Curve::Field;
-    using F = LaneField<V, S>;
     constexpr int a = Curve::a;
     const Words b4 = times<S>(S::enter(Curve::b), 4);
     const Words zero{};

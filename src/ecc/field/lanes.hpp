@@ -7,7 +7,9 @@
 // Bounds. A multiplicand is an element with every limb in 0 to 2^52 - 1 and a value below 2.1 p: what mul() and sqr()
 // yield. Sums and differences are taken limb by limb with signed limbs and without carries; carry() makes a
 // multiplicand of any combination that stays between -31 p and 31 p. mul_loose() and sqr_loose() leave out the carries
-// of their result: its limbs are below 2^57 and its value below 2.1 p, which is good for sums with up to eight terms.
+// of their result: its limbs are below 2^56, and above -2^53 for p = 2^255 + c, else not negative, and its value is
+// below 2.1 p, which is good for sums with up to eight terms. A test runs these lines over intervals, which stand for
+// all inputs.
 #ifndef VRX_ECC_FIELD_LANES_HPP
 #define VRX_ECC_FIELD_LANES_HPP
 
@@ -19,6 +21,7 @@ template <typename V>
 struct Element {
     V limb[limb_count];
 
+    /** Limb by limb; limbs are far from 2^63, the formulas see to it. */
     Element operator+(const Element& b) const {
         Element r;
 #pragma GCC unroll 10
@@ -41,7 +44,7 @@ Element<V> broadcast(const Limbs52& a) {
     return r;
 }
 
-/** Signed limbs to limbs of 52 bits; the last takes the rest. */
+/** Signed limbs, within 2^62, to limbs of 52 bits; the last takes the rest, so it has the sign of the value. */
 template <typename V>
 Element<V> carried(Element<V> a) {
 #pragma GCC unroll 10
@@ -58,6 +61,7 @@ struct Columns {
     V column[2 * limb_count];
 };
 
+/** For multiplicands. At most five low and four high halves, or four and five, meet in a column: below 9 * 2^52. */
 template <typename V>
 Columns<V> product(const Element<V>& a, const Element<V>& b) {
     Columns<V> low;
@@ -76,6 +80,7 @@ Columns<V> product(const Element<V>& a, const Element<V>& b) {
     return low;
 }
 
+/** Columns then are signed, within 9 * 2^52. */
 template <typename V>
 Columns<V> operator-(Columns<V> a, const Columns<V>& b) {
 #pragma GCC unroll 10
@@ -83,6 +88,7 @@ Columns<V> operator-(Columns<V> a, const Columns<V>& b) {
     return a;
 }
 
+/** For a multiplicand, in the bounds of product(). */
 template <typename V>
 Columns<V> square(const Element<V>& a) {
     Columns<V> low;
@@ -109,7 +115,10 @@ Columns<V> square(const Element<V>& a) {
     return low;
 }
 
-/** The high five columns times a factor below 2^18, as columns at 2^0; the last is what reaches 2^260. */
+/**
+ * The high five columns times a factor below 2^18, as columns at 2^0, each below 2^52 + 2^19; the last, below 2^18, is
+ * what reaches 2^260. Columns are not negative.
+ */
 template <typename V>
 void scaled_high_half(const Columns<V>& c, std::uint64_t factor, V (&sum)[limb_count + 1]) {
     const V f = V::all(factor);
@@ -149,7 +158,10 @@ struct LaneField<V, BelowPower<c>> {
     }
 
 private:
-    /** Bits from 2^256 on go to the bottom, times c. The value is not negative. */
+    /**
+     * Bits from 2^256 on go to the bottom, times c: below 2^256 plus what the other limbs exceed 52 bits by. The last
+     * limb is not negative and below 2^58.
+     */
     static Element<V> fold(Element<V> a) {
         const V top = V::shift_right_signed(a.limb[4], 48);
         a.limb[4] = a.limb[4] & V::all(mask52 >> 4);
@@ -157,7 +169,7 @@ private:
         return a;
     }
 
-    /** 2^260 is 16 c. */
+    /** 2^260 is 16 c. Limbs from 0 to 9 * 2^52. */
     static Element<V> reduced(const Columns<V>& v) {
         V high[limb_count + 1];
         scaled_high_half(v, 16 * c, high);
@@ -188,7 +200,10 @@ struct LaneField<V, AbovePower<c>> {
     }
 
 private:
-    /** Bits from 2^255 on go to the bottom, times -c, and one p keeps the value positive. */
+    /**
+     * Bits from 2^255 on go to the bottom, times -c, and one p keeps the value positive: below 2^256 plus what the
+     * other limbs exceed 52 bits by. The last limb is not negative and below 2^58.
+     */
     static Element<V> fold(Element<V> a) {
         const V top = V::shift_right_signed(a.limb[4], 47);
         a.limb[4] = (a.limb[4] & V::all(mask52 >> 5)) + V::all(std::uint64_t{1} << 47);
@@ -196,7 +211,7 @@ private:
         return a;
     }
 
-    /** 2^260 is -32 c. 256 p make up for what the high half takes off the last limb. */
+    /** 2^260 is -32 c. 256 p make up for what the high half takes off the last limb. Limbs from -2^53 to 8 * 2^52. */
     static Element<V> reduced(const Columns<V>& v) {
         V high[limb_count + 1];
         scaled_high_half(v, 32 * c, high);
@@ -252,7 +267,11 @@ private:
         return (std::uint64_t{0} - x) & mask52;
     }();
 
-    /** Limb by limb the multiple of m that clears the lowest column is added. */
+    /**
+     * Limb by limb the multiple of m that clears the lowest column is added. For columns within 9 * 2^52; the value is
+     * that of the columns divided by 2^260, plus m at most. Limbs of a product from 0 to 14 * 2^52, of a difference
+     * from -8 * 2^52 on.
+     */
     static Element<V> reduced(Columns<V> v) {
 #pragma GCC unroll 10
         for (std::size_t i = 0; i < limb_count; ++i) {

@@ -14,6 +14,7 @@ struct Limbs52 {
     std::uint64_t limb[limb_count];
 };
 
+/** Of any number below 2^256: limbs below 2^52, the last one below 2^48. */
 constexpr Limbs52 to_limbs52(const Words& a) {
     return {{a[0] & mask52, (a[0] >> 52 | a[1] << 12) & mask52, (a[1] >> 40 | a[2] << 24) & mask52,
              (a[2] >> 28 | a[3] << 36) & mask52, a[3] >> 16}};
@@ -25,7 +26,7 @@ constexpr Words from_limbs52(const Limbs52& a) {
             a.limb[3] >> 36 | a.limb[4] << 16};
 }
 
-/** n times a number of 256 bits, limb by limb (not carried). */
+/** n times a number of 256 bits, limb by limb (not carried), for n up to 2^12: limbs then fit 64 bits. */
 constexpr Limbs52 multiple(const Words& a, std::uint64_t n) {
     Limbs52 r = to_limbs52(a);
     for (std::uint64_t& limb : r.limb) limb *= n;
@@ -55,7 +56,7 @@ private:
     static constexpr Words one_sixteenth = {0, 0, 0, std::uint64_t{1} << 60};
 };
 
-/** The scalar element in one lane: carried limbs of a value below 2.1 p. */
+/** The scalar element in one lane, below 2^256: carried limbs of a value below 2.1 p, so below 2.1 * 2^256. */
 template <typename S>
 constexpr Words scalar_of(const Limbs52& a) {
     const Words low = from_limbs52(a);

@@ -1,228 +1,279 @@
 // Arithmetic modulo 256-bit numbers of three shapes.
 //
-// An element is held loosely, as any representative below 2^256 of its class (times 2^256 in Montgomery form);
-// canonical() gives the one below the modulus. Every operation takes loose operands and yields a loose result, in time
-// that depends on no value.
+// An element is held loosely, as any representative below N = 2^256 of its class (times N in Montgomery's form, and
+// below the modulus); canonical() gives the one below the modulus. Every operation takes such operands and yields such
+// a result, in time that depends on no value. B is 2^64; a test goes through all numbers where it is a few bits.
 #ifndef VRX_ECC_FIELD_MODULUS_HPP
 #define VRX_ECC_FIELD_MODULUS_HPP
+
+#include <tuple>
 
 #include "ecc/field/select.hpp"
 
 namespace vrx::field {
 
-/** What engines do in their own ways: products, and entries of tables. This is plain C++. */
-struct PlainWords {
-    template <typename Entry, std::size_t count>
+/** What engines do in their own ways: products, and entries of tables. This is plain C++, for any words. */
+template <typename W, std::size_t count>
+struct PlainWordsOf {
+    using Word = W;
+    using Words = WordsOf<Word, count>;
+    using WideWords = WordsOf<Word, 2 * count>;
+
+    template <typename Entry, std::size_t entries>
     static Entry selected(const void* table, std::uint64_t index) {
-        return field::selected<16, Entry, count>(table, index);
+        return field::selected<16, Entry, entries>(table, index);
     }
 
+    /** a b, below N^2 for any a and b. */
     static constexpr WideWords multiply(const Words& a, const Words& b) { return field::multiply(a, b); }
     static constexpr WideWords square(const Words& a) { return field::multiply(a, a); }
 
-    /** r = the low half of v plus factor times the high half; what is carried out. */
-    static constexpr std::uint64_t add_multiple(Words& r, const WideWords& v, std::uint64_t factor) {
-        std::uint64_t carry = 0;
+    /**
+     * r = the low half of v plus factor times the high half, modulo N, for any v and factor; what is carried out, at
+     * most factor, since (N - 1)(factor + 1) is below N (factor + 1).
+     */
+    static constexpr Word add_multiple(Words& r, const WideWords& v, Word factor) {
+        Word carry = 0;
 #pragma GCC unroll 4
-        for (std::size_t i = 0; i < 4; ++i) r[i] = mul_add(v[4 + i], factor, v[i], carry);
+        for (std::size_t i = 0; i < count; ++i) r[i] = mul_add(v[count + i], factor, v[i], carry);
         return carry;
     }
 
     /**
-     * (a b + u m) / 2^256 for a u below 2^256 that makes this exact: below b + m. inverse is -1 / m modulo 2^64.
+     * (a b + u m) / N for a u below N that makes this exact: below b + m for any a and b. inverse is -1 / m modulo B.
      */
-    template <const Words& m, std::uint64_t inverse>
-    static constexpr std::array<std::uint64_t, 5> montgomery(const Words& a, const Words& b) {
-        std::array<std::uint64_t, 5> t{};
+    template <const Words& m, Word inverse>
+    static constexpr WordsOf<Word, count + 1> montgomery(const Words& a, const Words& b) {
+        WordsOf<Word, count + 1> t{};
 #pragma GCC unroll 4
-        for (std::size_t i = 0; i < 4; ++i) {
-            std::uint64_t carry = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            // t is below b + m here, and below B (b + m) before it loses a word.
+            Word carry = 0;
 #pragma GCC unroll 4
-            for (std::size_t j = 0; j < 4; ++j) t[j] = mul_add(a[i], b[j], t[j], carry);
-            std::uint64_t top = 0;
-            t[4] = add_carry(t[4], carry, top);
-            const std::uint64_t u = t[0] * inverse;
+            for (std::size_t j = 0; j < count; ++j) t[j] = mul_add(a[i], b[j], t[j], carry);
+            Word top = 0;
+            t[count] = add_carry(t[count], carry, top);
+            const Word u = t[0] * inverse;
             carry = 0;
             static_cast<void>(mul_add(u, m[0], t[0], carry));
 #pragma GCC unroll 4
-            for (std::size_t j = 1; j < 4; ++j) t[j - 1] = mul_add(u, m[j], t[j], carry);
-            std::uint64_t again = 0;
-            t[3] = add_carry(t[4], carry, again);
-            t[4] = top + again;
+            for (std::size_t j = 1; j < count; ++j) t[j - 1] = mul_add(u, m[j], t[j], carry);
+            Word again = 0;
+            t[count - 1] = add_carry(t[count], carry, again);
+            t[count] = top + again;
         }
         return t;
     }
 };
+using PlainWords = PlainWordsOf<std::uint64_t, 4>;
 
-/** p = 2^256 - c, c below 2^16: 2^256 is c. */
+/** p = N - c, so that N is c. A second carry has to find room in word 0, for which c (c + 1) is below B. */
 template <std::uint64_t c, typename P = PlainWords>
 struct BelowPower {
     using Engine = P;
+    using Word = typename P::Word;
+    using Words = typename P::Words;
+    using WideWords = typename P::WideWords;
     /** The same field in the way of another engine. */
     template <typename Other>
     using With = BelowPower<c, Other>;
 
-    static_assert(c < 1 << 16);
-    static constexpr Words modulus = {std::uint64_t{0} - c, ~std::uint64_t{0}, ~std::uint64_t{0}, ~std::uint64_t{0}};
-    static constexpr Words one = {1, 0, 0, 0};
+    static_assert(c < std::uint64_t{1} << (word_bits<Word> + 1) / 2 &&
+                  c * (c + 1) <= static_cast<std::uint64_t>(~Word{0}));
+    static constexpr Words modulus = [] {
+        Words r{};
+        sub_word(r, Word{c});
+        return r;
+    }();
+    static constexpr Words one = {1};
 
+    /** Any a and b; the product below N. So are all results that follow. */
     static constexpr Words mul(const Words& a, const Words& b) { return reduce(P::multiply(a, b)); }
     static constexpr Words sqr(const Words& a) { return reduce(P::square(a)); }
 
     static constexpr Words add(const Words& a, const Words& b) {
         Words r{};
-        const std::uint64_t carry = field::add(r, a, b);
+        const Word carry = field::add(r, a, b);
         return fold(r, carry);
     }
 
     static constexpr Words sub(const Words& a, const Words& b) {
         Words r{};
-        const std::uint64_t borrow = field::sub(r, a, b);
-        const std::uint64_t again = sub_word(r, mask(borrow) & c);
-        // A second borrow leaves a word 0 of at least 2^64 - c, which has room for c more.
-        r[0] -= mask(again) & c;
+        const Word borrow = field::sub(r, a, b);
+        const Word again = sub_word(r, mask(borrow) & Word{c});
+        // A second borrow leaves a word 0 of at least B - c, which has room for c more.
+        r[0] -= mask(again) & Word{c};
         return r;
     }
 
     static constexpr Words enter(const Words& a) { return a; }
+    /** Below p, for any a: N is below 2p. */
     static constexpr Words canonical(const Words& a) { return subtract_once(a, modulus); }
 
 private:
-    /** r + high * 2^256 for high below 2^47. */
-    static constexpr Words fold(Words r, std::uint64_t high) {
-        const std::uint64_t carry = add_word(r, high * c);
-        // A carry leaves less than high * c, below 2^63, so word 0 has room for c more.
-        r[0] += mask(carry) & c;
+    /** r + high N, for any r, and high at most c. */
+    static constexpr Words fold(Words r, Word high) {
+        const Word carry = add_word(r, high * Word{c});
+        // A carry leaves less than high c, at most c^2, so word 0 has room for c more.
+        r[0] += mask(carry) & Word{c};
         return r;
     }
 
+    /** For any v: what is carried out of the low half is at most c. */
     static constexpr Words reduce(const WideWords& v) {
         Words low{};
-        const std::uint64_t high = P::add_multiple(low, v, c);
+        const Word high = P::add_multiple(low, v, Word{c});
         return fold(low, high);
     }
 };
 
-/** p = 2^255 + c, c below 2^16: 2^256 is -2c. */
+/**
+ * p = N / 2 + c, so that N is -2c. What stands for multiples of N has to fit a word, for which 2c (2c + 1) is below B,
+ * and half of N has to hold it.
+ */
 template <std::uint64_t c, typename P = PlainWords>
 struct AbovePower {
     using Engine = P;
+    using Word = typename P::Word;
+    using Words = typename P::Words;
+    using WideWords = typename P::WideWords;
     template <typename Other>
     using With = AbovePower<c, Other>;
 
-    static_assert(c < 1 << 16);
-    static constexpr Words modulus = {c, 0, 0, std::uint64_t{1} << 63};
-    static constexpr Words one = {1, 0, 0, 0};
+    static constexpr int top_bit = word_bits<Word> - 1;
+    static constexpr std::size_t last = std::tuple_size_v<Words> - 1;
+    static_assert(last > 0 && c < std::uint64_t{1} << (word_bits<Word> + 1) / 2 &&
+                  2 * c * (2 * c + 1) <= static_cast<std::uint64_t>(~Word{0}));
+    static constexpr Words modulus = [] {
+        Words r{c};
+        r[last] = Word{1} << top_bit;
+        return r;
+    }();
+    static constexpr Words one = {1};
 
+    /** Any a and b; the product below N. So are all results that follow. */
     static constexpr Words mul(const Words& a, const Words& b) { return reduce(P::multiply(a, b)); }
     static constexpr Words sqr(const Words& a) { return reduce(P::square(a)); }
 
-    /** With a carry, p or 2p is taken off: whatever leaves bit 255 set, so that nothing is borrowed. */
+    /** With a carry, p or 2p is taken off: whatever leaves the top bit set, so that nothing is borrowed. */
     static constexpr Words add(const Words& a, const Words& b) {
         Words r{};
-        const std::uint64_t carry = field::add(r, a, b);
-        const std::uint64_t top = r[3] >> 63;
-        r[3] |= carry << 63;
-        static_cast<void>(sub_word(r, mask(carry) & (c << top)));
+        const Word carry = field::add(r, a, b);
+        const Word top = r[last] >> top_bit;
+        r[last] |= carry << top_bit;
+        static_cast<void>(sub_word(r, mask(carry) & (Word{c} + (mask(top) & Word{c}))));
         return r;
     }
 
     static constexpr Words sub(const Words& a, const Words& b) {
         Words r{};
-        const std::uint64_t borrow = field::sub(r, a, b);
+        const Word borrow = field::sub(r, a, b);
         return raise(r, borrow);
     }
 
     static constexpr Words enter(const Words& a) { return a; }
+    /** Below p, for any a: N is below 2p. */
     static constexpr Words canonical(const Words& a) { return subtract_once(a, modulus); }
 
 private:
     /**
-     * r - k * 2^256 for k below 2^46: 2k p or (2k - 1) p is added, the odd multiple where bit 255 of r is set and has
-     * to make room. Either way bit 255 is free before the last addition, so one carry chain is all.
+     * r - k N for any r, and k at most 2c: 2k p or (2k - 1) p is added, the odd multiple where the top bit of r is set
+     * and has to make room. Either way the top bit is free before the last addition, of at most 4c^2, so one chain of
+     * carries is all.
      */
-    static constexpr Words raise(Words r, std::uint64_t k) {
-        const std::uint64_t odd = r[3] >> 63 & (k | (std::uint64_t{0} - k)) >> 63;
-        r[3] ^= odd << 63;
-        static_cast<void>(add_word(r, (2 * k - odd) * c));
+    static constexpr Words raise(Words r, Word k) {
+        const Word odd = r[last] >> top_bit & (k | (Word{0} - k)) >> top_bit;
+        r[last] ^= odd << top_bit;
+        static_cast<void>(add_word(r, (k + k - odd) * Word{c}));
         return r;
     }
 
+    /** For any v: what the high half takes off is carried out at most 2c times. */
     static constexpr Words reduce(const WideWords& v) {
         // low - x is the complement of the complement of low plus x.
         WideWords complement = v;
 #pragma GCC unroll 4
-        for (std::size_t i = 0; i < 4; ++i) complement[i] = ~v[i];
+        for (std::size_t i = 0; i <= last; ++i) complement[i] = ~v[i];
         Words r{};
-        const std::uint64_t high = P::add_multiple(r, complement, 2 * c);
+        const Word high = P::add_multiple(r, complement, Word{2 * c});
 #pragma GCC unroll 4
-        for (std::size_t i = 0; i < 4; ++i) r[i] = ~r[i];
+        for (std::size_t i = 0; i <= last; ++i) r[i] = ~r[i];
         return raise(r, high);
     }
 };
 
-/** Any odd modulus above 2^255. An element stands multiplied by 2^256 (P. L. Montgomery, 1985), always below the
- * modulus. */
-template <Words m, typename P = PlainWords>
+/** Any odd modulus above N / 2. An element stands multiplied by N (P. L. Montgomery, 1985), always below the modulus.
+ */
+template <auto m, typename P = PlainWords>
 struct Montgomery {
     using Engine = P;
+    using Word = typename P::Word;
+    using Words = typename P::Words;
     template <typename Other>
     using With = Montgomery<m, Other>;
 
-    static_assert(m[3] >> 63 == 1 && m[0] % 2 == 1);
+    static constexpr std::size_t count = std::tuple_size_v<Words>;
+    static_assert(m[count - 1] >> (word_bits<Word> - 1) == 1 && (m[0] & 1) == 1);
     static constexpr Words modulus = m;
 
-    /** 2^256 - m, below m: one in this form. */
+    /** N - m, below m: one in this form. */
     static constexpr Words one = [] {
         Words r{};
         sub(r, Words{}, m);
         return r;
     }();
 
+    /** Below m where one of a and b is; the other one may be any number. */
     static constexpr Words mul(const Words& a, const Words& b) {
         const auto t = P::template montgomery<modulus, inverse>(a, b);
-        return less_modulus({t[0], t[1], t[2], t[3]}, t[4]);
+        Words low{};
+#pragma GCC unroll 4
+        for (std::size_t i = 0; i < count; ++i) low[i] = t[i];
+        return less_modulus(low, t[count]);
     }
 
     static constexpr Words sqr(const Words& a) { return mul(a, a); }
 
+    /** Below m, for a and b below m. */
     static constexpr Words add(const Words& a, const Words& b) {
         Words r{};
-        const std::uint64_t carry = field::add(r, a, b);
+        const Word carry = field::add(r, a, b);
         return less_modulus(r, carry);
     }
 
+    /** Below m, for a and b below m. */
     static constexpr Words sub(const Words& a, const Words& b) {
         Words r{};
         Words corrected{};
-        const std::uint64_t borrow = field::sub(r, a, b);
+        const Word borrow = field::sub(r, a, b);
         field::add(corrected, r, m);
         return select(mask(borrow), corrected, r);
     }
 
-    /** Any 256-bit number, taken into this form. */
+    /** Any number below N, taken into this form. */
     static constexpr Words enter(const Words& a) { return mul(a, square_of_power); }
-    static constexpr Words canonical(const Words& a) { return mul(a, {1, 0, 0, 0}); }
+    /** The number below m that any a stands for. */
+    static constexpr Words canonical(const Words& a) { return mul(a, {1}); }
 
 private:
-    /** -1 / m modulo 2^64: each step of Newton's doubles the bits that are right. */
-    static constexpr std::uint64_t inverse = [] {
-        std::uint64_t x = m[0];
+    /** -1 / m modulo B: each step of Newton's doubles the bits that are right. */
+    static constexpr Word inverse = [] {
+        Word x = m[0];
         for (int i = 0; i < 5; ++i) x *= 2 - m[0] * x;
-        return std::uint64_t{0} - x;
+        return Word{0} - x;
     }();
 
-    /** 2^512 modulo m. */
+    /** N^2 modulo m. */
     static constexpr Words square_of_power = [] {
         Words r = one;
-        for (int i = 0; i < 256; ++i) r = add(r, r);
+        for (std::size_t i = 0; i < count * word_bits<Word>; ++i) r = add(r, r);
         return r;
     }();
 
-    /** a + high * 2^256, below 2m, less m where it is at least m. */
-    static constexpr Words less_modulus(const Words& a, std::uint64_t high) {
+    /** a + high N, below 2m, less m where it is at least m. */
+    static constexpr Words less_modulus(const Words& a, Word high) {
         Words r{};
-        const std::uint64_t borrow = field::sub(r, a, m);
+        const Word borrow = field::sub(r, a, m);
         return select(mask(borrow & (high ^ 1)), a, r);
     }
 };

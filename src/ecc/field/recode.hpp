@@ -6,7 +6,7 @@
 
 namespace vrx::field {
 
-/** The odd one of k and q - k, for an odd q; `even` is all ones where that is q - k. */
+/** The odd one of k and q - k, for an odd q and 1 <= k < q; `even` is all ones where that is q - k. */
 constexpr Words odd_one(const Words& k, const Words& q, std::uint64_t& even) {
     even = mask(1 ^ (k[0] & 1));
     Words other{};
@@ -14,7 +14,7 @@ constexpr Words odd_one(const Words& k, const Words& q, std::uint64_t& even) {
     return select(even, other, k);
 }
 
-/** floor(k / 2) + high 2^255 */
+/** floor(k / 2) + high 2^255, for any k and high 0 or 1. */
 constexpr Words halved(const Words& k, std::uint64_t high) {
     return {k[0] >> 1 | k[1] << 63, k[1] >> 1 | k[2] << 63, k[2] >> 1 | k[3] << 63, k[3] >> 1 | high << 63};
 }

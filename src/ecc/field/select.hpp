@@ -17,7 +17,7 @@ struct VectorOf {
     using Type [[gnu::vector_size(bytes)]] = std::uint64_t;
 };
 
-/** Entry `index` of a table of so many, by vectors of so many bytes. Reads the whole table. */
+/** Entry `index` of a table of so many, by vectors of so many bytes; zero for another index. Reads the whole table. */
 template <std::size_t bytes, typename Entry, std::size_t count>
 [[gnu::always_inline]] inline Entry selected(const void* table, std::uint64_t index) {
     using Block = typename VectorOf<bytes>::Type;

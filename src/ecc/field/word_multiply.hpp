@@ -15,7 +15,7 @@
 
 namespace vrx::field {
 
-/** a / 2: of a, or of a + p where a is odd. */
+/** a / 2: of a, or of a + p where a is odd. For any loose a; below 2^256, as the carry of a + p comes down. */
 template <typename S>
 constexpr Words half(const Words& a) {
     const std::uint64_t odd = mask(a[0] & 1);
@@ -24,6 +24,7 @@ constexpr Words half(const Words& a) {
     return halved(even, carry);
 }
 
+/** a, or -a where the mask is all ones. */
 template <typename S>
 constexpr Words negated_where(std::uint64_t negative, const Words& a) {
     return select(negative, S::sub(Words{}, a), a);
