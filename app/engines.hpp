@@ -52,9 +52,7 @@ inline constexpr EngineFamily engine_families[] = {{"cipher", cipher_engines},
 
 /** The best engine of a family for a processor with these features. */
 constexpr const Engine& best_engine(std::span<const Engine> engines, std::uint32_t features) {
-    const Engine* engine = engines.data();
-    while ((features & engine->needs) != engine->needs) ++engine;
-    return *engine;
+    return cpu::best_of(engines, &Engine::needs, features);
 }
 
 }  // namespace vrx::app

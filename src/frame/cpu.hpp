@@ -3,6 +3,8 @@
 #define VRX_FRAME_CPU_HPP
 
 #include <cstdint>
+#include <functional>
+#include <iterator>
 
 namespace vrx::cpu {
 
@@ -47,6 +49,18 @@ struct Answers {
  * Asks the processor at every call, which is slow: the answer is for keeping.
  */
 [[nodiscard]] std::uint32_t features();
+
+/**
+ * The first of a list that suits a processor with these features. The last of the list suits every processor.
+ *
+ * @param needs  what an entry of the list asks for: a member of it
+ */
+template <typename List, typename Needs>
+[[nodiscard]] constexpr const auto& best_of(const List& list, Needs needs, std::uint32_t features) {
+    auto best = std::begin(list);
+    while ((std::invoke(needs, *best) & ~features) != 0) ++best;
+    return *best;
+}
 
 }  // namespace vrx::cpu
 

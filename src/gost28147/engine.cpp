@@ -16,8 +16,7 @@ const Engine& engine() noexcept {
     // First call of the process. Racing threads store the same pointer, so relaxed order is enough.
     const Engine* e = chosen.load(std::memory_order_relaxed);
     if (e == nullptr) {
-        const std::uint32_t features = cpu::features();
-        for (e = engines.data(); (features & e->needs) != e->needs;) ++e;
+        e = &cpu::best_of(engines, &Engine::needs, cpu::features());
         chosen.store(e, std::memory_order_relaxed);
     }
     return *e;

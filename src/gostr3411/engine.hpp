@@ -25,6 +25,8 @@ struct Engine {
     std::uint32_t wants;
     /** Looks at the table, once for all steps. @return what runs them */
     Steps (*prepare)(Substitution& s) noexcept;
+
+    [[nodiscard]] constexpr std::uint32_t suits() const { return needs | wants; }
 };
 
 /** The one that runs: the best that this processor offers. */

@@ -11,12 +11,9 @@ constinit std::atomic<Compress> chosen{choose_and_run};
 
 // First call of the process. Racing threads store the same pointer, so relaxed order is enough.
 void choose_and_run(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept {
-    const std::uint32_t features = cpu::features();
-    for (const Implementation& implementation : implementations)
-        if ((features & implementation.needs) == implementation.needs) {
-            chosen.store(implementation.run, std::memory_order_relaxed);
-            return implementation.run(h, data, blocks);
-        }
+    const Implementation& best = cpu::best_of(implementations, &Implementation::needs, cpu::features());
+    chosen.store(best.run, std::memory_order_relaxed);
+    best.run(h, data, blocks);
 }
 
 }  // namespace

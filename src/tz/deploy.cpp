@@ -12,11 +12,9 @@ constinit std::atomic<decltype(&choose_and_run)> chosen{choose_and_run};
 
 // First call of the process. Racing threads store the same pointer, so relaxed order is enough.
 void choose_and_run(Numeric num, vrx_tz& out) noexcept {
-    const std::uint32_t features = cpu::features();
-    const Deployment* d = deployments.data();
-    while ((features & d->needs) != d->needs) ++d;
-    chosen.store(d->run, std::memory_order_relaxed);
-    d->run(num, out);
+    const Deployment& best = cpu::best_of(deployments, &Deployment::needs, cpu::features());
+    chosen.store(best.run, std::memory_order_relaxed);
+    best.run(num, out);
 }
 
 }  // namespace

@@ -152,4 +152,16 @@ TEST(cpu, a_cache_is_large_from_48_kib) {
     EXPECT_FALSE((cpu::features(silent) & cpu::large_l1) != 0);
 }
 
+TEST(cpu, the_best_of_a_list_is_the_first_that_asks_for_nothing_else) {
+    struct Entry {
+        std::uint32_t needs;
+    };
+    constexpr Entry list[] = {{cpu::avx2 | cpu::adx}, {cpu::avx2}, {cpu::baseline}};
+    const auto best = [&](std::uint32_t features) { return &cpu::best_of(list, &Entry::needs, features) - list; };
+    EXPECT_EQ(best(cpu::avx2 | cpu::adx | cpu::sha), 0);
+    EXPECT_EQ(best(cpu::avx2 | cpu::sha), 1);
+    EXPECT_EQ(best(cpu::adx), 2);
+    EXPECT_EQ(best(cpu::baseline), 2);
+}
+
 }  // namespace

@@ -5,13 +5,6 @@
 namespace vrx::field {
 namespace {
 
-const Engine* best_engine() {
-    const std::uint32_t features = cpu::features();
-    for (const Engine* e : engines)
-        if ((features & e->needs) == e->needs) return e;
-    return &engine_words;
-}
-
 // Chosen at the first use. Racing threads store the same pointer, so relaxed order is enough.
 constinit std::atomic<const Engine*> chosen{nullptr};
 
@@ -20,7 +13,7 @@ constinit std::atomic<const Engine*> chosen{nullptr};
 const Engine& engine() {
     const Engine* e = chosen.load(std::memory_order_relaxed);
     if (e == nullptr) {
-        e = best_engine();
+        e = cpu::best_of(engines, &Engine::needs, cpu::features());
         chosen.store(e, std::memory_order_relaxed);
     }
     return *e;
