@@ -29,9 +29,8 @@ int with_second_try(Step step) {
     return step() == VRX_OK ? VRX_OK : step();
 }
 
-int mesh_step(vrx_crpt_ctx& ctx) {
-    return with_second_try([&] { return vrx_make_key_meshing(&ctx); });
-}
+/** The meshing step of a context whose table is deployed, so that it does not fail. */
+void mesh_step(vrx_crpt_ctx& ctx) { static_cast<void>(vrx_make_key_meshing(&ctx)); }
 
 /**
  * Meshing and counting for a run of whole blocks: calls run(first, count) for each stretch under one key, and
@@ -39,7 +38,7 @@ int mesh_step(vrx_crpt_ctx& ctx) {
  * took. A block that is left waiting goes through mesh_step() by itself.
  */
 template <typename Run, typename RunSections>
-int for_each_stretch(vrx_crpt_ctx& ctx, std::size_t blocks, Run run, RunSections run_sections) {
+void for_each_stretch(vrx_crpt_ctx& ctx, std::size_t blocks, Run run, RunSections run_sections) {
     for (std::size_t done = 0; done != blocks;) {
         std::size_t count = blocks_before_meshing(ctx, blocks - done);
         if (count != 0) {
@@ -48,19 +47,18 @@ int for_each_stretch(vrx_crpt_ctx& ctx, std::size_t blocks, Run run, RunSections
             done += sections * section_blocks;
             continue;
         } else {
-            if (const int rc = mesh_step(ctx)) return rc;
+            mesh_step(ctx);
             count = 1;
         }
         run(done, count);
         done += count;
     }
-    return VRX_OK;
 }
 
 /** The same for modes whose sections are no faster together. */
 template <typename Run>
-int for_each_stretch(vrx_crpt_ctx& ctx, std::size_t blocks, Run run) {
-    return for_each_stretch(ctx, blocks, run, [](std::size_t, std::size_t) { return std::size_t{0}; });
+void for_each_stretch(vrx_crpt_ctx& ctx, std::size_t blocks, Run run) {
+    for_each_stretch(ctx, blocks, run, [](std::size_t, std::size_t) { return std::size_t{0}; });
 }
 
 /** Sections of a context's data. Its table is deployed, so that no meshing fails. */
@@ -322,18 +320,17 @@ int vrx_crpt_CNT_ctx(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out) {
 
     const std::uint32_t blocks = (length - kept) / block_size;
     const std::uint32_t tail = (length - kept) % block_size;
-    if (const int rc = for_each_stretch(
-            *ctx, blocks,
-            [&](std::size_t first, std::size_t count) {
-                counter(cipher, ctx->iv, from + first * block_size, to + first * block_size, count);
-            },
-            [&](std::size_t first, std::size_t sections) {
-                run_sections(Mode::counter, *ctx, from + first * block_size, to + first * block_size, sections);
-                return sections;
-            }))
-        return rc;
+    for_each_stretch(
+        *ctx, blocks,
+        [&](std::size_t first, std::size_t count) {
+            counter(cipher, ctx->iv, from + first * block_size, to + first * block_size, count);
+        },
+        [&](std::size_t first, std::size_t sections) {
+            run_sections(Mode::counter, *ctx, from + first * block_size, to + first * block_size, sections);
+            return sections;
+        });
     if (tail != 0) {
-        if (const int rc = mesh_step(*ctx)) return rc;
+        mesh_step(*ctx);
         const std::size_t done = std::size_t{blocks} * block_size;
         vrx::Secret<std::uint8_t[VRX_BLOCK_SIZE]> last;
         std::memcpy(last.value, from + done, tail);
@@ -382,20 +379,19 @@ int vrx_crpt_CFB_ctx(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out) {
         std::memmove(to, from, rest);
         from = to;
     }
-    if (const int rc = for_each_stretch(
-            *ctx, blocks,
-            [&](std::size_t first, std::size_t count) {
-                (encrypting ? cfb_encrypt : cfb_decrypt)(cipher, ctx->iv, from + first * block_size,
-                                                         to + first * block_size, count);
-            },
-            [&](std::size_t first, std::size_t sections) {
-                if (encrypting) return std::size_t{0};
-                run_sections(Mode::cfb_decrypt, *ctx, from + first * block_size, to + first * block_size, sections);
-                return sections;
-            }))
-        return rc;
+    for_each_stretch(
+        *ctx, blocks,
+        [&](std::size_t first, std::size_t count) {
+            (encrypting ? cfb_encrypt : cfb_decrypt)(cipher, ctx->iv, from + first * block_size,
+                                                     to + first * block_size, count);
+        },
+        [&](std::size_t first, std::size_t sections) {
+            if (encrypting) return std::size_t{0};
+            run_sections(Mode::cfb_decrypt, *ctx, from + first * block_size, to + first * block_size, sections);
+            return sections;
+        });
     if (tail != 0) {
-        if (const int rc = mesh_step(*ctx)) return rc;
+        mesh_step(*ctx);
         const std::size_t done = blocks * block_size;
         vrx::Secret<std::uint8_t[VRX_BLOCK_SIZE]> last;
         std::memcpy(last.value, from + done, tail);
@@ -424,7 +420,7 @@ int vrx_crpt_IMITO_ctx(vrx_crpt_ctx* ctx, const vrx_data* in) {
         ctx->block_len = held + length;
         if (!last_call) return VRX_OK;
         std::memset(ctx->block + ctx->block_len, 0, block_size - ctx->block_len);
-        if (const int rc = mesh_step(*ctx)) return rc;
+        mesh_step(*ctx);
         mac(cipher, ctx->mac, ctx->block, 1);
         return VRX_OK;
     }
@@ -444,13 +440,12 @@ int vrx_crpt_IMITO_ctx(vrx_crpt_ctx* ctx, const vrx_data* in) {
     // Deliberate: only the low half is cleared.
     if ((ctx->flags & VRX_FLAG_FIRST) != 0) std::memset(ctx->mac, 0, VRX_BLOCK_SIZE / 2);
     if (held > 0) {
-        if (const int rc = mesh_step(*ctx)) return rc;
+        mesh_step(*ctx);
         mac(cipher, ctx->mac, first.value, 1);
     }
-    if (const int rc = for_each_stretch(*ctx, length / block_size, [&](std::size_t done, std::size_t count) {
-            mac(cipher, ctx->mac, from + done * block_size, count);
-        }))
-        return rc;
+    for_each_stretch(*ctx, length / block_size, [&](std::size_t done, std::size_t count) {
+        mac(cipher, ctx->mac, from + done * block_size, count);
+    });
     ctx->flags = 0;
     return VRX_OK;
 }

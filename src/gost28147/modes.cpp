@@ -114,7 +114,7 @@ int VRX_Gost_SS_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, const 
 
 int VRX_Gost_CBC_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std::uint8_t* iv, const std::uint32_t* key,
                    int direction) {
-    if (const Fault fault = check(table, in, out, key, iv); fault != Fault::none) return code(fault);
+    if (const int rc = code(check(table, in, out, key, iv))) return rc;
     if (in->length % VRX_BLOCK_SIZE != 0) return VRX_ERR_BLOCK_MULTIPLE;
     (vrx::low8(direction) != 0 ? cbc_encrypt : cbc_decrypt)({*table, Key(key)}, iv, in->data, out->data,
                                                             in->length / VRX_BLOCK_SIZE);
@@ -124,7 +124,7 @@ int VRX_Gost_CBC_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std::
 
 int VRX_Gost_Gamm_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std::uint8_t* iv, const std::uint32_t* key,
                     int flags) {
-    if (const Fault fault = check(table, in, out, key, iv); fault != Fault::none) return code(fault);
+    if (const int rc = code(check(table, in, out, key, iv))) return rc;
     Pieces pieces;
     if (const int rc = pieces.split(*in, flags)) return rc;
     const Cipher cipher{*table, Key(key)};
@@ -134,7 +134,7 @@ int VRX_Gost_Gamm_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std:
 
 int VRX_Gost_GFB_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std::uint8_t* iv, const std::uint32_t* key,
                    int direction, int flags) {
-    if (const Fault fault = check(table, in, out, key, iv); fault != Fault::none) return code(fault);
+    if (const int rc = code(check(table, in, out, key, iv))) return rc;
     Pieces pieces;
     if (const int rc = pieces.split(*in, flags)) return rc;
     // Deliberate: decrypting in place, the padded block included, feeds back plaintext.

@@ -84,9 +84,9 @@ template <std::size_t... order>
 // where + is exclusive-or. With x for one place, psi^n is x^n modulo x^16 + x^15 + x^12 + x^3 + x^2 + x + 1. The
 // sequence is kept as 64-bit words of four places, the first one lowest.
 
-/** The four places that begin `place` places (0 to 3) into the words a, b. */
+/** The four places that begin `place` places (1 to 3) into the words a, b. */
 constexpr std::uint64_t window(std::uint64_t a, std::uint64_t b, unsigned place) {
-    return place == 0 ? a : a >> 16 * place ^ b << (64 - 16 * place);
+    return a >> 16 * place ^ b << (64 - 16 * place);
 }
 
 /** The next four places of the sequence behind the sixteen at w. */

@@ -116,15 +116,12 @@ int oidRegisterGOST28147Par(vrx_gost28147_par* record) {
 }
 
 int oidRegisterGOST28147CryptoProPar(void) {
-    for (vrx_gost28147_par& record : GOST28147_CRYPTO_PRO_OIDS)
-        if (oidRegisterGOST28147Par(&record) != VRX_OK)
-            return log::failed_step("oidRegisterGOST28147CryptoProPar", VRX_ERR_FAILED);
+    for (vrx_gost28147_par& record : GOST28147_CRYPTO_PRO_OIDS) oidRegisterGOST28147Par(&record);
     return VRX_OK;
 }
 
 int oidFindGOST28147Par(const std::uint8_t* oid, std::uint32_t length, vrx_gost28147_par** record) {
-    if (GOST28147_OIDS == nullptr && oidRegisterGOST28147CryptoProPar() != VRX_OK)
-        return log::failed_step("oidRegisterGOST28147CryptoProPar", VRX_ERR_FAILED);
+    if (GOST28147_OIDS == nullptr) oidRegisterGOST28147CryptoProPar();
     *record = *find_link(oid, length);
     if (*record == nullptr) return log::condition("oidFindGOST28147Par", "unsupported OID", VRX_ERR_FAILED);
     return VRX_OK;

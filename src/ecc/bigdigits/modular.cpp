@@ -12,7 +12,7 @@ namespace field = vrx::field;
 namespace {
 
 /** a is 1. */
-bool is_one(const Word* a, std::size_t n) { return n != 0 && a[0] == 1 && significant(a, n) == 1; }
+bool is_one(const Word* a, std::size_t n) { return a[0] == 1 && significant(a, n) == 1; }
 
 }  // namespace
 

@@ -42,9 +42,9 @@ Digit draw() {
     return value;
 }
 
-/** A digit from 0 to range, evenly: what lies above after masking is drawn again. */
+/** A digit from 0 to range, evenly: what lies above after masking is drawn again. range is not 0. */
 Digit draw_up_to(Digit range) {
-    const Digit mask = range == 0 ? 0 : ~Digit{0} >> std::countl_zero(range);
+    const Digit mask = ~Digit{0} >> std::countl_zero(range);
     Digit value;
     do value = draw() & mask;
     while (value > range);
