@@ -395,6 +395,9 @@ TEST_P(borders, keys_and_agreement_are_covered) {
     EcPoint off = key;
     off.y[3] ^= 8;
     EXPECT_EQ(agree(k, off), nothing);
+    EcParamSet own = set;
+    own.G = key;
+    EXPECT_EQ(counts_of<Kek>([&](Kek& kek) { return ecMakeKEK(&own, &oid, ukm, k.data(), &key, kek.bytes); }), nothing);
 }
 
 }  // namespace

@@ -136,6 +136,9 @@ TEST(look_up, goes_by_the_records_as_they_are_and_takes_the_first) {
     EXPECT_EQ(epFindParByOid(ecc_A_oid, 9, &found), VRX_ERR_FAILED);
     EXPECT_EQ(epFindParByOid(ecc_A_oid, 8, &found), VRX_OK);
     EXPECT_EQ(found, &cp_ecc_par[1]);
+    cp_ecc_par[3].oid_len = 0;
+    EXPECT_EQ(epFindParByOid(nullptr, 0, &found), VRX_OK);
+    EXPECT_EQ(found, &cp_ecc_par[3]);
 }
 
 TEST(decimal, coordinates_there_and_back) {

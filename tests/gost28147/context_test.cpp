@@ -216,7 +216,7 @@ TEST(OldInit, a_vector_does_not_seed_the_mac_of_which_the_high_half_is_kept) {
 }
 
 TEST(OldInit, closes_the_context_before_its_checks_and_changes_nothing_else) {
-    for (int defect = 0; defect < 6; ++defect) {
+    for (int defect = 0; defect < 8; ++defect) {
         OldSample s;
         const old_crpt_params* params = &s.p;
         switch (defect) {
@@ -234,6 +234,12 @@ TEST(OldInit, closes_the_context_before_its_checks_and_changes_nothing_else) {
                 break;
             case 4:
                 s.key_data.data = nullptr;
+                break;
+            case 5:
+                s.p.table = nullptr;
+                break;
+            case 6:
+                s.p.key = nullptr;
                 break;
             default:
                 params = nullptr;
@@ -1077,6 +1083,29 @@ TEST(ContextEngine, without_meshing_fails_as_the_one_shot_function_does) {
     EXPECT_EQ(vrx_crpt_context_engine(&ctx, &in, nullptr), VRX_ERR_BAD_PARAMS);
     EXPECT_EQ(s.log.take(), "VRX_Gost_SS_m: bad params\nVRX_Gost_SS_m: bad params\n");
     EXPECT_EQ(difference(ctx, before), "");
+}
+
+TEST(ContextEngine, with_meshing_refuses_missing_records_and_data_too) {
+    Sample s;
+    Bytes bytes = counted(1024);
+    const vrx_data in{1024, bytes.data()};
+    vrx_data out{1024, bytes.data()};
+    vrx_crpt_ctx ctx = s.open(VRX_MODE_SS, 1, 1);
+    const vrx_crpt_ctx before = ctx;
+    EXPECT_EQ(vrx_crpt_context_engine(nullptr, &in, &out), VRX_ERR_BAD_PARAMS);
+    EXPECT_EQ(s.log.take(), "");
+    EXPECT_EQ(vrx_crpt_context_engine(&ctx, nullptr, &out), VRX_ERR_BAD_PARAMS);
+    EXPECT_EQ(vrx_crpt_context_engine(&ctx, &in, nullptr), VRX_ERR_BAD_PARAMS);
+    EXPECT_EQ(s.log.take(), "VRX_Gost_SS_m: bad params\nVRX_Gost_SS_m: bad params\n");
+    EXPECT_EQ(difference(ctx, before), "");
+    for (const bool first_missing : {true, false}) {
+        ctx.mesh_count = 1024;
+        const vrx_data no_input{1024, nullptr};
+        vrx_data no_output{1024, nullptr};
+        EXPECT_EQ(vrx_crpt_context_engine(&ctx, first_missing ? &no_input : &in, first_missing ? &out : &no_output),
+                  VRX_ERR_BAD_PARAMS);
+        EXPECT_EQ(s.log.take(), "VRX_Gost_SS_m: NULL data pointer\n");
+    }
 }
 
 TEST(ContextEngine, leaves_the_count_of_all_sections_in_the_output) {

@@ -177,6 +177,18 @@ TEST_F(PbaTest, given_identifier_is_ignored_and_the_default_pointer_decides) {
     }
 }
 
+TEST_F(PbaTest, null_identifier_is_searched_for_and_fits_a_set_without_one) {
+    const Bytes password = random.bytes(14);
+    set = on_boxes(boxes_of_set(test_set));
+    const Bytes expected = model(password, password, 2, 1, 32);
+    const vrx_gostr3411_par original = GOSTR3411_OIDS[0];
+    GOSTR3411_OIDS[0].oid_length = 0;
+    Bytes out(32);
+    EXPECT_EQ(GOSTR3411_PBA_Derive(password.data(), 14, password.data(), 14, 2, 1, nullptr, 0, out.data(), 32), VRX_OK);
+    EXPECT_EQ(out, expected);
+    GOSTR3411_OIDS[0] = original;
+}
+
 TEST_F(PbaTest, low_8_bits_of_the_diversifier_count) {
     const Bytes password = random.bytes(14);
     EXPECT_EQ(derive(password, password, 1, 0x103, 32), derive(password, password, 1, 3, 32));

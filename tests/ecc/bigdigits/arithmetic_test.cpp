@@ -136,6 +136,9 @@ TEST(Arithmetic, nothing_is_written_for_no_digits) {
     mpOrBits(w, x, x, 0);
     mpAndBits(w, x, x, 0);
     mpNotBits(w, x, 0);
+    EXPECT_EQ(mpIsNegative(x, 0), 0);
+    EXPECT_EQ(mpChs(w, x, 0), 0);
+    EXPECT_EQ(mpAbs(w, x, 0), 0);
     EXPECT_EQ(w.value(), Number{0x55aa55aa});
     EXPECT_EQ(q.value(), Number{0x55aa55aa});
 }

@@ -77,6 +77,19 @@ TEST(Modular, remainder_of_no_digits_is_0) {
     EXPECT_EQ(r.value(), Number(3));
 }
 
+TEST(Modular, nothing_is_written_for_no_digits) {
+    Guarded w(1), x(Number{7});
+    EXPECT_EQ(mpModAdd(w, x, x, x, 0), 0);
+    EXPECT_EQ(mpModSub(w, x, x, x, 0), 0);
+    EXPECT_EQ(mpModMult(w, x, x, x, 0), 0);
+    EXPECT_EQ(mpModExp(w, x, x, x, 0), 0);
+    EXPECT_EQ(mpModInv(w, x, x, 0), 1);
+    EXPECT_EQ(mpGcd(w, x, x, 0), 0);
+    EXPECT_EQ(mpSqrt(w, x, 0), 0);
+    EXPECT_EQ(mpJacobi(x, x, 0), 0);
+    EXPECT_EQ(w.value(), Number{0x55aa55aa});
+}
+
 TEST(Modular, sum_drops_its_carry) {
     for_moduli(256, [](std::size_t n, const Number& u, const Number& v, const Number& m) {
         const Slow mod(m);

@@ -3,6 +3,7 @@
 
 #include "ecc/field/comb_tables.hpp"
 #include "ecc/field/words_support.hpp"
+#include "ecc/params.hpp"
 
 using namespace vrx::test;
 using namespace vrx::field;
@@ -202,6 +203,34 @@ TEST_P(engines_of_curves, recognise_sums_by_their_remainders) {
         EXPECT_EQ(answer({}, second[i].k, words_of(reduced(Digits(second[i].point.x), q))), Answer::yes);
         EXPECT_EQ(answer({}, second[i].k, r), Answer::no);
     }
+}
+
+// An x from q to p - 1 has a small remainder; it would not come up by chance.
+TEST_P(engines_of_curves, recognise_sums_whose_x_is_above_q) {
+    const Digits p(set.p);
+    const Digits modulo_4 = reduced(p, Digits(4));
+    if (mpCompare(p.data(), q.data(), VRX_ECC_DIGITS) < 0) GTEST_SKIP() << "p is below q";
+    ASSERT_EQ(modulo_4, Digits(3)) << "a root is a power";
+    Digits root_exponent;
+    mpShiftRight(root_exponent.data(), p.data(), 2, VRX_ECC_DIGITS);
+    mpShortAdd(root_exponent.data(), root_exponent.data(), 1, VRX_ECC_DIGITS);
+    EcPoint above{};
+    std::uint32_t r = 0;
+    while (r == 0 || !vrx::ecc::on_curve(set, above)) {
+        const Digits x = sum(q, Digits(++r), p);
+        Digits y = sum(product(sum(product(x, x, p), Digits(set.a), p), x, p), Digits(set.b), p);
+        mpModExp(y.data(), y.data(), root_exponent.data(), p.data(), VRX_ECC_DIGITS);
+        above = point(x, y);
+    }
+    const Multiples of_g(set, set.G);
+    const Multiple m = of_g.random(random, 8)[2];
+    const EcPoint key = of_g.sum(above, of_g.negative(m).point);
+    const auto answer = [&](const Digits& remainder) {
+        return engine.sum_has_remainder(curve, m.k, {1, 0, 0, 0}, affine(key), words_of(remainder));
+    };
+    EXPECT_EQ(answer(r), Answer::yes);
+    EXPECT_EQ(answer(r + 1), Answer::no);
+    EXPECT_EQ(answer(difference(p, q, p)), Answer::no) << "p itself is no coordinate";
 }
 
 // What the chord cannot add: equal and opposite points.
