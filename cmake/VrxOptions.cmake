@@ -35,9 +35,11 @@ if(VRX_HARDENING AND NOT VRX_SANITIZE)
 endif()
 target_link_options(vrx_hardening INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
 
-option(VRX_COVERAGE "Count executed lines and branches" OFF)
+# The library counts, whoever runs it.
+add_library(vrx_counting INTERFACE)
+option(VRX_COVERAGE "Count the library's executed lines and branches" OFF)
 if(VRX_COVERAGE)
-  target_compile_options(vrx_options INTERFACE --coverage -fprofile-abs-path)
+  target_compile_options(vrx_counting INTERFACE --coverage -fprofile-abs-path)
   target_link_options(vrx_options INTERFACE --coverage)
 endif()
 
