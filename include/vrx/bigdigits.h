@@ -120,7 +120,8 @@ VRX_API void mpSetDigit(uint32_t *a, uint32_t d, uint64_t ndigits);
 /**
  * a = b 2^shift, cut to ndigits digits.
  *
- * @param shift  in: any number of bits; 32 ndigits and more give a = 0.
+ * @param shift  in: any number of bits; 32 ndigits and more give a = 0. For fewer than 32, a may also begin below b and
+ *               overlap it.
  * @return the lowest digit of what was shifted out (digit ndigits of the whole product); 0 for a shift of 0 and for
  *         0 digits.
  */
@@ -129,7 +130,8 @@ VRX_API uint32_t mpShiftLeft(uint32_t *a, const uint32_t *b, uint64_t shift, uin
 /**
  * a = floor(b / 2^shift).
  *
- * @param shift  in: any number of bits; 32 ndigits and more give a = 0.
+ * @param shift  in: any number of bits; 32 ndigits and more give a = 0. For fewer than 32, a may also begin above b and
+ *               overlap it.
  * @return the highest 32 of the bits shifted out, left-aligned: a shift by 1 returns bit 0 of b as bit 31; 0 for a
  *         shift of 0 and for 0 digits.
  */

@@ -221,6 +221,15 @@ std::uint32_t mpShiftLeft(std::uint32_t* a, const std::uint32_t* b, std::uint64_
     // An index below 0 wraps round to one far above ndigits. What falls out is read before a is written.
     const Digit out =
         funnel(digit_or_zero(b, ndigits, ndigits - whole), digit_or_zero(b, ndigits, ndigits - whole - 1), bits);
+    if (whole == 0) {  // upwards, so that a may begin below b
+        Digit below = 0;
+        for (std::uint64_t i = 0; i < ndigits; ++i) {
+            const Digit digit = b[i];
+            a[i] = funnel(digit, below, bits);
+            below = digit;
+        }
+        return out;
+    }
     for (std::uint64_t i = ndigits; i-- != 0;)
         a[i] = funnel(digit_or_zero(b, ndigits, i - whole), digit_or_zero(b, ndigits, i - whole - 1), bits);
     return out;
@@ -231,6 +240,15 @@ std::uint32_t mpShiftRight(std::uint32_t* a, const std::uint32_t* b, std::uint64
     const auto bits = static_cast<unsigned>(shift % digit_bits);
     const auto shifted = [bits](Digit hi, Digit lo) { return low_digit((Word{hi} << digit_bits | lo) >> bits); };
     const Digit out = shifted(digit_or_zero(b, ndigits, whole), digit_or_zero(b, ndigits, whole - 1));
+    if (whole == 0) {  // downwards, so that a may begin above b
+        Digit above = 0;
+        for (std::uint64_t i = ndigits; i-- != 0;) {
+            const Digit digit = b[i];
+            a[i] = shifted(above, digit);
+            above = digit;
+        }
+        return out;
+    }
     for (std::uint64_t i = 0; i < ndigits; ++i)
         a[i] = shifted(digit_or_zero(b, ndigits, i + whole + 1), digit_or_zero(b, ndigits, i + whole));
     return out;

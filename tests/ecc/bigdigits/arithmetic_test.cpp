@@ -246,6 +246,30 @@ TEST(Bits, shifts_by_every_count_in_and_out_of_place) {
     }
 }
 
+TEST(Bits, shifts_by_fewer_than_32_may_move_a_number_over_itself) {
+    Numbers numbers;
+    for (const std::size_t n : Counts{1, 2, 3, 8, 9, 33}) {
+        const Number b = numbers(n);
+        for (std::uint64_t s = 0; s < 32; ++s) {
+            Number left(n);
+            Number right(n);
+            const Digit left_out = mpShiftLeft(left.data(), b.data(), s, n);
+            const Digit right_out = mpShiftRight(right.data(), b.data(), s, n);
+            for (std::size_t distance = 1; distance <= 3; ++distance) {
+                Number x(n + distance);
+                Digit* low = x.data();
+                Digit* high = x.data() + distance;
+                std::copy(b.begin(), b.end(), high);
+                EXPECT_EQ(mpShiftLeft(low, high, s, n), left_out) << show(b) << " << " << s;
+                EXPECT_EQ(Number(low, low + n), left) << show(b) << " << " << s << ", " << distance << " below";
+                std::copy(b.begin(), b.end(), low);
+                EXPECT_EQ(mpShiftRight(high, low, s, n), right_out) << show(b) << " >> " << s;
+                EXPECT_EQ(Number(high, high + n), right) << show(b) << " >> " << s << ", " << distance << " above";
+            }
+        }
+    }
+}
+
 TEST(Bits, right_shift_returns_its_bits_left_aligned) {
     const Digit b[2] = {0x00000003, 1};
     Digit a[2];
