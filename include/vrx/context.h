@@ -118,7 +118,8 @@ VRX_API int vrx_crpt_reset(vrx_crpt_ctx *ctx);
  *         the table is not deployed; VRX_ERR_UNKNOWN_MODE.
  *
  * In and out may be the same buffer in modes 2 and 3, and in modes 1 and 4 while no bytes are held. Mode 3 takes any
- * overlap: the input counts as read before the output is written.
+ * overlap: first the bytes that use up held key stream are taken one by one, then all the rest of the input counts as
+ * read before more output is written.
  */
 VRX_API int vrx_crpt_update(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
@@ -128,8 +129,9 @@ VRX_API int vrx_crpt_update(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out
  * Mode 5 leaves the MAC in ctx->mac. In modes 1 and 4 a message must be whole blocks: held bytes make the call fail,
  * and the context is closed all the same. With nothing held, modes 1, 4 and 5 stay open.
  *
- * @return VRX_OK; VRX_ERR_BAD_PARAMS when ctx is NULL, VRX_ERR_CONTEXT_STATE when it is closed (both logged);
- *         VRX_ERR_BLOCK_MULTIPLE when bytes are held in modes 1 and 4; VRX_ERR_UNKNOWN_MODE.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS when ctx is NULL, VRX_ERR_CONTEXT_STATE when it is closed (both logged).
+ *         Where bytes are held: VRX_ERR_BLOCK_MULTIPLE in modes 1 and 4, or VRX_ERR_FAILED when the table is not
+ *         deployed; VRX_ERR_UNKNOWN_MODE in an unknown mode.
  */
 VRX_API int vrx_crpt_final(vrx_crpt_ctx *ctx);
 
