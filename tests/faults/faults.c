@@ -13,6 +13,7 @@
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <stdarg.h>
 #include <stdatomic.h>
 #include <stdlib.h>
@@ -36,6 +37,7 @@ struct Plan {
 static struct Plan memory_plan, system_plan;
 static atomic_int stutters;
 static atomic_long live;
+static atomic_size_t left_in_last;
 static atomic_int prepared;
 static unsigned turn;
 
@@ -81,6 +83,7 @@ void fail_allocation(long n) {
     memory_plan.until = n;
 }
 long live_allocations(void) { return live; }
+size_t octets_left_in_last(void) { return left_in_last; }
 
 /* --- memory ------------------------------------------------------------------------------------------------------- */
 
@@ -113,7 +116,13 @@ int posix_memalign(void** memory, size_t alignment, size_t size) {
     return *memory == NULL ? ENOMEM : 0;
 }
 void free(void* memory) {
-    if (memory != NULL) --live;
+    if (memory != NULL) {
+        --live;
+        size_t left = 0;
+        const unsigned char* octets = memory;
+        for (size_t i = 0, size = malloc_usable_size(memory); i < size; ++i) left += octets[i] != 0;
+        left_in_last = left;
+    }
     __libc_free(memory);
 }
 /* Pages for secrets. The C library maps its own without this symbol. */

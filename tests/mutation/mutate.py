@@ -23,7 +23,7 @@ PROJECT = Path(__file__).resolve().parents[2]
 MEMORY_LIMIT = 8 << 30
 WALL_LIMIT = 600
 SANITIZED = ["-DCMAKE_C_COMPILER=clang", "-DCMAKE_CXX_COMPILER=clang++", "-DVRX_SANITIZE=address,undefined"]
-WITHOUT_SANITIZERS = {"bigdigits_wipe_O2", "faults_library", "wipe"}
+WITHOUT_SANITIZERS = {"bigdigits_wipe_O2", "faults_library"}
 
 
 @dataclass(frozen=True)
@@ -48,7 +48,7 @@ HASH = runs("gostr3411", engines=("vbmi", "avx2_wide", "avx2", "baseline"), filt
     runs("gostr3411", filter="*2_to_29*") + runs("gostr3411_engine")
 SHA1 = runs("sha1", filter="-*2_to_32*") + runs("sha1", filter="*2_to_32*")
 NUMBERS = runs("bigdigits_arithmetic", "bigdigits_modular", "bigdigits_prime", "bigdigits_convert", "bigdigits_gmp",
-               "bigdigits_wipe_O2")
+               "bigdigits_wipe_O2") + runs("bigdigits_prime", filter="Seeding.*")
 CURVE_ENGINES = runs("ecc_field", "ecc_covered") + runs("ecc", engines=("ifma", "adx", "words", "none")) + \
     runs("ecc", engines=("plain_lanes",), filter="-*wiping*")
 CURVES = CURVE_ENGINES + runs("ecc_sign", "ecc_toy") + runs("ecc_model", engines=("", "none"))
@@ -58,7 +58,7 @@ TESTS = {
     "src/frame": runs("frame", "log", "engines", "variants", "engine", "sha1", "bigdigits_convert", "ecc"),
     "src/tz": runs("tables", "registry", "variants", "engines", "engine", "gostr3411_engine", "kernel", "log",
                    "faults_library"),
-    "src/gost28147": CIPHER + runs("wipe", engines=("", "avx2", "baseline")) + runs("engines", "log", "fences"),
+    "src/gost28147": CIPHER + runs("engines", "log", "fences"),
     "src/gostr3411": HASH + runs("engines", "log", "fences"),
     "src/sha1": SHA1 + runs("engines", "log", "fences"),
     "src/ecc": CURVES + runs("log", "fences"),
