@@ -226,7 +226,7 @@ private:
 
     /**
      * The promise of a product that is not carried, or of the difference of two, which may be negative: limbs up to
-     * 2^57, and above -2^53 where the high half is taken off, a value below 2.1 p. In Montgomery's form the value is
+     * 2^56, and above -2^53 where the high half is taken off, a value below 2.1 p. In Montgomery's form the value is
      * not the sum of the limbs' bounds, but known from what was computed: (a b + u m) / 2^260 for factors below 2.1 m
      * and a u below 2^260, where m is below 2^256.
      */
@@ -234,7 +234,7 @@ private:
         const i128 least = takes_off<S> ? -(one << 53) : 0;
         for (std::size_t l = 0; l < lane_count; ++l) {
             for (std::size_t i = 0; i < limb_count; ++i)
-                EXPECT_TRUE(r.limb[i].lane[l].within(least - (negative << 57), one << 57))
+                EXPECT_TRUE(r.limb[i].lane[l].within(least - (negative << 56), one << 56))
                     << "limb " << i << " of a product";
             if constexpr (is_montgomery<S>) {
                 Lanes lower = r;
