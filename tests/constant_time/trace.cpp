@@ -1,6 +1,7 @@
 #include "trace.hpp"
 
 #include <capstone/capstone.h>
+#include <sched.h>
 #include <sys/ptrace.h>
 #include <sys/user.h>
 #include <sys/wait.h>
@@ -164,12 +165,32 @@ void add(Trace& trace, const user_regs_struct& registers, Decoder& decoder) {
     _exit(0);
 }
 
+/** Keeps this process and its children on one processor, while it lives: they take turns, and waking another is slow.
+ */
+class OneProcessor {
+public:
+    OneProcessor() {
+        sched_getaffinity(0, sizeof before_, &before_);
+        cpu_set_t here;
+        CPU_ZERO(&here);
+        CPU_SET(static_cast<unsigned>(sched_getcpu()), &here);
+        sched_setaffinity(0, sizeof here, &here);
+    }
+    ~OneProcessor() { sched_setaffinity(0, sizeof before_, &before_); }
+    OneProcessor(const OneProcessor&) = delete;
+    OneProcessor& operator=(const OneProcessor&) = delete;
+
+private:
+    cpu_set_t before_{};
+};
+
 }  // namespace
 
 void trace_begins() { asm volatile("int3" : : : "memory"); }
 [[gnu::noinline]] void trace_ends() { asm volatile("" : : : "memory"); }
 
 std::vector<Trace> traces_of(const std::function<void()>& all) {
+    const OneProcessor one_processor;
     Decoder decoder;
     std::vector<Trace> traces;
     std::fflush(nullptr);
