@@ -203,6 +203,16 @@ TEST(Inverse, modulo_0_exists_for_1_alone) {
     }
 }
 
+TEST(Inverse, of_256_digits) {
+    Number m(256, 0);
+    m.back() = 0x80000000;
+    const Number u(256, 0x12345679);  // odd, and so it has one
+    Guarded inv(256), x(u), modulus(m), one(256);
+    EXPECT_EQ(mpModInv(inv, x, modulus, 256), 0);
+    EXPECT_EQ(mpModMult(one, x, inv, modulus, 256), 0);
+    EXPECT_EQ(one.value(), Slow(1).digits(256));
+}
+
 TEST(Inverse, of_3_modulo_7_is_5) {
     const Digit u = 3, m = 7;
     Digit inv = 0;
