@@ -49,13 +49,14 @@ HASH = runs("gostr3411", engines=("vbmi", "avx2_wide", "avx2", "baseline"), filt
 SHA1 = runs("sha1", filter="-*2_to_32*") + runs("sha1", filter="*2_to_32*")
 NUMBERS = runs("bigdigits_arithmetic", "bigdigits_modular", "bigdigits_prime", "bigdigits_convert", "bigdigits_gmp",
                "bigdigits_wipe_O2") + runs("bigdigits_prime", filter="Seeding.*")
-CURVE_ENGINES = runs("ecc_field", "ecc_covered") + runs("ecc", engines=("ifma", "adx", "words", "none")) + \
-    runs("ecc", engines=("plain_lanes",), filter="-*wiping*")
+CURVE_ENGINES = runs("ecc_field", "ecc_covered") + \
+    runs("ecc", engines=("ifma", "adx", "words", "none", "plain_lanes"), filter="-*wiping*")
 CURVES = CURVE_ENGINES + runs("ecc_sign", "ecc_toy") + runs("ecc_model", engines=("", "none"))
 
 # The tests of a folder, whichever way: the quickest run first. "engines" has a list of its own of what each needs.
 TESTS = {
-    "src/frame": runs("frame", "log", "engines", "variants", "engine", "sha1", "bigdigits_convert", "ecc"),
+    "src/frame": runs("frame", "log", "engines", "variants", "engine", "sha1", "bigdigits_convert") +
+    runs("ecc", filter="-*wiping*"),
     "src/tz": runs("tables", "registry", "variants", "engines", "engine", "gostr3411_engine", "kernel", "log",
                    "faults_library"),
     "src/gost28147": CIPHER + runs("engines", "log", "fences"),
