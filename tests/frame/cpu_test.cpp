@@ -1,6 +1,7 @@
 // The features of the processor, beside what the compiler's own run time finds.
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstring>
 #include <fstream>
 #include <span>
@@ -54,7 +55,7 @@ TEST(cpu, each_feature_has_a_bit_of_its_own) {
                                  cpu::avx512vbmi2, cpu::avx512ifma, cpu::bmi1,     cpu::prompt_vectors, cpu::large_l1};
     std::uint32_t seen = 0;
     for (const std::uint32_t feature : all) {
-        EXPECT_EQ(feature & (feature - 1), 0U);
+        EXPECT_TRUE(std::has_single_bit(feature));
         EXPECT_EQ(seen & feature, 0U);
         seen |= feature;
     }

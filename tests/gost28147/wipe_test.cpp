@@ -42,6 +42,20 @@ Call mode(const char* name, int mode, int direction, std::uint32_t size) {
             }};
 }
 
+/** By a table that no S-boxes expand to, which goes another way. */
+Call by_own_table(const char* name, int direction) {
+    return {name, direction != 0 ? Call::before : Call::after, nothing, [=](Secrets& s) {
+                static const vrx_tz own = [] {
+                    vrx_tz changed = table;
+                    changed.t[0][0] ^= 1;
+                    return changed;
+                }();
+                const vrx_data in{1024, s.text};
+                vrx_data out = in;
+                refused |= do_cipher_low(&own, VRX_MODE_SS, &in, &out, s.iv, s.key, direction, VRX_FLAG_FIRST);
+            }};
+}
+
 void init(Secrets& s, std::uint32_t mode, int direction) {
     refused |= vrx_crpt_init_context(&s.ctx, direction, get_GOST28147_par(1)->tz, mode, 0, 1, 0, s.iv, s.key);
 }
@@ -69,6 +83,8 @@ Call block(const char* name, Kernel kernel, int direction) {
 const Call calls[] = {
     mode("ss_encryption", VRX_MODE_SS, 1, 1024),
     mode("ss_decryption", VRX_MODE_SS, 0, 1024),
+    by_own_table("ss_encryption_by_own_table", 1),
+    by_own_table("ss_decryption_by_own_table", 0),
     mode("ss_of_few_blocks", VRX_MODE_SS, 1, 24),
     mode("gamm", VRX_MODE_GAMM, 1, 1023),
     mode("gamm_of_few_blocks", VRX_MODE_GAMM, 1, 23),
@@ -100,8 +116,8 @@ const Call calls[] = {
     {"block_cbc", Call::after, nothing, [](Secrets& s) { vrx_gost_cbc_64_m(s.text, s.text, s.iv, s.key, &table, 0); }},
 };
 
-/** What of the secrets is found on the stack: eight bytes in a row, or a word of the key eight bytes wide, as in a
- * vector. */
+/** What of the secrets is found on the stack: eight bytes in a row, or of the key a word or bytes of it as vectors have
+ * them. */
 std::string left_by(const Call& call) {
     static Secrets secrets;
     Random random;
@@ -125,6 +141,10 @@ std::string left_by(const Call& call) {
             Bytes twice(word, word + 4);
             twice.insert(twice.end(), word, word + 4);
             wanted.emplace_back(std::string(what) + ", a word", twice);
+            // As the engines that keep bytes apart have it: negated, each in all bytes of a vector.
+            Bytes planes(4, static_cast<std::uint8_t>(-word[0]));
+            planes.insert(planes.end(), 4, static_cast<std::uint8_t>(-word[1]));
+            if (word[0] != word[1]) wanted.emplace_back(std::string(what) + ", bytes", planes);
         }
     };
     add_key("the key", secrets.key);
