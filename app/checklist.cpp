@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <string_view>
 
-#include "failure.hpp"
+#include "io/failure.hpp"
 
 namespace vrx::app {
 namespace {

@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "files.hpp"
+#include "io/files.hpp"
+#include "io/text.hpp"
 #include "options.hpp"
-#include "text.hpp"
 
 namespace vrx::app {
 

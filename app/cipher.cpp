@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "failure.hpp"
-#include "text.hpp"
+#include "io/failure.hpp"
+#include "io/text.hpp"
 
 namespace vrx::app {
 namespace {

@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "files.hpp"
-#include "keys.hpp"
+#include "io/files.hpp"
+#include "keys/keys.hpp"
+#include "keys/parameters.hpp"
 #include "options.hpp"
-#include "parameters.hpp"
 
 namespace vrx::app {
 

@@ -1,9 +1,10 @@
 #include "digest.hpp"
 
+#include <cstring>
 #include <utility>
 
-#include "parameters.hpp"
-#include "pieces.hpp"
+#include "io/pieces.hpp"
+#include "keys/parameters.hpp"
 
 namespace vrx::app {
 
@@ -23,6 +24,15 @@ Octets gost_digest(const vrx_gostr3411_par& set, Input& input, Piece& piece) {
     });
     Octets digest(VRX_HASH_SIZE);
     check("the hash", GOSTR3411_Final(&context, digest.data()));
+    return digest;
+}
+
+SignedDigest signed_digest(const std::string& set, Input& input) {
+    Piece piece(piece_size);
+    const Octets octets = gost_digest(*get_GOSTR3411_par(hash_set_index(set)), input, piece);
+    SignedDigest digest;
+    static_assert(sizeof digest == VRX_HASH_SIZE);
+    std::memcpy(digest.data(), octets.data(), sizeof digest);
     return digest;
 }
 

@@ -4,6 +4,7 @@
 
 #include <vrx.h>
 
+#include <array>
 #include <functional>
 #include <string>
 #include <vector>
@@ -15,8 +16,15 @@ namespace vrx::app {
 /** --set, and the options of lists of digests. */
 std::vector<Option> digest_options(std::string& set, ListOptions& lists, const char* check_help);
 
+/** The parameter set of the hash where nothing names another. */
+inline constexpr const char* default_hash_set = "cryptopro";
+
 /** The GOST R 34.11-94 digest of an input, read through `piece`. */
 Octets gost_digest(const vrx_gostr3411_par& set, Input& input, Piece& piece);
+
+/** The digest of an input as the number that is signed: its first octet is the least significant. */
+using SignedDigest = std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS>;
+SignedDigest signed_digest(const std::string& set, Input& input);
 
 /**
  * The values that a list may hold, one kind for each parameter set, the chosen one first.

@@ -9,12 +9,12 @@
 
 #include <vrx.h>
 
-#include "commands.hpp"
-#include "failure.hpp"
-#include "files.hpp"
-#include "text.hpp"
+#include "commands/commands.hpp"
+#include "io/failure.hpp"
+#include "io/files.hpp"
+#include "io/text.hpp"
+#include "keys/traces.hpp"
 #include "topics.hpp"
-#include "traces.hpp"
 
 namespace vrx::app {
 namespace {
@@ -34,12 +34,12 @@ int print(const std::string& text) {
 }
 
 std::string overview() {
-    std::string text =
-        "Usage: vrx COMMAND [OPTIONS] [FILE]...\n"
-        "\n"
-        "GOST cryptography for files. Where no FILE is named, or FILE is -, standard input is read.\n"
-        "\n"
-        "Commands:\n";
+    std::string text = R"(Usage: vrx COMMAND [OPTIONS] [FILE]...
+
+GOST cryptography for files. Where no FILE is named, or FILE is -, standard input is read.
+
+Commands:
+)";
     const auto line = [&](std::string name, const char* summary) {
         name.resize(13, ' ');
         text += "  " + name + summary + "\n";
@@ -49,15 +49,15 @@ std::string overview() {
     line("version", "the version of the program");
     text += "\nTopics:\n";
     for (const Topic& topic : topics()) line(topic.name, topic.summary);
-    return text +
-           "\n"
-           "'vrx help COMMAND' or 'vrx COMMAND --help' explains a command, 'vrx help TOPIC' a topic.\n"
-           "Exit codes: 0 done, 1 a check failed, 2 wrong use or an input/output error ('vrx help exit-codes').\n"
-           "\n"
-           "Example:\n"
-           "  vrx keygen --out my.key\n"
-           "  vrx encrypt --key my.key -o letter.enc letter.txt\n"
-           "  vrx decrypt --key my.key -o letter.txt letter.enc\n";
+    return text + R"(
+'vrx help COMMAND' or 'vrx COMMAND --help' explains a command, 'vrx help TOPIC' a topic.
+Exit codes: 0 done, 1 a check failed, 2 wrong use or an input/output error ('vrx help exit-codes').
+
+Example:
+  vrx keygen --out my.key
+  vrx encrypt --key my.key -o letter.enc letter.txt
+  vrx decrypt --key my.key -o letter.txt letter.enc
+)";
 }
 
 std::string version() { return "vrx " VRX_VERSION "\n" + std::string(vrx_copyright_notice()) + "\n"; }

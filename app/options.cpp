@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <string_view>
 
-#include "files.hpp"
-#include "text.hpp"
+#include "io/files.hpp"
+#include "io/text.hpp"
 
 namespace vrx::app {
 namespace {

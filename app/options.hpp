@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "failure.hpp"
+#include "io/failure.hpp"
 
 namespace vrx::app {
 

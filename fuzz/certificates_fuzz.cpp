@@ -4,10 +4,10 @@
 #include <array>
 #include <span>
 
-#include "der.hpp"
 #include "fuzz.hpp"
-#include "key_format.hpp"
-#include "text.hpp"
+#include "io/text.hpp"
+#include "keys/der.hpp"
+#include "keys/key_format.hpp"
 
 namespace {
 

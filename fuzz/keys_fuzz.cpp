@@ -4,13 +4,13 @@
 #include <cstring>
 #include <optional>
 
-#include "der.hpp"
-#include "failure.hpp"
-#include "key_files.hpp"
-#include "parameters.hpp"
-#include "password.hpp"
+#include "io/failure.hpp"
+#include "io/text.hpp"
+#include "keys/der.hpp"
+#include "keys/key_files.hpp"
+#include "keys/parameters.hpp"
+#include "keys/password.hpp"
 #include "program.hpp"
-#include "text.hpp"
 
 namespace {
 

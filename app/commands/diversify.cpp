@@ -1,0 +1,45 @@
+// vrx diversify
+#include <cstring>
+
+#include "commands/commands.hpp"
+#include "derived_key.hpp"
+#include "keys/keys.hpp"
+#include "keys/parameters.hpp"
+
+namespace vrx::app {
+namespace {
+
+int run(const Command& self, int argc, char** argv) {
+    std::optional<std::string> key_path;
+    std::optional<std::string> ukm_text;
+    std::string params = "A";
+    std::string out = "-";
+    const std::vector<Option> options{
+        text_option("key", 'k', "FILE", "the key: 32 bytes, or 64 hexadecimal digits", key_path), ukm_option(ukm_text),
+        text_option("params", 'p', "SET", "parameter set of the cipher; without it CryptoPro-A", params),
+        derived_key_option(out)};
+    if (!parse(self, options, 0, argc, argv)) return exit_done;
+    if (!key_path) throw WrongUse(self, "a key is needed, --key FILE");
+    const Ukm ukm = ukm_of(self, ukm_text);
+
+    Secret<DerivedKey> result;
+    Secret<Key> key;
+    load_key(*key_path, *key);
+    std::memcpy(result->octets.data(), key->data(), VRX_KEY_SIZE);
+    check("the diversification", ecDiversifyKEK(cipher_parameters(params).tz, result->octets.data(), ukm.data()));
+    write_derived_key(out, *result);
+    return exit_done;
+}
+
+}  // namespace
+
+const Command diversify_command{
+    "diversify",
+    "",
+    "make another key of a key",
+    R"(Diversify a 32-byte key with user keying material: CryptoPro KEK diversification (RFC 4357, section 6.5).)",
+    R"(vrx keygen --out my.key
+vrx diversify --key my.key --ukm 5172be25f852a233 --out other.key)",
+    run};
+
+}  // namespace vrx::app

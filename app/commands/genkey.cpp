@@ -1,0 +1,47 @@
+// vrx genkey
+#include "commands/commands.hpp"
+#include "io/files.hpp"
+#include "key_options.hpp"
+#include "keys/key_files.hpp"
+#include "keys/parameters.hpp"
+#include "keys/random.hpp"
+
+namespace vrx::app {
+namespace {
+
+int run(const Command& self, int argc, char** argv) {
+    KeyForm form;
+    std::optional<std::string> out;
+    std::vector<Option> options = key_form_options(form, "the curve: A, B, C, XchA, XchB or Test");
+    options.push_back(text_option("out", 'o', "FILE", "the new key file; it must not exist yet", out));
+    const auto operands = parse(self, options, 0, argc, argv);
+    if (!operands) return exit_done;
+    if (!form.curve) throw WrongUse(self, "a curve is needed, --curve NAME");
+    if (!out || *out == "-") throw WrongUse(self, "a name for the key file is needed, --out FILE");
+
+    Secret<PrivateKey> key;
+    EcPoint point;
+    key->set = &curve_by_name(*form.curve);
+    check("the key generator", ecGenerateKeyPair(key->set, system_random, key->d, &point));
+    SecretBytes content;
+    append_private_key(content, form, *key);
+    Output output(*out, NewPrivateFile{});
+    output.write(content.bytes());
+    output.commit();
+    return exit_done;
+}
+
+}  // namespace
+
+const Command genkey_command{
+    "genkey",
+    "",
+    "make a private key for signatures and key agreement",
+    R"(Write a new private key of GOST R 34.10-2001 to a file that only its owner can read (permissions 600). A file that
+exists is never overwritten. The file is PEM, PKCS #8 with the identifiers of RFC 4491, and names the curve; with
+--format der it is the same in DER, with --format raw the 32 octets of the number alone, least significant
+first.)",
+    R"(vrx genkey --curve A --out my.pem)",
+    run};
+
+}  // namespace vrx::app

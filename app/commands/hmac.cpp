@@ -1,0 +1,77 @@
+// vrx hmac
+#include <algorithm>
+
+#include "commands/commands.hpp"
+#include "digest.hpp"
+#include "io/pieces.hpp"
+#include "keys/keys.hpp"
+
+namespace vrx::app {
+namespace {
+
+FileId load_hmac_key(const std::string& path, bool hex, SecretBytes& key) {
+    Input file(path);
+    read_secret(file, key);
+    if (hex) decode_hex(key, "what the key file " + file.shown() + " holds");
+    if (key.bytes().empty())
+        throw Failure("the key file " + file.shown() +
+                      " holds no key; with an empty one anybody could make these MACs, so take another");
+    warn_if_others_can_read(file, "key");
+    return file.id();
+}
+
+Octets hmac_of(const vrx_gostr3411_par& set, SecretBytes& key, Input& input, Piece& piece) {
+    Secret<GOSTR3411_HMAC_CTX> context;
+    check("the HMAC", GOSTR3411_HMAC_Init(&*context, set.oid, set.oid_length, key.bytes().data(),
+                                          static_cast<std::uint32_t>(key.bytes().size())));
+    for_each_piece(input, piece, [&](std::span<const std::uint8_t> data) {
+        check("the HMAC", GOSTR3411_HMAC_Update(&*context, data.data(), static_cast<std::uint32_t>(data.size())));
+    });
+    Octets mac(VRX_HMAC_SIZE);
+    std::uint32_t size = 0;
+    check("the HMAC", GOSTR3411_HMAC_Final(&*context, mac.data(), &size));
+    return mac;
+}
+
+int run(const Command& self, int argc, char** argv) {
+    std::optional<std::string> key_path;
+    bool hex_key = false;
+    std::string set = "cryptopro";
+    ListOptions lists;
+    std::vector<Option> options{
+        text_option("key", 'k', "FILE", "the key: all bytes of the file, a line end too", key_path),
+        flag_option("hex-key", 'x', "the file holds the key as hexadecimal digits, with an optional line end",
+                    hex_key)};
+    for (Option& option : digest_options(set, lists, "read lists of MACs from the FILEs and verify them"))
+        options.push_back(std::move(option));
+    const auto files = parse_with_lists(self, options, lists, argc, argv);
+    if (!files) return exit_done;
+    if (!key_path) throw WrongUse(self, "a key is needed, --key FILE");
+    if (key_path == "-" && std::find(files->begin(), files->end(), "-") != files->end())
+        throw WrongUse(self, "standard input cannot be both the key and the data");
+
+    SecretBytes key;
+    Piece piece(piece_size);
+    const auto kinds = kinds_by_set(set, "MAC", "HMAC-", [&](const vrx_gostr3411_par& chosen, Input& input) {
+        return hmac_of(chosen, key, input, piece);
+    });
+    const FileId key_file = load_hmac_key(*key_path, hex_key, key);
+    return run_lists(kinds, *files, lists, {key_file});
+}
+
+}  // namespace
+
+const Command hmac_command{
+    "hmac",
+    "[FILE]...",
+    "authenticate files with HMAC GOST R 34.11-94",
+    R"(Print the HMAC (RFC 2104) with GOST R 34.11-94 of each FILE, or of standard input, in lines as sha256sum writes
+them; or verify such lines.
+
+A key may have any length from one byte on; 32 bytes are as good as any more. With --check the exit code is 1 when
+a file differs or a line is not understood, and 2 when a file cannot be read.)",
+    R"(vrx hmac --key my.key *.iso > macs
+vrx hmac --key my.key --check macs)",
+    run};
+
+}  // namespace vrx::app

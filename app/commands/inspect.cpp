@@ -1,0 +1,431 @@
+// vrx inspect
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <ctime>
+#include <limits>
+
+#include "commands/commands.hpp"
+#include "io/text.hpp"
+#include "keys/der.hpp"
+#include "keys/key_files.hpp"
+#include "keys/parameters.hpp"
+
+namespace vrx::app {
+namespace {
+
+/** What is said about a file: a sentence, then lines of facts. Secrets do not come here. */
+class Report {
+public:
+    /** Say what the file is; of several sentences the first counts. */
+    void is(const std::string& what) {
+        if (what_.empty()) what_ = what;
+    }
+    void fact(const char* name, const std::string& value) {
+        std::string column = std::string(name) + ":";
+        column.resize(13, ' ');
+        facts_ += "  " + column + value + "\n";
+    }
+    void fault(const std::string& what) {
+        fact("fault", what);
+        faulty_ = true;
+    }
+    [[nodiscard]] bool knows() const { return !what_.empty(); }
+    [[nodiscard]] bool faulty() const { return faulty_; }
+    [[nodiscard]] std::string text(const std::string& shown) const { return shown + ": " + what_ + "\n" + facts_; }
+
+private:
+    std::string what_;
+    std::string facts_;
+    bool faulty_ = false;
+};
+
+std::string identified(const char* short_name, const char* name, const char* oid) {
+    return std::string(short_name) + " (" + name + ", " + oid + ")";
+}
+
+std::string hash_name(const vrx_gostr3411_par& set) {
+    const auto index = static_cast<std::size_t>(&set - get_GOSTR3411_par(0));
+    return identified(hash_sets[index].short_name, set.name, set.str_oid);
+}
+
+std::string cipher_name(const vrx_gost28147_par& set) {
+    const auto index = static_cast<std::size_t>(&set - get_GOST28147_par(0));
+    return identified(short_names[index], set.name, set.str_oid);
+}
+
+/** The curve and the other parameter sets of a key. */
+void add_parameters(Report& report, const Algorithm& algorithm) {
+    if (algorithm.curve != nullptr)
+        report.fact("curve", identified(curve_name(*algorithm.curve), full_curve_name(*algorithm.curve),
+                                        algorithm.curve->str_oid));
+    if (algorithm.hash != nullptr) report.fact("hash", hash_name(*algorithm.hash));
+    if (algorithm.cipher != nullptr) report.fact("cipher", cipher_name(*algorithm.cipher));
+}
+
+using Digest = std::array<std::uint8_t, VRX_HASH_SIZE>;
+
+/** GOST R 34.11-94 with the parameter set CryptoPro. */
+Digest digest_of(std::span<const std::uint8_t> octets) {
+    Digest digest;
+    GOSTR3411_CTX context;
+    check("the hash", GOSTR3411_Init_ex(&context, get_GOSTR3411_default_par()->tz));
+    check("the hash", GOSTR3411_Update(&context, octets.data(), static_cast<std::uint32_t>(octets.size())));
+    check("the hash", GOSTR3411_Final(&context, digest.data()));
+    return digest;
+}
+
+/** The digest of the key as 'vrx pubkey --format der' writes it: the same for a key, its pair and their certificate. */
+void add_fingerprint(Report& report, const PublicKey& key) {
+    KeyForm form;
+    form.format = "der";
+    SecretBytes info;
+    append_public_key(info, form, key);
+    report.fact("fingerprint", to_hex(digest_of(info.bytes())) + " (of the public key)");
+}
+
+/** Who can read a secret. */
+void add_access(Report& report, const Input& file) {
+    if (!S_ISREG(file.mode())) return;
+    report.fact("access", (file.mode() & 077) == 0 ? "its owner alone"
+                                                   : "others than its owner too; take that away with chmod 600");
+}
+
+std::string written_as(const std::string& label, const char* structure) {
+    return std::string(label.empty() ? "DER, " : "PEM, ") + structure;
+}
+
+/** The facts about a private key, also one of raw octets; false when its number is none. */
+bool add_private_key(Report& report, const Input& file, const EcParamSet& curve, const PrivateOctets& octets) {
+    Secret<PrivateKey> key;
+    if (!make_private_key(curve, octets, *key)) {
+        report.fault("the number is no private key on this curve");
+        return false;
+    }
+    add_fingerprint(report, public_key_of(*key));
+    add_access(report, file);
+    return true;
+}
+
+bool add_public_key(Report& report, const EcParamSet& curve, const PublicOctets& octets) {
+    PublicKey key;
+    if (!make_public_key(curve, octets, key)) {
+        report.fault("the point is not on this curve");
+        return false;
+    }
+    add_fingerprint(report, key);
+    return true;
+}
+
+/** The curve that a file names, or that of --curve, or nullptr. */
+const EcParamSet* curve_of(const Algorithm& algorithm, const std::optional<std::string>& option) {
+    if (algorithm.curve != nullptr || !option) return algorithm.curve;
+    return &curve_by_name(*option);
+}
+
+/** What a file is where a structure was read, but not all of it is known. */
+std::string foreign(const char* what, const Algorithm& algorithm) {
+    const bool parameters = algorithm.oid == gost_key_oid;
+    return what + (parameters ? " of GOST R 34.10-2001 with parameters that are not known here"
+                              : " of " + algorithm_name(algorithm.oid) + ", which this program does not use");
+}
+
+constexpr const char* numbers_of_private = "the number is 32 octets, least significant octet first";
+constexpr const char* numbers_of_public = "x and y are 32 octets each, least significant octet first";
+
+void inspect_private_key(Report& report, const Input& file, const std::string& label,
+                         std::span<const std::uint8_t> octets, const std::optional<std::string>& option) {
+    Algorithm algorithm;
+    Secret<PrivateOctets> value;
+    const Content found = read_private_key(octets, algorithm, *value);
+    if (found == Content::other) return;
+    report.is(found == Content::foreign ? foreign("a private key", algorithm) : "a private key of GOST R 34.10-2001");
+    report.fact("form", written_as(label, "PKCS #8, not encrypted"));
+    if (found == Content::foreign) return add_access(report, file);
+    add_parameters(report, algorithm);
+    report.fact("byte order", numbers_of_private);
+    if (const EcParamSet* curve = curve_of(algorithm, option)) add_private_key(report, file, *curve, *value);
+}
+
+void inspect_public_key(Report& report, const std::string& label, std::span<const std::uint8_t> octets,
+                        const std::optional<std::string>& option) {
+    Algorithm algorithm;
+    PublicOctets value;
+    const Content found = read_public_key(octets, algorithm, value);
+    if (found == Content::other) return;
+    report.is(found == Content::foreign ? foreign("a public key", algorithm) : "a public key of GOST R 34.10-2001");
+    report.fact("form", written_as(label, "SubjectPublicKeyInfo"));
+    if (found == Content::foreign) return;
+    add_parameters(report, algorithm);
+    report.fact("byte order", numbers_of_public);
+    if (const EcParamSet* curve = curve_of(algorithm, option)) add_public_key(report, *curve, value);
+}
+
+/** The time of now in the form of a certificate's times. */
+std::string now() {
+    const std::time_t seconds = std::time(nullptr);
+    std::tm fields{};
+    gmtime_r(&seconds, &fields);
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &fields);
+    return text.data();
+}
+
+/** Whether a certificate's own signature is by the key. */
+bool is_signed_by(const Certificate& certificate, const PublicKey& key) {
+    if (certificate.signature_oid != gost_signature_oid || certificate.signature.size() != VRX_SIGNATURE_SIZE)
+        return false;
+    const Digest digest = digest_of(certificate.signed_part);
+    std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words;
+    std::memcpy(words.data(), digest.data(), sizeof words);
+    EcSignature signature;
+    check("the signature", ecLoadSignValue(certificate.signature.data(), &signature));
+    return ecVerify(key.set, words.data(), &key.point, &signature) == VRX_OK;
+}
+
+void inspect_certificate(Report& report, const std::string& label, std::span<const std::uint8_t> octets,
+                         const std::optional<std::string>& option) {
+    Certificate certificate;
+    const Content found = read_certificate(octets, certificate);
+    if (found == Content::other) return;
+    const Algorithm& algorithm = certificate.algorithm;
+    report.is(found == Content::foreign ? foreign("a certificate for a key", algorithm)
+                                        : "a certificate for a key of GOST R 34.10-2001");
+    report.fact("form", written_as(label, "X.509, version ") + std::to_string(certificate.version));
+    report.fact("subject", certificate.subject);
+    report.fact("issuer", certificate.self_issued ? "the same" : certificate.issuer);
+    report.fact("serial", to_hex(certificate.serial));
+    const std::string today = now();
+    report.fact("valid", certificate.not_before + " to " + certificate.not_after + " UTC" +
+                             (today < certificate.not_before  ? ", not yet"
+                              : today > certificate.not_after ? ", which is over"
+                                                              : ""));
+    std::string checked = certificate.self_issued ? ", not checked" : ", not checked: that takes the issuer's key";
+    if (found == Content::known) {
+        add_parameters(report, algorithm);
+        report.fact("byte order", numbers_of_public);
+        const EcParamSet* curve = curve_of(algorithm, option);
+        PublicKey key;
+        if (curve == nullptr)
+            report.fact("curve", "not named, it is that of the issuer's key; say which, --curve NAME");
+        else if (add_public_key(report, *curve, certificate.key) && make_public_key(*curve, certificate.key, key) &&
+                 certificate.self_issued)
+            checked = is_signed_by(certificate, key) ? ", by its own key, and valid" : ", NOT valid by its own key";
+    }
+    report.fact("signature", algorithm_name(certificate.signature_oid) + checked);
+}
+
+/** The content of a file that is one PEM block or one DER element. */
+void inspect_structure(Report& report, const Input& file, const std::string& label,
+                       std::span<const std::uint8_t> octets, const std::optional<std::string>& option) {
+    const auto may_be = [&](const char* wanted) { return label.empty() || label == wanted; };
+    if (may_be(private_label)) inspect_private_key(report, file, label, octets, option);
+    if (may_be(public_label)) inspect_public_key(report, label, octets, option);
+    if (may_be(certificate_label)) inspect_certificate(report, label, octets, option);
+    if (report.knows() || label.empty()) return;
+    if (label == encrypted_label) {
+        report.is("a private key that is encrypted with a password; this program cannot look inside");
+    } else if (label == private_label || label == public_label || label == certificate_label) {
+        report.is("a PEM file of the kind " + in_quotes(label) + ", but damaged");
+        report.fault("what stands between its lines is not well formed");
+    } else {
+        report.is("a PEM file of the kind " + in_quotes(label) + ", which this program does not read");
+    }
+}
+
+/** How bytes are written. The numeric form of S-boxes has the low half of a byte first, their text the first digit. */
+struct Form {
+    const char* name;
+    bool low_half_first;
+};
+
+constexpr Form as_bytes{"bytes", true};
+constexpr Form as_digits{"hexadecimal digits", false};
+constexpr Form as_base64{"base64", true};
+
+/** The built-in curves that a point lies on, by name. */
+std::vector<const EcParamSet*> curves_with(const PublicOctets& octets) {
+    std::vector<const EcParamSet*> found;
+    PublicKey key;
+    for (std::uint32_t i = 0; i < VRX_ECC_SET_COUNT; ++i)
+        if (make_public_key(*get_GOSTR3410_par(i), octets, key)) found.push_back(key.set);
+    return found;
+}
+
+void inspect_raw_public_key(Report& report, const Form& form, const PublicOctets& octets,
+                            const std::optional<std::string>& option) {
+    std::vector<const EcParamSet*> curves = curves_with(octets);
+    if (option) std::erase_if(curves, [&](const EcParamSet* set) { return set != &curve_by_name(*option); });
+    if (curves.empty()) return;
+    report.is("a public key of GOST R 34.10-2001");
+    report.fact("form", std::string(form.name) + ", raw: x, then y");
+    std::string names;
+    for (const EcParamSet* set : curves) names += (names.empty() ? "" : " or ") + std::string(curve_name(*set));
+    if (curves.size() > 1) names += ", whose numbers are the same; say which, --curve NAME, for a fingerprint";
+    report.fact("curve", names);
+    report.fact("byte order", numbers_of_public);
+    if (curves.size() == 1) add_public_key(report, *curves.front(), octets);
+}
+
+/** The text form of S-boxes, when each of the eight is a permutation; else nothing. */
+std::string sboxes_of(const Form& form, std::span<const std::uint8_t> octets) {
+    std::string text;
+    std::array<std::uint32_t, 8> seen{};
+    for (std::size_t i = 0; i < 2 * octets.size(); ++i) {
+        const bool low = (i % 2 == 0) == form.low_half_first;
+        const unsigned value = low ? octets[i / 2] & 15U : octets[i / 2] >> 4U;
+        seen[i % seen.size()] |= 1U << value;
+        text += "0123456789ABCDEF"[value];
+    }
+    return std::ranges::all_of(seen, [](std::uint32_t s) { return s == 0xFFFF; }) ? text : "";
+}
+
+void inspect_sboxes(Report& report, const Form& form, const std::string& text) {
+    if (text.empty()) return;
+    report.is("S-boxes of the cipher, for --table");
+    report.fact("form", form.name);
+    const auto built_in = [&](std::span<const char* const> names, const vrx_tz* (*find)(const char*)) {
+        for (const char* name : names)
+            if (table_text(*find(name)) == text) report.fact("name", std::string(name) + ", built in");
+    };
+    built_in(cipher_tables, TZ_by_name);
+    built_in(hash_tables, hash_TZ_by_name);
+}
+
+/** 64 bytes that are nothing else: r and s below the order of a curve are what a signature is. */
+void inspect_signature(Report& report, const Form& form, const PublicOctets& octets) {
+    EcSignature signature;
+    check("the signature", ecLoadSignValue(octets.data(), &signature));
+    const auto fits = [&](const EcParamSet& set) {
+        return std::ranges::all_of(std::array{signature.r, signature.s}, [&](const std::uint32_t* number) {
+            return mpIsZero(number, VRX_ECC_DIGITS) == 0 && mpCompare(number, set.q, VRX_ECC_DIGITS) < 0;
+        });
+    };
+    std::string curves;
+    for (std::uint32_t i = 0; i < VRX_ECC_SET_COUNT; ++i)
+        if (fits(*get_GOSTR3410_par(i))) curves += (curves.empty() ? "" : ", ") + std::string(curve_names[i]);
+    if (curves.empty()) return;
+    const std::span<const std::uint8_t, VRX_SIGNATURE_SIZE> all(octets);
+    report.is("a signature of GOST R 34.10-2001, or other data of that length");
+    report.fact("form", form.name);
+    report.fact("s", to_hex(all.first<VRX_SIGNATURE_SIZE / 2>()));
+    report.fact("r", to_hex(all.last<VRX_SIGNATURE_SIZE / 2>()));
+    report.fact("byte order", "s, then r, each most significant octet first");
+    report.fact("curve", "s and r are in range for " + curves);
+}
+
+void inspect_64(Report& report, const Form& form, std::span<const std::uint8_t> bytes,
+                const std::optional<std::string>& option) {
+    PublicOctets octets;
+    std::ranges::copy(bytes, octets.begin());
+    inspect_raw_public_key(report, form, octets, option);
+    if (!report.knows()) inspect_sboxes(report, form, sboxes_of(form, octets));
+    if (!report.knows()) inspect_signature(report, form, octets);
+}
+
+void inspect_32(Report& report, const Input& file, const Form& form, std::span<const std::uint8_t> bytes,
+                const std::optional<std::string>& option) {
+    if (!option) {
+        report.is("32 bytes: a key of the cipher, or a raw private key of GOST R 34.10-2001, or a digest");
+        report.fact("form", form.name);
+        report.fact("curve", "not named; if it is a private key say which, --curve NAME, for its fingerprint");
+        return add_access(report, file);
+    }
+    Secret<PrivateOctets> octets;
+    std::ranges::copy(bytes, octets->begin());
+    const EcParamSet& curve = curve_by_name(*option);
+    report.is("a private key of GOST R 34.10-2001, if --curve says so rightly");
+    report.fact("form", std::string(form.name) + ", raw");
+    report.fact("curve", curve_name(curve));
+    report.fact("byte order", numbers_of_private);
+    add_private_key(report, file, curve, *octets);
+}
+
+/** Bytes without a structure: only their number tells. */
+void inspect_bytes(Report& report, const Input& file, const Form& form, std::span<const std::uint8_t> bytes,
+                   const std::optional<std::string>& option) {
+    if (bytes.size() == VRX_KEY_SIZE) inspect_32(report, file, form, bytes, option);
+    if (bytes.size() == VRX_SIGNATURE_SIZE) inspect_64(report, form, bytes, option);
+}
+
+/** Find out what a file is. The content is decoded in its place. */
+Report inspect(const Input& file, SecretBytes& content, const std::optional<std::string>& option) {
+    Report report;
+    if (content.text().find("-----BEGIN ") != std::string_view::npos) {
+        if (const auto label = der::decode_pem(content)) {
+            inspect_structure(report, file, *label, content.bytes(), option);
+        } else {
+            report.is("a PEM file that is cut short, damaged, or of several blocks");
+            report.fault("this program reads files of one whole block");
+        }
+        return report;
+    }
+    if (der::is_one_element(content.bytes(), der::sequence))
+        inspect_structure(report, file, "", content.bytes(), option);
+    if (report.knows()) return report;
+    const std::string_view digits = without_line_end(content.text());
+    if (digits.size() % 2 == 0 && std::ranges::all_of(digits, [](char c) { return hex_digit(c).has_value(); })) {
+        decode_hex(content, file.shown());
+        inspect_bytes(report, file, as_digits, content.bytes(), option);
+        return report;
+    }
+    inspect_bytes(report, file, as_bytes, content.bytes(), option);
+    if (!report.knows() && der::decode_base64(content)) inspect_bytes(report, file, as_base64, content.bytes(), option);
+    return report;
+}
+
+/** @return whether it is known what the file is, and it has no fault. */
+bool inspect_file(const std::string& path, const std::optional<std::string>& option, Output& output) {
+    Input file(path);
+    SecretBytes content;
+    read_secret(file, content);
+    const std::size_t size = content.bytes().size();
+    const Report report = inspect(file, content, option);
+    if (!report.knows()) {
+        say(file.shown() + ", " + std::to_string(size) +
+            " bytes, is no key, certificate or signature that is known here; 'vrx help formats' says what is");
+        return false;
+    }
+    output.write(report.text(file.shown()));
+    return !report.faulty();
+}
+
+int run(const Command& self, int argc, char** argv) {
+    std::optional<std::string> curve;
+    const auto operands = parse(
+        self, {text_option("curve", 'c', "CURVE", "the curve of a raw key, or of a certificate without one", curve)},
+        std::numeric_limits<std::size_t>::max(), argc, argv);
+    if (!operands) return exit_done;
+    if (curve) curve_by_name(*curve);  // refuse a wrong name before the first file
+    Output output("-");
+    int code = exit_done;
+    for (const std::string& path : operands->empty() ? std::vector<std::string>{"-"} : *operands) {
+        try {
+            if (!inspect_file(path, curve, output) && code == exit_done) code = exit_check_failed;
+        } catch (const SystemFailure& failure) {
+            say(failure.what());
+            code = exit_trouble;
+        }
+    }
+    output.commit();
+    return code;
+}
+
+}  // namespace
+
+const Command inspect_command{
+    "inspect",
+    "[FILE]...",
+    "say what a key, certificate or signature file is",
+    R"(Say in plain words what each FILE, or standard input, is: a private or public key, an X.509 certificate, a
+signature, a key of the cipher, or S-boxes; its form, parameter sets, byte order and fingerprint. A secret is never
+printed.
+
+The fingerprint is the GOST R 34.11-94 digest (CryptoPro) of the public key as 'vrx pubkey --format der' writes it:
+a private key, its public key and their certificate have the same one. The exit code is 1 when a file is damaged
+or nothing that is known here, and 2 when one cannot be read.)",
+    R"(vrx genkey --curve A --out my.pem
+vrx inspect my.pem)",
+    run};
+
+}  // namespace vrx::app

@@ -1,0 +1,51 @@
+// vrx keygen
+#include "commands/commands.hpp"
+#include "io/files.hpp"
+#include "io/text.hpp"
+#include "keys/keys.hpp"
+#include "keys/random.hpp"
+
+namespace vrx::app {
+namespace {
+
+struct NewKey {
+    std::array<std::uint8_t, VRX_KEY_SIZE> octets;
+    std::array<char, 2 * VRX_KEY_SIZE + 1> line;
+};
+
+int run(const Command& self, int argc, char** argv) {
+    std::optional<std::string> out;
+    bool hex = false;
+    const auto operands =
+        parse(self,
+              {text_option("out", 'o', "FILE", "the new key file; it must not exist yet", out),
+               flag_option("hex", 'x', "write 64 hexadecimal digits and a line end in place of 32 bytes", hex)},
+              0, argc, argv);
+    if (!operands) return exit_done;
+    if (!out || *out == "-") throw WrongUse(self, "a name for the key file is needed, --out FILE");
+
+    Secret<NewKey> key;
+    fill_random(key->octets);
+    Output output(*out, NewPrivateFile{});
+    if (hex) {
+        to_hex(key->octets, key->line);
+        key->line.back() = '\n';
+        output.write({key->line.data(), key->line.size()});
+    } else {
+        output.write(key->octets);
+    }
+    output.commit();
+    return exit_done;
+}
+
+}  // namespace
+
+const Command keygen_command{"keygen",
+                             "",
+                             "make a key",
+                             R"(Write 32 random bytes of the operating system to a new file that only its owner can read
+(permissions 600). A file that exists is never overwritten.)",
+                             R"(vrx keygen --out my.key)",
+                             run};
+
+}  // namespace vrx::app

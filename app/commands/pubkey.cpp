@@ -1,0 +1,41 @@
+// vrx pubkey
+#include "commands/commands.hpp"
+#include "io/files.hpp"
+#include "key_options.hpp"
+#include "keys/key_files.hpp"
+
+namespace vrx::app {
+namespace {
+
+int run(const Command& self, int argc, char** argv) {
+    KeyForm form;
+    std::string out = "-";
+    std::vector<Option> options = key_form_options(form, "the curve of a raw key");
+    options.push_back(text_option("out", 'o', "FILE", "where the public key goes; without it to standard output", out));
+    const auto operands = parse(self, options, 1, argc, argv);
+    if (!operands) return exit_done;
+
+    Secret<PrivateKey> key;
+    const FileId read = load_private_key(operands->empty() ? "-" : operands->front(), form, *key);
+    SecretBytes content;
+    append_public_key(content, form, public_key_of(*key));
+    Output output(out, {read});
+    output.write(content.bytes());
+    output.commit();
+    return exit_done;
+}
+
+}  // namespace
+
+const Command pubkey_command{
+    "pubkey",
+    "[FILE]",
+    "print the public key of a private key",
+    R"(Print the public key that belongs to the private key in FILE, in the same form: PEM or DER
+(SubjectPublicKeyInfo), or 64 raw octets, x and then y, each least significant octet first. PEM and DER are told
+apart when the key is read; --format says how the result is written.)",
+    R"(vrx genkey --curve A --out my.pem
+vrx pubkey -o my.pub my.pem)",
+    run};
+
+}  // namespace vrx::app

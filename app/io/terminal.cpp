@@ -1,0 +1,65 @@
+#include "io/terminal.hpp"
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+#include "io/failure.hpp"
+
+namespace vrx::app {
+namespace {
+
+// What a signal has to restore while the terminal is silent.
+constexpr std::array deadly_signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+std::array<struct sigaction, deadly_signals.size()> actions_before;
+struct termios terminal_before;
+int terminal = -1;
+
+extern "C" void restore_terminal(int signal) {
+    tcsetattr(terminal, TCSAFLUSH, &terminal_before);
+    for (std::size_t i = 0; i < deadly_signals.size(); ++i)
+        if (deadly_signals[i] == signal) sigaction(signal, &actions_before[i], nullptr);
+    raise(signal);  // It waits until this function returns, and then does what it would have done.
+}
+
+}  // namespace
+
+int open_terminal() { return open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC); }
+
+void write_terminal(int fd, std::string_view text) {
+    if (write(fd, text.data(), text.size()) < 0) throw SystemFailure("cannot write to the terminal", errno);
+}
+
+NoEcho::NoEcho(int fd) {
+    terminal = fd;
+    if (tcgetattr(fd, &terminal_before) != 0) throw SystemFailure("cannot silence the terminal", errno);
+    struct sigaction action {};
+    action.sa_handler = restore_terminal;
+    for (std::size_t i = 0; i < deadly_signals.size(); ++i) {
+        sigaction(deadly_signals[i], nullptr, &actions_before[i]);
+        if (actions_before[i].sa_handler != SIG_IGN) sigaction(deadly_signals[i], &action, nullptr);
+    }
+    // A stopped program would leave a silent terminal to the shell.
+    action.sa_handler = SIG_IGN;
+    sigaction(SIGTSTP, &action, &stop_before_);
+
+    struct termios silent = terminal_before;
+    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHOE | ECHOK | ECHONL);
+    silent.c_lflag |= ICANON | ISIG;
+    if (tcsetattr(fd, TCSAFLUSH, &silent) != 0) {
+        const int error = errno;
+        restore();
+        throw SystemFailure("cannot silence the terminal", error);
+    }
+}
+
+void NoEcho::restore() const {
+    tcsetattr(terminal, TCSAFLUSH, &terminal_before);
+    for (std::size_t i = 0; i < deadly_signals.size(); ++i) sigaction(deadly_signals[i], &actions_before[i], nullptr);
+    sigaction(SIGTSTP, &stop_before_, nullptr);
+}
+
+}  // namespace vrx::app

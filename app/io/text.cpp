@@ -1,0 +1,128 @@
+#include "io/text.hpp"
+
+#include <charconv>
+
+namespace vrx::app {
+namespace {
+
+constexpr std::string_view digits = "0123456789abcdef";
+
+}  // namespace
+
+std::optional<unsigned> hex_digit(char c) {
+    if (c >= '0' && c <= '9') return static_cast<unsigned>(c - '0');
+    if (c >= 'a' && c <= 'f') return static_cast<unsigned>(c - 'a') + 10;
+    if (c >= 'A' && c <= 'F') return static_cast<unsigned>(c - 'A') + 10;
+    return std::nullopt;
+}
+
+std::string to_hex(std::span<const std::uint8_t> octets) {
+    std::string text(2 * octets.size(), '\0');
+    to_hex(octets, text);
+    return text;
+}
+
+std::string to_hex(std::uint32_t number) {
+    std::string text;
+    do text.insert(text.begin(), digits[number & 15]);
+    while ((number >>= 4) != 0);
+    return text.size() < 2 ? "0" + text : text;
+}
+
+void to_hex(std::span<const std::uint8_t> octets, std::span<char> text) {
+    for (std::size_t i = 0; i < octets.size(); ++i) {
+        text[2 * i] = digits[octets[i] >> 4];
+        text[2 * i + 1] = digits[octets[i] & 15];
+    }
+}
+
+bool from_hex(std::string_view text, std::span<std::uint8_t> octets) {
+    if (text.size() != 2 * octets.size()) return false;
+    for (std::size_t i = 0; i < octets.size(); ++i) {
+        const auto high = hex_digit(text[2 * i]);
+        const auto low = hex_digit(text[2 * i + 1]);
+        if (!high || !low) return false;
+        octets[i] = static_cast<std::uint8_t>(*high << 4 | *low);
+    }
+    return true;
+}
+
+std::optional<std::uint64_t> to_number(std::string_view text) {
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return number;
+}
+
+std::string_view without_line_end(std::string_view text) {
+    if (text.ends_with('\n')) {
+        text.remove_suffix(1);
+        if (text.ends_with('\r')) text.remove_suffix(1);
+    }
+    return text;
+}
+
+std::optional<char32_t> take_utf8(std::string_view& text) {
+    constexpr char32_t smallest[] = {0, 0x80, 0x800, 0x10000};  // a character is written in the shortest form
+    const auto first = static_cast<std::uint8_t>(text.front());
+    if ((first >= 0x80 && first < 0xC0) || first >= 0xF8) return std::nullopt;
+    const std::size_t more = first < 0x80 ? 0 : first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;
+    if (text.size() <= more) return std::nullopt;
+    char32_t character = more == 0 ? first : first & (0x3FU >> more);
+    for (std::size_t i = 1; i <= more; ++i) {
+        const auto next = static_cast<std::uint8_t>(text[i]);
+        if (next >> 6 != 2) return std::nullopt;
+        character = character << 6 | (next & 0x3FU);
+    }
+    const bool surrogate = character >= 0xD800 && character < 0xE000;
+    if (character < smallest[more] || surrogate || character > 0x10FFFF) return std::nullopt;
+    text.remove_prefix(more + 1);
+    return character;
+}
+
+std::u32string from_utf8(std::string_view text) {
+    std::u32string characters;
+    while (!text.empty()) {
+        const auto octet = static_cast<std::uint8_t>(text.front());
+        if (const auto character = take_utf8(text)) {
+            characters += *character;
+        } else {
+            characters += char32_t{octet};
+            text.remove_prefix(1);
+        }
+    }
+    return characters;
+}
+
+void append_utf8(std::string& text, char32_t character) {
+    const auto octet = [&](char32_t value) { text += static_cast<char>(value); };
+    const auto follow = [&](unsigned shift) { octet(0x80 | (character >> shift & 0x3F)); };
+    if (character < 0x80) return octet(character);
+    if (character < 0x800) {
+        octet(0xC0 | character >> 6);
+    } else if (character < 0x10000) {
+        octet(0xE0 | character >> 12);
+        follow(6);
+    } else {
+        octet(0xF0 | character >> 18);
+        follow(12);
+        follow(6);
+    }
+    follow(0);
+}
+
+std::string in_quotes(std::string_view name) {
+    std::string text = "'";
+    for (const char c : name) {
+        const auto octet = static_cast<std::uint8_t>(c);
+        if (c == '\n')
+            text += "\\n";
+        else if (octet < 0x20 || octet == 0x7f)
+            text += "\\x" + to_hex({&octet, 1});
+        else
+            text += c;
+    }
+    return text + "'";
+}
+
+}  // namespace vrx::app

@@ -1,0 +1,38 @@
+#include "key_options.hpp"
+
+#include <algorithm>
+#include <array>
+
+#include "io/text.hpp"
+
+namespace vrx::app {
+
+std::vector<Option> key_form_options(KeyForm& form, const char* curve_help) {
+    return {text_option("format", 'f', "FORMAT",
+                        "how keys are written, pem, der or raw; without it pem. PEM and DER\n"
+                        "are told apart when a key is read",
+                        form.format),
+            text_option("curve", 'c', "CURVE", curve_help, form.curve)};
+}
+
+std::vector<Option> password_options(PasswordOptions& options) {
+    return {text_option("password-file", 0, "FILE", "read the password from a file, of one line", options.file),
+            text_option("password-fd", 0, "N", "read the password from a file descriptor that is open", options.fd),
+            flag_option("confirm", 0, "ask for the password twice", options.confirm),
+            text_option("encoding", 0, "FORM",
+                        "what becomes of the password: text, its bytes as they are, which is the\n"
+                        "default; hex, the bytes that its hexadecimal digits stand for; bmp, the\n"
+                        "BMPString that PKCS #12 wants, made from UTF-8, with two zero bytes behind it",
+                        options.encoding)};
+}
+
+void check_usage(const Command& command, const PasswordOptions& options) {
+    if (options.file && options.fd) throw WrongUse(command, "--password-file and --password-fd exclude each other");
+    if (options.confirm && (options.file || options.fd))
+        throw WrongUse(command, "--confirm is for a password from the terminal");
+    constexpr std::array encodings{"text", "hex", "bmp"};
+    if (std::find(encodings.begin(), encodings.end(), options.encoding) == encodings.end())
+        throw WrongUse(command, "--encoding takes text, hex or bmp, not " + in_quotes(options.encoding));
+}
+
+}  // namespace vrx::app

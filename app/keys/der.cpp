@@ -1,0 +1,185 @@
+#include "keys/der.hpp"
+
+#include <algorithm>
+
+namespace vrx::app::der {
+namespace {
+
+constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr std::string_view begin = "-----BEGIN ";
+constexpr std::string_view end = "-----END ";
+constexpr std::string_view dashes = "-----";
+constexpr std::size_t pem_width = 64;
+
+void append_text(SecretBytes& out, std::string_view text) {
+    for (const char c : text) out.push_back(static_cast<std::uint8_t>(c));
+}
+
+/** The 6 bits of a base64 character, whatever it is; found by comparing, so that no address depends on a key. */
+std::optional<std::uint32_t> sextet(std::uint8_t c) {
+    const auto between = [c](char from, char to) { return c >= from && c <= to; };
+    if (between('A', 'Z')) return c - std::uint32_t{'A'};
+    if (between('a', 'z')) return c - std::uint32_t{'a'} + 26;
+    if (between('0', '9')) return c - std::uint32_t{'0'} + 52;
+    if (c == '+') return 62;
+    if (c == '/') return 63;
+    return std::nullopt;
+}
+
+bool is_blank(std::uint8_t c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+/** Take the first line off a text; without its end and the blanks before it. */
+std::string_view next_line(std::string_view& text) {
+    const std::size_t size = std::min(text.find('\n'), text.size() - 1) + 1;
+    std::string_view line = text.substr(0, size);
+    text.remove_prefix(size);
+    while (!line.empty() && is_blank(static_cast<std::uint8_t>(line.back()))) line.remove_suffix(1);
+    return line;
+}
+
+struct Element {
+    std::size_t head;
+    std::size_t size;
+};
+
+/** Where the contents of the first element begin, and how long they are. */
+std::optional<Element> element(std::span<const std::uint8_t> octets) {
+    if (octets.size() < 2) return std::nullopt;
+    Element e{2, octets[1]};
+    if (e.size >= 0x80) {
+        const std::size_t count = e.size & 0x7F;
+        if (count == 0 || count > 2 || octets.size() < 2 + count) return std::nullopt;
+        e = {2 + count, 0};
+        for (std::size_t i = 0; i < count; ++i) e.size = e.size << 8 | octets[2 + i];
+        if (e.size < (count == 1 ? 0x80U : 0x100U)) return std::nullopt;
+    }
+    if (octets.size() - e.head < e.size) return std::nullopt;
+    return e;
+}
+
+}  // namespace
+
+std::optional<std::uint8_t> Reader::tag() const { return rest_.empty() ? std::nullopt : std::optional(rest_.front()); }
+
+std::optional<std::span<const std::uint8_t>> Reader::next(std::uint8_t wanted) {
+    const auto whole = next_whole(wanted);
+    if (!whole) return std::nullopt;
+    return whole->subspan(element(*whole)->head);
+}
+
+std::optional<std::span<const std::uint8_t>> Reader::next_whole(std::uint8_t wanted) {
+    if (tag() != wanted) return std::nullopt;
+    const auto e = element(rest_);
+    if (!e) return std::nullopt;
+    const auto whole = rest_.first(e->head + e->size);
+    rest_ = rest_.subspan(whole.size());
+    return whole;
+}
+
+std::optional<std::string> dotted(std::span<const std::uint8_t> contents) {
+    constexpr std::uint64_t largest = ~std::uint64_t{0} >> 7;
+    std::string text;
+    std::uint64_t number = 0;
+    bool begins = true;
+    for (const std::uint8_t octet : contents) {
+        // A number has seven bits in each octet, and no zeros in front.
+        if ((begins && octet == 0x80) || number > largest) return std::nullopt;
+        number = number << 7 | (octet & 0x7F);
+        begins = octet < 0x80;
+        if (!begins) continue;
+        if (text.empty()) {
+            const std::uint64_t first = std::min<std::uint64_t>(number / 40, 2);
+            text = std::to_string(first) + "." + std::to_string(number - 40 * first);
+        } else {
+            text += "." + std::to_string(number);
+        }
+        number = 0;
+    }
+    if (text.empty() || !begins) return std::nullopt;
+    return text;
+}
+
+bool is_one_element(std::span<const std::uint8_t> octets, std::uint8_t wanted) {
+    Reader reader(octets);
+    return reader.next_whole(wanted) && reader.at_end();
+}
+
+void append(SecretBytes& out, std::uint8_t tag, std::initializer_list<std::span<const std::uint8_t>> parts) {
+    std::size_t size = 0;
+    for (const auto part : parts) size += part.size();
+    out.push_back(tag);
+    out.push_back(static_cast<std::uint8_t>(size));
+    for (const auto part : parts)
+        for (const std::uint8_t octet : part) out.push_back(octet);
+}
+
+bool decode_base64(SecretBytes& text) {
+    const std::span<std::uint8_t> bytes = text.bytes();
+    std::size_t written = 0;
+    std::size_t padding = 0;
+    std::size_t characters = 0;
+    std::uint32_t group = 0;
+    for (const std::uint8_t c : bytes) {
+        if (is_blank(c)) continue;
+        const bool pad = c == '=';
+        const auto bits = pad ? std::optional<std::uint32_t>(0) : sextet(c);
+        if (!bits || (padding > 0 && !pad) || padding == 2) return false;
+        padding += pad ? 1 : 0;
+        group = group << 6 | *bits;
+        if (++characters % 4 != 0) continue;
+        // What the padding stands for must be zero, or two texts would mean the same.
+        if (padding > 0 && (group & ((1U << 8 * padding) - 1)) != 0) return false;
+        for (std::size_t i = 0; i < 3 - padding; ++i)
+            bytes[written++] = static_cast<std::uint8_t>(group >> (16 - 8 * i));
+        group = 0;
+        if (padding > 0) padding = 2;
+    }
+    text.truncate(written);
+    return characters % 4 == 0;
+}
+
+void append_base64(SecretBytes& out, std::span<const std::uint8_t> octets, std::size_t width) {
+    std::size_t column = 0;
+    for (std::size_t i = 0; i < octets.size(); i += 3) {
+        std::uint32_t group = 0;
+        const std::size_t count = std::min<std::size_t>(3, octets.size() - i);
+        for (std::size_t k = 0; k < 3; ++k) group = group << 8 | (k < count ? octets[i + k] : 0U);
+        for (std::size_t k = 0; k < 4; ++k)
+            out.push_back(k <= count ? static_cast<std::uint8_t>(alphabet[group >> (18 - 6 * k) & 63]) : '=');
+        column += 4;
+        if (column % width == 0) out.push_back('\n');
+    }
+    if (column % width != 0) out.push_back('\n');
+}
+
+std::optional<std::string> decode_pem(SecretBytes& text) {
+    std::optional<std::string> label;
+    bool inside = false;
+    std::size_t size = 0;
+    for (std::string_view rest = text.text(); !rest.empty();) {
+        const std::string_view line = next_line(rest);
+        if (line.size() >= begin.size() + dashes.size() && line.starts_with(begin) && line.ends_with(dashes)) {
+            if (label) return std::nullopt;
+            label = line.substr(begin.size(), line.size() - begin.size() - dashes.size());
+            inside = true;
+        } else if (inside && line == std::string(end) + *label + std::string(dashes)) {
+            inside = false;
+        } else if (inside) {
+            // Moves towards the beginning of the same octets.
+            std::ranges::copy(line, text.bytes().begin() + static_cast<std::ptrdiff_t>(size));
+            size += line.size();
+        }
+    }
+    text.truncate(size);
+    if (!label || inside || !decode_base64(text)) return std::nullopt;
+    return label;
+}
+
+void append_pem(SecretBytes& out, std::string_view label, std::span<const std::uint8_t> octets) {
+    const std::string rest = std::string(label) + std::string(dashes) + "\n";
+    append_text(out, std::string(begin) + rest);
+    append_base64(out, octets, pem_width);
+    append_text(out, std::string(end) + rest);
+}
+
+}  // namespace vrx::app::der

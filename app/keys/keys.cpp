@@ -1,0 +1,110 @@
+#include "keys/keys.hpp"
+
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+
+#include <bit>
+#include <cerrno>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+#include "io/failure.hpp"
+#include "io/text.hpp"
+
+namespace vrx::app {
+namespace {
+
+static_assert(std::endian::native == std::endian::little);
+
+constexpr std::size_t hex_key_size = 2 * VRX_KEY_SIZE;
+
+/** The text of a key file: digits, CR, LF, and one byte more to notice a longer file. */
+using KeyText = std::array<std::uint8_t, hex_key_size + 3>;
+
+constexpr std::size_t longest_secret = 16 * 1024 * 1024;
+
+}  // namespace
+
+SecretPages::SecretPages(std::size_t size) : pages_(nullptr), size_(size) {
+    // Neither a core dump nor another process of the same user shall show what comes here.
+    prctl(PR_SET_DUMPABLE, 0);
+    const rlimit none{0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+    pages_ = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pages_ == MAP_FAILED) throw SystemFailure("cannot get memory for a key", errno);
+    // The limit for locked pages may be too low; the secret is then protected a little less.
+    mlock(pages_, size);
+    madvise(pages_, size, MADV_DONTDUMP);
+}
+
+SecretPages::~SecretPages() {
+    explicit_bzero(pages_, size_);
+    munmap(pages_, size_);
+}
+
+void SecretBytes::make_room() {
+    auto larger = std::make_unique<SecretPages>(2 * capacity_);
+    std::memcpy(larger->get(), begin(), size_);
+    pages_ = std::move(larger);
+    capacity_ *= 2;
+}
+
+void SecretBytes::push_back(std::uint8_t byte) {
+    if (size_ == capacity_) make_room();
+    begin()[size_++] = byte;
+}
+
+bool SecretBytes::append_from(Input& file) {
+    if (size_ == capacity_) make_room();
+    const std::size_t got = file.read({begin() + size_, capacity_ - size_});
+    size_ += got;
+    return got > 0;
+}
+
+void read_secret(Input& file, SecretBytes& secret) {
+    while (secret.append_from(file))
+        if (secret.bytes().size() > longest_secret)
+            throw Failure(file.shown() +
+                          " holds more than 16 MiB, which is too long for a secret; name the right file");
+}
+
+void decode_hex(SecretBytes& secret, const std::string& what) {
+    const std::string_view digits = without_line_end(secret.text());
+    if (!from_hex(digits, secret.bytes().first(digits.size() / 2)))
+        throw Failure(what +
+                      " is not an even number of hexadecimal digits; check that nothing is missing, and no other "
+                      "character among them");
+    secret.truncate(digits.size() / 2);
+}
+
+FileId load_key(const std::string& path, Key& key) {
+    Input file(path);
+    Secret<KeyText> text;
+    const std::size_t size = file.read_full(*text);
+    const std::string_view content(reinterpret_cast<const char*>(text->data()), size);
+    const std::span octets(reinterpret_cast<std::uint8_t*>(key.data()), VRX_KEY_SIZE);
+
+    if (size == VRX_KEY_SIZE) {
+        std::memcpy(octets.data(), content.data(), size);
+    } else if (without_line_end(content).size() == hex_key_size) {
+        if (!from_hex(without_line_end(content), octets))
+            throw Failure("the key file " + file.shown() +
+                          " holds a character that is not a hexadecimal digit; a key is 32 bytes, or 64 such digits");
+    } else {
+        throw Failure("the key file " + file.shown() + " holds " +
+                      (size == text->size() ? "more than " + std::to_string(size - 1) : std::to_string(size)) +
+                      " bytes; a key is 32 bytes, or 64 hexadecimal digits with an optional line end");
+    }
+    warn_if_others_can_read(file, "key");
+    return file.id();
+}
+
+void warn_if_others_can_read(const Input& file, const char* what) {
+    if (!S_ISREG(file.mode()) || (file.mode() & 077) == 0) return;
+    say(std::string("warning: others than its owner have access to the ") + what + " file " + file.shown() +
+        "; take that away with chmod 600");
+}
+
+}  // namespace vrx::app

@@ -1,0 +1,88 @@
+#include "keys/password.hpp"
+
+#include <unistd.h>
+
+#include <climits>
+
+#include "io/failure.hpp"
+#include "io/terminal.hpp"
+#include "io/text.hpp"
+
+namespace vrx::app {
+namespace {
+
+void ask(const char* prompt, SecretBytes& answer) {
+    const int fd = open_terminal();
+    if (fd < 0) throw Failure("there is no terminal to ask for the password; use --password-file or --password-fd");
+    Input input(fd, "the terminal");
+    const NoEcho silent(fd);
+    write_terminal(fd, prompt);
+    const bool any = answer.append_from(input);  // a line, which is what a terminal hands out
+    write_terminal(fd, "\n");
+    if (!any) throw Failure("no password was given; type one and press Enter");
+    answer.truncate(without_line_end(answer.text()).size());
+}
+
+void read_password(Input& file, SecretBytes& password) {
+    read_secret(file, password);
+    warn_if_others_can_read(file, "password");
+    password.truncate(without_line_end(password.text()).size());
+    if (password.text().find('\n') != std::string_view::npos)
+        throw Failure(file.shown() + " holds more than one line; a password is one line, so take away the others");
+}
+
+int descriptor(const std::string& text) {
+    const auto number = to_number(text);
+    if (!number || *number > INT_MAX)
+        throw Failure("--password-fd takes the number of an open file descriptor, not " + in_quotes(text) +
+                      "; open it in the shell, like 3<FILE");
+    return static_cast<int>(*number);
+}
+
+/** Take one character from the front of a text. Throws a Failure when there is none that a BMPString can hold. */
+char16_t take_character(std::string_view& text) {
+    const auto character = take_utf8(text);
+    if (!character)
+        throw Failure(
+            "the password is not UTF-8, from which --encoding bmp converts it; check the encoding of the terminal or "
+            "file");
+    if (*character > 0xFFFF)
+        throw Failure(
+            "the password has a character beyond U+FFFF, which a BMPString cannot hold; take another password");
+    return static_cast<char16_t>(*character);
+}
+
+/** Make of a text what PKCS #12 wants: two bytes for each character, the high one first, and two zero bytes. */
+void encode_bmp(std::string_view text, SecretBytes& bmp) {
+    const auto add = [&](char16_t character) {
+        bmp.push_back(static_cast<std::uint8_t>(character >> 8));
+        bmp.push_back(static_cast<std::uint8_t>(character));
+    };
+    while (!text.empty()) add(take_character(text));
+    add(0);
+}
+
+}  // namespace
+
+void get_password(const PasswordOptions& options, SecretBytes& password) {
+    SecretBytes given;
+    SecretBytes& target = options.encoding == "bmp" ? given : password;
+    if (options.file) {
+        Input file(*options.file);
+        read_password(file, target);
+    } else if (options.fd) {
+        Input file(dup(descriptor(*options.fd)), "file descriptor " + *options.fd);
+        read_password(file, target);
+    } else {
+        ask("Password: ", target);
+        SecretBytes again;
+        if (options.confirm) ask("Password again: ", again);
+        if (options.confirm && target.text() != again.text())
+            throw Failure("the two passwords are not the same; try again");
+    }
+    if (target.bytes().empty()) say("warning: the password is empty");
+    if (options.encoding == "hex") decode_hex(password, "the password");
+    if (options.encoding == "bmp") encode_bmp(given.text(), password);
+}
+
+}  // namespace vrx::app
