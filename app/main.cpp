@@ -20,9 +20,16 @@ namespace vrx::app {
 namespace {
 
 constexpr std::array commands{&encrypt_command, &decrypt_command, &mac_command,    &hash_command,      &sha1_command,
-                              &hmac_command,    &derive_command,  &keygen_command, &genkey_command,    &pubkey_command,
+                              &hmac_command,    &derive_command,  &keygen_command, &keypair_command,   &pubkey_command,
                               &sign_command,    &verify_command,  &agree_command,  &diversify_command, &inspect_command,
                               &params_command,  &speed_command};
+
+/** An earlier name of a command, which still runs it. */
+struct Alias {
+    std::string_view name;
+    std::string_view command;
+};
+constexpr std::array aliases{Alias{"genkey", "keypair"}};
 
 constexpr const char* where_to_look = "; 'vrx help' lists the commands";
 
@@ -62,8 +69,10 @@ Example:
 
 std::string version() { return "vrx " VRX_VERSION "\n" + std::string(vrx_copyright_notice()) + "\n"; }
 
-/** The command of a name, or nullptr. */
+/** The command of a name or an alias, or nullptr. */
 const Command* command_named(std::string_view name) {
+    for (const Alias& alias : aliases)
+        if (name == alias.name) name = alias.command;
     const auto found =
         std::find_if(commands.begin(), commands.end(), [&](const Command* c) { return c->name == name; });
     return found != commands.end() ? *found : nullptr;

@@ -16,11 +16,12 @@ A key of 'vrx hmac' is a file of any length: every byte counts, a line end too.
 With --hex-key the file holds hexadecimal digits.
 
 A key pair of GOST R 34.10-2001 is a private key, a number below the order of a
-curve, and the public key that belongs to it, a point of the curve. 'vrx genkey'
-makes the private key, 'vrx pubkey' the public key of it. Who has your private
-key can sign as you; the public key is for everybody. 'vrx sign' and 'vrx agree'
-take the private key; 'vrx verify' and 'vrx agree --peer' take the public key of
-the other, 'vrx verify --cert' takes it out of an X.509 certificate.
+curve, and the public key that belongs to it, a point of the curve.
+'vrx keypair' makes the private key, 'vrx pubkey' the public key of it. Whoever
+has your private key can sign as you; the public key is for everybody. 'vrx
+sign' and 'vrx agree' take the private key; 'vrx verify' and 'vrx agree --peer'
+take the public key of the other, 'vrx verify --cert' takes it out of an X.509
+certificate.
 
 Every command that makes a key writes it to a new file that only its owner can
 read, and never overwrites one. Use a key for one purpose: one for encryption,

@@ -82,6 +82,7 @@ class Command:
         self.operands = usage.removeprefix(f"Usage: vrx {name} [OPTIONS]").strip()
         self.description, rest = rest.split("\n\nOptions:\n")
         options, self.example = rest.split("\n\nExample:\n")
+        self.names = [name, *re.findall(r"'vrx (\w+)' is the earlier name of this command", self.description)]
         self.options = []
         for line in options.split("\n"):
             if re.match(r" {2}(-\w, |    )--", line):
@@ -490,14 +491,14 @@ def bash_completion(program):
              "        case ${COMP_WORDS[1]} in"]
     for command in program.commands:
         forms = " ".join(form for option in command.options for form in option.forms())
-        lines.append(f'            {command.name}) words="{forms}" ;;')
+        lines.append(f'            {" | ".join(command.names)}) words="{forms}" ;;')
     lines += ["        esac", "    else", "        case ${COMP_WORDS[1]}:$prev in"]
     for option, values in program.values.items():
-        patterns = [f"{command.name}:{form}" for command in program.commands for o in command.options
-                    if o.name == option for form in o.forms()]
+        patterns = [f"{name}:{form}" for command in program.commands for name in command.names
+                    for o in command.options if o.name == option for form in o.forms()]
         lines.append(f'            {" | ".join(patterns)})')
         lines.append(f'                words="{" ".join(values)}" ;;')
-    bare = [f"{command.name}:{form}" for command in program.commands for o in command.options
+    bare = [f"{name}:{form}" for command in program.commands for name in command.names for o in command.options
             if o.value not in (None, "FILE", "OUT") and o.name not in program.values for form in o.forms()]
     lines += [f'            {" | ".join(bare)})', "                compopt +o default +o bashdefault 2>/dev/null || :",
               "                return ;;",
@@ -507,7 +508,7 @@ def bash_completion(program):
     # Long lists of patterns continue on the next line.
     result = []
     for line in lines:
-        if len(line) > 118 and " | " in line:
+        if len(line) > 118 and " | " in line and "words=" not in line:
             wrapped = textwrap.wrap(line.strip(), 100, break_long_words=False, break_on_hyphens=False)
             joined = []
             for i, part in enumerate(wrapped):
@@ -553,7 +554,7 @@ def zsh_completion(program):
               "        command) _describe -t commands command commands ;;", "        argument)",
               "            case $words[1] in"]
     for command in program.commands:
-        lines.append(f"                {command.name})")
+        lines.append(f"                {'|'.join(command.names)})")
         lines.append("                    _arguments -s -S \\")
         entries = [zsh_option(option, program.values) for option in command.options]
         if command.operands:

@@ -35,7 +35,7 @@ int run(const Command& self, int argc, char** argv) {
     load_public_key(*peer_path, form, peer);
     if (key->set != peer.set)
         throw Failure(std::string("the keys are on different curves, ") + curve_name(*key->set) + " and " +
-                      curve_name(*peer.set) + "; make a key on the other's curve with 'vrx genkey'");
+                      curve_name(*peer.set) + "; make a key on the other's curve with 'vrx keypair'");
     const vrx_gostr3411_par& hash = *get_GOSTR3411_par(hash_set_index(set));
     const vrx_data oid{hash.oid_length, const_cast<std::uint8_t*>(hash.oid)};
     Secret<DerivedKey> agreed;
@@ -52,8 +52,8 @@ const Command agree_command{
     "agree on a key with somebody",
     R"(Make the 32-byte key that you and the owner of another key pair share: VKO GOST R 34.10-2001 (RFC 4357, section
 5.2). Both sides need the same user keying material, which is public and best never the same twice.)",
-    R"(vrx genkey --curve XchA --out mine.pem
-vrx genkey --curve XchA --out theirs.pem
+    R"(vrx keypair --curve XchA --out mine.pem
+vrx keypair --curve XchA --out theirs.pem
 vrx pubkey -o theirs.pub theirs.pem
 vrx agree --key mine.pem --peer theirs.pub --ukm 5172be25f852a233)",
     run};

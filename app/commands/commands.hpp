@@ -14,7 +14,7 @@ extern const Command sha1_command;
 extern const Command hmac_command;
 extern const Command derive_command;
 extern const Command keygen_command;
-extern const Command genkey_command;
+extern const Command keypair_command;
 extern const Command pubkey_command;
 extern const Command sign_command;
 extern const Command verify_command;

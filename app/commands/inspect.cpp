@@ -424,7 +424,7 @@ printed.
 The fingerprint is the GOST R 34.11-94 digest (CryptoPro) of the public key as 'vrx pubkey --format der' writes it:
 a private key, its public key and their certificate have the same one. The exit code is 1 when a file is damaged
 or nothing that is known here, and 2 when one cannot be read.)",
-    R"(vrx genkey --curve A --out my.pem
+    R"(vrx keypair --curve A --out my.pem
 vrx inspect my.pem)",
     run};
 

@@ -34,7 +34,7 @@ const Command pubkey_command{
     R"(Print the public key that belongs to the private key in FILE, in the same form: PEM or DER
 (SubjectPublicKeyInfo), or 64 raw octets, x and then y, each least significant octet first. PEM and DER are told
 apart when the key is read; --format says how the result is written.)",
-    R"(vrx genkey --curve A --out my.pem
+    R"(vrx keypair --curve A --out my.pem
 vrx pubkey -o my.pub my.pem)",
     run};
 

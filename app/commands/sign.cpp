@@ -67,7 +67,7 @@ const Command sign_command{
     "sign a file with GOST R 34.10-2001",
     R"(Sign the GOST R 34.11-94 digest of FILE, or of standard input. The signature is 64 bytes: s and then r, each most
 significant byte first.)",
-    R"(vrx genkey --curve A --out my.pem
+    R"(vrx keypair --curve A --out my.pem
 vrx sign --key my.pem -o letter.sig letter.txt)",
     run};
 

@@ -115,7 +115,7 @@ when it is not.
 With --cert the key, its curve and the parameter set of the hash come from an X.509 certificate (RFC 4491), PEM or
 DER. The certificate itself is NOT checked: neither its signature nor its dates, and nobody asks whether it was
 revoked. Trust it for other reasons, or check it with a program for certificates first.)",
-    R"(vrx genkey --curve A --out my.pem
+    R"(vrx keypair --curve A --out my.pem
 vrx pubkey -o my.pub my.pem
 vrx sign --key my.pem -o letter.sig letter.txt
 vrx verify --key my.pub --signature letter.sig letter.txt)",

@@ -11,7 +11,7 @@ _vrx() {
         prev=${COMP_WORDS[COMP_CWORD - 2]}
     fi
     if ((COMP_CWORD == 1)); then
-        words="encrypt decrypt mac hash sha1 hmac derive keygen genkey pubkey sign verify agree diversify
+        words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify agree diversify
             inspect params speed help version --help --version"
     elif [[ $cur == -* && $cur != - ]]; then
         case ${COMP_WORDS[1]} in
@@ -27,7 +27,7 @@ _vrx() {
             derive) words="--kdf --salt --iterations -n --id --length -l --password-file --password-fd --confirm
                 --encoding --out -o --raw --help -h" ;;
             keygen) words="--out -o --hex -x --help -h" ;;
-            genkey) words="--format -f --curve -c --out -o --help -h" ;;
+            keypair | genkey) words="--format -f --curve -c --out -o --help -h" ;;
             pubkey) words="--format -f --curve -c --out -o --help -h" ;;
             sign) words="--key -k --format -f --curve -c --set -s --out -o --hex -x --base64 --help -h" ;;
             verify) words="--key -k --cert -C --signature -S --format -f --curve -c --set -s --help -h" ;;
@@ -45,13 +45,14 @@ _vrx() {
             hash:--set | hash:-s | hmac:--set | hmac:-s | sign:--set | sign:-s | verify:--set | verify:-s | \
                 agree:--set | agree:-s)
                 words="test cryptopro" ;;
-            genkey:--curve | genkey:-c | pubkey:--curve | pubkey:-c | sign:--curve | sign:-c | verify:--curve | \
-                verify:-c | agree:--curve | agree:-c | inspect:--curve | inspect:-c)
+            keypair:--curve | keypair:-c | genkey:--curve | genkey:-c | pubkey:--curve | pubkey:-c | \
+                sign:--curve | sign:-c | verify:--curve | verify:-c | agree:--curve | agree:-c | inspect:--curve | \
+                inspect:-c)
                 words="Test A B C XchA XchB" ;;
             encrypt:--mode | encrypt:-m | decrypt:--mode | decrypt:-m)
                 words="ss gamm gfb cbc" ;;
-            genkey:--format | genkey:-f | pubkey:--format | pubkey:-f | sign:--format | sign:-f | \
-                verify:--format | verify:-f | agree:--format | agree:-f)
+            keypair:--format | keypair:-f | genkey:--format | genkey:-f | pubkey:--format | pubkey:-f | \
+                sign:--format | sign:-f | verify:--format | verify:-f | agree:--format | agree:-f)
                 words="pem der raw" ;;
             derive:--kdf)
                 words="pbkdf2 pba" ;;
@@ -62,7 +63,7 @@ _vrx() {
                 diversify:--ukm | diversify:-u | speed:--seconds | speed:-s)
                 compopt +o default +o bashdefault 2>/dev/null || :
                 return ;;
-            help:help) words="encrypt decrypt mac hash sha1 hmac derive keygen genkey pubkey sign verify agree
+            help:help) words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify agree
                 diversify inspect params speed help version keys formats parameters byte-orders exit-codes secrets
                 terminals" ;;
         esac

@@ -4,9 +4,9 @@
 #include <array>
 #include <cstring>
 
-#include "io/failure.hpp"
 #include "io/text.hpp"
 #include "keys/der.hpp"
+#include "io/failure.hpp"
 #include "keys/parameters.hpp"
 
 namespace vrx::app {
@@ -57,7 +57,8 @@ void check_label(const Kind<Octets>& kind, const std::string& label, const std::
         throw Failure(shown + " holds a private key" + needed +
                       " one is needed; 'vrx pubkey' makes the public key of it");
     if (label == public_label)
-        throw Failure(shown + " holds a public key" + needed + " one is needed; name the file that 'vrx genkey' wrote");
+        throw Failure(shown + " holds a public key" + needed +
+                      " one is needed; name the file that 'vrx keypair' wrote");
     if (label == certificate_label)
         throw Failure(shown + " holds a certificate" + needed +
                       " key is needed; 'vrx verify --cert' takes certificates");

@@ -104,7 +104,8 @@ class Bash(DocumentationTest):
     def test_commands(self):
         self.assertEqual(sorted(self.complete("")), sorted([*self.listed("Commands"), "--help", "--version"]))
         self.assertEqual(sorted(self.complete("ha")), ["hash"])
-        self.assertEqual(sorted(self.complete("gen")), ["genkey"])
+        self.assertEqual(sorted(self.complete("gen")), [])
+        self.assertEqual(sorted(self.complete("key")), ["keygen", "keypair"])
         self.assertEqual(sorted(self.complete("help", "")), sorted(self.listed("Commands") + self.listed("Topics")))
 
     def test_options(self):
@@ -117,7 +118,7 @@ class Bash(DocumentationTest):
     def test_values(self):
         curves = ["A", "B", "C", "Test", "XchA", "XchB"]
         for words, values in (
-            (["genkey", "--curve", ""], curves), (["verify", "-c", "X"], ["XchA", "XchB"]),
+            (["keypair", "--curve", ""], curves), (["genkey", "--curve", ""], curves), (["verify", "-c", "X"], ["XchA", "XchB"]),
             (["encrypt", "--mode", "g"], ["gamm", "gfb"]), (["derive", "--kdf", ""], ["pba", "pbkdf2"]),
             (["hash", "--set", "="], ["cryptopro", "test"]), (["hash", "--set", "=", "c"], ["cryptopro"]),
             (["mac", "--params", "S"], ["SA", "SB", "SC", "SD"]), (["pubkey", "--format", ""], ["der", "pem", "raw"])):
@@ -132,7 +133,7 @@ class Bash(DocumentationTest):
 class Zsh(DocumentationTest):
     def test_every_command_and_option_is_there(self):
         text = read("app", "completion", "_vrx")
-        parts = dict(re.findall(r"^ {16}(\w+)\)\n(.*?);;$", text, re.MULTILINE | re.DOTALL))
+        parts = dict(re.findall(r"^ {16}(\w+)(?:\|\w+)*\)\n(.*?);;$", text, re.MULTILINE | re.DOTALL))
         for command, options in self.commands().items():
             self.assertIn(f"\n        '{command}:", text)
             for option in options:

@@ -229,7 +229,7 @@ class Signals(ProgramTest):
 
     @unittest.skipIf(SANITIZED, "sanitizers lock no memory")
     def test_the_memory_of_a_key_is_locked_and_left_out_of_dumps(self):
-        self.vrx("genkey", "--curve", "A", "--out", "pair")
+        self.vrx("keypair", "--curve", "A", "--out", "pair")
         for command in (ENCRYPT, ["hmac", "--key", "key"], ["mac", "--key", "key"]):
             process = self.start(*command, stdin=subprocess.PIPE)
             self.wait_for(lambda p=process: self.status_of(p, "VmLck") > 0, "locked pages")

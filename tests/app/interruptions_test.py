@@ -23,7 +23,7 @@ class AtAnyMoment(ProgramTest):
         print("VRX_TEST_SEED=" + str(seed))
         self.random = random.Random(seed)
         self.write("in", random.Random(1).randbytes(SIZE))
-        self.vrx("genkey", "--curve", "A", "--out", "pem")
+        self.vrx("keypair", "--curve", "A", "--out", "pem")
         self.vrx("pubkey", "-o", "pub", "pem")
         self.vrx(*ENCRYPT, "-o", "right", "in")
 
@@ -81,7 +81,7 @@ class AtAnyMoment(ProgramTest):
         self.expect_whole_or_absent(["sign", "--key", "pem", "-o", "out", "in"], self.good_signature)
 
     def test_a_killed_key_generation(self):
-        self.expect_whole_or_absent(["genkey", "--curve", "B", "--out", "out"], self.good_private_key)
+        self.expect_whole_or_absent(["keypair", "--curve", "B", "--out", "out"], self.good_private_key)
         self.expect_whole_or_absent(["keygen", "--out", "out"], self.good_key)
 
     def test_a_killed_derivation(self):
@@ -101,7 +101,7 @@ class AtAnyMoment(ProgramTest):
         for number in (signal.SIGTERM, signal.SIGINT):
             self.expect_whole_or_absent([*ENCRYPT, "-o", "out", "in"], self.same_ciphertext, number, 15)
             self.expect_whole_or_absent(["sign", "--key", "pem", "-o", "out", "in"], self.good_signature, number, 15)
-            self.expect_whole_or_absent(["genkey", "--curve", "B", "--out", "out"], self.good_private_key, number, 15)
+            self.expect_whole_or_absent(["keypair", "--curve", "B", "--out", "out"], self.good_private_key, number, 15)
 
 
 class TwoPrograms(ProgramTest):
@@ -135,7 +135,7 @@ class TwoPrograms(ProgramTest):
         self.assertEqual(self.names(), ["key", "out"])
 
     def test_of_many_that_make_a_key_one_does(self):
-        for command in (["keygen"], ["genkey", "--curve", "A"]):
+        for command in (["keygen"], ["keypair", "--curve", "A"]):
             for _ in range(5):
                 processes = [self.start(*command, "--out", "new") for _ in range(8)]
                 codes = [process.wait(60) for process in processes]
@@ -143,7 +143,7 @@ class TwoPrograms(ProgramTest):
                 for code, process in zip(codes, processes):
                     self.assertEqual(b"exists already" in process.stderr.read(), code == 2)
                 self.assertEqual(self.names(), ["key", "new"])
-                self.vrx(*(["pubkey", "new"] if command[0] == "genkey" else ["mac", "--key", "new", "key"]))
+                self.vrx(*(["pubkey", "new"] if command[0] == "keypair" else ["mac", "--key", "new", "key"]))
                 os.unlink(self.path("new"))
 
 
@@ -198,13 +198,13 @@ class ChangingFiles(ProgramTest):
 
 class Places(ProgramTest):
     COMMANDS = [[*ENCRYPT, "-o"], ["mac", "--key", "key", "-o"], ["pubkey", "pem", "-o"], ["sign", "--key", "pem", "-o"],
-                ["keygen", "--out"], ["genkey", "--curve", "A", "--out"],
+                ["keygen", "--out"], ["keypair", "--curve", "A", "--out"],
                 ["agree", "--key", "pem", "--peer", "pub", "--ukm", IV, "--out"]]
-    PRIVATE = ("keygen", "genkey", "agree")
+    PRIVATE = ("keygen", "keypair", "agree")
 
     def setUp(self):
         super().setUp()
-        self.vrx("genkey", "--curve", "A", "--out", "pem")
+        self.vrx("keypair", "--curve", "A", "--out", "pem")
         self.vrx("pubkey", "-o", "pub", "pem")
         self.write("in", b"some text")
 

@@ -65,7 +65,7 @@ class Memory(ProgramTest):
             self.check(memory, {"the password": PASSWORD, "the key": derived, "its digits": derived.hex().encode()})
 
     def test_private_keys(self):
-        memory = self.traced("genkey", "--curve", "A", "--out", "pair")
+        memory = self.traced("keypair", "--curve", "A", "--out", "pair")
         pem = self.read("pair")
         body = base64.b64decode(b"".join(pem.splitlines()[1:-1]))
         private = body[-32:]
@@ -75,7 +75,7 @@ class Memory(ProgramTest):
         self.write("letter", b"a letter")
         for command in (["sign", "--key", "pair", "-o", "signature", "letter"], ["pubkey", "-o", "public2", "pair"]):
             self.check(self.traced(*command), {"the key": private, "its PEM form": text})
-        self.vrx("genkey", "--curve", "A", "--out", "their")
+        self.vrx("keypair", "--curve", "A", "--out", "their")
         self.vrx("pubkey", "-o", "their.public", "their")
         memory = self.traced("agree", "--key", "pair", "--peer", "their.public", "--ukm", UKM, "--out", "agreed")
         agreed = self.read("agreed")

@@ -1,4 +1,4 @@
-"""vrx genkey, pubkey, sign, verify, agree and diversify: answers, other programs, and files that are wrong."""
+"""vrx keypair, pubkey, sign, verify, agree and diversify: answers, other programs, and files that are wrong."""
 
 import base64
 import json
@@ -217,7 +217,7 @@ class RoundTrips(SignatureTest):
             self.valid(key="same")
 
     def test_pem_and_der_hold_the_same_and_are_told_apart(self):
-        self.vrx("genkey", "--curve", "B", "--format", "der", "--out", "der.key")
+        self.vrx("keypair", "--curve", "B", "--format", "der", "--out", "der.key")
         self.assertEqual(self.mode("der.key"), 0o600)
         self.write("pem.key", self.pem("PRIVATE KEY", self.read("der.key")), 0o600)
         for form in ("der", "pem"):
@@ -411,7 +411,7 @@ class WrongFiles(SignatureTest):
         self.write("bad", bytes(32), 0o600)
         self.refused("pubkey", "--format", "raw", "bad", says="--curve NAME")
         self.refused("pubkey", "--format", "jpeg", "bad", says="use pem, der or raw")
-        self.refused("genkey", "--curve", "D", "--out", "new", says="use A, B, C, XchA, XchB or Test")
+        self.refused("keypair", "--curve", "D", "--out", "new", says="use A, B, C, XchA, XchB or Test")
         self.refused("pubkey", "--curve", "B", "a.key", says=["on the curve A", "not on 'B'"])
 
     def test_signatures_of_another_form(self):
@@ -433,18 +433,18 @@ class WrongFiles(SignatureTest):
 
     def test_no_new_key_after_a_failure(self):
         before = self.names()
-        self.refused("genkey", "--curve", "A", "--format", "jpeg", "--out", "new", says="use pem, der or raw")
-        self.refused("genkey", "--out", "new", says="a curve is needed, --curve NAME")
-        self.refused("genkey", "--curve", "A", says="a name for the key file is needed")
-        self.refused("genkey", "--curve", "A", "--out", "-", says="a name for the key file is needed")
+        self.refused("keypair", "--curve", "A", "--format", "jpeg", "--out", "new", says="use pem, der or raw")
+        self.refused("keypair", "--out", "new", says="a curve is needed, --curve NAME")
+        self.refused("keypair", "--curve", "A", says="a name for the key file is needed")
+        self.refused("keypair", "--curve", "A", "--out", "-", says="a name for the key file is needed")
         self.refused("agree", "-k", "a.key", "-p", "sig", "--ukm", UKM, "--out", "new", says="'sig'")
         os.symlink("new", self.path("link"))
-        self.refused("genkey", "--curve", "A", "--out", "link", says="exists already")
+        self.refused("keypair", "--curve", "A", "--out", "link", says="exists already")
         self.assertEqual(self.names(), sorted([*before, "link"]))
 
     def test_new_keys_belong_to_their_owner_alone(self):
         for mask in (0o000, 0o777):
-            self.vrx("genkey", "--curve", "A", "--out", f"new{mask}", umask=mask)
+            self.vrx("keypair", "--curve", "A", "--out", f"new{mask}", umask=mask)
             self.assertEqual(self.mode(f"new{mask}"), 0o600)
         self.assertNotEqual(self.read("new0"), self.read("new511"))
         os.chmod(self.path("new0"), 0o644)
@@ -454,7 +454,7 @@ class WrongFiles(SignatureTest):
 
     def test_a_key_file_is_never_overwritten_nor_read_twice(self):
         before = self.read("a.key")
-        self.refused("genkey", "--curve", "A", "--out", "a.key", says="exists already")
+        self.refused("keypair", "--curve", "A", "--out", "a.key", says="exists already")
         self.refused("pubkey", "-o", "a.key", "a.key", says="a.key")
         self.refused("sign", "-k", "a.key", "-o", "a.key", "letter", says="a.key")
         self.refused("sign", "-k", "-", "-", says="standard input")

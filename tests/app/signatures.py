@@ -21,7 +21,7 @@ class SignatureTest(HashTest):
         self.write("letter", b"Dear reader\n")
 
     def pair(self, name, curve, *form):
-        self.vrx("genkey", "--curve", curve, *form, "--out", name + ".key")
+        self.vrx("keypair", "--curve", curve, *form, "--out", name + ".key")
         self.vrx("pubkey", *form, *(["--curve", curve] if form else []), "-o", name + ".pub", name + ".key")
 
     def valid(self, *options, signature="sig", key="a.pub", letter="letter"):

@@ -7,7 +7,7 @@ import subprocess
 
 from program import KEY, PROGRAM, ProgramTest, main
 
-COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keygen", "genkey", "pubkey", "sign", "verify",
+COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keygen", "keypair", "pubkey", "sign", "verify",
             "agree", "diversify", "inspect", "params", "speed"]
 
 
@@ -134,7 +134,7 @@ class Help(ProgramTest):
                                   env={**os.environ, "PATH": folder + ":" + os.environ["PATH"]}, check=False)
             self.assertEqual((done.returncode, done.stderr), (0, b""), example)
         self.assertIn("letter.enc", self.names())
-        for command in ("keygen", "genkey", "pubkey", "sign", "verify", "agree", "diversify", "inspect"):
+        for command in ("keygen", "keypair", "pubkey", "sign", "verify", "agree", "diversify", "inspect"):
             example = self.vrx("help", command).decode().split("\nExample:\n")[1]
             os.mkdir(self.path(command))
             self.write(command + "/letter.txt", b"Dear reader")

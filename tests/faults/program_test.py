@@ -22,7 +22,7 @@ class Runs(ProgramTest):
         self.vrx("encrypt", "--key", "key", "--iv", "0011223344556677", "-o", "secret", "in")
         self.write("macs", self.vrx("mac", "--key", "key", "in", "text"))
         self.write("sums", self.vrx("hash", "in", "text"))
-        self.vrx("genkey", "--curve", "A", "--out", "pem")
+        self.vrx("keypair", "--curve", "A", "--out", "pem")
         self.vrx("pubkey", "-o", "pub", "pem")
         self.vrx("sign", "--key", "pem", "-o", "signature", "in")
 
@@ -53,7 +53,7 @@ class Runs(ProgramTest):
         for command in same:
             yield command, None
         yield ["keygen", "--out", OUT], lambda done: self.assertEqual(len(self.read(OUT)), 32)
-        yield ["genkey", "--curve", "B", "--out", OUT], lambda done: self.vrx("pubkey", OUT)
+        yield ["keypair", "--curve", "B", "--out", OUT], lambda done: self.vrx("pubkey", OUT)
         yield ["encrypt", "--key", "key", "-o", OUT, "in"], \
             lambda done: self.assertEqual(self.vrx("decrypt", "--key", "key", OUT), self.read("in"))
         yield ["sign", "--key", "pem", "-o", OUT, "in"], \

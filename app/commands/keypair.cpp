@@ -1,4 +1,4 @@
-// vrx genkey
+// vrx keypair
 #include "commands/commands.hpp"
 #include "io/files.hpp"
 #include "key_options.hpp"
@@ -33,15 +33,17 @@ int run(const Command& self, int argc, char** argv) {
 
 }  // namespace
 
-const Command genkey_command{
-    "genkey",
+const Command keypair_command{
+    "keypair",
     "",
-    "make a private key for signatures and key agreement",
+    "make a key pair for signatures and key agreement",
     R"(Write a new private key of GOST R 34.10-2001 to a file that only its owner can read (permissions 600). A file that
 exists is never overwritten. The file is PEM, PKCS #8 with the identifiers of RFC 4491, and names the curve; with
 --format der it is the same in DER, with --format raw the 32 octets of the number alone, least significant
-first.)",
-    R"(vrx genkey --curve A --out my.pem)",
+first. 'vrx pubkey' prints the public key of the pair.
+
+'vrx genkey' is the earlier name of this command and still works. 'vrx keygen' makes keys of the cipher.)",
+    R"(vrx keypair --curve A --out my.pem)",
     run};
 
 }  // namespace vrx::app
