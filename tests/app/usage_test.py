@@ -1,11 +1,11 @@
-"""vrx keygen, params, help and version; wrong use; the language of messages."""
+"""vrx keygen, params, help and version; forms of options; the language of messages."""
 
 import json
 import os
 import re
 import subprocess
 
-from program import KEY, PROGRAM, ProgramTest, main
+from program import PROGRAM, ProgramTest, main
 
 COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keygen", "keypair", "pubkey", "sign", "verify",
             "agree", "diversify", "inspect", "params", "speed"]
@@ -26,22 +26,6 @@ class KeyGeneration(ProgramTest):
         self.assertEqual(self.mode("hex"), 0o600)
         self.write("raw", bytes.fromhex(text.decode()), 0o600)
         self.assertEqual(self.vrx("mac", "-k", "hex", "key"), self.vrx("mac", "-k", "raw", "key"))
-
-    def test_no_file_is_ever_overwritten(self):
-        os.symlink("nowhere", self.path("link"))
-        os.mkdir(self.path("folder"))
-        for name in ("key", "link", "folder", "/dev/null"):
-            self.refused("keygen", "--out", name, says=[f"'{name}' exists already and is never overwritten", "another name"])
-        self.assertEqual(self.read("key"), KEY)
-        self.assertEqual(self.names(), ["folder", "key", "link"])
-
-    def test_wrong_use(self):
-        self.refused("keygen", says="a name for the key file is needed, --out FILE")
-        self.refused("keygen", "--out", "-", says="a name for the key file is needed")
-        self.refused("keygen", "--out", "none/key", says=["cannot create 'none/key'", "check the name"])
-        self.refused("keygen", "--out", "", says="cannot create ''")
-        self.refused("keygen", "--out", "new", "extra", says="one operand too many, 'extra'")
-        self.assertEqual(self.names(), ["key"])
 
 
 class Parameters(ProgramTest):
@@ -148,30 +132,7 @@ class Help(ProgramTest):
         self.assertEqual(self.vrx("--version").decode(), text)
 
 
-class WrongUse(ProgramTest):
-    def test_one_sentence_and_exit_code_2(self):
-        for arguments, says in [
-            ([], ["name a command", "vrx help"]),
-            ([""], "there is no command ''"),
-            (["ecnrypt"], ["there is no command 'ecnrypt'", "vrx help"]),
-            (["--key", "key", "encrypt"], "the command comes first, not '--key'"),
-            (["help", "ecnrypt"], ["there is no command or topic 'ecnrypt'", "vrx help"]),
-            (["help", "mac", "mac"], "the name of one command"),
-            (["version", "x"], "takes no operands"),
-            (["encrypt", "--kex", "key"], ["no option '--kex'", "vrx encrypt --help"]),
-            (["encrypt", "--kex=key"], "no option '--kex=key'"),
-            (["encrypt", "in", "-kkey", "-x"], "no option '-x'"),
-            (["encrypt", "--m"], "no option '--m', or its name is shortened too much"),
-            (["encrypt", "--key"], "option '--key' needs a value"),
-            (["encrypt", "-k"], "option '-k' needs a value"),
-            (["encrypt", "--mesh=yes", "-k", "key"], "option '--mesh=yes' takes no value"),
-            (["encrypt", "-k", "key", "one", "two"], "one operand too many, 'two'"),
-            (["params", "one"], "one operand too many, 'one'"),
-        ]:
-            with self.subTest(arguments):
-                self.refused(*arguments, says=says)
-        self.assertEqual(self.names(), ["key"])
-
+class Options(ProgramTest):
     def test_options_in_all_their_forms(self):
         for name in ("in", "mac", "encrypt", "--help", "-k", "[in]", "++", "-"):
             self.write(name, b"text")

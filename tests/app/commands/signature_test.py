@@ -411,7 +411,6 @@ class WrongFiles(SignatureTest):
         self.write("bad", bytes(32), 0o600)
         self.refused("pubkey", "--format", "raw", "bad", says="--curve NAME")
         self.refused("pubkey", "--format", "jpeg", "bad", says="use pem, der or raw")
-        self.refused("keypair", "--curve", "D", "--out", "new", says="use A, B, C, XchA, XchB or Test")
         self.refused("pubkey", "--curve", "B", "a.key", says=["on the curve A", "not on 'B'"])
 
     def test_signatures_of_another_form(self):
@@ -422,25 +421,9 @@ class WrongFiles(SignatureTest):
             self.write("bad", bad)
             self.refused("verify", "-k", "a.pub", "-S", "bad", "letter", says="'bad' is not a signature")
 
-    def test_agreement_asks_for_one_curve_and_material(self):
-        self.pair("b", "B")
-        self.refused("agree", "-k", "a.key", "-p", "b.pub", "--ukm", UKM, says="different curves, A and B")
-        self.refused("agree", "-k", "a.key", "-p", "a.pub", "--ukm", "0" * 16, says="zeros")
-        self.refused("agree", "-k", "a.key", "-p", "a.pub", "--ukm", "12", says="16 hexadecimal digits")
-        self.refused("diversify", "-k", "key", "--ukm", "xyz", says="16 hexadecimal digits")
-        for command in ("agree", "diversify", "sign", "verify"):
+    def test_commands_name_what_they_need(self):
+        for command in ("sign", "verify"):
             self.refused(command, says="is needed")
-
-    def test_no_new_key_after_a_failure(self):
-        before = self.names()
-        self.refused("keypair", "--curve", "A", "--format", "jpeg", "--out", "new", says="use pem, der or raw")
-        self.refused("keypair", "--out", "new", says="a curve is needed, --curve NAME")
-        self.refused("keypair", "--curve", "A", says="a name for the key file is needed")
-        self.refused("keypair", "--curve", "A", "--out", "-", says="a name for the key file is needed")
-        self.refused("agree", "-k", "a.key", "-p", "sig", "--ukm", UKM, "--out", "new", says="'sig'")
-        os.symlink("new", self.path("link"))
-        self.refused("keypair", "--curve", "A", "--out", "link", says="exists already")
-        self.assertEqual(self.names(), sorted([*before, "link"]))
 
     def test_new_keys_belong_to_their_owner_alone(self):
         for mask in (0o000, 0o777):
