@@ -1,23 +1,36 @@
-/** @file vrx.h  Everything that libvrx.so exports. */
+/** @file vrx.h  All that libvrx.so exports, grouped by task. */
 #ifndef VRX_H
 #define VRX_H
 
-#include "vrx/agree.h"
-#include "vrx/bigdigits.h"
-#include "vrx/context.h"
-#include "vrx/curve.h"
+/* Every program: return codes, the buffer record vrx_data, the log. */
 #include "vrx/frame.h"
-#include "vrx/gostr3411.h"
-#include "vrx/hmac.h"
-#include "vrx/kdf.h"
+
+/* Choose algorithm parameters: S-boxes (substitution tables), and the parameter sets of RFC 4357. */
+#include "vrx/params.h"
+#include "vrx/tz.h"
+
+/* Encrypt and authenticate with GOST 28147-89: messages in pieces, whole buffers, single blocks. */
+#include "vrx/context.h"
 #include "vrx/kernel.h"
 #include "vrx/modes.h"
-#include "vrx/multiply.h"
-#include "vrx/octets.h"
-#include "vrx/params.h"
-#include "vrx/point.h"
+
+/* Hash: GOST R 34.11-94, HMAC with it, and SHA-1. */
+#include "vrx/gostr3411.h"
+#include "vrx/hmac.h"
 #include "vrx/sha1.h"
+
+/* Derive keys from passwords: PBKDF2 and PKCS #12. */
+#include "vrx/kdf.h"
+
+/* Sign, verify and agree on keys with GOST R 34.10-2001: curves, keys and signatures, their octets, key agreement. */
+#include "vrx/agree.h"
+#include "vrx/curve.h"
+#include "vrx/octets.h"
 #include "vrx/sign.h"
-#include "vrx/tz.h"
+
+/* Calculate with curve points and long integers: what the functions above are built from. */
+#include "vrx/bigdigits.h"
+#include "vrx/multiply.h"
+#include "vrx/point.h"
 
 #endif
