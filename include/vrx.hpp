@@ -1,28 +1,57 @@
 /**
  * @file vrx.hpp  The whole library for C++20: namespace vrx.
  *
- * Spans go in, values or a vrx::Result come out. Keys, vectors, digests, points and contexts are types of their own that
- * zero themselves at their end. Everything is inline over the C functions, which the comments of the C headers describe
- * in full: nothing here throws, and nothing costs more than the calls themselves.
+ * Functions take spans and return values or a vrx::Result. Keys, IVs, digests, points and contexts have types of their
+ * own, whose destructors zero them. Everything is inline over the C functions. Nothing here throws an exception, and the
+ * headers compile with -fno-exceptions and -fno-rtti.
  *
  *     const vrx::Key key = vrx::Key::random().value();
  *     const vrx::Iv iv = vrx::Iv::random().value();
  *     vrx::Encryptor cipher(key, iv);
  *     if (const auto done = cipher.update(message); !done) std::puts(vrx::name(done.error()));
  *
- * It works without exceptions and without run-time type information.
+ * The headers in vrx/cxx/ have the names of the C headers that they wrap, where the behaviour of each function is
+ * described in full.
  */
 #ifndef VRX_HPP
 #define VRX_HPP
 
+#if __cplusplus < 202002L
+#error "vrx.hpp needs C++20: compile with -std=c++20. C++11 to C++17 programs can include vrx.h instead."
+#else
+
 #include "vrx.h"
-#include "vrx/cipher.hpp"
-#include "vrx/curves.hpp"
-#include "vrx/hash.hpp"
-#include "vrx/numbers.hpp"
 #include "vrx/random.h"
-#include "vrx/result.hpp"
-#include "vrx/tables.hpp"
-#include "vrx/types.hpp"
+
+// Every program: errors with names, Result, the log; bytes, keys and digests.
+#include "vrx/cxx/frame.hpp"
+#include "vrx/cxx/types.hpp"
+
+// Choose algorithm parameters.
+#include "vrx/cxx/params.hpp"
+#include "vrx/cxx/tz.hpp"
+
+// Encrypt and authenticate with GOST 28147-89.
+#include "vrx/cxx/context.hpp"
+#include "vrx/cxx/kernel.hpp"
+#include "vrx/cxx/modes.hpp"
+
+// Hash, and derive keys from passwords.
+#include "vrx/cxx/gostr3411.hpp"
+#include "vrx/cxx/hmac.hpp"
+#include "vrx/cxx/kdf.hpp"
+#include "vrx/cxx/sha1.hpp"
+
+// Sign, verify and agree on keys with GOST R 34.10-2001.
+#include "vrx/cxx/agree.hpp"
+#include "vrx/cxx/curve.hpp"
+#include "vrx/cxx/sign.hpp"
+
+// Calculate with curve points and long integers.
+#include "vrx/cxx/bigdigits.hpp"
+#include "vrx/cxx/multiply.hpp"
+#include "vrx/cxx/point.hpp"
+
+#endif
 
 #endif

@@ -65,8 +65,22 @@ OWNER = {
 # The one call that goes up: the library's notice asks the arithmetic for its own.
 UPWARD = ("src/frame/api.cpp", {"src/ecc/bigdigits/notice.hpp", "include/vrx/bigdigits.h"})
 
-# The headers for C++, which stand above those for C: each includes those before it, never those behind.
-FACE = ["result", "types", "tables", "numbers", "cipher", "hash", "curves"]
+# The headers for C++ in include/vrx/cxx, which stand above those for C: each includes those before it, never those after.
+FACE = [
+    "frame", "types", "tz", "params", "bigdigits", "kernel", "modes", "context", "gostr3411", "hmac", "kdf", "sha1", "curve",
+    "point", "multiply", "sign", "agree",
+]
+
+# Older paths in include/vrx, and the headers for C++ that each forwards to.
+OLD_PATHS = {
+    "result": ["frame"],
+    "types": ["types"],
+    "tables": ["frame", "tz", "params"],
+    "numbers": ["bigdigits"],
+    "cipher": ["kernel", "modes", "context"],
+    "hash": ["gostr3411", "hmac", "kdf", "sha1"],
+    "curves": ["curve", "point", "multiply", "sign", "agree"],
+}
 
 # What a public header may take from the C library; and what random.h takes from the system.
 C_STANDARD = {"stddef.h", "stdint.h", "stdio.h"}
@@ -130,12 +144,27 @@ class Layering(unittest.TestCase):
                 self.check(file)
 
     def test_headers_for_cxx_include_those_before_them(self):
-        for file in self.headers(".hpp"):
+        files = self.sources("include/vrx/cxx")
+        self.assertEqual({file.name for file in files}, {f"{name}.hpp" for name in FACE})
+        for file in files:
             own, foreign = self.included(file)
             with self.subTest(file.name):
-                others = {path.stem for path in own if path.suffix == ".hpp"}
-                self.assertLessEqual(others, set(FACE[:FACE.index(file.stem)]))
+                others = [path for path in own if path.suffix == ".hpp"]
+                self.assertTrue(all(path.parent.name == "cxx" for path in others), others)
+                self.assertLessEqual({path.stem for path in others}, set(FACE[:FACE.index(file.stem)]))
                 self.assertEqual([name for name in foreign if "." in name], [], "more than the C++ library")
+
+    def test_headers_for_cxx_have_the_names_of_those_for_c(self):
+        self.assertLessEqual(set(FACE) - {"types"}, {path.stem for path in self.headers()})
+
+    def test_older_paths_only_forward(self):
+        files = [path for path in self.sources("include/vrx") if path.suffix == ".hpp" and path.parent.name == "vrx"]
+        self.assertEqual({path.stem for path in files}, set(OLD_PATHS))
+        for file in files:
+            text = re.sub(r"/\*.*?\*/", "", file.read_text(), flags=re.S)
+            self.assertEqual([line for line in text.splitlines() if line and not line.startswith("#")], [], file.name)
+            own = {path for path in self.included(file)[0] if path.parent.name == "cxx"}
+            self.assertEqual({path.stem for path in own}, set(OLD_PATHS[file.stem]))
 
     def test_public_headers_include_each_other_and_the_c_library_only(self):
         for file in self.sources("include"):
@@ -150,7 +179,7 @@ class Layering(unittest.TestCase):
         headers = {p.relative_to(self.project) for p in self.headers() if p.stem not in ("export", "random")}
         self.assertEqual(own, headers)
         own, _ = self.included(self.project / "include/vrx.hpp")
-        self.assertEqual({p.stem for p in own if p.suffix == ".hpp"}, set(FACE))
+        self.assertEqual({p.as_posix() for p in own if p.suffix == ".hpp"}, {f"include/vrx/cxx/{n}.hpp" for n in FACE})
         self.assertEqual({str(p) for p in own if p.suffix == ".h"}, {"include/vrx.h", "include/vrx/random.h"})
 
     def test_order_within_a_folder_is_kept(self):

@@ -1,16 +1,16 @@
 /**
- * @file numbers.hpp  Multiple-precision arithmetic for C++: bigdigits.h over arrays whose sizes the compiler checks.
+ * @file cxx/bigdigits.hpp  Multiple-precision arithmetic for C++: bigdigits.h over arrays whose sizes the compiler checks.
  *
  * A number is a std::array, an array or a std::span of a fixed number of 32-bit digits, least significant first. Where
  * sizes do not fit the call does not compile. Everything else is as bigdigits.h says: overlap, contents, speed.
  */
-#ifndef VRX_NUMBERS_HPP
-#define VRX_NUMBERS_HPP
+#ifndef VRX_CXX_BIGDIGITS_HPP
+#define VRX_CXX_BIGDIGITS_HPP
 
 #include <optional>
 
 #include "vrx/bigdigits.h"
-#include "vrx/types.hpp"
+#include "vrx/cxx/types.hpp"
 
 namespace vrx {
 inline namespace v1 {
@@ -381,6 +381,7 @@ void print(const A &a, Layout layout = Layout::plain) noexcept {
 }
 
 }  // namespace mp
+
 }  // namespace v1
 }  // namespace vrx
 

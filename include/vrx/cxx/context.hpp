@@ -1,36 +1,17 @@
 /**
- * @file cipher.hpp  GOST 28147-89 for C++: Encryptor, Decryptor and Mac for messages in pieces, and below them every
- * function of kernel.h, modes.h and context.h.
+ * @file cxx/context.hpp  GOST 28147-89 over a message in pieces: Encryptor, Decryptor and Mac over context.h.
  *
  * Buffers may lie at any address. Nothing is allocated. Threads: an object belongs to one thread at a time.
  */
-#ifndef VRX_CIPHER_HPP
-#define VRX_CIPHER_HPP
+#ifndef VRX_CXX_CONTEXT_HPP
+#define VRX_CXX_CONTEXT_HPP
 
 #include "vrx/context.h"
-#include "vrx/tables.hpp"
+#include "vrx/cxx/modes.hpp"
+#include "vrx/cxx/params.hpp"
 
 namespace vrx {
 inline namespace v1 {
-
-/** What is done with blocks to make a message of them. */
-enum class Mode : std::uint32_t {
-    codebook = VRX_MODE_SS,  /**< each block by itself ("simple substitution"); whole blocks only */
-    counter = VRX_MODE_GAMM, /**< "gamma" of a counter */
-    feedback = VRX_MODE_GFB, /**< 64-bit cipher feedback */
-    cbc = VRX_MODE_CBC,      /**< chained blocks; whole blocks only */
-    mac = VRX_MODE_IMITO,    /**< the MAC ("imito") */
-};
-
-/** Which way. */
-enum class Direction : int { decrypt = 0, encrypt = 1 };
-
-/** Flags of a call, to be joined with |: see modes.h. */
-enum class Flags : int { none = 0, first = VRX_FLAG_FIRST, pad = VRX_FLAG_PAD };
-/** Both flags. */
-constexpr Flags operator|(Flags a, Flags b) noexcept {
-    return static_cast<Flags>(static_cast<int>(a) | static_cast<int>(b));
-}
 
 /** A table, a mode and whether the key is meshed: what both ends of a message have to agree on, besides the key. */
 struct CipherParameters {
@@ -238,122 +219,8 @@ inline Result<MacValue> mac(const Key &key, Bytes message,
     return object.finish();
 }
 
-/** The mode of a name of the library's, "ss", "gamm", "gfb" or "cbc". */
-inline std::optional<Mode> mode_by_name(const char *name) noexcept {
-    const int mode = ciph_mode_by_name(name);
-    if (mode == 0) return std::nullopt;
-    return static_cast<Mode>(mode);
-}
-
-/* ---- Single blocks: kernel.h ------------------------------------------------------------------------------------ */
-
-/** A block encrypted. */
-inline Block encrypt_block(const Block &in, const Key &key, const vrx_tz &table) noexcept {
-    Block out;
-    vrx_gost_encr_64_m(in.data(), out.data(), key.words(), &table);
-    return out;
-}
-/** A block decrypted. */
-inline Block decrypt_block(const Block &in, const Key &key, const vrx_tz &table) noexcept {
-    Block out;
-    vrx_gost_decr_64_m(in.data(), out.data(), key.words(), &table);
-    return out;
-}
-/** A step of the MAC: the state takes in a block. */
-inline void mac_block(const Block &in, MacValue &state, const Key &key, const vrx_tz &table) noexcept {
-    vrx_gost_imito_64_m(in.data(), state.data(), key.words(), &table);
-}
-/** A step of the counter mode; `counter` is the encrypted vector at first. */
-inline Block counter_block(const Block &in, Iv &counter, const Key &key, const vrx_tz &table) noexcept {
-    Block out;
-    vrx_gost_gamm_64_m(in.data(), out.data(), counter.data(), key.words(), &table);
-    return out;
-}
-/** A step of cipher feedback. */
-inline Block feedback_block(const Block &in, Iv &feedback, const Key &key, const vrx_tz &table,
-                            Direction direction) noexcept {
-    Block out;
-    vrx_gost_GFB_64_m(in.data(), out.data(), feedback.data(), key.words(), &table, static_cast<int>(direction));
-    return out;
-}
-/** A step of cipher block chaining. */
-inline Block cbc_block(const Block &in, Iv &chain, const Key &key, const vrx_tz &table, Direction direction) noexcept {
-    Block out;
-    vrx_gost_cbc_64_m(in.data(), out.data(), chain.data(), key.words(), &table, static_cast<int>(direction));
-    return out;
-}
-
-/* ---- Whole buffers in one call: modes.h ------------------------------------------------------------------------- */
-
-/**
- * The functions of modes.h and context.h one by one, with their codes: buffers of at most 2^32 - 1 bytes
- * (Error::buffer_length above), registers that continue in the next call, flags. All return the bytes written. A span
- * without an address is a NULL pointer to them.
- */
 namespace raw {
 
-namespace detail {
-template <typename Call>
-Result<std::size_t> call(Bytes in, MutableBytes out, Call function) noexcept {
-    if (!v1::detail::fits(in.size())) return Error::buffer_length;
-    const vrx_data from = v1::detail::record(in);
-    vrx_data to = v1::detail::record(out);
-    if (const int rc = function(from, to)) return static_cast<Error>(rc);
-    return std::size_t{to.length};
-}
-}  // namespace detail
-
-/** VRX_Gost_SS_m(): codebook. */
-inline Result<std::size_t> codebook(const vrx_tz &table, Bytes in, MutableBytes out, const Key &key,
-                                    Direction direction) noexcept {
-    return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
-        return VRX_Gost_SS_m(&table, &from, &to, key.words(), static_cast<int>(direction));
-    });
-}
-/** VRX_Gost_CBC_m(): cipher block chaining. */
-inline Result<std::size_t> cbc(const vrx_tz &table, Bytes in, MutableBytes out, Iv &iv, const Key &key,
-                               Direction direction) noexcept {
-    return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
-        return VRX_Gost_CBC_m(&table, &from, &to, iv.data(), key.words(), static_cast<int>(direction));
-    });
-}
-/** VRX_Gost_Gamm_m(): counter mode. */
-inline Result<std::size_t> counter(const vrx_tz &table, Bytes in, MutableBytes out, Iv &iv, const Key &key,
-                                   Flags flags) noexcept {
-    return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
-        return VRX_Gost_Gamm_m(&table, &from, &to, iv.data(), key.words(), static_cast<int>(flags));
-    });
-}
-/** VRX_Gost_GFB_m(): cipher feedback. */
-inline Result<std::size_t> feedback(const vrx_tz &table, Bytes in, MutableBytes out, Iv &iv, const Key &key,
-                                    Direction direction, Flags flags) noexcept {
-    return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
-        return VRX_Gost_GFB_m(&table, &from, &to, iv.data(), key.words(), static_cast<int>(direction),
-                              static_cast<int>(flags));
-    });
-}
-/** VRX_Gost_Imito_m(): the MAC's state takes in bytes. */
-inline Result<void> mac(const vrx_tz &table, Bytes in, MacValue &state, const Key &key, Flags flags) noexcept {
-    const auto done = detail::call(in, MutableBytes(state), [&](const vrx_data &from, vrx_data &to) {
-        return VRX_Gost_Imito_m(&table, &from, &to, key.words(), static_cast<int>(flags));
-    });
-    return Result<void>::of(done.code());
-}
-/** do_imito_low(): mac() by its older name. */
-inline Result<void> mac_low(const vrx_tz &table, Bytes in, MacValue &state, const Key &key, Flags flags) noexcept {
-    const auto done = detail::call(in, MutableBytes(state), [&](const vrx_data &from, vrx_data &to) {
-        return do_imito_low(&table, &from, &to, key.words(), static_cast<int>(flags));
-    });
-    return Result<void>::of(done.code());
-}
-/** do_cipher_low(): the function of a mode. */
-inline Result<std::size_t> cipher_low(const vrx_tz &table, Mode mode, Bytes in, MutableBytes out, Iv &iv,
-                                      const Key &key, Direction direction, Flags flags) noexcept {
-    return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
-        return do_cipher_low(&table, static_cast<int>(mode), &from, &to, iv.data(), key.words(),
-                             static_cast<int>(direction), static_cast<int>(flags));
-    });
-}
 /** vrx_crpt_crypto_engine(): the function of a mode, as contexts choose it. */
 inline Result<std::size_t> crypto_engine(Mode mode, const vrx_tz &table, Bytes in, MutableBytes out, Iv &iv,
                                          const Key &key, Direction direction, Flags flags) noexcept {
@@ -362,25 +229,6 @@ inline Result<std::size_t> crypto_engine(Mode mode, const vrx_tz &table, Bytes i
                                       static_cast<std::uint8_t>(direction), static_cast<std::uint8_t>(flags));
     });
 }
-
-/** A length as make_last_block() splits it. */
-struct LastBlock {
-    Block padded;             /**< the bytes behind the whole blocks, and zeros */
-    std::uint32_t tail = 0;   /**< how many bytes those are, 0 to 7 */
-    std::uint32_t blocks = 0; /**< whole blocks before them */
-};
-/** make_last_block(): whole blocks, and what is behind them. */
-inline Result<LastBlock> last_block(Bytes data, Flags flags) noexcept {
-    if (!v1::detail::fits(data.size())) return Error::buffer_length;
-    LastBlock last;
-    if (const int rc = make_last_block(data.data(), v1::detail::count(data), last.padded.data(), &last.tail,
-                                       &last.blocks, static_cast<int>(flags)))
-        return static_cast<Error>(rc);
-    return last;
-}
-
-/* ---- Contexts: context.h ---------------------------------------------------------------------------------------- */
-
 /** old_crpt_init_context(): opens a context from a parameter block. */
 inline Result<void> open_old(vrx_crpt_ctx &ctx, Direction direction, const old_crpt_params &parameters) noexcept {
     return Result<void>::of(old_crpt_init_context(&ctx, static_cast<int>(direction), &parameters));
@@ -420,6 +268,7 @@ inline Result<void> mesh_key_where_due(vrx_crpt_ctx &ctx) noexcept {
 }
 
 }  // namespace raw
+
 }  // namespace v1
 }  // namespace vrx
 

@@ -1,9 +1,14 @@
-/** @file result.hpp  Values or errors: what the functions of vrx.hpp return where they may fail. */
-#ifndef VRX_RESULT_HPP
-#define VRX_RESULT_HPP
+/**
+ * @file cxx/frame.hpp  Return codes as errors with names, values or errors (Result), and the log: frame.h for C++.
+ */
+#ifndef VRX_CXX_FRAME_HPP
+#define VRX_CXX_FRAME_HPP
 
+#include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "vrx/frame.h"
@@ -173,6 +178,21 @@ public:
 private:
     int code_ = VRX_OK;
 };
+
+/* ---- Log and notice --------------------------------------------------------------------------------------------- */
+
+/** Write a line for each failure to a file, to the standard error stream ("stderr"), or nowhere (NULL); closes the
+ * stream that was set before. */
+inline void log_to(const char *path) noexcept { vrx_set_log_file(path); }
+
+/** Write a line for each failure to an open stream, or nowhere (NULL). It stays the caller's; log_to() would close it. */
+inline void log_to(std::FILE *stream) noexcept { vrxflog = stream; }
+
+/** Write nothing any more. The stream stays open. */
+inline void log_to(std::nullptr_t) noexcept { vrxflog = nullptr; }
+
+/** The library's attribution. */
+inline std::string_view copyright_notice() noexcept { return vrx_copyright_notice(); }
 
 }  // namespace v1
 }  // namespace vrx

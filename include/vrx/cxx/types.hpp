@@ -1,10 +1,10 @@
 /**
- * @file types.hpp  Bytes, keys, vectors and digests as types of their own, which zero themselves when they go.
+ * @file cxx/types.hpp  Bytes, keys, vectors and digests as types of their own, which zero themselves when they go.
  *
  * Nothing here allocates but to_hex(). Threads: plain values; no shared state.
  */
-#ifndef VRX_TYPES_HPP
-#define VRX_TYPES_HPP
+#ifndef VRX_CXX_TYPES_HPP
+#define VRX_CXX_TYPES_HPP
 
 #include <algorithm>
 #include <array>
@@ -17,10 +17,10 @@
 #include <type_traits>
 
 #include "vrx/agree.h"
+#include "vrx/cxx/frame.hpp"
 #include "vrx/kernel.h"
 #include "vrx/octets.h"
 #include "vrx/random.h"
-#include "vrx/result.hpp"
 #include "vrx/sha1.h"
 
 namespace vrx {
@@ -315,6 +315,7 @@ inline bool fits(std::size_t count) noexcept { return count <= 0xFFFFFFFF; }
 inline std::uint32_t count(Bytes bytes) noexcept { return static_cast<std::uint32_t>(bytes.size()); }
 
 }  // namespace detail
+
 }  // namespace v1
 }  // namespace vrx
 

@@ -1,0 +1,9 @@
+/** @file vrx/cipher.hpp  An older path of cxx/kernel.hpp, cxx/modes.hpp and cxx/context.hpp; new code includes vrx.hpp. */
+#ifndef VRX_CIPHER_HPP
+#define VRX_CIPHER_HPP
+
+#include "vrx/cxx/context.hpp"
+#include "vrx/cxx/kernel.hpp"
+#include "vrx/cxx/modes.hpp"
+
+#endif

@@ -1,0 +1,10 @@
+/** @file vrx/hash.hpp  An older path of the headers of hashes in cxx/; new code includes vrx.hpp. */
+#ifndef VRX_HASH_HPP
+#define VRX_HASH_HPP
+
+#include "vrx/cxx/gostr3411.hpp"
+#include "vrx/cxx/hmac.hpp"
+#include "vrx/cxx/kdf.hpp"
+#include "vrx/cxx/sha1.hpp"
+
+#endif

@@ -1,0 +1,7 @@
+/** @file vrx/result.hpp  An older path of cxx/frame.hpp; new code includes vrx.hpp. */
+#ifndef VRX_RESULT_HPP
+#define VRX_RESULT_HPP
+
+#include "vrx/cxx/frame.hpp"
+
+#endif
