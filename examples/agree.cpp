@@ -1,11 +1,11 @@
-// Two ends agree on a key that nobody between them learns, and one sends the other a message under it.
+// Two parties agree on a key, and one sends the other a message encrypted with it.
 #include <cstdio>
 #include <string_view>
 #include <vrx.hpp>
 
 namespace {
 
-// What travels in the open.
+// The message as it is sent; nothing in it is secret.
 struct Parcel {
     vrx::PublicKeyOctets from;
     vrx::Ukm ukm;
@@ -14,7 +14,7 @@ struct Parcel {
     std::size_t size = 0;
 };
 
-// The key of a parcel, the same at both ends. Diversified, so that each UKM gives a key of its own for the cipher.
+// Derives the key of a parcel; both parties get the same one. Diversification ties the cipher key to the UKM.
 vrx::Result<vrx::Key> key_for(const vrx::PrivateKey &own, vrx::Bytes other, const vrx::Ukm &ukm) {
     const auto public_key = vrx::PublicKey::from_octets(other);
     if (!public_key) return public_key.error();
@@ -27,7 +27,7 @@ vrx::Result<vrx::Key> key_for(const vrx::PrivateKey &own, vrx::Bytes other, cons
 
 vrx::Result<Parcel> pack(std::string_view message, vrx::Bytes receiver) {
     Parcel parcel;
-    const auto own = vrx::PrivateKey::generate();  // for this parcel alone
+    const auto own = vrx::PrivateKey::generate();  // ephemeral: used for this parcel only
     const auto ukm = vrx::Ukm::random();
     const auto iv = vrx::Iv::random();
     if (!own || !ukm || !iv) return vrx::Error::random;

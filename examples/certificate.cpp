@@ -1,20 +1,20 @@
-// Verifies the signature of a certificate (X.509, RFC 4491) that signed itself.
+// Verifies the signature of a self-signed certificate (X.509, RFC 4491).
 #include <cstdio>
 #include <vector>
 #include <vrx.hpp>
 
 namespace {
 
-// Takes elements of DER one after the other. After an element that is not what was asked for, there are none.
+// Reads DER elements in sequence. After an element with an unexpected tag or length, nothing is left to read.
 class Elements {
 public:
     explicit Elements(vrx::Bytes der) : rest_(der) {}
 
-    // The contents of the next element. What it is as a whole, its head included, is left in `whole`.
+    // Returns the contents of the next element, and stores the whole element, header included, in `whole`.
     vrx::Bytes take(std::uint8_t tag, vrx::Bytes *whole = nullptr) {
         std::size_t head = 2;
         std::size_t length = rest_.size() < 2 ? 0 : rest_[1];
-        if (length > 0x80) {  // the length itself is so many octets long
+        if (length > 0x80) {  // long form: the low bits count the octets of the length
             head += length & 0x7f;
             length = 0;
             for (std::size_t i = 2; i < head && i < rest_.size() && head <= 4; ++i) length = length << 8 | rest_[i];
@@ -25,7 +25,7 @@ public:
         rest_ = rest_.subspan(head + length);
         return contents;
     }
-    // An element that may be missing.
+    // Skips an optional element.
     void skip(std::uint8_t tag) {
         if (!rest_.empty() && rest_[0] == tag) take(tag);
     }
@@ -41,7 +41,7 @@ private:
 
 constexpr std::uint8_t integer = 0x02, bits = 0x03, octets = 0x04, oid = 0x06, sequence = 0x30, version = 0xa0;
 
-// The public key in a certificate, from what its signature covers.
+// Returns the subject's public key from the signed part of a certificate.
 vrx::Result<vrx::PublicKey> subject_key(vrx::Bytes covered) {
     Elements fields(Elements(covered).take(sequence));
     fields.skip(version);
@@ -52,7 +52,7 @@ vrx::Result<vrx::PublicKey> subject_key(vrx::Bytes covered) {
     algorithm.take(oid);  // GOST R 34.10-2001
     Elements parameters(algorithm.take(sequence));
     const vrx::Curve *curve = vrx::find_curve(parameters.whole(oid));
-    const vrx::Bytes key = info.take(bits);  // begins with the number of unused bits, 0
+    const vrx::Bytes key = info.take(bits);  // the first octet counts the unused bits: 0
     if (curve == nullptr || key.empty()) return vrx::Error::bad_params;
     return vrx::PublicKey::from_octets(Elements(key.subspan(1)).take(octets), *curve);
 }
@@ -73,15 +73,15 @@ int main(int argc, char **argv) {
     const vrx::Bytes covered = certificate.whole(sequence);
     certificate.take(sequence);  // algorithm
     const vrx::Bytes signature = certificate.take(bits);
-    const auto issuer = subject_key(covered);  // of another issuer: take it from that one's certificate
+    const auto issuer = subject_key(covered);  // not self-signed: take the key from the issuer's certificate
     if (!issuer || signature.size() != 1 + VRX_SIGNATURE_SIZE) {
-        std::fputs("certificate: not a certificate of GOST R 34.10-2001\n", stderr);
+        std::fputs("certificate: not a certificate with a GOST R 34.10-2001 key\n", stderr);
         return 2;
     }
-    // The set CryptoPro of the hash belongs to the algorithm of the signature (RFC 4491, section 2.2).
+    // The signature algorithm implies the CryptoPro parameter set of the hash (RFC 4491, section 2.2).
     vrx::Signature value;
     std::copy(signature.begin() + 1, signature.end(), value.begin());
     const bool valid = static_cast<bool>(vrx::verify(*issuer, vrx::hash(covered), value));
-    std::puts(valid ? "the certificate is signed by its own key" : "the certificate is NOT signed by its own key");
+    std::puts(valid ? "the self-signature is valid" : "the self-signature is NOT valid");
     return valid ? 0 : 1;
 }

@@ -1,12 +1,12 @@
-/* Encrypts a message that arrives in pieces, and decrypts it again. */
+/* Encrypts a message that arrives in pieces, then decrypts it. */
 #include <stdio.h>
 #include <string.h>
 #include <vrx.h>
 
 int main(void) {
-    static const uint32_t key[VRX_KEY_WORDS] = {1, 2, 3, 4, 5, 6, 7, 8}; /* a real key is 32 random bytes */
-    static const uint8_t iv[VRX_BLOCK_SIZE] = {0};                       /* and a real vector never comes twice */
-    const vrx_gost28147_par *set = get_GOST28147_default_par();          /* CryptoPro-A: feedback, key meshing */
+    static const uint32_t key[VRX_KEY_WORDS] = {1, 2, 3, 4, 5, 6, 7, 8}; /* in real use: 32 random bytes */
+    static const uint8_t iv[VRX_BLOCK_SIZE] = {0};              /* in real use: never reuse an IV with the same key */
+    const vrx_gost28147_par *set = get_GOST28147_default_par(); /* CryptoPro-A: CFB with key meshing */
     char pieces[][16] = {"Attack ", "at ", "dawn."};
     uint8_t text[64];
     uint32_t done = 0;

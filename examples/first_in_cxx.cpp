@@ -1,10 +1,10 @@
-// The same in C++20: keys and vectors are types of their own, results are values or errors, secrets zero themselves.
+// The same in C++20: typed keys and IVs, results that are values or errors, and secrets that zero themselves.
 #include <cstdio>
 #include <vrx.hpp>
 
 int main() {
-    const vrx::Key key(std::array<std::uint32_t, 8>{1, 2, 3, 4, 5, 6, 7, 8});  // a real key: vrx::Key::random()
-    const vrx::Iv iv;                                                          // a real vector: vrx::Iv::random()
+    const vrx::Key key(std::array<std::uint32_t, 8>{1, 2, 3, 4, 5, 6, 7, 8});  // in real use: vrx::Key::random()
+    const vrx::Iv iv;                                                          // in real use: vrx::Iv::random()
     std::uint8_t text[64];
     std::size_t done = 0;
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The digest of what a file holds, read piece by piece: the file may be larger than the memory.
+// Hashes a file piece by piece, so that the file may be larger than memory.
 bool hash_file(const char *name, vrx::Digest &digest) {
     std::FILE *const file = std::fopen(name, "rb");
     if (file == nullptr) return false;

@@ -1,4 +1,4 @@
-// Reads a private key that another program encrypted with a password years ago (PKCS #8, PBES2).
+// Reads a private key that another program encrypted with a password (PKCS #8, PBES2).
 #include <algorithm>
 #include <cstdio>
 #include <string_view>
@@ -13,8 +13,8 @@ std::array<std::uint8_t, size> octets(std::string_view hex) {
     return result;
 }
 
-// What follows some octets in a DER encoding: enough for a form that one knows.
-vrx::Bytes behind(vrx::Bytes der, vrx::Bytes start) {
+// Returns what follows `start` in a DER encoding. Sufficient for a known layout; it is not a DER parser.
+vrx::Bytes after(vrx::Bytes der, vrx::Bytes start) {
     const auto at = std::search(der.begin(), der.end(), start.begin(), start.end());
     return der.subspan(std::min(der.size(), static_cast<std::size_t>(at - der.begin()) + start.size()));
 }
@@ -34,17 +34,17 @@ int main() {
     const auto key = vrx::pbkdf2(vrx::bytes_of(password), salt, iterations, vrx::oid::hash_cryptopro);
     if (!key || !vrx::decrypt(*key, iv, key_info, key_info, *vrx::cipher_set(1))) return 1;
 
-    // PrivateKeyInfo: behind the algorithm's identifier stand its parameters, a SEQUENCE that begins with the curve's.
+    // PrivateKeyInfo: the algorithm identifier is followed by its parameters, a SEQUENCE that begins with the curve's.
     const auto algorithm = octets<10>("06062a85030202133012");
-    const vrx::Bytes parameters = behind(key_info, algorithm);
+    const vrx::Bytes parameters = after(key_info, algorithm);
     const vrx::Curve *curve = nullptr;
     if (parameters.size() > VRX_ECC_OID_SIZE) curve = vrx::find_curve(parameters.first(VRX_ECC_OID_SIZE));
     if (curve == nullptr) {
-        std::fputs("legacy_key: the password is wrong, or the curve is unknown\n", stderr);
+        std::fputs("legacy_key: invalid password, or unknown curve\n", stderr);
         return 1;
     }
-    // The number is an OCTET STRING at the end, least significant octet first. Where it is an INTEGER (tag 02), as in
-    // some files, it comes last: reverse the octets then.
+    // The private key is an OCTET STRING at the end, least significant octet first. Some files hold an INTEGER (tag 02)
+    // instead: reverse its octets.
     const auto own = vrx::PrivateKey::from_octets(vrx::Bytes(key_info).last(32), *curve);
     if (!own) return 1;
     const auto public_key = own->public_key();

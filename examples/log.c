@@ -1,4 +1,4 @@
-/* Shows what the library says when calls fail: into memory here; a file or stderr serve as well. */
+/* Shows what the library logs when calls fail. This program logs to memory; a file or stderr works as well. */
 #define _POSIX_C_SOURCE 200809L
 #include <stdio.h>
 #include <stdlib.h>
@@ -10,26 +10,26 @@ int main(void) {
     char *said = NULL;
     size_t size = 0;
 
-    /* vrx_set_log_file("library.log") appends to a file; this is for a stream of the program's own. */
+    /* A stream of the program. vrx_set_log_file("library.log") would append to a file instead. */
     vrxflog = open_memstream(&said, &size);
     if (vrxflog == NULL) return 1;
 
-    /* 20 bytes are no whole blocks. */
+    /* 20 bytes are not a multiple of the block size. */
     vrx_data in = {sizeof bytes, bytes}, out = {sizeof bytes, bytes};
     int rc = VRX_Gost_SS_m(TZ_by_name("tz_a"), &in, &out, key, 1);
     printf("VRX_Gost_SS_m: %d\n", rc);
 
-    /* There is no such table. */
+    /* No table has this name. */
     printf("TZ_by_name: %s\n", TZ_by_name("tz_z") == NULL ? "NULL" : "a table");
 
-    /* A failure inside of another function is told by both. */
+    /* If an inner function fails, both functions log a line. */
     static const uint8_t unknown[] = {0x06, 0x01, 0x2a};
     uint8_t digest[VRX_HASH_SIZE];
     rc = GOSTR3411_Transform(unknown, sizeof unknown, bytes, sizeof bytes, digest);
     printf("GOSTR3411_Transform: %d\n", rc);
 
     fclose(vrxflog);
-    vrxflog = NULL; /* and the log is off again */
+    vrxflog = NULL; /* switches the log off */
     printf("the log:\n%s", said);
     free(said);
     return 0;

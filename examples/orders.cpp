@@ -1,18 +1,18 @@
-// The same key and signature in the orders of others, turned into those of this library.
+// Converts a key, a digest and a signature from the byte orders of other libraries.
 #include <algorithm>
 #include <cstdio>
 #include <vrx.hpp>
 
 namespace {
 
-// A number with its most significant octet first, as an INTEGER, from its least significant one, or the reverse.
+// Converts between least significant octet first and most significant octet first.
 template <typename Octets>
 Octets reversed(Octets octets) {
     std::ranges::reverse(octets);
     return octets;
 }
 
-// Signatures as two numbers r | s, most significant octet first, are s | r here.
+// Converts r | s, as other libraries store signatures, into s | r.
 vrx::Signature swapped(vrx::Signature signature) {
     std::ranges::swap_ranges(vrx::MutableBytes(signature).first(32), vrx::MutableBytes(signature).last(32));
     return signature;
@@ -21,7 +21,7 @@ vrx::Signature swapped(vrx::Signature signature) {
 }  // namespace
 
 int main() {
-    // RFC 4491, section 4.2, as a program prints it that takes everything for numbers.
+    // The example of RFC 4491, section 4.2, as numbers: most significant octet first.
     const auto d = vrx::PrivateKeyOctets::from_hex("0b293be050d0082bdae785631a6bab68f35b42786d6dda56afaf169891040f77");
     const auto hash = vrx::Digest::from_hex("f0874fbb3946f299a22aab3919c31426c5db236c4258ea9496e97429ea670ece");
     const auto r_and_s = vrx::Signature::from_hex(
@@ -33,8 +33,8 @@ int main() {
     if (!key) return 1;
     const auto public_key = key->public_key();
     if (!public_key) return 1;
-    const bool right = vrx::verify(*public_key, reversed(*hash), swapped(*r_and_s));
-    std::printf("public key %s\nthe signature is %s\n", vrx::to_hex(public_key->octets()).c_str(),
-                right ? "right" : "wrong");
-    return right ? 0 : 1;
+    const bool valid = vrx::verify(*public_key, reversed(*hash), swapped(*r_and_s));
+    std::printf("public key: %s\nsignature: %s\n", vrx::to_hex(public_key->octets()).c_str(),
+                valid ? "valid" : "NOT valid");
+    return valid ? 0 : 1;
 }

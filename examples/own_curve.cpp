@@ -8,7 +8,7 @@ namespace mp = vrx::mp;
 
 // Numbers as standards print them: hexadecimal, most significant digit first.
 vrx::Curve own_curve() {
-    vrx::Curve curve{};  // without a table of multiples, so any a will do
+    vrx::Curve curve{};  // no table of multiples, so a need not be p - 3
     mp::from_hex(curve.p, "fffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffd97");
     mp::from_hex(curve.a, "c2173f1513981673af4892c23035a27ce25e2013bf95aa33b22c656f277e7335");
     mp::from_hex(curve.b, "295f9bae7428ed9ccc20e7c359a9d41a22fccd9108e17bf7ba9337a6f8ae9513");
@@ -21,14 +21,14 @@ vrx::Curve own_curve() {
 }  // namespace
 
 int main() {
-    const vrx::Curve curve = own_curve();  // it has to outlive its keys
+    const vrx::Curve curve = own_curve();  // must outlive every key that uses it
     const vrx::Point base(curve.G);
     if (!base.is_on(curve) || !vrx::multiply(vrx::Scalar(curve.q), base, curve).is_infinite()) {
-        std::fputs("own_curve: these numbers are no curve with a base point of order q\n", stderr);
+        std::fputs("own_curve: these numbers do not define a curve with a base point of order q\n", stderr);
         return 1;
     }
 
-    // A published example: RFC 9215, appendix D.2.1. The digest is made with another hash; any 32 bytes can be signed.
+    // A published example: RFC 9215, appendix D.2.1. Its digest comes from another hash; any 32 bytes can be signed.
     EcPoint point{};
     mp::from_hex(point.x, "99c3df265ea59350640ba69d1de04418af3fea03ec0f85f2dd84e8bed4952774");
     mp::from_hex(point.y, "e218631a69c47c122e2d516da1c09e6bd19344d94389d1f16c0c4d4dcf96f578");
@@ -38,13 +38,13 @@ int main() {
         "1bdc2a1317679b66232f63ea16ff7c64ccaab9ad855fc6e18091661db79d4812"    // s
         "1d0e1da5be347c6f1b5256c7aeac200ad64ac77a6f5b3a0e097318e7ae6ee769");  // r
     if (!key || !digest || !signature) return 1;
-    std::printf("the published signature is %s\n", vrx::verify(*key, *digest, *signature) ? "right" : "wrong");
+    std::printf("published signature: %s\n", vrx::verify(*key, *digest, *signature) ? "valid" : "NOT valid");
 
     const auto own = vrx::PrivateKey::generate(curve);
     if (!own) return 1;
     const auto made = vrx::sign(*own, *digest);
     const auto other = own->public_key();
     if (!made || !other) return 1;
-    std::printf("one of our own is %s\n", vrx::verify(*other, *digest, *made) ? "right" : "wrong");
+    std::printf("our own signature: %s\n", vrx::verify(*other, *digest, *made) ? "valid" : "NOT valid");
     return 0;
 }

@@ -1,10 +1,10 @@
-/* Encrypts one block under S-boxes of the user's own, given as a text of 128 characters. */
+/* Encrypts one block with custom S-boxes, given as a text of 128 characters. */
 #include <stdio.h>
 #include <vrx.h>
 
 int main(void) {
-    /* Two characters for a byte, the low nibble first: eight outputs, of S-boxes 0 to 7, for each of the inputs 0
-     * to 15. These are the S-boxes of RFC 7836 (id-tc26-gost-28147-param-Z), which are not built in. */
+    /* For each input 0 to 15, the outputs of S-boxes 0 to 7, one hexadecimal digit each. These are the S-boxes of
+     * RFC 7836 (id-tc26-gost-28147-param-Z), which are not built in. */
     static const char sboxes[] =
         "C6BC75814838FDE762525F2E2381A65D"
         "A92D89605AF41295B5AF6C189CD6DAC3"

@@ -1,4 +1,4 @@
-/* Makes a key pair, signs a letter and verifies the signature. */
+/* Generates a key pair, signs a letter and verifies the signature. */
 #define _DEFAULT_SOURCE
 #include <stdio.h>
 #include <string.h>
@@ -9,7 +9,7 @@ static int hash_letter(const char *letter, uint32_t digest[VRX_ECC_DIGEST_WORDS]
     uint8_t bytes[VRX_HASH_SIZE];
     int rc = GOSTR3411_Transform_ex(get_GOSTR3411_default_par()->tz, (const uint8_t *)letter, (uint32_t)strlen(letter),
                                     bytes);
-    memcpy(digest, bytes, sizeof bytes); /* as they lie in memory */
+    memcpy(digest, bytes, sizeof bytes); /* the bytes in memory order */
     return rc;
 }
 
@@ -31,7 +31,7 @@ int main(void) {
         return 1;
     }
 
-    /* The other end: first of all, is the key on the curve? */
+    /* The recipient first checks that the key is on the curve. */
     if (ecCheckPublicKey(set, &key) != VRX_OK || ecLoadSignValue(octets, &signature) != VRX_OK) return 1;
     printf("Meet me at noon. %s\n", ecVerify(set, digest, &key, &signature) == VRX_OK ? "genuine" : "FORGED");
     if (hash_letter("Meet me at nine.", digest) != VRX_OK) return 1;

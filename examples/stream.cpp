@@ -1,4 +1,4 @@
-// Encrypts a file piece by piece, with a MAC behind it, and decrypts it again. Usage: stream FILE
+// Encrypts a file piece by piece, appends a MAC, and decrypts the result. Usage: stream FILE
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -10,7 +10,7 @@ constexpr std::size_t mac_size = vrx::MacValue::extent;
 
 bool write(vrx::Bytes bytes, std::FILE *to) { return std::fwrite(bytes.data(), 1, bytes.size(), to) == bytes.size(); }
 
-// The vector, then the ciphertext, then the MAC of both: who changes anything is found out. Two keys for two purposes.
+// Writes the IV, the ciphertext, and the MAC of both, which detects every change. Encryption and MAC use separate keys.
 bool encrypt(std::FILE *from, std::FILE *to, const vrx::Key &key, const vrx::Key &mac_key) {
     const auto iv = vrx::Iv::random();
     if (!iv || !write(*iv, to)) return false;
@@ -26,7 +26,7 @@ bool encrypt(std::FILE *from, std::FILE *to, const vrx::Key &key, const vrx::Key
     return std::ferror(from) == 0 && cipher.finish() && tag && write(*tag, to);
 }
 
-// What was decrypted is not to be used before this has returned true.
+// Returns whether the MAC is valid. Do not use any plaintext until this has returned true.
 bool decrypt(std::FILE *from, std::FILE *to, const vrx::Key &key, const vrx::Key &mac_key) {
     vrx::Iv iv;
     if (std::fread(iv.data(), 1, iv.size(), from) != iv.size()) return false;
@@ -34,7 +34,7 @@ bool decrypt(std::FILE *from, std::FILE *to, const vrx::Key &key, const vrx::Key
     vrx::Mac mac(mac_key);
     if (!mac.update(iv)) return false;
     std::uint8_t piece[4096];
-    std::size_t held = 0;  // the last bytes may be the MAC
+    std::size_t held = 0;  // bytes kept back: the last 8 of the file are the MAC
     while (const std::size_t got = std::fread(piece + held, 1, sizeof piece - held, from)) {
         const std::size_t there = held + got;
         const vrx::MutableBytes text(piece, there - std::min(there, mac_size));
@@ -56,20 +56,20 @@ int main(int argc, char **argv) {
     const auto key = vrx::Key::random();
     const auto mac_key = vrx::Key::random();
     if (plain == nullptr || secret == nullptr || again == nullptr || !key || !mac_key) {
-        std::fputs("stream: cannot open the files, or there is no randomness\n", stderr);
+        std::fputs("stream: cannot open the files, or no random numbers are available\n", stderr);
         return 2;
     }
     if (!encrypt(plain, secret, *key, *mac_key)) return 1;
-    std::printf("%ld bytes are %ld bytes, encrypted\n", std::ftell(plain), std::ftell(secret));
+    std::printf("%ld bytes of plaintext, %ld bytes encrypted\n", std::ftell(plain), std::ftell(secret));
 
     std::rewind(secret);
-    std::puts(decrypt(secret, again, *key, *mac_key) ? "decrypted, and nobody changed it" : "it was changed");
+    std::puts(decrypt(secret, again, *key, *mac_key) ? "decrypted, the MAC is valid" : "the MAC is NOT valid");
     std::fseek(secret, 10, SEEK_SET);
     const int byte = std::fgetc(secret);
     std::fseek(secret, 10, SEEK_SET);
     std::fputc(byte ^ 1, secret);
     std::rewind(secret);
     std::rewind(again);
-    std::puts(decrypt(secret, again, *key, *mac_key) ? "decrypted, and nobody changed it" : "it was changed");
+    std::puts(decrypt(secret, again, *key, *mac_key) ? "decrypted, the MAC is valid" : "the MAC is NOT valid");
     return 0;
 }

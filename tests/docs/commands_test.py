@@ -1,0 +1,66 @@
+#!/usr/bin/env python3
+"""Every command in the console blocks prints what the page shows. Usage: commands_test.py PROJECT PROGRAM
+
+The manual, docs/vrx.md, has a test of its own in tests/app. A page that uses OpenSSL's GOST engine is skipped where the
+engine is not installed.
+"""
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+from pages import PAGES, PROJECT, blocks, commands, name_of, text_of
+
+PROGRAM = Path(sys.argv[2])
+
+
+def has_engine():
+    done = subprocess.run(["openssl", "engine", "gost"], capture_output=True, check=False) if shutil.which("openssl") else None
+    return done is not None and done.returncode == 0
+
+
+class Commands(unittest.TestCase):
+    def test_console_blocks(self):
+        pages = [page for page in PAGES if page.name != "vrx.md" and commands(text_of(page))]
+        self.assertGreater(len(pages), 1)
+        environment = {**os.environ, "PATH": f"{PROGRAM.parent}:{os.environ['PATH']}", "LC_ALL": "C.UTF-8"}
+        for page in pages:
+            with self.subTest(name_of(page)):
+                if any("-engine gost" in command for command, _ in commands(text_of(page))) and not has_engine():
+                    self.skipTest("OpenSSL's GOST engine is not installed")
+                folder = Path(tempfile.mkdtemp(prefix="vrx-docs-"))
+                self.addCleanup(shutil.rmtree, folder)
+                for command, expected in commands(text_of(page)):
+                    done = subprocess.run(["bash", "-c", "set -o pipefail; umask 022; " + command], cwd=folder,
+                                          env=environment, text=True, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                          stderr=subprocess.STDOUT, check=False)
+                    said = re.sub(r'^Engine "gost" set\.\n', "", done.stdout, flags=re.M)
+                    self.assertEqual(said, expected, f"{name_of(page)}: {command}")
+
+    def test_developers_commands_exist(self):
+        known = set(re.findall(r"^  (\w[\w-]*)", subprocess.run([PROJECT / "dev", "help"], capture_output=True, text=True,
+                                                               check=True).stdout, re.M))
+        self.assertIn("build", known)
+        for page in PAGES:
+            for used in re.findall(r"\./dev ([a-z][\w-]*)", text_of(page)):
+                self.assertIn(used, known, name_of(page))
+
+    def test_commands_and_options_in_the_text_exist(self):
+        """`vrx COMMAND --option` anywhere in the text names what the program has."""
+        helps = {}
+        for page in PAGES:
+            for command, rest in re.findall(r"`vrx ([a-z]\w*)\b([^`]*)`", text_of(page)):
+                if command not in helps:
+                    done = subprocess.run([PROGRAM, "help", command], capture_output=True, text=True, check=False)
+                    self.assertEqual(done.returncode, 0, f"{name_of(page)}: vrx {command}")
+                    helps[command] = done.stdout
+                for option in re.findall(r"(?<!\S)--[a-z][\w-]*", rest):
+                    self.assertIn(option, helps[command], f"{name_of(page)}: vrx {command}{rest}")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
