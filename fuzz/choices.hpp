@@ -22,7 +22,7 @@ inline test::Random choices(const std::uint8_t* data, std::size_t size) {
 /** From here on the cipher runs over one of the engines that this processor offers. */
 inline void choose_engine(test::Random& random) {
     const gost28147::Engine& wanted = gost28147::engines[random.below(gost28147::engines.size())];
-    gost28147::use((cpu::features() & wanted.needs) == wanted.needs ? wanted : gost28147::engines.back());
+    gost28147::choice.use(vrx::cpu::offers(wanted.needs) ? wanted : gost28147::engines.back());
 }
 
 }  // namespace vrx::fuzz

@@ -218,7 +218,7 @@ void check_lanes(Input& input, const LaneOperations& operations) {
         "multiples in lanes");
 }
 
-bool runs(const Engine& engine) { return (vrx::cpu::features() & engine.needs) == engine.needs; }
+bool runs(const Engine& engine) { return vrx::cpu::offers(engine.needs); }
 
 EcPoint record(const AffinePoint& p) {
     EcPoint r{};

@@ -12,7 +12,7 @@
 
 #include "chart.hpp"
 #include "commands/commands.hpp"
-#include "engines.hpp"
+#include "frame/engines.hpp"
 #include "io/files.hpp"
 #include "io/text.hpp"
 #include "keys/keys.hpp"
@@ -214,11 +214,11 @@ std::string processor() {
 std::string engines_here() {
     const std::uint32_t features = cpu::features();
     std::string text;
-    for (const EngineFamily& family : engine_families)
+    for (const cpu::EngineFamily& family : cpu::engine_families)
         text.append(text.empty() ? "" : ", ")
             .append(family.name)
             .append(" ")
-            .append(best_engine(family.engines, features).name);
+            .append(cpu::best_of(family.engines, features).name);
     return text;
 }
 
@@ -226,8 +226,8 @@ std::string engines_here() {
 std::string explained_engines() {
     const std::uint32_t features = cpu::features();
     std::string text;
-    for (const EngineFamily& family : engine_families) {
-        const Engine& engine = best_engine(family.engines, features);
+    for (const cpu::EngineFamily& family : cpu::engine_families) {
+        const cpu::EngineInfo& engine = cpu::best_of(family.engines, features);
         std::string name = family.name;
         name.resize(9, ' ');
         text.append(text.empty() ? "Engines:   " : "           ").append(name).append(engine.name);

@@ -43,7 +43,8 @@ const vrx_data hash_oid{VRX_PAR_OID_SIZE, const_cast<std::uint8_t*>(VRX_PAR_HASH
 
 /** Covers nothing: all is left to the general methods. */
 constexpr Engine engine_none = {
-    "none", vrx::cpu::baseline, [](CurveId, const Words&, AffinePoint&) { return false; },
+    {"none"},
+    [](CurveId, const Words&, AffinePoint&) { return false; },
     [](CurveId, const Words&, const AffinePoint&, AffinePoint&) { return false; },
     [](CurveId, const Words&, const Words&, const AffinePoint&, const Words&) { return Answer::not_covered; }};
 
@@ -53,12 +54,11 @@ std::string version(const Engine& engine) { return std::string("vrx-") + engine.
 template <typename Operation>
 void engine_row(const char* operation_name, const Engine& engine, const char* curve, Operation operation) {
     const std::string name = operation_name + ("/" + version(engine)) + "/" + curve;
-    if ((vrx::cpu::features() & engine.needs) != engine.needs)
-        return missing_row(name, "does not run on this processor");
+    if (!vrx::cpu::offers(engine.needs)) return missing_row(name, "does not run on this processor");
     benchmark::RegisterBenchmark(name.c_str(), [operation, &engine](benchmark::State& state) {
-        force_engine(&engine);
+        choice.use(engine);
         measure(state, operation);
-        force_engine(nullptr);
+        choice.forget();
     })->Unit(benchmark::kMicrosecond);
 }
 

@@ -80,7 +80,7 @@ struct Buffers {
 };
 
 void measure(benchmark::State& state, const Mode& mode, const Engine& engine, const vrx_tz* table, std::size_t size) {
-    vrx::gost28147::use(engine);
+    vrx::gost28147::choice.use(engine);
     Buffers b(size);
     const Job baseline = [&] {
         mode.baseline({table, key, b.other_reg, b.in.data(), b.expected.data(), size / VRX_BLOCK_SIZE});
@@ -98,7 +98,7 @@ void measure(benchmark::State& state, const Mode& mode, const Engine& engine, co
 /** A context with key meshing, fed with the buffer again and again. */
 void measure_meshed(benchmark::State& state, const Mode& mode, std::uint32_t number, const Engine& engine,
                     std::size_t size) {
-    vrx::gost28147::use(engine);
+    vrx::gost28147::choice.use(engine);
     Buffers b(size);
     const vrx_tz* const table = table_of("own");
     vrx_crpt_ctx ctx;
@@ -127,7 +127,7 @@ const bool registered = [] {
     using vrx::gost28147::engines;
     bench::describe(vrx::gost28147::engine().name);
     for (const Engine& engine : engines) {
-        if ((vrx::cpu::features() & engine.needs) != engine.needs) continue;
+        if (!vrx::cpu::offers(engine.needs)) continue;
         const auto row = [&](const Mode& mode, const char* kind, std::size_t size) {
             bench::add(
                 std::string("modes/") + mode.name + '/' + engine.name + '/' + kind + '/' + std::to_string(size),

@@ -91,12 +91,12 @@ std::vector<std::size_t> sizes(const std::string& work) {
 const bool registered = [] {
     bench::describe(vrx::gostr3411::engine().name);
     for (const Engine& engine : vrx::gostr3411::engines) {
-        if ((vrx::cpu::features() & engine.needs) != engine.needs) continue;
+        if (!vrx::cpu::offers(engine.needs)) continue;
         const auto add = [&](const std::string& work, const std::string& kind, const Function& run) {
             for (const std::size_t size : sizes(work)) {
                 const std::string name = work + '/' + engine.name + '/' + kind + std::to_string(size);
                 const auto row = [&engine, work, run, size](benchmark::State& state) {
-                    vrx::gostr3411::use(engine);
+                    vrx::gostr3411::choice.use(engine);
                     measure(state, work, run, size);
                 };
                 bench::add(name, row, bench::samples(size));

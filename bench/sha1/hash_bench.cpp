@@ -72,8 +72,8 @@ void compression(benchmark::State& state, vrx::sha1::Compress compress) {
 void sizes(benchmark::internal::Benchmark* row) { row->Arg(64)->Arg(1024)->Arg(16384)->Arg(1 << 20); }
 
 [[maybe_unused]] const bool rows = [] {
-    for (const vrx::sha1::Implementation& variant : vrx::sha1::implementations)
-        if ((vrx::cpu::features() & variant.needs) == variant.needs)
+    for (const vrx::sha1::Engine& variant : vrx::sha1::engines)
+        if (vrx::cpu::offers(variant.needs))
             benchmark::RegisterBenchmark(("sha1/compress/" + std::string(variant.name)).c_str(), compression,
                                          variant.run);
     return true;

@@ -262,8 +262,6 @@ void compare(Bytes secret) {
     }
 }
 
-bool runs_here(std::uint32_t needs) { return (vrx::cpu::features() & needs) == needs; }
-
 const EcParamSet& set_a = *get_GOSTR3410_par(1);
 const EcParamSet& set_c = *get_GOSTR3410_par(3);
 
@@ -283,8 +281,8 @@ std::vector<Function> curve_functions() {
     static const EcPoint peer_a = peer_on(set_a);
     static const EcPoint peer_c = peer_on(set_c);
     for (const auto* engine : vrx::field::engines) {
-        if (!runs_here(engine->needs)) continue;
-        const auto choose = [engine] { vrx::field::force_engine(engine); };
+        if (!vrx::cpu::offers(engine->needs)) continue;
+        const auto choose = [engine] { vrx::field::choice.use(*engine); };
         for (const EcParamSet* set : {&set_a, &set_c}) {
             const EcPoint* peer = set == &set_a ? &peer_a : &peer_c;
             const std::string on = set == &set_a ? " on A" : " on C";
@@ -297,7 +295,7 @@ std::vector<Function> curve_functions() {
             add("epMult, any point", [set, peer](Bytes b) { multiply(*set, *peer, b); });
         }
     }
-    const auto general = [] { vrx::field::force_engine(nullptr); };
+    const auto general = [] { vrx::field::choice.forget(); };
     all.push_back({"ecSign, nonce, own set", "general", Documented::dependent, size, 1, general,
                    [](Bytes b) { sign_with_nonce(own_set(), b); }});
     all.push_back({"epMult, own set", "general", Documented::leak, size, 1, general,
@@ -308,11 +306,11 @@ std::vector<Function> curve_functions() {
 std::vector<Function> cipher_functions() {
     std::vector<Function> all;
     for (const auto& engine : vrx::gost28147::engines) {
-        if (!runs_here(engine.needs)) continue;
+        if (!vrx::cpu::offers(engine.needs)) continue;
         const bool look_ups = &engine == &vrx::gost28147::engines.back();
         const auto add = [&](const char* name, const std::function<void(Bytes)>& run, bool independent) {
             all.push_back({name, engine.name, independent ? Documented::independent : Documented::dependent,
-                           cipher_secret, 0, [&engine] { vrx::gost28147::use(engine); }, run});
+                           cipher_secret, 0, [&engine] { vrx::gost28147::choice.use(engine); }, run});
         };
         add(
             "ECB, 64 blocks", [](Bytes b) { encrypt(VRX_MODE_SS, 1, true, b); }, !look_ups);
@@ -333,13 +331,13 @@ std::vector<Function> hash_functions() {
     std::vector<Function> all;
     static const EcPoint peer = peer_on(set_a);
     for (const auto& engine : vrx::gostr3411::engines) {
-        if (!runs_here(engine.needs)) continue;
+        if (!vrx::cpu::offers(engine.needs)) continue;
         const auto documented =
             &engine == &vrx::gostr3411::engines.front() ? Documented::independent : Documented::dependent;
         const auto add = [&](const char* name, std::size_t size, const std::function<void(Bytes)>& run) {
             const auto choose = [&engine] {
-                vrx::gostr3411::use(engine);
-                vrx::field::force_engine(nullptr);
+                vrx::gostr3411::choice.use(engine);
+                vrx::field::choice.forget();
             };
             all.push_back({name, engine.name, documented, size, 1, choose, run});
         };

@@ -20,7 +20,7 @@ namespace {
 
 const bool registered = [] {
     for (const vrx::tz::Deployment& d : vrx::tz::deployments) {
-        if ((vrx::cpu::features() & d.needs) != d.needs) continue;
+        if (!vrx::cpu::offers(d.needs)) continue;
         bench::add(std::string("deploy/") + d.name, [&d](benchmark::State& state) {
             std::uint8_t num[VRX_NUM_TZ_SIZE];
             for (unsigned i = 0; i < sizeof num; ++i) num[i] = static_cast<std::uint8_t>(i * 167);

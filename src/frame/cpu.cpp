@@ -32,8 +32,7 @@ constexpr std::array flags = {
     Flag{adx, 7, ebx, 19, sse_state},           Flag{avx2, 7, ebx, 5, avx_state},
     Flag{avx512f, 7, ebx, 16, avx512_state},    Flag{avx512bw, 7, ebx, 30, avx512_state},
     Flag{avx512vl, 7, ebx, 31, avx512_state},   Flag{avx512vbmi, 7, ecx, 1, avx512_state},
-    Flag{avx512vbmi2, 7, ecx, 6, avx512_state}, Flag{avx512ifma, 7, ebx, 21, avx512_state},
-    Flag{bmi1, 7, ebx, 3, sse_state},
+    Flag{avx512ifma, 7, ebx, 21, avx512_state}, Flag{bmi1, 7, ebx, 3, sse_state},
 };
 
 constexpr unsigned osxsave = 1U << 27;  // leaf 1, ecx: XCR0 can be read
@@ -51,10 +50,10 @@ bool is_amd(const Leaf& leaf0) {
     return std::memcmp(vendor, "AuthenticAMD", sizeof vendor) == 0;
 }
 
-/** What is no instruction: prompt_vectors and large_l1. */
+/** Traits that are not instruction sets: single_cycle_simd and large_l1. */
 std::uint32_t traits(const Answers& a) {
     const unsigned family = (a.leaf1.eax >> 8 & 15) + (a.leaf1.eax >> 20 & 255);
-    std::uint32_t found = is_amd(a.leaf0) && family >= 0x1a ? baseline : prompt_vectors;
+    std::uint32_t found = is_amd(a.leaf0) && family >= 0x1a ? baseline : single_cycle_simd;
     const unsigned lines = a.cache.ebx;
     const unsigned sets = a.cache.ecx;
     const std::uint64_t size =

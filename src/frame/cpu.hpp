@@ -3,8 +3,8 @@
 #define VRX_FRAME_CPU_HPP
 
 #include <cstdint>
-#include <functional>
 #include <iterator>
+#include <type_traits>
 
 namespace vrx::cpu {
 
@@ -20,13 +20,19 @@ inline constexpr std::uint32_t avx512f = 1U << 6;
 inline constexpr std::uint32_t avx512bw = 1U << 7;
 inline constexpr std::uint32_t avx512vl = 1U << 8;
 inline constexpr std::uint32_t avx512vbmi = 1U << 9;
-inline constexpr std::uint32_t avx512vbmi2 = 1U << 10;
-inline constexpr std::uint32_t avx512ifma = 1U << 11;
-inline constexpr std::uint32_t bmi1 = 1U << 12;
-/** Not an instruction: sums and shifts of vectors take one cycle. On AMD's processors from family 1Ah they take two. */
-inline constexpr std::uint32_t prompt_vectors = 1U << 13;
-/** Not an instruction either: the nearest cache for data has at least 48 KiB. */
-inline constexpr std::uint32_t large_l1 = 1U << 14;
+inline constexpr std::uint32_t avx512ifma = 1U << 10;
+inline constexpr std::uint32_t bmi1 = 1U << 11;
+/** Not an instruction: vector additions and shifts take one cycle. On AMD's processors from family 1Ah they take two.
+ */
+inline constexpr std::uint32_t single_cycle_simd = 1U << 12;
+/** Not an instruction either: the L1 data cache has at least 48 KiB. */
+inline constexpr std::uint32_t large_l1 = 1U << 13;
+
+// What the compiler may use in a region of frame/region_<name>.hpp. AVX-512 implies AVX2 for the compiler.
+inline constexpr std::uint32_t sha_region = sha | ssse3 | sse41;
+inline constexpr std::uint32_t avx2_region = avx2 | bmi1;
+inline constexpr std::uint32_t avx512_region = avx2_region | bmi2 | avx512f | avx512bw | avx512vl | avx512vbmi;
+inline constexpr std::uint32_t ifma_region = avx2 | bmi2 | avx512f | avx512vl | avx512ifma;
 
 /** What one question to the processor brings. */
 struct Leaf {
@@ -50,16 +56,24 @@ struct Answers {
  */
 [[nodiscard]] std::uint32_t features();
 
-/**
- * The first of a list that suits a processor with these features. The last of the list suits every processor.
- *
- * @param needs  what an entry of the list asks for: a member of it
- */
-template <typename List, typename Needs>
-[[nodiscard]] constexpr const auto& best_of(const List& list, Needs needs, std::uint32_t features) {
+/** This CPU offers all features of a set. As slow as features(). */
+[[nodiscard]] inline bool offers(std::uint32_t set) { return (set & ~features()) == 0; }
+
+/** An entry of a list of engines, or what it points to. */
+template <typename Entry>
+[[nodiscard]] constexpr const auto& engine_of(const Entry& entry) {
+    if constexpr (std::is_pointer_v<Entry>)
+        return *entry;
+    else
+        return entry;
+}
+
+/** The first engine of a list that suits a CPU with these features. The last engine of a list suits every CPU. */
+template <typename List>
+[[nodiscard]] constexpr const auto& best_of(const List& list, std::uint32_t features) {
     auto best = std::begin(list);
-    while ((std::invoke(needs, *best) & ~features) != 0) ++best;
-    return *best;
+    while ((engine_of(*best).suits() & ~features) != 0) ++best;
+    return engine_of(*best);
 }
 
 }  // namespace vrx::cpu

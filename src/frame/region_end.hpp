@@ -1,4 +1,4 @@
-// The end of a region that frame/region_avx2.hpp or frame/region_avx512.hpp began.
+// The end of a region that another frame/region_*.hpp began.
 #if defined(__clang__)
 #pragma clang attribute pop
 #else

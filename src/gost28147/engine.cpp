@@ -1,28 +1,11 @@
 #include "gost28147/engine.hpp"
 
-#include <atomic>
-
 #include "gost28147/meshing.hpp"
 #include "gost28147/plain.hpp"
 
 namespace vrx::gost28147 {
-namespace {
 
-constinit std::atomic<const Engine*> chosen{nullptr};
-
-}  // namespace
-
-const Engine& engine() noexcept {
-    // First call of the process. Racing threads store the same pointer, so relaxed order is enough.
-    const Engine* e = chosen.load(std::memory_order_relaxed);
-    if (e == nullptr) {
-        e = &cpu::best_of(engines, &Engine::needs, cpu::features());
-        chosen.store(e, std::memory_order_relaxed);
-    }
-    return *e;
-}
-
-void use(const Engine& other) noexcept { chosen.store(&other, std::memory_order_relaxed); }
+constinit cpu::Choice<engines> choice;
 
 Way sections_alone(Mode mode, const Run& run, std::uint32_t* key) noexcept {
     Way way = Way::lookups;

@@ -7,7 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frame/cpu.hpp"
+#include "frame/choice.hpp"
+#include "frame/engines.hpp"
 #include "frame/wipe.hpp"
 #include "gost28147/bulk.hpp"
 
@@ -53,9 +54,7 @@ enum class Way {
     byte_permutes  // permutes of the bytes of words
 };
 
-struct Engine {
-    const char* name;
-    std::uint32_t needs;
+struct Engine : cpu::EngineInfo {
     /** `out` is `in`, lies before it, or at least widest_step blocks behind it. */
     Way (*parallel)(Mode mode, const Run& run) noexcept;
     /** Sections of 128 blocks; before each, `key` and the register are meshed. `out` as above. */
@@ -76,20 +75,15 @@ Way sections_vbmi(Mode mode, const Run& run, std::uint32_t* key) noexcept;
 void chain_baseline(Chain mode, const Run& run) noexcept;
 void chain_bmi(Chain mode, const Run& run) noexcept;
 
-inline constexpr std::uint32_t vbmi_features =
-    cpu::avx512f | cpu::avx512bw | cpu::avx512vl | cpu::avx512vbmi | cpu::bmi1 | cpu::bmi2;
-
-/** Best first; the last one runs everywhere. */
 inline constexpr std::array<Engine, 3> engines{{
-    {"vbmi", vbmi_features, parallel_vbmi, sections_vbmi, chain_bmi},
-    {"avx2", cpu::avx2 | cpu::bmi1, parallel_avx2, sections_alone, chain_bmi},
-    {"baseline", cpu::baseline, parallel_lookups, sections_alone, chain_baseline},
+    {cpu::named(cpu::cipher_engines, "vbmi"), parallel_vbmi, sections_vbmi, chain_bmi},
+    {cpu::named(cpu::cipher_engines, "avx2"), parallel_avx2, sections_alone, chain_bmi},
+    {cpu::named(cpu::cipher_engines, "baseline"), parallel_lookups, sections_alone, chain_baseline},
 }};
 
-/** The one that runs: the best that this processor offers. */
-const Engine& engine() noexcept;
-/** For tests and benchmarks: run this one from now on. */
-void use(const Engine& other) noexcept;
+extern cpu::Choice<engines> choice;
+/** The engine that runs. */
+inline const Engine& engine() noexcept { return choice(); }
 
 /** The key words of eight rounds in the order of a pass and in the opposite order; four passes are the 32 rounds. */
 class Schedule {

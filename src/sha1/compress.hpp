@@ -6,7 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frame/cpu.hpp"
+#include "frame/choice.hpp"
+#include "frame/engines.hpp"
 
 namespace vrx::sha1 {
 
@@ -20,20 +21,22 @@ using Compress = void (*)(Digest& h, const std::uint8_t* data, std::size_t block
 void compress_sha_ni(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept;
 void compress_portable(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept;
 
-struct Implementation {
-    const char* name;
-    std::uint32_t needs;
+struct Engine : cpu::EngineInfo {
     Compress run;
 };
 
-// Best first; the last one runs everywhere. Tests and benchmarks walk the same list.
-inline constexpr std::array implementations = {
-    Implementation{"sha-ni", cpu::sha | cpu::ssse3 | cpu::sse41, compress_sha_ni},
-    Implementation{"portable", cpu::baseline, compress_portable},
-};
+inline constexpr std::array<Engine, 2> engines{{
+    {cpu::named(cpu::sha1_engines, "sha-ni"), compress_sha_ni},
+    {cpu::named(cpu::sha1_engines, "portable"), compress_portable},
+}};
 
-/** The best one for this processor, which the first call finds out. */
-void compress(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept;
+extern cpu::Choice<engines> choice;
+/** The engine that runs. */
+inline const Engine& engine() noexcept { return choice(); }
+
+inline void compress(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept {
+    engine().run(h, data, blocks);
+}
 
 }  // namespace vrx::sha1
 

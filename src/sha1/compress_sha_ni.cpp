@@ -2,6 +2,8 @@
 
 #include "sha1/compress.hpp"
 
+#include "frame/region_sha.hpp"
+
 namespace vrx::sha1 {
 namespace {
 
@@ -15,7 +17,7 @@ struct Working {
 
 /** Group g and those behind it. */
 template <int g>
-[[gnu::target("sha,sse4.1"), gnu::always_inline]] inline void groups(Working& x, __m128i e) {
+[[gnu::always_inline]] inline void groups(Working& x, __m128i e) {
     __m128i& w = x.w[g % 4];
     if constexpr (g >= 4)
         w = _mm_sha1msg2_epu32(_mm_xor_si128(_mm_sha1msg1_epu32(w, x.w[(g + 1) % 4]), x.w[(g + 2) % 4]),
@@ -28,7 +30,7 @@ template <int g>
 
 }  // namespace
 
-[[gnu::target("sha,sse4.1")]] void compress_sha_ni(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept {
+void compress_sha_ni(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept {
     const __m128i reversed = _mm_set_epi64x(0x0001020304050607, 0x08090a0b0c0d0e0f);
     __m128i abcd = _mm_shuffle_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(h.data())), 0x1b);
     __m128i e = _mm_set_epi32(static_cast<int>(h[4]), 0, 0, 0);
@@ -47,3 +49,5 @@ template <int g>
 }
 
 }  // namespace vrx::sha1
+
+#include "frame/region_end.hpp"

@@ -5,7 +5,8 @@
 
 #include <array>
 
-#include "frame/cpu.hpp"
+#include "frame/choice.hpp"
+#include "frame/engines.hpp"
 #include "tz/deploy.hpp"
 
 namespace vrx::tz {
@@ -52,21 +53,20 @@ void deploy_avx512(Numeric num, vrx_tz& out) noexcept;
 void deploy_avx2(Numeric num, vrx_tz& out) noexcept;
 void deploy_baseline(Numeric num, vrx_tz& out) noexcept;
 
-struct Deployment {
-    const char* name;
-    std::uint32_t needs;
+struct Deployment : cpu::EngineInfo {
     void (*run)(Numeric num, vrx_tz& out) noexcept;
 };
 
-/** Best first; the last one runs everywhere. */
 inline constexpr std::array<Deployment, 3> deployments{{
-    {"avx512", cpu::avx512f | cpu::avx512bw | cpu::avx512vl | cpu::avx512vbmi | cpu::bmi1 | cpu::bmi2, deploy_avx512},
-    {"avx2", cpu::avx2, deploy_avx2},
-    {"baseline", cpu::baseline, deploy_baseline},
+    {cpu::named(cpu::table_engines, "avx512"), deploy_avx512},
+    {cpu::named(cpu::table_engines, "avx2"), deploy_avx2},
+    {cpu::named(cpu::table_engines, "baseline"), deploy_baseline},
 }};
 
+extern cpu::Choice<deployments> choice;
+
 /** deploy() by the best of them. */
-void deploy_fast(Numeric num, vrx_tz& out) noexcept;
+inline void deploy_fast(Numeric num, vrx_tz& out) noexcept { choice().run(num, out); }
 
 /**
  * Reads the S-boxes out of a table; false where they do not expand to exactly its 1024 entries. The entries T[17i] of a

@@ -9,12 +9,12 @@
 using namespace vrx::test;
 
 int main(int argc, char** argv) {
-    const auto* engine = argc == 2 ? cipher_engine_named(argv[1]) : nullptr;
+    const auto* engine = argc == 2 ? offered_named(vrx::gost28147::engines, argv[1]) : nullptr;
     if (engine == nullptr) {
         std::fputs("usage: cipher_secrets ENGINE\n", stderr);
         return 2;
     }
-    vrx::gost28147::use(*engine);
+    vrx::gost28147::choice.use(*engine);
     static CipherSecrets secrets;
     const auto hide = [] { static_cast<void>(VALGRIND_MAKE_MEM_UNDEFINED(&secrets, sizeof secrets)); };
     const vrx_tz& built_in = *TZ_by_name("tz_a");

@@ -35,16 +35,16 @@ int main(int argc, char** argv) {
     const vrx_tz& built_in = *TZ_by_name("tz_a");
     const std::string_view name = argc == 2 ? argv[1] : "";
     if (name == "control") {
-        vrx::gost28147::use(*cipher_engine_named("baseline"));
+        vrx::gost28147::choice.use(vrx::gost28147::engines.back());
         const auto look_up = [&](CipherSecrets& s) { run_mode(parallel_modes.front(), built_in, s, 5); };
         return is_constant("look-ups", look_up) ? 1 : 0;
     }
-    const auto* engine = cipher_engine_named(name);
+    const auto* engine = offered_named(vrx::gost28147::engines, name);
     if (engine == nullptr) {
         std::fputs("this engine does not run here\n", stderr);
         return cannot_trace;
     }
-    vrx::gost28147::use(*engine);
+    vrx::gost28147::choice.use(*engine);
     const vrx_tz own = copy_of(built_in);
     bool constant = true;
     for (const vrx_tz* table : {&built_in, &own})

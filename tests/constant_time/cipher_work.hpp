@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "gost28147/engine.hpp"
+#include "support/offered.hpp"
 #include "vrx.h"
 
 namespace vrx::test {
@@ -39,12 +40,6 @@ inline vrx_tz copy_of(const vrx_tz& table) {
     vrx_tz copy;
     std::memcpy(&copy, &table, sizeof copy);
     return copy;
-}
-
-inline const gost28147::Engine* cipher_engine_named(std::string_view name) {
-    for (const gost28147::Engine& e : gost28147::engines)
-        if (e.name == name && (cpu::features() & e.needs) == e.needs) return &e;
-    return nullptr;
 }
 
 }  // namespace vrx::test

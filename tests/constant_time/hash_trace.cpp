@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "gostr3411/engine.hpp"
+#include "support/offered.hpp"
 #include "trace.hpp"
 #include "vrx.h"
 
@@ -35,12 +36,6 @@ bool is_constant(const char* what, const std::function<void(Secrets&)>& operatio
         }
     });
     return are_the_same(what, traces, runs - 1);
-}
-
-const Engine* engine_named(std::string_view name) {
-    for (const Engine& e : engines)
-        if (e.name == name && (vrx::cpu::features() & e.needs) == e.needs) return &e;
-    return nullptr;
 }
 
 std::uint8_t out[VRX_HASH_SIZE];
@@ -81,16 +76,16 @@ void sha1(Secrets& s) {
 int main(int argc, char** argv) {
     const std::string_view name = argc == 2 ? argv[1] : "";
     if (name == "control") {
-        use(*engine_named("baseline"));
+        vrx::gostr3411::choice.use(engines.back());
         return is_constant("look-ups", [](Secrets& s) { hash(TZ_3411_94[1], s); }) ? 1 : 0;
     }
     if (name == "sha1") return is_constant("SHA-1", sha1) ? 0 : 1;
-    const Engine* engine = engine_named(name);
+    const Engine* engine = vrx::test::offered_named(engines, name);
     if (engine == nullptr) {
         std::fputs("this engine does not run here\n", stderr);
         return cannot_trace;
     }
-    use(*engine);
+    vrx::gostr3411::choice.use(*engine);
     const vrx_tz own = TZ_3411_94[1];
     bool constant = true;
     for (const vrx_tz* table : {&TZ_3411_94[1], &own}) {

@@ -12,6 +12,7 @@
 #include "gost28147/engine.hpp"
 #include "gostr3411/engine.hpp"
 #include "sha1/compress.hpp"
+#include "support/offered.hpp"
 #include "vrx.h"
 
 namespace {
@@ -209,14 +210,12 @@ void compare() {
     if (digest[0] == 0x5a) std::puts("it begins with 5a");
 }
 
-template <typename Engines>
-auto engine_named(const Engines& engines, std::string_view name) -> decltype(&engines[0]) {
-    for (const auto& e : engines)
-        if (e.name == name) {
-            if ((vrx::cpu::features() & e.needs) != e.needs) std::exit(77);
-            return &e;
-        }
-    return nullptr;
+/** Runs an engine of a family from now on. Ends the program where that does not run here. */
+template <auto& choice>
+void run_engine(const auto& engines, std::string_view name) {
+    const auto* const engine = vrx::test::offered_named(engines, name);
+    if (engine == nullptr) std::exit(77);
+    choice.use(*engine);
 }
 
 }  // namespace
@@ -230,20 +229,17 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (family == "hash") {
-        if (const auto* engine = engine_named(vrx::gostr3411::engines, name)) {
-            vrx::gostr3411::use(*engine);
-            hash();
-            hmac();
-            derive();
-            sha1();
-            return 0;
-        }
-    } else if (family == "cipher") {
-        if (const auto* engine = engine_named(vrx::gost28147::engines, name)) {
-            vrx::gost28147::use(*engine);
-            cipher();
-            return 0;
-        }
+        run_engine<vrx::gostr3411::choice>(vrx::gostr3411::engines, name);
+        hash();
+        hmac();
+        derive();
+        sha1();
+        return 0;
+    }
+    if (family == "cipher") {
+        run_engine<vrx::gost28147::choice>(vrx::gost28147::engines, name);
+        cipher();
+        return 0;
     }
     std::fputs("usage: interface_secrets hash ENGINE | cipher ENGINE | numbers | branch\n", stderr);
     return 2;

@@ -4,7 +4,7 @@
 
 namespace {
 
-using Chosen = vrx::test::ChosenEngine<vrx::gost28147::engines, vrx::gost28147::use>;
+using Chosen = vrx::test::ChosenEngine<vrx::gost28147::choice, vrx::gost28147::engines>;
 [[maybe_unused]] const testing::Environment* const chosen =
     testing::AddGlobalTestEnvironment(new Chosen);  // GoogleTest deletes it
 

@@ -25,7 +25,7 @@ using vrx::test::Random;
 
 constexpr std::size_t block = VRX_BLOCK_SIZE;
 
-using With = vrx::test::WithEngine<engine, use, Engine>;
+using With = vrx::test::WithEngine<vrx::gost28147::choice>;
 
 /** The functions of the seam beside those that say what they mean. */
 struct Function {
@@ -70,11 +70,8 @@ private:
     alignas(64) std::uint32_t room_[1 + sizeof(vrx_tz) / 4];
 };
 
-class EveryEngine : public testing::TestWithParam<const Engine*> {
+class EveryEngine : public vrx::test::EachEngine<vrx::gost28147::choice> {
 protected:
-    void SetUp() override {
-        if (!offered(*GetParam())) GTEST_SKIP() << "this processor does not offer " << GetParam()->name;
-    }
     Random random_;
     Bytes key_bytes_ = random_.bytes(VRX_KEY_SIZE + 1);
     /** At an odd address. */
@@ -325,8 +322,7 @@ TEST_P(EveryEngine, nothing_beside_the_buffers_is_touched) {
         }
 }
 
-INSTANTIATE_TEST_SUITE_P(engines, EveryEngine, testing::Values(&engines[0], &engines[1], &engines[2]),
-                         [](const auto& param) { return std::string(param.param->name); });
+INSTANTIATE_TEST_SUITE_P(engines, EveryEngine, vrx::test::each_of(engines), vrx::test::engine_name);
 
 /** Which way an engine goes over so many blocks of a table. */
 Way way_of(const Engine& e, const vrx_tz& table, std::size_t blocks) {
@@ -351,20 +347,6 @@ TEST(Engine, each_goes_the_way_it_is_named_for) {
                 << e.name;
         }
         EXPECT_EQ(way_of(e, strange, 200), vbmi ? Way::byte_planes : Way::lookups) << e.name;
-    }
-}
-
-TEST(Engine, the_first_that_the_processor_offers_runs) {
-    const auto best = std::ranges::find_if(engines, offered<Engine>);
-    ASSERT_NE(best, engines.end());
-    EXPECT_STREQ(engine().name, best->name);
-    EXPECT_EQ(engines.back().needs, vrx::cpu::baseline);
-}
-
-TEST(Engine, what_use_sets_runs) {
-    for (const Engine& e : engines) {
-        const With with(e);
-        EXPECT_EQ(&engine(), &e);
     }
 }
 

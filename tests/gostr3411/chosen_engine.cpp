@@ -4,7 +4,7 @@
 
 namespace {
 
-using Chosen = vrx::test::ChosenEngine<vrx::gostr3411::engines, vrx::gostr3411::use>;
+using Chosen = vrx::test::ChosenEngine<vrx::gostr3411::choice, vrx::gostr3411::engines>;
 [[maybe_unused]] const testing::Environment* const chosen =
     testing::AddGlobalTestEnvironment(new Chosen);  // GoogleTest deletes it
 

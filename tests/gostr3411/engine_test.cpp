@@ -25,13 +25,10 @@ using vrx::test::Random;
 
 constexpr std::size_t block = VRX_HASH_BLOCK_SIZE;
 
-using With = vrx::test::WithEngine<engine, use, Engine>;
+using With = vrx::test::WithEngine<vrx::gostr3411::choice>;
 
-class EveryHashEngine : public testing::TestWithParam<const Engine*> {
+class EveryHashEngine : public vrx::test::EachEngine<vrx::gostr3411::choice> {
 protected:
-    void SetUp() override {
-        if (!offered(*GetParam())) GTEST_SKIP() << "this processor does not offer " << GetParam()->name;
-    }
     /** What `work` returns with the engine has to be what it returns with the step function for any processor. */
     template <typename Work>
     void expect_same(Work work) {
@@ -257,8 +254,7 @@ TEST(HashEngine, permutes_read_nothing_of_the_table) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(engines, EveryHashEngine, testing::Values(&engines[0], &engines[1], &engines[2], &engines[3]),
-                         [](const auto& param) { return std::string(param.param->name); });
+INSTANTIATE_TEST_SUITE_P(engines, EveryHashEngine, vrx::test::each_of(engines), vrx::test::engine_name);
 
 TEST(HashEngine, each_goes_the_way_it_is_named_for) {
     Random random;
@@ -281,22 +277,6 @@ TEST(HashEngine, each_goes_the_way_it_is_named_for) {
         EXPECT_EQ(Substitution(sound).way(), ways.sound) << name;
         EXPECT_EQ(Substitution(TZ_28147_89[0]).way(), ways.sound) << name;
         EXPECT_EQ(Substitution(strange).way(), ways.strange) << name;
-    }
-}
-
-TEST(HashEngine, the_first_that_suits_the_processor_runs) {
-    const std::uint32_t features = vrx::cpu::features();
-    const auto best = std::ranges::find_if(
-        engines, [&](const Engine& e) { return (features & (e.needs | e.wants)) == (e.needs | e.wants); });
-    ASSERT_NE(best, engines.end());
-    EXPECT_STREQ(engine().name, best->name);
-    EXPECT_EQ(engines.back().needs | engines.back().wants, vrx::cpu::baseline);
-}
-
-TEST(HashEngine, what_use_sets_runs) {
-    for (const Engine& e : engines) {
-        const With with(e);
-        EXPECT_EQ(&engine(), &e);
     }
 }
 

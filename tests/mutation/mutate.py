@@ -9,6 +9,7 @@ import collections
 import os
 import queue
 import random
+import re
 import resource
 import shutil
 import subprocess
@@ -42,15 +43,22 @@ def runs(*programs, engines=("",), filter="*"):
     return [Run(program, engine, filter) for program in programs for engine in engines]
 
 
-CIPHER = runs("kernel", "known_answers", "modes", "meshing", "context", engines=("", "avx2", "baseline")) + \
+def engines_of(family):
+    """The names of a family's engines, from the library's own list of them."""
+    text = (PROJECT / "src/frame/engines.hpp").read_text()
+    entries = re.search(rf" {family}_engines\[\] = {{\n(.*?)\n}};", text, re.S)[1]
+    return tuple(re.findall(r'^    {"([^"]+)"', entries, re.M))
+
+
+CIPHER = runs("kernel", "known_answers", "modes", "meshing", "context", engines=engines_of("cipher")) + \
     runs("engine")
-HASH = runs("gostr3411", engines=("vbmi", "avx2_wide", "avx2", "baseline"), filter="-*2_to_29*") + \
+HASH = runs("gostr3411", engines=engines_of("hash"), filter="-*2_to_29*") + \
     runs("gostr3411", filter="*2_to_29*") + runs("gostr3411_engine")
 SHA1 = runs("sha1", filter="-*2_to_32*") + runs("sha1", filter="*2_to_32*")
 NUMBERS = runs("bigdigits_arithmetic", "bigdigits_modular", "bigdigits_prime", "bigdigits_convert", "bigdigits_gmp",
                "bigdigits_wipe_O2") + runs("bigdigits_prime", filter="Seeding.*")
 CURVE_ENGINES = runs("ecc_field", "ecc_covered") + \
-    runs("ecc", engines=("ifma", "adx", "words", "none", "plain_lanes"), filter="-*wiping*")
+    runs("ecc", engines=(*engines_of("curve"), "none", "plain_lanes"), filter="-*wiping*")
 CURVES = CURVE_ENGINES + runs("ecc_sign", "ecc_toy") + runs("ecc_model", engines=("", "none"))
 
 # The tests of a folder, whichever way: the quickest run first. "engines" has a list of its own of what each needs.

@@ -1,4 +1,4 @@
-// Choosing engines of a family (cipher, hash) in tests, and tables that suit some of them only.
+// Suites and whole test programs over the engines of a family, and tables that suit some of the engines only.
 #ifndef VRX_TESTS_SUPPORT_ENGINES_HPP
 #define VRX_TESTS_SUPPORT_ENGINES_HPP
 
@@ -6,37 +6,38 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <vector>
 
-#include "frame/cpu.hpp"
+#include "support/offered.hpp"
 #include "support/random.hpp"
 #include "vrx.h"
 
 namespace vrx::test {
 
-/** This processor can run an engine. */
-template <typename Engine>
-bool offered(const Engine& e) {
-    return (cpu::features() & e.needs) == e.needs;
+/** A suite of tests with each engine of a family as the parameter. Those that do not run here are skipped. */
+template <auto& choice>
+class EachEngine : public testing::TestWithParam<const typename WithEngine<choice>::Engine*> {
+protected:
+    void SetUp() override {
+        if (!offered(*this->GetParam())) GTEST_SKIP() << "this CPU does not offer " << this->GetParam()->name;
+    }
+};
+/** The parameters of such a suite, and their names. */
+template <typename List>
+auto each_of(const List& engines) {
+    std::vector<decltype(&cpu::engine_of(*std::begin(engines)))> all;
+    for (const auto& e : engines) all.push_back(&cpu::engine_of(e));
+    return testing::ValuesIn(all);
 }
-
-/** Runs one engine of a family while it lives; current: the one that runs; use: what makes another one run. */
-template <auto current, auto use, typename Engine>
-class WithEngine {
-public:
-    explicit WithEngine(const Engine& e) : before_(current()) { use(e); }
-    ~WithEngine() { use(before_); }
-    WithEngine(const WithEngine&) = delete;
-    WithEngine& operator=(const WithEngine&) = delete;
-
-private:
-    const Engine& before_;
+inline constexpr auto engine_name = [](const auto& suite) {
+    std::string name = suite.param->name;
+    std::erase(name, '-');
+    return name;
 };
 
-/**
- * Lets a whole test program run over one engine: that which VRX_TEST_ENGINE names. engines: the list of a family; use:
- * what makes one of them run.
- */
-template <const auto& engines, auto use>
+/** Lets a whole test program run over one engine of a list: that which VRX_TEST_ENGINE names. */
+template <auto& choice, const auto& engines>
 class ChosenEngine : public testing::Environment {
 public:
     void SetUp() override {
@@ -44,8 +45,8 @@ public:
         if (name == nullptr) return;
         for (const auto& e : engines)
             if (std::strcmp(e.name, name) == 0) {
-                if (!offered(e)) GTEST_SKIP() << "this processor does not offer what " << name << " needs";
-                return use(e);
+                if (!offered(e)) GTEST_SKIP() << "this CPU does not offer what " << name << " needs";
+                return choice.use(e);
             }
         FAIL() << "no engine " << name;
     }

@@ -308,4 +308,28 @@ TEST(Log, failures_of_many_threads_are_whole_lines) {
     EXPECT_EQ(log.take(), expected);
 }
 
+/** The calls that choose engines. Nothing here may come after a call of one thread alone. */
+TEST(FirstCalls, of_all_families_may_race) {
+    const std::uint8_t num[VRX_NUM_TZ_SIZE] = {};
+    at_once([&num](unsigned) {
+        vrx_tz table{};
+        vrx_crpt_deploy_TZ(num, &table);
+        std::uint8_t data[VRX_BLOCK_SIZE] = {};
+        const std::uint32_t key[VRX_KEY_WORDS] = {};
+        const vrx_data in = {sizeof data, data};
+        std::uint8_t encrypted[VRX_BLOCK_SIZE];
+        vrx_data out = {sizeof encrypted, encrypted};
+        VRX_Gost_SS_m(&table, &in, &out, key, 1);
+        std::uint8_t digest[VRX_HASH_SIZE];
+        GOSTR3411_Transform_ex(&table, data, sizeof data, digest);
+        sha_context sha;
+        shaInit(&sha);
+        shaUpdate(&sha, data, sizeof data);
+        shaFinal(&sha, digest);
+        const EcParamSet& set = *get_GOSTR3410_par(0);
+        EcPoint point;
+        ecGeneratePublicKey(&set, set.G.x, &point);
+    });
+}
+
 }  // namespace

@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "frame/cpu.hpp"
+#include "support/engines.hpp"
 #include "support/random.hpp"
 #include "tz/sboxes.hpp"
 
@@ -14,12 +14,9 @@ namespace {
 
 using vrx::test::Random;
 
-bool offered(std::uint32_t needs) { return (vrx::cpu::features() & needs) == needs; }
-
 TEST(Deployment, every_variant_writes_what_the_rule_says_at_any_address) {
     Random random;
-    for (const vrx::tz::Deployment& d : vrx::tz::deployments) {
-        if (!offered(d.needs)) continue;
+    for (const vrx::tz::Deployment* d : vrx::test::offered_of(vrx::tz::deployments))
         for (int turn = 0; turn < 300; ++turn) {
             std::uint8_t num[VRX_NUM_TZ_SIZE];
             random.fill(num);
@@ -29,14 +26,13 @@ TEST(Deployment, every_variant_writes_what_the_rule_says_at_any_address) {
             alignas(64) std::uint32_t room[16 + sizeof(vrx_tz) / 4];
             auto* const got = static_cast<vrx_tz*>(static_cast<void*>(room + random.below(16)));
             std::memcpy(got, &before, sizeof before);
-            d.run(vrx::tz::Numeric(num), *got);
-            ASSERT_EQ(std::memcmp(got, &expected, sizeof expected), 0) << d.name;
+            d->run(vrx::tz::Numeric(num), *got);
+            ASSERT_EQ(std::memcmp(got, &expected, sizeof expected), 0) << d->name;
         }
-    }
 }
 
 TEST(Recovery, finds_the_s_boxes_of_a_table_and_refuses_any_other) {
-    if (!offered(vrx::cpu::avx2)) GTEST_SKIP() << "this processor does not offer avx2";
+    if (!vrx::cpu::offers(vrx::cpu::avx2_region)) GTEST_SKIP() << "this processor does not offer avx2";
     Random random;
     for (int turn = 0; turn < 300; ++turn) {
         std::uint8_t num[VRX_NUM_TZ_SIZE];

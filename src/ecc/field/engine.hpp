@@ -7,14 +7,12 @@
 #define VRX_ECC_FIELD_ENGINE_HPP
 
 #include "ecc/field/points.hpp"
-#include "frame/cpu.hpp"
+#include "frame/choice.hpp"
+#include "frame/engines.hpp"
 
 namespace vrx::field {
 
-struct Engine {
-    const char* name;
-    std::uint32_t needs;  ///< features of the processor
-
+struct Engine : cpu::EngineInfo {
     /** r = k G. False where the formulas do not cover k, and r is then nothing. */
     bool (*multiply_base)(CurveId curve, const Words& k, AffinePoint& r);
 
@@ -29,14 +27,11 @@ extern const Engine engine_ifma;
 extern const Engine engine_adx;
 extern const Engine engine_words;
 
-/** Best first; the last one runs everywhere. Tests and benchmarks walk the same list. */
 inline constexpr const Engine* engines[] = {&engine_ifma, &engine_adx, &engine_words};
 
-/** The engine in use: the first of the list that runs here, unless another is forced. */
-const Engine& engine();
-
-/** For tests and benchmarks: use this engine from now on, or the processor's best one again for nullptr. */
-void force_engine(const Engine* forced);
+extern cpu::Choice<engines> choice;
+/** The engine that runs. */
+inline const Engine& engine() noexcept { return choice(); }
 
 }  // namespace vrx::field
 

@@ -5,6 +5,6 @@
 
 namespace vrx::field {
 
-constinit const Engine engine_adx = EngineOf<WordMethods<AdxWords>>::named("adx", cpu::bmi2 | cpu::adx | cpu::avx2);
+constinit const Engine engine_adx = EngineOf<WordMethods<AdxWords>>::described(cpu::named(cpu::curve_engines, "adx"));
 
 }  // namespace vrx::field

@@ -6,25 +6,16 @@
 #include "ecc/field/engine_of.hpp"
 #include "ecc/field/recode.hpp"
 
-#if defined(__clang__)
-#pragma clang attribute push(__attribute__((target("avx512f,avx512vl,avx512ifma,bmi2"))), apply_to = function)
-#else
-#pragma GCC push_options
-#pragma GCC target("avx512f,avx512vl,avx512ifma,bmi2")
-#endif
+#include "frame/region_ifma.hpp"
 
 #include "ecc/field/ifma_lanes.hpp"
 #include "ecc/field/lane_methods.hpp"
 
-#if defined(__clang__)
-#pragma clang attribute pop
-#else
-#pragma GCC pop_options
-#endif
+#include "frame/region_end.hpp"
 
 namespace vrx::field {
 
 constinit const Engine engine_ifma =
-    EngineOf<LaneMethods<IfmaLanes>>::named("ifma", cpu::bmi2 | cpu::avx512f | cpu::avx512vl | cpu::avx512ifma);
+    EngineOf<LaneMethods<IfmaLanes>>::described(cpu::named(cpu::curve_engines, "ifma"));
 
 }  // namespace vrx::field

@@ -33,8 +33,8 @@ struct EngineOf {
         });
     }
 
-    static constexpr Engine named(const char* name, std::uint32_t needs) {
-        return {name, needs, multiply_base, multiply, sum_has_remainder};
+    static constexpr Engine described(const cpu::EngineInfo& info) {
+        return {info, multiply_base, multiply, sum_has_remainder};
     }
 
 private:

@@ -4,6 +4,7 @@
 
 namespace vrx::field {
 
-constinit const Engine engine_words = EngineOf<WordMethods<PlainWords>>::named("words", cpu::baseline);
+constinit const Engine engine_words =
+    EngineOf<WordMethods<PlainWords>>::described(cpu::named(cpu::curve_engines, "words"));
 
 }  // namespace vrx::field

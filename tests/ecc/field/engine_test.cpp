@@ -248,20 +248,6 @@ TEST_P(engines_of_curves, leave_sums_of_equal_and_opposite_points_to_others) {
         EXPECT_EQ(engine.sum_has_remainder(curve, z1, m.k, affine(set.G), {1, 0, 0, 0}), Answer::not_covered);
 }
 
-TEST(engine_choice, is_the_best_that_runs_here_unless_one_is_forced) {
-    force_engine(nullptr);
-    EXPECT_EQ(&engine(), engines_here().front());
-    for (const Engine* e : engines_here()) {
-        const ForcedEngine forced(*e);
-        EXPECT_EQ(&engine(), e);
-    }
-    EXPECT_EQ(&engine(), engines_here().front());
-}
-
-TEST(engine_choice, ends_with_an_engine_for_every_processor) {
-    EXPECT_EQ(engines[std::size(engines) - 1]->needs, vrx::cpu::baseline);
-}
-
 TEST(remainders, of_x_are_taken_of_numbers_below_p_only) {
     for_each_curve([]<typename Curve>(Curve) {
         using S = typename Curve::Field;

@@ -12,17 +12,15 @@ namespace vrx::test {
 using namespace field;
 
 const Engine engine_none = {
-    "none", cpu::baseline, [](CurveId, const Words&, AffinePoint&) { return false; },
+    {"none"},
+    [](CurveId, const Words&, AffinePoint&) { return false; },
     [](CurveId, const Words&, const AffinePoint&, AffinePoint&) { return false; },
     [](CurveId, const Words&, const Words&, const AffinePoint&, const Words&) { return Answer::not_covered; }};
 
-const Engine engine_plain_lanes = EngineOf<LaneMethods<PlainLanes>>::named("plain_lanes", cpu::baseline);
+const Engine engine_plain_lanes = EngineOf<LaneMethods<PlainLanes>>::described({"plain_lanes"});
 
 std::vector<const Engine*> engines_here() {
-    std::vector<const Engine*> here;
-    const std::uint32_t features = cpu::features();
-    for (const Engine* e : engines)
-        if ((features & e->needs) == e->needs) here.push_back(e);
+    std::vector<const Engine*> here = offered_of(engines);
     here.push_back(&engine_plain_lanes);
     return here;
 }
@@ -59,17 +57,17 @@ Answer count_sum(CurveId curve, const Words& z1, const Words& z2, const AffinePo
     counts.covered += answer != Answer::not_covered;
     return answer;
 }
-constexpr Engine counting = {"counting", cpu::baseline, count_base, count_point, count_sum};
+constexpr Engine counting = {{"counting"}, count_base, count_point, count_sum};
 
 }  // namespace
 
 CountedEngine::CountedEngine(const Engine& engine) : before_(std::exchange(counted, &engine)) {
     take();
-    force_engine(&counting);
+    choice.use(counting);
 }
 CountedEngine::~CountedEngine() {
     counted = before_;
-    force_engine(before_ == nullptr ? nullptr : &counting);
+    if (before_ == nullptr) choice.forget();
 }
 CountedEngine::Counts CountedEngine::take() {
     return {counts.base.exchange(0), counts.point.exchange(0), counts.sum.exchange(0), counts.covered.exchange(0)};

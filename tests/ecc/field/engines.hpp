@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ecc/field/engine.hpp"
+#include "support/offered.hpp"
 
 namespace vrx::test {
 
@@ -21,14 +22,7 @@ std::vector<const field::Engine*> engines_here();
 /** One of them or engine_none by its name, or nullptr. */
 const field::Engine* engine_named(const std::string& name);
 
-/** Forces an engine, and goes back to the choice by the processor. */
-class ForcedEngine {
-public:
-    explicit ForcedEngine(const field::Engine& engine) { field::force_engine(&engine); }
-    ~ForcedEngine() { field::force_engine(nullptr); }
-    ForcedEngine(const ForcedEngine&) = delete;
-    ForcedEngine& operator=(const ForcedEngine&) = delete;
-};
+using ForcedEngine = WithEngine<field::choice>;
 
 /** Forces an engine, and counts what it is asked and what it covers. One at a time. */
 class CountedEngine {

@@ -67,7 +67,7 @@ TEST(scalar_fields, work_as_whole_numbers_at_every_pair_of_edges) {
 }
 
 TEST(scalar_fields, work_the_same_way_by_the_instructions_of_adx) {
-    if ((vrx::cpu::features() & engine_adx.needs) != engine_adx.needs) GTEST_SKIP() << "no BMI2 and ADX here";
+    if (!vrx::cpu::offers(engine_adx.needs)) GTEST_SKIP() << "no BMI2 and ADX here";
     using A = CurveA::Field::With<AdxWords>;
     using B = CurveB::Field::With<AdxWords>;
     using C = CurveC::Field::With<AdxWords>;
@@ -165,7 +165,7 @@ TEST(selection, takes_the_entry_of_its_index) {
         const auto plain = PlainWords::selected<Entry, 32>(table, i);
         EXPECT_EQ(plain.x, table[i].x);
         EXPECT_EQ(plain.y, table[i].y);
-        if ((vrx::cpu::features() & engine_adx.needs) != engine_adx.needs) continue;
+        if (!vrx::cpu::offers(engine_adx.needs)) continue;
         const auto wide = AdxWords::selected<Entry, 32>(table, i);
         EXPECT_EQ(wide.x, table[i].x);
         EXPECT_EQ(wide.y, table[i].y);

@@ -1,0 +1,83 @@
+// Every engine of the library, by family: name and CPU features. The library, the program, tests and benchmarks use
+// these lists. tests/CMakeLists.txt and tests/mutation read the names from this text, so an engine begins a line of its
+// own.
+#ifndef VRX_FRAME_ENGINES_HPP
+#define VRX_FRAME_ENGINES_HPP
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "frame/cpu.hpp"
+
+namespace vrx::cpu {
+
+struct EngineInfo {
+    const char* name;
+    /** What it needs, for people. */
+    const char* words = "";
+    /** The instructions that it consists of. */
+    std::uint32_t needs = baseline;
+    /** What a CPU must offer in addition for the engine to be the best choice. */
+    std::uint32_t wants = baseline;
+
+    [[nodiscard]] constexpr std::uint32_t suits() const { return needs | wants; }
+};
+
+// Best first; the last one runs everywhere.
+
+inline constexpr EngineInfo cipher_engines[] = {
+    {"vbmi", "AVX-512 VBMI", avx512_region},
+    {"avx2", "AVX2", avx2_region},
+    {"baseline", "any x86-64"},
+};
+
+inline constexpr EngineInfo hash_engines[] = {
+    // One chain of 32 rounds on vectors: where each of its instructions takes two cycles, four chains of look-ups in
+    // the other registers are faster.
+    {"vbmi", "AVX-512 VBMI", avx512_region, single_cycle_simd},
+    // Built-in tables as 33 KiB, for fewer look-ups: they have to stay in the cache.
+    {"avx2_wide", "AVX2 and a large cache", avx2_region, large_l1},
+    {"avx2", "AVX2", avx2_region},
+    {"baseline", "any x86-64"},
+};
+
+inline constexpr EngineInfo sha1_engines[] = {
+    {"sha-ni", "SHA instructions", sha_region},
+    {"portable", "any x86-64"},
+};
+
+inline constexpr EngineInfo curve_engines[] = {
+    {"ifma", "AVX-512 IFMA", ifma_region},
+    {"adx", "BMI2, ADX and AVX2", bmi2 | adx | avx2},
+    {"words", "any x86-64"},
+};
+
+/** Of deploying S-boxes as a table. */
+inline constexpr EngineInfo table_engines[] = {
+    {"avx512", "AVX-512 VBMI", avx512_region},
+    {"avx2", "AVX2", avx2_region},
+    {"baseline", "any x86-64"},
+};
+
+struct EngineFamily {
+    const char* name;
+    std::span<const EngineInfo> engines;
+};
+
+inline constexpr EngineFamily engine_families[] = {{"cipher", cipher_engines},
+                                                   {"hash", hash_engines},
+                                                   {"SHA-1", sha1_engines},
+                                                   {"curves", curve_engines},
+                                                   {"S-boxes", table_engines}};
+
+/** An engine of a family by its name; a name that the family lacks does not compile. */
+consteval const EngineInfo& named(std::span<const EngineInfo> family, std::string_view name) {
+    auto entry = family.begin();
+    while (entry->name != name) ++entry;
+    return *entry;
+}
+
+}  // namespace vrx::cpu
+
+#endif
