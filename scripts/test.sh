@@ -1,0 +1,77 @@
+# shellcheck shell=bash
+# Tests, and what judges them: peers, coverage, mutation. Sourced by ./dev.
+
+# run_tests PRESET [OPTION...]
+run_tests() { ctest --test-dir "build/$1" --output-on-failure --no-tests=error -j "$(($(nproc) + 1))" "${@:2}"; }
+
+# The sanitizers' shadow memory does not tolerate much address space randomisation.
+fixed_addresses() {
+    if setarch -R true 2>/dev/null; then echo "setarch -R"; fi
+}
+
+cmd_test() {
+    need "${TEST[@]}"
+    want "${PEERS[@]}" doxygen
+    local fixed
+    fixed=$(fixed_addresses)
+
+    configure dev
+    build dev
+    configure asan
+    $fixed cmake --build build/asan
+    configure tsan
+    $fixed cmake --build build/tsan --target threads_test
+
+    echo "== clang++, AddressSanitizer and UndefinedBehaviorSanitizer"
+    export UBSAN_OPTIONS=print_stacktrace=1 ASAN_OPTIONS=detect_stack_use_after_return=1
+    $fixed ctest --test-dir build/asan --output-on-failure --no-tests=error -j "$(($(nproc) + 1))"
+    echo "== clang++, ThreadSanitizer"
+    $fixed ctest --test-dir build/tsan --output-on-failure --no-tests=error -L threads
+    echo "== g++, and valgrind"
+    run_tests dev
+}
+
+cmd_interop() {
+    local cases=${1:-2000} log program peer failed=
+    if [[ ! $cases =~ ^[1-9][0-9]{0,8}$ ]]; then
+        echo "dev: '$cases' is not a number of cases; use ./dev interop 1000" >&2
+        exit 2
+    fi
+    need "${BUILD[@]}" libgtest-dev pkg-config python3
+    want "${PEERS[@]}"
+    # What is there afterwards is what could be built.
+    rm -f build/dev/tests/interop/*_test
+    configure dev
+    build dev --target interop
+    log=$(mktemp)
+    for program in build/dev/tests/interop/*_test; do
+        VRX_INTEROP_CASES=$cases "$program" --gtest_color=no | tee -a "$log" || failed=yes
+    done
+    echo
+    echo "== took part, with $cases cases for each test and parameter set"
+    sed -n 's/^\[  peer    \] /   /p' "$log"
+    for peer in libgcrypt nettle GnuTLS Botan Crypto++ OpenSSL 'the GOST engine'; do
+        grep -qF "[  peer    ] $peer" "$log" || echo "== left out, since it is not installed: $peer"
+    done
+    rm "$log"
+    if [[ -n $failed ]]; then
+        echo "There are differences; VRX_TEST_SEED in the output repeats them" >&2
+        exit 1
+    fi
+}
+
+cmd_coverage() {
+    need "${TEST[@]}"
+    want "${PEERS[@]}"
+    configure coverage
+    build coverage
+    find build/coverage -name '*.gcda' -delete
+    run_tests coverage
+    python3 -B tests/coverage/coverage.py "$PWD" build/coverage
+}
+
+cmd_mutate() {
+    need "${MUTATE[@]}"
+    want libgmp-dev
+    python3 -B tests/mutation/mutate.py "$@"
+}
