@@ -1,8 +1,8 @@
 // Key agreement and key diversification (RFC 4357, sections 5.2 and 6.5).
+#include "ecc/agree.hpp"
+
 #include <cstring>
 
-#include "ecc/fast.hpp"
-#include "ecc/multiply.hpp"
 #include "frame/bytes.hpp"
 #include "frame/log.hpp"
 #include "frame/wipe.hpp"
@@ -15,14 +15,11 @@ namespace log = vrx::log;
 
 namespace {
 
-/** (u d mod q) Q, where the UKM is u, least significant byte first. */
-EcPoint shared_point(const EcParamSet& set, const std::uint8_t* ukm, const Number& d, const EcPoint& public_key) {
+/** The UKM as a number, least significant byte first. */
+Number ukm_number(const std::uint8_t* ukm) {
     Number u{};
     std::memcpy(u.digits, ukm, VRX_UKM_SIZE);
-    EcPoint r{};
-    if (fast_agree(set, u, d, public_key, r)) return r;
-    const Residue t = Residue(d, set.q) * Residue(u, set.q);
-    return point_multiple(set, public_key, t.number());
+    return u;
 }
 
 bool all_zero(const std::uint8_t* ukm) {
@@ -46,7 +43,8 @@ int ecMakeKEK(const EcParamSet* set, const vrx_data* hash_oid, const std::uint8_
     if (ukm == nullptr || set == nullptr || Q == nullptr || d == nullptr || kek == nullptr || all_zero(ukm))
         return log::bad_params("ecMakeKEK", VRX_ERR_FAILED);
     return vrx::leaving_no_trace<multiple_stack>([&] {
-        const EcPoint point = shared_point(*set, ukm, load(d), *Q);
+        const EcPoint point =
+            with_domain(*set, [&](const auto& domain) { return shared_point(domain, ukm_number(ukm), load(d), *Q); });
         std::uint8_t octets[2 * octet_count];
         store_octets(octets, point.x);
         store_octets(octets + octet_count, point.y);

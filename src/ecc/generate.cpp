@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "ecc/multiply.hpp"
+#include "ecc/domain.hpp"
 #include "vrx/frame.h"
 
 namespace vrx::ecc {
@@ -72,7 +72,8 @@ int epCalcPP(EcParamSet* set) {
     for (unsigned m = 0; m < VRX_ECC_PP_COUNT; ++m) {
         Number power{};
         power.digits[m / 8] = 1u << 4 * (m % 8);
-        set->pp[m] = jacobian_multiple(*set, set->G, power);
+        set->pp[m] =
+            with_domain(*set, [&](const auto& domain) { return to_record(jacobian_multiple(domain, set->G, power)); });
         std::printf("    {\n");
         print_coordinate(set->pp[m].x);
         print_coordinate(set->pp[m].y);

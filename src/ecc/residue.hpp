@@ -69,6 +69,9 @@ public:
         return r;
     }
 
+    /** The inverse, for public numbers; 0 if there is none. */
+    [[nodiscard]] Residue inverse_vartime() const { return inverse(); }
+
     /** The inverse; 0 for a number that has none. */
     [[nodiscard]] Residue inverse() const {
         Residue r = *this;
@@ -91,7 +94,15 @@ public:
     friend Residue operator+(const Residue& u, const Residue& v) { return u.apply(mpModAdd, v); }
     friend Residue operator-(const Residue& u, const Residue& v) { return u.apply(mpModSub, v); }
     friend Residue operator*(const Residue& u, const Residue& v) { return u.apply(mpModMult, v); }
+    friend Residue operator-(const Residue& u) { return u.small(0) - u; }
     friend Residue operator*(std::uint32_t k, const Residue& u) { return u.small(k) * u; }
+    friend Residue sum_of_products(const Residue& a, const Residue& b, const Residue& u, const Residue& v) {
+        return a * b + u * v;
+    }
+    /** a or b. */
+    friend Residue conditional_move(bool a_is_wanted, const Residue& a, const Residue& b) {
+        return a_is_wanted ? a : b;
+    }
     friend bool operator==(const Residue& u, const Residue& v) {
         return mpEqual(u.number_.digits, v.number_.digits, digit_count) != 0;
     }

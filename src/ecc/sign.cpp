@@ -1,3 +1,4 @@
+// The exported functions for signatures and keys.
 #include "ecc/sign.hpp"
 
 #include "frame/log.hpp"
@@ -16,7 +17,7 @@ int random_scalar(RND_FUNC rnd, std::uint32_t* out, const std::uint32_t* q) {
     do {
         // Deliberate: the message names the signing function also when a key is made.
         if (Getbig_RND(rnd, out, q) != 0) return log::condition("ecSign", "Getbig_RND failed", VRX_ERR_RANDOM);
-    } while (is_publicly_zero(out));
+    } while (vrx::is_publicly_zero({out, digit_count}));
     return VRX_OK;
 }
 
@@ -26,13 +27,14 @@ int ecSign(const EcParamSet* set, const std::uint32_t* digest, RND_FUNC rnd, con
     if (digest == nullptr || set == nullptr || sig == nullptr || d == nullptr) return log::bad_params("ecSign");
     Secret<Number> k;
     if (const int rc = random_scalar(rnd, k.value.digits, set->q)) return rc;
-    *sig = leaving_no_trace<multiple_stack>([&] { return sign(*set, digest, k.value, load(d)); });
+    *sig = leaving_no_trace<multiple_stack>(
+        [&] { return with_domain(*set, [&](const auto& domain) { return sign(domain, digest, k.value, load(d)); }); });
     return VRX_OK;
 }
 
 int ecVerify(const EcParamSet* set, const std::uint32_t* digest, const EcPoint* Q, const EcSignature* sig) {
     if (set == nullptr || digest == nullptr || sig == nullptr || Q == nullptr) return log::bad_params("ecVerify");
-    if (!verify(*set, digest, *Q, *sig))
+    if (!with_domain(*set, [&](const auto& domain) { return verify(domain, digest, *Q, *sig); }))
         return log::condition("ecVerify", "Signature verification failed", VRX_ERR_FAILED);
     return VRX_OK;
 }
@@ -45,14 +47,14 @@ int ecGenerateKeyPair(const EcParamSet* set, RND_FUNC rnd, std::uint32_t* d, EcP
 
 int ecGeneratePublicKey(const EcParamSet* set, const std::uint32_t* d, EcPoint* Q) {
     if (set == nullptr || d == nullptr || Q == nullptr) return log::bad_params("ecGeneratePublicKey");
-    bool covered = false;
+    bool checked = false;
     *Q = leaving_no_trace<multiple_stack>([&] {
-        EcPoint r{};
-        covered = fast_base_multiple(*set, load(d), r);
-        return covered ? r : base_multiple(*set, load(d));
+        return with_domain(*set, [&]<typename Domain>(const Domain& domain) {
+            checked = Domain::multiples_are_on_curve;
+            return to_record(base_multiple(domain, load(d)));
+        });
     });
-    // Multiples of a built-in base point are on its curve.
-    return covered ? VRX_OK : ecCheckPublicKey(set, Q);
+    return checked ? VRX_OK : ecCheckPublicKey(set, Q);
 }
 
 int ecCheckPublicKey(const EcParamSet* set, const EcPoint* Q) {
@@ -65,10 +67,11 @@ int Getbig_RND(RND_FUNC rnd, std::uint32_t* out, const std::uint32_t* q) {
     Secret<Number> n;
     static_assert(sizeof n.value == VRX_RND_SIZE);
     if (rnd(n.value.digits, VRX_RND_SIZE) != 0) return log::failed_step("RND_FUNC", VRX_ERR_FAILED);
-    if (leaving_no_trace([&] { return fast_magnitude(q, n.value, out); })) return VRX_OK;
-    mpAbs(n.value.digits, n.value.digits, digit_count);
-    mpModulo(out, n.value.digits, digit_count, q, digit_count);
-    return VRX_OK;
+    return leaving_no_trace([&] {
+        store(out,
+              with_order(q, [&](const auto& order) { return order.remainder(magnitude(n.value)).reduced().number(); }));
+        return VRX_OK;
+    });
 }
 
 int test_rnd(void* buffer, std::uint32_t length) {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "ecc/fast.hpp"
+#include "ecc/agree.hpp"
 #include "ecc/field/engines.hpp"
 #include "trace.hpp"
 #include "vrx.h"
@@ -52,7 +52,8 @@ void agree(const EcParamSet& set, const Number& secret) {
     ecGeneratePublicKey(&set, three.digits, &peer);
     EcPoint shared;
     trace_begins();
-    static_cast<void>(vrx::ecc::fast_agree(set, ukm, secret, peer, shared));
+    shared = vrx::ecc::with_domain(
+        set, [&](const auto& domain) { return vrx::ecc::shared_point(domain, ukm, secret, peer); });
     trace_ends();
 }
 

@@ -1,7 +1,7 @@
 // Every point and every scalar of small curves, through the exported functions and through the templates themselves.
 #include <map>
 
-#include "ecc/multiply.hpp"
+#include "ecc/multiples.hpp"
 #include "ecc_support.hpp"
 
 using namespace vrx::test;

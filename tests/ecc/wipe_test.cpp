@@ -1,5 +1,5 @@
 // Private keys, nonces and what is computed from them do not stay on the stack.
-#include "ecc/multiply.hpp"
+#include "ecc/domain.hpp"
 #include "ecc_support.hpp"
 #include "support/own_stack.hpp"
 
@@ -51,7 +51,7 @@ protected:
         } else {
             Digits half = n;
             mpModPowerOf2(half.data(), VRX_ECC_DIGITS, 128);
-            const EcPoint r = affine_multiple(set, base, load(half.data()));
+            const EcPoint r = *to_record(affine_multiple(General(set), base, load(half.data())));
             add(Digits(r.x));
             add(Digits(r.y));
             mpShiftRight(half.data(), n.data(), 100, VRX_ECC_DIGITS);
@@ -124,7 +124,11 @@ TEST_P(wiping, what_is_left_does_not_depend_on_keys_and_nonces) {
 TEST_P(wiping, a_multiple_without_wiping_is_found) {
     add_scalar(k, set.G);
     EcPoint r;
-    const Bytes stack = stack_after([&] { r = vrx::ecc::base_multiple(set, vrx::ecc::load(k.data())); });
+    const Bytes stack = stack_after([&] {
+        r = vrx::ecc::with_domain(set, [&](const auto& domain) {
+            return vrx::ecc::to_record(vrx::ecc::base_multiple(domain, vrx::ecc::load(k.data())));
+        });
+    });
     bool found = false;
     for (const Bytes& secret : secrets) found |= holds_part_of(stack, secret);
     EXPECT_TRUE(found);

@@ -57,7 +57,7 @@ HASH = runs("gostr3411", engines=engines_of("hash"), filter="-*2_to_29*") + \
 SHA1 = runs("sha1", filter="-*2_to_32*") + runs("sha1", filter="*2_to_32*")
 NUMBERS = runs("bigdigits_arithmetic", "bigdigits_modular", "bigdigits_prime", "bigdigits_convert", "bigdigits_gmp",
                "bigdigits_wipe_O2") + runs("bigdigits_prime", filter="Seeding.*")
-CURVE_ENGINES = runs("ecc_field", "ecc_covered") + \
+CURVE_ENGINES = runs("ecc_field", "ecc_builtin") + \
     runs("ecc", engines=(*engines_of("curve"), "none", "plain_lanes"), filter="-*wiping*")
 CURVES = CURVE_ENGINES + runs("ecc_sign", "ecc_toy") + runs("ecc_model", engines=("", "none"))
 
@@ -72,6 +72,7 @@ TESTS = {
     "src/sha1": SHA1 + runs("engines", "log", "fences"),
     "src/ecc": CURVES + runs("log", "fences"),
     "src/ecc/bigdigits": NUMBERS + runs("log", "fences", "faults_library"),
+    "src/ecc/uint256": CURVE_ENGINES + runs("bigdigits_modular"),
     "src/ecc/field": CURVE_ENGINES + runs("engines", "ecc_model", "bigdigits_modular"),
 }
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include "ecc/bigdigits/lehmer.hpp"
-#include "ecc/field/divsteps.hpp"
+#include "ecc/uint256/divsteps.hpp"
 #include "vrx/bigdigits.h"
 
 using namespace vrx::bigdigits;
-namespace field = vrx::field;
+namespace uint256 = vrx::uint256;
 
 namespace {
 
@@ -100,14 +100,14 @@ using InverseSpace = Workspace<7 * max_words + 5>;
 
 /** inv = 1 / u modulo m by division steps, for an odd m above 1 of at most four words. */
 bool inverse_by_division_steps(Word* inv, Word* u, const Word* m, std::size_t n, InverseSpace& space) {
-    using field::Words;
+    using uint256::Words;
     Modulus(space.take(n), m, n).reduce(u, n);
     const auto padded = [n](const Word* from) {
         Words words{};
         std::copy_n(from, std::min(n, words.size()), words.begin());
         return words;
     };
-    const Words inverse = field::inverse_vartime(padded(u), field::OddModulus(padded(m)));
+    const Words inverse = uint256::inverse_vartime(padded(u), uint256::OddModulus(padded(m)));
     clear(inv, n);
     std::copy_n(inverse.begin(), std::min(n, inverse.size()), inv);
     return significant(inv, n) != 0;

@@ -7,9 +7,12 @@
 
 namespace vrx::field {
 
+enum class CurveId : std::uint8_t { test, a, b, c };
+
 /** y^2 = x^3 + a x + b over Field, with a small; the base point (x, y) has the prime order q. Words are plain numbers.
  */
 struct CurveTest {
+    static constexpr CurveId id = CurveId::test;
     using Field = AbovePower<0x431>;
     static constexpr int a = 7;
     static constexpr Words b = {0x514C0CE9DAE23B7E, 0x563F6E6A3472FC2A, 0x39B8E022FBAFEF40, 0x5FBFF498AA938CE7};
@@ -19,6 +22,7 @@ struct CurveTest {
 };
 
 struct CurveA {
+    static constexpr CurveId id = CurveId::a;
     using Field = BelowPower<617>;
     static constexpr int a = -3;
     static constexpr Words b = {0x00000000000000A6, 0x0000000000000000, 0x0000000000000000, 0x0000000000000000};
@@ -28,6 +32,7 @@ struct CurveA {
 };
 
 struct CurveB {
+    static constexpr CurveId id = CurveId::b;
     using Field = AbovePower<0xC99>;
     static constexpr int a = -3;
     static constexpr Words b = {0x2F49D4CE7E1BBC8B, 0xE979259373FF2B18, 0x66A7D3C25C3DF80A, 0x3E1AF419A269A5F8};
@@ -37,6 +42,7 @@ struct CurveB {
 };
 
 struct CurveC {
+    static constexpr CurveId id = CurveId::c;
     using Field = Montgomery<Words{0x7998F7B9022D759B, 0xCF846E86789051D3, 0xAB1EC85E6B41C8AA, 0x9B9F605F5A858107}>;
     static constexpr int a = -3;
     static constexpr Words b = {0x000000000000805A, 0x0000000000000000, 0x0000000000000000, 0x0000000000000000};
@@ -44,8 +50,6 @@ struct CurveC {
     static constexpr Words x = {0x0000000000000000, 0x0000000000000000, 0x0000000000000000, 0x0000000000000000};
     static constexpr Words y = {0x366E550DFDB3BB67, 0x4D4DC440D4641A8F, 0x3CBF3783CD08C0EE, 0x41ECE55743711A8C};
 };
-
-enum class CurveId : std::uint8_t { test, a, b, c };
 
 /** Do something with the constants of a curve: use(CurveA{}) for CurveId::a. */
 template <typename Use>

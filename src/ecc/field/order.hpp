@@ -4,7 +4,7 @@
 #define VRX_ECC_FIELD_ORDER_HPP
 
 #include "ecc/field/curves.hpp"
-#include "ecc/field/divsteps.hpp"
+#include "ecc/uint256/divsteps.hpp"
 
 namespace vrx::field {
 

@@ -5,8 +5,8 @@
 #define VRX_ECC_FIELD_POINTS_HPP
 
 #include "ecc/field/curves.hpp"
-#include "ecc/field/divsteps.hpp"
-#include "frame/outcome.hpp"
+#include "ecc/uint256/divsteps.hpp"
+#include "frame/declassify.hpp"
 
 namespace vrx::field {
 
@@ -79,7 +79,7 @@ bool to_affine(const XyzzPoint& point, AffinePoint& r) {
     const Words i1 = S::mul(i3, point.zz);
     r.x = S::canonical(S::mul(point.x, S::sqr(i1)));
     r.y = S::canonical(S::mul(point.y, i3));
-    return public_outcome(1 ^ is_zero(S::canonical(i3)));
+    return declassify(1 ^ is_zero(S::canonical(i3)));
 }
 
 /** As above. */
@@ -89,7 +89,7 @@ bool to_affine(const HomogeneousPoint& point, AffinePoint& r) {
     const Words i = inverse_element<S>(point.z);
     r.x = S::canonical(S::mul(point.x, i));
     r.y = S::canonical(S::mul(point.y, i));
-    return public_outcome(1 ^ is_zero(S::canonical(i)));
+    return declassify(1 ^ is_zero(S::canonical(i)));
 }
 
 template <typename Curve>

@@ -1,6 +1,6 @@
 // Scalar field elements, loosely held, against reduction of whole numbers; and inverses by division steps.
 #include "ecc/field/adx_words.hpp"
-#include "ecc/field/divsteps.hpp"
+#include "ecc/uint256/divsteps.hpp"
 #include "ecc/field/engine.hpp"
 #include "ecc/field/order.hpp"
 #include "ecc/field/word_multiply.hpp"

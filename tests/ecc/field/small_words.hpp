@@ -2,7 +2,7 @@
 #ifndef VRX_TESTS_ECC_FIELD_SMALL_WORDS_HPP
 #define VRX_TESTS_ECC_FIELD_SMALL_WORDS_HPP
 
-#include "ecc/field/words.hpp"
+#include "ecc/uint256/words.hpp"
 
 namespace vrx::test {
 

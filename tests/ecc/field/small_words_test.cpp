@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <numeric>
 
-#include "ecc/field/divsteps.hpp"
+#include "ecc/uint256/divsteps.hpp"
 #include "ecc/field/modulus.hpp"
 
 using namespace vrx::test;

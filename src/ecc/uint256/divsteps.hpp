@@ -6,16 +6,16 @@
 // then f is plus or minus the greatest common divisor. The steps only look at the low bits, so they are taken in
 // batches on one word, which yield a matrix of small integers that is then applied to the long f and g, and modulo m to
 // d and e, where d x = f and e x = g up to powers of two that cancel.
-#ifndef VRX_ECC_FIELD_DIVSTEPS_HPP
-#define VRX_ECC_FIELD_DIVSTEPS_HPP
+#ifndef VRX_ECC_UINT256_DIVSTEPS_HPP
+#define VRX_ECC_UINT256_DIVSTEPS_HPP
 
 #include <algorithm>
 #include <bit>
 #include <utility>
 
-#include "ecc/field/words.hpp"
+#include "ecc/uint256/words.hpp"
 
-namespace vrx::field {
+namespace vrx::uint256 {
 
 /**
  * A number of up to 309 bits in five signed limbs of 62 bits; only the last is negative or larger. What works limb by
@@ -283,6 +283,6 @@ constexpr Words inverse_vartime(const Words& x, const OddModulus& m) {
     return is_unit(f) == 0 ? Words{} : from_limbs62(normalised(d, f[4] >> 63, m));
 }
 
-}  // namespace vrx::field
+}  // namespace vrx::uint256
 
 #endif

@@ -1,5 +1,5 @@
-// What the engines are asked, at the borders of the rule, and that nobody can tell from the results.
-#include "ecc/covered.hpp"
+// What the engines are asked at the limits of the built-in domain, and that no result depends on who computed it.
+#include "ecc/domain.hpp"
 
 #include "ecc/field/engines.hpp"
 #include "ecc_support.hpp"

@@ -1,9 +1,9 @@
-// Multiples of points: the methods over any field, and those of a parameter set.
-#ifndef VRX_ECC_MULTIPLY_HPP
-#define VRX_ECC_MULTIPLY_HPP
+// Multiples of points over any field: from a table, from the top bit down, and from the lowest bit up.
+#ifndef VRX_ECC_MULTIPLES_HPP
+#define VRX_ECC_MULTIPLES_HPP
 
-#include "ecc/params.hpp"
 #include "ecc/point.hpp"
+#include "vrx/multiply.h"
 
 namespace vrx::ecc {
 
@@ -51,28 +51,6 @@ constexpr Affine<F> multiple_from_bottom(const Affine<F>& p, Number k, const F& 
         mpShiftRight(k.digits, k.digits, 1, digit_count);
     }
     return r;
-}
-
-/** How deep the stack of the functions below, engines included, may hold parts of a scalar; see leaving_no_trace(). */
-inline constexpr std::size_t multiple_stack = 14336;
-
-/** k G from the table of a set. */
-EcPoint table_multiple(const EcParamSet& set, const Number& k);
-
-/** k P on a curve with a = p - 3; (0, 0) for k = 0. */
-EcPoint jacobian_multiple(const EcParamSet& set, const EcPoint& p, const Number& k);
-
-/** |k| P on any curve, k read as a signed number. */
-EcPoint affine_multiple(const EcParamSet& set, const EcPoint& p, const Number& k);
-
-/** k G by the method that suits the set. */
-inline EcPoint base_multiple(const EcParamSet& set, const Number& k) {
-    return has_table(set) ? table_multiple(set, k) : affine_multiple(set, set.G, k);
-}
-
-/** k P by the method that suits the set; (0, 0) for k = 0. */
-inline EcPoint point_multiple(const EcParamSet& set, const EcPoint& p, const Number& k) {
-    return has_table(set) ? jacobian_multiple(set, p, k) : affine_multiple(set, p, k);
 }
 
 }  // namespace vrx::ecc

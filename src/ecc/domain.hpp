@@ -1,0 +1,302 @@
+// Domains: what an algorithm on a parameter set computes with. Each algorithm is a template over a domain, written
+// once, and with_domain() picks the domain once a call.
+//
+//     Builtin<Curve>  a built-in set: words and the engines of field/, constant-time but for names with _vartime
+//     General         any parameter record: residues of digits, taken as they are
+//
+// Builtin accepts only
+//
+//     set      a, b, p, q, G and has_precomp, and pp when that is 1, are byte for byte those of a built-in set
+//     point    x and y are below p and on the curve
+//     scalar   1 <= k < q
+//
+// where its results are those of General to the last digit: the set gives a prime p, and a base point of prime order q
+// with cofactor 1; the other two exclude infinity. For anything else its operations yield nullopt. An algorithm returns
+// that to with_domain(), which then runs it in General, where nothing yields nullopt.
+//
+// Temporaries on the stack are the caller's to wipe; see multiple_stack.
+#ifndef VRX_ECC_DOMAIN_HPP
+#define VRX_ECC_DOMAIN_HPP
+
+#include <optional>
+
+#include "ecc/field/engine.hpp"
+#include "ecc/field/order.hpp"
+#include "ecc/multiples.hpp"
+#include "ecc/params.hpp"
+#include "frame/declassify.hpp"
+
+namespace vrx::ecc {
+
+/** How deep the stack of the operations on domains, engines included, may hold parts of a scalar. */
+inline constexpr std::size_t multiple_stack = 14336;
+
+/** |n|, for n read as a signed number. Constant-time. */
+inline Number magnitude(const Number& n) {
+    Number r;
+    mpAbs(r.digits, n.digits, digit_count);
+    return r;
+}
+
+inline field::Nine to_nine(const Number& n) {
+    field::Nine r;
+    std::memcpy(r.low.data(), n.digits, sizeof r.low);
+    r.high = n.digits[digit_count - 1];
+    return r;
+}
+
+inline void store(std::uint32_t* digits, const field::Words& words) {
+    std::memcpy(digits, words.data(), sizeof words);
+    digits[digit_count - 1] = 0;
+}
+
+inline EcPoint to_record(const field::AffinePoint& p) {
+    EcPoint record;
+    store(record.x, p.x);
+    store(record.y, p.y);
+    return record;
+}
+
+template <typename Point>
+std::optional<EcPoint> to_record(const std::optional<Point>& p) {
+    if (!p) return std::nullopt;
+    return to_record(*p);
+}
+
+/** A number below the order of a built-in set, with the operations of a Residue. */
+template <typename Curve>
+class BuiltinScalar {
+    using Order = field::Order<Curve>;
+
+public:
+    explicit BuiltinScalar(const field::Words& words) : words_(words) {}
+
+    [[nodiscard]] const field::Words& words() const { return words_; }
+    [[nodiscard]] Number number() const {
+        Number n;
+        store(n.digits, words_);
+        return n;
+    }
+    [[nodiscard]] BuiltinScalar reduced() const { return *this; }
+    [[nodiscard]] BuiltinScalar small(std::uint32_t value) const { return BuiltinScalar(field::Words{value}); }
+    [[nodiscard]] std::uint64_t is_zero() const { return field::is_zero(words_); }
+    [[nodiscard]] BuiltinScalar inverse_vartime() const { return BuiltinScalar(Order::inverse_vartime(words_)); }
+
+    friend BuiltinScalar operator*(const BuiltinScalar& u, const BuiltinScalar& v) {
+        return BuiltinScalar(Order::product(u.words_, v.words_));
+    }
+    friend BuiltinScalar operator-(const BuiltinScalar& u) { return BuiltinScalar(Order::negative(u.words_)); }
+    friend BuiltinScalar sum_of_products(const BuiltinScalar& a, const BuiltinScalar& b, const BuiltinScalar& u,
+                                         const BuiltinScalar& v) {
+        return BuiltinScalar(Order::sum_of_products(a.words_, b.words_, u.words_, v.words_));
+    }
+    friend BuiltinScalar conditional_move(std::uint64_t bit, const BuiltinScalar& a, const BuiltinScalar& b) {
+        return BuiltinScalar(field::select(field::mask(bit), a.words_, b.words_));
+    }
+
+private:
+    field::Words words_;
+};
+
+/** Numbers modulo the order of a built-in set. */
+template <typename Curve>
+struct BuiltinOrder {
+    using Scalar = BuiltinScalar<Curve>;
+
+    /** A number modulo q. */
+    [[nodiscard]] Scalar remainder(const Number& n) const { return Scalar(field::Order<Curve>::reduced(to_nine(n))); }
+    [[nodiscard]] Scalar remainder(const field::Words& x) const { return Scalar(field::Order<Curve>::reduced(x)); }
+};
+
+/** Numbers by any modulus. */
+class GeneralOrder {
+public:
+    using Scalar = Residue;
+
+    explicit GeneralOrder(const std::uint32_t* q) : q_(q) {}
+
+    /** The number by the modulus q, not yet reduced. */
+    [[nodiscard]] Scalar remainder(const Number& n) const { return {n, q_}; }
+    [[nodiscard]] Scalar remainder(const Residue& x) const { return {x.number(), q_}; }
+
+private:
+    const std::uint32_t* q_;
+};
+
+template <typename Curve>
+class Builtin : public BuiltinOrder<Curve> {
+public:
+    using typename BuiltinOrder<Curve>::Scalar;
+    using Point = field::AffinePoint;
+
+    /** Multiples of a point of the curve need no check that they are on it. */
+    static constexpr bool multiples_are_on_curve = true;
+
+    [[nodiscard]] static constexpr bool has_table() { return Curve::a == -3; }
+    [[nodiscard]] static const EcPoint& base_point() { return original_set(Curve::id).G; }
+
+    /** k as a scalar. Only whether there is one is declassified. */
+    [[nodiscard]] std::optional<Scalar> scalar(const Number& k) const {
+        const field::Nine n = to_nine(k);
+        field::Words difference{};
+        const std::uint64_t below = field::sub(difference, n.low, Curve::q);
+        // The ninth digit is below 2^32, so only zero reaches bit 63 by counting down.
+        if (!declassify(below & (n.high - 1) >> 63 & (field::is_zero(n.low) ^ 1))) return std::nullopt;
+        return Scalar(n.low);
+    }
+
+    /** r of a signature, unless no x modulo q equals it. For public numbers. */
+    [[nodiscard]] std::optional<Scalar> signature_r(const Number& r) const { return scalar(r); }
+
+    /** k G from the table of the set. */
+    [[nodiscard]] std::optional<Point> table_multiple(const Scalar& k) const {
+        if (!has_table()) return std::nullopt;
+        return base_multiple(k);
+    }
+
+    /** k P by formulas for a = p - 3. Not for a secret P. */
+    [[nodiscard]] std::optional<Point> jacobian_multiple(const EcPoint& p, const Scalar& k) const {
+        // Deliberate: without a table a is not p - 3, and the general formulas yield no multiple.
+        if (!has_table()) return std::nullopt;
+        return multiple(p, k);
+    }
+
+    /** k P by formulas for any a. Not for a secret P. */
+    [[nodiscard]] std::optional<Point> affine_multiple(const EcPoint& p, const Scalar& k) const {
+        return multiple(p, k);
+    }
+
+    /** Whether x(z1 G + z2 Q) mod q = r. Everything is public. */
+    [[nodiscard]] std::optional<bool> sum_has_remainder(const Scalar& z1, const EcPoint& public_key, const Scalar& z2,
+                                                        const Scalar& r) const {
+        using field::Answer;
+        const auto point = on_curve(public_key);
+        if (!point) return std::nullopt;
+        const Answer answer = field::engine().sum_has_remainder(Curve::id, z1.words(), z2.words(), *point, r.words());
+        if (answer == Answer::not_covered) return std::nullopt;
+        return answer == Answer::yes;
+    }
+
+private:
+    [[nodiscard]] static std::optional<Point> on_curve(const EcPoint& p) {
+        const field::Nine x = to_nine(load(p.x));
+        const field::Nine y = to_nine(load(p.y));
+        const Point point{x.low, y.low};
+        if ((x.high | y.high) != 0 || !field::is_on_curve<Curve>(point)) return std::nullopt;
+        return point;
+    }
+
+    [[nodiscard]] static std::optional<Point> base_multiple(const Scalar& k) {
+        Point r;
+        if (!field::engine().multiply_base(Curve::id, k.words(), r)) return std::nullopt;
+        return r;
+    }
+
+    [[nodiscard]] static std::optional<Point> multiple(const EcPoint& p, const Scalar& k) {
+        if (std::memcmp(&p, &base_point(), sizeof p) == 0) return base_multiple(k);
+        const auto point = on_curve(p);
+        Point r;
+        if (!point || !field::engine().multiply(Curve::id, k.words(), *point, r)) return std::nullopt;
+        return r;
+    }
+};
+
+class General : public GeneralOrder {
+public:
+    using Point = Affine<Residue>;
+
+    static constexpr bool multiples_are_on_curve = false;
+
+    explicit General(const EcParamSet& set) : GeneralOrder(set.q), set_(set) {}
+
+    [[nodiscard]] bool has_table() const { return ecc::has_table(set_); }
+    [[nodiscard]] const EcPoint& base_point() const { return set_.G; }
+
+    /** Any number, as it is. */
+    [[nodiscard]] std::optional<Scalar> scalar(const Number& k) const { return remainder(k); }
+
+    /** r of a signature, unless it is 0. r of q or more is not excluded here; it equals no reduced number. */
+    [[nodiscard]] std::optional<Scalar> signature_r(const Number& r) const {
+        if (is_zero(r)) return std::nullopt;
+        return remainder(r);
+    }
+
+    /** k G from the table of the set. */
+    [[nodiscard]] std::optional<Point> table_multiple(const Scalar& k) const;
+
+    /** k P on a curve with a = p - 3; (0, 0) for k = 0. */
+    [[nodiscard]] std::optional<Point> jacobian_multiple(const EcPoint& p, const Scalar& k) const;
+
+    /** k P on any curve. */
+    [[nodiscard]] std::optional<Point> affine_multiple(const EcPoint& p, const Scalar& k) const;
+
+    /** Whether x(z1 G + z2 Q) mod q = r. */
+    [[nodiscard]] std::optional<bool> sum_has_remainder(const Scalar& z1, const EcPoint& public_key, const Scalar& z2,
+                                                        const Scalar& r) const;
+
+private:
+    const EcParamSet& set_;
+};
+
+/** k G from the table of the set. */
+template <typename Domain>
+std::optional<typename Domain::Point> table_multiple(const Domain& domain, const Number& k) {
+    const auto scalar = domain.scalar(k);
+    if (!scalar) return std::nullopt;
+    return domain.table_multiple(*scalar);
+}
+
+/** k P on a curve with a = p - 3; (0, 0) for k = 0. */
+template <typename Domain>
+std::optional<typename Domain::Point> jacobian_multiple(const Domain& domain, const EcPoint& p, const Number& k) {
+    const auto scalar = domain.scalar(k);
+    if (!scalar) return std::nullopt;
+    return domain.jacobian_multiple(p, *scalar);
+}
+
+/** |k| P on any curve, for k read as a signed number. */
+template <typename Domain>
+std::optional<typename Domain::Point> affine_multiple(const Domain& domain, const EcPoint& p, const Number& k) {
+    const auto scalar = domain.scalar(magnitude(k));
+    if (!scalar) return std::nullopt;
+    return domain.affine_multiple(p, *scalar);
+}
+
+/** k G by the method that suits the set. */
+template <typename Domain>
+std::optional<typename Domain::Point> base_multiple(const Domain& domain, const Number& k) {
+    return domain.has_table() ? table_multiple(domain, k) : affine_multiple(domain, domain.base_point(), k);
+}
+
+/** k P by the method that suits the set. */
+template <typename Domain>
+std::optional<typename Domain::Point> point_multiple(const Domain& domain, const EcPoint& p, const Number& k) {
+    return domain.has_table() ? jacobian_multiple(domain, p, k) : affine_multiple(domain, p, k);
+}
+
+/** The curve of a built-in set. The same curve stands in several sets. */
+std::optional<field::CurveId> builtin_curve(const EcParamSet& set);
+
+/** A curve whose order is q. */
+std::optional<field::CurveId> builtin_curve_of_order(const std::uint32_t* q);
+
+/** What algorithm(domain) yields in the built-in domain of the set, or else in General. */
+template <typename Algorithm>
+auto with_domain(const EcParamSet& set, const Algorithm& algorithm) {
+    if (const auto curve = builtin_curve(set))
+        if (const auto result = with_curve(*curve, [&]<typename Curve>(Curve) { return algorithm(Builtin<Curve>{}); }))
+            return *result;
+    return *algorithm(General(set));
+}
+
+/** What algorithm(order) yields, for numbers modulo q alone. */
+template <typename Algorithm>
+auto with_order(const std::uint32_t* q, const Algorithm& algorithm) {
+    if (const auto curve = builtin_curve_of_order(q))
+        return with_curve(*curve, [&]<typename Curve>(Curve) { return algorithm(BuiltinOrder<Curve>{}); });
+    return algorithm(GeneralOrder(q));
+}
+
+}  // namespace vrx::ecc
+
+#endif

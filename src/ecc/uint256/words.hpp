@@ -1,0 +1,215 @@
+// 256-bit numbers as four 64-bit words, least significant first. No branch and no address depends on a value.
+//
+// Loops over words ask to be unrolled: only then are the words kept in registers also where the compiler is told to be
+// brief. Sums of four words have their chain of carries in assembly, since compilers break it up, in three times the
+// time; what is computed while compiling has it in C++.
+//
+// All of it is a template over words and their count: with words of a few bits a test goes through all numbers there
+// are. In the comments B is the number that a word cannot hold any more, 2^64, and N = B^count, 2^256.
+#ifndef VRX_ECC_UINT256_WORDS_HPP
+#define VRX_ECC_UINT256_WORDS_HPP
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+namespace vrx::uint256 {
+
+__extension__ using u128 = unsigned __int128;
+__extension__ using i128 = __int128;
+
+template <typename Word, std::size_t count>
+using WordsOf = std::array<Word, count>;
+using Words = WordsOf<std::uint64_t, 4>;
+using WideWords = WordsOf<std::uint64_t, 8>;
+
+template <typename Word>
+inline constexpr int word_bits = std::numeric_limits<Word>::digits;
+
+/** Holds a product of two words. */
+template <typename Word>
+struct TwiceAsWide {
+    using Type = typename Word::Twice;
+};
+template <>
+struct TwiceAsWide<std::uint64_t> {
+    using Type = u128;
+};
+template <typename Word>
+using Wide = typename TwiceAsWide<Word>::Type;
+
+/** An argument that says nothing about the type of words. */
+template <typename Word>
+using Given = std::type_identity_t<Word>;
+
+/** Words whose sums are written in assembly. */
+template <typename Word, std::size_t count>
+inline constexpr bool has_assembly = std::is_same_v<WordsOf<Word, count>, Words>;
+
+/** The low word of a + b + carry, for a carry of any size; the carry out, 0 to 2, replaces it. */
+template <typename Word>
+constexpr Word add_carry(Word a, Given<Word> b, Word& carry) {
+    const Wide<Word> sum = Wide<Word>{a} + b + carry;
+    carry = static_cast<Word>(sum >> word_bits<Word>);
+    return static_cast<Word>(sum);
+}
+
+/** The low word of a - b - borrow, for a borrow of 0 or 1; the borrow out, 0 or 1, replaces it. */
+template <typename Word>
+constexpr Word sub_borrow(Word a, Given<Word> b, Word& borrow) {
+    const Wide<Word> difference = Wide<Word>{a} - b - borrow;
+    borrow = static_cast<Word>(difference >> word_bits<Word>) & 1;
+    return static_cast<Word>(difference);
+}
+
+/** a * b + c + carry of any words, at most (B - 1)^2 + 2 (B - 1) = B^2 - 1; the high word replaces the carry. */
+template <typename Word>
+constexpr Word mul_add(Word a, Given<Word> b, Given<Word> c, Word& carry) {
+    const Wide<Word> sum = Wide<Word>{a} * b + c + carry;
+    carry = static_cast<Word>(sum >> word_bits<Word>);
+    return static_cast<Word>(sum);
+}
+
+/** All ones for 1, zero for 0. */
+template <typename Word>
+constexpr Word mask(Word bit) {
+    return Word{0} - bit;
+}
+
+/** a where the mask is all ones, b where it is zero. */
+template <typename Word, std::size_t count>
+constexpr WordsOf<Word, count> select(Word m, const WordsOf<Word, count>& a, const WordsOf<Word, count>& b) {
+    WordsOf<Word, count> r{};
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < count; ++i) r[i] = (a[i] & m) | (b[i] & ~m);
+    return r;
+}
+
+/** r = a + b modulo N, for any a and b; the carry out, 0 or 1. */
+template <typename Word, std::size_t count>
+constexpr Word add(WordsOf<Word, count>& r, const WordsOf<Word, count>& a, const WordsOf<Word, count>& b) {
+    if constexpr (has_assembly<Word, count>)
+        if (!std::is_constant_evaluated()) {
+            std::uint64_t r0 = a[0], r1 = a[1], r2 = a[2], r3 = a[3], carry = 0;
+            asm("addq %[b0], %[r0]\n\t"
+                "adcq %[b1], %[r1]\n\t"
+                "adcq %[b2], %[r2]\n\t"
+                "adcq %[b3], %[r3]\n\t"
+                "adcq $0, %[carry]"
+                : [r0] "+&r"(r0), [r1] "+&r"(r1), [r2] "+&r"(r2), [r3] "+&r"(r3), [carry] "+&r"(carry)
+                : [b0] "rm"(b[0]), [b1] "rm"(b[1]), [b2] "rm"(b[2]), [b3] "rm"(b[3])
+                : "cc");
+            r = {r0, r1, r2, r3};
+            return carry;
+        }
+    Word carry = 0;
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < count; ++i) r[i] = add_carry(a[i], b[i], carry);
+    return carry;
+}
+
+/** r = a - b modulo N, for any a and b; the borrow out, 0 or 1. */
+template <typename Word, std::size_t count>
+constexpr Word sub(WordsOf<Word, count>& r, const WordsOf<Word, count>& a, const WordsOf<Word, count>& b) {
+    if constexpr (has_assembly<Word, count>)
+        if (!std::is_constant_evaluated()) {
+            std::uint64_t r0 = a[0], r1 = a[1], r2 = a[2], r3 = a[3], borrow = 0;
+            asm("subq %[b0], %[r0]\n\t"
+                "sbbq %[b1], %[r1]\n\t"
+                "sbbq %[b2], %[r2]\n\t"
+                "sbbq %[b3], %[r3]\n\t"
+                "adcq $0, %[borrow]"
+                : [r0] "+&r"(r0), [r1] "+&r"(r1), [r2] "+&r"(r2), [r3] "+&r"(r3), [borrow] "+&r"(borrow)
+                : [b0] "rm"(b[0]), [b1] "rm"(b[1]), [b2] "rm"(b[2]), [b3] "rm"(b[3])
+                : "cc");
+            r = {r0, r1, r2, r3};
+            return borrow;
+        }
+    Word borrow = 0;
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < count; ++i) r[i] = sub_borrow(a[i], b[i], borrow);
+    return borrow;
+}
+
+/** r = r + a modulo N, for any r and word a; the carry out, 0 or 1. */
+template <typename Word, std::size_t count>
+constexpr Word add_word(WordsOf<Word, count>& r, Given<Word> a) {
+    Word carry = 0;
+    if constexpr (has_assembly<Word, count>)
+        if (!std::is_constant_evaluated()) {
+            std::uint64_t r0 = r[0], r1 = r[1], r2 = r[2], r3 = r[3];
+            asm("addq %[a], %[r0]\n\t"
+                "adcq $0, %[r1]\n\t"
+                "adcq $0, %[r2]\n\t"
+                "adcq $0, %[r3]\n\t"
+                "adcq $0, %[carry]"
+                : [r0] "+&r"(r0), [r1] "+&r"(r1), [r2] "+&r"(r2), [r3] "+&r"(r3), [carry] "+&r"(carry)
+                : [a] "r"(a)
+                : "cc");
+            r = {r0, r1, r2, r3};
+            return carry;
+        }
+    r[0] = add_carry(r[0], a, carry);
+    for (std::size_t i = 1; i < count; ++i) r[i] = add_carry(r[i], 0, carry);
+    return carry;
+}
+
+/** r = r - a modulo N, for any r and word a; the borrow out, 0 or 1. */
+template <typename Word, std::size_t count>
+constexpr Word sub_word(WordsOf<Word, count>& r, Given<Word> a) {
+    Word borrow = 0;
+    if constexpr (has_assembly<Word, count>)
+        if (!std::is_constant_evaluated()) {
+            std::uint64_t r0 = r[0], r1 = r[1], r2 = r[2], r3 = r[3];
+            asm("subq %[a], %[r0]\n\t"
+                "sbbq $0, %[r1]\n\t"
+                "sbbq $0, %[r2]\n\t"
+                "sbbq $0, %[r3]\n\t"
+                "adcq $0, %[borrow]"
+                : [r0] "+&r"(r0), [r1] "+&r"(r1), [r2] "+&r"(r2), [r3] "+&r"(r3), [borrow] "+&r"(borrow)
+                : [a] "r"(a)
+                : "cc");
+            r = {r0, r1, r2, r3};
+            return borrow;
+        }
+    r[0] = sub_borrow(r[0], a, borrow);
+    for (std::size_t i = 1; i < count; ++i) r[i] = sub_borrow(r[i], 0, borrow);
+    return borrow;
+}
+
+/** a, less m where it is at least m: below m for any a below 2m. */
+template <typename Word, std::size_t count>
+constexpr WordsOf<Word, count> subtract_once(const WordsOf<Word, count>& a, const WordsOf<Word, count>& m) {
+    WordsOf<Word, count> r{};
+    const Word borrow = sub(r, a, m);
+    return select(mask(borrow), a, r);
+}
+
+/** 1 where a is zero, else 0. */
+template <typename Word, std::size_t count>
+constexpr Word is_zero(const WordsOf<Word, count>& a) {
+    Word any = 0;
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < count; ++i) any |= a[i];
+    return 1 ^ ((any | (Word{0} - any)) >> (std::numeric_limits<Word>::digits - 1));
+}
+
+/** a b, below N^2 for any a and b. */
+template <typename Word, std::size_t count>
+constexpr WordsOf<Word, 2 * count> multiply(const WordsOf<Word, count>& a, const WordsOf<Word, count>& b) {
+    WordsOf<Word, 2 * count> r{};
+#pragma GCC unroll 4
+    for (std::size_t i = 0; i < count; ++i) {
+        Word carry = 0;
+#pragma GCC unroll 4
+        for (std::size_t j = 0; j < count; ++j) r[i + j] = mul_add(a[i], b[j], r[i + j], carry);
+        r[i + count] = carry;
+    }
+    return r;
+}
+
+}  // namespace vrx::uint256
+
+#endif
