@@ -11,17 +11,17 @@ namespace {
 using vrx::fuzz::Input;
 using vrx::fuzz::require;
 using vrx::test::Slow;
-using Number = std::vector<std::uint32_t>;
+using DigitVector = std::vector<std::uint32_t>;
 
-Number number(Input& input, std::size_t n) {
-    Number x(n);
+DigitVector number(Input& input, std::size_t n) {
+    DigitVector x(n);
     for (std::uint32_t& digit : x)
         for (unsigned i = 0; i < 32; i += 8) digit |= std::uint32_t{input.byte()} << i;
     return x;
 }
 
-void check_division(const Number& u, const Number& v) {
-    Number q(u.size(), 1), r(u.size(), 1), w(v.size(), 1);
+void check_division(const DigitVector& u, const DigitVector& v) {
+    DigitVector q(u.size(), 1), r(u.size(), 1), w(v.size(), 1);
     const bool by_zero = Slow(v).is_zero();
     const auto [quotient, rest] = by_zero ? std::pair<Slow, Slow>{} : Slow::divide(Slow(u), Slow(v));
     require(mpDivide(q.data(), r.data(), u.data(), u.size(), v.data(), v.size()) == (by_zero ? -1 : 0),
@@ -31,10 +31,10 @@ void check_division(const Number& u, const Number& v) {
     require(w == rest.digits(v.size()), "mpModulo");
 }
 
-void check_basics(const Number& u, const Number& v, std::uint32_t d, std::uint64_t shift) {
+void check_basics(const DigitVector& u, const DigitVector& v, std::uint32_t d, std::uint64_t shift) {
     const std::size_t n = u.size();
     const Slow x(u), y(v), all = Slow::power_of_2(32 * n);
-    Number w(n), product(2 * n);
+    DigitVector w(n), product(2 * n);
     require(mpAdd(w.data(), u.data(), v.data(), n) == (x + y >= all) && w == (x + y).digits(n), "mpAdd");
     require(mpSubtract(w.data(), u.data(), v.data(), n) == (x < y) && w == (x + all - y).digits(n), "mpSubtract");
     mpMultiply(product.data(), u.data(), v.data(), n);
@@ -60,10 +60,10 @@ void check_basics(const Number& u, const Number& v, std::uint32_t d, std::uint64
     require(x >= root * root && x < (root + Slow(1)) * (root + Slow(1)), "mpSqrt");
 }
 
-void check_bits(const Number& u, const Number& v, std::uint64_t bit) {
+void check_bits(const DigitVector& u, const DigitVector& v, std::uint64_t bit) {
     const std::size_t n = u.size();
     const Slow x(u), all = Slow::power_of_2(32 * n);
-    Number both(n), either(n), one(n), none(n), w = u;
+    DigitVector both(n), either(n), one(n), none(n), w = u;
     mpAndBits(both.data(), u.data(), v.data(), n);
     mpOrBits(either.data(), u.data(), v.data(), n);
     mpXorBits(one.data(), u.data(), v.data(), n);
@@ -74,7 +74,7 @@ void check_bits(const Number& u, const Number& v, std::uint64_t bit) {
     require(mpGetBit(u.data(), n, bit) == (bit >= 32 * n ? -1 : x.bit(bit) ? 1 : 0), "mpGetBit");
     for (const int value : {0, 1, -1}) {
         require(mpSetBit(w.data(), n, bit, value) == (bit >= 32 * n ? -1 : 0), "mpSetBit's value");
-        Number expected = u;
+        DigitVector expected = u;
         if (bit < 32 * n) {
             const std::uint32_t mask = 1U << bit % 32;
             expected[bit / 32] = value != 0 ? expected[bit / 32] | mask : expected[bit / 32] & ~mask;
@@ -95,7 +95,7 @@ void check_bits(const Number& u, const Number& v, std::uint64_t bit) {
     mpSetDigit(w.data(), u[0], n);
     require(w == Slow(u[0]).digits(n), "mpSetDigit");
     mpSetZero(w.data(), n);
-    require(w == Number(n), "mpSetZero");
+    require(w == DigitVector(n), "mpSetZero");
 }
 
 /** A prime of 32 bits, by trial. */
@@ -106,10 +106,10 @@ bool is_prime(std::uint32_t w) {
     return true;
 }
 
-void check_digits(const Number& u, const Number& v, std::uint32_t d) {
+void check_digits(const DigitVector& u, const DigitVector& v, std::uint32_t d) {
     const std::size_t n = u.size();
     const Slow x(u), all = Slow::power_of_2(32 * n), digit(d);
-    Number w(n);
+    DigitVector w(n);
     require(mpShortAdd(w.data(), u.data(), d, n) == (x + digit >= all) && w == (x + digit).digits(n), "mpShortAdd");
     require(mpShortSub(w.data(), u.data(), d, n) == (x < digit) && w == (x + all - digit).digits(n), "mpShortSub");
     require(mpShortModMult(w.data(), u.data(), d, nullptr, n) == (x * digit / all).digits(1)[0] &&
@@ -132,10 +132,10 @@ void check_digits(const Number& u, const Number& v, std::uint32_t d) {
 }
 
 /** Results in the array of an operand are those in another array. */
-void check_shared(const Number& u, const Number& v, const Number& m) {
+void check_shared(const DigitVector& u, const DigitVector& v, const DigitVector& m) {
     const std::size_t n = u.size();
     const auto same = [&](auto f, const char* name) {
-        Number apart(n), first = u, second = v;
+        DigitVector apart(n), first = u, second = v;
         f(apart.data(), u.data(), v.data());
         f(first.data(), first.data(), v.data());
         f(second.data(), u.data(), second.data());
@@ -149,7 +149,7 @@ void check_shared(const Number& u, const Number& v, const Number& m) {
     same([&](auto* w, auto* a, auto* b) { mpModulo(w, a, n, b, n); }, "mpModulo in place");
     if (Slow(m) < Slow(2)) return;
     same([&](auto* w, auto* a, auto* b) { mpModMult(w, a, b, m.data(), n); }, "mpModMult in place");
-    Number product(n), modulus = m;
+    DigitVector product(n), modulus = m;
     mpModMult(product.data(), u.data(), v.data(), m.data(), n);
     mpModMult(modulus.data(), u.data(), v.data(), modulus.data(), n);
     require(product == modulus, "mpModMult in the array of the modulus");
@@ -169,10 +169,10 @@ int jacobi(Slow a, Slow n) {
     return n == Slow(1) ? sign : 0;
 }
 
-void check_modular(const Number& u, const Number& v, const Number& m, std::uint32_t e) {
+void check_modular(const DigitVector& u, const DigitVector& v, const DigitVector& m, std::uint32_t e) {
     const std::size_t n = u.size();
     const Slow x(u), y(v), mod(m);
-    Number w(n);
+    DigitVector w(n);
     mpGcd(w.data(), u.data(), m.data(), n);
     const Slow gcd = Slow::gcd(x, mod);
     require(w == gcd.digits(n), "mpGcd");
@@ -194,10 +194,10 @@ void check_modular(const Number& u, const Number& v, const Number& m, std::uint3
     if (mod.bit(0) && n <= 4) require(mpJacobi(u.data(), m.data(), n) == jacobi(x, mod), "mpJacobi's sign");
 }
 
-void check_text(const Number& u) {
+void check_text(const DigitVector& u) {
     const std::size_t n = u.size();
     std::vector<char> text(10 * n + 2);
-    Number back(n);
+    DigitVector back(n);
     const std::string decimal = Slow(u).text(10), hex = Slow(u).text(16);
     require(mpConvToDecimal(u.data(), n, text.data(), text.size()) == decimal.size() && decimal == text.data(),
             "mpConvToDecimal");
@@ -220,7 +220,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t n = 1 + input.byte() % 24;
     const std::size_t dividend = 1 + input.byte() % 48;
     const std::uint8_t small = input.byte();
-    const Number m = number(input, n), u = number(input, n), v = number(input, n), wide = number(input, dividend);
+    const DigitVector m = number(input, n), u = number(input, n), v = number(input, n), wide = number(input, dividend);
     check_division(wide, m);
     check_basics(u, v, v[0], std::uint64_t{small} * 4);
     check_bits(u, v, std::uint64_t{small} * 3 + v[0] % 32);

@@ -108,9 +108,9 @@ void check_words(Input& input) {
     const Words y = number(input, m);
     constexpr bool is_plain = S::one == Words{1, 0, 0, 0};
     // Loose representatives where the form has them.
-    const Words a = is_plain ? x : S::enter(x);
-    const Words b = is_plain ? y : S::enter(y);
-    const auto is = [](const Words& r, const Digits& expected) { return Digits(S::canonical(r)) == expected; };
+    const Words a = is_plain ? x : S::to_montgomery(x);
+    const Words b = is_plain ? y : S::to_montgomery(y);
+    const auto is = [](const Words& r, const Digits& expected) { return Digits(S::from_montgomery(r)) == expected; };
     require(is(a, modulo(x, m)), "an element is its number");
     require(is(S::mul(a, b), product(x, y, m)), "product");
     require(is(S::sqr(a), product(x, x, m)), "square");
@@ -185,7 +185,7 @@ Digits lane(const LaneWords& a, std::size_t l) {
     mpShortMult(sum.d, sum.d, 10, VRX_ECC_DIGITS);
     mpShortMult(most.d, Digits(S::modulus).d, 21, VRX_ECC_DIGITS);
     require(mpCompare(sum.d, most.d, VRX_ECC_DIGITS) < 0, "multiplicands are below 2.1 p");
-    return S::canonical(scalar_of<S>(limbs));
+    return S::from_montgomery(scalar_of<S>(limbs));
 }
 
 template <typename S>

@@ -43,8 +43,8 @@ template <typename Field>
 void set_lane(LaneTable& table, std::size_t digit, std::size_t entry, const EcPoint& p) {
     const std::size_t round = digit % comb_rounds;
     const std::size_t lane = digit / comb_rounds;
-    const Limbs52 x = LaneForm<Field>::enter(Field::enter(words_of(p.x)));
-    const Limbs52 y = LaneForm<Field>::enter(Field::enter(words_of(p.y)));
+    const Limbs52 x = LaneForm<Field>::to_lane(Field::to_montgomery(words_of(p.x)));
+    const Limbs52 y = LaneForm<Field>::to_lane(Field::to_montgomery(words_of(p.y)));
     for (std::size_t i = 0; i < limb_count; ++i) {
         table.word[round][entry][0][i][lane] = x.limb[i];
         table.word[round][entry][1][i][lane] = y.limb[i];
@@ -78,7 +78,7 @@ void make_words(WordTable& table, const Group& group) {
             EcPoint e = tooth[comb_teeth - 1];
             for (std::size_t t = 0; t + 1 < comb_teeth; ++t)
                 e = (entry >> t & 1) != 0 ? group.sum(e, tooth[t]) : group.difference(e, tooth[t]);
-            const Words coordinates[] = {Field::enter(words_of(e.x)), Field::enter(words_of(e.y))};
+            const Words coordinates[] = {Field::to_montgomery(words_of(e.x)), Field::to_montgomery(words_of(e.y))};
             std::memcpy(block[entry], coordinates, sizeof coordinates);
         }
     }

@@ -19,20 +19,20 @@
 
 namespace {
 
-using Number = std::vector<std::uint32_t>;
+using DigitVector = std::vector<std::uint32_t>;
 
 constexpr std::size_t sets = 16;
 
-Number random_number(std::size_t n) {
+DigitVector random_number(std::size_t n) {
     static std::mt19937 engine(1);
-    Number number(n);
+    DigitVector number(n);
     for (auto& digit : number) digit = static_cast<std::uint32_t>(engine());
     return number;
 }
 
 /** A modulus of n digits: odd, and with the top bit of its highest digit set. */
-Number random_modulus(std::size_t n) {
-    Number m = random_number(n);
+DigitVector random_modulus(std::size_t n) {
+    DigitVector m = random_number(n);
     m.front() |= 1;
     m.back() |= 0x80000000;
     return m;
@@ -46,8 +46,8 @@ void check(bool same, const char* what) {
 
 struct Case {
     std::size_t n;
-    Number u, v, m, wide;  // wide: a dividend of 2n digits
-    mutable Number w, q, r;
+    DigitVector u, v, m, wide;  // wide: a dividend of 2n digits
+    mutable DigitVector w, q, r;
     explicit Case(std::size_t digits)
         : n(digits),
           u(random_number(n)),
@@ -63,11 +63,11 @@ struct Case {
 struct Mpz {
     mpz_t z;
     Mpz() { mpz_init(z); }
-    explicit Mpz(const Number& a) : Mpz() { mpz_import(z, a.size(), -1, 4, 0, 0, a.data()); }
+    explicit Mpz(const DigitVector& a) : Mpz() { mpz_import(z, a.size(), -1, 4, 0, 0, a.data()); }
     Mpz(const Mpz& other) { mpz_init_set(z, other.z); }
     Mpz& operator=(const Mpz&) = delete;
     ~Mpz() { mpz_clear(z); }
-    [[nodiscard]] bool is(const Number& a) const { return mpz_cmp(z, Mpz(a).z) == 0; }
+    [[nodiscard]] bool is(const DigitVector& a) const { return mpz_cmp(z, Mpz(a).z) == 0; }
 };
 struct GmpCase {
     Mpz u, v, m, wide;
@@ -77,10 +77,10 @@ struct GmpCase {
 #endif
 
 template <typename C>
-using Run = void (*)(const C&);
+using Task = void (*)(const C&);
 
 template <typename C>
-void measure(benchmark::State& state, const std::vector<C>& cases, Run<C> run) {
+void measure(benchmark::State& state, const std::vector<C>& cases, Task<C> run) {
     std::size_t i = 0;
     for (auto _ : state) {
         run(cases[i++ % sets]);
@@ -91,10 +91,10 @@ void measure(benchmark::State& state, const std::vector<C>& cases, Run<C> run) {
 struct Operation {
     const char* name;
     std::vector<std::size_t> digits;
-    Run<Case> vrx;
-    Run<Case> plain;  // NULL: not measured
+    Task<Case> vrx;
+    Task<Case> plain;  // NULL: not measured
 #ifdef VRX_WITH_GMP
-    Run<GmpCase> gmp;
+    Task<GmpCase> gmp;
 #endif
 };
 
@@ -127,7 +127,7 @@ const Operation operations[] = {
      {8, 9, 32, 64, 128},
      [](const Case& c) { mpModMult(c.w.data(), c.u.data(), c.v.data(), c.m.data(), c.n); },
      [](const Case& c) {
-         Number& t = c.r;
+         DigitVector& t = c.r;
          plain::multiply(t.data(), c.u.data(), c.v.data(), c.n);
          plain::divide(c.q.data(), c.w.data(), t.data(), 2 * c.n, c.m.data(), c.n);
      } GMP([](const GmpCase& c) {
@@ -155,7 +155,7 @@ const auto registered = [] {
                 for (std::size_t i = 0; i < sets; ++i) made.emplace_back(n);
                 return made;
             }();
-            std::vector<Number> expected;
+            std::vector<DigitVector> expected;
             for (const Case& c : cases) {
                 std::fill(c.w.begin(), c.w.end(), 0);
                 op.vrx(c);

@@ -91,7 +91,7 @@ public:
         return BuiltinScalar(Order::sum_of_products(a.words_, b.words_, u.words_, v.words_));
     }
     friend BuiltinScalar conditional_move(std::uint64_t bit, const BuiltinScalar& a, const BuiltinScalar& b) {
-        return BuiltinScalar(field::select(field::mask(bit), a.words_, b.words_));
+        return BuiltinScalar(field::conditional_move(field::mask(bit), a.words_, b.words_));
     }
 
 private:

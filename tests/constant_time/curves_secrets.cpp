@@ -9,11 +9,12 @@
 #include <string>
 
 #include "ecc/field/engines.hpp"
+#include "ecc/residue.hpp"
 #include "vrx.h"
 
 namespace {
 
-constexpr std::uint32_t digits = VRX_ECC_DIGITS;
+using vrx::ecc::Number;
 
 template <typename T>
 void make_secret(T& value) {
@@ -23,10 +24,6 @@ template <typename T>
 void make_public(T& value) {
     static_cast<void>(VALGRIND_MAKE_MEM_DEFINED(&value, sizeof value));
 }
-
-struct Number {
-    std::uint32_t d[digits];
-};
 
 // Odd and even, long and short, one above q and a negative one.
 constexpr Number secrets[] = {
@@ -51,41 +48,42 @@ bool works(const EcParamSet& set, const Number& secret) {
     nonce = secret;
     Number d{};
     EcPoint key;
-    if (ecGenerateKeyPair(&set, secret_bytes, d.d, &key) != VRX_OK) return false;
+    if (ecGenerateKeyPair(&set, secret_bytes, d.digits, &key) != VRX_OK) return false;
     make_public(key);
     EcPoint again;
-    if (ecGeneratePublicKey(&set, d.d, &again) != VRX_OK) return false;
+    if (ecGeneratePublicKey(&set, d.digits, &again) != VRX_OK) return false;
     make_public(again);
 
     EcSignature sig;
-    if (ecSign(&set, digest, secret_bytes, d.d, &sig) != VRX_OK) return false;
+    if (ecSign(&set, digest, secret_bytes, d.digits, &sig) != VRX_OK) return false;
     make_public(sig);
     if (ecVerify(&set, digest, &key, &sig) != VRX_OK) return false;
 
     // Keys of nine digits are reduced first.
     Number any = secret;
     make_secret(any);
-    if (ecSign(&set, digest, secret_bytes, any.d, &sig) != VRX_OK) return false;
+    if (ecSign(&set, digest, secret_bytes, any.digits, &sig) != VRX_OK) return false;
     make_public(sig);
 
     std::uint8_t octets[VRX_PRIVATE_KEY_SIZE];
-    if (ecUnloadPrivateKeyValue(d.d, octets) != VRX_OK || ecLoadPrivateKeyValue(octets, d.d) != VRX_OK) return false;
+    if (ecUnloadPrivateKeyValue(d.digits, octets) != VRX_OK || ecLoadPrivateKeyValue(octets, d.digits) != VRX_OK)
+        return false;
 
     std::uint8_t kek[VRX_KEK_SIZE];
     EcPoint peer;
     Number three = {{3}};
-    if (ecGeneratePublicKey(&set, three.d, &peer) != VRX_OK) return false;
+    if (ecGeneratePublicKey(&set, three.digits, &peer) != VRX_OK) return false;
     make_public(peer);
-    return ecMakeKEK(&set, &oid, ukm, d.d, &peer, kek) == VRX_OK;
+    return ecMakeKEK(&set, &oid, ukm, d.digits, &peer, kek) == VRX_OK;
 }
 
 /** The functions for multiples. Without a table epMultJ() computes something else, in times that tell of the number. */
 bool multiples(const EcParamSet& set, Number k) {
     make_secret(k);
     EcPoint r;
-    if (epMult(&r, &set.G, k.d, &set) != VRX_OK) return false;
+    if (epMult(&r, &set.G, k.digits, &set) != VRX_OK) return false;
     if (set.has_precomp != 1) return true;
-    return epMultPP(&r, k.d, &set) == VRX_OK && epMultJ(&r, &set.pp[1], k.d, &set) == VRX_OK;
+    return epMultPP(&r, k.digits, &set) == VRX_OK && epMultJ(&r, &set.pp[1], k.digits, &set) == VRX_OK;
 }
 
 /** The engine of a name. valgrind runs the instructions of ADX, but hides from programs that it does. */

@@ -37,7 +37,7 @@ ORDER = {
     ],
     "ecc/uint256": ["words", "divsteps"],
     "ecc/field": [
-        "words", "select", "modulus", "adx_words", "curves", "points", "order", "limbs52", "recode",
+        "words", "lookup", "modulus", "adx_words", "curves", "points", "order", "limbs52", "recode",
         "comb_tables", "word_multiply", "lanes", "lane_points", "comb", "ladder", "lane_methods", "engine", "engine_of",
     ],
     "ecc": ["residue", "params", "point", "multiples", "domain", "multiply", "generate", "sign", "agree", "octets"],

@@ -21,7 +21,7 @@ Word sum(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
     Word carry = 0;
     std::uint64_t i = 0;
     for (; i + 2 <= n; i += 2) {
-        const Wide t = Wide{pair(u + i)} + pair(v + i) + carry;
+        const DoubleWord t = DoubleWord{pair(u + i)} + pair(v + i) + carry;
         set_pair(w + i, low(t));
         carry = high(t);
     }
@@ -38,7 +38,7 @@ Word difference(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
     Word borrow = 0;
     std::uint64_t i = 0;
     for (; i + 2 <= n; i += 2) {
-        const Wide t = Wide{pair(u + i)} - pair(v + i) - borrow;
+        const DoubleWord t = DoubleWord{pair(u + i)} - pair(v + i) - borrow;
         set_pair(w + i, low(t));
         borrow = high(t) & 1;
     }
@@ -314,7 +314,7 @@ std::uint32_t mpShortMult(std::uint32_t* w, const std::uint32_t* u, std::uint32_
     Word carry = 0;
     std::uint64_t i = 0;
     for (; i + 2 <= ndigits; i += 2) {
-        const Wide t = Wide{pair(u + i)} * d + carry;
+        const DoubleWord t = DoubleWord{pair(u + i)} * d + carry;
         set_pair(w + i, low(t));
         carry = high(t);
     }

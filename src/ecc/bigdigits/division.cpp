@@ -15,7 +15,7 @@ Word long_reciprocal(Word d1, Word d0) {
     const Word twice = over & -static_cast<Word>(p >= d1);
     v += over + twice;
     p -= (over & d1) + (twice & d1);
-    const Wide t = Wide{v} * d0;
+    const DoubleWord t = DoubleWord{v} * d0;
     p += high(t);
     if (p < high(t)) {
         --v;
@@ -26,15 +26,15 @@ Word long_reciprocal(Word d1, Word d0) {
 
 struct LongDivision {
     Word quotient;
-    Wide remainder;
+    DoubleWord remainder;
 };
 
 /** (u 2^64 + u0) / d for u < d, where the top bit of d is set and v is the reciprocal of its two words. */
-LongDivision long_divide(Wide u, Word u0, Wide d, Word v) {
-    const Wide q = Wide{v} * high(u) + u;
+LongDivision long_divide(DoubleWord u, Word u0, DoubleWord d, Word v) {
+    const DoubleWord q = DoubleWord{v} * high(u) + u;
     Word q1 = high(q);
     const Word r1 = low(u) - q1 * high(d);
-    Wide r = wide(r1, u0) - d - Wide{low(d)} * q1;
+    DoubleWord r = wide(r1, u0) - d - DoubleWord{low(d)} * q1;
     ++q1;
     const Word mask = -static_cast<Word>(high(r) >= low(q));  // q1 was one too large
     q1 += mask;
@@ -60,8 +60,8 @@ void divide_by_word_step(Word* u, const Divisor& d) {
  */
 [[gnu::noinline]] void divide_steps(Word* u, std::size_t steps, const Divisor& d) {
     const std::size_t n = d.count;
-    const Wide divisor = wide(d.words[n - 1], d.words[n - 2]);
-    Wide top = wide(u[n + steps - 1], u[n + steps - 2]);  // the remainder's two top words stay in registers
+    const DoubleWord divisor = wide(d.words[n - 1], d.words[n - 2]);
+    DoubleWord top = wide(u[n + steps - 1], u[n + steps - 2]);  // the remainder's two top words stay in registers
     for (std::size_t j = steps; j-- != 0;) {
         Word quotient = ~Word{0};
         if (top >= divisor) [[unlikely]] {

@@ -22,7 +22,7 @@ struct ShortDivision {
 
 /** (u1 2^64 + u0) / d for u1 < d, where the top bit of d is set and v is its reciprocal. */
 inline ShortDivision divide(Word u1, Word u0, Word d, Word v) {
-    const Wide q = Wide{v} * u1 + wide(u1, u0);
+    const DoubleWord q = DoubleWord{v} * u1 + wide(u1, u0);
     Word q1 = high(q) + 1;
     Word r = u0 - q1 * d;
     const Word mask = -static_cast<Word>(r > low(q));  // q1 was one too large

@@ -29,21 +29,21 @@ struct Steps {
 };
 
 /** The steps on x >= y that can be told from x and y divided by a common power of two: x below 2^126, rounded down. */
-inline Steps leading_steps(Wide x, Wide y) {
+inline Steps leading_steps(DoubleWord x, DoubleWord y) {
     Steps s;
     // While y is above 2^64, and x began below 2^126, all of a to d stay below 2^62.
     while (high(y) != 0) {
         // What was cut off leaves the true quotient between these two (the cofactors' signs alternate).
-        const Wide one = s.odd ? x - s.a : x + s.a;
-        const Wide one_by = s.odd ? y + s.c : y - s.c;
-        const Wide other = s.odd ? x + s.b : x - s.b;
-        const Wide other_by = s.odd ? y - s.d : y + s.d;
+        const DoubleWord one = s.odd ? x - s.a : x + s.a;
+        const DoubleWord one_by = s.odd ? y + s.c : y - s.c;
+        const DoubleWord other = s.odd ? x + s.b : x - s.b;
+        const DoubleWord other_by = s.odd ? y - s.d : y + s.d;
         Word quotient = 0;
-        Wide rest = one;
+        DoubleWord rest = one;
         for (; rest >= one_by && quotient < 4; ++quotient) rest -= one_by;  // most are small
         if (rest >= one_by) quotient = low(one / one_by);
         if (other < quotient * other_by || other - quotient * other_by >= other_by) break;
-        const Wide next = x - quotient * y;
+        const DoubleWord next = x - quotient * y;
         x = y;
         y = next;
         s.add(quotient);
@@ -79,7 +79,7 @@ inline void sum_of_multiples(Word* w, Word a, const Word* x, Word b, const Word*
 
 /** The leading 126 bits of x, and of y what stands in the same places; n > 1 words of each, the top word of x is not 0.
  */
-inline void leading(const Word* x, const Word* y, std::size_t n, Wide& x_top, Wide& y_top) {
+inline void leading(const Word* x, const Word* y, std::size_t n, DoubleWord& x_top, DoubleWord& y_top) {
     const unsigned shift = static_cast<unsigned>(std::countl_zero(x[n - 1]));
     const auto top = [=](const Word* u) {
         const Word below = n > 2 ? u[n - 3] >> 1 >> (word_bits - 1 - shift) : 0;

@@ -141,7 +141,7 @@ bool inverse_by_euclid(Word* inv, Word* u, const Word* m, std::size_t n, Inverse
             break;
         }
         if (same_length) {
-            Wide x_top, y_top;
+            DoubleWord x_top, y_top;
             leading(x, y, used, x_top, y_top);
             s = leading_steps(x_top, y_top);
         }

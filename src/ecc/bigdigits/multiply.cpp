@@ -41,10 +41,10 @@ void double_and_add_squares(Word* w, const Word* u, std::size_t n) {
     Word top = 0;  // the bit that doubling moves into the next pair
     Word carry = 0;
     for (std::size_t i = 0; i < n; ++i) {
-        const Wide s = Wide{u[i]} * u[i];
+        const DoubleWord s = DoubleWord{u[i]} * u[i];
         const Word w0 = w[2 * i], w1 = w[2 * i + 1];
-        const Wide t0 = Wide{w0 << 1 | top} + low(s) + carry;
-        const Wide t1 = Wide{w1 << 1 | w0 >> (word_bits - 1)} + high(s) + high(t0);
+        const DoubleWord t0 = DoubleWord{w0 << 1 | top} + low(s) + carry;
+        const DoubleWord t1 = DoubleWord{w1 << 1 | w0 >> (word_bits - 1)} + high(s) + high(t0);
         w[2 * i] = low(t0);
         w[2 * i + 1] = low(t1);
         carry = high(t1);

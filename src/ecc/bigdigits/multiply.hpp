@@ -28,7 +28,7 @@ template <std::size_t n, typename F>
 
 /** addend + u x + carry: the low word replaces the addend, the high word the carry. No such sum exceeds 2^128 - 1. */
 inline void multiply_step(Word u, Word x, Word& addend, Word& carry) {
-    // As C++ on Wide, g++ needs a third more time.
+    // As C++ on DoubleWord, g++ needs a third more time.
     Word lo = u;
     Word hi;
     asm("mulq %[x]\n\t"
@@ -97,7 +97,7 @@ public:
     [[nodiscard]] Word finish_subtracting(Word* w) const {
         Word borrow = 0;
         unrolled<rows>([&](auto r) __attribute__((always_inline)) {
-            const Wide t = Wide{w[r]} - carry_[r] - borrow;
+            const DoubleWord t = DoubleWord{w[r]} - carry_[r] - borrow;
             w[r] = low(t);
             borrow = high(t) & 1;
         });

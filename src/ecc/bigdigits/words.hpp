@@ -15,15 +15,15 @@ namespace vrx::bigdigits {
 
 using Digit = std::uint32_t;
 using Word = std::uint64_t;
-__extension__ typedef unsigned __int128 Wide;
+__extension__ typedef unsigned __int128 DoubleWord;
 
 inline constexpr std::size_t max_digits = 256;
 inline constexpr std::size_t max_words = max_digits / 2;
 inline constexpr unsigned word_bits = 64;
 
-constexpr Word low(Wide x) { return static_cast<Word>(x); }
-constexpr Word high(Wide x) { return static_cast<Word>(x >> word_bits); }
-constexpr Wide wide(Word hi, Word lo) { return Wide{hi} << word_bits | lo; }
+constexpr Word low(DoubleWord x) { return static_cast<Word>(x); }
+constexpr Word high(DoubleWord x) { return static_cast<Word>(x >> word_bits); }
+constexpr DoubleWord wide(Word hi, Word lo) { return DoubleWord{hi} << word_bits | lo; }
 
 /** The words that hold a number of so many digits; an odd last digit is padded. */
 constexpr std::size_t words_for(std::uint64_t ndigits) { return ndigits / 2 + ndigits % 2; }
@@ -163,7 +163,7 @@ inline std::size_t bit_length(const Word* u, std::size_t n) {
 inline Word add(Word* w, const Word* u, const Word* v, std::size_t n) {
     Word carry = 0;
     for (std::size_t i = 0; i < n; ++i) {
-        const Wide t = Wide{u[i]} + v[i] + carry;
+        const DoubleWord t = DoubleWord{u[i]} + v[i] + carry;
         w[i] = low(t);
         carry = high(t);
     }
@@ -174,7 +174,7 @@ inline Word add(Word* w, const Word* u, const Word* v, std::size_t n) {
 inline Word subtract(Word* w, const Word* u, const Word* v, std::size_t n) {
     Word borrow = 0;
     for (std::size_t i = 0; i < n; ++i) {
-        const Wide t = Wide{u[i]} - v[i] - borrow;
+        const DoubleWord t = DoubleWord{u[i]} - v[i] - borrow;
         w[i] = low(t);
         borrow = high(t) & 1;
     }

@@ -15,8 +15,8 @@ struct AdxWords {
     using WideWords = field::WideWords;
 
     template <typename Entry, std::size_t count>
-    [[gnu::target("avx2")]] static Entry selected(const void* table, std::uint64_t index) {
-        return field::selected<32, Entry, count>(table, index);
+    [[gnu::target("avx2")]] static Entry lookup(const void* table, std::uint64_t index) {
+        return constant_time_lookup<32, Entry, count>(table, index);
     }
 
     /** Row by row: the products of a word of a with b are added where they belong. */

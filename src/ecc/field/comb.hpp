@@ -10,11 +10,10 @@
 
 namespace vrx::field {
 
-/** The table entry of every lane's digit, and where it is negative. Reads the whole round: no address depends on a
- * digit. */
+/** The table entry of every lane's digit; returns a mask of the negative ones. Constant-time: reads the whole round. */
 template <typename V>
-V pick(const std::uint64_t (&round)[comb_entries][2][limb_count][lane_count], const V& nibble, Element<V>& x,
-       Element<V>& y) {
+V lookup(const std::uint64_t (&round)[comb_entries][2][limb_count][lane_count], const V& nibble, Element<V>& x,
+         Element<V>& y) {
     // Nibbles from 8 on are the digits 1, 3, ..., 15; those below are -15, ..., -1: their complement counts.
     const V negative = V::shift_right_signed(nibble - V::all(8), 63);
     const V index = V::exclusive_or(nibble, negative) & V::all(7);
@@ -27,8 +26,8 @@ V pick(const std::uint64_t (&round)[comb_entries][2][limb_count][lane_count], co
     for (std::size_t e = 1; e < comb_entries; ++e)
 #pragma GCC unroll 10
         for (std::size_t i = 0; i < limb_count; ++i) {
-            x.limb[i] = V::picked(x.limb[i], index, e, round[e][0][i]);
-            y.limb[i] = V::picked(y.limb[i], index, e, round[e][1][i]);
+            x.limb[i] = V::conditional_move(x.limb[i], index, e, round[e][0][i]);
+            y.limb[i] = V::conditional_move(y.limb[i], index, e, round[e][1][i]);
         }
     return negative;
 }
@@ -49,13 +48,13 @@ XyzzPoint comb_multiply(const Words& k) {
     LanePoints<V> p;
     Element<V> x;
     Element<V> y;
-    V negative = pick(table.word[0], left & V::all(15), x, y);
+    V negative = lookup(table.word[0], left & V::all(15), x, y);
     p.x = x;
     p.y = F::carry(negated_where(negative, y));
-    p.zz = p.zzz = broadcast<V>(LaneForm<S>::enter(S::one));
+    p.zz = p.zzz = broadcast<V>(LaneForm<S>::to_lane(S::one));
     for (std::size_t round = 1; round < comb_rounds; ++round) {
         left = V::shift_right_signed(left, 4);
-        negative = pick(table.word[round], left & V::all(15), x, y);
+        negative = lookup(table.word[round], left & V::all(15), x, y);
         p = plus_affine<F>(p, x, y, negative);
     }
     constexpr std::uint64_t lane_numbers[lane_count] = {0, 1, 2, 3, 4, 5, 6, 7};
@@ -63,7 +62,7 @@ XyzzPoint comb_multiply(const Words& k) {
         p = plus_partner<F>(p, V::exclusive_or(V::load(lane_numbers), V::all(distance)));
 
     XyzzPoint r = {scalar_lane<S>(p.x, 0), scalar_lane<S>(p.y, 0), scalar_lane<S>(p.zz, 0), scalar_lane<S>(p.zzz, 0)};
-    r.y = select(even, S::sub(Words{}, r.y), r.y);
+    r.y = conditional_move(even, S::sub(Words{}, r.y), r.y);
     return r;
 }
 

@@ -13,7 +13,7 @@ enum class CurveId : std::uint8_t { test, a, b, c };
  */
 struct CurveTest {
     static constexpr CurveId id = CurveId::test;
-    using Field = AbovePower<0x431>;
+    using Field = PseudoMersennePlus<0x431>;
     static constexpr int a = 7;
     static constexpr Words b = {0x514C0CE9DAE23B7E, 0x563F6E6A3472FC2A, 0x39B8E022FBAFEF40, 0x5FBFF498AA938CE7};
     static constexpr Words q = {0xC59CFC193ACCF5B3, 0x50FE8A1892976154, 0x0000000000000001, 0x8000000000000000};
@@ -23,7 +23,7 @@ struct CurveTest {
 
 struct CurveA {
     static constexpr CurveId id = CurveId::a;
-    using Field = BelowPower<617>;
+    using Field = PseudoMersenneMinus<617>;
     static constexpr int a = -3;
     static constexpr Words b = {0x00000000000000A6, 0x0000000000000000, 0x0000000000000000, 0x0000000000000000};
     static constexpr Words q = {0x45841B09B761B893, 0x6C611070995AD100, 0xFFFFFFFFFFFFFFFF, 0xFFFFFFFFFFFFFFFF};
@@ -33,7 +33,7 @@ struct CurveA {
 
 struct CurveB {
     static constexpr CurveId id = CurveId::b;
-    using Field = AbovePower<0xC99>;
+    using Field = PseudoMersennePlus<0xC99>;
     static constexpr int a = -3;
     static constexpr Words b = {0x2F49D4CE7E1BBC8B, 0xE979259373FF2B18, 0x66A7D3C25C3DF80A, 0x3E1AF419A269A5F8};
     static constexpr Words q = {0xE497161BCC8A198F, 0x5F700CFFF1A624E5, 0x0000000000000001, 0x8000000000000000};

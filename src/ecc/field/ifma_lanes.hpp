@@ -45,8 +45,8 @@ struct IfmaLanes {
     static IfmaLanes blended(const IfmaLanes& a, const IfmaLanes& b) {
         return {_mm512_mask_blend_epi64(bits, a.v, b.v)};
     }
-    static IfmaLanes picked(const IfmaLanes& a, const IfmaLanes& index, std::uint64_t wanted,
-                            const std::uint64_t* from) {
+    static IfmaLanes conditional_move(const IfmaLanes& a, const IfmaLanes& index, std::uint64_t wanted,
+                                      const std::uint64_t* from) {
         return {_mm512_mask_loadu_epi64(a.v, _mm512_cmpeq_epi64_mask(index.v, all(wanted).v), from)};
     }
 

@@ -55,7 +55,7 @@ Element<V> times(const Element<V>& a) {
 template <typename S, typename V>
 Element<V> packed(const Words (&values)[lane_count]) {
     Limbs52 limbs[lane_count];
-    for (std::size_t l = 0; l < lane_count; ++l) limbs[l] = LaneForm<S>::enter(values[l]);
+    for (std::size_t l = 0; l < lane_count; ++l) limbs[l] = LaneForm<S>::to_lane(values[l]);
     Element<V> r;
 #pragma GCC unroll 10
     for (std::size_t i = 0; i < limb_count; ++i) {
@@ -71,7 +71,7 @@ template <typename V, typename Curve, typename F = LaneField<V, typename Curve::
 [[gnu::flatten]] LadderResult ladder(const Words& k, const Words& x) {
     using S = typename Curve::Field;
     constexpr int a = Curve::a;
-    const Words b4 = times<S>(S::enter(Curve::b), 4);
+    const Words b4 = times<S>(S::to_montgomery(Curve::b), 4);
     const Words zero{};
     const Element<V> constants = packed<S, V>({x, b4, S::add(b4, b4), b4, zero, zero, zero, zero});
 
@@ -113,10 +113,10 @@ template <typename V, typename Curve, typename F = LaneField<V, typename Curve::
     LadderResult r = {scalar_lane<S>(state, 0), scalar_lane<S>(state, 1), scalar_lane<S>(state, 2),
                       scalar_lane<S>(state, 3)};
     const LadderResult s = r;
-    r.x0 = select(swapped, s.x1, s.x0);
-    r.z0 = select(swapped, s.z1, s.z0);
-    r.x1 = select(swapped, s.x0, s.x1);
-    r.z1 = select(swapped, s.z0, s.z1);
+    r.x0 = conditional_move(swapped, s.x1, s.x0);
+    r.z0 = conditional_move(swapped, s.z1, s.z0);
+    r.x1 = conditional_move(swapped, s.x0, s.x1);
+    r.z1 = conditional_move(swapped, s.z0, s.z1);
     return r;
 }
 

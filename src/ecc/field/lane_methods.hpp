@@ -16,8 +16,8 @@ struct LaneMethods {
     template <typename Curve>
     static HomogeneousPoint point(const Words& k, const AffinePoint& q) {
         using S = typename Curve::Field;
-        const Words x = S::enter(q.x);
-        return with_y<Curve>(ladder<V, Curve>(k, x), x, S::enter(q.y));
+        const Words x = S::to_montgomery(q.x);
+        return with_y<Curve>(ladder<V, Curve>(k, x), x, S::to_montgomery(q.y));
     }
     template <typename Curve>
     static HomogeneousPoint public_point(const Words& k, const AffinePoint& q) {

@@ -140,9 +140,9 @@ template <typename V, typename S>
 struct LaneField;
 
 template <typename V, std::uint64_t c>
-struct LaneField<V, BelowPower<c>> {
+struct LaneField<V, PseudoMersenneMinus<c>> {
     static_assert(16 * c < 1 << 18);
-    using Scalar = BelowPower<c>;
+    using Scalar = PseudoMersenneMinus<c>;
 
     static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
     static Element<V> sqr_loose(const Element<V>& a) { return reduced(square(a)); }
@@ -182,9 +182,9 @@ private:
 };
 
 template <typename V, std::uint64_t c>
-struct LaneField<V, AbovePower<c>> {
+struct LaneField<V, PseudoMersennePlus<c>> {
     static_assert(32 * c < 1 << 18);
-    using Scalar = AbovePower<c>;
+    using Scalar = PseudoMersennePlus<c>;
 
     static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
     static Element<V> sqr_loose(const Element<V>& a) { return reduced(square(a)); }

@@ -33,23 +33,23 @@ constexpr Limbs52 multiple(const Words& a, std::uint64_t n) {
     return r;
 }
 
-/** How a scalar element of the modulus S goes into a lane: as it is. */
+/** Conversion between a scalar element of the modulus S and the form of a lane: the same number. */
 template <typename S>
 struct LaneForm {
-    static constexpr Limbs52 enter(const Words& a) { return to_limbs52(a); }
-    static constexpr Words leave(const Words& a) { return a; }
+    static constexpr Limbs52 to_lane(const Words& a) { return to_limbs52(a); }
+    static constexpr Words from_lane(const Words& a) { return a; }
 };
 
-/** Montgomery's form is by 2^260 in a lane, by 2^256 elsewhere. */
+/** Montgomery form has the factor 2^260 in a lane, and 2^256 elsewhere. */
 template <Words m>
 struct LaneForm<Montgomery<m>> {
     using Scalar = Montgomery<m>;
 
-    static constexpr Limbs52 enter(Words a) {
+    static constexpr Limbs52 to_lane(Words a) {
         for (int i = 0; i < 4; ++i) a = Scalar::add(a, a);
         return to_limbs52(a);
     }
-    static constexpr Words leave(const Words& a) { return Scalar::mul(a, one_sixteenth); }
+    static constexpr Words from_lane(const Words& a) { return Scalar::mul(a, one_sixteenth); }
 
 private:
     /** 2^252: multiplying by it in Montgomery's form halves four times. */
@@ -64,13 +64,13 @@ constexpr Words scalar_of(const Limbs52& a) {
     constexpr Words power = [] {
         Words r{};
         sub(r, Words{}, S::modulus);
-        return subtract_once(r, S::modulus);
+        return reduce_once(r, S::modulus);
     }();
     const std::uint64_t over = a.limb[4] >> 48;
-    Words sum = subtract_once(low, S::modulus);
-    sum = S::add(sum, select(mask((over & 1) | over >> 1), power, Words{}));
-    sum = S::add(sum, select(mask(over >> 1), power, Words{}));
-    return LaneForm<S>::leave(sum);
+    Words sum = reduce_once(low, S::modulus);
+    sum = S::add(sum, conditional_move(mask((over & 1) | over >> 1), power, Words{}));
+    sum = S::add(sum, conditional_move(mask(over >> 1), power, Words{}));
+    return LaneForm<S>::from_lane(sum);
 }
 
 }  // namespace vrx::field

@@ -1,18 +1,19 @@
 // Arithmetic modulo 256-bit numbers of three shapes.
 //
-// An element is held loosely, as any representative below N = 2^256 of its class (times N in Montgomery's form, and
-// below the modulus); canonical() gives the one below the modulus. Every operation takes such operands and yields such
-// a result, in time that depends on no value. B is 2^64; a test goes through all numbers where it is a few bits.
+// An element is any representative of its class below N = 2^256 (in Montgomery form times N, and below the modulus).
+// Every operation accepts such operands and yields such a result, in constant time. to_montgomery() makes an element of
+// a number, and from_montgomery() the number below the modulus of an element. Pseudo-Mersenne moduli need no Montgomery
+// form: its factor is 1 there. B is 2^64; a test tries all numbers with a B of a few bits.
 #ifndef VRX_ECC_FIELD_MODULUS_HPP
 #define VRX_ECC_FIELD_MODULUS_HPP
 
 #include <tuple>
 
-#include "ecc/field/select.hpp"
+#include "ecc/field/lookup.hpp"
 
 namespace vrx::field {
 
-/** What engines do in their own ways: products, and entries of tables. This is plain C++, for any words. */
+/** The operations that engines replace: products and table look-ups. This is plain C++, for any words. */
 template <typename W, std::size_t count>
 struct PlainWordsOf {
     using Word = W;
@@ -20,8 +21,8 @@ struct PlainWordsOf {
     using WideWords = WordsOf<Word, 2 * count>;
 
     template <typename Entry, std::size_t entries>
-    static Entry selected(const void* table, std::uint64_t index) {
-        return field::selected<16, Entry, entries>(table, index);
+    static Entry lookup(const void* table, std::uint64_t index) {
+        return constant_time_lookup<16, Entry, entries>(table, index);
     }
 
     /** a b, below N^2 for any a and b. */
@@ -67,16 +68,17 @@ struct PlainWordsOf {
 };
 using PlainWords = PlainWordsOf<std::uint64_t, 4>;
 
-/** p = N - c, so that N is c. A second carry has to find room in word 0, for which c (c + 1) is below B. */
+/** Pseudo-Mersenne: p = N - c, so that N is c. A second carry has to find room in word 0, for which c (c + 1) is below
+ * B. */
 template <std::uint64_t c, typename P = PlainWords>
-struct BelowPower {
-    using Engine = P;
+struct PseudoMersenneMinus {
+    using Operations = P;
     using Word = typename P::Word;
     using Words = typename P::Words;
     using WideWords = typename P::WideWords;
-    /** The same field in the way of another engine. */
+    /** The same field over the operations of another engine. */
     template <typename Other>
-    using With = BelowPower<c, Other>;
+    using With = PseudoMersenneMinus<c, Other>;
 
     static_assert(c < std::uint64_t{1} << (word_bits<Word> + 1) / 2 &&
                   c * (c + 1) <= static_cast<std::uint64_t>(~Word{0}));
@@ -106,9 +108,9 @@ struct BelowPower {
         return r;
     }
 
-    static constexpr Words enter(const Words& a) { return a; }
+    static constexpr Words to_montgomery(const Words& a) { return a; }
     /** Below p, for any a: N is below 2p. */
-    static constexpr Words canonical(const Words& a) { return subtract_once(a, modulus); }
+    static constexpr Words from_montgomery(const Words& a) { return reduce_once(a, modulus); }
 
 private:
     /** r + high N, for any r, and high at most c. */
@@ -128,17 +130,17 @@ private:
 };
 
 /**
- * p = N / 2 + c, so that N is -2c. What stands for multiples of N has to fit a word, for which 2c (2c + 1) is below B,
- * and half of N has to hold it.
+ * Pseudo-Mersenne: p = N / 2 + c, so that N is -2c. What stands for multiples of N has to fit a word, for which 2c (2c
+ * + 1) is below B, and half of N has to hold it.
  */
 template <std::uint64_t c, typename P = PlainWords>
-struct AbovePower {
-    using Engine = P;
+struct PseudoMersennePlus {
+    using Operations = P;
     using Word = typename P::Word;
     using Words = typename P::Words;
     using WideWords = typename P::WideWords;
     template <typename Other>
-    using With = AbovePower<c, Other>;
+    using With = PseudoMersennePlus<c, Other>;
 
     static constexpr int top_bit = word_bits<Word> - 1;
     static constexpr std::size_t last = std::tuple_size_v<Words> - 1;
@@ -171,9 +173,9 @@ struct AbovePower {
         return raise(r, borrow);
     }
 
-    static constexpr Words enter(const Words& a) { return a; }
+    static constexpr Words to_montgomery(const Words& a) { return a; }
     /** Below p, for any a: N is below 2p. */
-    static constexpr Words canonical(const Words& a) { return subtract_once(a, modulus); }
+    static constexpr Words from_montgomery(const Words& a) { return reduce_once(a, modulus); }
 
 private:
     /**
@@ -202,11 +204,10 @@ private:
     }
 };
 
-/** Any odd modulus above N / 2. An element stands multiplied by N (P. L. Montgomery, 1985), always below the modulus.
- */
+/** Any odd modulus above N / 2. An element is a number times N, below the modulus (P. L. Montgomery, 1985). */
 template <auto m, typename P = PlainWords>
 struct Montgomery {
-    using Engine = P;
+    using Operations = P;
     using Word = typename P::Word;
     using Words = typename P::Words;
     template <typename Other>
@@ -247,13 +248,13 @@ struct Montgomery {
         Words corrected{};
         const Word borrow = field::sub(r, a, b);
         field::add(corrected, r, m);
-        return select(mask(borrow), corrected, r);
+        return conditional_move(mask(borrow), corrected, r);
     }
 
-    /** Any number below N, taken into this form. */
-    static constexpr Words enter(const Words& a) { return mul(a, square_of_power); }
-    /** The number below m that any a stands for. */
-    static constexpr Words canonical(const Words& a) { return mul(a, {1}); }
+    /** Any number below N, in Montgomery form. */
+    static constexpr Words to_montgomery(const Words& a) { return mul(a, square_of_power); }
+    /** The number below m of any a. */
+    static constexpr Words from_montgomery(const Words& a) { return mul(a, {1}); }
 
 private:
     /** -1 / m modulo B: each step of Newton's doubles the bits that are right. */
@@ -274,7 +275,7 @@ private:
     static constexpr Words less_modulus(const Words& a, Word high) {
         Words r{};
         const Word borrow = field::sub(r, a, m);
-        return select(mask(borrow & (high ^ 1)), a, r);
+        return conditional_move(mask(borrow & (high ^ 1)), a, r);
     }
 };
 

@@ -20,17 +20,17 @@ struct Order {
     using S = Montgomery<Curve::q>;
 
     /** Of any n, which is below 2q. */
-    static constexpr Words reduced(const Words& n) { return subtract_once(n, Curve::q); }
+    static constexpr Words reduced(const Words& n) { return reduce_once(n, Curve::q); }
     /** Of any nine digits. */
     static constexpr Words reduced(const Nine& n) {
-        // What enters Montgomery's form is multiplied by 2^256.
-        return S::add(reduced(n.low), S::enter({n.high, 0, 0, 0}));
+        // A number in Montgomery form is multiplied by 2^256.
+        return S::add(reduced(n.low), S::to_montgomery({n.high, 0, 0, 0}));
     }
     /** a b for one factor below q; the other one may be any number of 256 bits. */
-    static constexpr Words product(const Words& a, const Words& b) { return S::mul(S::enter(a), b); }
+    static constexpr Words product(const Words& a, const Words& b) { return S::mul(S::to_montgomery(a), b); }
     /** a b + u v */
     static constexpr Words sum_of_products(const Words& a, const Words& b, const Words& u, const Words& v) {
-        return S::enter(S::add(S::mul(a, b), S::mul(u, v)));
+        return S::to_montgomery(S::add(S::mul(a, b), S::mul(u, v)));
     }
     /** -a modulo q. */
     static constexpr Words negative(const Words& a) { return S::sub(Words{}, a); }

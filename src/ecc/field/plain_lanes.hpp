@@ -92,9 +92,9 @@ struct PlainLanes {
         return r;
     }
 
-    /** In lanes whose index is `wanted`, the words at `from`; else a. */
-    static PlainLanes picked(const PlainLanes& a, const PlainLanes& index, std::uint64_t wanted,
-                             const std::uint64_t* from) {
+    /** Conditional move: the words at `from` in lanes whose index is `wanted`, else a. */
+    static PlainLanes conditional_move(const PlainLanes& a, const PlainLanes& index, std::uint64_t wanted,
+                                       const std::uint64_t* from) {
         PlainLanes r;
         for (std::size_t i = 0; i < 8; ++i) {
             const std::uint64_t other = index.lane[i] ^ wanted;

@@ -44,14 +44,14 @@ constexpr Words plus_a_times(const Words& w, const Words& v) {
 
 template <typename S>
 constexpr bool is_element_zero(const Words& a) {
-    return is_zero(S::canonical(a)) != 0;
+    return is_zero(S::from_montgomery(a)) != 0;
 }
 
 /** 1 / a, or 0 where there is none. */
 template <typename S>
 constexpr Words inverse_element(const Words& a) {
     constexpr OddModulus modulus(S::modulus);
-    return S::enter(inverse(S::canonical(a), modulus));
+    return S::to_montgomery(inverse(S::from_montgomery(a), modulus));
 }
 
 /** Whether a < m. Branches on the outcome. */
@@ -65,9 +65,9 @@ template <typename Curve>
 constexpr bool is_on_curve(const AffinePoint& point) {
     using S = typename Curve::Field;
     if (!is_below(point.x, S::modulus) || !is_below(point.y, S::modulus)) return false;
-    const Words x = S::enter(point.x);
-    const Words y = S::enter(point.y);
-    const Words right = S::add(S::mul(plus_a_times<Curve>(S::sqr(x), S::one), x), S::enter(Curve::b));
+    const Words x = S::to_montgomery(point.x);
+    const Words y = S::to_montgomery(point.y);
+    const Words right = S::add(S::mul(plus_a_times<Curve>(S::sqr(x), S::one), x), S::to_montgomery(Curve::b));
     return is_element_zero<S>(S::sub(S::sqr(y), right));
 }
 
@@ -77,9 +77,9 @@ bool to_affine(const XyzzPoint& point, AffinePoint& r) {
     using S = typename Curve::Field;
     const Words i3 = inverse_element<S>(point.zzz);
     const Words i1 = S::mul(i3, point.zz);
-    r.x = S::canonical(S::mul(point.x, S::sqr(i1)));
-    r.y = S::canonical(S::mul(point.y, i3));
-    return declassify(1 ^ is_zero(S::canonical(i3)));
+    r.x = S::from_montgomery(S::mul(point.x, S::sqr(i1)));
+    r.y = S::from_montgomery(S::mul(point.y, i3));
+    return declassify(1 ^ is_zero(S::from_montgomery(i3)));
 }
 
 /** As above. */
@@ -87,9 +87,9 @@ template <typename Curve>
 bool to_affine(const HomogeneousPoint& point, AffinePoint& r) {
     using S = typename Curve::Field;
     const Words i = inverse_element<S>(point.z);
-    r.x = S::canonical(S::mul(point.x, i));
-    r.y = S::canonical(S::mul(point.y, i));
-    return declassify(1 ^ is_zero(S::canonical(i)));
+    r.x = S::from_montgomery(S::mul(point.x, i));
+    r.y = S::from_montgomery(S::mul(point.y, i));
+    return declassify(1 ^ is_zero(S::from_montgomery(i)));
 }
 
 template <typename Curve>
@@ -115,7 +115,7 @@ constexpr HomogeneousPoint with_y(const LadderResult& l, const Words& x, const W
     const Words xz = S::mul(x, l.z0);
     const Words zz = S::mul(l.z0, l.z1);
     const Words sum = S::mul(S::add(xz, l.x0), S::mul(plus_a_times<Curve>(S::mul(x, l.x0), l.z0), l.z1));
-    const Words b2zz = S::mul(times<S>(S::enter(Curve::b), 2), S::mul(l.z0, zz));
+    const Words b2zz = S::mul(times<S>(S::to_montgomery(Curve::b), 2), S::mul(l.z0, zz));
     const Words other = S::mul(l.x1, S::sqr(S::sub(xz, l.x0)));
     const Words scale = S::mul(times<S>(y, 2), zz);
     return {S::mul(l.x0, scale), S::sub(S::add(sum, b2zz), other), S::mul(l.z0, scale)};
@@ -133,7 +133,8 @@ constexpr Answer has_remainder(const Words& x, const Words& zz, const Words& r) 
     using S = typename Curve::Field;
     if (is_element_zero<S>(zz)) return Answer::not_covered;
     const auto is_x = [&](const Words& candidate) {
-        return is_below(candidate, S::modulus) && is_element_zero<S>(S::sub(x, S::mul(S::enter(candidate), zz)));
+        return is_below(candidate, S::modulus) &&
+               is_element_zero<S>(S::sub(x, S::mul(S::to_montgomery(candidate), zz)));
     };
     Words other{};
     const bool beyond = add(other, r, Curve::q) != 0;

@@ -11,7 +11,7 @@ constexpr Words odd_one(const Words& k, const Words& q, std::uint64_t& even) {
     even = mask(1 ^ (k[0] & 1));
     Words other{};
     sub(other, q, k);
-    return select(even, other, k);
+    return conditional_move(even, other, k);
 }
 
 /** floor(k / 2) + high 2^255, for any k and high 0 or 1. */

@@ -264,7 +264,7 @@ constexpr Words inverse(const Words& x, const OddModulus& m) {
         apply(f, g, t);
     }
     const std::uint64_t exists = is_unit(f);
-    return select(exists, from_limbs62(normalised(d, f[4] >> 63, m)), Words{});
+    return conditional_move(exists, from_limbs62(normalised(d, f[4] >> 63, m)), Words{});
 }
 
 /** The same for public numbers, 0 <= x < m. */

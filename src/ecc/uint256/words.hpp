@@ -30,15 +30,15 @@ inline constexpr int word_bits = std::numeric_limits<Word>::digits;
 
 /** Holds a product of two words. */
 template <typename Word>
-struct TwiceAsWide {
+struct DoubleWordOf {
     using Type = typename Word::Twice;
 };
 template <>
-struct TwiceAsWide<std::uint64_t> {
+struct DoubleWordOf<std::uint64_t> {
     using Type = u128;
 };
 template <typename Word>
-using Wide = typename TwiceAsWide<Word>::Type;
+using DoubleWord = typename DoubleWordOf<Word>::Type;
 
 /** An argument that says nothing about the type of words. */
 template <typename Word>
@@ -51,7 +51,7 @@ inline constexpr bool has_assembly = std::is_same_v<WordsOf<Word, count>, Words>
 /** The low word of a + b + carry, for a carry of any size; the carry out, 0 to 2, replaces it. */
 template <typename Word>
 constexpr Word add_carry(Word a, Given<Word> b, Word& carry) {
-    const Wide<Word> sum = Wide<Word>{a} + b + carry;
+    const DoubleWord<Word> sum = DoubleWord<Word>{a} + b + carry;
     carry = static_cast<Word>(sum >> word_bits<Word>);
     return static_cast<Word>(sum);
 }
@@ -59,7 +59,7 @@ constexpr Word add_carry(Word a, Given<Word> b, Word& carry) {
 /** The low word of a - b - borrow, for a borrow of 0 or 1; the borrow out, 0 or 1, replaces it. */
 template <typename Word>
 constexpr Word sub_borrow(Word a, Given<Word> b, Word& borrow) {
-    const Wide<Word> difference = Wide<Word>{a} - b - borrow;
+    const DoubleWord<Word> difference = DoubleWord<Word>{a} - b - borrow;
     borrow = static_cast<Word>(difference >> word_bits<Word>) & 1;
     return static_cast<Word>(difference);
 }
@@ -67,7 +67,7 @@ constexpr Word sub_borrow(Word a, Given<Word> b, Word& borrow) {
 /** a * b + c + carry of any words, at most (B - 1)^2 + 2 (B - 1) = B^2 - 1; the high word replaces the carry. */
 template <typename Word>
 constexpr Word mul_add(Word a, Given<Word> b, Given<Word> c, Word& carry) {
-    const Wide<Word> sum = Wide<Word>{a} * b + c + carry;
+    const DoubleWord<Word> sum = DoubleWord<Word>{a} * b + c + carry;
     carry = static_cast<Word>(sum >> word_bits<Word>);
     return static_cast<Word>(sum);
 }
@@ -78,9 +78,9 @@ constexpr Word mask(Word bit) {
     return Word{0} - bit;
 }
 
-/** a where the mask is all ones, b where it is zero. */
+/** Conditional move: a where the mask is all ones, b where it is zero. */
 template <typename Word, std::size_t count>
-constexpr WordsOf<Word, count> select(Word m, const WordsOf<Word, count>& a, const WordsOf<Word, count>& b) {
+constexpr WordsOf<Word, count> conditional_move(Word m, const WordsOf<Word, count>& a, const WordsOf<Word, count>& b) {
     WordsOf<Word, count> r{};
 #pragma GCC unroll 4
     for (std::size_t i = 0; i < count; ++i) r[i] = (a[i] & m) | (b[i] & ~m);
@@ -179,12 +179,12 @@ constexpr Word sub_word(WordsOf<Word, count>& r, Given<Word> a) {
     return borrow;
 }
 
-/** a, less m where it is at least m: below m for any a below 2m. */
+/** The final subtraction: a, less m where it is at least m. Below m for any a below 2m. */
 template <typename Word, std::size_t count>
-constexpr WordsOf<Word, count> subtract_once(const WordsOf<Word, count>& a, const WordsOf<Word, count>& m) {
+constexpr WordsOf<Word, count> reduce_once(const WordsOf<Word, count>& a, const WordsOf<Word, count>& m) {
     WordsOf<Word, count> r{};
     const Word borrow = sub(r, a, m);
-    return select(mask(borrow), a, r);
+    return conditional_move(mask(borrow), a, r);
 }
 
 /** 1 where a is zero, else 0. */

@@ -13,7 +13,8 @@ namespace {
 /** An operation w = f(u, v), its expected result and value, over every way in which w, u and v may be one array. */
 using Binary = std::function<std::int64_t(Digit* w, const Digit* u, const Digit* v)>;
 
-void expect_in_place_too(const Binary& f, const Number& u, const Number& v, const Number& result, std::int64_t value) {
+void expect_in_place_too(const Binary& f, const DigitVector& u, const DigitVector& v, const DigitVector& result,
+                         std::int64_t value) {
     const std::string trace = "u = " + show(u) + ", v = " + show(v) + ", digits: " + std::to_string(u.size());
     {
         Guarded w(result.size()), x(u), y(v);
@@ -45,7 +46,7 @@ void for_pairs(Check check) {
     Numbers numbers;
     for (const std::size_t n : counts)
         for (int i = 0; i < draws(n); ++i) {
-            const Number u = numbers(n);
+            const DigitVector u = numbers(n);
             check(n, u, i % 8 == 0 ? u : numbers(n));
         }
 }
@@ -53,7 +54,7 @@ void for_pairs(Check check) {
 Slow two_to(std::size_t digits) { return Slow::power_of_2(32 * digits); }
 
 TEST(Arithmetic, sum_and_carry) {
-    for_pairs([](std::size_t n, const Number& u, const Number& v) {
+    for_pairs([](std::size_t n, const DigitVector& u, const DigitVector& v) {
         const Slow sum = Slow(u) + Slow(v);
         expect_in_place_too([n](Digit* w, const Digit* x, const Digit* y) { return mpAdd(w, x, y, n); }, u, v,
                             sum.digits(n), sum >= two_to(n));
@@ -61,7 +62,7 @@ TEST(Arithmetic, sum_and_carry) {
 }
 
 TEST(Arithmetic, difference_and_borrow) {
-    for_pairs([](std::size_t n, const Number& u, const Number& v) {
+    for_pairs([](std::size_t n, const DigitVector& u, const DigitVector& v) {
         const bool borrow = Slow(u) < Slow(v);
         const Slow difference = Slow(u) + (borrow ? two_to(n) : Slow()) - Slow(v);
         expect_in_place_too([n](Digit* w, const Digit* x, const Digit* y) { return mpSubtract(w, x, y, n); }, u, v,
@@ -71,18 +72,18 @@ TEST(Arithmetic, difference_and_borrow) {
 
 TEST(Arithmetic, all_ones_plus_one_carries_and_zero_minus_one_borrows) {
     for (const std::size_t n : counts) {
-        Number one(n);
+        DigitVector one(n);
         one[0] = 1;
-        Guarded w(n), x(Number(n, 0xffffffff)), y(one), z(Number(n, 0));
+        Guarded w(n), x(DigitVector(n, 0xffffffff)), y(one), z(DigitVector(n, 0));
         EXPECT_EQ(mpAdd(w, x, y, n), 1U);
-        EXPECT_EQ(w.value(), Number(n));
+        EXPECT_EQ(w.value(), DigitVector(n));
         EXPECT_EQ(mpSubtract(w, z, y, n), 1U);
-        EXPECT_EQ(w.value(), Number(n, 0xffffffff));
+        EXPECT_EQ(w.value(), DigitVector(n, 0xffffffff));
     }
 }
 
 TEST(Arithmetic, product_has_twice_the_digits) {
-    for_pairs([](std::size_t n, const Number& u, const Number& v) {
+    for_pairs([](std::size_t n, const DigitVector& u, const DigitVector& v) {
         Guarded w(2 * n), x(u), y(v);
         EXPECT_EQ(mpMultiply(w, x, y, n), 0);
         EXPECT_EQ(w.value(), (Slow(u) * Slow(v)).digits(2 * n)) << show(u) << " * " << show(v);
@@ -92,7 +93,7 @@ TEST(Arithmetic, product_has_twice_the_digits) {
 }
 
 TEST(Arithmetic, square_is_the_product_with_itself) {
-    for_pairs([](std::size_t n, const Number& u, const Number&) {
+    for_pairs([](std::size_t n, const DigitVector& u, const DigitVector&) {
         Guarded w(2 * n), p(2 * n), x(u);
         EXPECT_EQ(mpSquare(w, x, n), 0);
         EXPECT_EQ(mpMultiply(p, x, x, n), 0);
@@ -104,8 +105,8 @@ TEST(Arithmetic, square_is_the_product_with_itself) {
 TEST(Arithmetic, products_of_all_counts_up_to_70) {
     Numbers numbers;
     for (std::size_t n = 1; n <= 70; ++n)
-        for (const Number& u : {Number(n, 0xffffffff), numbers(n), numbers(n)}) {
-            const Number v = numbers(n);
+        for (const DigitVector& u : {DigitVector(n, 0xffffffff), numbers(n), numbers(n)}) {
+            const DigitVector v = numbers(n);
             Guarded w(2 * n), x(u), y(v), s(2 * n);
             mpMultiply(w, x, y, n);
             mpSquare(s, x, n);
@@ -115,7 +116,7 @@ TEST(Arithmetic, products_of_all_counts_up_to_70) {
 }
 
 TEST(Arithmetic, nothing_is_written_for_no_digits) {
-    Guarded w(1), q(1), x(Number{7});
+    Guarded w(1), q(1), x(DigitVector{7});
     EXPECT_EQ(mpAdd(w, x, x, 0), 0U);
     EXPECT_EQ(mpSubtract(w, x, x, 0), 0U);
     EXPECT_EQ(mpMultiply(w, x, x, 0), 0);
@@ -139,8 +140,8 @@ TEST(Arithmetic, nothing_is_written_for_no_digits) {
     EXPECT_EQ(mpIsNegative(x, 0), 0);
     EXPECT_EQ(mpChs(w, x, 0), 0);
     EXPECT_EQ(mpAbs(w, x, 0), 0);
-    EXPECT_EQ(w.value(), Number{0x55aa55aa});
-    EXPECT_EQ(q.value(), Number{0x55aa55aa});
+    EXPECT_EQ(w.value(), DigitVector{0x55aa55aa});
+    EXPECT_EQ(q.value(), DigitVector{0x55aa55aa});
 }
 
 // ---- comparison and size
@@ -157,7 +158,7 @@ TEST(Comparison, of_no_digits_has_values_of_its_own) {
 }
 
 TEST(Comparison, agrees_with_the_values) {
-    for_pairs([](std::size_t n, const Number& u, const Number& v) {
+    for_pairs([](std::size_t n, const DigitVector& u, const DigitVector& v) {
         const Slow x(u), y(v);
         EXPECT_EQ(mpEqual(u.data(), v.data(), n), x == y);
         EXPECT_EQ(mpCompare(u.data(), v.data(), n), x < y ? -1 : x == y ? 0 : 1);
@@ -172,8 +173,8 @@ TEST(Comparison, agrees_with_the_values) {
 TEST(Comparison, sees_a_difference_in_any_digit) {
     for (const std::size_t n : counts)
         for (std::size_t i = 0; i < n; ++i) {
-            const Number zero(n);
-            Number one_bit(n);
+            const DigitVector zero(n);
+            DigitVector one_bit(n);
             one_bit[i] = 0x80000000U >> i % 32;
             EXPECT_EQ(mpEqual(zero.data(), one_bit.data(), n), 0);
             EXPECT_EQ(mpIsZero(one_bit.data(), n), 0);
@@ -192,14 +193,14 @@ TEST(Comparison, bit_length_of_no_array_is_0) { EXPECT_EQ(mpBitLength(nullptr, 9
 TEST(Copy, set_functions_write_exactly_their_digits) {
     for (const std::size_t n : counts) {
         Numbers numbers;
-        const Number b = numbers(n);
+        const DigitVector b = numbers(n);
         Guarded a(n), x(b);
         mpSetEqual(a, x, n);
         EXPECT_EQ(a.value(), b);
         mpSetEqual(a, a, n);
         EXPECT_EQ(a.value(), b);
         mpSetZero(a, n);
-        EXPECT_EQ(a.value(), Number(n));
+        EXPECT_EQ(a.value(), DigitVector(n));
         Guarded d(n);
         mpSetDigit(d, 0xcafe, n);
         EXPECT_EQ(d.value(), Slow(0xcafe).digits(n));
@@ -218,7 +219,7 @@ TEST(Copy, set_digit_writes_the_lowest_digit_even_of_none) {
 TEST(Bits, shifts_by_every_count_in_and_out_of_place) {
     Numbers numbers;
     for (const std::size_t n : Counts{1, 2, 3, 8, 9, 33}) {
-        const Number b = numbers(n);
+        const DigitVector b = numbers(n);
         const Slow x(b);
         std::vector<std::uint64_t> shifts;
         for (std::uint64_t s = 0; s <= 32 * n + 70; ++s) shifts.push_back(s);
@@ -231,7 +232,7 @@ TEST(Bits, shifts_by_every_count_in_and_out_of_place) {
             const Slow right = far ? Slow() : x * two_to(1) / Slow::power_of_2(s);
             const Digit left_out = (left / two_to(n)).digits(1)[0];
             const Digit right_out = right.digits(1)[0];
-            const Number moved_right = (right / two_to(1)).digits(n);
+            const DigitVector moved_right = (right / two_to(1)).digits(n);
             Guarded a(n), c(b), d(b), e(n), source(b);
             EXPECT_EQ(mpShiftLeft(a, source, s, n), left_out) << show(b) << " << " << s;
             EXPECT_EQ(a.value(), left.digits(n)) << show(b) << " << " << s;
@@ -249,22 +250,22 @@ TEST(Bits, shifts_by_every_count_in_and_out_of_place) {
 TEST(Bits, shifts_by_fewer_than_32_may_move_a_number_over_itself) {
     Numbers numbers;
     for (const std::size_t n : Counts{1, 2, 3, 8, 9, 33}) {
-        const Number b = numbers(n);
+        const DigitVector b = numbers(n);
         for (std::uint64_t s = 0; s < 32; ++s) {
-            Number left(n);
-            Number right(n);
+            DigitVector left(n);
+            DigitVector right(n);
             const Digit left_out = mpShiftLeft(left.data(), b.data(), s, n);
             const Digit right_out = mpShiftRight(right.data(), b.data(), s, n);
             for (std::size_t distance = 1; distance <= 3; ++distance) {
-                Number x(n + distance);
+                DigitVector x(n + distance);
                 Digit* low = x.data();
                 Digit* high = x.data() + distance;
                 std::copy(b.begin(), b.end(), high);
                 EXPECT_EQ(mpShiftLeft(low, high, s, n), left_out) << show(b) << " << " << s;
-                EXPECT_EQ(Number(low, low + n), left) << show(b) << " << " << s << ", " << distance << " below";
+                EXPECT_EQ(DigitVector(low, low + n), left) << show(b) << " << " << s << ", " << distance << " below";
                 std::copy(b.begin(), b.end(), low);
                 EXPECT_EQ(mpShiftRight(high, low, s, n), right_out) << show(b) << " >> " << s;
-                EXPECT_EQ(Number(high, high + n), right) << show(b) << " >> " << s << ", " << distance << " above";
+                EXPECT_EQ(DigitVector(high, high + n), right) << show(b) << " >> " << s << ", " << distance << " above";
             }
         }
     }
@@ -284,11 +285,11 @@ TEST(Bits, single_bits_are_set_cleared_and_read) {
     Numbers numbers;
     for (const std::size_t n : Counts{1, 2, 9, 33})
         for (std::uint64_t i = 0; i < 32 * n; ++i) {
-            const Number b = numbers(n);
+            const DigitVector b = numbers(n);
             Guarded a(b);
             EXPECT_EQ(mpGetBit(a, n, i), Slow(b).bit(i));
             EXPECT_EQ(mpSetBit(a, n, i, i % 2 != 0 ? 1 : -256), 0);
-            Number expected = b;
+            DigitVector expected = b;
             expected[i / 32] |= Digit{1} << i % 32;
             EXPECT_EQ(a.value(), expected);
             EXPECT_EQ(mpSetBit(a, n, i, 0), 0);
@@ -300,10 +301,10 @@ TEST(Bits, single_bits_are_set_cleared_and_read) {
 TEST(Bits, a_bit_outside_is_refused) {
     for (const std::uint64_t n : {1U, 2U, 9U})
         for (const std::uint64_t i : {32 * n, 32 * n + 1, std::uint64_t{1} << 32, ~std::uint64_t{0}}) {
-            Guarded a(Number(n, 5));
+            Guarded a(DigitVector(n, 5));
             EXPECT_EQ(mpSetBit(a, n, i, 1), -1);
             EXPECT_EQ(mpGetBit(a, n, i), -1);
-            EXPECT_EQ(a.value(), Number(n, 5));
+            EXPECT_EQ(a.value(), DigitVector(n, 5));
         }
 }
 
@@ -311,7 +312,7 @@ TEST(Bits, mod_power_of_2_keeps_the_low_bits) {
     Numbers numbers;
     for (const std::size_t n : Counts{1, 2, 3, 9, 33})
         for (std::uint64_t L = 0; L <= 32 * n + 65; ++L) {
-            const Number b = numbers(n);
+            const DigitVector b = numbers(n);
             Guarded a(b);
             mpModPowerOf2(a, n, L);
             EXPECT_EQ(a.value(), (Slow(b) % Slow::power_of_2(L)).digits(n)) << L;
@@ -319,8 +320,8 @@ TEST(Bits, mod_power_of_2_keeps_the_low_bits) {
 }
 
 TEST(Bits, logic_works_digit_by_digit) {
-    for_pairs([](std::size_t n, const Number& u, const Number& v) {
-        Number x(n), o(n), a(n), c(n);
+    for_pairs([](std::size_t n, const DigitVector& u, const DigitVector& v) {
+        DigitVector x(n), o(n), a(n), c(n);
         for (std::size_t i = 0; i < n; ++i) {
             x[i] = u[i] ^ v[i];
             o[i] = u[i] | v[i];
@@ -341,9 +342,9 @@ TEST(Bits, logic_works_digit_by_digit) {
 // ---- signed view
 
 TEST(Signed, negation_and_absolute_value) {
-    for_pairs([](std::size_t n, const Number& u, const Number&) {
+    for_pairs([](std::size_t n, const DigitVector& u, const DigitVector&) {
         const int negative = static_cast<int>(u.back() >> 31);
-        const Number negated = (two_to(n) - Slow(u)).digits(n);
+        const DigitVector negated = (two_to(n) - Slow(u)).digits(n);
         expect_in_place_too([n](Digit* w, const Digit* p, const Digit*) { return mpChs(w, p, n); }, u, u, negated,
                             negative);
         expect_in_place_too([n](Digit* w, const Digit* p, const Digit*) { return mpAbs(w, p, n); }, u, u,
@@ -353,11 +354,11 @@ TEST(Signed, negation_and_absolute_value) {
 
 TEST(Signed, zero_and_the_most_negative_number_stay_as_they_are) {
     for (const std::size_t n : counts) {
-        Number least(n);
+        DigitVector least(n);
         least.back() = 0x80000000;
-        Guarded a(n), zero(Number(n, 0)), x(least);
+        Guarded a(n), zero(DigitVector(n, 0)), x(least);
         EXPECT_EQ(mpChs(a, zero, n), 0);
-        EXPECT_EQ(a.value(), Number(n));
+        EXPECT_EQ(a.value(), DigitVector(n));
         EXPECT_EQ(mpChs(a, x, n), 1);
         EXPECT_EQ(a.value(), least);
         EXPECT_EQ(mpAbs(a, x, n), 1);
@@ -368,7 +369,7 @@ TEST(Signed, zero_and_the_most_negative_number_stay_as_they_are) {
 // ---- a number and a digit
 
 TEST(ShortOperand, sum_difference_and_product) {
-    for_pairs([](std::size_t n, const Number& u, const Number& v) {
+    for_pairs([](std::size_t n, const DigitVector& u, const DigitVector& v) {
         const Digit d = v[0];
         const Slow x(u), sum = x + Slow(d), product = x * Slow(d);
         const bool borrow = x < Slow(d);
@@ -382,19 +383,19 @@ TEST(ShortOperand, sum_difference_and_product) {
 }
 
 TEST(ShortOperand, product_with_0_clears) {
-    Guarded w(9), u(Number(9, 0xffffffff));
+    Guarded w(9), u(DigitVector(9, 0xffffffff));
     EXPECT_EQ(mpShortMult(w, u, 0, 9), 0U);
-    EXPECT_EQ(w.value(), Number(9));
+    EXPECT_EQ(w.value(), DigitVector(9));
 }
 
 TEST(ShortOperand, modular_product_is_the_plain_one_and_never_reads_its_modulus) {
     Numbers numbers;
     for (const std::size_t n : counts) {
-        const Number u = numbers(n);
+        const DigitVector u = numbers(n);
         const Digit d = numbers.edge();
         Guarded w(n), x(u), plain(n);
         const Digit out = mpShortMult(plain, x, d, n);
-        const Number m(n, 3);
+        const DigitVector m(n, 3);
         EXPECT_EQ(mpShortModMult(w, x, d, m.data(), n), out);
         EXPECT_EQ(w.value(), plain.value());
         EXPECT_EQ(mpShortModMult(x, x, d, nullptr, n), out);
@@ -403,7 +404,7 @@ TEST(ShortOperand, modular_product_is_the_plain_one_and_never_reads_its_modulus)
 }
 
 TEST(ShortOperand, quotient_and_remainder) {
-    for_pairs([](std::size_t n, const Number& u, const Number& v) {
+    for_pairs([](std::size_t n, const DigitVector& u, const DigitVector& v) {
         const Digit d = v[0];
         if (d == 0) return;
         const auto [q, r] = Slow::divide(Slow(u), Slow(d));
@@ -415,9 +416,9 @@ TEST(ShortOperand, quotient_and_remainder) {
 }
 
 TEST(ShortOperand, division_by_0_returns_0_and_leaves_the_quotient) {
-    Guarded q(3), u(Number{1, 2, 3});
+    Guarded q(3), u(DigitVector{1, 2, 3});
     EXPECT_EQ(mpShortDiv(q, u, 0, 3), 0U);
-    EXPECT_EQ(q.value(), Number(3, 0x55aa55aa));
+    EXPECT_EQ(q.value(), DigitVector(3, 0x55aa55aa));
     EXPECT_EQ(mpShortMod(u, 0, 3), 0U);
 }
 
@@ -502,7 +503,7 @@ TEST(SingleDigit, short_division_on_every_16_bit_divisor) {
 
 // ---- division
 
-void expect_division(const Number& u, const Number& v) {
+void expect_division(const DigitVector& u, const DigitVector& v) {
     const std::string trace =
         show(u) + " / " + show(v) + ", " + std::to_string(u.size()) + " and " + std::to_string(v.size()) + " digits";
     Guarded q(u.size()), r(u.size()), x(u), y(v);
@@ -525,19 +526,19 @@ TEST(Division, of_numbers_of_all_counts) {
 
 TEST(Division, by_zero_clears_quotient_and_remainder) {
     for (const std::size_t n : counts) {
-        expect_division(Number(n, 0xffffffff), Number(n));
-        expect_division(Number(n, 0xffffffff), Number(1));
+        expect_division(DigitVector(n, 0xffffffff), DigitVector(n));
+        expect_division(DigitVector(n, 0xffffffff), DigitVector(1));
     }
 }
 
 TEST(Division, of_a_smaller_an_equal_and_a_slightly_larger_number) {
     Numbers numbers;
     for (const std::size_t n : counts) {
-        const Number v = numbers.not_zero(n);
+        const DigitVector v = numbers.not_zero(n);
         expect_division(v, v);
         expect_division((Slow(v) - Slow(1)).digits(n), v);
         expect_division((Slow(v) + Slow(1)).digits(n + 1), v);
-        expect_division(Number(n), v);
+        expect_division(DigitVector(n), v);
     }
 }
 
@@ -545,7 +546,7 @@ TEST(Division, by_one_digit) {
     Numbers numbers;
     for (const std::size_t m : counts)
         for (const Digit d : {1U, 2U, 3U, 10U, 0x7fffffffU, 0x80000000U, 0xfffffffeU, 0xffffffffU}) {
-            expect_division(numbers(m), Number{d});
+            expect_division(numbers(m), DigitVector{d});
             expect_division(numbers(m), Slow(d).digits(7));
         }
 }
@@ -554,7 +555,7 @@ TEST(Division, by_one_digit) {
 TEST(Division, of_products_of_extreme_words) {
     Numbers numbers;
     const auto extreme = [&](std::size_t n) {
-        Number x(n);
+        DigitVector x(n);
         for (Digit& digit : x) digit = numbers.edge();
         return x;
     };
@@ -586,9 +587,9 @@ TEST(Division, where_the_top_words_are_equal_and_an_estimate_would_overflow) {
         expect_division(words({low, 4, 7, half}).digits(8), words({5, 7, half}).digits(6));
         expect_division(words({ones, low, 7, ones}).digits(8), words({5, 7, ones}).digits(6));
     }
-    expect_division(Number{9, 4, 7, 0x80000000}, Number{5, 7, 0x80000000});
-    expect_division(Number{0, 0xfffffffe, 0x80000000}, Number{0xffffffff, 0x80000000});
-    expect_division(Number{0, 0, 0x80000000, 0x7fff}, Number{1, 0, 0x8000});
+    expect_division(DigitVector{9, 4, 7, 0x80000000}, DigitVector{5, 7, 0x80000000});
+    expect_division(DigitVector{0, 0xfffffffe, 0x80000000}, DigitVector{0xffffffff, 0x80000000});
+    expect_division(DigitVector{0, 0, 0x80000000, 0x7fff}, DigitVector{1, 0, 0x8000});
 }
 
 TEST(Division, where_the_quotient_word_is_too_large_by_one_and_the_divisor_is_added_back) {
@@ -603,16 +604,16 @@ TEST(Division, where_the_quotient_word_is_too_large_by_one_and_the_divisor_is_ad
             }
     for (const Digit q : {1U, 2U, 0x80000000U, 0xffffffffU})
         for (const Digit d1 : {0x80000000U, 0xffffffffU})
-            expect_division((Slow(q) * Slow(d1) * two_to(2)).digits(4), Number{0xffffffff, 0xffffffff, d1});
+            expect_division((Slow(q) * Slow(d1) * two_to(2)).digits(4), DigitVector{0xffffffff, 0xffffffff, d1});
 }
 
 TEST(Division, where_a_digit_estimate_is_too_large_by_two) {
     // Knuth, section 4.3.1, exercise 21 and the like: the top digit of the divisor is the least possible one.
-    expect_division(Number{0, 0, 0x80000000, 0x7fffffff}, Number{1, 0, 0x80000000});
-    expect_division(Number{3, 0, 0x80000000}, Number{1, 0, 0x20000000});
-    expect_division(Number{0, 0xffff8000, 0x7fffffff, 0x8000}, Number{0xffffffff, 0, 0x8000});
-    expect_division(Number{0, 0xfffffffe, 0x80000000}, Number{0xffffffff, 0x80000000});
-    expect_division(Number{0xffffffff, 0xffffffff, 0xffffffff, 0xfffffffe}, Number{0xffffffff, 0xffffffff});
+    expect_division(DigitVector{0, 0, 0x80000000, 0x7fffffff}, DigitVector{1, 0, 0x80000000});
+    expect_division(DigitVector{3, 0, 0x80000000}, DigitVector{1, 0, 0x20000000});
+    expect_division(DigitVector{0, 0xffff8000, 0x7fffffff, 0x8000}, DigitVector{0xffffffff, 0, 0x8000});
+    expect_division(DigitVector{0, 0xfffffffe, 0x80000000}, DigitVector{0xffffffff, 0x80000000});
+    expect_division(DigitVector{0xffffffff, 0xffffffff, 0xffffffff, 0xfffffffe}, DigitVector{0xffffffff, 0xffffffff});
 }
 
 TEST(Division, where_a_block_of_quotient_words_is_too_large_by_one_and_by_two) {
@@ -646,7 +647,7 @@ TEST(Division, with_every_normalising_shift) {
     Numbers numbers;
     for (const std::size_t n : Counts{2, 3, 4, 5, 9, 16, 17, 20})
         for (std::size_t shift = 0; shift < 64; ++shift) {
-            Number v = numbers(n);
+            DigitVector v = numbers(n);
             v.back() |= 0x80000000;
             expect_division(numbers(2 * n), (Slow(v) / Slow::power_of_2(shift)).digits(n));
         }
@@ -655,7 +656,7 @@ TEST(Division, with_every_normalising_shift) {
 /** Memory that faults when it is written. */
 class ReadOnly {
 public:
-    explicit ReadOnly(const Number& value)
+    explicit ReadOnly(const DigitVector& value)
         : page_(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {
         std::memcpy(page_, value.data(), 4 * value.size());
         mprotect(page_, size, PROT_READ);
@@ -673,10 +674,10 @@ private:
 TEST(Division, divisor_and_modulus_are_never_written_so_that_threads_may_share_them) {
     Numbers numbers;
     for (const std::size_t n : Counts{1, 2, 9, 33, 128}) {
-        Number m = numbers(n);
+        DigitVector m = numbers(n);
         m[0] |= 1;
         m.back() = 1;  // to be shifted far for the division
-        const ReadOnly modulus(m), u(Number(n, 0xffffffff)), v(numbers(n)), wide(numbers(2 * n));
+        const ReadOnly modulus(m), u(DigitVector(n, 0xffffffff)), v(numbers(n)), wide(numbers(2 * n));
         Guarded q(2 * n), r(2 * n), w(n);
         EXPECT_EQ(mpDivide(q, r, wide, 2 * n, modulus, n), 0);
         EXPECT_EQ(mpModulo(w, wide, 2 * n, modulus, n), 0);

@@ -31,7 +31,7 @@ TEST(Octets, every_buffer_size_around_the_needed_one) {
     Numbers numbers;
     for (std::size_t n = 1; n <= 9; ++n)
         for (std::uint32_t size = 0; size <= 4 * n + 9; ++size) {
-            const Number a = numbers(n);
+            const DigitVector a = numbers(n);
             Bytes buffer(size + 2, 0xee);
             EXPECT_EQ(mpConvToOctets(a.data(), n, buffer.data() + 1, size), (Slow(a).bits() + 7) / 8);
             EXPECT_EQ(buffer.front(), 0xee);
@@ -63,26 +63,26 @@ TEST(Octets, nine_bytes_into_two_digits_keep_the_eight_low_ones) {
     const Bytes c = {9, 1, 2, 3, 4, 5, 6, 7, 8};
     Guarded a(2);
     EXPECT_EQ(mpConvFromOctets(a, 2, c.data(), 9), 2U);
-    EXPECT_EQ(a.value(), (Number{0x05060708, 0x01020304}));
+    EXPECT_EQ(a.value(), (DigitVector{0x05060708, 0x01020304}));
 }
 
 TEST(Octets, a_byte_count_from_2_to_the_31_on_is_negative) {
     for (const std::uint32_t nbytes : {0x80000000U, 0x80000004U, 0xffffffffU}) {
-        Guarded a(Number{0x123456, 7});
+        Guarded a(DigitVector{0x123456, 7});
         EXPECT_EQ(mpConvToOctets(a, 2, nullptr, nbytes), 5U);
         EXPECT_EQ(mpConvFromOctets(a, 2, nullptr, nbytes), 0U);
-        EXPECT_EQ(a.value(), Number(2));
+        EXPECT_EQ(a.value(), DigitVector(2));
     }
 }
 
 TEST(Octets, no_bytes_and_no_digits) {
-    Guarded a(Number{1, 2, 3});
+    Guarded a(DigitVector{1, 2, 3});
     EXPECT_EQ(mpConvFromOctets(a, 3, nullptr, 0), 0U);
-    EXPECT_EQ(a.value(), Number(3));
-    Guarded untouched(Number{1});
+    EXPECT_EQ(a.value(), DigitVector(3));
+    Guarded untouched(DigitVector{1});
     const Bytes c = {1, 2, 3};
     EXPECT_EQ(mpConvFromOctets(untouched, 0, c.data(), 3), 0U);
-    EXPECT_EQ(untouched.value(), Number{1});
+    EXPECT_EQ(untouched.value(), DigitVector{1});
     Bytes out(3, 0xee);
     EXPECT_EQ(mpConvToOctets(untouched, 0, out.data(), 3), 0U);
     EXPECT_EQ(out, Bytes(3, 0));
@@ -156,15 +156,15 @@ TEST(FromText, the_empty_text_is_0_and_returns_0) {
     Guarded a(3), b(3);
     EXPECT_EQ(mpConvFromHex(a, 3, ""), 0U);
     EXPECT_EQ(mpConvFromDecimal(b, 3, ""), 0U);
-    EXPECT_EQ(a.value(), Number(3));
-    EXPECT_EQ(b.value(), Number(3));
+    EXPECT_EQ(a.value(), DigitVector(3));
+    EXPECT_EQ(b.value(), DigitVector(3));
 }
 
 TEST(FromText, no_digits_return_0) {
-    Guarded a(Number{5});
+    Guarded a(DigitVector{5});
     EXPECT_EQ(mpConvFromHex(a, 0, "1234"), 0U);
     EXPECT_EQ(mpConvFromDecimal(a, 0, "1234"), 0U);
-    EXPECT_EQ(a.value(), Number{5});
+    EXPECT_EQ(a.value(), DigitVector{5});
 }
 
 TEST(FromText, a_carry_out_of_the_estimated_bytes_is_lost) {
@@ -199,7 +199,7 @@ TEST(ToText, every_capacity_around_the_needed_one_is_written_whole) {
     Numbers numbers;
     for (const std::size_t n : Counts{1, 2, 3, 9})
         for (int i = 0; i < 20; ++i) {
-            const Number a = i == 0 ? Number(n) : numbers(n);
+            const DigitVector a = i == 0 ? DigitVector(n) : numbers(n);
             for (const unsigned base : {10U, 16U}) {
                 const std::string text = Slow(a).text(base);
                 for (std::size_t smax = 1; smax <= text.size() + 12; ++smax) {
@@ -219,7 +219,7 @@ TEST(ToText, of_numbers_of_all_counts_and_back) {
     Numbers numbers;
     for (const std::size_t n : Counts{1, 2, 3, 4, 5, 8, 9, 12, 17, 33, 64, 128, 255, 256, 257, 300, 513})
         for (int i = 0; i < (n < 64 ? 20 : 4); ++i) {
-            const Number a = i == 0 ? Number(n, 0xffffffff) : numbers(n);
+            const DigitVector a = i == 0 ? DigitVector(n, 0xffffffff) : numbers(n);
             std::string s(10 * n + 10, '#');
             Guarded back(n);
             const std::string decimal = Slow(a).text(10), hex = Slow(a).text(16);
@@ -301,7 +301,7 @@ TEST(ToText, ends_the_process_when_memory_runs_out) {
 
 // ---- printing
 
-std::string printed(void (*print)(const Digit*, std::uint64_t), const Number& a) {
+std::string printed(void (*print)(const Digit*, std::uint64_t), const DigitVector& a) {
     return run_in_child([&] { print(a.data(), a.size()); }).out;
 }
 
@@ -317,10 +317,10 @@ TEST(Print, lines_have_eight_digits) {
     for (int i = 0; i < 8; ++i) eight += digit;
     EXPECT_EQ(printed(mpPrintNL, {}), "\n");
     EXPECT_EQ(printed(mpPrintNL, {7}), digit + "\n");
-    EXPECT_EQ(printed(mpPrintNL, Number(8, 7)), eight + "\n");
-    EXPECT_EQ(printed(mpPrintNL, Number(9, 7)), eight + "\n" + digit + "\n");
-    EXPECT_EQ(printed(mpPrintNL, Number(16, 7)), eight + "\n" + eight + "\n");
-    EXPECT_EQ(printed(mpPrintNL, Number(17, 7)), eight + "\n" + eight + "\n" + digit + "\n");
+    EXPECT_EQ(printed(mpPrintNL, DigitVector(8, 7)), eight + "\n");
+    EXPECT_EQ(printed(mpPrintNL, DigitVector(9, 7)), eight + "\n" + digit + "\n");
+    EXPECT_EQ(printed(mpPrintNL, DigitVector(16, 7)), eight + "\n" + eight + "\n");
+    EXPECT_EQ(printed(mpPrintNL, DigitVector(17, 7)), eight + "\n" + eight + "\n" + digit + "\n");
 }
 
 TEST(Print, trimming_drops_leading_zero_digits_but_the_last) {
@@ -328,7 +328,7 @@ TEST(Print, trimming_drops_leading_zero_digits_but_the_last) {
     EXPECT_EQ(printed(mpPrintTrim, {0, 0, 0}), "00000000 ");
     EXPECT_EQ(printed(mpPrintTrimNL, {0, 0, 0}), "00000000 \n");
     EXPECT_EQ(printed(mpPrintTrimNL, {1, 2, 0, 0, 0, 0, 0, 0, 0}), "00000002 00000001 \n");
-    Number nine(12);
+    DigitVector nine(12);
     nine[8] = 1;
     EXPECT_EQ(printed(mpPrintTrimNL, nine),
               "00000001 00000000 00000000 00000000 00000000 00000000 00000000 00000000 \n00000000 \n");

@@ -12,7 +12,7 @@
 namespace vrx::test {
 
 using Digit = std::uint32_t;
-using Number = std::vector<Digit>;
+using DigitVector = std::vector<Digit>;
 
 using Counts = std::initializer_list<std::size_t>;
 
@@ -22,11 +22,11 @@ inline constexpr std::size_t counts[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 
 /** A digit array between guard digits, which are checked in the end. */
 class Guarded {
 public:
-    explicit Guarded(const Number& value) : n_(value.size()), memory_(n_ + 2 * width, guard) {
+    explicit Guarded(const DigitVector& value) : n_(value.size()), memory_(n_ + 2 * width, guard) {
         std::copy(value.begin(), value.end(), data());
     }
     /** An array to be written: it holds rubbish before. */
-    explicit Guarded(std::size_t n) : Guarded(Number(n, 0x55aa55aa)) {}
+    explicit Guarded(std::size_t n) : Guarded(DigitVector(n, 0x55aa55aa)) {}
     Guarded(const Guarded&) = delete;
     Guarded& operator=(const Guarded&) = delete;
     ~Guarded() {
@@ -38,7 +38,7 @@ public:
 
     Digit* data() { return memory_.data() + width; }
     operator Digit*() { return data(); }  // NOLINT: stands for the array
-    [[nodiscard]] Number value() const { return {memory_.begin() + width, memory_.end() - width}; }
+    [[nodiscard]] DigitVector value() const { return {memory_.begin() + width, memory_.end() - width}; }
 
 private:
     static constexpr Digit guard = 0xfeedface;
@@ -50,12 +50,12 @@ private:
 /** Numbers of n digits: edges, digits that are edges themselves, random ones of every length. */
 class Numbers {
 public:
-    Number operator()(std::size_t n) {
-        Number x(n);
+    DigitVector operator()(std::size_t n) {
+        DigitVector x(n);
         if (n == 0) return x;
         switch (random_.below(8)) {
             case 0:
-                return Number(n, 0xffffffff);
+                return DigitVector(n, 0xffffffff);
             case 1:
                 x[random_.below(static_cast<std::uint32_t>(n))] = Digit{1} << random_.below(32);
                 return x;
@@ -74,8 +74,8 @@ public:
                 return x;
         }
     }
-    Number not_zero(std::size_t n) {
-        Number x = (*this)(n);
+    DigitVector not_zero(std::size_t n) {
+        DigitVector x = (*this)(n);
         while (std::all_of(x.begin(), x.end(), [](Digit digit) { return digit == 0; })) x = (*this)(n);
         return x;
     }
@@ -93,7 +93,7 @@ private:
 /** How often to draw operands: less often where the slow arithmetic takes its time. */
 inline int draws(std::size_t n) { return n <= 12 ? 200 : n <= 33 ? 40 : n <= 64 ? 10 : 3; }
 
-inline std::string show(const Number& x) { return Slow(x).text(16); }
+inline std::string show(const DigitVector& x) { return Slow(x).text(16); }
 
 }  // namespace vrx::test
 

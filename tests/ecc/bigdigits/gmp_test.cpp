@@ -11,13 +11,13 @@ namespace {
 class Mpz {
 public:
     Mpz() { mpz_init(z_); }
-    explicit Mpz(const Number& a) : Mpz() { mpz_import(z_, a.size(), -1, sizeof(Digit), 0, 0, a.data()); }
+    explicit Mpz(const DigitVector& a) : Mpz() { mpz_import(z_, a.size(), -1, sizeof(Digit), 0, 0, a.data()); }
     Mpz(const Mpz&) = delete;
     Mpz& operator=(const Mpz&) = delete;
     ~Mpz() { mpz_clear(z_); }
     operator mpz_ptr() { return z_; }  // NOLINT: stands for the number
-    [[nodiscard]] Number digits(std::size_t n) const {
-        Number out(n + mpz_size(z_) * 2);
+    [[nodiscard]] DigitVector digits(std::size_t n) const {
+        DigitVector out(n + mpz_size(z_) * 2);
         mpz_export(out.data(), nullptr, -1, sizeof(Digit), 0, 0, z_);
         out.resize(n);
         return out;
@@ -31,7 +31,7 @@ TEST(Gmp, agrees) {
     Numbers numbers;
     for (std::size_t n = 1; n <= 256; n += n < 40 ? 1 : 27)
         for (int i = 0; i < 100; ++i) {
-            const Number u = numbers(n), v = numbers(n), m = numbers.not_zero(n), wide = numbers(2 * n);
+            const DigitVector u = numbers(n), v = numbers(n), m = numbers.not_zero(n), wide = numbers(2 * n);
             Mpz x(u), y(v), z(m), big(wide), a, b;
             Guarded w(n), w2(2 * n), q(2 * n), r(2 * n);
             const std::string trace = show(u) + " " + show(v) + " " + show(m) + " " + std::to_string(n);

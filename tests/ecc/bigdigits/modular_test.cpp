@@ -11,10 +11,10 @@ namespace {
 /** An operation on up to three operands of n digits; the result may stand in the array of any of them. */
 struct Call {
     std::function<int(Digit* w, const Digit* a, const Digit* b, const Digit* c)> run;
-    Number a, b, c;
+    DigitVector a, b, c;
 };
 
-void expect_wherever_the_result_stands(const Call& call, const Number& result, int value) {
+void expect_wherever_the_result_stands(const Call& call, const DigitVector& result, int value) {
     const std::string trace =
         show(call.a) + ", " + show(call.b) + ", " + show(call.c) + " of " + std::to_string(result.size()) + " digits";
     for (int place = 0; place < 4; ++place) {
@@ -43,7 +43,7 @@ void for_moduli(std::size_t greatest_count, Check check) {
     for (const std::size_t n : counts) {
         if (n > greatest_count) break;
         for (int i = 0; i < (draws(n) + 1) / 2; ++i) {
-            const Number m = i == 0 ? Number(n) : i == 1 ? Slow(1).digits(n) : numbers(n);
+            const DigitVector m = i == 0 ? DigitVector(n) : i == 1 ? Slow(1).digits(n) : numbers(n);
             check(n, numbers(n), numbers(n), m);
         }
     }
@@ -53,7 +53,7 @@ TEST(Modular, remainder_of_numbers_of_all_counts) {
     Numbers numbers;
     for (const std::size_t m : counts)
         for (const std::size_t n : counts) {
-            const Number u = numbers(m), v = numbers(n);
+            const DigitVector u = numbers(m), v = numbers(n);
             Guarded r(n), x(u), y(v);
             EXPECT_EQ(mpModulo(r, x, m, y, n), 0);
             EXPECT_EQ(r.value(), remainder(Slow(u), Slow(v)).digits(n)) << show(u) << " mod " << show(v);
@@ -63,8 +63,8 @@ TEST(Modular, remainder_of_numbers_of_all_counts) {
             if (m >= n) {
                 Guarded in_u(u);
                 mpModulo(in_u, in_u, m, y, n);
-                const Number whole = in_u.value();
-                EXPECT_EQ(Number(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(n)), r.value());
+                const DigitVector whole = in_u.value();
+                EXPECT_EQ(DigitVector(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(n)), r.value());
                 EXPECT_TRUE(std::equal(whole.begin() + static_cast<std::ptrdiff_t>(n), whole.end(),
                                        u.begin() + static_cast<std::ptrdiff_t>(n)));
             }
@@ -72,13 +72,13 @@ TEST(Modular, remainder_of_numbers_of_all_counts) {
 }
 
 TEST(Modular, remainder_of_no_digits_is_0) {
-    Guarded r(3), v(Number{5, 6, 7});
+    Guarded r(3), v(DigitVector{5, 6, 7});
     EXPECT_EQ(mpModulo(r, v, 0, v, 3), 0);
-    EXPECT_EQ(r.value(), Number(3));
+    EXPECT_EQ(r.value(), DigitVector(3));
 }
 
 TEST(Modular, nothing_is_written_for_no_digits) {
-    Guarded w(1), x(Number{7});
+    Guarded w(1), x(DigitVector{7});
     EXPECT_EQ(mpModAdd(w, x, x, x, 0), 0);
     EXPECT_EQ(mpModSub(w, x, x, x, 0), 0);
     EXPECT_EQ(mpModMult(w, x, x, x, 0), 0);
@@ -87,11 +87,11 @@ TEST(Modular, nothing_is_written_for_no_digits) {
     EXPECT_EQ(mpGcd(w, x, x, 0), 0);
     EXPECT_EQ(mpSqrt(w, x, 0), 0);
     EXPECT_EQ(mpJacobi(x, x, 0), 0);
-    EXPECT_EQ(w.value(), Number{0x55aa55aa});
+    EXPECT_EQ(w.value(), DigitVector{0x55aa55aa});
 }
 
 TEST(Modular, sum_drops_its_carry) {
-    for_moduli(256, [](std::size_t n, const Number& u, const Number& v, const Number& m) {
+    for_moduli(256, [](std::size_t n, const DigitVector& u, const DigitVector& v, const DigitVector& m) {
         const Slow mod(m);
         const Slow t = (remainder(Slow(u), mod) + remainder(Slow(v), mod)) % Slow::power_of_2(32 * n);
         const Slow w = t >= mod ? t - mod : t;
@@ -111,7 +111,7 @@ TEST(Modular, sum_with_a_lost_carry_is_as_it_is) {
 }
 
 TEST(Modular, difference_goes_by_its_top_bit) {
-    for_moduli(256, [](std::size_t n, const Number& u, const Number& v, const Number& m) {
+    for_moduli(256, [](std::size_t n, const DigitVector& u, const DigitVector& v, const DigitVector& m) {
         const Slow mod(m), all = Slow::power_of_2(32 * n);
         const Slow t = (remainder(Slow(u), mod) + all - remainder(Slow(v), mod)) % all;
         const Slow w = t.bit(32 * n - 1) ? t + mod : t;
@@ -133,7 +133,7 @@ TEST(Modular, difference_with_a_top_bit_that_is_no_sign_is_as_it_is) {
 }
 
 TEST(Modular, product) {
-    for_moduli(128, [](std::size_t n, const Number& u, const Number& v, const Number& m) {
+    for_moduli(128, [](std::size_t n, const DigitVector& u, const DigitVector& v, const DigitVector& m) {
         expect_wherever_the_result_stands(
             {[n](Digit* r, const Digit* a, const Digit* b, const Digit* c) { return mpModMult(r, a, b, c, n); }, u, v,
              m},
@@ -144,7 +144,7 @@ TEST(Modular, product) {
 // ---- inverse
 
 TEST(Inverse, exists_exactly_for_coprime_numbers) {
-    for_moduli(33, [](std::size_t n, const Number& u, const Number&, const Number& m) {
+    for_moduli(33, [](std::size_t n, const DigitVector& u, const DigitVector&, const DigitVector& m) {
         if (Slow(m) < Slow(2)) return;
         const bool exists = Slow::gcd(Slow(u), Slow(m)) == Slow(1);
         Guarded inv(n), x(u), y(m);
@@ -193,20 +193,20 @@ TEST(Inverse, modulo_1_is_1_for_every_number) {
 
 TEST(Inverse, modulo_0_exists_for_1_alone) {
     for (const std::size_t n : Counts{1, 2, 9}) {
-        Guarded inv(n), zero(Number(n, 0)), one(Slow(1).digits(n)), two(Slow(2).digits(n));
+        Guarded inv(n), zero(DigitVector(n, 0)), one(Slow(1).digits(n)), two(Slow(2).digits(n));
         EXPECT_EQ(mpModInv(inv, one, zero, n), 0);
         EXPECT_EQ(inv.value(), Slow(1).digits(n));
         EXPECT_EQ(mpModInv(inv, two, zero, n), 1);
-        EXPECT_EQ(inv.value(), Number(n));
+        EXPECT_EQ(inv.value(), DigitVector(n));
         EXPECT_EQ(mpModInv(inv, zero, zero, n), 1);
-        EXPECT_EQ(inv.value(), Number(n));
+        EXPECT_EQ(inv.value(), DigitVector(n));
     }
 }
 
 TEST(Inverse, of_256_digits) {
-    Number m(256, 0);
+    DigitVector m(256, 0);
     m.back() = 0x80000000;
-    const Number u(256, 0x12345679);  // odd, and so it has one
+    const DigitVector u(256, 0x12345679);  // odd, and so it has one
     Guarded inv(256), x(u), modulus(m), one(256);
     EXPECT_EQ(mpModInv(inv, x, modulus, 256), 0);
     EXPECT_EQ(mpModMult(one, x, inv, modulus, 256), 0);
@@ -228,7 +228,8 @@ TEST(Gcd, of_numbers_with_a_known_factor) {
         if (n > 64) break;
         for (int i = 0; i < (draws(n) + 3) / 4; ++i) {
             const Slow factor(numbers((n + 1) / 2));
-            const Number x = (factor * Slow(numbers(n / 2))).digits(n), y = (factor * Slow(numbers(n / 2))).digits(n);
+            const DigitVector x = (factor * Slow(numbers(n / 2))).digits(n),
+                              y = (factor * Slow(numbers(n / 2))).digits(n);
             expect_wherever_the_result_stands(
                 {[n](Digit* r, const Digit* a, const Digit*, const Digit* c) { return mpGcd(r, a, c, n); }, x, x, y},
                 Slow::gcd(Slow(x), Slow(y)).digits(n), 0);
@@ -239,8 +240,8 @@ TEST(Gcd, of_numbers_with_a_known_factor) {
 TEST(Gcd, with_zero_is_the_other_number) {
     for (const std::size_t n : counts) {
         Numbers numbers;
-        const Number y = numbers(n);
-        Guarded g(n), zero(Number(n, 0)), x(y);
+        const DigitVector y = numbers(n);
+        Guarded g(n), zero(DigitVector(n, 0)), x(y);
         EXPECT_EQ(mpGcd(g, zero, x, n), 0);
         EXPECT_EQ(g.value(), y);
         EXPECT_EQ(mpGcd(g, x, zero, n), 0);
@@ -323,7 +324,7 @@ TEST(Jacobi, is_multiplicative) {
     Numbers numbers;
     for (const std::size_t n : Counts{2, 5, 9, 17})
         for (int i = 0; i < 20; ++i) {
-            Number m = numbers(2 * n);
+            DigitVector m = numbers(2 * n);
             m[0] |= 1;
             const Slow a(numbers(n)), b(numbers(n));
             const auto symbol = [&](const Slow& x) { return mpJacobi(x.digits(2 * n).data(), m.data(), 2 * n); };
@@ -334,7 +335,7 @@ TEST(Jacobi, is_multiplicative) {
 // ---- powers
 
 TEST(Power, of_small_counts) {
-    for_moduli(5, [](std::size_t n, const Number& x, const Number& e, const Number& m) {
+    for_moduli(5, [](std::size_t n, const DigitVector& x, const DigitVector& e, const DigitVector& m) {
         const Slow exponent(e), mod(m);
         const Slow y = exponent.is_zero()    ? Slow(1)
                        : exponent == Slow(1) ? Slow(x)
@@ -351,7 +352,7 @@ TEST(Power, with_small_exponents_of_large_counts) {
     Numbers numbers;
     for (const std::size_t n : Counts{8, 9, 16, 33, 64})
         for (const std::uint64_t e : {2U, 3U, 5U, 255U, 256U}) {
-            const Number x = numbers(n), m = numbers.not_zero(n);
+            const DigitVector x = numbers(n), m = numbers.not_zero(n);
             Guarded y(n), base(x), exponent(Slow(e).digits(n)), modulus(m);
             EXPECT_EQ(mpModExp(y, base, exponent, modulus, n), 0);
             EXPECT_EQ(y.value(), Slow::power(Slow(x), Slow(e), Slow(m)).digits(n)) << e;
@@ -359,7 +360,7 @@ TEST(Power, with_small_exponents_of_large_counts) {
 }
 
 TEST(Power, of_256_digits) {
-    const Number x(256, 0xfffffffe), m(256, 0xffffffff);
+    const DigitVector x(256, 0xfffffffe), m(256, 0xffffffff);
     Guarded y(256), base(x), exponent(Slow(3).digits(256)), modulus(m);
     EXPECT_EQ(mpModExp(y, base, exponent, modulus, 256), 0);
     EXPECT_EQ(y.value(), Slow::power(Slow(x), Slow(3), Slow(m)).digits(256));
@@ -368,7 +369,7 @@ TEST(Power, of_256_digits) {
 TEST(Power, with_exponent_0_is_1_whatever_the_modulus) {
     for (const std::size_t n : Counts{1, 2, 9})
         for (const std::uint64_t m : {0U, 1U, 7U}) {
-            Guarded y(n), x(Number(n, 5)), e(Number(n, 0)), modulus(Slow(m).digits(n));
+            Guarded y(n), x(DigitVector(n, 5)), e(DigitVector(n, 0)), modulus(Slow(m).digits(n));
             EXPECT_EQ(mpModExp(y, x, e, modulus, n), 0);
             EXPECT_EQ(y.value(), Slow(1).digits(n));
         }
@@ -377,7 +378,7 @@ TEST(Power, with_exponent_0_is_1_whatever_the_modulus) {
 TEST(Power, with_exponent_1_is_the_base_unreduced) {
     for (const std::size_t n : Counts{1, 2, 9})
         for (const std::uint64_t m : {0U, 1U, 7U}) {
-            const Number base(n, 0xfffffff0);
+            const DigitVector base(n, 0xfffffff0);
             Guarded y(n), x(base), e(Slow(1).digits(n)), modulus(Slow(m).digits(n));
             EXPECT_EQ(mpModExp(y, x, e, modulus, n), 0);
             EXPECT_EQ(y.value(), base);
@@ -387,7 +388,7 @@ TEST(Power, with_exponent_1_is_the_base_unreduced) {
 TEST(Power, of_a_large_prime_field_obeys_fermat) {
     const Slow p = Slow::power_of_2(521) - Slow(1);
     Numbers numbers;
-    const Number x = numbers.not_zero(16);
+    const DigitVector x = numbers.not_zero(16);
     Guarded y(17), base(Slow(x).digits(17)), e((p - Slow(1)).digits(17)), modulus(p.digits(17));
     EXPECT_EQ(mpModExp(y, base, e, modulus, 17), 0);
     EXPECT_EQ(y.value(), Slow(1).digits(17));

@@ -152,7 +152,7 @@ i128 in_units(const Words& n) { return i128{n[3]} << 36 | static_cast<i128>(n[2]
 template <typename S>
 constexpr bool takes_off = false;
 template <std::uint64_t c>
-constexpr bool takes_off<AbovePower<c>> = true;
+constexpr bool takes_off<PseudoMersennePlus<c>> = true;
 template <typename S>
 constexpr bool is_montgomery = false;
 template <auto m>

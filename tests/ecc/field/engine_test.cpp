@@ -253,9 +253,9 @@ TEST(remainders, of_x_are_taken_of_numbers_below_p_only) {
         using S = typename Curve::Field;
         const Digits p = digits_of(S::modulus);
         const Digits q = digits_of(Curve::q);
-        const Words zz = S::enter({123456789, 5, 6, 7});
+        const Words zz = S::to_montgomery({123456789, 5, 6, 7});
         const auto has = [&](const Digits& x, const Digits& r) {
-            return has_remainder<Curve>(S::mul(S::enter(words_of(x)), zz), zz, words_of(r));
+            return has_remainder<Curve>(S::mul(S::to_montgomery(words_of(x)), zz), zz, words_of(r));
         };
         for (const Digits& x : {Digits(1), Digits(2), Digits(77), difference(Digits(), Digits(1), p),
                                 difference(Digits(), Digits(9), p), reduced(q, p)}) {

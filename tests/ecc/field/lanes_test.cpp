@@ -32,7 +32,7 @@ Digits element(const LaneWords& a, std::size_t lane) {
     value<S>(a, lane);
     Limbs52 limbs;
     for (std::size_t i = 0; i < limb_count; ++i) limbs.limb[i] = a.limb[i][lane];
-    return digits_of(S::canonical(scalar_of<S>(limbs)));
+    return digits_of(S::from_montgomery(scalar_of<S>(limbs)));
 }
 
 /** Multiplicands: numbers near the edges, and near p and 2.1 p. */
@@ -115,8 +115,8 @@ TEST(lanes, elements_go_in_and_out) {
     for_each_curve([]<typename Curve>(Curve) {
         using S = typename Curve::Field;
         for (const Words& w : edges(S::modulus)) {
-            const Words n = S::canonical(S::enter(w));
-            ASSERT_EQ(S::canonical(scalar_of<S>(LaneForm<S>::enter(S::enter(n)))), n) << digits_of(n);
+            const Words n = S::from_montgomery(S::to_montgomery(w));
+            ASSERT_EQ(S::from_montgomery(scalar_of<S>(LaneForm<S>::to_lane(S::to_montgomery(n)))), n) << digits_of(n);
         }
     });
 }

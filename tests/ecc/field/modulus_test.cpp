@@ -1,10 +1,10 @@
 // Scalar field elements, loosely held, against reduction of whole numbers; and inverses by division steps.
 #include "ecc/field/adx_words.hpp"
-#include "ecc/uint256/divsteps.hpp"
 #include "ecc/field/engine.hpp"
 #include "ecc/field/order.hpp"
 #include "ecc/field/word_multiply.hpp"
 #include "ecc/field/words_support.hpp"
+#include "ecc/uint256/divsteps.hpp"
 
 using namespace vrx::test;
 using namespace vrx::field;
@@ -18,7 +18,7 @@ void check_plain(const Words& a, const Words& b) {
     const Digits x = digits_of(a);
     const Digits y = digits_of(b);
     const auto same = [&m](const Words& r, const Digits& expected) {
-        return reduced(digits_of(r), m) == expected && digits_of(S::canonical(r)) == expected;
+        return reduced(digits_of(r), m) == expected && digits_of(S::from_montgomery(r)) == expected;
     };
     ASSERT_TRUE(same(S::mul(a, b), ::product(x, y, m))) << x << " * " << y;
     ASSERT_TRUE(same(S::sqr(a), ::product(x, x, m))) << x;
@@ -33,10 +33,10 @@ void check_montgomery(const Words& a, const Words& b) {
     const Digits m = digits_of(S::modulus);
     const Digits x = digits_of(a);
     const Digits y = digits_of(b);
-    const Words u = S::enter(a);
-    const Words v = S::enter(b);
+    const Words u = S::to_montgomery(a);
+    const Words v = S::to_montgomery(b);
     const auto same = [&m](const Words& r, const Digits& expected) {
-        return reduced(digits_of(r), m) == digits_of(r) && digits_of(S::canonical(r)) == expected;
+        return reduced(digits_of(r), m) == digits_of(r) && digits_of(S::from_montgomery(r)) == expected;
     };
     ASSERT_TRUE(same(u, reduced(x, m))) << x;
     ASSERT_TRUE(same(S::mul(u, v), ::product(x, y, m))) << x << " * " << y;
@@ -44,7 +44,8 @@ void check_montgomery(const Words& a, const Words& b) {
     ASSERT_TRUE(same(S::add(u, v), ::sum(x, y, m))) << x << " + " << y;
     ASSERT_TRUE(same(S::sub(u, v), ::difference(x, y, m))) << x << " - " << y;
     // Of any numbers the product is right; only its factors' representatives are not kept below the modulus.
-    ASSERT_EQ(digits_of(S::canonical(S::mul(u, b))), digits_of(S::canonical(S::mul(u, S::mul(v, {1, 0, 0, 0})))));
+    ASSERT_EQ(digits_of(S::from_montgomery(S::mul(u, b))),
+              digits_of(S::from_montgomery(S::mul(u, S::mul(v, {1, 0, 0, 0})))));
 }
 
 template <typename S, typename Check>
@@ -81,10 +82,10 @@ TEST(scalar_fields, work_the_same_way_by_the_instructions_of_adx) {
 
 // The shapes at the ends of their ranges, where the curves' moduli are not.
 TEST(scalar_fields, work_for_the_smallest_and_largest_moduli_of_each_shape) {
-    check_pairs<BelowPower<1>>(check_plain<BelowPower<1>>);
-    check_pairs<BelowPower<0xFFFF>>(check_plain<BelowPower<0xFFFF>>);
-    check_pairs<AbovePower<1>>(check_plain<AbovePower<1>>);
-    check_pairs<AbovePower<0xFFFF>>(check_plain<AbovePower<0xFFFF>>);
+    check_pairs<PseudoMersenneMinus<1>>(check_plain<PseudoMersenneMinus<1>>);
+    check_pairs<PseudoMersenneMinus<0xFFFF>>(check_plain<PseudoMersenneMinus<0xFFFF>>);
+    check_pairs<PseudoMersennePlus<1>>(check_plain<PseudoMersennePlus<1>>);
+    check_pairs<PseudoMersennePlus<0xFFFF>>(check_plain<PseudoMersennePlus<0xFFFF>>);
     using Least = Montgomery<Words{1, 0, 0, 1ull << 63}>;
     using Most = Montgomery<Words{~0ull, ~0ull, ~0ull, ~0ull}>;
     check_pairs<Least>(check_montgomery<Least>);
@@ -116,9 +117,9 @@ TEST(scalar_fields, halve_and_double_elements) {
         std::vector<Words> numbers = edges(S::modulus);
         for (int i = 0; i < 200; ++i) numbers.push_back(random_words(random));
         for (const Words& n : numbers) {
-            const Words a = S::one == Words{1, 0, 0, 0} ? n : S::enter(n);
+            const Words a = S::one == Words{1, 0, 0, 0} ? n : S::to_montgomery(n);
             const Words h = half<S>(a);
-            ASSERT_EQ(S::canonical(S::add(h, h)), S::canonical(a)) << digits_of(n);
+            ASSERT_EQ(S::from_montgomery(S::add(h, h)), S::from_montgomery(a)) << digits_of(n);
         }
     });
 }
@@ -162,11 +163,11 @@ TEST(selection, takes_the_entry_of_its_index) {
     Random random;
     for (Entry& e : table) e = random.value<Entry>();
     for (std::uint64_t i = 0; i < 32; ++i) {
-        const auto plain = PlainWords::selected<Entry, 32>(table, i);
+        const auto plain = PlainWords::lookup<Entry, 32>(table, i);
         EXPECT_EQ(plain.x, table[i].x);
         EXPECT_EQ(plain.y, table[i].y);
         if (!vrx::cpu::offers(engine_adx.needs)) continue;
-        const auto wide = AdxWords::selected<Entry, 32>(table, i);
+        const auto wide = AdxWords::lookup<Entry, 32>(table, i);
         EXPECT_EQ(wide.x, table[i].x);
         EXPECT_EQ(wide.y, table[i].y);
     }

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <numeric>
 
-#include "ecc/uint256/divsteps.hpp"
 #include "ecc/field/modulus.hpp"
+#include "ecc/uint256/divsteps.hpp"
 
 using namespace vrx::test;
 using namespace vrx::field;
@@ -72,8 +72,9 @@ void check_long_numbers() {
         r = u;
         good &= is(a - word, sub_word(r, v[0]), a < word);
         good &= number(multiply(u, v)) == a * b && static_cast<std::uint64_t>(is_zero(u)) == (a == 0 ? 1U : 0U);
-        good &= number(subtract_once(u, v)) == (a < b ? a : a - b);
-        good &= number(select(mask(Word{1}), u, v)) == a && number(select(mask(Word{0}), u, v)) == b;
+        good &= number(reduce_once(u, v)) == (a < b ? a : a - b);
+        good &=
+            number(conditional_move(mask(Word{1}), u, v)) == a && number(conditional_move(mask(Word{0}), u, v)) == b;
         return good;
     });
 }
@@ -93,24 +94,24 @@ void check_loose() {
         const Words u = words<Words>(a);
         const Words v = words<Words>(b);
         return number(S::mul(u, v)) % p == a * b % p && number(S::add(u, v)) % p == (a + b) % p &&
-               number(S::sub(u, v)) % p == (a + 2 * p - b) % p && number(S::canonical(u)) == a % p &&
+               number(S::sub(u, v)) % p == (a + 2 * p - b) % p && number(S::from_montgomery(u)) == a % p &&
                (a != b || number(S::sqr(u)) % p == a * a % p);
     });
 }
 
 // The largest c that words of so many bits allow, and smaller ones.
 TEST(small_words, make_fields_below_a_power_of_two) {
-    check_loose<BelowPower<5, Small<5, 2>>>();
-    check_loose<BelowPower<4, Small<5, 2>>>();
-    check_loose<BelowPower<1, Small<5, 2>>>();
-    check_loose<BelowPower<2, Small<3, 3>>>();
-    check_loose<BelowPower<1, Small<2, 4>>>();
+    check_loose<PseudoMersenneMinus<5, Small<5, 2>>>();
+    check_loose<PseudoMersenneMinus<4, Small<5, 2>>>();
+    check_loose<PseudoMersenneMinus<1, Small<5, 2>>>();
+    check_loose<PseudoMersenneMinus<2, Small<3, 3>>>();
+    check_loose<PseudoMersenneMinus<1, Small<2, 4>>>();
 }
 
 TEST(small_words, make_fields_above_a_power_of_two) {
-    check_loose<AbovePower<2, Small<5, 2>>>();
-    check_loose<AbovePower<1, Small<5, 2>>>();
-    check_loose<AbovePower<1, Small<3, 3>>>();
+    check_loose<PseudoMersennePlus<2, Small<5, 2>>>();
+    check_loose<PseudoMersennePlus<1, Small<5, 2>>>();
+    check_loose<PseudoMersennePlus<1, Small<3, 3>>>();
 }
 
 template <std::uint64_t modulus, typename P>
@@ -123,7 +124,8 @@ void check_montgomery() {
         const Words v = words<Words>(b);
         // One of the factors may be anything; the others are below the modulus, as is the result.
         const auto times_power = [](const Words& w) { return number(w) * end % modulus; };
-        if (number(S::canonical(u)) * end % modulus != a % modulus || number(S::enter(u)) != a * end % modulus)
+        if (number(S::from_montgomery(u)) * end % modulus != a % modulus ||
+            number(S::to_montgomery(u)) != a * end % modulus)
             return false;
         if (b >= modulus) return true;
         const Words product = S::mul(u, v);
