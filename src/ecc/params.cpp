@@ -64,9 +64,9 @@ using Table = EcPoint[VRX_ECC_PP_COUNT];
 constexpr struct Tables {
     Table a, b, c;
 } tables = {
-#include "ecc/table_a.inc"
-#include "ecc/table_b.inc"
-#include "ecc/table_c.inc"
+#include "ecc/tables/a.inc"
+#include "ecc/tables/b.inc"
+#include "ecc/tables/c.inc"
 };
 
 constexpr Number from_decimal(std::string_view text) {

@@ -22,11 +22,12 @@ typename Domain::Scalar digest_number(const Domain& domain, const std::uint32_t*
  */
 template <typename Domain>
 std::optional<EcSignature> sign(const Domain& domain, const std::uint32_t* digest, const Number& k, const Number& d) {
+    const auto scalar = domain.scalar(k);
     const auto point = base_multiple(domain, k);
-    if (!point) return std::nullopt;
+    if (!scalar || !point) return std::nullopt;
     const auto e = digest_number(domain, digest);
     const auto r = domain.remainder(point->x).reduced();
-    const auto s = sum_of_products(r, domain.remainder(d), domain.remainder(k), e);
+    const auto s = sum_of_products(r, domain.remainder(d), *scalar, e);
     EcSignature sig;
     store(sig.r, r.number());
     store(sig.s, s.number());

@@ -4,16 +4,16 @@ namespace vrx::field {
 
 // Each file is the two tables of a curve, each followed by a comma.
 constinit const CombTables comb_tables_test = {
-#include "ecc/field/comb_tables_test.inc"
+#include "ecc/field/tables/comb_test.inc"
 };
 constinit const CombTables comb_tables_a = {
-#include "ecc/field/comb_tables_a.inc"
+#include "ecc/field/tables/comb_a.inc"
 };
 constinit const CombTables comb_tables_b = {
-#include "ecc/field/comb_tables_b.inc"
+#include "ecc/field/tables/comb_b.inc"
 };
 constinit const CombTables comb_tables_c = {
-#include "ecc/field/comb_tables_c.inc"
+#include "ecc/field/tables/comb_c.inc"
 };
 
 }  // namespace vrx::field
