@@ -1,12 +1,99 @@
-// Work on words by BMI2, ADX and AVX2. Products have multiplications that leave the flags alone, and two chains of
-// carries side by side, one in the carry flag and one in the overflow flag; compilers make one of them, in up to twice
-// the time.
+// Word operations with BMI2, ADX and AVX2. A product uses MULX, which leaves the flags alone, and two independent carry
+// chains: ADCX in the carry flag, ADOX in the overflow flag. Compilers use one chain, and need up to twice the time.
 #ifndef VRX_ECC_FIELD_ADX_WORDS_HPP
 #define VRX_ECC_FIELD_ADX_WORDS_HPP
 
 #include "ecc/field/modulus.hpp"
 
 namespace vrx::field {
+
+// Steps of the assembly below. Operands are names of its registers and pointers; `at` is an offset in bytes.
+
+// rdx = the word of a number at an offset: the factor of a row.
+#define FACTOR(number, at) "movq " #at "(%[" #number "]), %%rdx\n\t"
+
+// A register to zero. Clears both carry chains, too.
+#define CLEAR(r) "xorl %k[" #r "], %k[" #r "]\n\t"
+
+// rdx times a word is added to two registers: its low half in the chain of the carry flag, its high half in that of the
+// overflow flag.
+#define ADD_PRODUCT(number, at, r_low, r_high) \
+    "mulxq " #at "(%[" #number                 \
+    "]), %[low], %[high]\n\t"                  \
+    "adcxq %[low], %[" #r_low                  \
+    "]\n\t"                                    \
+    "adoxq %[high], %[" #r_high "]\n\t"
+
+// rdx times four words is added to five registers; carries are left in both chains.
+#define ADD_ROW(number, r0, r1, r2, r3, r4) \
+    ADD_PRODUCT(number, 0, r0, r1)          \
+    ADD_PRODUCT(number, 8, r1, r2)          \
+    ADD_PRODUCT(number, 16, r2, r3)         \
+    ADD_PRODUCT(number, 24, r3, r4)
+
+// The carry flag into a register: the end of a row.
+#define ADD_CARRY(r) "adcq $0, %[" #r "]\n\t"
+
+// Five registers = a[0] b: one chain is enough, since nothing is added to.
+#define FIRST_ROW(r0, r1, r2, r3, r4)  \
+    FACTOR(a, 0)                       \
+    "mulxq (%[b]), %[" #r0 "], %[" #r1 \
+    "]\n\t"                            \
+    "mulxq 8(%[b]), %[low], %[" #r2    \
+    "]\n\t"                            \
+    "addq %[low], %[" #r1              \
+    "]\n\t"                            \
+    "mulxq 16(%[b]), %[low], %[" #r3   \
+    "]\n\t"                            \
+    "adcq %[low], %[" #r2              \
+    "]\n\t"                            \
+    "mulxq 24(%[b]), %[low], %[" #r4   \
+    "]\n\t"                            \
+    "adcq %[low], %[" #r3 "]\n\t" ADD_CARRY(r4)
+
+// Row of a product: a[at] b is added to five registers, of which the last is new.
+#define PRODUCT_ROW(at, r0, r1, r2, r3, r4) \
+    FACTOR(a, at)                           \
+    CLEAR(r4)                               \
+    ADD_ROW(b, r0, r1, r2, r3, r4)          \
+    ADD_CARRY(r4)
+
+// Row of a square: a register is doubled in the chain of the overflow flag, and a half of a square is added.
+#define DOUBLE_AND_ADD(r, half) \
+    "adoxq %[" #r "], %[" #r    \
+    "]\n\t"                     \
+    "adcxq %[" #half "], %[" #r "]\n\t"
+
+// low and high = a[at]^2
+#define SQUARE_WORD(at) FACTOR(a, at) "mulxq %%rdx, %[low], %[high]\n\t"
+
+// Row of a Montgomery product: a[at] b is added to five registers; t5, cleared before, takes the carries.
+#define MONTGOMERY_ROW(at, t0, t1, t2, t3, t4, t5) \
+    FACTOR(a, at)                                  \
+    CLEAR(t5)                                      \
+    ADD_ROW(b, t0, t1, t2, t3, t4)                 \
+    "adcxq %[" #t5 "], %[" #t4                     \
+    "]\n\t"                                        \
+    "adoxq %[" #t5 "], %[" #t5 "]\n\t" ADD_CARRY(t5)
+
+// rdx times a word in a register is added, as by ADD_PRODUCT.
+#define ADD_REGISTER_PRODUCT(word, r_low, r_high) \
+    "mulxq %[" #word                              \
+    "], %[low], %[high]\n\t"                      \
+    "adcxq %[low], %[" #r_low                     \
+    "]\n\t"                                       \
+    "adoxq %[high], %[" #r_high "]\n\t"
+
+// The multiple of m that clears t0 is added: u = -t0 / m modulo 2^64 times m. Carries go to t4 and t5.
+#define MONTGOMERY_REDUCE(t0, t1, t2, t3, t4, t5) \
+    "movabsq %[inverse], %%rdx\n\t"              \
+    "imulq %[" #t0 "], %%rdx\n\t"                \
+    CLEAR(low)                                    \
+    ADD_ROW(m, t0, t1, t2, t3, t4)                \
+    "movl $0, %k[low]\n\t"                       \
+    "adcxq %[low], %[" #t4 "]\n\t"               \
+    "adoxq %[low], %[" #t5 "]\n\t"               \
+    ADD_CARRY(t5)
 
 /** Each function takes and yields what that of PlainWordsOf does: any numbers, unless it says otherwise. */
 struct AdxWords {
@@ -22,60 +109,10 @@ struct AdxWords {
     /** Row by row: the products of a word of a with b are added where they belong. */
     static WideWords multiply(const Words& a, const Words& b) {
         std::uint64_t r0, r1, r2, r3, r4, r5, r6, r7, low, high;
-        asm("movq (%[a]), %%rdx\n\t"
-            "mulxq (%[b]), %[r0], %[r1]\n\t"
-            "mulxq 8(%[b]), %[low], %[r2]\n\t"
-            "addq %[low], %[r1]\n\t"
-            "mulxq 16(%[b]), %[low], %[r3]\n\t"
-            "adcq %[low], %[r2]\n\t"
-            "mulxq 24(%[b]), %[low], %[r4]\n\t"
-            "adcq %[low], %[r3]\n\t"
-            "adcq $0, %[r4]\n\t"
-            "movq 8(%[a]), %%rdx\n\t"
-            "xorl %k[r5], %k[r5]\n\t"
-            "mulxq (%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r1]\n\t"
-            "adoxq %[high], %[r2]\n\t"
-            "mulxq 8(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r2]\n\t"
-            "adoxq %[high], %[r3]\n\t"
-            "mulxq 16(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r3]\n\t"
-            "adoxq %[high], %[r4]\n\t"
-            "mulxq 24(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r4]\n\t"
-            "adoxq %[high], %[r5]\n\t"
-            "adcq $0, %[r5]\n\t"
-            "movq 16(%[a]), %%rdx\n\t"
-            "xorl %k[r6], %k[r6]\n\t"
-            "mulxq (%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r2]\n\t"
-            "adoxq %[high], %[r3]\n\t"
-            "mulxq 8(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r3]\n\t"
-            "adoxq %[high], %[r4]\n\t"
-            "mulxq 16(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r4]\n\t"
-            "adoxq %[high], %[r5]\n\t"
-            "mulxq 24(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r5]\n\t"
-            "adoxq %[high], %[r6]\n\t"
-            "adcq $0, %[r6]\n\t"
-            "movq 24(%[a]), %%rdx\n\t"
-            "xorl %k[r7], %k[r7]\n\t"
-            "mulxq (%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r3]\n\t"
-            "adoxq %[high], %[r4]\n\t"
-            "mulxq 8(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r4]\n\t"
-            "adoxq %[high], %[r5]\n\t"
-            "mulxq 16(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r5]\n\t"
-            "adoxq %[high], %[r6]\n\t"
-            "mulxq 24(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r6]\n\t"
-            "adoxq %[high], %[r7]\n\t"
-            "adcq $0, %[r7]"
+        asm(FIRST_ROW(r0, r1, r2, r3, r4)        // a[0] b
+            PRODUCT_ROW(8, r1, r2, r3, r4, r5)   // + a[1] b
+            PRODUCT_ROW(16, r2, r3, r4, r5, r6)  // + a[2] b
+            PRODUCT_ROW(24, r3, r4, r5, r6, r7)  // + a[3] b
             : [r0] "=&r"(r0), [r1] "=&r"(r1), [r2] "=&r"(r2), [r3] "=&r"(r3), [r4] "=&r"(r4), [r5] "=&r"(r5),
               [r6] "=&r"(r6), [r7] "=&r"(r7), [low] "=&r"(low), [high] "=&r"(high)
             : [a] "r"(a.data()), [b] "r"(b.data())
@@ -86,49 +123,39 @@ struct AdxWords {
     /** The products of unequal words; then one chain doubles them while the other adds the squares of the words. */
     static WideWords square(const Words& a) {
         std::uint64_t r0, r1, r2, r3, r4, r5, r6, r7, low, high;
-        asm("movq (%[a]), %%rdx\n\t"
+        asm(// a[0] times a[1], a[2] and a[3]
+            FACTOR(a, 0)
             "mulxq 8(%[a]), %[r1], %[r2]\n\t"
             "mulxq 16(%[a]), %[low], %[r3]\n\t"
             "addq %[low], %[r2]\n\t"
             "mulxq 24(%[a]), %[low], %[r4]\n\t"
             "adcq %[low], %[r3]\n\t"
-            "adcq $0, %[r4]\n\t"
-            "movq 8(%[a]), %%rdx\n\t"
-            "xorl %k[r5], %k[r5]\n\t"
-            "mulxq 16(%[a]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r3]\n\t"
-            "adoxq %[high], %[r4]\n\t"
-            "mulxq 24(%[a]), %[low], %[high]\n\t"
-            "adcxq %[low], %[r4]\n\t"
-            "adoxq %[high], %[r5]\n\t"
-            "adcq $0, %[r5]\n\t"
-            "movq 16(%[a]), %%rdx\n\t"
+            ADD_CARRY(r4)
+            // a[1] times a[2] and a[3]
+            FACTOR(a, 8)
+            CLEAR(r5)
+            ADD_PRODUCT(a, 16, r3, r4)
+            ADD_PRODUCT(a, 24, r4, r5)
+            ADD_CARRY(r5)
+            // a[2] times a[3]
+            FACTOR(a, 16)
             "mulxq 24(%[a]), %[low], %[r6]\n\t"
             "addq %[low], %[r5]\n\t"
-            "adcq $0, %[r6]\n\t"
-            "xorl %k[r7], %k[r7]\n\t"
-            "movq (%[a]), %%rdx\n\t"
+            ADD_CARRY(r6)
+            // Twice all of that, and the squares of the words.
+            CLEAR(r7)
+            FACTOR(a, 0)
             "mulxq %%rdx, %[r0], %[high]\n\t"
-            "adoxq %[r1], %[r1]\n\t"
-            "adcxq %[high], %[r1]\n\t"
-            "movq 8(%[a]), %%rdx\n\t"
-            "mulxq %%rdx, %[low], %[high]\n\t"
-            "adoxq %[r2], %[r2]\n\t"
-            "adcxq %[low], %[r2]\n\t"
-            "adoxq %[r3], %[r3]\n\t"
-            "adcxq %[high], %[r3]\n\t"
-            "movq 16(%[a]), %%rdx\n\t"
-            "mulxq %%rdx, %[low], %[high]\n\t"
-            "adoxq %[r4], %[r4]\n\t"
-            "adcxq %[low], %[r4]\n\t"
-            "adoxq %[r5], %[r5]\n\t"
-            "adcxq %[high], %[r5]\n\t"
-            "movq 24(%[a]), %%rdx\n\t"
-            "mulxq %%rdx, %[low], %[high]\n\t"
-            "adoxq %[r6], %[r6]\n\t"
-            "adcxq %[low], %[r6]\n\t"
-            "adoxq %[r7], %[r7]\n\t"
-            "adcxq %[high], %[r7]"
+            DOUBLE_AND_ADD(r1, high)
+            SQUARE_WORD(8)
+            DOUBLE_AND_ADD(r2, low)
+            DOUBLE_AND_ADD(r3, high)
+            SQUARE_WORD(16)
+            DOUBLE_AND_ADD(r4, low)
+            DOUBLE_AND_ADD(r5, high)
+            SQUARE_WORD(24)
+            DOUBLE_AND_ADD(r6, low)
+            DOUBLE_AND_ADD(r7, high)
             : [r0] "=&r"(r0), [r1] "=&r"(r1), [r2] "=&r"(r2), [r3] "=&r"(r3), [r4] "=&r"(r4), [r5] "=&r"(r5),
               [r6] "=&r"(r6), [r7] "=&r"(r7), [low] "=&r"(low), [high] "=&r"(high)
             : [a] "r"(a.data())
@@ -139,16 +166,9 @@ struct AdxWords {
     /** r = the low half of v plus factor times the high half, modulo 2^256; what is carried out, at most factor. */
     static std::uint64_t add_multiple(Words& r, const WideWords& v, std::uint64_t factor) {
         std::uint64_t r0 = v[0], r1 = v[1], r2 = v[2], r3 = v[3], low, high;
-        asm("xorl %k[low], %k[low]\n\t"
-            "mulxq %[v4], %[low], %[high]\n\t"
-            "adcxq %[low], %[r0]\n\t"
-            "adoxq %[high], %[r1]\n\t"
-            "mulxq %[v5], %[low], %[high]\n\t"
-            "adcxq %[low], %[r1]\n\t"
-            "adoxq %[high], %[r2]\n\t"
-            "mulxq %[v6], %[low], %[high]\n\t"
-            "adcxq %[low], %[r2]\n\t"
-            "adoxq %[high], %[r3]\n\t"
+        asm(CLEAR(low) ADD_REGISTER_PRODUCT(v4, r0, r1) ADD_REGISTER_PRODUCT(v5, r1, r2)
+                ADD_REGISTER_PRODUCT(v6, r2, r3)
+            // The last high half stays, and takes the carries of both chains.
             "mulxq %[v7], %[low], %[high]\n\t"
             "adcxq %[low], %[r3]\n\t"
             "movl $0, %k[low]\n\t"
@@ -168,143 +188,16 @@ struct AdxWords {
     template <const Words& m, std::uint64_t inverse>
     static std::array<std::uint64_t, 5> montgomery(const Words& a, const Words& b) {
         std::uint64_t t0, t1, t2, t3, t4, t5, low, high;
-        asm("movq (%[a]), %%rdx\n\t"
-            "mulxq (%[b]), %[t0], %[t1]\n\t"
-            "mulxq 8(%[b]), %[low], %[t2]\n\t"
-            "addq %[low], %[t1]\n\t"
-            "mulxq 16(%[b]), %[low], %[t3]\n\t"
-            "adcq %[low], %[t2]\n\t"
-            "mulxq 24(%[b]), %[low], %[t4]\n\t"
-            "adcq %[low], %[t3]\n\t"
-            "adcq $0, %[t4]\n\t"
-            "xorl %k[t5], %k[t5]\n\t"
-            "movabsq %[inverse], %%rdx\n\t"
-            "imulq %[t0], %%rdx\n\t"
-            "xorl %k[low], %k[low]\n\t"
-            "mulxq (%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t0]\n\t"
-            "adoxq %[high], %[t1]\n\t"
-            "mulxq 8(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t1]\n\t"
-            "adoxq %[high], %[t2]\n\t"
-            "mulxq 16(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t2]\n\t"
-            "adoxq %[high], %[t3]\n\t"
-            "mulxq 24(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t3]\n\t"
-            "adoxq %[high], %[t4]\n\t"
-            "movl $0, %k[low]\n\t"
-            "adcxq %[low], %[t4]\n\t"
-            "adoxq %[low], %[t5]\n\t"
-            "adcq $0, %[t5]\n\t"
-            "movq 8(%[a]), %%rdx\n\t"
-            "xorl %k[t0], %k[t0]\n\t"
-            "mulxq (%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t1]\n\t"
-            "adoxq %[high], %[t2]\n\t"
-            "mulxq 8(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t2]\n\t"
-            "adoxq %[high], %[t3]\n\t"
-            "mulxq 16(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t3]\n\t"
-            "adoxq %[high], %[t4]\n\t"
-            "mulxq 24(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t4]\n\t"
-            "adoxq %[high], %[t5]\n\t"
-            "adcxq %[t0], %[t5]\n\t"
-            "adoxq %[t0], %[t0]\n\t"
-            "adcq $0, %[t0]\n\t"
-            "movabsq %[inverse], %%rdx\n\t"
-            "imulq %[t1], %%rdx\n\t"
-            "xorl %k[low], %k[low]\n\t"
-            "mulxq (%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t1]\n\t"
-            "adoxq %[high], %[t2]\n\t"
-            "mulxq 8(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t2]\n\t"
-            "adoxq %[high], %[t3]\n\t"
-            "mulxq 16(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t3]\n\t"
-            "adoxq %[high], %[t4]\n\t"
-            "mulxq 24(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t4]\n\t"
-            "adoxq %[high], %[t5]\n\t"
-            "movl $0, %k[low]\n\t"
-            "adcxq %[low], %[t5]\n\t"
-            "adoxq %[low], %[t0]\n\t"
-            "adcq $0, %[t0]\n\t"
-            "movq 16(%[a]), %%rdx\n\t"
-            "xorl %k[t1], %k[t1]\n\t"
-            "mulxq (%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t2]\n\t"
-            "adoxq %[high], %[t3]\n\t"
-            "mulxq 8(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t3]\n\t"
-            "adoxq %[high], %[t4]\n\t"
-            "mulxq 16(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t4]\n\t"
-            "adoxq %[high], %[t5]\n\t"
-            "mulxq 24(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t5]\n\t"
-            "adoxq %[high], %[t0]\n\t"
-            "adcxq %[t1], %[t0]\n\t"
-            "adoxq %[t1], %[t1]\n\t"
-            "adcq $0, %[t1]\n\t"
-            "movabsq %[inverse], %%rdx\n\t"
-            "imulq %[t2], %%rdx\n\t"
-            "xorl %k[low], %k[low]\n\t"
-            "mulxq (%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t2]\n\t"
-            "adoxq %[high], %[t3]\n\t"
-            "mulxq 8(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t3]\n\t"
-            "adoxq %[high], %[t4]\n\t"
-            "mulxq 16(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t4]\n\t"
-            "adoxq %[high], %[t5]\n\t"
-            "mulxq 24(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t5]\n\t"
-            "adoxq %[high], %[t0]\n\t"
-            "movl $0, %k[low]\n\t"
-            "adcxq %[low], %[t0]\n\t"
-            "adoxq %[low], %[t1]\n\t"
-            "adcq $0, %[t1]\n\t"
-            "movq 24(%[a]), %%rdx\n\t"
-            "xorl %k[t2], %k[t2]\n\t"
-            "mulxq (%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t3]\n\t"
-            "adoxq %[high], %[t4]\n\t"
-            "mulxq 8(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t4]\n\t"
-            "adoxq %[high], %[t5]\n\t"
-            "mulxq 16(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t5]\n\t"
-            "adoxq %[high], %[t0]\n\t"
-            "mulxq 24(%[b]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t0]\n\t"
-            "adoxq %[high], %[t1]\n\t"
-            "adcxq %[t2], %[t1]\n\t"
-            "adoxq %[t2], %[t2]\n\t"
-            "adcq $0, %[t2]\n\t"
-            "movabsq %[inverse], %%rdx\n\t"
-            "imulq %[t3], %%rdx\n\t"
-            "xorl %k[low], %k[low]\n\t"
-            "mulxq (%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t3]\n\t"
-            "adoxq %[high], %[t4]\n\t"
-            "mulxq 8(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t4]\n\t"
-            "adoxq %[high], %[t5]\n\t"
-            "mulxq 16(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t5]\n\t"
-            "adoxq %[high], %[t0]\n\t"
-            "mulxq 24(%[m]), %[low], %[high]\n\t"
-            "adcxq %[low], %[t0]\n\t"
-            "adoxq %[high], %[t1]\n\t"
-            "movl $0, %k[low]\n\t"
-            "adcxq %[low], %[t1]\n\t"
-            "adoxq %[low], %[t2]\n\t"
-            "adcq $0, %[t2]"
+        asm(FIRST_ROW(t0, t1, t2, t3, t4)  // a[0] b
+            CLEAR(t5)                      // the top register
+            MONTGOMERY_REDUCE(t0, t1, t2, t3, t4, t5)
+            // From here on the register that was cleared last is the top one.
+            MONTGOMERY_ROW(8, t1, t2, t3, t4, t5, t0)   // + a[1] b
+            MONTGOMERY_REDUCE(t1, t2, t3, t4, t5, t0)   // / 2^64
+            MONTGOMERY_ROW(16, t2, t3, t4, t5, t0, t1)  // + a[2] b
+            MONTGOMERY_REDUCE(t2, t3, t4, t5, t0, t1)   // / 2^64
+            MONTGOMERY_ROW(24, t3, t4, t5, t0, t1, t2)  // + a[3] b
+            MONTGOMERY_REDUCE(t3, t4, t5, t0, t1, t2)   // / 2^64
             : [t0] "=&r"(t0), [t1] "=&r"(t1), [t2] "=&r"(t2), [t3] "=&r"(t3), [t4] "=&r"(t4), [t5] "=&r"(t5),
               [low] "=&r"(low), [high] "=&r"(high)
             : [a] "r"(a.data()), [b] "r"(b.data()), [m] "r"(m.data()), [inverse] "i"(inverse)
@@ -312,6 +205,19 @@ struct AdxWords {
         return {t4, t5, t0, t1, t2};
     }
 };
+
+#undef FACTOR
+#undef CLEAR
+#undef ADD_PRODUCT
+#undef ADD_ROW
+#undef ADD_CARRY
+#undef FIRST_ROW
+#undef PRODUCT_ROW
+#undef DOUBLE_AND_ADD
+#undef SQUARE_WORD
+#undef MONTGOMERY_ROW
+#undef ADD_REGISTER_PRODUCT
+#undef MONTGOMERY_REDUCE
 
 }  // namespace vrx::field
 

@@ -1,7 +1,7 @@
 // Multiples of points of the four curves, by the fastest engine that the processor runs.
 //
 // Scalars and points that are multiplied are secret: no branch and no address depends on them. What an engine leaves on
-// the stack is not wiped; that is the caller's (see engine_stack). All numbers are plain, k and z from 1 to q - 1,
+// the stack is not wiped; that is the caller's (see multiple_stack). All numbers are plain, k and z from 1 to q - 1,
 // points on the curve.
 #ifndef VRX_ECC_FIELD_ENGINE_HPP
 #define VRX_ECC_FIELD_ENGINE_HPP
