@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "io/failure.hpp"
+#include "keys/keys.hpp"
 
 namespace vrx::app {
 namespace {
@@ -86,14 +87,6 @@ std::optional<std::string> unescape(std::string_view text) {
         }
     }
     return name;
-}
-
-/** Compare without telling, by the time it takes, where the difference is. */
-bool equal_in_constant_time(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
-    if (a.size() != b.size()) return false;
-    volatile std::uint8_t difference = 0;
-    for (std::size_t i = 0; i < a.size(); ++i) difference = difference | (a[i] ^ b[i]);
-    return difference == 0;
 }
 
 /** A line of a list, without its line end. A name with backslashes or line ends is escaped, and the line marked. */

@@ -551,6 +551,22 @@ TEST(BlockModes, an_output_too_small_is_refused_and_nothing_is_consumed) {
     EXPECT_EQ(update(ctx, counted(15), 8).rc, VRX_OK);
 }
 
+TEST(BlockModes, held_bytes_and_the_longest_input_do_not_wrap_around) {
+    const Sample s;
+    for (const std::uint32_t held : {1u, 7u}) {
+        vrx_crpt_ctx ctx = s.open(VRX_MODE_SS);
+        updated(ctx, counted(held));
+        const vrx_crpt_ctx before = ctx;
+        Bytes bytes(16, 0xEE);
+        const vrx_data in{UINT_MAX, bytes.data()};
+        vrx_data out{UINT_MAX, bytes.data() + 8};
+        EXPECT_EQ(vrx_crpt_update(&ctx, &in, &out), VRX_ERR_BUFFER_LENGTH);
+        EXPECT_EQ(out.length, UINT_MAX);
+        EXPECT_EQ(bytes, Bytes(16, 0xEE));
+        EXPECT_EQ(difference(ctx, before), "");
+    }
+}
+
 TEST(BlockModes, held_bytes_keep_what_stands_behind_them) {
     const Sample s;
     vrx_crpt_ctx ctx = s.open(VRX_MODE_SS);
@@ -1159,6 +1175,20 @@ TEST(ContextEngine, the_first_flag_is_lost_where_the_final_flag_is_set_across_a_
     vrx_crpt_ctx prepared = s.open(VRX_MODE_GAMM, 1, 1);
     EXPECT_EQ(hex(run_engine(with_final, counted(1024), 1024).output),
               hex(run_engine(prepared, counted(1024), 1024).output));
+}
+
+TEST(ContextEngine, the_first_flag_of_a_reset_at_a_border_is_cleared) {
+    const Sample s;
+    for (const std::uint32_t mode : {unsigned{VRX_MODE_SS}, unsigned{VRX_MODE_CBC}})
+        for (const int direction : {0, 1})
+            for (const std::uint32_t length : {8u, 1024u, 2048u, 2056u}) {
+                vrx_crpt_ctx ctx = s.open(mode, direction, 1);
+                updated(ctx, counted(1024));
+                ASSERT_EQ(vrx_crpt_reset(&ctx), VRX_OK);
+                ASSERT_EQ(ctx.flags, VRX_FLAG_FIRST);
+                updated(ctx, counted(length));
+                EXPECT_EQ(ctx.flags, 0) << "mode " << mode << ", direction " << direction << ", " << length << " bytes";
+            }
 }
 
 TEST(ContextEngine, the_final_flag_reaches_the_last_section) {

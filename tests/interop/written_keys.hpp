@@ -2,9 +2,9 @@
 #ifndef VRX_TESTS_INTEROP_WRITTEN_KEYS_HPP
 #define VRX_TESTS_INTEROP_WRITTEN_KEYS_HPP
 
-#include "der.hpp"
 #include "interop.hpp"
-#include "key_format.hpp"
+#include "keys/der.hpp"
+#include "keys/key_format.hpp"
 
 namespace vrx::interop {
 

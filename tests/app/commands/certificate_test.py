@@ -88,6 +88,19 @@ class Certificates(CertificateTest):
         self.refused("verify", "--cert", "-", "-S", "sig", says="only one of key, signature and data")
         self.refused("verify", "-S", "sig", "letter", says="a public key is needed, --key FILE, or a certificate")
 
+    def test_a_field_after_the_signature_is_refused(self):
+        signed = x509.to_be_signed(x509.key(x509.algorithm(CURVE_A), self.point))
+        parts = [signed, x509.GOST_SIGNATURE, x509.element("03", "00", "00" * 64)]
+        self.write("cert", bytes.fromhex(x509.element("30", *parts)))
+        self.verify()
+        self.write("cert", bytes.fromhex(x509.element("30", *parts, "0500")))
+        self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says="'cert' is not one X.509 certificate")
+
+    def test_two_digits_of_a_year_stand_for_1950_to_2049(self):
+        for year, full in (("00", "2000"), ("49", "2049"), ("50", "1950"), ("99", "1999")):
+            self.certify(CURVE_A, begin=year + "0203040506Z")
+            self.assertIn(full + "-02-03 04:05:06", self.vrx("inspect", "cert").decode())
+
     def test_a_point_beside_its_curve(self):
         self.point = "01" * 64
         self.certify(CURVE_XCHA)

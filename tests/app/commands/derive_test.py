@@ -219,10 +219,12 @@ class Terminal(ProgramTest):
         self.assertEqual(self.shown, b"Password: \r\nPassword again: \r\n")
 
     def test_two_different_ones_are_refused(self):
-        process = self.derive("--confirm")
-        self.type(b"secret\n")
-        self.type(b"secre\n", b"Password again: ")
-        self.assertEqual(self.end(process), (2, b"", b"vrx: the two passwords are not the same; try again\n"))
+        for again in (b"secre", b"secrets", b"Secret", b"secreT"):
+            self.shown = b""
+            process = self.derive("--confirm")
+            self.type(b"secret\n")
+            self.type(again + b"\n", b"Password again: ")
+            self.assertEqual(self.end(process), (2, b"", b"vrx: the two passwords are not the same; try again\n"))
         self.refused(*DERIVE, "--confirm", "--password-fd", "0", says="--confirm is for a password from the terminal")
 
     def test_no_answer(self):

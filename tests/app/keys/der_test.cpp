@@ -1,0 +1,90 @@
+// DER and base64: one way to write each value, and no read past the end.
+#include "keys/der.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "support/fence.hpp"
+#include "support/hex.hpp"
+
+namespace {
+
+using namespace vrx::test;
+namespace der = vrx::app::der;
+
+/** The size of the contents of the one element in hex octets; -1 if it is refused. The octets end at a fence. */
+int size_of(const Bytes& octets) {
+    const Fenced memory(octets.size(), Fence::behind);
+    std::ranges::copy(octets, memory.begin());
+    der::Reader reader({memory.begin(), octets.size()});
+    const auto contents = reader.next(der::sequence);
+    return contents && reader.at_end() ? static_cast<int>(contents->size()) : -1;
+}
+
+Bytes element(const char* head, std::size_t size) {
+    Bytes octets = unhex(head);
+    octets.resize(octets.size() + size);
+    return octets;
+}
+
+TEST(Der, lengths_are_taken_in_their_shortest_form_alone) {
+    for (const std::size_t size : {0U, 1U, 127U}) {
+        const auto low = static_cast<std::uint8_t>(size);
+        EXPECT_EQ(size_of(element(("30" + hex(Bytes{low})).c_str(), size)), static_cast<int>(size));
+        EXPECT_EQ(size_of(element(("3081" + hex(Bytes{low})).c_str(), size)), -1) << size;
+        EXPECT_EQ(size_of(element(("308200" + hex(Bytes{low})).c_str(), size)), -1) << size;
+    }
+    EXPECT_EQ(size_of(element("308180", 128)), 128);
+    EXPECT_EQ(size_of(element("3081ff", 255)), 255);
+    EXPECT_EQ(size_of(element("30820080", 128)), -1);
+    EXPECT_EQ(size_of(element("308200ff", 255)), -1);
+    EXPECT_EQ(size_of(element("30820100", 256)), 256);
+    EXPECT_EQ(size_of(element("3083000100", 256)), -1);
+    EXPECT_EQ(size_of(element("3080", 0)), -1);
+}
+
+TEST(Der, an_element_that_is_cut_short_is_refused_without_a_read_past_its_end) {
+    for (const auto& [head, size] : {std::pair{"3005", 5U}, {"308180", 128U}, {"30820100", 256U}}) {
+        Bytes octets = element(head, size);
+        ASSERT_EQ(size_of(octets), static_cast<int>(size));
+        while (!octets.empty()) {
+            octets.pop_back();
+            EXPECT_EQ(size_of(octets), -1) << head << ", " << octets.size() << " octets";
+        }
+    }
+}
+
+TEST(Der, no_part_of_an_object_identifier_begins_with_a_zero_digit) {
+    EXPECT_EQ(der::dotted(unhex("2a8503020213")), "1.2.643.2.2.19");
+    EXPECT_EQ(der::dotted(unhex("2a8100")), "1.2.128");
+    for (const char* const bad : {"8001", "2a8001", "2a800301", "2a03808503", "2a85", ""})
+        EXPECT_FALSE(der::dotted(unhex(bad)).has_value()) << bad;
+}
+
+/** The octets that base64 stands for, in hex; "refused" if it is not well formed. */
+std::string decoded(std::string_view text) {
+    vrx::app::SecretBytes bytes;
+    for (const char c : text) bytes.push_back(static_cast<std::uint8_t>(c));
+    if (!der::decode_base64(bytes)) return "refused";
+    return hex(bytes.bytes());
+}
+
+TEST(Base64, the_bits_that_padding_leaves_over_are_zeros) {
+    EXPECT_EQ(decoded("/w=="), "ff");
+    EXPECT_EQ(decoded("//8="), "ffff");
+    EXPECT_EQ(decoded("////"), "ffffff");
+    for (const char last : {'x', 'y', '0', '4', '/'}) EXPECT_EQ(decoded(std::string("/") + last + "=="), "refused");
+    for (const char last : {'9', '+', '/'}) EXPECT_EQ(decoded(std::string("//") + last + "="), "refused");
+}
+
+TEST(Base64, padding_ends_the_text_and_completes_a_group) {
+    for (const char* const bad :
+         {"/", "//", "///", "/w=", "/w===", "/w==/w==", "//8=/", "=", "====", "/=w=", "/w=a", "/w=-"})
+        EXPECT_EQ(decoded(bad), "refused") << bad;
+    EXPECT_EQ(decoded(""), "");
+    EXPECT_EQ(decoded(" /\tw\r\n= = "), "ff");
+}
+
+}  // namespace
