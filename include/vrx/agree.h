@@ -1,7 +1,10 @@
 /**
- * @file agree.h  Key agreement VKO GOST R 34.10-2001 and CryptoPro key diversification (RFC 4357, sections 5.2, 6.5).
+ * @file agree.h  Key agreement VKO GOST R 34.10-2001, and CryptoPro key diversification.
  *
- * The general rules of curve.h apply. Secrets are wiped before return.
+ * A result may not overlap another argument, unless a function says otherwise. The functions allocate nothing and wipe
+ * secret temporaries on the stack. Any number of threads may share a set as long as none changes it.
+ *
+ * Source: RFC 4357, sections 5.2 and 6.5.
  */
 #ifndef VRX_AGREE_H
 #define VRX_AGREE_H
@@ -12,33 +15,46 @@
 
 VRX_BEGIN_DECLS
 
-#define VRX_UKM_SIZE 8  /**< bytes of user keying material */
-#define VRX_KEK_SIZE 32 /**< bytes in a key-encryption key */
+#define VRX_UKM_SIZE 8  /**< bytes of user keying material (UKM) */
+#define VRX_KEK_SIZE 32 /**< bytes in a key-encryption key (KEK) */
+
+/* ---- Use these --------------------------------------------------------------------------------------------------- */
 
 /**
- * Agree on a key: the hash of the 64 octets (x, then y, least significant byte first) of the point (u d mod q) Q, where
- * u is the number of the UKM, first byte least significant. Both parties come to the same key.
+ * Agree on a key (VKO). Both sides derive the same key: each from its own private key and the peer's public key.
  *
- * @param hash_oid  in: DER identifier of a hash parameter set, as for GOSTR3411_Transform(). The record is not checked.
- * @param ukm       in: not all zero.
- * @param d         in: own private key.
- * @param Q         in: the other side's public key. Check it with ecCheckPublicKey() first.
- * @param kek       out: untouched on failure.
- * @return VRX_OK; VRX_ERR_FAILED (not VRX_ERR_BAD_PARAMS) when set, ukm, d, Q or kek is NULL or all of ukm is zero
- *         (logged); otherwise the code of GOSTR3411_Transform(), which logs its own failures.
+ * The key is the hash of 64 octets: x, then y of the point (u d mod q) Q, each least significant octet first. u is the
+ * UKM as a number, first byte least significant.
  *
- * u d = 0 modulo q gives the key of the point at infinity, 64 zero octets.
+ * **Warning:** the function does not check the peer's public key. Before you agree on a key with a peer, check that x <
+ * p and y < p and call ecCheckPublicKey(). Otherwise the peer can choose a point that reveals your private key.
+ *
+ * **Warning:** with a changed or custom set, the running time depends on the private key.
+ *
+ * @param set       in: the curve parameter set of both keys.
+ * @param hash_oid  in: DER identifier of a built-in hash parameter set, normally CryptoPro (VRX_PAR_HASH_1_OID).
+ *                  Neither the record nor its data pointer is checked as the other pointers are: the record may not be
+ *                  NULL.
+ * @param ukm       in: 8 public bytes, not all zero. Use a new value for each agreement.
+ * @param d         in: your private key.
+ * @param Q         in: the peer's public key.
+ * @param kek       out: the key, 32 bytes; unchanged on failure.
+ * @return VRX_OK; VRX_ERR_FAILED (not VRX_ERR_BAD_PARAMS) if set, ukm, d, Q or kek is NULL or the UKM is all zero
+ *         (logged); otherwise the code of GOSTR3411_Transform(), which logs: VRX_ERR_BAD_PARAMS for an empty
+ *         identifier, VRX_ERR_UNSUPPORTED_OID for an unknown one.
+ *
+ * If u d = 0 modulo q, the key is the hash of 64 zero octets, those of the point at infinity.
  */
 VRX_API int ecMakeKEK(const EcParamSet *set, const vrx_data *hash_oid, const uint8_t ukm[VRX_UKM_SIZE],
                       const uint32_t d[VRX_ECC_DIGITS], const EcPoint *Q, uint8_t kek[VRX_KEK_SIZE]);
 
 /**
- * Diversify a key, in eight rounds: each encrypts the key with itself in cipher feedback, the IV made of sums of the
- * key's words by the bits of one UKM byte.
+ * Diversify a key (CryptoPro): eight rounds, each of which encrypts the key with itself in cipher feedback mode. The IV
+ * of a round consists of two sums of key words, which one UKM byte selects.
  *
+ * @param tz   in: a deployed table. If it is NULL or not deployed, the call fails.
+ * @param key  in-out: the key, 32 bytes. After a failure, the key as the rounds before it left it.
  * @param ukm  in: 8 bytes, any.
- * @param tz   in: a deployed table. May be NULL or not deployed: the cipher then refuses it.
- * @param key  in-out: the key, as it lies in memory. A failure leaves it after the rounds done so far.
  * @return VRX_OK, or the code of VRX_Gost_GFB_m() (logged).
  */
 VRX_API int ecDiversifyKEK(const vrx_tz *tz, uint8_t key[VRX_KEK_SIZE], const uint8_t ukm[VRX_UKM_SIZE]);

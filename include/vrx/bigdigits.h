@@ -1,32 +1,26 @@
 /**
  * @file bigdigits.h  Multiple-precision arithmetic on arrays of 32-bit digits.
  *
- * A number is a plain array of `ndigits` digits, least significant digit first, unsigned; leading zero digits are
- * normal. Nothing but the digits is stored. Only mpIsNegative(), mpChs() and mpAbs() read an array as a
- * two's-complement number of 32 ndigits bits.
+ * A number is an array of `ndigits` digits, least significant digit first, unsigned. Leading zero digits are normal.
+ * Only mpIsNegative(), mpChs() and mpAbs() read an array as a two's-complement number of 32 ndigits bits.
  *
- * Common arguments:
- * - ndigits  in: digits in each number.
- * - udigits  in: digits in u.
- * - vdigits  in: digits in v.
- * - a, b, c, e, m, n, u, v, w, x, y  in: an operand: digits, least significant first.
- * - a, g, inv, p, q, r, s, w, y  out: the result: digits, least significant first.
- * - d  in: a digit.
- * - x, y  in: a digit.
+ * Unless a function says otherwise:
  *
- * Unless said otherwise:
- * - Results come first in the argument list, then operands, then digit counts. Counts are of digits; a result has
- *   exactly `ndigits` digits (a product twice as many), and nothing behind them is touched.
- * - At most VRX_MP_MAX_DIGITS digits are supported; what larger counts do is not defined.
- * - Every array belongs to the caller and may not be NULL. Operands may be one and the same array, and a result may be
- *   the same array as an operand; arrays that overlap in another way are not supported.
- * - A count of 0 is defined where it is mentioned, or where no digit would have to be read.
- * - Nothing is logged and nothing is allocated. Temporaries live on the stack and are wiped before return.
- * - Operands, moduli and divisors are only read, so that any number of threads may share them; there is no shared
- *   state. Running times depend on the values.
+ * - A result has exactly `ndigits` digits, a product twice as many. Nothing after them is written.
+ * - At most VRX_MP_MAX_DIGITS digits are supported. Larger counts are undefined.
+ * - Every array belongs to the caller, is aligned for uint32_t and may not be NULL. Two operands may be the same array,
+ *   and a result may be the same array as an operand. Arrays may not overlap in another way.
+ * - A count of 0 is valid only where the function describes it, or where no digit has to be read.
+ * - The functions log nothing and allocate nothing. They wipe their temporaries on the stack.
+ *
+ * Threads: the functions have no shared state and only read operands, moduli and divisors, so that any number of
+ * threads may share them.
+ *
+ * **Warning:** running times depend on the values. Do not use these functions on secrets that an attacker could learn
+ * by measuring time.
  *
  * Sources: Knuth, The Art of Computer Programming, volume 2, section 4.3.1 (algorithms M and D); Moeller and Granlund,
- * "Improved division by invariant integers" (the reciprocals within the division).
+ * "Improved division by invariant integers" (the reciprocals in the division).
  */
 #ifndef VRX_BIGDIGITS_H
 #define VRX_BIGDIGITS_H
@@ -39,362 +33,660 @@ VRX_BEGIN_DECLS
 
 #define VRX_MP_MAX_DIGITS 256 /**< digits in the longest number: 8192 bits */
 
-/** The arithmetic module's attribution. @return one line of constant text, without a line end. */
-VRX_API const char *bigdigits_copyright_notice(void);
-
-/** The version number of the arithmetic module. @return 2205. */
-VRX_API int mpVersion(void);
-
-/* ---- Single digits ---------------------------------------------------------------------------------------------- */
+/* ---- Building blocks: about the module --------------------------------------------------------------------------- */
 
 /**
- * p = x y
+ * Get the copyright notice of the arithmetic module.
+ *
+ * @return one line of constant text, without a newline.
+ */
+VRX_API const char *bigdigits_copyright_notice(void);
+
+/**
+ * Get the version number of the arithmetic module.
+ *
+ * @return 2205.
+ */
+VRX_API int mpVersion(void);
+
+/* ---- Building blocks: single digits ------------------------------------------------------------------------------ */
+
+/**
+ * Multiply two digits: p = x y.
  *
  * @param p  out: the product, low digit first.
  * @param x  in: a digit.
  * @param y  in: a digit.
- * @return 0.
+ * @return always 0.
  */
 VRX_API int spMultiply(uint32_t p[2], uint32_t x, uint32_t y);
 
 /**
- * Divide a double digit by a digit whose top bit is set.
+ * Divide two digits by a digit whose top bit is set.
  *
  * @param q  out: the quotient modulo 2^32.
  * @param r  out: the remainder.
  * @param u  in: the dividend, low digit first.
- * @param d  in: the divisor, 2^31 or more.
- * @return bit 32 of the quotient, 0 or 1; -1 when the top bit of d is clear (q and r are then 0).
+ * @param d  in: the divisor, at least 2^31.
+ * @return bit 32 of the quotient, 0 or 1; -1 if the top bit of d is clear (q and r are then 0).
  */
 VRX_API int spDivide(uint32_t *q, uint32_t *r, const uint32_t u[2], uint32_t d);
 
-/* ---- Addition and multiplication -------------------------------------------------------------------------------- */
+/* ---- Building blocks: addition and multiplication ---------------------------------------------------------------- */
 
-/** w = u + v. @return the carry, 0 or 1. */
+/**
+ * Add: w = u + v.
+ *
+ * @param w        out: ndigits digits.
+ * @param u        in: ndigits digits.
+ * @param v        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return the carry, 0 or 1.
+ */
 VRX_API uint32_t mpAdd(uint32_t *w, const uint32_t *u, const uint32_t *v, uint64_t ndigits);
 
-/** w = u - v. @return the borrow, 0 or 1. */
+/**
+ * Subtract: w = u - v.
+ *
+ * @param w        out: ndigits digits.
+ * @param u        in: ndigits digits.
+ * @param v        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return the borrow, 0 or 1.
+ */
 VRX_API uint32_t mpSubtract(uint32_t *w, const uint32_t *u, const uint32_t *v, uint64_t ndigits);
 
 /**
- * w = u v.
+ * Multiply: w = u v.
  *
- * @param w  out: 2 ndigits digits. May NOT be the array of an operand.
- * @return 0.
+ * @param w        out: 2 ndigits digits. It may NOT be the array of an operand.
+ * @param u        in: ndigits digits.
+ * @param v        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return always 0.
  */
 VRX_API int mpMultiply(uint32_t *w, const uint32_t *u, const uint32_t *v, uint64_t ndigits);
 
-/** w = u^2, 2 ndigits digits. w may NOT be the array u. @return 0. */
+/**
+ * Square: w = u^2.
+ *
+ * @param w        out: 2 ndigits digits. It may NOT be the array u.
+ * @param u        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return always 0.
+ */
 VRX_API int mpSquare(uint32_t *w, const uint32_t *u, uint64_t ndigits);
 
-/* ---- Comparison and size ---------------------------------------------------------------------------------------- */
-
-/** @return 1 when a = b, else 0; -1 for 0 digits. */
-VRX_API int mpEqual(const uint32_t *a, const uint32_t *b, uint64_t ndigits);
-
-/** @return 1 when a > b, 0 when a = b, -1 when a < b; 0 for 0 digits. */
-VRX_API int mpCompare(const uint32_t *a, const uint32_t *b, uint64_t ndigits);
-
-/** @return 1 when a = 0, else 0; -1 for 0 digits. */
-VRX_API int mpIsZero(const uint32_t *a, uint64_t ndigits);
-
-/** @return the number of significant digits: the index of the highest non-zero digit plus 1, or 0 when a = 0. */
-VRX_API uint64_t mpSizeof(const uint32_t *a, uint64_t ndigits);
-
-/** @return the number of significant bits; 0 when a = 0, for 0 digits, and when a is NULL. */
-VRX_API uint64_t mpBitLength(const uint32_t *a, uint64_t ndigits);
-
-/* ---- Copy and clear --------------------------------------------------------------------------------------------- */
-
-/** a = b. */
-VRX_API void mpSetEqual(uint32_t *a, const uint32_t *b, uint64_t ndigits);
-
-/** a = 0. Wipes a secret for good: no optimisation removes it. */
-VRX_API void mpSetZero(uint32_t *a, uint64_t ndigits);
-
-/** a = d. The lowest digit is written even when ndigits is 0. */
-VRX_API void mpSetDigit(uint32_t *a, uint32_t d, uint64_t ndigits);
-
-/* ---- Bits ------------------------------------------------------------------------------------------------------- */
+/* ---- Building blocks: comparison and size ------------------------------------------------------------------------ */
 
 /**
- * a = b 2^shift, cut to ndigits digits.
+ * Compare two numbers for equality.
  *
- * @param shift  in: any number of bits; 32 ndigits and more give a = 0. For fewer than 32, a may also begin below b and
- *               overlap it.
- * @return the lowest digit of what was shifted out (digit ndigits of the whole product); 0 for a shift of 0 and for
- *         0 digits.
+ * @param a        in: ndigits digits.
+ * @param b        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return 1 if a = b, otherwise 0; -1 if ndigits is 0.
+ */
+VRX_API int mpEqual(const uint32_t *a, const uint32_t *b, uint64_t ndigits);
+
+/**
+ * Compare two numbers.
+ *
+ * @param a        in: ndigits digits.
+ * @param b        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return 1 if a > b, 0 if a = b, -1 if a < b; 0 if ndigits is 0.
+ */
+VRX_API int mpCompare(const uint32_t *a, const uint32_t *b, uint64_t ndigits);
+
+/**
+ * Test whether a number is 0.
+ *
+ * @param a        in: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @return 1 if a = 0, otherwise 0; -1 if ndigits is 0.
+ */
+VRX_API int mpIsZero(const uint32_t *a, uint64_t ndigits);
+
+/**
+ * Count the significant digits of a number.
+ *
+ * @param a        in: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @return the index of the highest non-zero digit plus 1, or 0 if a = 0.
+ */
+VRX_API uint64_t mpSizeof(const uint32_t *a, uint64_t ndigits);
+
+/**
+ * Count the significant bits of a number.
+ *
+ * @param a        in: ndigits digits; may be NULL.
+ * @param ndigits  in: digits in a.
+ * @return the number of bits; 0 if a = 0, ndigits is 0 or a is NULL.
+ */
+VRX_API uint64_t mpBitLength(const uint32_t *a, uint64_t ndigits);
+
+/* ---- Building blocks: copy and clear ----------------------------------------------------------------------------- */
+
+/**
+ * Copy: a = b.
+ *
+ * @param a        out: ndigits digits.
+ * @param b        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ */
+VRX_API void mpSetEqual(uint32_t *a, const uint32_t *b, uint64_t ndigits);
+
+/**
+ * Set a number to zero: a = 0. Use this function to wipe secrets: no optimization removes it.
+ *
+ * @param a        out: ndigits digits.
+ * @param ndigits  in: digits in a.
+ */
+VRX_API void mpSetZero(uint32_t *a, uint64_t ndigits);
+
+/**
+ * Set a number to a digit: a = d.
+ *
+ * @param a        out: ndigits digits. The lowest digit is written even if ndigits is 0.
+ * @param d        in: a digit.
+ * @param ndigits  in: digits in a.
+ */
+VRX_API void mpSetDigit(uint32_t *a, uint32_t d, uint64_t ndigits);
+
+/* ---- Building blocks: bits --------------------------------------------------------------------------------------- */
+
+/**
+ * Shift left: a = b 2^shift, truncated to ndigits digits.
+ *
+ * @param a        out: ndigits digits. If shift is below 32, a may also begin below b and overlap it.
+ * @param b        in: ndigits digits.
+ * @param shift    in: any number of bits; with 32 ndigits or more, a becomes 0.
+ * @param ndigits  in: digits in each number.
+ * @return the lowest digit of what was shifted out (digit ndigits of the whole product); 0 if shift or ndigits is 0.
  */
 VRX_API uint32_t mpShiftLeft(uint32_t *a, const uint32_t *b, uint64_t shift, uint64_t ndigits);
 
 /**
- * a = floor(b / 2^shift).
+ * Shift right: a = floor(b / 2^shift).
  *
- * @param shift  in: any number of bits; 32 ndigits and more give a = 0. For fewer than 32, a may also begin above b and
- *               overlap it.
- * @return the highest 32 of the bits shifted out, left-aligned: a shift by 1 returns bit 0 of b as bit 31; 0 for a
- *         shift of 0 and for 0 digits.
+ * @param a        out: ndigits digits. If shift is below 32, a may also begin above b and overlap it.
+ * @param b        in: ndigits digits.
+ * @param shift    in: any number of bits; with 32 ndigits or more, a becomes 0.
+ * @param ndigits  in: digits in each number.
+ * @return the highest 32 of the bits shifted out, left-aligned: a shift by 1 returns bit 0 of b as bit 31. 0 if shift
+ *         or ndigits is 0.
  */
 VRX_API uint32_t mpShiftRight(uint32_t *a, const uint32_t *b, uint64_t shift, uint64_t ndigits);
 
 /**
- * Set or clear a bit of a.
+ * Set or clear a bit.
  *
- * @param ibit   in: 0 is the least significant bit.
- * @param value  in: 0 clears the bit, everything else sets it.
- * @return 0; -1 when a has no such bit (a is then untouched).
+ * @param a        in-out: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @param ibit     in: index of the bit; 0 is the least significant.
+ * @param value    in: 0 clears the bit, any other value sets it.
+ * @return 0, or -1 if a has no such bit (a is then unchanged).
  */
 VRX_API int mpSetBit(uint32_t *a, uint64_t ndigits, uint64_t ibit, int value);
 
-/** A bit of a. @param ibit  in: 0 is the least significant bit. @return 1 or 0; -1 when a has no such bit. */
+/**
+ * Get a bit.
+ *
+ * @param a        in: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @param ibit     in: index of the bit; 0 is the least significant.
+ * @return 0 or 1, or -1 if a has no such bit.
+ */
 VRX_API int mpGetBit(const uint32_t *a, uint64_t ndigits, uint64_t ibit);
 
-/** a = a mod 2^L, in place. @param L  in: bits that stay; nothing changes when L is 32 ndigits or more. */
+/**
+ * Reduce modulo a power of two, in place: a = a mod 2^L.
+ *
+ * @param a        in-out: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @param L        in: number of bits to keep; with 32 ndigits or more, nothing changes.
+ */
 VRX_API void mpModPowerOf2(uint32_t *a, uint64_t ndigits, uint64_t L);
 
-/** a = b exclusive-or c. */
+/**
+ * Exclusive-or: a = b ^ c.
+ *
+ * @param a        out: ndigits digits.
+ * @param b        in: ndigits digits.
+ * @param c        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ */
 VRX_API void mpXorBits(uint32_t *a, const uint32_t *b, const uint32_t *c, uint64_t ndigits);
 
-/** a = b or c. */
+/**
+ * Bitwise or: a = b | c.
+ *
+ * @param a        out: ndigits digits.
+ * @param b        in: ndigits digits.
+ * @param c        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ */
 VRX_API void mpOrBits(uint32_t *a, const uint32_t *b, const uint32_t *c, uint64_t ndigits);
 
-/** a = b and c. */
+/**
+ * Bitwise and: a = b & c.
+ *
+ * @param a        out: ndigits digits.
+ * @param b        in: ndigits digits.
+ * @param c        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ */
 VRX_API void mpAndBits(uint32_t *a, const uint32_t *b, const uint32_t *c, uint64_t ndigits);
 
-/** a = the complement of b. */
+/**
+ * Bitwise complement: a = ~b.
+ *
+ * @param a        out: ndigits digits.
+ * @param b        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ */
 VRX_API void mpNotBits(uint32_t *a, const uint32_t *b, uint64_t ndigits);
 
-/* ---- A number and a digit --------------------------------------------------------------------------------------- */
+/* ---- Building blocks: a number and a digit ----------------------------------------------------------------------- */
 
-/** w = u + d. @return the carry, 0 or 1. */
+/**
+ * Add a digit: w = u + d.
+ *
+ * @param w        out: ndigits digits.
+ * @param u        in: ndigits digits.
+ * @param d        in: a digit.
+ * @param ndigits  in: digits in each number.
+ * @return the carry, 0 or 1; d if ndigits is 0.
+ */
 VRX_API uint32_t mpShortAdd(uint32_t *w, const uint32_t *u, uint32_t d, uint64_t ndigits);
 
-/** w = u - d. @return the borrow, 0 or 1. */
+/**
+ * Subtract a digit: w = u - d.
+ *
+ * @param w        out: ndigits digits.
+ * @param u        in: ndigits digits.
+ * @param d        in: a digit.
+ * @param ndigits  in: digits in each number.
+ * @return the borrow, 0 or 1; d if ndigits is 0.
+ */
 VRX_API uint32_t mpShortSub(uint32_t *w, const uint32_t *u, uint32_t d, uint64_t ndigits);
 
-/** w = u d, cut to ndigits digits. @return the digit cut off. */
+/**
+ * Multiply by a digit: w = u d, truncated to ndigits digits.
+ *
+ * @param w        out: ndigits digits.
+ * @param u        in: ndigits digits.
+ * @param d        in: a digit.
+ * @param ndigits  in: digits in each number.
+ * @return the digit that was cut off.
+ */
 VRX_API uint32_t mpShortMult(uint32_t *w, const uint32_t *u, uint32_t d, uint64_t ndigits);
 
-/** The same as mpShortMult(). @param m  in: not read, may be anything; the product is not reduced. @return as there. */
+/**
+ * Multiply by a digit without reduction: an older name of mpShortMult().
+ *
+ * @param w        out: ndigits digits.
+ * @param u        in: ndigits digits.
+ * @param d        in: a digit.
+ * @param m        in: not used; may be any pointer. The product is not reduced.
+ * @param ndigits  in: digits in each number.
+ * @return the digit that was cut off.
+ */
 VRX_API uint32_t mpShortModMult(uint32_t *w, const uint32_t *u, uint32_t d, const uint32_t *m, uint64_t ndigits);
 
 /**
- * q = floor(u / d).
+ * Divide by a digit: q = floor(u / d).
  *
- * @return u mod d; 0 when d = 0 or for 0 digits (q is then untouched).
+ * @param q        out: ndigits digits; unchanged if d is 0.
+ * @param u        in: ndigits digits.
+ * @param d        in: a digit.
+ * @param ndigits  in: digits in each number.
+ * @return u mod d; 0 if d or ndigits is 0.
  */
 VRX_API uint32_t mpShortDiv(uint32_t *q, const uint32_t *u, uint32_t d, uint64_t ndigits);
 
-/** @return u mod d; 0 when d = 0 or for 0 digits. */
+/**
+ * Compute the remainder of a division by a digit.
+ *
+ * @param u        in: ndigits digits.
+ * @param d        in: a digit.
+ * @param ndigits  in: digits in u.
+ * @return u mod d; 0 if d or ndigits is 0.
+ */
 VRX_API uint32_t mpShortMod(const uint32_t *u, uint32_t d, uint64_t ndigits);
 
-/** @return 1 when a > d, 0 when a = d, -1 when a < d; a has the value 0 for 0 digits. */
+/**
+ * Compare a number with a digit.
+ *
+ * @param a        in: ndigits digits; the value is 0 if ndigits is 0.
+ * @param d        in: a digit.
+ * @param ndigits  in: digits in a.
+ * @return 1 if a > d, 0 if a = d, -1 if a < d.
+ */
 VRX_API int mpShortCmp(const uint32_t *a, uint32_t d, uint64_t ndigits);
 
-/* ---- Division --------------------------------------------------------------------------------------------------- */
+/* ---- Building blocks: division ----------------------------------------------------------------------------------- */
 
 /**
- * q = floor(u / v), r = u mod v.
+ * Divide with remainder: q = floor(u / v), r = u mod v.
  *
- * @param q  out: udigits digits. May NOT be the array u, v or r.
- * @param r  out: udigits digits. May NOT be the array u, v or q.
- * @param u  in: the dividend, udigits digits.
- * @param v  in: the divisor, vdigits digits; vdigits may be larger or smaller than udigits.
- * @return 0; -1 when v = 0 (q and r are then 0).
+ * @param q        out: udigits digits. It may NOT be the array u, v or r.
+ * @param r        out: udigits digits. It may NOT be the array u, v or q.
+ * @param u        in: the dividend, udigits digits.
+ * @param udigits  in: digits in u, q and r.
+ * @param v        in: the divisor, vdigits digits.
+ * @param vdigits  in: digits in v; may be more or fewer than udigits.
+ * @return 0, or -1 if v = 0 (q and r are then 0).
  */
 VRX_API int mpDivide(uint32_t *q, uint32_t *r, const uint32_t *u, uint64_t udigits, const uint32_t *v,
                      uint64_t vdigits);
 
-/* ---- Signed view ------------------------------------------------------------------------------------------------ */
-
-/** @return 1 when the top bit of a is set, else 0. */
-VRX_API int mpIsNegative(const uint32_t *a, uint64_t ndigits);
-
-/** a = -b in two's complement. @return 1 when b was negative, else 0. */
-VRX_API int mpChs(uint32_t *a, const uint32_t *b, uint64_t ndigits);
-
-/** a = |b|; the most negative number stays as it is. @return 1 when b was negative, else 0. */
-VRX_API int mpAbs(uint32_t *a, const uint32_t *b, uint64_t ndigits);
-
-/* ---- Modular arithmetic ----------------------------------------------------------------------------------------- */
-/* Every result here is written last: its array may also be that of the modulus or the exponent. A modulus of 0 is not
-   refused; every remainder is then 0. */
+/* ---- Building blocks: signed numbers ----------------------------------------------------------------------------- */
 
 /**
- * r = u mod v.
+ * Test the sign of a number in two's complement.
  *
- * @param r  out: vdigits digits, also when udigits is smaller.
- * @param u  in: udigits digits.
- * @param v  in: vdigits digits.
- * @return 0.
+ * @param a        in: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @return 1 if the top bit of a is set, otherwise 0.
+ */
+VRX_API int mpIsNegative(const uint32_t *a, uint64_t ndigits);
+
+/**
+ * Negate in two's complement: a = -b.
+ *
+ * @param a        out: ndigits digits.
+ * @param b        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return 1 if b was negative, otherwise 0.
+ */
+VRX_API int mpChs(uint32_t *a, const uint32_t *b, uint64_t ndigits);
+
+/**
+ * Compute the absolute value in two's complement: a = |b|. The most negative number stays unchanged.
+ *
+ * @param a        out: ndigits digits.
+ * @param b        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return 1 if b was negative, otherwise 0.
+ */
+VRX_API int mpAbs(uint32_t *a, const uint32_t *b, uint64_t ndigits);
+
+/* ---- Building blocks: modular arithmetic ------------------------------------------------------------------------- */
+/* Each function writes its result last: the result may also be the array of the modulus or the exponent. A modulus of 0
+   is accepted; every remainder is then 0. */
+
+/**
+ * Reduce: r = u mod v.
+ *
+ * @param r        out: vdigits digits, even if udigits is smaller.
+ * @param u        in: udigits digits.
+ * @param udigits  in: digits in u.
+ * @param v        in: the modulus, vdigits digits.
+ * @param vdigits  in: digits in v and r.
+ * @return always 0.
  */
 VRX_API int mpModulo(uint32_t *r, const uint32_t *u, uint64_t udigits, const uint32_t *v, uint64_t vdigits);
 
 /**
- * w = (u + v) mod m.
+ * Add modulo m: w = (u + v) mod m.
  *
- * Needs 2 m <= 2^(32 ndigits), one spare bit: the carry out of the sum of the two reduced operands is dropped.
+ * @param w        out: ndigits digits.
+ * @param u        in: ndigits digits.
+ * @param v        in: ndigits digits.
+ * @param m        in: the modulus, ndigits digits. Its top bit must be clear or it must be 2^(32 ndigits - 1).
+ * @param ndigits  in: digits in each number.
+ * @return always 0.
  *
- * @return 0.
+ * The function drops the carry of the sum of the reduced operands. With a larger modulus, the result is wrong.
  */
 VRX_API int mpModAdd(uint32_t *w, const uint32_t *u, const uint32_t *v, const uint32_t *m, uint64_t ndigits);
 
 /**
- * w = (u - v) mod m.
+ * Subtract modulo m: w = (u - v) mod m. ndigits must be at least 1.
  *
- * Needs 2 m <= 2^(32 ndigits), one spare bit: m is added when the top bit of the difference of the two reduced
- * operands is set. At least one digit.
+ * @param w        out: ndigits digits.
+ * @param u        in: ndigits digits.
+ * @param v        in: ndigits digits.
+ * @param m        in: the modulus, ndigits digits. Its top bit must be clear or it must be 2^(32 ndigits - 1).
+ * @param ndigits  in: digits in each number.
+ * @return always 0.
  *
- * @return 0.
+ * The function adds m if the top bit of the difference of the reduced operands is set. With a larger modulus, the
+ * result is wrong.
  */
 VRX_API int mpModSub(uint32_t *w, const uint32_t *u, const uint32_t *v, const uint32_t *m, uint64_t ndigits);
 
-/** w = u v mod m, for at most 128 digits. @return 0. */
+/**
+ * Multiply modulo m: w = u v mod m.
+ *
+ * @param w        out: ndigits digits.
+ * @param u        in: ndigits digits.
+ * @param v        in: ndigits digits.
+ * @param m        in: the modulus, ndigits digits.
+ * @param ndigits  in: digits in each number, at most 128.
+ * @return always 0.
+ */
 VRX_API int mpModMult(uint32_t *w, const uint32_t *u, const uint32_t *v, const uint32_t *m, uint64_t ndigits);
 
 /**
- * inv = u^-1 mod m. u need not be below m.
+ * Compute an inverse: inv = u^-1 mod m.
  *
- * @return 0; 1 (not -1) when u and m have a common factor: inv is then 0.
+ * @param inv      out: ndigits digits; 0 if there is no inverse.
+ * @param u        in: ndigits digits; need not be below m.
+ * @param m        in: the modulus, ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return 0, or 1 (not -1) if u and m have a common factor.
  *
- * Modulo 1 everything, 0 included, has the inverse 1. Modulo 0 only 1 has an inverse, 1.
+ * Modulo 1, every number has the inverse 1, also 0. Modulo 0, only 1 has an inverse, which is 1.
  */
 VRX_API int mpModInv(uint32_t *inv, const uint32_t *u, const uint32_t *m, uint64_t ndigits);
 
-/** g = the greatest common divisor of x and y, where that of 0 and y is y. @return 0. */
+/**
+ * Compute the greatest common divisor: g = gcd(x, y). If x is 0, g is y.
+ *
+ * @param g        out: ndigits digits.
+ * @param x        in: ndigits digits.
+ * @param y        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return always 0.
+ */
 VRX_API int mpGcd(uint32_t *g, const uint32_t *x, const uint32_t *y, uint64_t ndigits);
 
-/** s = floor of the square root of the integer x. @return 0. */
+/**
+ * Compute an integer square root: s is the largest integer whose square is at most x.
+ *
+ * @param s        out: ndigits digits.
+ * @param x        in: ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return always 0.
+ */
 VRX_API int mpSqrt(uint32_t *s, const uint32_t *x, uint64_t ndigits);
 
-/** The Jacobi symbol (a/n) for odd n; a need not be below n. @return 1, 0 or -1; 0 for a = 0, n = 1 included. */
+/**
+ * Compute the Jacobi symbol (a/n).
+ *
+ * @param a        in: ndigits digits; need not be below n.
+ * @param n        in: an odd number, ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return 1, 0 or -1; 0 if a = 0, even if n = 1.
+ */
 VRX_API int mpJacobi(const uint32_t *a, const uint32_t *n, uint64_t ndigits);
 
 /**
- * y = x^e mod m.
+ * Compute a power modulo m: y = x^e mod m.
  *
- * The exponent 0 gives 1 (also modulo 1), and the exponent 1 gives x as it is, not reduced modulo m.
+ * @param y        out: ndigits digits.
+ * @param x        in: ndigits digits.
+ * @param e        in: the exponent, ndigits digits.
+ * @param m        in: the modulus, ndigits digits.
+ * @param ndigits  in: digits in each number.
+ * @return always 0.
  *
- * @return 0.
+ * Two exponents are special. The exponent 0 gives 1, also modulo 1. The exponent 1 gives x itself, not reduced modulo
+ * m.
  */
 VRX_API int mpModExp(uint32_t *y, const uint32_t *x, const uint32_t *e, const uint32_t *m, uint64_t ndigits);
 
-/* ---- Random digits and primality -------------------------------------------------------------------------------- */
-/* These draw from the C library's rand(), whose state belongs to the whole process: two threads at once may see
-   correlated values. Good enough for test data and for the bases of a primality test. NEVER make keys, nonces or
-   anything else secret with them. */
+/* ---- Building blocks: random digits and primality ---------------------------------------------------------------- */
+/* WARNING: never make keys, nonces or other secrets with these functions. They draw from the C library's rand(), which
+   is predictable. Its state belongs to the whole process, so two threads may get correlated values. Use them for test
+   data and for the bases of a primality test only. */
 
 /**
- * A digit drawn evenly from lower to upper, both included.
+ * Draw a digit evenly from lower to upper, both included. The first call in the process seeds the C library's generator
+ * from the clock.
  *
- * The first call in the process seeds the C library's generator from the clock.
- *
- * @param lower  in: the least digit.
+ * @param lower  in: the smallest digit.
  * @param upper  in: the largest digit.
- * @return the digit; lower when lower >= upper.
+ * @return the digit; lower if lower >= upper.
  */
 VRX_API uint32_t spSimpleRand(uint32_t lower, uint32_t upper);
 
 /**
- * t rounds of the Rabin-Miller test (FIPS 186) with random bases of one digit.
+ * Run t rounds of the Rabin-Miller primality test (FIPS 186) with random bases of one digit.
  *
- * @param t  in: rounds.
- * @return 0 when w is composite, 0 or 1; 1 when it passes all rounds (always for t = 0 and w > 1, and for w = 2).
+ * @param w        in: ndigits digits.
+ * @param ndigits  in: digits in w.
+ * @param t        in: number of rounds.
+ * @return 0 if w is composite, 0 or 1; 1 if w passes all rounds. For t = 0 every w above 1 passes, and 2 passes always.
  *
- * Seeds the C library's generator from the clock on every call. A composite number passes one round with a probability
- * below 1/4; a number chosen by an adversary who knows the clock may do worse.
+ * Every call with w above 1 seeds the C library's generator from the clock. For bases drawn evenly from all residues, a
+ * composite number passes a round with probability below 1/4. The bases here have only one digit, so that bound does
+ * not hold for every number, and an adversary who knows the clock can choose composites that pass.
  */
 VRX_API int mpRabinMiller(const uint32_t *w, uint64_t ndigits, uint64_t t);
 
 /**
- * A primality test: exact for w up to 997; above, trial division by the primes up to 997 and then mpRabinMiller().
+ * Test a number for primality. The result is exact up to 997. Above, the function divides by the primes up to 997 and
+ * then calls mpRabinMiller().
  *
- * @param t  in: rounds of it.
- * @return 1 when w is prime or passes, else 0.
+ * @param w        in: ndigits digits.
+ * @param ndigits  in: digits in w.
+ * @param t        in: number of rounds of mpRabinMiller().
+ * @return 1 if w is prime or passes the test, otherwise 0.
  */
 VRX_API int mpIsPrime(const uint32_t *w, uint64_t ndigits, uint64_t t);
 
 /**
- * End the process: print the message, ": " and the text of the system's last error to the standard error stream and
- * exit with status 1. The conversions do it when memory runs out.
+ * End the process: print the message, ": " and the text of errno to standard error, then exit with status 1. The
+ * conversions call this function if memory is exhausted.
  *
- * @param message  in: a text that ends with a zero.
+ * @param message  in: the message, NUL-terminated.
  */
 VRX_API __attribute__((noreturn)) void mpFail(const char *message);
 
-/* ---- Conversions ------------------------------------------------------------------------------------------------ */
-/* Octets are big-endian: a number's least significant byte is the last one of its buffer. No limit of digits here.
-   Only mpConvToDecimal() of more than VRX_MP_MAX_DIGITS digits allocates memory; when there is none, the process ends
-   through mpFail(). Input and output may not overlap. */
+/* ---- Building blocks: conversions -------------------------------------------------------------------------------- */
+/* Octets are big-endian: the least significant octet comes last. There is no limit on the number of digits. Only
+   mpConvToDecimal() with more than VRX_MP_MAX_DIGITS digits allocates memory; if memory is exhausted, it ends the
+   process with mpFail(). Input and output may not overlap. */
 
 /**
- * a = the number in nbytes bytes. Bytes that a has no room for, the most significant ones, are ignored.
+ * Convert from big-endian octets: a = the number in nbytes octets. Octets that do not fit in a, the most significant
+ * ones, are ignored.
  *
- * @param c       in: nbytes bytes, the most significant first.
- * @param nbytes  in: a count from 2^31 on is negative and taken as 0.
- * @return the number of digits that took bytes: nbytes / 4 rounded up, at most ndigits. a = 0 and 0 for no bytes.
+ * @param a        out: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @param c        in: nbytes octets, most significant first.
+ * @param nbytes   in: octets in c; 2^31 and more count as 0.
+ * @return the number of digits that received octets: nbytes / 4 rounded up, at most ndigits. Without octets, a is 0 and
+ *         the function returns 0.
  */
 VRX_API uint64_t mpConvFromOctets(uint32_t *a, uint64_t ndigits, const uint8_t *c, uint32_t nbytes);
 
 /**
- * c = a in nbytes bytes, zeros in front. A number too long for the buffer loses its most significant bytes.
+ * Convert to big-endian octets: c = a in nbytes octets, with leading zeros. If a is too long, its most significant
+ * octets are lost.
  *
- * @param c       out: nbytes bytes, the most significant first; not written, and may be NULL, when nbytes is 0.
- * @param nbytes  in: a count from 2^31 on is negative and taken as 0.
- * @return the number of significant bytes of a, whatever nbytes is.
+ * @param a        in: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @param c        out: nbytes octets, most significant first; may be NULL if nbytes is 0.
+ * @param nbytes   in: octets in c; 2^31 and more count as 0.
+ * @return the number of significant octets of a, whatever nbytes is.
  */
 VRX_API uint64_t mpConvToOctets(const uint32_t *a, uint64_t ndigits, uint8_t *c, uint32_t nbytes);
 
 /**
- * a = the hexadecimal number in a text; what a has no room for, the most significant part, is lost.
+ * Convert from hexadecimal. If the number does not fit in a, its most significant part is lost.
  *
- * @param s  in: characters 0 to 9, a to f, A to F and a closing zero; every other character is skipped ("0x" counts
- *           as the digit 0).
- * @return the number of digits that the text may need at its full length, skipped characters included: as
- *         mpConvFromOctets() for one byte per two characters, rounded up.
+ * @param a        out: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @param s        in: hexadecimal digits of either case, NUL-terminated. Other characters are skipped: "0x" counts as
+ *                 the digit 0.
+ * @return the number of digits that a string of this length may need, at most ndigits. Skipped characters count.
  */
 VRX_API uint64_t mpConvFromHex(uint32_t *a, uint64_t ndigits, const char *s);
 
 /**
- * a = the decimal number in a text; what a has no room for, the most significant part, is lost.
+ * Convert from decimal. If the number does not fit in a, its most significant part is lost.
  *
- * @param s  in: characters 0 to 9 and a closing zero; every other character is skipped, a sign included.
- * @return as mpConvFromOctets() for 0.41524 bytes per character, rounded up, skipped characters included. That is a
- *         shade less than the binary logarithm asks for: the rare number that needs one byte more loses it.
+ * @param a        out: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @param s        in: decimal digits, NUL-terminated. Other characters are skipped, also a sign.
+ * @return the number of digits that a string of this length may need, at most ndigits. Skipped characters count.
+ *
+ * **Warning:** the function reserves 0.41524 octets for each character, slightly less than the binary logarithm
+ * requires. A rare number that needs one octet more loses that octet.
  */
 VRX_API uint64_t mpConvFromDecimal(uint32_t *a, uint64_t ndigits, const char *s);
 
 /**
- * s = a in lower-case hexadecimal, without leading zeros ("0" for 0).
+ * Convert to lower-case hexadecimal, without leading zeros; 0 becomes "0".
  *
- * @param s     out: smax characters, ALL of which are written: the text, its closing zero, then characters '0', and a
- *              zero as the last. A text too long keeps its leading characters. May be NULL: nothing is then written.
- * @param smax  in: the capacity, the closing zero included.
- * @return the number of characters that a needs without the closing zero, also when they do not fit.
+ * @param a        in: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @param s        out: smax characters, ALL of which are written: the string, its NUL, then characters '0' and a final
+ *                 NUL. A string that does not fit keeps its leading characters. May be NULL: nothing is then written.
+ * @param smax     in: capacity of s, with the NUL.
+ * @return the length of the full string without the NUL, even if it does not fit.
  */
 VRX_API uint64_t mpConvToHex(const uint32_t *a, uint64_t ndigits, char *s, uint64_t smax);
 
 /**
- * s = a in decimal; otherwise as mpConvToHex().
+ * Convert to decimal, without leading zeros; 0 becomes "0".
  *
- * @param s     out: smax characters, as there.
- * @param smax  in: the capacity, the closing zero included.
- * @return as there.
+ * @param a        in: ndigits digits.
+ * @param ndigits  in: digits in a.
+ * @param s        out: smax characters, ALL of which are written: the string, its NUL, then characters '0' and a final
+ *                 NUL. A string that does not fit keeps its leading characters. May be NULL: nothing is then written.
+ * @param smax     in: capacity of s, with the NUL.
+ * @return the length of the full string without the NUL, even if it does not fit.
  */
 VRX_API uint64_t mpConvToDecimal(const uint32_t *a, uint64_t ndigits, char *s, uint64_t smax);
 
-/* ---- Printing to the C library's standard output ---------------------------------------------------------------- */
+/* ---- Building blocks: printing to standard output ---------------------------------------------------------------- */
 
-/** Print a, most significant digit first, each as eight hexadecimal digits and a blank. No line end. */
+/**
+ * Print a number to standard output, each digit as eight hexadecimal characters and a space, without a newline.
+ *
+ * @param a        in: ndigits digits, printed most significant first.
+ * @param ndigits  in: digits in a.
+ */
 VRX_API void mpPrint(const uint32_t *a, uint64_t ndigits);
 
-/** As mpPrint(), with a line end after every eighth digit that others follow and at the very end. */
+/**
+ * Print a number as mpPrint() does, with a newline at the end and after every eighth digit.
+ *
+ * @param a        in: ndigits digits, printed most significant first.
+ * @param ndigits  in: digits in a.
+ */
 VRX_API void mpPrintNL(const uint32_t *a, uint64_t ndigits);
 
-/** As mpPrint() without the leading zero digits; 0 is printed as one digit. */
+/**
+ * Print a number as mpPrint() does, without leading zero digits. 0 is printed as one digit.
+ *
+ * @param a        in: ndigits digits, printed most significant first.
+ * @param ndigits  in: digits in a.
+ */
 VRX_API void mpPrintTrim(const uint32_t *a, uint64_t ndigits);
 
-/** As mpPrintNL() without the leading zero digits; 0 is printed as one digit. */
+/**
+ * Print a number as mpPrintNL() does, without leading zero digits. 0 is printed as one digit.
+ *
+ * @param a        in: ndigits digits, printed most significant first.
+ * @param ndigits  in: digits in a.
+ */
 VRX_API void mpPrintTrimNL(const uint32_t *a, uint64_t ndigits);
 
 VRX_END_DECLS

@@ -1,27 +1,27 @@
 /**
  * @file context.h  GOST 28147-89 over a message in pieces of any length, with CryptoPro key meshing.
  *
- * Order of calls: vrx_crpt_init_context(), vrx_crpt_update() any number of times, vrx_crpt_final(); vrx_crpt_reset()
- * starts another message on the key and register that the last one left.
+ * Call vrx_crpt_init_context(), then vrx_crpt_update() for each piece, then vrx_crpt_final(). Open the context anew for
+ * every message, with a new IV.
  *
- * The caller owns every record. Only vrx_crpt_reset() and vrx_crpt_final() write messages of their own; other
- * failures here are silent, but the one-shot functions underneath may log theirs (modes.h). Buffers, keys and vectors
- * may lie at any address and may not overlap the context. Nothing is allocated.
+ * **Warning:** never use an IV twice with the same key. In counter mode and cipher feedback, equal IVs reveal the
+ * exclusive-or of two plaintexts.
  *
- * Common arguments:
- * - ctx  in-out: the context.
- * - in  in: bytes with their count.
- * - out  out: capacity on entry, bytes written after success.
- * - table  in: a deployed table.
- * - iv  in-out: 8 bytes.
- * - key  in: eight words as in kernel.h; in-out: likewise.
- * - direction  in: low 8 bits non-zero: encrypt; zero: decrypt.
- * - flags  in: VRX_FLAG_FIRST, VRX_FLAG_PAD.
- * - p  in: the parameter block, with what it points to; in-out: likewise.
+ * **Warning:** a context does not detect changed data or a wrong key: decryption then returns VRX_OK and garbage.
+ * Compute a MAC of the ciphertext with a second key, and verify it before you use any plaintext.
+ *
+ * **Warning:** blocks have only 64 bits. Encrypt far less than 2^32 blocks (32 GiB) under one key, with or without key
+ * meshing. Near that limit equal blocks become likely, and they reveal relations between plaintexts.
+ *
+ * The caller owns every record. vrx_crpt_reset() and vrx_crpt_final() log their failures; the other functions log
+ * nothing of their own, but VRX_Gost_SS_m() and the like log theirs when a context calls them. Buffers, keys and IVs
+ * may lie at any address and may not overlap the context. The functions allocate nothing.
+ *
+ * A context holds the key until the caller wipes it: wipe the record after use.
  *
  * Threads: a context belongs to one thread at a time; separate contexts are independent.
  *
- * Source: RFC 5830; key meshing: RFC 4357, section 2.3.2. Keys and blocks have the byte order of kernel.h.
+ * Source: RFC 5830; key meshing: RFC 4357, section 2.3.2.
  */
 #ifndef VRX_CONTEXT_H
 #define VRX_CONTEXT_H
@@ -33,159 +33,252 @@ VRX_BEGIN_DECLS
 #define VRX_MODE_IMITO 5         /**< the MAC, as a mode of a context */
 #define VRX_MESHING_SECTION 1024 /**< bytes processed under one key when key meshing is on */
 
-/** A cipher context. Its fields are public: results are read from it. */
+/**
+ * A cipher context. Its fields are public: the MAC is read from it. A new record holds whatever its memory held; the
+ * init functions fill it.
+ */
 typedef struct vrx_crpt_ctx {
     vrx_tz table;                /**< copy of the caller's table */
-    uint32_t mode;               /**< VRX_MODE_SS to VRX_MODE_IMITO; others fail once a whole block is there */
-    uint32_t aux1;               /**< kept for the caller */
+    uint32_t mode;               /**< VRX_MODE_SS to VRX_MODE_IMITO; others fail at the first whole block */
+    uint32_t aux1;               /**< not used by the library; for the caller */
     uint32_t key_meshing;        /**< exactly 1: CryptoPro key meshing is on */
-    uint32_t aux2;               /**< kept for the caller */
-    uint32_t key[VRX_KEY_WORDS]; /**< K0 to K7 */
-    uint8_t iv[VRX_BLOCK_SIZE];  /**< chaining value, counter or feedback register */
+    uint32_t aux2;               /**< not used by the library; for the caller */
+    uint32_t key[VRX_KEY_WORDS]; /**< current key, K0 to K7; key meshing replaces it */
+    uint8_t iv[VRX_BLOCK_SIZE];  /**< chaining value, counter or feedback */
     uint32_t mesh_count;         /**< bytes processed since the last meshing, 0 to 1024 */
     uint8_t
-        block[VRX_BLOCK_SIZE];   /**< modes 1, 4, 5: bytes that wait for a whole block, after final of 1 and 4 the last
-                                        output; modes 2, 3: key stream whose last block_len bytes are unused */
+        block[VRX_BLOCK_SIZE];   /**< modes 1, 4 and 5: the first block_len bytes wait for a whole block, the others are
+                                      leftovers; modes 2 and 3: key stream whose last block_len bytes are unused */
     uint8_t mac[VRX_BLOCK_SIZE]; /**< mode 5: the MAC state */
-    uint32_t block_len;          /**< bytes held, or key stream bytes unused, 0 to 8 */
-    uint8_t initialised;         /**< 0 before initialisation, after final, after a failed meshing */
-    uint8_t direction;           /**< non-zero: encrypt; modes 2 and 5 ignore it */
-    uint8_t flags;               /**< VRX_FLAG_FIRST: nothing processed yet; VRX_FLAG_PAD: the last call */
+    uint32_t block_len;          /**< bytes held, or unused bytes of key stream, 0 to 7 */
+    uint8_t initialised;         /**< 1: open; 0: closed. Finishing closes a context, with the exceptions described at
+                                      vrx_crpt_final(). A failed vrx_make_key_meshing() closes it, too */
+    uint8_t direction;           /**< non-zero: encrypt; zero: decrypt; modes 2 and 5 ignore it */
+    uint8_t flags;               /**< VRX_FLAG_FIRST: set when a context is opened or reset, but not if it is opened in
+                                      mode 5 with an IV; the first block clears it, in mode 3 nothing does.
+                                      VRX_FLAG_PAD: set by vrx_crpt_final() if bytes are held, and left set */
 } vrx_crpt_ctx;
 
 /** The table record of the older entry points. */
 typedef struct vrx_crpt_table_rec {
-    vrx_tz table;         /**< deployed */
-    uint32_t mode;        /**< as in a context, like the three below */
-    uint32_t aux1;        /**< kept for the caller */
-    uint32_t key_meshing; /**< exactly 1: on */
-    uint32_t aux2;        /**< kept for the caller */
+    vrx_tz table;         /**< deployed table */
+    uint32_t mode;        /**< mode number, as in a context */
+    uint32_t aux1;        /**< not used by the library; for the caller */
+    uint32_t key_meshing; /**< exactly 1: CryptoPro key meshing is on */
+    uint32_t aux2;        /**< not used by the library; for the caller */
 } vrx_crpt_table_rec;
 
 /** The parameter block of the older entry points. */
 typedef struct old_crpt_params {
-    uint32_t first;             /**< must not be 0; not used otherwise */
-    uint32_t second;            /**< must not be 0; not used otherwise */
-    vrx_data *table;            /**< its data points to a vrx_crpt_table_rec */
-    vrx_data *key;              /**< its data points to the 32 key bytes */
-    uint8_t iv[VRX_BLOCK_SIZE]; /**< initialisation vector */
+    uint32_t first;             /**< old_crpt_init_context() requires a non-zero value; not used otherwise */
+    uint32_t second;            /**< old_crpt_init_context() requires a non-zero value; not used otherwise */
+    vrx_data *table;            /**< its data points to a vrx_crpt_table_rec; its length is not read */
+    vrx_data *key;              /**< its data points to the 32 key bytes; its length may be any but 0 */
+    uint8_t iv[VRX_BLOCK_SIZE]; /**< the IV */
 } old_crpt_params;
 
+/* ---- Use these --------------------------------------------------------------------------------------------------- */
+
 /**
- * Open a context.
+ * Open a context for a new message.
  *
- * @param ctx          out: every field is set.
+ * **Warning:** check your arguments yourself, `direction` and `mode` above all. The function tests only ctx.
+ *
+ * @param ctx          out: the context; every field is set.
  * @param direction    in: low 8 bits non-zero: encrypt; zero: decrypt.
- * @param table        in: copied into the context; its flag is tested when data is processed.
- * @param mode         in: any number is taken; an unknown one fails at the first whole block.
- * @param aux1         in: kept for the caller.
+ * @param table        in: the table, copied into the context; may not be NULL. Its flag is tested when data is
+ *                     processed.
+ * @param mode         in: VRX_MODE_SS to VRX_MODE_IMITO. Other numbers are stored, and fail at the first whole block.
+ * @param aux1         in: any value, stored for the caller.
  * @param key_meshing  in: 1 switches CryptoPro key meshing on.
- * @param aux2         in: kept for the caller.
- * @param iv           in: 8 bytes, or NULL for zeros. In mode 5 it is also the first MAC state, where NULL means zeros.
- * @param key          in: eight words as in kernel.h.
- * @return VRX_OK, or VRX_ERR_BAD_PARAMS when ctx is NULL. Nothing else is checked.
+ * @param aux2         in: any value, stored for the caller.
+ * @param iv           in: 8 bytes, or NULL for zeros. In mode 5 it is also the initial MAC state; NULL is the standard
+ *                     MAC.
+ * @param key          in: the key, eight words; may not be NULL.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if ctx is NULL (not logged).
  */
 VRX_API int vrx_crpt_init_context(vrx_crpt_ctx *ctx, int direction, const vrx_tz *table, uint32_t mode, uint32_t aux1,
                                   uint32_t key_meshing, uint32_t aux2, const uint8_t *iv,
                                   const uint32_t key[VRX_KEY_WORDS]);
 
 /**
- * Open a context from a parameter block: the older entry point. Unlike vrx_crpt_init_context() it leaves the MAC state
- * as it was, and a MAC does not start from the vector.
- *
- * @return VRX_OK, or VRX_ERR_BAD_PARAMS when ctx or p is NULL, one of p's two words is 0, its table pointer is NULL or
- *         its key is empty or NULL; the context is then closed.
- */
-VRX_API int old_crpt_init_context(vrx_crpt_ctx *ctx, int direction, const old_crpt_params *p);
-
-/**
- * Start another message: drops held bytes and opens the context, also one that was closed. Key, register, MAC state
- * and meshing position stay what the last call left.
- *
- * @return VRX_OK, or VRX_ERR_BAD_PARAMS when ctx is NULL (logged).
- */
-VRX_API int vrx_crpt_reset(vrx_crpt_ctx *ctx);
-
-/**
  * Process a piece of a message.
  *
- * @param in   in: any number of bytes; in modes 2, 3 and 5 at least one.
- * @param out  out: capacity on entry, bytes written after success. Modes 2 and 3 write as many bytes as they read. Modes
- *             1 and 4 write whole blocks and hold the rest back; when out's data is NULL they only report the bytes
- *             that this call would write. Mode 5 does not use it, it may be NULL.
- * @return VRX_OK; VRX_ERR_BAD_PARAMS for a NULL pointer; VRX_ERR_CONTEXT_STATE when the context is closed;
- *         VRX_ERR_BUFFER_LENGTH when the output is too small (modes 2, 3, 5: also for empty input); VRX_ERR_FAILED when
- *         the table is not deployed; VRX_ERR_UNKNOWN_MODE.
+ * Modes 2 and 3 write as many bytes as they read. Modes 1 and 4 write whole blocks and hold back the rest. Mode 5
+ * writes nothing.
  *
- * In and out may be the same buffer in modes 2 and 3, and in modes 1 and 4 while no bytes are held. Mode 3 takes any
- * overlap: first the bytes that use up held key stream are taken one by one, then all the rest of the input counts as
- * read before more output is written.
+ * Input and output may be the same buffer in modes 2 and 3, and in modes 1 and 4 while the context holds no bytes. Mode
+ * 3 allows any overlap. It first processes the bytes that use up held key stream one by one; it then reads all of the
+ * rest before it writes more output.
+ *
+ * **Warning:** after a failure in modes 1 and 4 or in an unknown mode, do not continue the message: open the context
+ * anew. The failing block may have been tried twice, the held bytes overwritten and the key meshed. A failure in modes
+ * 2, 3 and 5 changes nothing. No failure changes the output's length.
+ *
+ * @param ctx  in-out: the context.
+ * @param in   in: the piece. In modes 2, 3 and 5 at least one byte.
+ * @param out  out: the output; its length is the capacity on entry and the bytes written after success. In modes 1 and
+ *             4, if its data pointer is NULL, the call processes nothing and stores in its length the number of bytes
+ *             that it would write. Mode 5 does not use it; it may then be NULL.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if a pointer is NULL; VRX_ERR_CONTEXT_STATE if the context is closed;
+ *         VRX_ERR_BUFFER_LENGTH if the output is too small, or the input is empty in modes 2, 3 and 5; VRX_ERR_FAILED
+ *         if the table is not deployed; VRX_ERR_UNKNOWN_MODE. Only mode 1 logs, when the table is not deployed.
  */
 VRX_API int vrx_crpt_update(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
 /**
  * Finish a message.
  *
- * Mode 5 leaves the MAC in ctx->mac. In modes 1 and 4 a message must be whole blocks: held bytes make the call fail,
- * and the context is closed all the same. With nothing held, modes 1, 4 and 5 stay open.
+ * In mode 5 the MAC is then in ctx->mac. In modes 1 and 4 a message must consist of whole blocks: if the context holds
+ * bytes, the call fails. The function closes the context, also when it fails that way.
  *
- * @return VRX_OK; VRX_ERR_BAD_PARAMS when ctx is NULL, VRX_ERR_CONTEXT_STATE when it is closed (both logged).
- *         Where bytes are held: VRX_ERR_BLOCK_MULTIPLE in modes 1 and 4, or VRX_ERR_FAILED when the table is not
- *         deployed; VRX_ERR_UNKNOWN_MODE in an unknown mode.
+ * **Warning:** if no bytes are held, modes 1, 4, 5 and unknown modes leave the context open. A further
+ * vrx_crpt_update() then continues the message: after the MAC of 24 bytes, for example, it extends that message. Open
+ * the context anew for each message.
+ *
+ * **Warning:** in mode 5 the function returns VRX_OK also when it could not compute the MAC, for example because the
+ * table is not deployed. Check the codes of vrx_crpt_update(), and use deployed tables.
+ *
+ * @param ctx  in-out: the context.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx is NULL, or VRX_ERR_CONTEXT_STATE if it is closed (both logged). If bytes
+ *         are held: VRX_ERR_BLOCK_MULTIPLE in modes 1 and 4, or VRX_ERR_FAILED if the table is not deployed (mode 1
+ *         logs both); VRX_ERR_UNKNOWN_MODE in an unknown mode.
  */
 VRX_API int vrx_crpt_final(vrx_crpt_ctx *ctx);
 
+/* ---- Building blocks --------------------------------------------------------------------------------------------- */
+
 /**
- * The one-shot function (modes.h) for a mode number.
+ * Reopen a context and drop held bytes. Key, IV field, MAC state and meshing position stay as the last call left them.
  *
- * @param mode  in: VRX_MODE_SS to VRX_MODE_CBC; all 32 bits count.
- * @return the code of the function; VRX_ERR_UNKNOWN_MODE, silently, for other numbers.
+ * **Warning:** this function does not restore the key or the IV. For a new message, open the context anew.
+ *
+ * - Mode 2: the next block encrypts the current counter once more and continues from there.
+ * - Mode 5: the next MAC depends on the previous one. Only the first 4 bytes of the MAC state are cleared, and only
+ *   when at least one whole block arrives. For a second MAC, open the context anew.
+ *
+ * @param ctx  in-out: the context, open or closed.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if ctx is NULL (logged).
+ */
+VRX_API int vrx_crpt_reset(vrx_crpt_ctx *ctx);
+
+/**
+ * Call the one-shot mode function that belongs to a mode number, as contexts do.
+ *
+ * **Warning:** mode 3 must not decrypt in place: the plaintext is wrong after the first block, as in VRX_Gost_GFB_m().
+ *
+ * @param mode       in: VRX_MODE_SS to VRX_MODE_CBC; all 32 bits count.
+ * @param table      in: a deployed table.
+ * @param in         in: the input, at least one byte.
+ * @param out        out: the output; its length is the capacity on entry and the input's length after success.
+ * @param iv         in-out: 8 bytes, as for the mode function. Mode 1 does not use it.
+ * @param key        in: the key, eight words.
+ * @param direction  in: non-zero: encrypt; zero: decrypt. Mode 2 does not use it.
+ * @param flags      in: VRX_FLAG_FIRST, VRX_FLAG_PAD.
+ * @return the code of the mode function; VRX_ERR_UNKNOWN_MODE for other numbers (not logged).
  */
 VRX_API int vrx_crpt_crypto_engine(uint32_t mode, const vrx_tz *table, const vrx_data *in, vrx_data *out,
                                    uint8_t iv[VRX_BLOCK_SIZE], const uint32_t key[VRX_KEY_WORDS], uint8_t direction,
                                    uint8_t flags);
 
 /**
- * Run data through vrx_crpt_crypto_engine() with a context's fields, cut where its key is to be meshed. Nothing is
- * buffered. The context's state (initialised or not) is not looked at.
+ * Run data through vrx_crpt_crypto_engine() with the fields of a context. With key meshing, the function splits the
+ * data where the key changes. It buffers nothing, and it does not test whether the context is open.
  *
- * @param out  out: capacity on entry; after success the count of all bytes written.
- * @return VRX_OK, or the code of the piece that failed; earlier pieces stay written.
+ * **Warning:** mode 3 must not decrypt in place: the plaintext is wrong after the first block. vrx_crpt_update()
+ * decrypts in place correctly.
+ *
+ * **Warning:** do not set VRX_FLAG_PAD together with VRX_FLAG_FIRST in ctx->flags when key meshing is on and the data
+ * does not fit in the current section of 1024 bytes. The first part is then processed without VRX_FLAG_FIRST, so in
+ * mode 2 the IV is not encrypted and the output is wrong.
+ *
+ * @param ctx  in-out: the context.
+ * @param in   in: the input. If it is empty, the call fails with VRX_ERR_BUFFER_LENGTH without key meshing, and returns
+ *             VRX_OK with key meshing; the output's length is then unchanged.
+ * @param out  out: the output; its length is the capacity on entry and the input's length after success.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx is NULL; otherwise the code of the part that failed. Parts before it stay
+ *         written, and the output's length is unchanged.
  */
 VRX_API int vrx_crpt_context_engine(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
-/** vrx_crpt_update() of mode 2, whatever the context's mode. @return as there; a closed context comes before NULL buffers. */
+/**
+ * Process a piece in mode 2, whatever mode the context has.
+ *
+ * @param ctx  in-out: the context.
+ * @param in   in: the piece, at least one byte.
+ * @param out  out: the output; its length is the capacity on entry and the input's length after success.
+ * @return the codes of vrx_crpt_update() in mode 2. The test for a closed context precedes the tests for NULL buffers.
+ */
 VRX_API int vrx_crpt_CNT_ctx(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
-/** vrx_crpt_update() of mode 3, whatever the context's mode. @return as there; a closed context comes before NULL buffers. */
+/**
+ * Process a piece in mode 3, whatever mode the context has.
+ *
+ * @param ctx  in-out: the context.
+ * @param in   in: the piece, at least one byte.
+ * @param out  out: the output; its length is the capacity on entry and the input's length after success.
+ * @return the codes of vrx_crpt_update() in mode 3. The test for a closed context precedes the tests for NULL buffers.
+ */
 VRX_API int vrx_crpt_CFB_ctx(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
 /**
- * vrx_crpt_update() of mode 5, whatever the context's mode. With VRX_FLAG_PAD in the context's flags empty input is
- * allowed, and a message end of less than a block is padded with zeros.
+ * Process a piece in mode 5, whatever mode the context has. If VRX_FLAG_PAD is set in ctx->flags, the input may be
+ * empty, and a message end shorter than a block is padded with zeros.
  *
- * @return as there; a closed context comes before NULL buffers.
+ * @param ctx  in-out: the context.
+ * @param in   in: the piece; at least one byte unless VRX_FLAG_PAD is set in ctx->flags.
+ * @return the codes of vrx_crpt_update() in mode 5. The test for a closed context precedes the tests for NULL buffers.
  */
 VRX_API int vrx_crpt_IMITO_ctx(vrx_crpt_ctx *ctx, const vrx_data *in);
 
 /**
- * One step of CryptoPro key meshing: key = D(key, C), then iv = E(new key, iv), with the constant C of RFC 4357,
- * section 2.3.2.
+ * Count 8 bytes of a context before they are processed. If 1024 bytes have been counted since the last meshing, the
+ * function first meshes the key and the IV. It does nothing if key meshing is off.
  *
- * @return VRX_OK, or the code of VRX_Gost_SS_m(), which logs; key and iv are then unchanged.
- */
-VRX_API int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz *table, uint8_t iv[VRX_BLOCK_SIZE],
-                                                   uint32_t key[VRX_KEY_WORDS]);
-
-/**
- * Count 8 bytes of a context, before they are processed; when 1024 were counted since the last meshing, mesh its key
- * and vector first. Does nothing where key meshing is off.
- *
+ * @param ctx  in-out: the context.
  * @return VRX_OK, or the code of the failed meshing; the context is then closed.
  */
 VRX_API int vrx_make_key_meshing(vrx_crpt_ctx *ctx);
 
-/** vrx_crpt_crypto_pro_key_meshing_engine() on table, vector and key bytes of a parameter block, in place. @return as there. */
+/**
+ * Perform one step of CryptoPro key meshing: key = D(key, C), then iv = E(new key, iv). C is the constant of RFC 4357,
+ * section 2.3.2.
+ *
+ * @param table  in: a deployed table.
+ * @param iv     in-out: 8 bytes; may not be NULL. If it is NULL, the call fails after it has replaced the key.
+ * @param key    in-out: the key, eight words.
+ * @return VRX_OK, or the code of VRX_Gost_SS_m(). If the first operation fails, key and iv are unchanged, and the log
+ *         gets the same line twice.
+ */
+VRX_API int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz *table, uint8_t iv[VRX_BLOCK_SIZE],
+                                                   uint32_t key[VRX_KEY_WORDS]);
+
+/* ---- Older names ------------------------------------------------------------------------------------------------- */
+
+/**
+ * Open a context from a parameter block: the older entry point.
+ *
+ * **Warning:** zero the record ctx before the first call. This function does not set the MAC state, from which mode 5
+ * starts, and it does not use the IV as MAC state.
+ *
+ * **Warning:** the function tests only that p->key->length is not 0, and then reads 32 bytes. It does not test
+ * p->table->length and reads a whole vrx_crpt_table_rec.
+ *
+ * @param ctx        in-out: the context; every field but `mac` is set.
+ * @param direction  in: low 8 bits non-zero: encrypt; zero: decrypt.
+ * @param p          in: the parameter block and all that it points to.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if ctx or p is NULL, p->first or p->second is 0, p's table or its data is NULL,
+ *         or p's key is NULL or empty (not logged; the context is then closed).
+ */
+VRX_API int old_crpt_init_context(vrx_crpt_ctx *ctx, int direction, const old_crpt_params *p);
+
+/**
+ * Perform one step of key meshing on a parameter block, in place: vrx_crpt_crypto_pro_key_meshing_engine() with its
+ * table, IV and key bytes. The function checks no pointers and does not read p->first and p->second.
+ *
+ * @param p  in-out: the parameter block. Its IV and the 32 bytes of its key are replaced.
+ * @return the code of vrx_crpt_crypto_pro_key_meshing_engine().
+ */
 VRX_API int vrx_crpt_crypto_pro_key_meshing(old_crpt_params *p);
 
 VRX_END_DECLS

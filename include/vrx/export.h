@@ -1,16 +1,16 @@
-/** @file export.h  Linkage of everything that libvrx.so exports. */
+/** @file export.h  C linkage and visibility of the exported functions and tables. */
 #ifndef VRX_EXPORT_H
 #define VRX_EXPORT_H
 
 #if defined(__cplusplus)
-#define VRX_BEGIN_DECLS extern "C" { /**< opens what has C linkage */
-#define VRX_END_DECLS }              /**< closes it */
+#define VRX_BEGIN_DECLS extern "C" { /**< begins declarations with C linkage */
+#define VRX_END_DECLS }              /**< ends declarations with C linkage */
 #else
-#define VRX_BEGIN_DECLS /**< opens what has C linkage */
-#define VRX_END_DECLS   /**< closes it */
+#define VRX_BEGIN_DECLS /**< begins declarations with C linkage */
+#define VRX_END_DECLS   /**< ends declarations with C linkage */
 #endif
 
-/** Marks an exported function or table; everything else in the shared object is hidden. */
+/** Marks an exported function or table. All other symbols of the shared object are hidden. */
 #define VRX_API __attribute__((visibility("default")))
 
 #endif

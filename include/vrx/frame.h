@@ -1,12 +1,19 @@
 /**
- * @file frame.h  Return codes, the buffer record, the diagnostics log and the attribution notice.
+ * @file frame.h  Return codes, the buffer record, the diagnostics log and the copyright notice.
  *
- * Every function of the library that can fail returns an `int`: VRX_OK, or one of the negative codes below.
- * Functions that look something up return a pointer, or NULL. A failure may also write one line to the
- * diagnostics log, see vrxflog; the code is the same whether the log is set or not.
+ * A function that can fail returns an `int`: VRX_OK or one of the negative codes below. Three kinds of functions
+ * differ:
  *
- * Threads: the log is process-wide and unguarded; set it before other threads call the library. Nothing is allocated but
- * what the C library takes for an open file.
+ * - Look-ups that return a pointer return NULL when they find nothing. Look-ups that return an `int` store NULL.
+ * - mpModInv() returns 1 when there is no inverse.
+ * - Comparisons and predicates return their answer, some of them -1.
+ *
+ * A failure may also write to the diagnostics log. A function that calls another one often adds a line of its own after
+ * the line of the function that failed, so two or three lines for one failure are usual. The return code does not
+ * depend on whether the log is on.
+ *
+ * Threads: the log is process-wide and unsynchronized. Set it before other threads call the library. The library
+ * allocates no memory for the log except what the C library needs for an open file.
  */
 #ifndef VRX_FRAME_H
 #define VRX_FRAME_H
@@ -19,44 +26,58 @@
 VRX_BEGIN_DECLS
 
 #define VRX_OK 0                        /**< success */
-#define VRX_ERR_FAILED (-1)             /**< generic failure: table not deployed, nothing found, wrong signature */
-#define VRX_ERR_BAD_PARAMS (-2)         /**< a required pointer is NULL, or a selector is unknown */
+#define VRX_ERR_FAILED (-1)             /**< general failure: table not deployed, nothing found, invalid signature */
+#define VRX_ERR_BAD_PARAMS (-2)         /**< NULL pointer, zero length, unknown selector or unregistered identifier */
 #define VRX_ERR_RANDOM (-3)             /**< the random source failed */
-#define VRX_ERR_BUFFER_LENGTH (-4)      /**< empty input, output too small, or a MAC buffer that is not 8 bytes */
-#define VRX_ERR_BLOCK_MULTIPLE (-6)     /**< not a multiple of the 8-byte block where padding is not allowed */
-#define VRX_ERR_CONTEXT_STATE (-152)    /**< a cipher context is used before it was initialised */
-#define VRX_ERR_UNKNOWN_TZ (-1000)      /**< a substitution-table text is not 128 characters long */
-#define VRX_ERR_UNKNOWN_MODE (-1102)    /**< a cipher context holds a mode number that its engine does not know */
-#define VRX_ERR_UNSUPPORTED_OID (-3001) /**< a hash parameter OID is not supported */
-
-/** Bytes with their count. The caller owns both the record and the bytes; the library frees neither. */
-typedef struct vrx_data {
-    uint32_t length; /**< input: bytes to process; output: capacity on entry, bytes written after success */
-    uint8_t *data;   /**< the bytes, at any address */
-} vrx_data;
+#define VRX_ERR_BUFFER_LENGTH (-4)      /**< empty input, output buffer too small, or MAC buffer not of 8 bytes */
+#define VRX_ERR_BLOCK_MULTIPLE (-6)     /**< length not a multiple of the 8-byte block, where that is required */
+#define VRX_ERR_CONTEXT_STATE (-152)    /**< cipher context not initialized, or already finished */
+#define VRX_ERR_UNKNOWN_TZ (-1000)      /**< S-box string not 128 characters long */
+#define VRX_ERR_UNKNOWN_MODE (-1102)    /**< unknown mode number */
+#define VRX_ERR_UNSUPPORTED_OID (-3001) /**< no hash parameter set has this object identifier */
 
 /**
- * The diagnostics log, NULL at first: nothing is then written anywhere. A host may assign it directly; to switch
- * the log off, assign NULL. The library reads it without synchronisation at every failure and never closes it
- * but in vrx_set_log_file().
+ * A buffer: a pointer with a byte count. The caller owns the record and the bytes; the library frees neither. The bytes
+ * may lie at any address. One record may be passed as both input and output of a call.
+ */
+typedef struct vrx_data {
+    uint32_t length; /**< input: bytes to process; output: capacity on entry, bytes written after success */
+    uint8_t *data;   /**< the bytes */
+} vrx_data;
+
+/* ---- Use these --------------------------------------------------------------------------------------------------- */
+
+/**
+ * The diagnostics log. It is NULL at first, which switches the log off. A program may assign an open stream, or NULL.
+ *
+ * The library reads this pointer without synchronization at every failure and never flushes the stream. The C library
+ * buffers a stream to a file fully: lines reach the file when the buffer is full, the stream is flushed or the process
+ * exits. To see lines at once, call `setvbuf(stream, NULL, _IOLBF, 0)` before you assign the stream.
+ *
+ * In a service, assign `vrxflog = stderr` before threads start.
  */
 VRX_API extern FILE *vrxflog;
 
 /**
- * Direct the diagnostics log to a file, or to the standard error stream.
+ * Direct the diagnostics log to a file or to the standard error stream.
  *
- * @param path  in: name of a file to append to, created if missing; exactly "stderr" means the process's standard
- *              error stream; NULL switches the log off.
- * @return always VRX_OK. A file that cannot be opened leaves the log off (vrxflog is then NULL).
+ * **Warning:** this function first closes the stream that vrxflog holds, whatever stream it is. If that is standard
+ * error, file descriptor 2 is closed, and the next file or socket that the process opens gets that number. To log to
+ * standard error, assign `vrxflog = stderr` and do not call this function afterwards.
  *
- * A stream that was set before is closed first, whatever it is: setting the log twice while it is standard error
- * closes the process's standard error stream.
+ * @param path  in: name of a file to append to, which is created if missing; "stderr" for the standard error stream; or
+ *              NULL to switch the log off.
+ * @return always VRX_OK. If the file cannot be opened, the log is off: vrxflog is NULL.
  *
- * Threads: may not run while another thread is inside the library.
+ * Threads: do not call this function while another thread is inside the library.
  */
 VRX_API int vrx_set_log_file(const char *path);
 
-/** The library's attribution. @return one line of constant text, without a line end. */
+/**
+ * Get the copyright notice of the library.
+ *
+ * @return one line of constant text, without a newline.
+ */
 VRX_API const char *vrx_copyright_notice(void);
 
 VRX_END_DECLS

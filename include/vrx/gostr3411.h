@@ -1,26 +1,21 @@
 /**
- * @file gostr3411.h  The hash GOST R 34.11-94 (RFC 5831), with the substitution table of the caller's choice.
+ * @file gostr3411.h  The hash GOST R 34.11-94 (RFC 5831) with a substitution table of the caller's choice.
  *
- * Order of calls: GOSTR3411_Init() or a variant of it, GOSTR3411_Update() any number of times, GOSTR3411_Final(). The
- * GOSTR3411_Transform() family does all three at once. An empty update is refused, so the empty message is hashed by
- * GOSTR3411_Init() and GOSTR3411_Final() with nothing between them; the Transform family cannot hash it.
+ * Call GOSTR3411_Init() or a variant, GOSTR3411_Update() for each piece of the message, then GOSTR3411_Final(). The
+ * GOSTR3411_Transform() functions hash a whole message in one call.
  *
- * A digest is 32 bytes, least significant byte of the 256-bit number first: the order in which programs print it, and
- * the reverse of the numbers in RFC 5831.
+ * An empty update is refused. To hash the empty message, call GOSTR3411_Init() and GOSTR3411_Final() alone. The
+ * GOSTR3411_Transform() functions cannot hash it.
  *
- * Functions that return an `int` check their arguments before they write anything and log a failure; a wrapper writes
- * a line of its own behind that of the function that failed. Object identifiers are complete DER encodings, and two are
- * the same when their lengths are equal and their bytes are. Data may lie at any address; it may not overlap a context,
- * but a digest may be written over it. Nothing is allocated.
+ * A digest is 32 bytes. The least significant byte of the 256-bit number comes first, as most programs print it. RFC
+ * 5831 prints the number the other way round.
  *
- * Common arguments:
- * - ctx  in-out: the context.
- * - oid  in: DER identifier of a parameter set.
- * - oid_len, extra_count, len  in: bytes in oid; records in extra; bytes in data.
- * - extra  in: further records, looked through behind the built-in ones; may be NULL.
- * - data  in: any bytes.
- * - out  out: the digest.
- * - hash, sum  in-out: 256-bit numbers, least significant word first.
+ * Functions that return an `int` check their arguments before they write anything, and log every failure. Where one
+ * function calls another, the log often gets a line of each: the called function's line comes first. GOSTR3411_Init()
+ * and GOSTR3411_Init_more_oids() add no line to those of the functions that they call.
+ *
+ * Object identifiers are complete DER encodings. Two are equal if their lengths and their bytes are equal. Data may lie
+ * at any address. It may not overlap a context; a digest may overwrite it. The functions allocate nothing.
  *
  * Threads: a context belongs to one thread at a time; separate contexts are independent.
  */
@@ -32,124 +27,147 @@
 VRX_BEGIN_DECLS
 
 #define VRX_HASH_SIZE 32       /**< bytes in a digest */
-#define VRX_HASH_BLOCK_SIZE 32 /**< bytes that the step function takes in */
+#define VRX_HASH_BLOCK_SIZE 32 /**< bytes in a block of the hash */
 #define VRX_HASH_WORDS 8       /**< words in a 256-bit number, least significant first */
 
 /**
- * A hash context. It holds no pointer: it may be copied, and the table that it was made from may go away.
- *
- * Once a table is in it, its fields are plain values that the functions below go on from.
+ * A hash context. It contains no pointers: it may be copied, and the table that it was opened with need not outlive it.
  */
 typedef struct GOSTR3411_CTX {
-    vrx_tz table;                        /**< copy of the caller's table; its flag is not looked at */
-    uint32_t sum[VRX_HASH_WORDS];        /**< sum of the blocks absorbed, modulo 2^256 */
-    uint32_t hash[VRX_HASH_WORDS];       /**< H of RFC 5831; at first zero */
-    uint32_t length[VRX_HASH_WORDS];     /**< bits absorbed; words 0 and 1 count modulo 2^64, the others never change */
-    uint8_t buffer[VRX_HASH_BLOCK_SIZE]; /**< bytes not yet absorbed; those behind count are what they were before */
+    vrx_tz table;                        /**< copy of the caller's table; its flag is not tested */
+    uint32_t sum[VRX_HASH_WORDS];        /**< sum of the processed blocks modulo 2^256 */
+    uint32_t hash[VRX_HASH_WORDS];       /**< H of RFC 5831, initially zero */
+    uint32_t length[VRX_HASH_WORDS];     /**< bits processed: words 0 and 1 count modulo 2^64; the others stay 0 */
+    uint8_t buffer[VRX_HASH_BLOCK_SIZE]; /**< the first count bytes wait to be processed; the others are leftovers */
     uint32_t count;                      /**< bytes that wait in buffer, 0 to 32 */
 } GOSTR3411_CTX;
 
+/* ---- Use these --------------------------------------------------------------------------------------------------- */
+
 /**
- * Open a context with the built-in parameter set of an object identifier: GOSTR3411_Init_more_oids() without further
- * records, and under that name in the log.
+ * Open a context with a built-in parameter set.
  *
- * @return as there.
+ * @param ctx      out: the context; every field is set.
+ * @param oid      in: DER identifier of the parameter set.
+ * @param oid_len  in: bytes in oid.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx or oid is NULL or oid_len is 0; VRX_ERR_UNSUPPORTED_OID if no parameter set
+ *         has this identifier. The log names GOSTR3411_Init_more_oids().
  */
 VRX_API int GOSTR3411_Init(GOSTR3411_CTX *ctx, const uint8_t *oid, uint32_t oid_len);
 
 /**
- * Open a context with the parameter set of an object identifier: a built-in one (GOSTR3411_OIDS), or else the first of
- * the caller's records that has it.
- *
- * @param ctx          out: every field is set.
- * @param oid          in: DER identifier of oid_len bytes.
- * @param extra        in: extra_count records whose oid_length, oid and tz are read; or NULL.
- * @return VRX_OK; VRX_ERR_BAD_PARAMS when ctx or oid or the found record's table is NULL or oid_len is 0;
- *         VRX_ERR_UNSUPPORTED_OID when no record has the identifier.
- */
-VRX_API int GOSTR3411_Init_more_oids(GOSTR3411_CTX *ctx, const uint8_t *oid, uint32_t oid_len,
-                                     const vrx_gostr3411_par *extra, uint32_t extra_count);
-
-/**
  * Open a context with a deployed table.
  *
- * @param ctx    out: every field is set.
- * @param table  in: all 4100 bytes are copied, whatever its flag says. It may be the context's own table.
- * @return VRX_OK, or VRX_ERR_BAD_PARAMS when a pointer is NULL.
+ * @param ctx    out: the context; every field is set.
+ * @param table  in: the table. All 4100 bytes are copied, and its flag is not tested. It may be the table in ctx.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL.
  */
 VRX_API int GOSTR3411_Init_ex(GOSTR3411_CTX *ctx, const vrx_tz *table);
 
 /**
- * Take in a piece of the message.
+ * Hash a piece of the message.
  *
- * Up to 32 bytes wait in ctx->buffer: a full buffer is absorbed when a further byte arrives, but one that this call
- * fills up is absorbed at once.
+ * Up to 32 bytes wait in ctx->buffer. The first buffer that a call fills is processed at once. A later full buffer of
+ * the same call waits until more data arrives: after one update of 64 bytes, ctx->count is 32.
  *
- * @param data  in: len bytes, at least one.
- * @return VRX_OK, or VRX_ERR_BAD_PARAMS when a pointer is NULL or len is 0.
+ * @param ctx   in-out: the context.
+ * @param data  in: the piece.
+ * @param len   in: bytes in data, at least one.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL or len is 0.
  */
 VRX_API int GOSTR3411_Update(GOSTR3411_CTX *ctx, const uint8_t *data, uint32_t len);
 
 /**
- * Finish the message.
+ * Finish the message and write its digest.
  *
- * The context is neither wiped nor opened anew. A further call, of this function or of GOSTR3411_Update(), goes on from
- * the fields that are left: the finished hash, and the buffer with its count.
+ * The context is neither wiped nor reopened. Open it anew before you hash another message: a further GOSTR3411_Update()
+ * or GOSTR3411_Final() continues from the finished hash and yields no meaningful digest.
  *
- * @param out  out: the digest.
- * @return VRX_OK, or VRX_ERR_BAD_PARAMS when a pointer is NULL.
+ * @param ctx  in-out: the context.
+ * @param out  out: the digest, 32 bytes.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL.
  */
 VRX_API int GOSTR3411_Final(GOSTR3411_CTX *ctx, uint8_t out[VRX_HASH_SIZE]);
 
 /**
- * Hash a message with the built-in parameter set of an object identifier: GOSTR3411_Transform_more_oids() without
- * further records.
+ * Hash a message with a built-in parameter set.
  *
- * @return as there.
+ * @param oid      in: DER identifier of the parameter set.
+ * @param oid_len  in: bytes in oid.
+ * @param data     in: the message.
+ * @param len      in: bytes in data, at least one.
+ * @param out      out: the digest, 32 bytes; unchanged on failure.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if a pointer is NULL or a length is 0; VRX_ERR_UNSUPPORTED_OID if no parameter set
+ *         has this identifier.
  */
 VRX_API int GOSTR3411_Transform(const uint8_t *oid, uint32_t oid_len, const uint8_t *data, uint32_t len,
                                 uint8_t out[VRX_HASH_SIZE]);
 
 /**
- * Hash a message with the parameter set of an object identifier, found as by GOSTR3411_Init_more_oids().
+ * Hash a message with a deployed table.
  *
- * @param data  in: len bytes, at least one.
- * @param out   out: the digest; untouched on failure.
- * @return VRX_OK; VRX_ERR_BAD_PARAMS when oid, data, out or the found record's table is NULL, or a length is 0;
- *         VRX_ERR_UNSUPPORTED_OID when no record has the identifier.
+ * @param table  in: the table; its flag is not tested.
+ * @param data   in: the message.
+ * @param len    in: bytes in data, at least one.
+ * @param out    out: the digest, 32 bytes; unchanged on failure.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL or len is 0.
+ */
+VRX_API int GOSTR3411_Transform_ex(const vrx_tz *table, const uint8_t *data, uint32_t len, uint8_t out[VRX_HASH_SIZE]);
+
+/* ---- Building blocks: custom parameter sets and single steps ----------------------------------------------------- */
+
+/**
+ * Open a context with a built-in or custom parameter set. The function searches the built-in sets first, then yours.
+ *
+ * @param ctx          out: the context; every field is set.
+ * @param oid          in: DER identifier of the parameter set.
+ * @param oid_len      in: bytes in oid.
+ * @param extra        in: custom records, of which oid_length, oid and tz are read; may be NULL.
+ * @param extra_count  in: records in extra.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx, oid or the found record's table is NULL, or oid_len is 0;
+ *         VRX_ERR_UNSUPPORTED_OID if no record has this identifier.
+ */
+VRX_API int GOSTR3411_Init_more_oids(GOSTR3411_CTX *ctx, const uint8_t *oid, uint32_t oid_len,
+                                     const vrx_gostr3411_par *extra, uint32_t extra_count);
+
+/**
+ * Hash a message with a built-in or custom parameter set. The function searches the built-in sets first, then yours.
+ *
+ * @param oid          in: DER identifier of the parameter set.
+ * @param oid_len      in: bytes in oid.
+ * @param extra        in: custom records, of which oid_length, oid and tz are read; may be NULL.
+ * @param extra_count  in: records in extra.
+ * @param data         in: the message.
+ * @param len          in: bytes in data, at least one.
+ * @param out          out: the digest, 32 bytes; unchanged on failure.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if oid, data, out or the found record's table is NULL, or a length is 0;
+ *         VRX_ERR_UNSUPPORTED_OID if no record has this identifier.
  */
 VRX_API int GOSTR3411_Transform_more_oids(const uint8_t *oid, uint32_t oid_len, const vrx_gostr3411_par *extra,
                                           uint32_t extra_count, const uint8_t *data, uint32_t len,
                                           uint8_t out[VRX_HASH_SIZE]);
 
 /**
- * Hash a message with a deployed table.
+ * Process one block: sum += block modulo 2^256, hash = f(hash, block), length += bits modulo 2^64. The function checks
+ * nothing.
  *
- * @param table  in: read in place; its flag is not looked at.
- * @param data   in: len bytes, at least one.
- * @param out    out: the digest; untouched on failure.
- * @return VRX_OK, or VRX_ERR_BAD_PARAMS when a pointer is NULL or len is 0.
- */
-VRX_API int GOSTR3411_Transform_ex(const vrx_tz *table, const uint8_t *data, uint32_t len, uint8_t out[VRX_HASH_SIZE]);
-
-/**
- * Absorb one block: sum += block modulo 2^256, hash = f(hash, block), length += bits modulo 2^64. Nothing is checked.
- *
- * @param table   in: a deployed table; its flag is not looked at.
- * @param hash    in-out: as in GOSTR3411_CTX, like sum and length.
- * @param length  in-out: words 0 and 1 are read and written.
- * @param block   in: 32 bytes, a short one padded with zeros.
- * @param bits    in: message bits that the block stands for: 256 for a full one.
+ * @param table   in: a deployed table; its flag is not tested.
+ * @param hash    in-out: the chaining value, eight words, least significant first.
+ * @param sum     in-out: the sum of the blocks, eight words, least significant first.
+ * @param length  in-out: the bit count; only words 0 and 1 are read and written.
+ * @param block   in: 32 bytes; pad a shorter block with zeros.
+ * @param bits    in: message bits in the block, 256 for a full one.
  */
 VRX_API void gost_r_3411_94_hash_bytes(const vrx_tz *table, uint32_t hash[VRX_HASH_WORDS], uint32_t sum[VRX_HASH_WORDS],
                                        uint32_t length[VRX_HASH_WORDS], const uint8_t block[VRX_HASH_BLOCK_SIZE],
                                        uint32_t bits);
 
 /**
- * The step function: hash = f(hash, block). Nothing is checked; hash and block may be the same array.
+ * Apply the step function: hash = f(hash, block). The function checks nothing.
  *
- * @param block  in: a 256-bit number, least significant word first.
- * @param table  in: any table in deployed form; its flag is not looked at.
+ * @param hash   in-out: the chaining value, eight words, least significant first.
+ * @param block  in: a 256-bit number, eight words, least significant first; may be the array hash.
+ * @param table  in: a deployed table; its flag is not tested.
  *
  * Source: RFC 5831, section 6.
  */

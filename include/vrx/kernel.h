@@ -1,20 +1,18 @@
 /**
- * @file kernel.h  GOST 28147-89 on one 8-byte block (RFC 5830).
+ * @file kernel.h  GOST 28147-89 on single 8-byte blocks (RFC 5830).
  *
- * A block is two little-endian 32-bit words, word 0 (the standard's N1) in bytes 0 to 3. A key is eight 32-bit words
- * K0 to K7, K0 being key bytes 0 to 3 read little-endian. Blocks and keys may lie at any address.
+ * A block consists of two little-endian 32-bit words; word 0 (N1 of the standard) is in bytes 0 to 3. A key consists of
+ * eight 32-bit words K0 to K7; K0 is key bytes 0 to 3, read little-endian.
  *
- * These functions check nothing, log nothing and return nothing: every pointer must be valid, and the table must be
- * deployed (its flag is not read). Unless said otherwise the input and the output may be the same block and may not
- * overlap in another way, and a state block (MAC, counter, feedback, chaining value) overlaps neither.
+ * These functions check nothing, log nothing and return nothing. Every pointer must be valid, and the table must be
+ * deployed: its flag is not read. Blocks and keys may lie at any address. Unless a function says otherwise, input and
+ * output may be the same block but may not overlap in another way, and a state block (MAC, counter, feedback, chaining
+ * value) may not overlap the input or the output.
  *
- * Common arguments:
- * - in  in: the block, 8 bytes.
- * - out  out: the block, 8 bytes.
- * - key  in: eight words.
- * - table  in: a deployed table.
+ * Threads: no shared state. The functions allocate nothing.
  *
- * Threads: no shared state. Nothing is allocated. The addresses of the table look-ups depend on key and data.
+ * **Warning:** the addresses of table look-ups depend on key and data. An attacker who can observe the CPU cache may
+ * learn the key.
  */
 #ifndef VRX_KERNEL_H
 #define VRX_KERNEL_H
@@ -27,53 +25,83 @@ VRX_BEGIN_DECLS
 #define VRX_KEY_SIZE 32  /**< bytes in a key */
 #define VRX_KEY_WORDS 8  /**< 32-bit words in a key */
 
-/** Encrypt a block: out = E(in), 32 rounds. */
+/* ---- Building blocks: single blocks ------------------------------------------------------------------------------ */
+
+/**
+ * Encrypt a block: out = E(in), 32 rounds.
+ *
+ * @param in     in: 8 bytes of plaintext.
+ * @param out    out: 8 bytes of ciphertext.
+ * @param key    in: the key, eight words.
+ * @param table  in: a deployed table.
+ */
 VRX_API void vrx_gost_encr_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VRX_BLOCK_SIZE],
                                 const uint32_t key[VRX_KEY_WORDS], const vrx_tz *table);
 
-/** Decrypt a block: out = D(in), 32 rounds. */
+/**
+ * Decrypt a block: out = D(in), 32 rounds.
+ *
+ * @param in     in: 8 bytes of ciphertext.
+ * @param out    out: 8 bytes of plaintext.
+ * @param key    in: the key, eight words.
+ * @param table  in: a deployed table.
+ */
 VRX_API void vrx_gost_decr_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VRX_BLOCK_SIZE],
                                 const uint32_t key[VRX_KEY_WORDS], const vrx_tz *table);
 
 /**
- * One step of the MAC: state = M(state ^ data), 16 rounds.
+ * Perform one step of the MAC: state = M(state ^ data), 16 rounds.
  *
  * @param data   in: a message block; may be the state itself.
- * @param state  in-out: the whole 8-byte state; which of its bits make the MAC is the caller's choice.
+ * @param state  in-out: the 8-byte MAC state. The caller chooses which of its bits form the MAC.
+ * @param key    in: the key, eight words.
+ * @param table  in: a deployed table.
  */
 VRX_API void vrx_gost_imito_64_m(const uint8_t data[VRX_BLOCK_SIZE], uint8_t state[VRX_BLOCK_SIZE],
                                  const uint32_t key[VRX_KEY_WORDS], const vrx_tz *table);
 
 /**
- * One step of counter mode: the counter is stepped, then out = in ^ E(counter).
+ * Perform one step of counter mode: advance the counter, then out = in ^ E(counter).
  *
- * @param counter  in-out: at the first block the encrypted synchronisation value; afterwards the stepped counter.
- *                 Word 0 steps by 01010101h modulo 2^32, word 1 by 01010104h modulo 2^32 - 1 (where the sum reaches
- *                 FFFFFFFFh exactly it stays so, and never becomes 0).
+ * @param in       in: 8 bytes.
+ * @param out      out: 8 bytes.
+ * @param counter  in-out: before the first block, the encrypted IV; afterwards, the advanced counter. Word 0 advances
+ *                 by 01010101h modulo 2^32, and word 1 by 01010104h modulo 2^32 - 1. A sum of exactly FFFFFFFFh stays
+ *                 FFFFFFFFh and does not become 0.
+ * @param key      in: the key, eight words.
+ * @param table    in: a deployed table.
  */
 VRX_API void vrx_gost_gamm_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VRX_BLOCK_SIZE],
                                 uint8_t counter[VRX_BLOCK_SIZE], const uint32_t key[VRX_KEY_WORDS],
                                 const vrx_tz *table);
 
 /**
- * One step of cipher feedback: out = in ^ E(feedback); then the feedback becomes the ciphertext block.
+ * Perform one step of cipher feedback: out = in ^ E(feedback); then the ciphertext block becomes the feedback.
  *
- * @param feedback  in-out: the synchronisation value at first.
- * @param encrypt   low 8 bits non-zero: encrypt; zero: decrypt.
+ * **Warning:** do not decrypt in place. The function writes `out` before it reads the new feedback from `in`, so the
+ * feedback becomes the decrypted block and later blocks decrypt to garbage. Use separate buffers.
  *
- * Decrypting, the new feedback is read from `in` after `out` was written: in place it is the decrypted block. Keep a
- * copy of the ciphertext where standard feedback is wanted.
+ * @param in        in: 8 bytes.
+ * @param out       out: 8 bytes.
+ * @param feedback  in-out: before the first block, the IV.
+ * @param key       in: the key, eight words.
+ * @param table     in: a deployed table.
+ * @param encrypt   in: low 8 bits non-zero: encrypt; zero: decrypt.
  */
 VRX_API void vrx_gost_GFB_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VRX_BLOCK_SIZE],
                                uint8_t feedback[VRX_BLOCK_SIZE], const uint32_t key[VRX_KEY_WORDS], const vrx_tz *table,
                                int encrypt);
 
 /**
- * One step of cipher block chaining: encrypting out = chain = E(in ^ chain); decrypting out = D(in) ^ chain, then
- * chain = in.
+ * Perform one step of cipher block chaining. Encryption: out = chain = E(in ^ chain). Decryption: out = D(in) ^ chain,
+ * then chain = in.
  *
- * @param chain    in-out: the initialisation vector at first.
- * @param encrypt  low 8 bits non-zero: encrypt; zero: decrypt.
+ * @param in       in: 8 bytes.
+ * @param out      out: 8 bytes.
+ * @param chain    in-out: before the first block, the IV.
+ * @param key      in: the key, eight words.
+ * @param table    in: a deployed table.
+ * @param encrypt  in: low 8 bits non-zero: encrypt; zero: decrypt.
  */
 VRX_API void vrx_gost_cbc_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VRX_BLOCK_SIZE],
                                uint8_t chain[VRX_BLOCK_SIZE], const uint32_t key[VRX_KEY_WORDS], const vrx_tz *table,

@@ -1,12 +1,15 @@
 /**
  * @file multiply.h  Multiples of points.
  *
- * Three methods, which agree on a set with a = p - 3 and a filled table for every k from 1 to q - 1 and every point of
- * the curve: epMultPP() for the base point, epMultJ() for any point, epMult() for any point of any set. A scalar k is a
- * number of nine digits and is never reduced modulo q. Coordinates of the result are reduced modulo p, with the one
- * exception at epMult().
+ * Three functions compute multiples: epMultPP() of the base point, epMultJ() of any point on a curve with a = p - 3,
+ * and epMult() of any point on any curve. They agree on a set with a = p - 3 and a filled table, for every k from 1 to
+ * q - 1 and every point of the curve. A scalar k is a number of nine digits and is never reduced modulo q. The
+ * coordinates of a result are reduced modulo p, except for k = 1 and -1 in epMult().
  *
- * The general rules of curve.h apply. Source: RFC 5832, section 5.1.
+ * A result may not overlap another argument. The functions allocate nothing. Any number of threads may share a set as
+ * long as none changes it.
+ *
+ * Source: RFC 5832, section 5.1.
  */
 #ifndef VRX_MULTIPLY_H
 #define VRX_MULTIPLY_H
@@ -15,27 +18,42 @@
 
 VRX_BEGIN_DECLS
 
+/* ---- Building blocks: multiples ---------------------------------------------------------------------------------- */
+
 /**
- * R = k G, as the sum of table entries: pp[m] as often as the m-th hexadecimal digit of k says. The table is read
- * whatever has_precomp says; G is not read.
+ * Multiply the base point: R = k G. The function adds the table entry pp[m] as often as hexadecimal digit m of k says.
+ * It reads pp whatever has_precomp says, and it does not read G.
  *
- * @return 0. k = 0 and k = q give (0, 0).
+ * @param R    out: the multiple; (0, 0) for k = 0 and k = q.
+ * @param k    in: a number of nine digits.
+ * @param set  in: a set whose table pp is filled.
+ * @return always 0.
  */
 VRX_API int epMultPP(EcPoint *R, const uint32_t k[VRX_ECC_DIGITS], const EcParamSet *set);
 
 /**
- * R = k P by doubling and adding from the top bit of k down, with epDublJ() and epAddJA(): on curves with a = p - 3
- * only.
+ * Multiply a point on a curve with a = p - 3: R = k P. The function doubles and adds from the top bit of k down, with
+ * epDublJ() and epAddJA().
  *
- * @return 0; -1 when k = 0 (not logged; R is then untouched).
+ * **Warning:** use k below q. For larger k the function may return 0 with a wrong point: k = 2q + 1, for example, gives
+ * the point at infinity instead of P.
+ *
+ * @param R    out: the multiple; unchanged if k = 0.
+ * @param P    in: a point.
+ * @param k    in: a number of nine digits, from 1 to q - 1.
+ * @param set  in: the curve.
+ * @return 0, or -1 if k = 0 (not logged).
  */
 VRX_API int epMultJ(EcPoint *R, const EcPoint *P, const uint32_t k[VRX_ECC_DIGITS], const EcParamSet *set);
 
 /**
- * R = |k| P by doubling and adding from the lowest bit of k up, with epAdd().
+ * Multiply a point on any curve: R = |k| P. The function doubles and adds from the lowest bit of k up, with epAdd().
  *
- * @param k  in: read as a signed number of 288 bits. k = 0 gives (0, 0); k = 1 and -1 copy P digit for digit.
- * @return 0; -1 when a pointer is NULL, which prints a line to the standard output, not to the log.
+ * @param R    out: the multiple; (0, 0) for k = 0. For k = 1 and -1, P is copied digit for digit.
+ * @param P    in: a point.
+ * @param k    in: a signed number of 288 bits, in two's complement.
+ * @param set  in: the curve.
+ * @return 0, or -1 if a pointer is NULL. That failure prints a line to standard output, not to the log.
  */
 VRX_API int epMult(EcPoint *R, const EcPoint *P, const uint32_t k[VRX_ECC_DIGITS], const EcParamSet *set);
 

@@ -4,21 +4,17 @@
  * | Format      | Octets                                                                            |
  * |-------------|-----------------------------------------------------------------------------------|
  * | private key | d, least significant octet first                                                  |
- * | public key  | x, least significant octet first; then y, likewise                                |
- * | signature   | s, MOST significant octet first; then r, likewise                                 |
+ * | public key  | x, least significant octet first; then y, least significant octet first           |
+ * | signature   | s, MOST significant octet first; then r, MOST significant octet first             |
  *
- * Each number takes 32 octets. Its ninth digit is ignored when it is written, and 0 when it is read. Values are not
- * checked, neither for their range nor for the curve.
+ * Each number takes 32 octets. Functions that write octets ignore the ninth digit; functions that read octets set it to
+ * 0.
  *
- * Common arguments:
- * - octets  in: the stored form; out: the stored form.
- * - d  in: private key; out: private key.
- * - Q  in: public key; out: public key.
- * - sig  in: signature; out: signature.
- * - return  VRX_OK, or VRX_ERR_BAD_PARAMS when a pointer is NULL (logged).
+ * **Warning:** the functions do not check values. After you load a private key, check 0 < d < q. After you load a
+ * public key, check x < p and y < p and call ecCheckPublicKey().
  *
- * All functions return VRX_OK, or VRX_ERR_BAD_PARAMS when a pointer is NULL (logged; the result is then untouched).
- * Octets may lie at any address. The general rules of curve.h apply.
+ * The functions log a NULL pointer and then leave the result unchanged. Octets may lie at any address; numbers must be
+ * aligned for uint32_t. The functions allocate nothing. They may be called by any number of threads.
  */
 #ifndef VRX_OCTETS_H
 #define VRX_OCTETS_H
@@ -31,22 +27,60 @@ VRX_BEGIN_DECLS
 #define VRX_PUBLIC_KEY_SIZE 64  /**< octets in a public key */
 #define VRX_SIGNATURE_SIZE 64   /**< octets in a signature */
 
-/** Private key d from octets. */
+/* ---- Use these --------------------------------------------------------------------------------------------------- */
+
+/**
+ * Load a private key from its stored form.
+ *
+ * @param octets  in: the stored form, 32 octets.
+ * @param d       out: the private key, nine digits.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL.
+ */
 VRX_API int ecLoadPrivateKeyValue(const uint8_t octets[VRX_PRIVATE_KEY_SIZE], uint32_t d[VRX_ECC_DIGITS]);
 
-/** Private key d to octets. */
+/**
+ * Write a private key in its stored form.
+ *
+ * @param d       in: the private key, nine digits.
+ * @param octets  out: the stored form, 32 octets.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL.
+ */
 VRX_API int ecUnloadPrivateKeyValue(const uint32_t d[VRX_ECC_DIGITS], uint8_t octets[VRX_PRIVATE_KEY_SIZE]);
 
-/** Public key Q from octets. */
+/**
+ * Load a public key from its stored form.
+ *
+ * @param octets  in: the stored form, 64 octets.
+ * @param Q       out: the public key.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL.
+ */
 VRX_API int ecLoadPublicKeyValue(const uint8_t octets[VRX_PUBLIC_KEY_SIZE], EcPoint *Q);
 
-/** Public key Q to octets. */
+/**
+ * Write a public key in its stored form.
+ *
+ * @param Q       in: the public key.
+ * @param octets  out: the stored form, 64 octets.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL.
+ */
 VRX_API int ecUnloadPublicKeyValue(const EcPoint *Q, uint8_t octets[VRX_PUBLIC_KEY_SIZE]);
 
-/** Signature from octets. */
+/**
+ * Load a signature from its stored form.
+ *
+ * @param octets  in: the stored form, 64 octets.
+ * @param sig     out: the signature.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL.
+ */
 VRX_API int ecLoadSignValue(const uint8_t octets[VRX_SIGNATURE_SIZE], EcSignature *sig);
 
-/** Signature to octets. */
+/**
+ * Write a signature in its stored form.
+ *
+ * @param sig     in: the signature.
+ * @param octets  out: the stored form, 64 octets.
+ * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL.
+ */
 VRX_API int ecUnloadSignValue(const EcSignature *sig, uint8_t octets[VRX_SIGNATURE_SIZE]);
 
 VRX_END_DECLS

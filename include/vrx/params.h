@@ -1,20 +1,23 @@
 /**
- * @file params.h  Parameter sets: what an object identifier of RFC 4357 means to the cipher and to the hash.
+ * @file params.h  Parameter sets: the S-boxes, mode and key meshing that belong to an object identifier (RFC 4357).
  *
- * Object identifiers are complete DER encodings, tag and length bytes included. Two identifiers are the same when
- * their lengths are equal and their bytes are.
+ * Object identifiers are complete DER encodings, with tag and length bytes. Two identifiers are equal if their lengths
+ * and their bytes are equal.
  *
- * No function of this header checks its pointers: none may be NULL, unless said otherwise. Nothing is allocated but by
- * oidCopyGOST28147Par(). Records, identifiers and texts belong to the caller, or are built in.
+ * **Warning:** rows 5 to 9 of the cipher parameter sets (1.2.643.2.2.31.5 to .9) pair these identifiers with the
+ * S-boxes of rows 0 to 4. That pairing is particular to this library. It is not the one of RFC 4357, where 31.5 to 31.7
+ * have S-boxes of their own. Data from elsewhere that carries one of these identifiers may need other S-boxes, and then
+ * decrypts to garbage without an error. Use rows 5 to 9 only with peers that use this library.
  *
- * Common arguments:
- * - index  in: place in the table of built-in records, from 0.
- * - record  in-out: a record of the caller's, or a built-in one.
- * - oid  in: DER identifier, complete with tag and length.
- * - length, oid_length  in: bytes in it.
+ * The functions do not check pointers: unless a function says otherwise, passing NULL is undefined. Only
+ * oidCopyGOST28147Par() allocates memory. Records, identifiers and strings belong to the caller or are built in.
  *
- * Threads: the registered list (GOST28147_OIDS and the `next` fields) and the two default pointers are process-wide
- * and unguarded. Registering, finding and unregistering may not run at the same time.
+ * **Warning:** several functions keep pointers. The registered list keeps the record, and a record keeps its
+ * identifier, strings and table. All of them must stay valid as long as they are in use.
+ *
+ * Threads: the registered list (GOST28147_OIDS and the `next` fields) and the two default pointers are process-wide and
+ * unsynchronized. Do not register, find or unregister in two threads at once. oidFindGOST28147Par() also writes, when
+ * the list is empty. Threaded programs best use get_GOST28147_par(), which reads constant data only.
  */
 #ifndef VRX_PARAMS_H
 #define VRX_PARAMS_H
@@ -25,36 +28,36 @@ VRX_BEGIN_DECLS
 
 #define VRX_PAR_OID_SIZE 9 /**< bytes in each of the built-in identifiers */
 
-VRX_API extern const uint8_t VRX_PAR_HASH_0_OID[VRX_PAR_OID_SIZE];    /**< 1.2.643.2.2.30.0 */
-VRX_API extern const uint8_t VRX_PAR_HASH_1_OID[VRX_PAR_OID_SIZE];    /**< 1.2.643.2.2.30.1 */
-VRX_API extern const uint8_t VRX_PAR_CIPHER_0_OID[VRX_PAR_OID_SIZE];  /**< 1.2.643.2.2.31.0 */
-VRX_API extern const uint8_t VRX_PAR_CIPHER_A_OID[VRX_PAR_OID_SIZE];  /**< 1.2.643.2.2.31.1 */
-VRX_API extern const uint8_t VRX_PAR_CIPHER_B_OID[VRX_PAR_OID_SIZE];  /**< 1.2.643.2.2.31.2 */
-VRX_API extern const uint8_t VRX_PAR_CIPHER_C_OID[VRX_PAR_OID_SIZE];  /**< 1.2.643.2.2.31.3 */
-VRX_API extern const uint8_t VRX_PAR_CIPHER_D_OID[VRX_PAR_OID_SIZE];  /**< 1.2.643.2.2.31.4 */
-VRX_API extern const uint8_t VRX_PAR_CIPHER_0S_OID[VRX_PAR_OID_SIZE]; /**< 1.2.643.2.2.31.5 */
-VRX_API extern const uint8_t VRX_PAR_CIPHER_SA_OID[VRX_PAR_OID_SIZE]; /**< 1.2.643.2.2.31.6 */
-VRX_API extern const uint8_t VRX_PAR_CIPHER_SB_OID[VRX_PAR_OID_SIZE]; /**< 1.2.643.2.2.31.7 */
-VRX_API extern const uint8_t VRX_PAR_CIPHER_SC_OID[VRX_PAR_OID_SIZE]; /**< 1.2.643.2.2.31.8 */
-VRX_API extern const uint8_t VRX_PAR_CIPHER_SD_OID[VRX_PAR_OID_SIZE]; /**< 1.2.643.2.2.31.9 */
+VRX_API extern const uint8_t VRX_PAR_HASH_0_OID[VRX_PAR_OID_SIZE];    /**< 1.2.643.2.2.30.0, test */
+VRX_API extern const uint8_t VRX_PAR_HASH_1_OID[VRX_PAR_OID_SIZE];    /**< 1.2.643.2.2.30.1, CryptoPro */
+VRX_API extern const uint8_t VRX_PAR_CIPHER_0_OID[VRX_PAR_OID_SIZE];  /**< 1.2.643.2.2.31.0, test */
+VRX_API extern const uint8_t VRX_PAR_CIPHER_A_OID[VRX_PAR_OID_SIZE];  /**< 1.2.643.2.2.31.1, CryptoPro-A */
+VRX_API extern const uint8_t VRX_PAR_CIPHER_B_OID[VRX_PAR_OID_SIZE];  /**< 1.2.643.2.2.31.2, CryptoPro-B */
+VRX_API extern const uint8_t VRX_PAR_CIPHER_C_OID[VRX_PAR_OID_SIZE];  /**< 1.2.643.2.2.31.3, CryptoPro-C */
+VRX_API extern const uint8_t VRX_PAR_CIPHER_D_OID[VRX_PAR_OID_SIZE];  /**< 1.2.643.2.2.31.4, CryptoPro-D */
+VRX_API extern const uint8_t VRX_PAR_CIPHER_0S_OID[VRX_PAR_OID_SIZE]; /**< 1.2.643.2.2.31.5, see the warning */
+VRX_API extern const uint8_t VRX_PAR_CIPHER_SA_OID[VRX_PAR_OID_SIZE]; /**< 1.2.643.2.2.31.6, see the warning */
+VRX_API extern const uint8_t VRX_PAR_CIPHER_SB_OID[VRX_PAR_OID_SIZE]; /**< 1.2.643.2.2.31.7, see the warning */
+VRX_API extern const uint8_t VRX_PAR_CIPHER_SC_OID[VRX_PAR_OID_SIZE]; /**< 1.2.643.2.2.31.8, see the warning */
+VRX_API extern const uint8_t VRX_PAR_CIPHER_SD_OID[VRX_PAR_OID_SIZE]; /**< 1.2.643.2.2.31.9, see the warning */
 
 /** A parameter set of GOST R 34.11-94. */
 typedef struct vrx_gostr3411_par {
     uint32_t oid_length; /**< bytes in oid */
-    const uint8_t *oid;  /**< DER */
-    const char *str_oid; /**< dotted */
-    const char *name;    /**< as RFC 4357 writes it */
-    const vrx_tz *tz;    /**< deployed table of the step function */
+    const uint8_t *oid;  /**< identifier, DER */
+    const char *str_oid; /**< identifier, dotted decimal */
+    const char *name;    /**< name as in RFC 4357 */
+    const vrx_tz *tz;    /**< deployed table of the hash */
 } vrx_gostr3411_par;
 
 /** A parameter set of GOST 28147-89. */
 typedef struct vrx_gost28147_par {
     uint32_t oid_length;            /**< bytes in oid */
-    const uint8_t *oid;             /**< DER */
-    const char *str_oid;            /**< dotted */
-    const char *name;               /**< as RFC 4357 writes it */
+    const uint8_t *oid;             /**< identifier, DER */
+    const char *str_oid;            /**< identifier, dotted decimal */
+    const char *name;               /**< name as published; for rows 5 to 9 see the warning about them */
     const vrx_tz *tz;               /**< deployed table of the cipher */
-    uint8_t mode;                   /**< default mode, numbered as in modes.h */
+    uint8_t mode;                   /**< default mode: VRX_MODE_GAMM (2) or VRX_MODE_GFB (3) in the built-in sets */
     uint8_t key_meshing;            /**< 1: CryptoPro key meshing applies; 0: it does not */
     struct vrx_gost28147_par *next; /**< link of the registered list; NULL at its end */
 } vrx_gost28147_par;
@@ -65,98 +68,158 @@ typedef struct vrx_gost28147_par {
 /** The hash parameter sets: test, CryptoPro. */
 VRX_API extern vrx_gostr3411_par GOSTR3411_OIDS[VRX_GOSTR3411_PAR_COUNT];
 
-/** The cipher parameter sets. Writable: the registered list runs through their `next` fields. */
+/**
+ * The cipher parameter sets. Rows 0 to 4 are test and CryptoPro-A to -D. Rows 5 to 9 have the tables of rows 0 to 4,
+ * without key meshing. The array is writable because the registered list links its records through their `next` fields.
+ */
 VRX_API extern vrx_gost28147_par GOST28147_CRYPTO_PRO_OIDS[VRX_GOST28147_PAR_COUNT];
 
-/** The default hash parameter set, at first GOSTR3411_OIDS[1] (CryptoPro). A host may assign it. */
+/** The default hash parameter set, at first GOSTR3411_OIDS[1] (CryptoPro). A program may assign another record. */
 VRX_API extern const vrx_gostr3411_par *DEFAULT_GOSTR3411_OID;
 
-/** The default cipher parameter set, at first GOST28147_CRYPTO_PRO_OIDS[1] (CryptoPro-A). A host may assign it. */
+/**
+ * The default cipher parameter set, at first GOST28147_CRYPTO_PRO_OIDS[1] (CryptoPro-A). A program may assign another
+ * record.
+ */
 VRX_API extern vrx_gost28147_par *DEFAULT_GOST28147_OID;
 
-/** Head of the registered list, at first NULL. The list links its records and owns none of them. */
+/** Head of the registered list, at first NULL. The list owns none of its records. */
 VRX_API extern vrx_gost28147_par *GOST28147_OIDS;
 
-/** A hash parameter set by its index. @return the built-in record, or NULL when index is above 1. */
+/* ---- Use these --------------------------------------------------------------------------------------------------- */
+
+/**
+ * Get a built-in hash parameter set by index.
+ *
+ * @param index  in: index into GOSTR3411_OIDS.
+ * @return the record, or NULL if the index is above 1.
+ */
 VRX_API const vrx_gostr3411_par *get_GOSTR3411_par(uint32_t index);
 
-/** The default hash parameter set. @return the value of DEFAULT_GOSTR3411_OID. */
+/**
+ * Get the default hash parameter set.
+ *
+ * @return the value of DEFAULT_GOSTR3411_OID.
+ */
 VRX_API const vrx_gostr3411_par *get_GOSTR3411_default_par(void);
 
-/** A cipher parameter set by its index. @return the built-in record, or NULL when index is above 9. */
+/**
+ * Get a built-in cipher parameter set by index.
+ *
+ * @param index  in: index into GOST28147_CRYPTO_PRO_OIDS.
+ * @return the record, or NULL if the index is above 9.
+ */
 VRX_API vrx_gost28147_par *get_GOST28147_par(uint32_t index);
 
-/** The default cipher parameter set. @return the value of DEFAULT_GOST28147_OID. */
+/**
+ * Get the default cipher parameter set.
+ *
+ * @return the value of DEFAULT_GOST28147_OID.
+ */
 VRX_API vrx_gost28147_par *get_GOST28147_default_par(void);
 
-/** Set a record's default mode. @param mode  in: a number of modes.h, of which the low 8 bits are kept. @return VRX_OK */
+/**
+ * Find a built-in hash parameter set by its identifier.
+ *
+ * @param oid     in: DER identifier.
+ * @param length  in: bytes in oid.
+ * @param record  out: the record, or NULL if there is none.
+ * @return VRX_OK, or VRX_ERR_FAILED if there is none (logged).
+ */
+VRX_API int oidFindGOSTR3411Par(const uint8_t *oid, uint32_t length, const vrx_gostr3411_par **record);
+
+/**
+ * Find a registered cipher parameter set by its identifier. If several match, the one registered first is found.
+ *
+ * If nothing is registered, the function first registers the built-in sets.
+ *
+ * @param oid     in: DER identifier.
+ * @param length  in: bytes in oid.
+ * @param record  out: the record, or NULL if there is none.
+ * @return VRX_OK, or VRX_ERR_FAILED if there is none (logged).
+ */
+VRX_API int oidFindGOST28147Par(const uint8_t *oid, uint32_t length, vrx_gost28147_par **record);
+
+/* ---- Building blocks: custom parameter sets ---------------------------------------------------------------------- */
+
+/**
+ * Copy a record to the heap. The copy shares the source's identifier, strings and table; its `next` is NULL. To change
+ * its table, assign `tz`. Free the copy with free().
+ *
+ * @param source  in: the record.
+ * @param copy    out: the new record; NULL if memory is exhausted.
+ * @return VRX_OK, or VRX_ERR_FAILED if memory is exhausted.
+ */
+VRX_API int oidCopyGOST28147Par(const vrx_gost28147_par *source, vrx_gost28147_par **copy);
+
+/**
+ * Set the default mode of a record.
+ *
+ * @param record  in-out: the record.
+ * @param mode    in: mode number, such as VRX_MODE_CBC; its low 8 bits are stored.
+ * @return always VRX_OK.
+ */
 VRX_API int oidSetModeGOST28147Par(vrx_gost28147_par *record, int mode);
 
-/** Set a record's key-meshing mark. @param key_meshing  in: 1 or 0; the low 8 bits are kept. @return VRX_OK */
+/**
+ * Set whether key meshing belongs to a record.
+ *
+ * @param record       in-out: the record.
+ * @param key_meshing  in: 1 or 0; its low 8 bits are stored.
+ * @return always VRX_OK.
+ */
 VRX_API int oidSetKeyMeshingGOST28147Par(vrx_gost28147_par *record, int key_meshing);
 
 /**
- * Set a record's identifier and texts. The pointers are kept, nothing is copied.
+ * Set the identifier and the strings of a record.
  *
- * @param str_oid  in: the identifier in dotted form; not looked at, may be NULL.
- * @param name     in: any text; not looked at, may be NULL.
- * @return VRX_OK
+ * **Warning:** the record keeps the three pointers; nothing is copied. What they point to must outlive the record's
+ * use.
+ *
+ * @param record      in-out: the record.
+ * @param oid         in: DER identifier.
+ * @param oid_length  in: bytes in oid.
+ * @param str_oid     in: the identifier in dotted decimal; not read here, may be NULL.
+ * @param name        in: any string; not read here, may be NULL.
+ * @return always VRX_OK.
  */
 VRX_API int oidSetOIDGOST28147Par(vrx_gost28147_par *record, const uint8_t *oid, uint32_t oid_length,
                                   const char *str_oid, const char *name);
 
 /**
- * Copy a record to the heap. The copy shares the source's identifier, texts and table; its `next` is NULL. The caller
- * gives the table another value by assigning `tz`, and frees the copy with free().
+ * Append a record to the registered list.
  *
- * @param source  in: the record.
- * @param copy    out: the new record; NULL when memory is short.
- * @return VRX_OK; VRX_ERR_FAILED when memory is short.
- */
-VRX_API int oidCopyGOST28147Par(const vrx_gost28147_par *source, vrx_gost28147_par **copy);
-
-/**
- * Append a record to the registered list. There is no check for duplicates: registering a record that is in the
- * list already cuts the list behind it. The record must outlive its registration.
+ * **Warning:** the function keeps the pointer and does not look for duplicates. The record must outlive its
+ * registration. If the record is in the list already, all records after it are dropped from the list.
  *
- * @return VRX_OK, always.
+ * **Warning:** if you register a record while the list is empty, oidFindGOST28147Par() no longer finds the built-in
+ * sets. To keep them, call oidRegisterGOST28147CryptoProPar() first.
+ *
+ * @param record  in-out: the record; its `next` is set to NULL.
+ * @return always VRX_OK.
  */
 VRX_API int oidRegisterGOST28147Par(vrx_gost28147_par *record);
 
 /**
- * Register the ten built-in cipher parameter sets in order. On a list that holds them already the same ten remain,
- * and records appended behind them are dropped.
+ * Register the ten built-in cipher parameter sets in order. If they are in the list already, they stay, and records
+ * after them are dropped from the list.
  *
- * @return VRX_OK, or VRX_ERR_FAILED (logged) when a registration fails.
+ * @return always VRX_OK.
  */
 VRX_API int oidRegisterGOST28147CryptoProPar(void);
 
 /**
- * Find a registered cipher parameter set; an empty list is filled with the built-in ones first. The record that was
- * registered first wins.
+ * Remove the first record with an identifier from the registered list. The record's `next` becomes NULL.
  *
- * @param oid     in: DER identifier of `length` bytes.
- * @param record  out: the record, or NULL when there is none.
- * @return VRX_OK, or VRX_ERR_FAILED when there is none (logged).
- */
-VRX_API int oidFindGOST28147Par(const uint8_t *oid, uint32_t length, vrx_gost28147_par **record);
-
-/**
- * Take the first record with an identifier out of the registered list; its `next` becomes NULL. The head record stays
- * registered: asking for it cuts the list down to the head alone.
+ * **Warning:** the first record of the list is never removed. If the identifier is its own, all other records are
+ * dropped from the list instead.
  *
- * @return VRX_OK; VRX_ERR_FAILED when nothing is registered; VRX_ERR_BAD_PARAMS when no record matches. Both logged.
+ * @param oid     in: DER identifier.
+ * @param length  in: bytes in oid.
+ * @return VRX_OK; VRX_ERR_FAILED if nothing is registered; VRX_ERR_BAD_PARAMS if no record matches. Both failures are
+ *         logged.
  */
 VRX_API int oidUnregisterGOST28147Par(const uint8_t *oid, uint32_t length);
-
-/**
- * Find a built-in hash parameter set.
- *
- * @param oid     in: DER identifier of `length` bytes.
- * @param record  out: the record, or NULL when there is none.
- * @return VRX_OK, or VRX_ERR_FAILED when there is none (logged).
- */
-VRX_API int oidFindGOSTR3411Par(const uint8_t *oid, uint32_t length, const vrx_gostr3411_par **record);
 
 VRX_END_DECLS
 

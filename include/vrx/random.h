@@ -1,7 +1,7 @@
 /**
  * @file random.h  The operating system's random numbers, as a source for signatures and keys.
  *
- * Not part of vrx.h: it is compiled into the program that includes it, and the library does not export it.
+ * This header is not part of vrx.h, and the library does not export its function: it is compiled into your program.
  */
 #ifndef VRX_RANDOM_H
 #define VRX_RANDOM_H
@@ -16,15 +16,19 @@
 
 VRX_BEGIN_DECLS
 
+/* ---- Use these --------------------------------------------------------------------------------------------------- */
+
 /**
- * Random bytes from the kernel, by getrandom(): an RND_FUNC (sign.h) that is good enough for keys.
+ * Fill a buffer with random bytes from the kernel, by getrandom(2). This is an RND_FUNC that is good enough for keys,
+ * IVs and nonces.
  *
- * @param buffer  out: `length` bytes at any address; may be NULL when length is 0.
- * @param length  in: bytes, any number.
- * @return 0, or -1 when the system refuses (errno says why; the buffer may then be filled in part). Before the kernel
- *         has gathered enough, early at boot, it waits.
+ * Early at boot, the call waits until the kernel has gathered enough randomness.
  *
- * Threads: any number. Allocates nothing.
+ * @param buffer  out: the random bytes, at any address; may be NULL if length is 0.
+ * @param length  in: bytes in buffer, any number.
+ * @return 0, or -1 if the system refuses; errno then gives the reason, and part of the buffer may be filled.
+ *
+ * Threads: any number may call the function. It allocates nothing.
  */
 #if defined(__cplusplus)
 inline int vrx_system_random(void *buffer, uint32_t length)

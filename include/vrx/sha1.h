@@ -1,14 +1,12 @@
 /**
- * @file sha1.h  SHA-1 (FIPS 180, RFC 3174). For what still asks for it: it does not resist collisions.
+ * @file sha1.h  SHA-1 (FIPS 180, RFC 3174), for existing formats that require it.
  *
- * Order of calls: shaInit(), shaUpdate() any number of times, shaFinal().
+ * **Warning:** SHA-1 does not resist collisions. Do not use it for signatures or in new formats.
  *
- * Nothing is checked and nothing is logged: no pointer may be NULL, unless said otherwise. Input may lie at any address
- * and may not overlap the context. Nothing is allocated.
+ * Call shaInit(), shaUpdate() for each piece of the message, then shaFinal().
  *
- * Common arguments:
- * - ctx  in-out: the context.
- * - count  in: bytes in buffer.
+ * The functions check nothing and log nothing: unless a function says otherwise, passing NULL is undefined. Input may
+ * lie at any address and may not overlap the context. The functions allocate nothing.
  *
  * Threads: a context belongs to one thread at a time; separate contexts are independent.
  */
@@ -27,32 +25,52 @@ VRX_BEGIN_DECLS
 
 /** A SHA-1 context. */
 typedef struct sha_context {
-    uint32_t data[VRX_SHA1_BLOCK_WORDS]; /**< the message's last count_lo % 64 bytes, as they came; the rest is scratch
-                                              once a block has been processed */
-    uint32_t digest[VRX_SHA1_DIGEST_WORDS]; /**< H0 to H4 as numbers; after shaFinal() in the order of the digest */
-    uint32_t count_hi;                      /**< bytes taken in, high word */
-    uint32_t count_lo;                      /**< low word */
+    uint32_t
+        data[VRX_SHA1_BLOCK_WORDS]; /**< the last count_lo % 64 bytes of the message, unchanged; once a block has been
+                                              processed, the rest is scratch space */
+    uint32_t digest[VRX_SHA1_DIGEST_WORDS]; /**< H0 to H4 as numbers; after shaFinal(), as the bytes of the digest */
+    uint32_t count_hi;                      /**< bytes processed, high word */
+    uint32_t count_lo;                      /**< bytes processed, low word */
 } sha_context;
 
-/** Open a context. Its data is left as it is. */
+/* ---- Use these --------------------------------------------------------------------------------------------------- */
+
+/**
+ * Open a context.
+ *
+ * @param ctx  out: the context; every field but data is set.
+ */
 VRX_API void shaInit(sha_context *ctx);
 
 /**
- * Process one block: the words of ctx->data as numbers, so a message's bytes big-endian, into ctx->digest. The data is
- * scratch afterwards.
- */
-VRX_API void shaTransform(sha_context *ctx);
-
-/**
- * Take in a piece of the message.
+ * Hash a piece of the message.
  *
- * @param buffer  in: count bytes; may be NULL when count is 0. A call of 2^32 bytes or more processes them all but
- * counts them modulo 2^32, with one carry at the most: the digest is then not that of SHA-1.
+ * **Warning:** pass fewer than 2^32 bytes in one call. A longer piece is processed in full but counted modulo 2^32 with
+ * at most one carry, so the digest is wrong.
+ *
+ * @param ctx     in-out: the context.
+ * @param buffer  in: the piece; may be NULL if count is 0.
+ * @param count   in: bytes in buffer.
  */
 VRX_API void shaUpdate(sha_context *ctx, const uint8_t *buffer, uint64_t count);
 
-/** Finish the message. The context must be opened anew before it takes another. @param digest_out  out: the digest. */
+/**
+ * Finish the message and write its digest. Open the context anew before you hash another message.
+ *
+ * @param ctx         in-out: the context.
+ * @param digest_out  out: the digest, 20 bytes.
+ */
 VRX_API void shaFinal(sha_context *ctx, uint8_t digest_out[VRX_SHA1_SIZE]);
+
+/* ---- Building blocks --------------------------------------------------------------------------------------------- */
+
+/**
+ * Process the block in ctx->data into ctx->digest. The words of ctx->data are numbers here: the bytes of the message,
+ * read big-endian. Afterwards, ctx->data is scratch space.
+ *
+ * @param ctx  in-out: the context.
+ */
+VRX_API void shaTransform(sha_context *ctx);
 
 VRX_END_DECLS
 

@@ -12,21 +12,23 @@ import common_rules  # noqa: E402
 FAMILIES = [path for path in sorted((PROJECT / "include/vrx").glob("*.h")) if path.stem not in ("export", "random")]
 
 
-def top_of(path):
-    """The first comment of a header, with those of the headers whose rules it takes over."""
-    top = common_rules.first_comment(path)
-    others = re.findall(r"rules of (\w+\.h)", top)
-    return top + "".join(top_of(path.parent / other) for other in others)
+def functions_of(path):
+    """Position, comment and prototype of each exported function of a header."""
+    text = path.read_text(encoding="utf-8")
+    for comment in common_rules.COMMENT.finditer(text):
+        prototype = common_rules.PROTOTYPE.match(text, comment.end())
+        if prototype:
+            yield comment.start(), comment[0], prototype
 
 
 class Headers(unittest.TestCase):
     def test_each_family_says_what_threads_may_do(self):
         for path in FAMILIES:
-            self.assertRegex(top_of(path), r"Threads:|threads may share|number of threads", path.name)
+            self.assertRegex(common_rules.first_comment(path), r"Threads:|threads may share|number of\s[ *]*threads", path.name)
 
     def test_each_family_says_who_allocates(self):
         for path in FAMILIES:
-            self.assertRegex(path.read_text(encoding="utf-8") + top_of(path), r"[Aa]llocate", path.name)
+            self.assertRegex(path.read_text(encoding="utf-8"), r"[Aa]llocate", path.name)
 
     def test_each_algorithm_has_its_source(self):
         for path in FAMILIES:
@@ -44,28 +46,35 @@ class Headers(unittest.TestCase):
         self.assertEqual(functions - described, set())
 
 
-class CommonRules(unittest.TestCase):
-    def completed(self, prototype, top):
-        rules = {}
-        path = PROJECT / "include/vrx/kernel.h"
-        original = common_rules.first_comment
-        common_rules.first_comment = lambda _: top
-        try:
-            rules = common_rules.common_arguments(path)
-        finally:
-            common_rules.first_comment = original
-        return common_rules.completed("/** Does it. @param b  in: its own */",
-                                      common_rules.PROTOTYPE.match(f"\nVRX_API {prototype};"), rules, "x.h")
+    def test_each_comment_describes_every_parameter_and_the_result_itself(self):
+        for path in FAMILIES:
+            for _, comment, prototype in functions_of(path):
+                with self.subTest(prototype["name"]):
+                    described = re.findall(r"@param (\w+)  +(?:in|out|in-out): \S", comment)
+                    self.assertEqual(described, list(common_rules.arguments_of(prototype)))
+                    returns = not re.match(r"\s*VRX_API\s+(__attribute__\S+\s+)?void\s+\w+\(", prototype[0])
+                    self.assertEqual("@return " in comment, returns)
 
-    def test_arguments_get_their_rules_by_name_and_direction(self):
-        top = "/**\n * - a, b  in: common\n *   rule; out: written\n * - n  in: a count\n * - return  0.\n */"
-        done = self.completed("int f(const int *a, int *b, unsigned n, int other[2])", top)
-        self.assertIn("@param a  in: common rule;", done)
-        self.assertIn("@param n  in: a count", done)
-        self.assertIn("@return 0.", done)
-        self.assertEqual(done.count("@param b"), 1)
-        self.assertNotIn("@param other", done)
-        self.assertIn("@param a  out: written", self.completed("void f(int a[3])", top))
+    def test_each_function_stands_in_a_tier(self):
+        for path in FAMILIES:
+            text = path.read_text(encoding="utf-8")
+            self.assertEqual(len(common_rules.SECTION.findall(text)), text.count("/* ----"), path.name)
+            for position, _, prototype in functions_of(path):
+                self.assertIsNotNone(common_rules.tier_at(text, position), prototype["name"])
+
+    def test_no_list_of_common_arguments_has_to_be_read_first(self):
+        for path in FAMILIES:
+            self.assertNotIn("Common arguments", path.read_text(encoding="utf-8"), path.name)
+
+
+class Filter(unittest.TestCase):
+    def test_a_function_gets_its_group_and_a_pointer_to_the_common_rules(self):
+        text = "/* ---- Use these ---- */\n\n/* ---- Building blocks: bits ---- */\n\nint f(void);\n"
+        self.assertEqual(common_rules.tier_at(text, len(text)), "vrx_blocks")
+        self.assertEqual(common_rules.tier_at(text, 27), "vrx_use")
+        done = common_rules.completed("/** Does it. */", "vrx_use", "x.h")
+        self.assertIn("@ingroup vrx_use", done)
+        self.assertIn("top of that file", done)
 
 
 if __name__ == "__main__":
