@@ -8,7 +8,7 @@
 namespace vrx::app {
 namespace {
 
-/** Deploy the table of a file: 64 bytes, or a text of 128 digits with an optional line end. */
+/** Deploy the table of a file: 64 bytes, or a text of 128 digits with an optional newline. */
 FileId load_table(const std::string& path, vrx_tz& table) {
     Input file(path);
     std::array<std::uint8_t, VRX_TZ_STRING_SIZE + 3> buffer;
@@ -22,7 +22,7 @@ FileId load_table(const std::string& path, vrx_tz& table) {
     if (content.size() != VRX_TZ_STRING_SIZE)
         throw Failure("the table file " + file.shown() + " holds " +
                       (size == buffer.size() ? "more than " + std::to_string(size - 1) : std::to_string(size)) +
-                      " bytes; a table is 64 bytes, or 128 hexadecimal digits with an optional line end");
+                      " bytes; a table is 64 bytes, or 128 hexadecimal digits with an optional newline");
     std::string text;
     for (std::size_t i = 0; i < content.size(); ++i) {
         const auto value = hex_digit(content[i]);
@@ -43,7 +43,7 @@ vrx_data record(std::span<std::uint8_t> data) { return {static_cast<std::uint32_
 
 std::vector<Option> cipher_options(CipherOptions& options) {
     return {
-        text_option("key", 'k', "FILE", "the key: 32 bytes, or 64 hexadecimal digits with an optional line end",
+        text_option("key", 'k', "FILE", "the key: 32 bytes, or 64 hexadecimal digits with an optional newline",
                     options.key),
         text_option("params", 'p', "SET",
                     "parameter set: test, A, B, C, D, 0S, SA, SB, SC, SD, a name or an object\n"
@@ -53,7 +53,7 @@ std::vector<Option> cipher_options(CipherOptions& options) {
         flag_option("no-mesh", 0, "switch key meshing off", options.no_mesh),
         text_option("table", 't', "FILE",
                     "S-boxes in place of those of the parameter set: 64 bytes, or 128\n"
-                    "hexadecimal digits with an optional line end",
+                    "hexadecimal digits with an optional newline",
                     options.table)};
 }
 

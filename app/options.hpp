@@ -17,7 +17,7 @@ struct Command {
     const char* name;
     const char* operands;     // what may follow the options, for the help
     const char* summary;      // one line of the list of commands
-    const char* description;  // a paragraph or two, with line ends
+    const char* description;  // a paragraph or two, with newlines
     const char* example;      // command lines
     /** Run it. argv[0] is the command's name. @return the exit code. */
     int (*run)(const Command& self, int argc, char** argv);
@@ -28,7 +28,7 @@ struct Option {
     const char* name;                      // its long form, without dashes
     char letter;                           // its short form, or 0
     const char* value;                     // what its value is called in the help; nullptr when it takes none
-    const char* help;                      // may hold line ends
+    const char* help;                      // may contain newlines
     std::function<void(const char*)> set;  // takes the value, or nullptr
 };
 

@@ -10,7 +10,7 @@ namespace vrx::app {
 struct Topic {
     const char* name;
     const char* summary;  // one line of the list of topics
-    const char* text;     // with line ends, the last one too
+    const char* text;     // with newlines, also at the end
 };
 
 [[nodiscard]] std::span<const Topic> topics();

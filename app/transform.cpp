@@ -64,14 +64,15 @@ int run_transform(const Command& self, bool encrypt, int argc, char** argv) {
     CipherOptions cipher_choice;
     std::string out = "-";
     std::vector<Option> options = cipher_options(cipher_choice);
-    options.insert(options.begin() + 2,
-                   text_option("mode", 'm', "MODE", "ss, gamm, gfb or cbc; without it as the parameter set says",
-                               cipher_choice.mode));
+    options.insert(
+        options.begin() + 2,
+        text_option("mode", 'm', "MODE", "ss (ecb), gamm (ctr), gfb (cfb) or cbc; default: that of the parameter set",
+                    cipher_choice.mode));
     options.push_back(text_option("iv", 0, "HEX",
-                                  encrypt ? "the IV, 16 digits; nothing is then written before the data"
-                                          : "the IV, 16 digits; the input is then the data alone",
+                                  encrypt ? "the IV, 16 digits; the output is then the ciphertext alone"
+                                          : "the IV, 16 digits; the input is then the ciphertext alone",
                                   cipher_choice.iv));
-    options.push_back(text_option("out", 'o', "OUT", "where the result goes; without it to standard output", out));
+    options.push_back(text_option("out", 'o', "OUT", "output file; default: standard output", out));
 
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;

@@ -13,10 +13,17 @@ const Command decrypt_command{
     "decrypt",
     "[FILE]",
     "decrypt what 'vrx encrypt' wrote",
-    R"(Decrypt FILE, or standard input, with GOST 28147-89. All options must be those of the encryption.
+    R"(Decrypt FILE, or standard input, with GOST 28147-89. Give the same options as for the encryption.
 
-Without --iv the first 8 bytes of the input are the IV (but in mode ss, which has none). A wrong key or option is
-not noticed, the result is then random bytes.)",
+Without --iv the first 8 bytes of the input are the IV (mode ss has none). The program cannot detect a wrong key
+or option; it exits with 0 and the output is wrong:
+
+key, S-boxes, mode: all of the output is wrong.
+IV: the first 8 bytes are wrong in modes gfb and cbc; everything is wrong in gamm.
+--mesh, --no-mesh: everything after byte 1024 is wrong.
+
+A changed byte of the ciphertext changes that byte of the output in gamm, that byte and the next block in gfb, its
+block and one byte of the next in cbc, and its block in ss. To detect changes, first check a MAC with 'vrx mac'.)",
     R"(vrx decrypt --key my.key -o letter.txt letter.enc
 tar c folder | vrx encrypt --key my.key | vrx decrypt --key my.key | tar t)",
     run};

@@ -86,7 +86,7 @@ void derive(const Derivation& choice, SecretBytes& password, std::span<std::uint
                                                        VRX_PAR_HASH_1_OID, VRX_PAR_OID_SIZE, out.data(), out.size()));
 }
 
-/** Digits and a line end, which are as secret as the key. */
+/** Digits and a newline, which are as secret as the key. */
 void write_hex(Output& output, std::span<const std::uint8_t> key) {
     const std::size_t size = 2 * key.size() + 1;
     const SecretPages pages(size);
@@ -114,7 +114,7 @@ int run(const Command& self, int argc, char** argv) {
                                   "a new file for the result that only its owner can read; it must not exist\n"
                                   "yet; without it to standard output",
                                   out));
-    options.push_back(flag_option("raw", 0, "write bytes in place of hexadecimal digits and a line end", raw));
+    options.push_back(flag_option("raw", 0, "write bytes instead of hexadecimal digits and a newline", raw));
     if (!parse(self, options, 0, argc, argv)) return exit_done;
 
     const Derivation derivation = app::derivation(self, choice);
@@ -142,9 +142,9 @@ const Command derive_command{
     "derive a key from a password",
     R"(Derive a key from a password with GOST R 34.11-94 (parameter set cryptopro), and print its hexadecimal digits.
 
-The password is asked for on the terminal, which does not show it, or read from a file or a descriptor; it is
-never an argument, since every user of the system can see those. The same password, salt and iterations give the
-same key again, so keep the two and remember the one.)",
+The program asks for the password on the terminal, which does not show it, or reads it from a file or a descriptor.
+It is never an argument, because every user of the system can see those. The same password, salt and iterations
+give the same key again: store the salt and the iterations, and remember the password.)",
     R"(od -An -N16 -tx1 /dev/urandom | tr -d ' \n' > salt
 vrx derive --kdf pbkdf2 --salt $(cat salt) --iterations 100000 --out my.key)",
     run};

@@ -19,7 +19,7 @@ int run(const Command& self, int argc, char** argv) {
     const auto operands =
         parse(self,
               {text_option("out", 'o', "FILE", "the new key file; it must not exist yet", out),
-               flag_option("hex", 'x', "write 64 hexadecimal digits and a line end in place of 32 bytes", hex)},
+               flag_option("hex", 'x', "write 64 hexadecimal digits and a newline instead of 32 bytes", hex)},
               0, argc, argv);
     if (!operands) return exit_done;
     if (!out || *out == "-") throw WrongUse(self, "a name for the key file is needed, --out FILE");

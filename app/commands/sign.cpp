@@ -27,8 +27,8 @@ int run(const Command& self, int argc, char** argv) {
     options.push_back(
         text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; without it cryptopro", set));
     options.push_back(text_option("out", 'o', "FILE", "where the signature goes; without it to standard output", out));
-    options.push_back(flag_option("hex", 'x', "write hexadecimal digits and a line end", hex));
-    options.push_back(flag_option("base64", 0, "write base64 and a line end", base64));
+    options.push_back(flag_option("hex", 'x', "write hexadecimal digits and a newline", hex));
+    options.push_back(flag_option("base64", 0, "write base64 and a newline", base64));
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;
     if (!key_path) throw WrongUse(self, "a private key is needed, --key FILE");

@@ -12,7 +12,7 @@
 namespace vrx::app {
 namespace {
 
-/** Of a signature file in bytes: base64 with room for line ends. */
+/** Of a signature file in bytes: base64 with room for newlines. */
 constexpr std::size_t longest_signature = 1024;
 
 /** A signature file in one of the three forms, which its length tells apart. */
@@ -113,8 +113,8 @@ the same as hexadecimal digits or base64. Prints one line; the exit code is 0 wh
 when it is not.
 
 With --cert the key, its curve and the parameter set of the hash come from an X.509 certificate (RFC 4491), PEM or
-DER. The certificate itself is NOT checked: neither its signature nor its dates, and nobody asks whether it was
-revoked. Trust it for other reasons, or check it with a program for certificates first.)",
+DER. WARNING: the certificate itself is NOT checked: not its signature, not its dates, not its revocation. Check it
+first with 'openssl verify -engine gost', or trust it for other reasons.)",
     R"(vrx keypair --curve A --out my.pem
 vrx pubkey -o my.pub my.pem
 vrx sign --key my.pem -o letter.sig letter.txt

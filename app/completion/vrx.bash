@@ -64,8 +64,8 @@ _vrx() {
                 compopt +o default +o bashdefault 2>/dev/null || :
                 return ;;
             help:help) words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify agree
-                diversify inspect params speed help version keys formats parameters byte-orders exit-codes secrets
-                terminals" ;;
+                diversify inspect params speed help version start keys formats parameters byte-orders exit-codes
+                secrets terminals" ;;
         esac
     fi
     [[ -z $words ]] || mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")

@@ -30,7 +30,7 @@ void to_hex(std::span<const std::uint8_t> octets, std::span<char> text);
 /** A decimal number, digits alone; nothing for anything else and for what does not fit. */
 std::optional<std::uint64_t> to_number(std::string_view text);
 
-/** A text without one line end (LF or CRLF) behind it. */
+/** A text without one newline (LF or CRLF) at its end. */
 std::string_view without_line_end(std::string_view text);
 
 /** Take one character in UTF-8 (RFC 3629) from the front of a text that is not empty; nothing, and the text stays as it

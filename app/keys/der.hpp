@@ -55,7 +55,7 @@ bool is_one_element(std::span<const std::uint8_t> octets, std::uint8_t wanted);
 /** An element whose contents are the parts, one after the other; shorter than 128 octets. */
 void append(SecretBytes& out, std::uint8_t tag, std::initializer_list<std::span<const std::uint8_t>> parts);
 
-/** Replace base64 (RFC 4648), line ends and blanks among it, by what it stands for; false when it is anything else. */
+/** Replace base64 (RFC 4648), with newlines and blanks, by what it stands for; false when it is anything else. */
 [[nodiscard]] bool decode_base64(SecretBytes& text);
 
 /** The base64 of octets, appended, in lines of `width` characters. */

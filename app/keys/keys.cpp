@@ -95,7 +95,7 @@ FileId load_key(const std::string& path, Key& key) {
     } else {
         throw Failure("the key file " + file.shown() + " holds " +
                       (size == text->size() ? "more than " + std::to_string(size - 1) : std::to_string(size)) +
-                      " bytes; a key is 32 bytes, or 64 hexadecimal digits with an optional line end");
+                      " bytes; a key is 32 bytes, or 64 hexadecimal digits with an optional newline");
     }
     warn_if_others_can_read(file, "key");
     return file.id();

@@ -69,7 +69,7 @@ private:
 void read_secret(Input& file, SecretBytes& secret);
 
 /**
- * Replace hexadecimal digits, and an optional line end, by the bytes that they stand for.
+ * Replace hexadecimal digits, and an optional newline, by the bytes that they stand for.
  *
  * @param what  holds them, for the message where they are something else.
  */
@@ -79,7 +79,7 @@ void decode_hex(SecretBytes& secret, const std::string& what);
 using Key = std::array<std::uint32_t, VRX_KEY_WORDS>;
 
 /**
- * Read a key file: 32 bytes, or 64 hexadecimal digits with an optional line end. A file that others than its owner can
+ * Read a key file: 32 bytes, or 64 hexadecimal digits with an optional newline. A file that others than its owner can
  * read draws a warning.
  *
  * @param path  "-" is standard input.

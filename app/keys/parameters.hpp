@@ -35,17 +35,18 @@ inline constexpr std::array<const char*, VRX_TZ_3411_94_COUNT> hash_tables{"tz_0
 struct Mode {
     std::uint32_t number;
     const char* name;
+    const char* common_name;  // also accepted
     const char* description;
     bool takes_iv;
     bool whole_blocks;  // the data must be a multiple of 8 bytes long
 };
 
-inline constexpr std::array modes{Mode{VRX_MODE_SS, "ss", "simple substitution (codebook)", false, true},
-                                  Mode{VRX_MODE_GAMM, "gamm", "counter mode (gamma)", true, false},
-                                  Mode{VRX_MODE_GFB, "gfb", "cipher feedback (gamma with feedback)", true, false},
-                                  Mode{VRX_MODE_CBC, "cbc", "cipher block chaining", true, true}};
+inline constexpr std::array modes{Mode{VRX_MODE_SS, "ss", "ecb", "simple substitution (codebook)", false, true},
+                                  Mode{VRX_MODE_GAMM, "gamm", "ctr", "counter mode (gamma)", true, false},
+                                  Mode{VRX_MODE_GFB, "gfb", "cfb", "cipher feedback (gamma with feedback)", true, false},
+                                  Mode{VRX_MODE_CBC, "cbc", "cbc", "cipher block chaining", true, true}};
 
-/** The mode with a number of the library, or with a name. Throws a Failure when there is none. */
+/** The mode with a number of the library, or with one of its names. Throws a Failure when there is none. */
 const Mode& mode_by_number(std::uint32_t number);
 const Mode& mode_by_name(const std::string& name);
 

@@ -94,7 +94,7 @@ class Help(ProgramTest):
     def test_topics(self):
         overview = self.vrx("help").decode()
         topics = re.findall(r"^  (\S+)  ", overview.split("\nTopics:\n")[1].split("\n\n")[0], re.MULTILINE)
-        self.assertEqual(topics, ["keys", "formats", "parameters", "byte-orders", "exit-codes", "secrets", "terminals"])
+        self.assertEqual(topics, ["start", "keys", "formats", "parameters", "byte-orders", "exit-codes", "secrets", "terminals"])
         for topic in topics:
             text = self.vrx("help", topic).decode()
             self.assertTrue(text.startswith(topic.replace("-", " ").capitalize() + "\n\n"), topic)

@@ -153,11 +153,50 @@ class Options(ProgramTest):
         self.assertNotEqual(self.encrypt("--no-mesh"), expected)
         self.assertEqual(self.encrypt("--params", "SA"), self.encrypt("--no-mesh"))
 
+    def test_modes_have_common_names(self):
+        for name, common in (("ss", "ecb"), ("gamm", "ctr"), ("gfb", "cfb"), ("cbc", "cbc")):
+            self.write("blocks", bytes(range(64)))
+            both = [self.vrx("encrypt", "--key", "key", *([] if name == "ss" else ["--iv", "00" * 8]), "--mode", mode, "blocks")
+                    for mode in (name, common)]
+            self.assertEqual(both[0], both[1], name)
+            self.assertEqual(len(both[0]), 64)
+
+    def test_what_goes_wrong_stays_where_the_help_says(self):
+        text = bytes(range(256)) * 8
+        self.write("long", text)
+
+        def wrong(mode, *encryption, change=None, decryption=()):
+            """The places that differ after a decryption with other options or a changed byte."""
+            secret = bytearray(self.vrx("encrypt", "--key", "key", "--mode", mode, *encryption, "long"))
+            if change is not None:
+                secret[change] ^= 1
+            self.write("secret", bytes(secret))
+            got = self.vrx("decrypt", "--key", "key", "--mode", mode, *(decryption or encryption), "secret")
+            self.assertEqual(len(got), len(text))
+            return [place for place, (a, b) in enumerate(zip(got, text)) if a != b]
+
+        iv, other = ("--iv", "00" * 8), ("--iv", "0100000000000000")
+        for mode in ("gfb", "cbc"):
+            self.assertLess(max(wrong(mode, *iv, decryption=other)), 8, mode)
+        self.assertGreater(len(wrong("gamm", *iv, decryption=other)), 1900)
+        for mode in ("gamm", "gfb", "cbc"):
+            self.assertGreaterEqual(min(wrong(mode, *iv, decryption=(*iv, "--no-mesh"))), 1024, mode)
+            self.assertGreater(len(wrong(mode, *iv, decryption=(*iv, "--params", "B"))), 1900, mode)
+        self.assertEqual(wrong("gamm", *iv, change=83), [83])
+        self.assertEqual(wrong("gfb", *iv, change=83)[0], 83)
+        self.assertLess(max(wrong("gfb", *iv, change=83)), 96)
+        self.assertEqual(wrong("cbc", *iv, change=83)[-1], 91)
+        self.assertGreaterEqual(min(wrong("cbc", *iv, change=83)), 80)
+        self.assertTrue(set(wrong("ss", change=83)) <= set(range(80, 88)))
+
     def test_unknown_names_are_refused(self):
         for name in ("E", "", "1.2.643.2.2.31.10", "id-Gost28147-89-CryptoPro-A", "A "):
             self.refused("encrypt", "--key", "key", "--params", name, says=["no parameter set", "vrx params"])
-        for mode in ("ecb", "GFB", "", "3"):
-            self.refused("encrypt", "--key", "key", "--mode", mode, says=["no mode", "use ss, gamm, gfb or cbc"])
+        for mode in ("ECB", "GFB", "", "3"):
+            self.refused("encrypt", "--key", "key", "--mode", mode,
+                         says=["no mode", "use ss, gamm, gfb or cbc, or ecb, ctr, cfb"])
+        for mode in ("imit", "imito"):
+            self.refused("encrypt", "--key", "key", "--mode", mode, says=["is the MAC", "use 'vrx mac'"])
         self.refused("encrypt", "--key", "key", "--mesh", "--no-mesh", says="exclude each other")
 
     def test_tables(self):
