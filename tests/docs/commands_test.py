@@ -61,6 +61,19 @@ class Commands(unittest.TestCase):
                 for option in re.findall(r"(?<!\S)--[a-z][\w-]*", rest):
                     self.assertIn(option, helps[command], f"{name_of(page)}: vrx {command}{rest}")
 
+    def test_the_table_of_the_readme_is_what_help_start_says(self):
+        table = re.search(r"<!-- start -->\n.*?\n.*?\n(.*?)<!-- end -->", text_of(PROJECT / "README.md"), re.S)[1]
+        rows = re.findall(r"^\| (.*?) \| (.*) \|$", table, re.M)
+        self.assertGreater(len(rows), 15)
+        told = subprocess.run([PROGRAM, "help", "start"], capture_output=True, text=True, check=True).stdout
+        entries = dict(re.findall(r"^(\S.*)\n((?: {4}.*\n)+)", told, re.M))
+        self.assertEqual(list(entries), [have.replace("`", "") for have, _ in rows])
+        for have, answer in rows:
+            entry = entries[have.replace("`", "")]
+            for command in re.findall(r"`((?:vrx|openssl) [^`]*)`", answer):
+                self.assertIn(command, entry)
+            self.assertEqual("not supported" in answer, "not supported" in entry, have)
+
 
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1])
