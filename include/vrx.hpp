@@ -2,8 +2,8 @@
  * @file vrx.hpp  The whole library for C++20: namespace vrx.
  *
  * Functions take spans and return values or a vrx::Result. Keys, IVs, digests, points and contexts have types of their
- * own, whose destructors zero them. Everything is inline over the C functions. Nothing here throws an exception, and the
- * headers compile with -fno-exceptions and -fno-rtti.
+ * own, whose destructors zero them. Everything is inline over the C functions. Nothing here throws an exception, and
+ * the headers compile with -fno-exceptions and -fno-rtti.
  *
  *     const vrx::Key key = vrx::Key::random().value();
  *     const vrx::Iv iv = vrx::Iv::random().value();

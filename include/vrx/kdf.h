@@ -2,8 +2,8 @@
  * @file kdf.h  Keys from passwords, with GOST R 34.11-94.
  *
  * Pointers may not be NULL unless a function says otherwise. Buffers may lie at any address. Errors come from the
- * functions that these call: the called function logs its line first, then the function of this header adds "name
- * returned 0x..." without a newline.
+ * functions that these functions call. The called function logs its line first; then the function of this header adds
+ * "name returned 0x..." without a newline.
  *
  * **Warning:** an attacker who gets the output or a ciphertext can try passwords. Use a random salt of at least 8
  * bytes, and as many iterations as your users can wait for: more iterations make each guess slower.

@@ -1,7 +1,7 @@
 /**
  * @file cxx/agree.hpp  Key agreement VKO GOST R 34.10-2001 and key diversification: agree.h for C++.
  *
- * Nothing is allocated. Threads: keys are plain values.
+ * The functions allocate nothing. Threads: keys are plain values.
  */
 #ifndef VRX_CXX_AGREE_HPP
 #define VRX_CXX_AGREE_HPP
@@ -14,14 +14,15 @@ namespace vrx {
 inline namespace v1 {
 
 /**
- * Agree on a key with the holder of another private key (VKO GOST R 34.10-2001): both come to the same one.
+ * Agree on a key (VKO GOST R 34.10-2001). Both sides derive the same key: each from its own private key and the peer's
+ * public key.
  *
- * @param own       in: one's own key; its curve is the one that counts.
- * @param other     in: the other end's public key.
- * @param ukm       in: both ends use the same, not all zero.
- * @param hash_oid  in: DER identifier of a built-in parameter set of the hash.
- * @return Error::failed where ukm is zero, or the other key is not on the curve of one's own;
- *         Error::unsupported_oid.
+ * @param own       in: your private key, on whose curve the function works.
+ * @param other     in: the peer's public key.
+ * @param ukm       in: 8 public bytes, not all zero and the same on both sides. Use a new value for each agreement.
+ * @param hash_oid  in: DER identifier of a built-in hash parameter set.
+ * @return the key; Error::failed if ukm is zero or the peer's key is not on the curve of yours; Error::unsupported_oid
+ *         if no hash parameter set has the identifier.
  */
 [[nodiscard]] inline Result<Key> agree(const PrivateKey &own, const PublicKey &other, const Ukm &ukm,
                                        Bytes hash_oid = oid::hash_cryptopro) noexcept {
@@ -35,9 +36,12 @@ inline namespace v1 {
 }
 
 /**
- * CryptoPro key diversification (RFC 4357, section 6.5), in place.
+ * Diversify a key in place (CryptoPro; RFC 4357, section 6.5).
  *
- * @return Error::failed for a table that is not deployed; the key is then as it was.
+ * @param key    in-out: the key.
+ * @param ukm    in: 8 bytes, any.
+ * @param table  in: a deployed table.
+ * @return Error::failed if the table is not deployed; the key is then unchanged.
  */
 inline Result<void> diversify(Key &key, const Ukm &ukm, const vrx_tz &table = *default_cipher_set().tz) noexcept {
     return Result<void>::of(ecDiversifyKEK(&table, key.data(), ukm.data()));

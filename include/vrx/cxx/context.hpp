@@ -1,7 +1,12 @@
 /**
  * @file cxx/context.hpp  GOST 28147-89 over a message in pieces: Encryptor, Decryptor and Mac over context.h.
  *
- * Buffers may lie at any address. Nothing is allocated. Threads: an object belongs to one thread at a time.
+ * **Warning:** never use an IV twice with the same key.
+ *
+ * **Warning:** decryption does not detect changed data or a wrong key. Compute a MAC of the ciphertext with a second
+ * key, and verify it before you use any plaintext.
+ *
+ * Buffers may lie at any address. The functions allocate nothing. Threads: an object belongs to one thread at a time.
  */
 #ifndef VRX_CXX_CONTEXT_HPP
 #define VRX_CXX_CONTEXT_HPP
@@ -13,33 +18,33 @@
 namespace vrx {
 inline namespace v1 {
 
-/** A table, a mode and whether the key is meshed: what both ends of a message have to agree on, besides the key. */
+/** A table, a mode and key meshing: what both sides have to agree on besides the key. */
 struct CipherParameters {
-    const vrx_tz *table; /**< deployed; it is copied where a context is opened */
-    Mode mode;           /**< in a Mac not used */
-    bool key_meshing;    /**< CryptoPro key meshing: another key every 1024 bytes */
+    const vrx_tz *table; /**< deployed table; a context copies it */
+    Mode mode;           /**< mode of operation; Mac does not use it */
+    bool key_meshing;    /**< CryptoPro key meshing: a new key every 1024 bytes */
 
-    /** The default parameter set: CryptoPro-A, which is cipher feedback with key meshing. */
+    /** Use the default parameter set; initially CryptoPro-A: cipher feedback with key meshing. */
     CipherParameters() noexcept : CipherParameters(default_cipher_set()) {}
-    /** Those of a parameter set. */
+    /** Use a parameter set. */
     CipherParameters(const vrx_gost28147_par &set) noexcept  // NOLINT(google-explicit-constructor)
         : table(set.tz), mode(static_cast<Mode>(set.mode)), key_meshing(set.key_meshing == 1) {}
-    /** A table with a mode of one's choice. */
+    /** Use your own choice of table, mode and key meshing. */
     CipherParameters(const vrx_tz &of, Mode in, bool meshing = false) noexcept
         : table(&of), mode(in), key_meshing(meshing) {}
 };
 
 /**
- * A message that is encrypted or decrypted piece by piece; see Encryptor and Decryptor.
+ * Encryption or decryption of a message in pieces. Use Encryptor or Decryptor.
  *
- * It is moved, not copied, and its key is zeroed at its end.
+ * An object can be moved, not copied. Its destructor zeroes the key.
  */
 class Cipher {
 public:
     /**
-     * Begin a message. The key is copied. In Mode::codebook the vector is not used.
+     * Begin a message. The key is copied. Mode::codebook does not use the IV.
      *
-     * No pointer of `parameters` may be NULL; a table that is not deployed makes update() fail.
+     * The table of `parameters` may not be NULL. If it is not deployed, update() fails.
      */
     Cipher(Direction direction, const Key &key, const Iv &iv,
            const CipherParameters &parameters = CipherParameters()) noexcept {
@@ -53,7 +58,7 @@ public:
     Cipher &operator=(Cipher &&) noexcept = default;
     ~Cipher() = default;
 
-    /** The bytes that update() writes for `size` bytes: as many, or whole blocks with what was held back before. */
+    /** Count the bytes that update() will write for `size` bytes. In codebook and CBC mode, these are whole blocks. */
     [[nodiscard]] std::size_t output_size(std::size_t size) const noexcept {
         const vrx_crpt_ctx &ctx = context_.value;
         if (ctx.mode != VRX_MODE_SS && ctx.mode != VRX_MODE_CBC) return size;
@@ -63,12 +68,12 @@ public:
     /**
      * Process the next piece of a message, of any length.
      *
-     * @param in   in: may be empty, which does nothing.
-     * @param out  out: at least output_size(in.size()) bytes. It may be the same buffer as in; in the modes of whole
-     *             blocks only while none of a block is held back.
-     * @return the bytes written: output_size(). Error::buffer_length where out is too small (nothing has happened then),
-     *         Error::context_state after finish(), Error::failed for a table that is not deployed,
-     *         Error::unknown_mode for Mode::mac and for numbers that are no mode.
+     * @param in   in: the piece; may be empty.
+     * @param out  out: at least output_size(in.size()) bytes. It may be the same buffer as in; in codebook and CBC mode
+     *             only if all earlier pieces were whole blocks.
+     * @return the number of bytes written, output_size(in.size()). Error::buffer_length if out is too small; the object
+     *         is then unchanged. Error::context_state after finish(); Error::failed if the table is not deployed;
+     *         Error::unknown_mode for Mode::mac and unknown modes.
      */
     Result<std::size_t> update(Bytes in, MutableBytes out) noexcept {
         vrx_crpt_ctx &ctx = native();
@@ -90,14 +95,14 @@ public:
         return written;
     }
 
-    /** update() in place. */
+    /** Process the next piece in place. */
     Result<std::size_t> update(MutableBytes in_out) noexcept { return update(in_out, in_out); }
 
     /**
-     * End the message.
+     * Finish the message.
      *
-     * @return Error::block_multiple where part of a block is held back, in the modes of whole blocks;
-     *         Error::context_state where the message has ended before.
+     * @return Error::block_multiple if a message in codebook or CBC mode does not consist of whole blocks;
+     *         Error::context_state if the message is already finished.
      */
     Result<void> finish() noexcept {
         const int rc = vrx_crpt_final(&native());
@@ -105,11 +110,15 @@ public:
         return Result<void>::of(rc);
     }
 
-    /** Begin another message, with key and register as the last one left them; drops what was held back. */
+    /**
+     * Reopen the object with the key and IV as the last message left them, and drop held bytes.
+     *
+     * **Warning:** this does not restore the key or the IV. For a new message, construct a new object with a new IV.
+     */
     void restart() noexcept { vrx_crpt_reset(&native()); }
 
     ///@{
-    /** The record under it, for the functions of context.h. */
+    /** Access the C record, for the functions of context.h. */
     [[nodiscard]] vrx_crpt_ctx &native() noexcept { return context_.value; }
     [[nodiscard]] const vrx_crpt_ctx &native() const noexcept { return context_.value; }
     ///@}
@@ -118,34 +127,34 @@ private:
     Wiped<vrx_crpt_ctx, sizeof(vrx_tz)> context_{Unfilled{}};
 };
 
-/** Encrypts a message piece by piece. */
+/** Encryption of a message in pieces. */
 class Encryptor : public Cipher {
 public:
-    /** As Cipher's. */
+    /** Begin a message, as the constructor of Cipher does. */
     Encryptor(const Key &key, const Iv &iv, const CipherParameters &parameters = CipherParameters()) noexcept
         : Cipher(Direction::encrypt, key, iv, parameters) {}
 };
 
-/** Decrypts a message piece by piece. */
+/** Decryption of a message in pieces. */
 class Decryptor : public Cipher {
 public:
-    /** As Cipher's. */
+    /** Begin a message, as the constructor of Cipher does. */
     Decryptor(const Key &key, const Iv &iv, const CipherParameters &parameters = CipherParameters()) noexcept
         : Cipher(Direction::decrypt, key, iv, parameters) {}
 };
 
 /**
- * The MAC of GOST 28147-89 over a message in pieces. Take another key than the one that encrypts.
+ * The MAC of GOST 28147-89 over a message in pieces. Use another key than the one that encrypts.
  *
- * It is moved, not copied, and its key is zeroed at its end.
+ * An object can be moved, not copied. Its destructor zeroes the key.
  */
 class Mac {
 public:
-    /** Begin a message. The mode of the parameters is not used. */
+    /** Begin a message. The mode in `parameters` is not used. */
     explicit Mac(const Key &key, const CipherParameters &parameters = CipherParameters()) noexcept {
         open(key, nullptr, parameters);
     }
-    /** Begin a message from a state that is not zero, as some formats of encrypted keys do. */
+    /** Begin a message with an initial MAC state, as some formats of encrypted keys require. */
     Mac(const Key &key, const Iv &iv, const CipherParameters &parameters = CipherParameters()) noexcept {
         open(key, iv.data(), parameters);
     }
@@ -156,9 +165,9 @@ public:
     ~Mac() = default;
 
     /**
-     * Take in a piece of the message, of any length, none included.
+     * Authenticate a piece of the message, of any length. It may be empty.
      *
-     * @return Error::context_state after finish(), Error::failed for a table that is not deployed.
+     * @return Error::context_state after finish(); Error::failed if the table is not deployed.
      */
     Result<void> update(Bytes in) noexcept {
         vrx_crpt_ctx &ctx = context_.value;
@@ -171,7 +180,7 @@ public:
         return Result<void>::of(rc);
     }
 
-    /** End the message. @return its MAC, the whole state; Error::context_state where it has ended before. */
+    /** Finish the message. @return the MAC, all 8 bytes; Error::context_state if the message is already finished. */
     Result<MacValue> finish() noexcept {
         vrx_crpt_ctx &ctx = context_.value;
         if (const int rc = vrx_crpt_final(&ctx)) return static_cast<Error>(rc);
@@ -179,7 +188,7 @@ public:
         return Result<MacValue>(std::in_place, ctx.mac);
     }
 
-    /** The record under it, for the functions of context.h. */
+    /** Access the C record, for the functions of context.h. */
     [[nodiscard]] vrx_crpt_ctx &native() noexcept { return context_.value; }
 
 private:
@@ -191,7 +200,16 @@ private:
     Wiped<vrx_crpt_ctx, sizeof(vrx_tz)> context_{Unfilled{}};
 };
 
-/** Encrypt a whole message. @return as Cipher::update(), and Error::block_multiple; out is then not to be used. */
+/**
+ * Encrypt a whole message.
+ *
+ * @param key         in: the key.
+ * @param iv          in: the IV; never use it again with this key.
+ * @param in          in: the plaintext.
+ * @param out         out: the ciphertext; at least as long as in. After a failure, do not use it.
+ * @param parameters  in: table, mode and key meshing.
+ * @return the number of bytes written, or the errors of Cipher::update() and Cipher::finish().
+ */
 inline Result<std::size_t> encrypt(const Key &key, const Iv &iv, Bytes in, MutableBytes out,
                                    const CipherParameters &parameters = CipherParameters()) noexcept {
     Encryptor cipher(key, iv, parameters);
@@ -201,7 +219,18 @@ inline Result<std::size_t> encrypt(const Key &key, const Iv &iv, Bytes in, Mutab
     return written;
 }
 
-/** Decrypt a whole message. @return as encrypt(). */
+/**
+ * Decrypt a whole message.
+ *
+ * **Warning:** this does not detect changed data or a wrong key. Verify a MAC first.
+ *
+ * @param key         in: the key.
+ * @param iv          in: the IV of the message.
+ * @param in          in: the ciphertext.
+ * @param out         out: the plaintext; at least as long as in. After a failure, do not use it.
+ * @param parameters  in: table, mode and key meshing.
+ * @return the number of bytes written, or the errors of Cipher::update() and Cipher::finish().
+ */
 inline Result<std::size_t> decrypt(const Key &key, const Iv &iv, Bytes in, MutableBytes out,
                                    const CipherParameters &parameters = CipherParameters()) noexcept {
     Decryptor cipher(key, iv, parameters);
@@ -211,7 +240,7 @@ inline Result<std::size_t> decrypt(const Key &key, const Iv &iv, Bytes in, Mutab
     return written;
 }
 
-/** The MAC of a whole message. @return Error::failed for a table that is not deployed. */
+/** Compute the MAC of a whole message. @return the MAC, or Error::failed if the table is not deployed. */
 inline Result<MacValue> mac(const Key &key, Bytes message,
                             const CipherParameters &parameters = CipherParameters()) noexcept {
     Mac object(key, parameters);
@@ -221,7 +250,7 @@ inline Result<MacValue> mac(const Key &key, Bytes message,
 
 namespace raw {
 
-/** vrx_crpt_crypto_engine(): the function of a mode, as contexts choose it. */
+/** Encrypt or decrypt in the given mode: vrx_crpt_crypto_engine(). In cipher feedback, do not decrypt in place. */
 inline Result<std::size_t> crypto_engine(Mode mode, const vrx_tz &table, Bytes in, MutableBytes out, Iv &iv,
                                          const Key &key, Direction direction, Flags flags) noexcept {
     return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
@@ -229,40 +258,40 @@ inline Result<std::size_t> crypto_engine(Mode mode, const vrx_tz &table, Bytes i
                                       static_cast<std::uint8_t>(direction), static_cast<std::uint8_t>(flags));
     });
 }
-/** old_crpt_init_context(): opens a context from a parameter block. */
+/** Open a context from a parameter block: old_crpt_init_context(). Zero the context before the first call. */
 inline Result<void> open_old(vrx_crpt_ctx &ctx, Direction direction, const old_crpt_params &parameters) noexcept {
     return Result<void>::of(old_crpt_init_context(&ctx, static_cast<int>(direction), &parameters));
 }
-/** vrx_crpt_context_engine(): bytes through a context, nothing held back. */
+/** Process data with the fields of a context, without buffering: vrx_crpt_context_engine(). See its warnings. */
 inline Result<std::size_t> context_engine(vrx_crpt_ctx &ctx, Bytes in, MutableBytes out) noexcept {
     return detail::call(in, out,
                         [&](const vrx_data &from, vrx_data &to) { return vrx_crpt_context_engine(&ctx, &from, &to); });
 }
-/** vrx_crpt_CNT_ctx(): update in counter mode. */
+/** Process a piece in counter mode: vrx_crpt_CNT_ctx(). */
 inline Result<std::size_t> update_counter(vrx_crpt_ctx &ctx, Bytes in, MutableBytes out) noexcept {
     return detail::call(in, out,
                         [&](const vrx_data &from, vrx_data &to) { return vrx_crpt_CNT_ctx(&ctx, &from, &to); });
 }
-/** vrx_crpt_CFB_ctx(): update in cipher feedback. */
+/** Process a piece in cipher feedback mode: vrx_crpt_CFB_ctx(). */
 inline Result<std::size_t> update_feedback(vrx_crpt_ctx &ctx, Bytes in, MutableBytes out) noexcept {
     return detail::call(in, out,
                         [&](const vrx_data &from, vrx_data &to) { return vrx_crpt_CFB_ctx(&ctx, &from, &to); });
 }
-/** vrx_crpt_IMITO_ctx(): update of the MAC. */
+/** Authenticate a piece: vrx_crpt_IMITO_ctx(). */
 inline Result<void> update_mac(vrx_crpt_ctx &ctx, Bytes in) noexcept {
     if (!v1::detail::fits(in.size())) return Error::buffer_length;
     const vrx_data from = v1::detail::record(in);
     return Result<void>::of(vrx_crpt_IMITO_ctx(&ctx, &from));
 }
-/** vrx_crpt_crypto_pro_key_meshing_engine(): one step of key meshing. */
+/** Perform one step of key meshing: vrx_crpt_crypto_pro_key_meshing_engine(). */
 inline Result<void> mesh_key(const vrx_tz &table, Iv &iv, Key &key) noexcept {
     return Result<void>::of(vrx_crpt_crypto_pro_key_meshing_engine(&table, iv.data(), key.words()));
 }
-/** vrx_crpt_crypto_pro_key_meshing(): one step of key meshing in a parameter block. */
+/** Perform one step of key meshing on a parameter block: vrx_crpt_crypto_pro_key_meshing(). */
 inline Result<void> mesh_key(old_crpt_params &parameters) noexcept {
     return Result<void>::of(vrx_crpt_crypto_pro_key_meshing(&parameters));
 }
-/** vrx_make_key_meshing(): counts a block of a context, and meshes its key where that is due. */
+/** Count one block of a context, and mesh its key if that is due: vrx_make_key_meshing(). */
 inline Result<void> mesh_key_where_due(vrx_crpt_ctx &ctx) noexcept {
     return Result<void>::of(vrx_make_key_meshing(&ctx));
 }

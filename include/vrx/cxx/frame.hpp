@@ -1,5 +1,5 @@
 /**
- * @file cxx/frame.hpp  Return codes as errors with names, values or errors (Result), and the log: frame.h for C++.
+ * @file cxx/frame.hpp  Named errors, the class Result, and the diagnostics log: frame.h for C++.
  */
 #ifndef VRX_CXX_FRAME_HPP
 #define VRX_CXX_FRAME_HPP
@@ -16,7 +16,7 @@
 namespace vrx {
 inline namespace v1 {
 
-/** The return codes of the library, see frame.h. */
+/** The error codes of the library, as in frame.h. */
 enum class Error : int {
     failed = VRX_ERR_FAILED,
     bad_params = VRX_ERR_BAD_PARAMS,
@@ -29,7 +29,7 @@ enum class Error : int {
     unsupported_oid = VRX_ERR_UNSUPPORTED_OID,
 };
 
-/** The name that the C headers give a code, such as "VRX_ERR_FAILED"; "VRX_ERR_?" for a number that is none of them. */
+/** Get the name of a code, such as "VRX_ERR_FAILED"; "VRX_ERR_?" for an unknown number. */
 constexpr const char *name(Error error) noexcept {
     switch (error) {
         case Error::failed:
@@ -54,64 +54,64 @@ constexpr const char *name(Error error) noexcept {
     return "VRX_ERR_?";
 }
 
-/** What a code means, as a sentence without its full stop. */
+/** Get the meaning of a code in words, without a final full stop. */
 constexpr const char *text(Error error) noexcept {
     switch (error) {
         case Error::failed:
-            return "the operation failed: nothing found, a table not deployed, or a wrong signature";
+            return "the operation failed: nothing found, table not deployed, or invalid signature";
         case Error::bad_params:
-            return "an argument is missing, or is none of the allowed ones";
+            return "an argument is missing or not allowed";
         case Error::random:
             return "the random source failed";
         case Error::buffer_length:
-            return "a buffer is empty, too small or not of the size that is asked for";
+            return "a buffer is empty, too small or of the wrong size";
         case Error::block_multiple:
             return "the data is not a whole number of 8-byte blocks";
         case Error::context_state:
-            return "the message is finished already, or was never begun";
+            return "the message is already finished or was never begun";
         case Error::unknown_tz:
-            return "the text of S-boxes is not 128 characters long";
+            return "the S-box string is not 128 characters long";
         case Error::unknown_mode:
-            return "there is no mode of this number";
+            return "the mode number is unknown";
         case Error::unsupported_oid:
-            return "there is no hash parameter set with this object identifier";
+            return "no hash parameter set has this object identifier";
     }
     return "an unknown error";
 }
 
 /**
- * A value, or the error that came instead of it: the part of C++23's std::expected<T, Error> that is needed here.
+ * A value or an error: a small version of std::expected<T, Error> of C++23.
  *
- * It neither throws nor allocates. Asking for what is not there with value() or error() ends the process; operator*
- * and operator-> do not look.
+ * It neither throws nor allocates. value() ends the process if there is an error, and error() ends it if there is a
+ * value. operator* and operator-> do not check.
  */
 template <typename T>
 class [[nodiscard]] Result {
 public:
-    /** A value. */
+    /** Hold a value. */
     Result(T value) noexcept : value_(std::move(value)) {}  // NOLINT(google-explicit-constructor)
-    /** An error. */
+    /** Hold an error. */
     Result(Error error) noexcept : error_(error) {}  // NOLINT(google-explicit-constructor)
-    /** A value made in its place, of these arguments. */
+    /** Construct the value in place from these arguments. */
     template <typename... Arguments>
     explicit Result(std::in_place_t where, Arguments &&...arguments)
         : value_(where, std::forward<Arguments>(arguments)...) {}
 
     ///@{
-    /** Whether there is a value. */
+    /** Test whether there is a value. */
     [[nodiscard]] bool has_value() const noexcept { return value_.has_value(); }
     explicit operator bool() const noexcept { return has_value(); }
     ///@}
 
     ///@{
-    /** The value; ends the process where there is none. */
+    /** Get the value. If there is an error, the process ends. */
     [[nodiscard]] T &value() &noexcept { return check(), *value_; }
     [[nodiscard]] const T &value() const &noexcept { return check(), *value_; }
     [[nodiscard]] T &&value() &&noexcept { return check(), std::move(*value_); }
     ///@}
 
     ///@{
-    /** The value, which has to be there. */
+    /** Get the value without a check. If there is an error, the behaviour is undefined. */
     [[nodiscard]] T &operator*() &noexcept { return *value_; }
     [[nodiscard]] const T &operator*() const &noexcept { return *value_; }
     [[nodiscard]] T &&operator*() &&noexcept { return std::move(*value_); }
@@ -119,16 +119,16 @@ public:
     [[nodiscard]] const T *operator->() const noexcept { return &*value_; }
     ///@}
 
-    /** The value, or another one where there is none. */
+    /** Get the value, or `other` if there is an error. */
     [[nodiscard]] T value_or(T other) &&noexcept { return has_value() ? std::move(*value_) : std::move(other); }
 
-    /** The error; ends the process where there is none. */
+    /** Get the error. If there is none, the process ends. */
     [[nodiscard]] Error error() const noexcept {
         if (has_value()) std::abort();
         return error_;
     }
 
-    /** VRX_OK, or the error's code. */
+    /** Get the return code: VRX_OK or the code of the error. */
     [[nodiscard]] int code() const noexcept { return has_value() ? VRX_OK : static_cast<int>(error_); }
 
 private:
@@ -140,15 +140,15 @@ private:
     Error error_ = Error::failed;
 };
 
-/** Success, or an error. */
+/** Success or an error. */
 template <>
 class [[nodiscard]] Result<void> {
 public:
-    /** Success. */
+    /** Hold success. */
     Result() noexcept = default;
-    /** An error. */
+    /** Hold an error. */
     Result(Error error) noexcept : code_(static_cast<int>(error)) {}  // NOLINT(google-explicit-constructor)
-    /** What a function of the C headers returned: VRX_OK or a code. */
+    /** Convert a return code of a C function. */
     static Result of(int code) noexcept {
         Result result;
         result.code_ = code;
@@ -156,42 +156,44 @@ public:
     }
 
     ///@{
-    /** Whether there is no error. */
+    /** Test for success. */
     [[nodiscard]] bool has_value() const noexcept { return code_ == VRX_OK; }
     explicit operator bool() const noexcept { return has_value(); }
     ///@}
 
-    /** Ends the process where there is an error. */
+    /** Do nothing on success. If there is an error, the process ends. */
     void value() const noexcept {
         if (!has_value()) std::abort();
     }
 
-    /** The error; ends the process where there is none. */
+    /** Get the error. If there is none, the process ends. */
     [[nodiscard]] Error error() const noexcept {
         if (has_value()) std::abort();
         return static_cast<Error>(code_);
     }
 
-    /** VRX_OK, or the error's code. */
+    /** Get the return code: VRX_OK or the code of the error. */
     [[nodiscard]] int code() const noexcept { return code_; }
 
 private:
     int code_ = VRX_OK;
 };
 
-/* ---- Log and notice --------------------------------------------------------------------------------------------- */
+/* ---- Log and notice ---------------------------------------------------------------------------------------------- */
 
-/** Write a line for each failure to a file, to the standard error stream ("stderr"), or nowhere (NULL); closes the
- * stream that was set before. */
+/** Direct the diagnostics log to a file, to standard error ("stderr"), or nowhere (NULL). Closes the previous stream. */
 inline void log_to(const char *path) noexcept { vrx_set_log_file(path); }
 
-/** Write a line for each failure to an open stream, or nowhere (NULL). It stays the caller's; log_to() would close it. */
+/**
+ * Direct the diagnostics log to an open stream, or nowhere (NULL). The stream belongs to the caller, but a later
+ * log_to(path) closes it unless it is standard error.
+ */
 inline void log_to(std::FILE *stream) noexcept { vrxflog = stream; }
 
-/** Write nothing any more. The stream stays open. */
+/** Switch the diagnostics log off. The stream stays open. */
 inline void log_to(std::nullptr_t) noexcept { vrxflog = nullptr; }
 
-/** The library's attribution. */
+/** Get the copyright notice of the library. */
 inline std::string_view copyright_notice() noexcept { return vrx_copyright_notice(); }
 
 }  // namespace v1

@@ -1,8 +1,8 @@
 /**
  * @file cxx/gostr3411.hpp  The hash GOST R 34.11-94: gostr3411.h for C++.
  *
- * Data may lie at any address, and may be empty. Nothing is allocated. Threads: an object belongs to one thread at a
- * time.
+ * Data may lie at any address and may be empty. The functions allocate nothing. Threads: an object belongs to one
+ * thread at a time.
  */
 #ifndef VRX_CXX_GOSTR3411_HPP
 #define VRX_CXX_GOSTR3411_HPP
@@ -13,19 +13,19 @@
 namespace vrx {
 inline namespace v1 {
 
-/** GOST R 34.11-94 of a message in pieces. It may be copied: the copy goes on by itself. */
+/** The hash GOST R 34.11-94 of a message in pieces. An object can be copied; the copies are then independent. */
 class Hash {
 public:
-    /** With the table of the default parameter set, CryptoPro unless the program changed it. */
+    /** Begin a message with the default parameter set: CryptoPro, unless the program changed it. */
     Hash() noexcept : Hash(*default_hash_set().tz) {}
-    /** With a deployed table, built in or one's own; it is copied. */
+    /** Begin a message with a deployed table, built-in or custom. The table is copied. */
     explicit Hash(const vrx_tz &table) noexcept { GOSTR3411_Init_ex(&native(), &table); }
 
     /**
-     * With the parameter set of a DER identifier: a built-in one, or one of `more`.
+     * Begin a message with the parameter set of a DER identifier: a built-in one, or one of `more`.
      *
-     * @return Error::unsupported_oid where there is none, Error::bad_params for an empty identifier or a set without a
-     *         table.
+     * @return Error::unsupported_oid if no set has the identifier; Error::bad_params if the identifier is empty or the
+     *         set has no table.
      */
     static Result<Hash> with(Bytes oid, std::span<const vrx_gostr3411_par> more = {}) noexcept {
         Result<Hash> hash(std::in_place, Unfilled{});
@@ -38,17 +38,17 @@ public:
         return hash;
     }
 
-    /** For with() alone: an object that is not open yet. */
+    /** For use by with() only: an object that is not open yet. */
     explicit Hash(Unfilled) noexcept {}
 
-    /** Take in a piece of the message. */
+    /** Hash a piece of the message. */
     Hash &update(Bytes data) noexcept {
         detail::in_pieces(
             data, [&](const std::uint8_t *piece, std::uint32_t size) { GOSTR3411_Update(&native(), piece, size); });
         return *this;
     }
 
-    /** End the message. The object is then as new. */
+    /** Finish the message and begin a new one with the same table. @return the digest. */
     Digest finish() noexcept {
         Digest digest;
         GOSTR3411_Final(&native(), digest.data());
@@ -56,7 +56,7 @@ public:
         return digest;
     }
 
-    /** The digest of what came so far; more may follow. */
+    /** Compute the digest of the pieces so far. You can continue the message. */
     [[nodiscard]] Digest digest() const noexcept {
         Hash so_far(*this);
         Digest digest;
@@ -64,14 +64,14 @@ public:
         return digest;
     }
 
-    /** The record under it, for the functions of gostr3411.h. */
+    /** Access the C record, for the functions of gostr3411.h. */
     [[nodiscard]] GOSTR3411_CTX &native() noexcept { return context_.value; }
 
 private:
     Wiped<GOSTR3411_CTX, sizeof(vrx_tz)> context_{Unfilled{}};
 };
 
-/** GOST R 34.11-94 of a message, with a deployed table. */
+/** Hash a message with a deployed table. */
 inline Digest hash(Bytes data, const vrx_tz &table) noexcept {
     if (data.empty() || !detail::fits(data.size())) return Hash(table).update(data).finish();
     Digest digest;
@@ -79,14 +79,10 @@ inline Digest hash(Bytes data, const vrx_tz &table) noexcept {
     return digest;
 }
 
-/** GOST R 34.11-94 of a message, with the table of the default parameter set. */
+/** Hash a message with the default parameter set. */
 inline Digest hash(Bytes data) noexcept { return hash(data, *default_hash_set().tz); }
 
-/**
- * GOST R 34.11-94 of a message, with the parameter set of a DER identifier: a built-in one, or one of `more`.
- *
- * @return as Hash::with().
- */
+/** Hash a message with the parameter set of a DER identifier. The sets and the errors are those of Hash::with(). */
 inline Result<Digest> hash(Bytes data, Bytes oid, std::span<const vrx_gostr3411_par> more = {}) noexcept {
     if (!detail::fits(oid.size()) || !detail::fits(more.size())) return Error::bad_params;
     if (data.empty() || !detail::fits(data.size())) {
@@ -109,12 +105,12 @@ namespace raw {
 /** A 256-bit number of the hash, least significant word first. */
 using HashWords = std::span<std::uint32_t, VRX_HASH_WORDS>;
 
-/** gost_r_3411_94_hash_bytes(): absorbs a block of 32 bytes that stands for `bits` bits of a message. */
+/** Process a block of 32 bytes, of which `bits` bits are message: gost_r_3411_94_hash_bytes(). */
 inline void hash_block(const vrx_tz &table, HashWords hash, HashWords sum, HashWords length,
                        std::span<const std::uint8_t, VRX_HASH_BLOCK_SIZE> block, std::uint32_t bits) noexcept {
     gost_r_3411_94_hash_bytes(&table, hash.data(), sum.data(), length.data(), block.data(), bits);
 }
-/** gost_r_3411_94_compress(): the step function. */
+/** Apply the step function: gost_r_3411_94_compress(). */
 inline void hash_step(HashWords hash, std::span<const std::uint32_t, VRX_HASH_WORDS> block,
                       const vrx_tz &table) noexcept {
     gost_r_3411_94_compress(hash.data(), block.data(), &table);

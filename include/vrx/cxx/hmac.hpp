@@ -1,8 +1,8 @@
 /**
  * @file cxx/hmac.hpp  HMAC with GOST R 34.11-94: hmac.h for C++.
  *
- * Data may lie at any address, and may be empty. Nothing is allocated. Threads: an object belongs to one thread at a
- * time.
+ * Data may lie at any address and may be empty. The functions allocate nothing. Threads: an object belongs to one
+ * thread at a time.
  */
 #ifndef VRX_CXX_HMAC_HPP
 #define VRX_CXX_HMAC_HPP
@@ -14,17 +14,19 @@ namespace vrx {
 inline namespace v1 {
 
 /**
- * HMAC with GOST R 34.11-94 over a message in pieces. It is moved, not copied; what it made of the key is zeroed at its
- * end.
+ * HMAC with GOST R 34.11-94 over a message in pieces.
+ *
+ * An object can be moved, not copied. Its destructor zeroes what was derived from the key.
  */
 class Hmac {
 public:
     /**
      * Begin a message under a key of any length.
      *
-     * @param key  in: any bytes; 32 are best.
-     * @param oid  in: DER identifier of a built-in parameter set; empty stands for the default one.
-     * @return Error::failed where no set has the identifier, Error::bad_params where the set has no table.
+     * @param key  in: the key; 32 random bytes are best.
+     * @param oid  in: DER identifier of a built-in parameter set; if empty, the default set is used. The record must
+     *             outlive the object.
+     * @return Error::failed if no set has the identifier; Error::bad_params if the set has no table.
      */
     static Result<Hmac> with(Bytes key, Bytes oid = {}) noexcept {
         Result<Hmac> hmac(std::in_place, Unfilled{});
@@ -36,7 +38,7 @@ public:
         return hmac;
     }
 
-    /** For with() alone: an object that is not open yet. */
+    /** For use by with() only: an object that is not open yet. */
     explicit Hmac(Unfilled) noexcept {}
     Hmac(const Hmac &) = delete;
     Hmac(Hmac &&) noexcept = default;
@@ -44,7 +46,7 @@ public:
     Hmac &operator=(Hmac &&) noexcept = default;
     ~Hmac() = default;
 
-    /** Take in a piece of the message. */
+    /** Authenticate a piece of the message. */
     Hmac &update(Bytes data) noexcept {
         detail::in_pieces(data, [&](const std::uint8_t *piece, std::uint32_t size) {
             GOSTR3411_HMAC_Update(&native(), piece, size);
@@ -52,7 +54,7 @@ public:
         return *this;
     }
 
-    /** End the message. restart() begins another. */
+    /** Finish the message. Call restart() before you begin another. @return the MAC, 32 bytes. */
     Digest finish() noexcept {
         Digest mac;
         std::uint32_t size = 0;
@@ -60,17 +62,17 @@ public:
         return mac;
     }
 
-    /** Begin another message under the same key. @return Error::bad_params where the parameter set lost its table. */
+    /** Begin another message with the same key. @return Error::bad_params if the parameter set lost its table. */
     Result<void> restart() noexcept { return Result<void>::of(GOSTR3411_HMAC_Reset(&native())); }
 
-    /** The record under it, for the functions of hmac.h. */
+    /** Access the C record, for the functions of hmac.h. */
     [[nodiscard]] GOSTR3411_HMAC_CTX &native() noexcept { return context_.value; }
 
 private:
     Wiped<GOSTR3411_HMAC_CTX> context_{Unfilled{}};
 };
 
-/** HMAC with GOST R 34.11-94 of a message. @return as Hmac::with(). */
+/** Compute the HMAC of a message. @return the MAC, or the errors of Hmac::with(). */
 inline Result<Digest> hmac(Bytes key, Bytes data, Bytes oid = {}) noexcept {
     if (data.empty() || !detail::fits(data.size())) {
         auto object = Hmac::with(key, oid);

@@ -1,7 +1,7 @@
 /**
  * @file cxx/kdf.hpp  Keys from passwords, with GOST R 34.11-94: kdf.h for C++.
  *
- * Data may lie at any address. Nothing is allocated but by derive_pkcs12(). Threads: no shared state but the default
+ * Data may lie at any address. Only derive_pkcs12() allocates memory. Threads: no shared state except the default hash
  * parameter set.
  */
 #ifndef VRX_CXX_KDF_HPP
@@ -14,13 +14,13 @@ namespace vrx {
 inline namespace v1 {
 
 /**
- * A key from a password: PBKDF2 (RFC 8018) with HMAC GOST R 34.11-94, the first 32 bytes.
+ * Derive a key from a password by PBKDF2 (RFC 8018) with HMAC GOST R 34.11-94.
  *
- * @param password    in: any bytes; of a text usually UTF-8, without a zero at its end.
- * @param salt        in: at least one byte; 8 random ones or more are good.
- * @param iterations  in: 0 counts as 1; take as many as the user has patience for.
- * @param oid         in: DER identifier of a built-in parameter set; empty stands for the default one.
- * @return Error::bad_params for an empty salt, Error::failed where no set has the identifier.
+ * @param password    in: the password, usually UTF-8 without a NUL.
+ * @param salt        in: at least one byte; use 8 or more random bytes.
+ * @param iterations  in: number of iterations; 0 counts as 1. Use as many as your users can wait for.
+ * @param oid         in: DER identifier of a built-in parameter set; if empty, the default set is used.
+ * @return the key; Error::bad_params for an empty salt; Error::failed if no set has the identifier.
  */
 inline Result<Key> pbkdf2(Bytes password, Bytes salt, std::uint64_t iterations, Bytes oid = {}) noexcept {
     if (!detail::fits(password.size()) || !detail::fits(salt.size()) || !detail::fits(oid.size()))
@@ -33,20 +33,22 @@ inline Result<Key> pbkdf2(Bytes password, Bytes salt, std::uint64_t iterations, 
     return key;
 }
 
-/** What derive_pkcs12() is asked for. */
+/** The purpose of bytes from derive_pkcs12(). */
 enum class Pkcs12Purpose : std::int32_t { key = 1, iv = 2, mac_key = 3 };
 
 /**
- * Bytes from a password as PKCS #12 derives them (RFC 7292, appendix B), with the default parameter set; see kdf.h on
- * more than 32 bytes. Allocates a buffer, and wipes it.
+ * Derive bytes from a password as PKCS #12 does (RFC 7292, appendix B), with the default hash parameter set. The
+ * function allocates a buffer and wipes it.
  *
- * @param password    in: a BMPString with its two zero bytes. Password and salt may not both be empty.
+ * **Warning:** only outputs of up to 32 bytes agree with the RFC.
+ *
+ * @param password    in: a BMPString with two zero bytes at its end. Password and salt may not both be empty.
  * @param salt        in: any bytes.
- * @param iterations  in: 0 counts as 1.
- * @param purpose     in: what the bytes are for.
- * @param out         out: any number of bytes below 2^31.
- * @return Error::bad_params for lengths of 2^31 and more, and where salt and password are empty; Error::failed when
- *         memory is short.
+ * @param iterations  in: number of iterations; 0 counts as 1.
+ * @param purpose     in: the purpose of the bytes.
+ * @param out         out: the bytes, fewer than 2^31.
+ * @return Error::bad_params for lengths of 2^31 or more, or if salt and password are both empty; Error::failed if
+ *         memory is exhausted.
  */
 inline Result<void> derive_pkcs12(Bytes password, Bytes salt, std::uint64_t iterations, Pkcs12Purpose purpose,
                                   MutableBytes out) noexcept {

@@ -1,7 +1,7 @@
 /**
  * @file cxx/modes.hpp  GOST 28147-89 over a whole buffer in one call: modes.h for C++.
  *
- * Nothing is allocated. Threads: no shared state.
+ * The warnings of modes.h apply. The functions allocate nothing. Threads: no shared state.
  */
 #ifndef VRX_CXX_MODES_HPP
 #define VRX_CXX_MODES_HPP
@@ -14,23 +14,23 @@
 namespace vrx {
 inline namespace v1 {
 
-/** What is done with blocks to make a message of them. */
+/** The modes of operation. */
 enum class Mode : std::uint32_t {
-    codebook = VRX_MODE_SS,  /**< each block by itself ("simple substitution"); whole blocks only */
-    counter = VRX_MODE_GAMM, /**< "gamma" of a counter */
+    codebook = VRX_MODE_SS,  /**< each block independently ("simple substitution"); whole blocks only */
+    counter = VRX_MODE_GAMM, /**< counter mode ("gamma") */
     feedback = VRX_MODE_GFB, /**< 64-bit cipher feedback */
-    cbc = VRX_MODE_CBC,      /**< chained blocks; whole blocks only */
+    cbc = VRX_MODE_CBC,      /**< cipher block chaining; whole blocks only */
     mac = VRX_MODE_IMITO,    /**< the MAC ("imito") */
 };
 
-/** Flags of a call, to be joined with |: see modes.h. */
+/** Flags of a call, VRX_FLAG_FIRST and VRX_FLAG_PAD. Combine them with |. */
 enum class Flags : int { none = 0, first = VRX_FLAG_FIRST, pad = VRX_FLAG_PAD };
-/** Both flags. */
+/** Combine flags. */
 constexpr Flags operator|(Flags a, Flags b) noexcept {
     return static_cast<Flags>(static_cast<int>(a) | static_cast<int>(b));
 }
 
-/** The mode of a name of the library's, "ss", "gamm", "gfb" or "cbc". */
+/** Find a mode by its name: "ss", "gamm", "gfb" or "cbc". */
 inline std::optional<Mode> mode_by_name(const char *name) noexcept {
     const int mode = ciph_mode_by_name(name);
     if (mode == 0) return std::nullopt;
@@ -38,9 +38,10 @@ inline std::optional<Mode> mode_by_name(const char *name) noexcept {
 }
 
 /**
- * The functions of modes.h and context.h one by one, with their codes: buffers of at most 2^32 - 1 bytes
- * (Error::buffer_length above), registers that continue in the next call, flags. All return the bytes written. A span
- * without an address is a NULL pointer to them.
+ * The C functions one by one, with their codes.
+ *
+ * Buffers have at most 2^32 - 1 bytes; longer ones give Error::buffer_length. An IV or MAC state continues in the next
+ * call. The functions of modes return the number of bytes written. They treat a span without an address as NULL.
  */
 namespace raw {
 
@@ -55,28 +56,33 @@ Result<std::size_t> call(Bytes in, MutableBytes out, Call function) noexcept {
 }
 }  // namespace detail
 
-/** VRX_Gost_SS_m(): codebook. */
+/** Encrypt or decrypt in codebook mode: VRX_Gost_SS_m(). */
 inline Result<std::size_t> codebook(const vrx_tz &table, Bytes in, MutableBytes out, const Key &key,
                                     Direction direction) noexcept {
     return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
         return VRX_Gost_SS_m(&table, &from, &to, key.words(), static_cast<int>(direction));
     });
 }
-/** VRX_Gost_CBC_m(): cipher block chaining. */
+/** Encrypt or decrypt in CBC mode: VRX_Gost_CBC_m(). */
 inline Result<std::size_t> cbc(const vrx_tz &table, Bytes in, MutableBytes out, Iv &iv, const Key &key,
                                Direction direction) noexcept {
     return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
         return VRX_Gost_CBC_m(&table, &from, &to, iv.data(), key.words(), static_cast<int>(direction));
     });
 }
-/** VRX_Gost_Gamm_m(): counter mode. */
+/** Encrypt or decrypt in counter mode: VRX_Gost_Gamm_m(). */
 inline Result<std::size_t> counter(const vrx_tz &table, Bytes in, MutableBytes out, Iv &iv, const Key &key,
                                    Flags flags) noexcept {
     return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
         return VRX_Gost_Gamm_m(&table, &from, &to, iv.data(), key.words(), static_cast<int>(flags));
     });
 }
-/** VRX_Gost_GFB_m(): cipher feedback. */
+/**
+ * Encrypt or decrypt in cipher feedback mode: VRX_Gost_GFB_m().
+ *
+ * **Warning:** do not decrypt in place: the call succeeds but yields wrong plaintext after the first block. A Decryptor
+ * decrypts in place correctly.
+ */
 inline Result<std::size_t> feedback(const vrx_tz &table, Bytes in, MutableBytes out, Iv &iv, const Key &key,
                                     Direction direction, Flags flags) noexcept {
     return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
@@ -84,21 +90,21 @@ inline Result<std::size_t> feedback(const vrx_tz &table, Bytes in, MutableBytes 
                               static_cast<int>(flags));
     });
 }
-/** VRX_Gost_Imito_m(): the MAC's state takes in bytes. */
+/** Add bytes to a MAC state: VRX_Gost_Imito_m(). */
 inline Result<void> mac(const vrx_tz &table, Bytes in, MacValue &state, const Key &key, Flags flags) noexcept {
     const auto done = detail::call(in, MutableBytes(state), [&](const vrx_data &from, vrx_data &to) {
         return VRX_Gost_Imito_m(&table, &from, &to, key.words(), static_cast<int>(flags));
     });
     return Result<void>::of(done.code());
 }
-/** do_imito_low(): mac() by its older name. */
+/** Add bytes to a MAC state: do_imito_low(), an older name. */
 inline Result<void> mac_low(const vrx_tz &table, Bytes in, MacValue &state, const Key &key, Flags flags) noexcept {
     const auto done = detail::call(in, MutableBytes(state), [&](const vrx_data &from, vrx_data &to) {
         return do_imito_low(&table, &from, &to, key.words(), static_cast<int>(flags));
     });
     return Result<void>::of(done.code());
 }
-/** do_cipher_low(): the function of a mode. */
+/** Encrypt or decrypt in the given mode: do_cipher_low(). In cipher feedback, do not decrypt in place. */
 inline Result<std::size_t> cipher_low(const vrx_tz &table, Mode mode, Bytes in, MutableBytes out, Iv &iv,
                                       const Key &key, Direction direction, Flags flags) noexcept {
     return detail::call(in, out, [&](const vrx_data &from, vrx_data &to) {
@@ -107,13 +113,13 @@ inline Result<std::size_t> cipher_low(const vrx_tz &table, Mode mode, Bytes in, 
     });
 }
 
-/** A length as make_last_block() splits it. */
+/** The result of last_block(). */
 struct LastBlock {
-    Block padded;             /**< the bytes behind the whole blocks, and zeros */
-    std::uint32_t tail = 0;   /**< how many bytes those are, 0 to 7 */
-    std::uint32_t blocks = 0; /**< whole blocks before them */
+    Block padded;             /**< the bytes after the whole blocks, padded with zeros */
+    std::uint32_t tail = 0;   /**< number of bytes after the whole blocks, 0 to 7 */
+    std::uint32_t blocks = 0; /**< number of whole blocks */
 };
-/** make_last_block(): whole blocks, and what is behind them. */
+/** Split data into whole blocks and a padded last one: make_last_block(). */
 inline Result<LastBlock> last_block(Bytes data, Flags flags) noexcept {
     if (!v1::detail::fits(data.size())) return Error::buffer_length;
     LastBlock last;

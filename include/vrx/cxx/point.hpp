@@ -1,7 +1,10 @@
 /**
  * @file cxx/point.hpp  Points and their sums: point.h for C++.
  *
- * Running times depend on the values, see point.h. Nothing is allocated. Threads: points are plain values.
+ * **Warning:** running times depend on the values. Do not use these functions on secrets that an attacker could learn
+ * by measuring time.
+ *
+ * The functions allocate nothing. Threads: points are plain values.
  */
 #ifndef VRX_CXX_POINT_HPP
 #define VRX_CXX_POINT_HPP
@@ -12,16 +15,16 @@
 namespace vrx {
 inline namespace v1 {
 
-/** A point in Jacobian coordinates: (x / z^2, y / z^3). Zeroed at its end. */
+/** A point in Jacobian coordinates: (x / z^2, y / z^3). Its destructor zeroes it. */
 class JacobianPoint {
 public:
-    /** The point at infinity. */
+    /** Hold the point at infinity. */
     JacobianPoint() = default;
-    /** A copy of a record. */
+    /** Copy a C record. */
     explicit JacobianPoint(const EcPointJ &point) noexcept : point_(point) {}
 
     ///@{
-    /** The record under it, for the functions of point.h. */
+    /** Access the C record, for the functions of point.h. */
     [[nodiscard]] EcPointJ &native() noexcept { return point_.value; }
     [[nodiscard]] const EcPointJ &native() const noexcept { return point_.value; }
     ///@}
@@ -30,36 +33,36 @@ private:
     Wiped<EcPointJ> point_;
 };
 
-/** A point of a curve, or of none: nothing is checked. (0, 0) is the point at infinity. Zeroed at its end. */
+/** A point in affine coordinates. (0, 0) is the point at infinity. Nothing checks whether it is on a curve. */
 class Point {
 public:
-    /** The point at infinity. */
+    /** Hold the point at infinity. */
     Point() noexcept : point_(Unfilled{}) { epSetZero(&native()); }
-    /** A copy of a record. */
+    /** Copy a C record. */
     explicit Point(const EcPoint &point) noexcept : point_(Unfilled{}) { epSetEqual(&native(), &point); }
 
-    /** From two decimal texts, as mp::from_decimal(). */
+    /** Convert from two decimal strings, as mp::from_decimal() does. */
     static Point from_decimal(const char *x, const char *y) noexcept {
         Point point;
         epConvFromDecimal(&point.native(), x, y);
         return point;
     }
-    /** The coordinates as decimal texts of at most `capacity` characters, the closing zero included; no fewer fit. */
+    /** Write the coordinates as decimal strings, as epConvToDecimal() does. Both buffers have `capacity` characters. */
     void to_decimal(char *x, char *y, std::size_t capacity) const noexcept {
         epConvToDecimal(&native(), x, y, capacity);
     }
 
-    /** The record under it. */
+    /** Test for the point at infinity. */
     [[nodiscard]] bool is_infinite() const noexcept { return epIsZero(&native()) == 1; }
-    /** Whether the digits are the same, not only the residues. */
+    /** Compare all digits. Coordinates that are equal only modulo p are not equal here. */
     friend bool operator==(const Point &a, const Point &b) noexcept { return epIsEqual(&a.native(), &b.native()) == 1; }
-    /** Whether it is on the curve. The point at infinity is not. */
+    /** Test whether the point is on a curve. The point at infinity is not. */
     [[nodiscard]] bool is_on(const Curve &curve) const noexcept {
         return ecCheckPublicKey(&curve, &native()) == VRX_OK;
     }
 
     ///@{
-    /** The record under it, for the functions of point.h. */
+    /** Access the C record, for the functions of point.h. */
     [[nodiscard]] EcPoint &native() noexcept { return point_.value; }
     [[nodiscard]] const EcPoint &native() const noexcept { return point_.value; }
     ///@}
@@ -68,37 +71,37 @@ private:
     Wiped<EcPoint> point_;
 };
 
-/** The same point, with z = 1. */
+/** Convert a point to Jacobian coordinates with z = 1. */
 inline JacobianPoint to_jacobian(const Point &point) noexcept {
     JacobianPoint result;
     epA2J(&result.native(), &point.native());
     return result;
 }
-/** The same point; infinity where z = 0. */
+/** Convert a point to affine coordinates. If z = 0, the result is the point at infinity. */
 inline Point to_affine(const JacobianPoint &point, const Curve &curve) noexcept {
     Point result;
     epJ2A(&result.native(), &point.native(), &curve);
     return result;
 }
-/** 2P, on curves with a = p - 3: see epDublJ(). */
+/** Double a point on a curve with a = p - 3: epDublJ(). */
 inline JacobianPoint twice(const JacobianPoint &point, const Curve &curve) noexcept {
     JacobianPoint result;
     epDublJ(&result.native(), &point.native(), &curve);
     return result;
 }
-/** P + Q for Q neither infinite nor P nor -P: see epAddJA(). */
+/** Add two points: epAddJA(). Q may not be the point at infinity, P or -P. */
 inline JacobianPoint add(const JacobianPoint &p, const Point &q, const Curve &curve) noexcept {
     JacobianPoint result;
     epAddJA(&result.native(), &p.native(), &q.native(), &curve);
     return result;
 }
-/** P + Q for Q neither P nor -P: see epAddJChud(). */
+/** Add two points: epAddJChud(). Q may not be P or -P. */
 inline JacobianPoint add(const JacobianPoint &p, const JacobianPoint &q, const Curve &curve) noexcept {
     JacobianPoint result;
     epAddJChud(&result.native(), &p.native(), &q.native(), &curve);
     return result;
 }
-/** P + Q, whatever they are: see epAdd(). */
+/** Add any two points on any curve: epAdd(). */
 inline Point add(const Point &p, const Point &q, const Curve &curve) noexcept {
     Point result;
     epAdd(&result.native(), &p.native(), &q.native(), &curve);

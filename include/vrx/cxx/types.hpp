@@ -1,7 +1,7 @@
 /**
- * @file cxx/types.hpp  Bytes, keys, vectors and digests as types of their own, which zero themselves when they go.
+ * @file cxx/types.hpp  Types for bytes, keys, IVs and digests. Their destructors zero them.
  *
- * Nothing here allocates but to_hex(). Threads: plain values; no shared state.
+ * Only to_hex() allocates memory. Threads: plain values without shared state.
  */
 #ifndef VRX_CXX_TYPES_HPP
 #define VRX_CXX_TYPES_HPP
@@ -31,22 +31,22 @@ using Bytes = std::span<const std::uint8_t>;
 /** Bytes to write. */
 using MutableBytes = std::span<std::uint8_t>;
 
-/** The bytes of a text, which has to outlive them. */
+/** View a string as bytes. The string must outlive the view. */
 inline Bytes bytes_of(std::string_view text) noexcept {
     return {reinterpret_cast<const std::uint8_t *>(text.data()), text.size()};
 }
 
-/** Zero `size` bytes; no optimisation removes it. */
+/** Zero `size` bytes. No optimization removes this. */
 inline void wipe(void *bytes, std::size_t size) noexcept {
     std::memset(bytes, 0, size);
     // Something outside the compiler's view may read the bytes, so they must be written.
     asm volatile("" : : "r"(bytes) : "memory");
 }
 
-/** Random bytes from the operating system, an RND_FUNC: vrx_system_random() of random.h. @return 0, or -1. */
+/** Fill a buffer with random bytes of the operating system: vrx_system_random(). @return 0, or -1 on failure. */
 inline int system_random(void *buffer, std::uint32_t length) noexcept { return vrx_system_random(buffer, length); }
 
-/** The bytes in hexadecimal, lower case. Allocates; a secret's text is the caller's to wipe. */
+/** Convert bytes to lower-case hexadecimal. Allocates memory; if the bytes are secret, wipe the string. */
 inline std::string to_hex(Bytes bytes) {
     std::string text;
     text.reserve(2 * bytes.size());
@@ -58,11 +58,11 @@ inline std::string to_hex(Bytes bytes) {
 }
 
 /**
- * The bytes that a text of hexadecimal digits stands for.
+ * Convert hexadecimal digits to bytes.
  *
  * @param text  in: two digits for each byte of out, of either case, and nothing else.
- * @param out   out: as many bytes as are wanted.
- * @return Error::buffer_length for a text of another length, Error::bad_params for other characters; out is then zeroed.
+ * @param out   out: the bytes; zeroed on failure.
+ * @return Error::buffer_length for a string of another length; Error::bad_params for other characters.
  */
 inline Result<void> from_hex(std::string_view text, MutableBytes out) noexcept {
     const auto digit = [](char c) {
@@ -82,7 +82,7 @@ inline Result<void> from_hex(std::string_view text, MutableBytes out) noexcept {
     return {};
 }
 
-/** Whether two byte strings are the same. The time depends on their lengths alone. */
+/** Compare two byte strings. The running time depends only on their lengths. */
 [[nodiscard]] inline bool equal_in_constant_time(Bytes a, Bytes b) noexcept {
     if (a.size() != b.size()) return false;
     unsigned differences = 0;
@@ -90,12 +90,12 @@ inline Result<void> from_hex(std::string_view text, MutableBytes out) noexcept {
     return differences == 0;
 }
 
-/** Says that a record is left as it is, for a function that fills it. */
+/** A tag: leave the record uninitialized, because a function will fill it. */
 struct Unfilled {};
 
 /**
- * A record whose bytes from `public_bytes` on are zeroed when it goes, and when it is moved from. The bytes before are a
- * table, which is no secret.
+ * A record that its destructor zeroes. A record that is moved from is zeroed, too. The first `public_bytes` bytes are a
+ * table, which is not secret; they are not zeroed.
  */
 template <typename Record, std::size_t public_bytes = 0>
 requires std::is_trivially_copyable_v<Record>
@@ -103,15 +103,15 @@ struct Wiped {
     Record value; /**< the record */
 
     Wiped() noexcept : value{} {}
-    /** A record whose bytes are anything. */
+    /** Leave the record uninitialized. */
     explicit Wiped(Unfilled) noexcept {}  // NOLINT(cppcoreguidelines-pro-type-member-init)
-    /** A copy of a record. */
+    /** Copy a record. */
     explicit Wiped(const Record &record) noexcept : value(record) {}
     Wiped(const Wiped &) noexcept = default;
-    /** A copy, after which the other is zeroed. */
+    /** Copy the other record, then zero it. */
     Wiped(Wiped &&other) noexcept : value(other.value) { other.forget(); }
     Wiped &operator=(const Wiped &) noexcept = default;
-    /** A copy, after which the other is zeroed. */
+    /** Copy the other record, then zero it. */
     Wiped &operator=(Wiped &&other) noexcept {
         if (this != &other) {
             value = other.value;
@@ -127,7 +127,7 @@ struct Wiped {
 
 namespace detail {
 
-/** Element i of an array. */
+/** Element i of an array; ends the process if there is none. */
 template <typename Byte>
 Byte &checked(Byte *bytes, std::size_t i, std::size_t size) noexcept {
     if (i >= size) std::abort();
@@ -137,35 +137,36 @@ Byte &checked(Byte *bytes, std::size_t i, std::size_t size) noexcept {
 }  // namespace detail
 
 /**
- * A string of bytes of a fixed size and a meaning of its own: an Iv is no Digest, though both are bytes. Zeros at first.
+ * A fixed number of bytes with a meaning: an Iv cannot be passed as a Block, although both have 8 bytes. Initially
+ * zero.
  *
- * It zeroes itself at its end, and compares in constant time.
+ * The destructor zeroes the bytes. Comparison takes constant time.
  */
 template <typename Meaning, std::size_t size_>
 class Octets {
 public:
-    static constexpr std::size_t extent = size_; /**< bytes in it */
+    static constexpr std::size_t extent = size_; /**< number of bytes */
 
     Octets() = default;
-    /** A copy of bytes of the right size: a std::array, an array, or a span. */
+    /** Copy a std::array, an array or a span of the right size. */
     explicit Octets(std::span<const std::uint8_t, size_> bytes) noexcept { std::ranges::copy(bytes, begin()); }
-    /** These bytes: Iv({1, 2, 3, 4, 5, 6, 7, 8}). */
+    /** Copy a list of bytes: Iv({1, 2, 3, 4, 5, 6, 7, 8}). */
     explicit Octets(const std::uint8_t (&bytes)[size_]) noexcept : Octets(std::span{bytes}) {}
 
-    /** A copy of any bytes. @return Error::buffer_length where they are not `extent` bytes. */
+    /** Copy bytes of any number. @return Error::buffer_length if there are not `extent` bytes. */
     static Result<Octets> from(Bytes bytes) noexcept {
         if (bytes.size() != size_) return Error::buffer_length;
         return Result<Octets>(std::in_place, bytes.first<size_>());
     }
 
-    /** From a text of hexadecimal digits, as from_hex(). */
+    /** Convert from hexadecimal, with the errors of from_hex(). */
     static Result<Octets> from_hex(std::string_view text) noexcept {
         Result<Octets> result(std::in_place);
         if (const auto read = v1::from_hex(text, *result); !read) return read.error();
         return result;
     }
 
-    /** Random ones, for keying material and vectors. @return Error::random when the source fails. */
+    /** Draw random bytes, for example for an IV. @return Error::random if the source fails. */
     static Result<Octets> random(RND_FUNC source = system_random) noexcept {
         Result<Octets> result(std::in_place);
         if (source(result->data(), size_) != 0) return Error::random;
@@ -173,7 +174,7 @@ public:
     }
 
     ///@{
-    /** The bytes, as a range. */
+    /** Access the bytes as a range. */
     [[nodiscard]] std::uint8_t *data() noexcept { return bytes_.value.data(); }
     [[nodiscard]] const std::uint8_t *data() const noexcept { return bytes_.value.data(); }
     [[nodiscard]] static constexpr std::size_t size() noexcept { return size_; }
@@ -184,12 +185,12 @@ public:
     ///@}
 
     ///@{
-    /** A byte; ends the process where there is none. */
+    /** Access a byte. If the index is too large, the process ends. */
     [[nodiscard]] std::uint8_t &operator[](std::size_t i) noexcept { return detail::checked(data(), i, size()); }
     [[nodiscard]] std::uint8_t operator[](std::size_t i) const noexcept { return detail::checked(data(), i, size()); }
     ///@}
 
-    /** Whether all bytes are the same; in constant time. */
+    /** Compare all bytes in constant time. */
     friend bool operator==(const Octets &a, const Octets &b) noexcept { return equal_in_constant_time(a, b); }
 
 private:
@@ -198,34 +199,35 @@ private:
 
 /** A block of the cipher. */
 using Block = Octets<struct BlockMeaning, VRX_BLOCK_SIZE>;
-/** An initialisation vector, or "synchronisation value": never twice under one key. */
+/** An initialization vector (IV). **Warning:** never use an IV twice with the same key. */
 using Iv = Octets<struct IvMeaning, VRX_BLOCK_SIZE>;
 /** The MAC of GOST 28147-89, all 8 bytes of it. Many formats keep the first 4. */
 using MacValue = Octets<struct MacMeaning, VRX_BLOCK_SIZE>;
-/** User keying material: 8 bytes that are not secret, and not all zero. */
+/** User keying material (UKM): 8 public bytes, not all zero. Use a new value for each agreement. */
 using Ukm = Octets<struct UkmMeaning, VRX_UKM_SIZE>;
-/** A digest of GOST R 34.11-94, or a MAC made of it. The least significant byte of the number comes first. */
+/** A digest of GOST R 34.11-94, or an HMAC with that hash. The least significant byte comes first. */
 using Digest = Octets<struct DigestMeaning, 32>;
 /** A digest of SHA-1. */
 using Sha1Digest = Octets<struct Sha1Meaning, VRX_SHA1_SIZE>;
-/** A signature as it is stored and exchanged: s, then r, each most significant octet first. */
+/** A signature in its stored form: s, then r, each most significant octet first. */
 using Signature = Octets<struct SignatureMeaning, VRX_SIGNATURE_SIZE>;
-/** A private key as it is stored: least significant octet first. */
+/** A private key in its stored form: least significant octet first. */
 using PrivateKeyOctets = Octets<struct PrivateKeyMeaning, VRX_PRIVATE_KEY_SIZE>;
-/** A public key as it is stored and exchanged: x, then y, each least significant octet first. */
+/** A public key in its stored form: x, then y, each least significant octet first. */
 using PublicKeyOctets = Octets<struct PublicKeyMeaning, VRX_PUBLIC_KEY_SIZE>;
 
 /**
- * A key of the cipher: 32 bytes, that are eight words for the cipher (bytes 0 to 3 are K0, least significant first).
- * Zeroed at its end. It can be moved, and copied where one says so with copy().
+ * A key of the cipher: 32 bytes, which the cipher reads as eight words (bytes 0 to 3 are K0, least significant first).
+ *
+ * The destructor zeroes the key. A key can be moved; to copy it, call copy().
  */
 class Key {
 public:
-    /** All zeros: a place to write a key to. */
+    /** Hold zeros, until you write a key to it. */
     Key() = default;
-    /** A copy of 32 bytes: a std::array, an array, or a span. */
+    /** Copy 32 bytes from a std::array, an array or a span. */
     explicit Key(std::span<const std::uint8_t, VRX_KEY_SIZE> bytes) noexcept { std::ranges::copy(bytes, begin()); }
-    /** The eight words K0 to K7. */
+    /** Copy the eight words K0 to K7. */
     explicit Key(std::span<const std::uint32_t, VRX_KEY_WORDS> words) noexcept {
         std::ranges::copy(words, words_.value.begin());
     }
@@ -235,37 +237,37 @@ public:
     Key &operator=(Key &&) noexcept = default;
     ~Key() = default;
 
-    /** A copy of any bytes. @return Error::buffer_length where they are not 32. */
+    /** Copy bytes of any number. @return Error::buffer_length if there are not 32 bytes. */
     static Result<Key> from(Bytes bytes) noexcept {
         if (bytes.size() != VRX_KEY_SIZE) return Error::buffer_length;
         return Result<Key>(std::in_place, bytes.first<VRX_KEY_SIZE>());
     }
 
-    /** From a text of 64 hexadecimal digits, as from_hex(). */
+    /** Convert from 64 hexadecimal digits, with the errors of from_hex(). */
     static Result<Key> from_hex(std::string_view text) noexcept {
         Result<Key> result(std::in_place);
         if (const auto read = v1::from_hex(text, *result); !read) return read.error();
         return result;
     }
 
-    /** A new key. @return Error::random when the source fails. */
+    /** Generate a key. @return Error::random if the source fails. */
     static Result<Key> random(RND_FUNC source = system_random) noexcept {
         Result<Key> result(std::in_place);
         if (source(result->data(), VRX_KEY_SIZE) != 0) return Error::random;
         return result;
     }
 
-    /** Another key of the same bytes. */
+    /** Copy the key. */
     [[nodiscard]] Key copy() const noexcept { return Key(std::span{words_.value}); }
 
     ///@{
-    /** The eight words, as the functions of the C headers take them. */
+    /** Access the eight words, as the C functions take them. */
     [[nodiscard]] std::uint32_t *words() noexcept { return words_.value.data(); }
     [[nodiscard]] const std::uint32_t *words() const noexcept { return words_.value.data(); }
     ///@}
 
     ///@{
-    /** The bytes, as a range. */
+    /** Access the bytes as a range. */
     [[nodiscard]] std::uint8_t *data() noexcept { return reinterpret_cast<std::uint8_t *>(words()); }
     [[nodiscard]] const std::uint8_t *data() const noexcept { return reinterpret_cast<const std::uint8_t *>(words()); }
     [[nodiscard]] static constexpr std::size_t size() noexcept { return VRX_KEY_SIZE; }
@@ -276,12 +278,12 @@ public:
     ///@}
 
     ///@{
-    /** A byte; ends the process where there is none. */
+    /** Access a byte. If the index is too large, the process ends. */
     [[nodiscard]] std::uint8_t &operator[](std::size_t i) noexcept { return detail::checked(data(), i, size()); }
     [[nodiscard]] std::uint8_t operator[](std::size_t i) const noexcept { return detail::checked(data(), i, size()); }
     ///@}
 
-    /** Whether all bytes are the same; in constant time. */
+    /** Compare all bytes in constant time. */
     friend bool operator==(const Key &a, const Key &b) noexcept { return equal_in_constant_time(a, b); }
 
 private:
@@ -290,10 +292,10 @@ private:
 
 namespace detail {
 
-/** The longest piece that goes to a function of the C headers at once: whole blocks, and its count fits. */
+/** The longest piece that one call of a C function gets: a multiple of all block sizes, with a count of 32 bits. */
 inline constexpr std::size_t longest_piece = std::size_t{1} << 31;
 
-/** Calls `take(pointer, count)` for pieces whose counts fit in 32 bits; not at all for no bytes. */
+/** Call `take(pointer, count)` for pieces whose counts fit in 32 bits; for no bytes, do not call it. */
 template <typename Take>
 void in_pieces(Bytes bytes, Take take) {
     while (!bytes.empty()) {
@@ -303,13 +305,13 @@ void in_pieces(Bytes bytes, Take take) {
     }
 }
 
-/** A buffer as the C headers want it. They do not write to what they take as const vrx_data. */
+/** Convert a span to a vrx_data. The C functions do not write to the bytes of a const vrx_data. */
 inline vrx_data record(Bytes bytes) noexcept {
     const std::size_t most = 0xFFFFFFFF;
     return {static_cast<std::uint32_t>(std::min(bytes.size(), most)), const_cast<std::uint8_t *>(bytes.data())};
 }
 
-/** Whether a count fits where the C headers take 32 bits. */
+/** Test whether a count fits in the 32 bits of the C functions. */
 inline bool fits(std::size_t count) noexcept { return count <= 0xFFFFFFFF; }
 
 inline std::uint32_t count(Bytes bytes) noexcept { return static_cast<std::uint32_t>(bytes.size()); }

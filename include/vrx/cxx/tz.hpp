@@ -1,7 +1,7 @@
 /**
  * @file cxx/tz.hpp  Substitution tables: tz.h for C++.
  *
- * A deployed table is the record vrx_tz itself. Look-ups return a pointer, NULL where nothing is found.
+ * A deployed table is the record vrx_tz itself. Look-ups return a pointer, or NULL if they find nothing.
  */
 #ifndef VRX_CXX_TZ_HPP
 #define VRX_CXX_TZ_HPP
@@ -15,24 +15,24 @@
 namespace vrx {
 inline namespace v1 {
 
-/** Eight S-boxes as 64 bytes, see tz.h: byte 4i + m, for the input i, has S-box 2m in its low nibble. */
+/** Eight S-boxes as 64 bytes: the numeric TZ of tz.h. */
 using NumericTable = std::array<std::uint8_t, VRX_NUM_TZ_SIZE>;
 
-/** The table that the cipher and the hash read, made of eight S-boxes. */
+/** Expand eight S-boxes into the table that the cipher and the hash read. */
 inline vrx_tz deploy(std::span<const std::uint8_t, VRX_NUM_TZ_SIZE> sboxes) noexcept {
     vrx_tz table{};
     vrx_crpt_deploy_TZ(sboxes.data(), &table);
     return table;
 }
 
-/** deploy() into a record of the caller's, by the library's older name for it. */
+/** Expand eight S-boxes into an existing record, with vrx_crpt_init_num_TZ(). */
 inline void deploy(std::span<const std::uint8_t, VRX_NUM_TZ_SIZE> sboxes, vrx_tz &table) noexcept {
     vrx_crpt_init_num_TZ(sboxes.data(), &table);
 }
 
 namespace detail {
 
-/** A text with a zero behind it, which the C headers ask for; a longer one comes out too long for any of them. */
+/** A NUL-terminated copy of a string. A string that is too long stays too long for all C functions. */
 class TableText {
 public:
     explicit TableText(std::string_view text) noexcept {
@@ -46,38 +46,45 @@ private:
 
 }  // namespace detail
 
-/** Eight S-boxes from a text of 128 characters 0 to 9, A to F; the low nibble of a byte comes first. @return
- * Error::unknown_tz for a text of another length. Other characters are not refused, see vrx_crpt_TZ_str_to_num(). */
+/**
+ * Convert a TZ string of 128 characters to eight S-boxes.
+ *
+ * **Warning:** use the characters 0 to 9 and A to F. Other characters, also lower-case digits, give wrong S-boxes
+ * without an error.
+ *
+ * @param text  in: the TZ string; the low nibble of each byte comes first.
+ * @return Error::unknown_tz for a string of another length.
+ */
 inline Result<NumericTable> sboxes_from_text(std::string_view text) noexcept {
     NumericTable sboxes;
     if (const int rc = vrx_crpt_TZ_str_to_num(detail::TableText(text), sboxes.data())) return static_cast<Error>(rc);
     return sboxes;
 }
 
-/** The table of the S-boxes in a text, as sboxes_from_text(). */
+/** Deploy the table that a TZ string describes. The errors and the warning are those of sboxes_from_text(). */
 inline Result<vrx_tz> deploy(std::string_view text) noexcept {
     Result<vrx_tz> table(std::in_place);
     if (const int rc = vrx_crpt_init_new_TZ(detail::TableText(text), &*table)) return static_cast<Error>(rc);
     return table;
 }
 
-/** Exchange the nibbles of every byte: between the order here and that of the DER form in RFC 4357. */
+/** Swap the nibbles of every byte: convert between the order of this library and that of the DER in RFC 4357. */
 inline void swap_nibbles(std::span<std::uint8_t, VRX_NUM_TZ_SIZE> sboxes) noexcept {
     vrx_crpt_swap_num_TZ(sboxes.data());
 }
 
-/** The built-in tables of the cipher: test, CryptoPro-A, -B, -C, -D. */
+/** Get the built-in cipher tables: test, CryptoPro-A, -B, -C, -D. */
 inline std::span<const vrx_tz, VRX_TZ_28147_89_COUNT> cipher_tables() noexcept { return TZ_28147_89; }
-/** The built-in tables of the hash: test, CryptoPro. */
+/** Get the built-in hash tables: test, CryptoPro. */
 inline std::span<const vrx_tz, VRX_TZ_3411_94_COUNT> hash_tables() noexcept { return TZ_3411_94; }
 
-/** A built-in table of the cipher by its index, 0 to 4 (the low 8 bits count). */
+/** Get a built-in cipher table by index, 0 to 4. Only the low 8 bits count. */
 inline const vrx_tz *cipher_table(std::uint32_t index) noexcept { return TZ_by_id(index); }
-/** A built-in table of the cipher by its name: "tz_test", "tz_a" to "tz_d". */
+/** Get a built-in cipher table by name: "tz_test", "tz_a" to "tz_d". */
 inline const vrx_tz *cipher_table(const char *name) noexcept { return TZ_by_name(name); }
-/** A built-in table of the hash by its index, 0 or 1 (the low 8 bits count). */
+/** Get a built-in hash table by index, 0 or 1. Only the low 8 bits count. */
 inline const vrx_tz *hash_table(std::uint32_t index) noexcept { return hash_TZ_by_id(index); }
-/** A built-in table of the hash by its name: "tz_0", "tz_1". */
+/** Get a built-in hash table by name: "tz_0", "tz_1". */
 inline const vrx_tz *hash_table(const char *name) noexcept { return hash_TZ_by_name(name); }
 
 }  // namespace v1
