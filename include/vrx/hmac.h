@@ -6,9 +6,9 @@
  * time.
  *
  * These functions do not check pointers: unless a function says otherwise, passing NULL is undefined. Errors come from
- * the hash functions that these call: the called function logs its line first, then the function of this header adds
- * its own. After a failure, open the context anew. Buffers may lie at any address and may not overlap the context. The
- * functions allocate nothing. The bytes of a MAC have the order of a digest.
+ * the hash functions that these functions call. The called function logs its line first; then the function of this
+ * header adds its own. After a failure, open the context anew. Buffers may lie at any address and may not overlap the
+ * context. The functions allocate nothing. The bytes of a MAC have the order of a digest.
  *
  * **Warning:** a context keeps a pointer to its parameter record, which GOSTR3411_HMAC_Reset() reads again. The record
  * must outlive the context.

@@ -1,4 +1,5 @@
 // Objects of the headers for C++: errors, ranges, moves, and what is left of a secret.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -404,6 +405,43 @@ TEST(CxxMoves, a_moved_cipher_goes_on) {
     ciphers.emplace_back(key, iv);
     ASSERT_TRUE(ciphers[0].update(vrx::MutableBytes(text).subspan(13)));
     EXPECT_EQ(hex(text), hex(expected));
+}
+
+TEST(CxxSignature, is_valid_only_with_numbers_below_the_order) {
+    const vrx::Digest digest = vrx::hash(vrx::bytes_of("message"));
+    for (const auto id : {vrx::CurveId::test, vrx::CurveId::b}) {
+        const vrx::Curve& curve = vrx::curve(id);
+        const auto own = vrx::PrivateKey::generate(curve);
+        ASSERT_TRUE(own);
+        const auto signature = vrx::sign(*own, digest);
+        ASSERT_TRUE(signature);
+        const vrx::PublicKey other = own->public_key().value();
+        EXPECT_TRUE(vrx::verify(other, digest, *signature));
+        EcSignature numbers;
+        ecLoadSignValue(signature->data(), &numbers);
+        mpAdd(numbers.s, numbers.s, curve.q, VRX_ECC_DIGITS);
+        ASSERT_EQ(numbers.s[8], 0u) << "s + q fits in its octets";
+        vrx::Signature larger;
+        ecUnloadSignValue(&numbers, larger.data());
+        std::uint32_t words[VRX_ECC_DIGEST_WORDS];
+        std::memcpy(words, digest.data(), sizeof words);
+        EXPECT_EQ(ecVerify(&curve, words, &other.point().native(), &numbers), VRX_OK);
+        EXPECT_FALSE(vrx::verify(other, digest, larger));
+        EXPECT_FALSE(vrx::verify(other, digest, vrx::Signature()));
+    }
+}
+
+TEST(CxxLog, does_not_close_standard_error) {
+    std::FILE* const before = vrxflog;
+    vrx::log_to("stderr");
+    EXPECT_EQ(vrxflog, stderr);
+    vrx::log_to("/dev/null");
+    EXPECT_NE(vrxflog, stderr);
+    EXPECT_GE(fcntl(2, F_GETFD), 0) << "descriptor 2 is still open";
+    vrx::log_to("stderr");
+    vrx::log_to(nullptr);
+    EXPECT_GE(fcntl(2, F_GETFD), 0);
+    vrxflog = before;
 }
 
 }  // namespace

@@ -181,8 +181,14 @@ private:
 
 /* ---- Log and notice ---------------------------------------------------------------------------------------------- */
 
-/** Direct the diagnostics log to a file, to standard error ("stderr"), or nowhere (NULL). Closes the previous stream. */
-inline void log_to(const char *path) noexcept { vrx_set_log_file(path); }
+/**
+ * Direct the diagnostics log to a file, to standard error ("stderr"), or nowhere (NULL). A file that was set before is
+ * closed; standard error never is.
+ */
+inline void log_to(const char *path) noexcept {
+    if (vrxflog == stderr) vrxflog = nullptr;  // vrx_set_log_file() would close it
+    vrx_set_log_file(path);
+}
 
 /**
  * Direct the diagnostics log to an open stream, or nowhere (NULL). The stream belongs to the caller, but a later

@@ -1,8 +1,8 @@
 /**
  * @file cxx/sign.hpp  GOST R 34.10-2001: PrivateKey, PublicKey and signatures, over sign.h and octets.h.
  *
- * Keys remember their curve, which has to outlive them: the built-in ones always do. Nothing is allocated. Threads: keys
- * are plain values.
+ * A key holds a pointer to its curve. A custom curve must outlive its keys; built-in curves always do. The functions
+ * allocate nothing. Threads: keys are plain values.
  */
 #ifndef VRX_CXX_SIGN_HPP
 #define VRX_CXX_SIGN_HPP
@@ -14,14 +14,14 @@
 namespace vrx {
 inline namespace v1 {
 
-/** A public key: a point that is on its curve. */
+/** A public key: a point that was checked to be on its curve, with coordinates below p. */
 class PublicKey {
 public:
     /**
-     * From the octets that are stored and exchanged: x, then y, each least significant octet first.
+     * Load a public key from its stored form: x, then y, each least significant octet first.
      *
-     * @return Error::buffer_length where they are not 64; Error::failed for a point that is not on the curve, and for
-     *         coordinates of p and more.
+     * @return Error::buffer_length if there are not 64 octets; Error::failed if the point is not on the curve or a
+     *         coordinate is not below p.
      */
     static Result<PublicKey> from_octets(Bytes octets, const Curve &curve = default_curve()) noexcept {
         if (octets.size() != VRX_PUBLIC_KEY_SIZE) return Error::buffer_length;
@@ -29,7 +29,7 @@ public:
         ecLoadPublicKeyValue(octets.data(), &point.native());
         return from_point(point, curve);
     }
-    /** From a point. @return as from_octets(). */
+    /** Check a point and make it a public key. @return Error::failed, as from_octets(). */
     static Result<PublicKey> from_point(const Point &point, const Curve &curve = default_curve()) noexcept {
         if (mp::compare(point.native().x, curve.p) >= 0 || mp::compare(point.native().y, curve.p) >= 0 ||
             !point.is_on(curve))
@@ -37,19 +37,19 @@ public:
         return Result<PublicKey>(std::in_place, point, curve, Unfilled{});
     }
 
-    /** For from_point() alone: a point that was checked. */
+    /** For use by from_point() only: a point that was checked. */
     PublicKey(const Point &point, const Curve &curve, Unfilled) noexcept : curve_(&curve), point_(point) {}
 
-    /** The octets that are stored and exchanged. */
+    /** Get the stored form. */
     [[nodiscard]] PublicKeyOctets octets() const noexcept {
         PublicKeyOctets octets;
         ecUnloadPublicKeyValue(&point_.native(), octets.data());
         return octets;
     }
 
-    /** The point. */
+    /** Get the point. */
     [[nodiscard]] const Point &point() const noexcept { return point_; }
-    /** The curve that it is a key of. */
+    /** Get the curve of the key. */
     [[nodiscard]] const Curve &curve() const noexcept { return *curve_; }
 
 private:
@@ -57,10 +57,10 @@ private:
     Point point_;
 };
 
-/** A private key, a number from 1 to q - 1. It is moved, not copied, and zeroed at its end. */
+/** A private key, a number from 1 to q - 1. It can be moved, not copied. Its destructor zeroes it. */
 class PrivateKey {
 public:
-    /** A new key. @return Error::random when the source fails. */
+    /** Generate a key. @return Error::random if the source fails. */
     static Result<PrivateKey> generate(const Curve &curve = default_curve(), RND_FUNC source = system_random) noexcept {
         Scalar d;
         Point unused;
@@ -68,9 +68,9 @@ public:
         return Result<PrivateKey>(std::in_place, d, curve, Unfilled{});
     }
     /**
-     * From the octets that are stored: least significant octet first.
+     * Load a private key from its stored form, least significant octet first.
      *
-     * @return Error::buffer_length where they are not 32; Error::failed for 0, and for q and more.
+     * @return Error::buffer_length if there are not 32 octets; Error::failed if the number is 0 or not below q.
      */
     static Result<PrivateKey> from_octets(Bytes octets, const Curve &curve = default_curve()) noexcept {
         if (octets.size() != VRX_PRIVATE_KEY_SIZE) return Error::buffer_length;
@@ -78,13 +78,13 @@ public:
         ecLoadPrivateKeyValue(octets.data(), d.data());
         return from_scalar(d, curve);
     }
-    /** From a number. @return as from_octets(). */
+    /** Check a number and make it a private key. @return Error::failed, as from_octets(). */
     static Result<PrivateKey> from_scalar(const Scalar &d, const Curve &curve = default_curve()) noexcept {
         if (mp::is_zero(d.digits()) || mp::compare(d.digits(), curve.q) >= 0) return Error::failed;
         return Result<PrivateKey>(std::in_place, d, curve, Unfilled{});
     }
 
-    /** For the functions above alone: a number that was checked. */
+    /** For use by the functions above only: a number that was checked. */
     PrivateKey(const Scalar &d, const Curve &curve, Unfilled) noexcept : curve_(&curve), d_(d) {}
     PrivateKey(const PrivateKey &) = delete;
     PrivateKey(PrivateKey &&) noexcept = default;
@@ -92,23 +92,23 @@ public:
     PrivateKey &operator=(PrivateKey &&) noexcept = default;
     ~PrivateKey() = default;
 
-    /** The octets that are stored. */
+    /** Get the stored form, least significant octet first. */
     [[nodiscard]] PrivateKeyOctets octets() const noexcept {
         PrivateKeyOctets octets;
         ecUnloadPrivateKeyValue(d_.data(), octets.data());
         return octets;
     }
 
-    /** The public key d G. @return Error::failed on a curve whose record is not one. */
+    /** Compute the public key d G. @return Error::failed if the curve parameter set is malformed. */
     [[nodiscard]] Result<PublicKey> public_key() const noexcept {
         Point q;
         if (const int rc = ecGeneratePublicKey(curve_, d_.data(), &q.native())) return static_cast<Error>(rc);
         return PublicKey::from_point(q, *curve_);
     }
 
-    /** The number. */
+    /** Get the number. */
     [[nodiscard]] const Scalar &scalar() const noexcept { return d_; }
-    /** The curve that it is a key of. */
+    /** Get the curve of the key. */
     [[nodiscard]] const Curve &curve() const noexcept { return *curve_; }
 
 private:
@@ -117,7 +117,7 @@ private:
 };
 
 namespace detail {
-/** A digest as the eight words that signatures are made of. */
+/** Copy a digest into the eight words that the C functions take. */
 inline std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words_of(const Digest &digest) noexcept {
     std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words;
     std::memcpy(words.data(), digest.data(), sizeof words);
@@ -125,7 +125,14 @@ inline std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words_of(const Digest &di
 }
 }  // namespace detail
 
-/** Sign a digest. @return Error::random when the source fails. */
+/**
+ * Sign a digest.
+ *
+ * @param key     in: the private key.
+ * @param digest  in: the digest of the message, with the hash parameter set that the verifier will use.
+ * @param source  in: the random source of the nonce. Whoever can predict a nonce can compute the private key.
+ * @return the signature, or Error::random if the source fails.
+ */
 [[nodiscard]] inline Result<Signature> sign(const PrivateKey &key, const Digest &digest,
                                             RND_FUNC source = system_random) noexcept {
     EcSignature numbers;
@@ -136,15 +143,26 @@ inline std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words_of(const Digest &di
     return signature;
 }
 
-/** Whether a signature over a digest is right: the one question that matters, and no error besides. */
+/**
+ * Verify a signature over a digest.
+ *
+ * Unlike ecVerify(), this function requires 0 < r < q and 0 < s < q, as RFC 5832, section 6.2, does.
+ *
+ * @param key        in: the public key.
+ * @param digest     in: the digest of the message, with the hash parameter set of the signature.
+ * @param signature  in: the signature.
+ * @return true if the signature is valid.
+ */
 [[nodiscard]] inline bool verify(const PublicKey &key, const Digest &digest, const Signature &signature) noexcept {
     EcSignature numbers;
     ecLoadSignValue(signature.data(), &numbers);
+    for (const auto &number : {std::span(numbers.r), std::span(numbers.s)})
+        if (mp::is_zero(number) || mp::compare(number, key.curve().q) >= 0) return false;
     return ecVerify(&key.curve(), detail::words_of(digest).data(), &key.point().native(), &numbers) == VRX_OK;
 }
 
 namespace raw {
-/** test_rnd(): an RND_FUNC for tests. NEVER for keys or signatures. */
+/** A predictable random source for tests: test_rnd(). **Warning:** never use it for keys or signatures. */
 inline constexpr RND_FUNC test_random = test_rnd;
 }  // namespace raw
 
