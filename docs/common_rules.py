@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Prepares a C header for the site, where each function stands alone. Usage: common_rules.py HEADER
 
-Each function of the library is put into the group of its tier. The tier is that of the section it stands in, which begins
-with a line such as
+Puts each function of the library into the group of its tier. The tier is that of the section that contains the function;
+a section begins with a line such as
 
     /* ---- Building blocks: bits ---- */
 
@@ -39,8 +39,8 @@ def tier_at(text, position):
 
 def completed(comment, group, header):
     lines = [f"@ingroup {group}"] if group else []
-    lines.append(f"@par In common\nFor the rules that all functions of {header} have in common, such as overlap, threads "
-                 "and allocation, see the top of that file.")
+    lines.append(f"@par In common\nFor the rules that all functions of {header} have in common, such as overlap, "
+                 "threads and allocation, see the top of that file.")
     return comment[:-2].rstrip() + "\n\n" + "\n".join(lines) + "\n */"
 
 

@@ -82,7 +82,8 @@ class Manual(DocumentationTest):
 
     def test_the_record_of_buffers_and_the_random_source_have_entries(self):
         text = "".join(read("man", name) for name in pages(3))
-        for entry in ("} vrx_data;", "(*RND_FUNC)(void *buffer, uint32_t length);", '.It Fn vrx_system_random "buffer" "length"'):
+        for entry in ("} vrx_data;", "(*RND_FUNC)(void *buffer, uint32_t length);",
+                      '.It Fn vrx_system_random "buffer" "length"'):
             self.assertTrue(entry in text.replace("\\-", "-"), entry)
 
     def test_pages_of_functions_stand_alone(self):

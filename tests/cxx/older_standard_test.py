@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""A compiler in C++17 mode gets one error from vrx.hpp, with the option to use. Usage: older_standard_test.py COMPILER INCLUDE"""
+"""A compiler in C++17 mode gets one error from vrx.hpp, with the option to use.
+
+Usage: older_standard_test.py COMPILER INCLUDE
+"""
 import re
 import subprocess
 import sys

@@ -24,7 +24,8 @@ def functions_of(path):
 class Headers(unittest.TestCase):
     def test_each_family_says_what_threads_may_do(self):
         for path in FAMILIES:
-            self.assertRegex(common_rules.first_comment(path), r"Threads:|threads may share|number of\s[ *]*threads", path.name)
+            self.assertRegex(common_rules.first_comment(path), r"Threads:|threads may share|number of\s[ *]*threads",
+                             path.name)
 
     def test_each_family_says_who_allocates(self):
         for path in FAMILIES:

@@ -65,10 +65,10 @@ OWNER = {
 # The one call that goes up: the library's notice asks the arithmetic for its own.
 UPWARD = ("src/frame/api.cpp", {"src/ecc/bigdigits/notice.hpp", "include/vrx/bigdigits.h"})
 
-# The headers for C++ in include/vrx/cxx, which stand above those for C: each includes those before it, never those after.
+# The headers for C++ in include/vrx/cxx, above those for C: each includes those before it, never those after.
 FACE = [
-    "frame", "types", "tz", "params", "bigdigits", "kernel", "modes", "context", "gostr3411", "hmac", "kdf", "sha1", "curve",
-    "point", "multiply", "sign", "agree",
+    "frame", "types", "tz", "params", "bigdigits", "kernel", "modes", "context", "gostr3411", "hmac", "kdf", "sha1",
+    "curve", "point", "multiply", "sign", "agree",
 ]
 
 # Older paths in include/vrx, and the headers for C++ that each forwards to.

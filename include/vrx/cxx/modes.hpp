@@ -41,7 +41,7 @@ inline std::optional<Mode> mode_by_name(const char *name) noexcept {
  * The C functions one by one, with their codes.
  *
  * Buffers have at most 2^32 - 1 bytes; longer ones give Error::buffer_length. An IV or MAC state continues in the next
- * call. The functions of modes return the number of bytes written. They treat a span without an address as NULL.
+ * call. The mode functions return the number of bytes written. They treat a span without an address as NULL.
  */
 namespace raw {
 

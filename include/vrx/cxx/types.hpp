@@ -153,7 +153,7 @@ public:
     /** Copy a list of bytes: Iv({1, 2, 3, 4, 5, 6, 7, 8}). */
     explicit Octets(const std::uint8_t (&bytes)[size_]) noexcept : Octets(std::span{bytes}) {}
 
-    /** Copy bytes of any number. @return Error::buffer_length if there are not `extent` bytes. */
+    /** Copy a span of any size. @return Error::buffer_length if there are not `extent` bytes. */
     static Result<Octets> from(Bytes bytes) noexcept {
         if (bytes.size() != size_) return Error::buffer_length;
         return Result<Octets>(std::in_place, bytes.first<size_>());
@@ -237,7 +237,7 @@ public:
     Key &operator=(Key &&) noexcept = default;
     ~Key() = default;
 
-    /** Copy bytes of any number. @return Error::buffer_length if there are not 32 bytes. */
+    /** Copy a span of any size. @return Error::buffer_length if there are not 32 bytes. */
     static Result<Key> from(Bytes bytes) noexcept {
         if (bytes.size() != VRX_KEY_SIZE) return Error::buffer_length;
         return Result<Key>(std::in_place, bytes.first<VRX_KEY_SIZE>());
