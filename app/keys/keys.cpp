@@ -70,6 +70,13 @@ void read_secret(Input& file, SecretBytes& secret) {
                           " holds more than 16 MiB, which is too long for a secret; name the right file");
 }
 
+bool equal_in_constant_time(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
+    if (a.size() != b.size()) return false;
+    volatile std::uint8_t difference = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) difference = difference | (a[i] ^ b[i]);
+    return difference == 0;
+}
+
 void decode_hex(SecretBytes& secret, const std::string& what) {
     const std::string_view digits = without_line_end(secret.text());
     if (!from_hex(digits, secret.bytes().first(digits.size() / 2)))

@@ -75,6 +75,9 @@ void read_secret(Input& file, SecretBytes& secret);
  */
 void decode_hex(SecretBytes& secret, const std::string& what);
 
+/** Whether octets are the same, in a time that depends on their number alone. */
+[[nodiscard]] bool equal_in_constant_time(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b);
+
 /** A cipher key as the library takes it: byte 0 to 3 of the file are word 0, least significant byte first. */
 using Key = std::array<std::uint32_t, VRX_KEY_WORDS>;
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Which file may include which. Usage: layering_test.py PROJECT
 
-     ecc ----> bigdigits, field
+     ecc ----> bigdigits, field ----> uint256
     /   \\
    v     v
 gostr3411  gost28147    sha1
@@ -21,9 +21,12 @@ BELOW = {
     "gost28147": {"tz", "frame"},
     "gostr3411": {"tz", "frame"},
     "sha1": {"frame"},
-    "ecc/bigdigits": {"ecc/field", "frame"},
-    "ecc/field": {"frame"},
-    "ecc": {"ecc/bigdigits", "ecc/field", "gostr3411", "gost28147", "tz", "frame"},
+    "ecc/uint256": set(),
+    "ecc/tables": set(),
+    "ecc/field/tables": set(),
+    "ecc/bigdigits": {"ecc/uint256", "frame"},
+    "ecc/field": {"ecc/field/tables", "ecc/uint256", "frame"},
+    "ecc": {"ecc/tables", "ecc/bigdigits", "ecc/field", "gostr3411", "gost28147", "tz", "frame"},
 }
 
 # Within a folder: a file includes those that stand before it, never those behind.
@@ -34,11 +37,12 @@ ORDER = {
     "ecc/bigdigits": [
         "words", "multiply", "columns", "division", "lehmer", "arithmetic", "modular", "prime", "convert",
     ],
+    "ecc/uint256": ["words", "divsteps"],
     "ecc/field": [
-        "words", "select", "modulus", "adx_words", "divsteps", "curves", "points", "order", "limbs52", "recode",
+        "words", "lookup", "modulus", "adx_words", "curves", "points", "order", "limbs52", "recode",
         "comb_tables", "word_multiply", "lanes", "lane_points", "comb", "ladder", "lane_methods", "engine", "engine_of",
     ],
-    "ecc": ["residue", "params", "covered", "fast", "point", "multiply", "generate", "sign", "agree", "octets"],
+    "ecc": ["residue", "params", "point", "multiples", "domain", "multiply", "generate", "sign", "agree", "octets"],
 }
 
 # The folder that a public header for C belongs to; export.h and vrx.h are nobody's, nor is random.h, which stands alone.
