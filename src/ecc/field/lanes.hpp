@@ -227,6 +227,9 @@ private:
 template <typename V, Words m>
 struct LaneField<V, Montgomery<m>> {
     using Scalar = Montgomery<m>;
+    static constexpr Limbs52 modulus = to_limbs52(m);
+    /** 2^58 over the last limb of the modulus, rounded down so far that no quotient is too large. */
+    static constexpr std::uint64_t reciprocal = (std::uint64_t{1} << 58) / (modulus.limb[4] + 1);
 
     static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
     static Element<V> sqr_loose(const Element<V>& a) { return reduced(square(a)); }
@@ -257,9 +260,6 @@ struct LaneField<V, Montgomery<m>> {
     }
 
 private:
-    static constexpr Limbs52 modulus = to_limbs52(m);
-    static constexpr std::uint64_t reciprocal = (std::uint64_t{1} << 58) / (modulus.limb[4] + 1);
-
     /** -1 / m modulo 2^52. */
     static constexpr std::uint64_t inverse = [] {
         std::uint64_t x = m[0];

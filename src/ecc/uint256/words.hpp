@@ -193,7 +193,7 @@ constexpr Word is_zero(const WordsOf<Word, count>& a) {
     Word any = 0;
 #pragma GCC unroll 4
     for (std::size_t i = 0; i < count; ++i) any |= a[i];
-    return 1 ^ ((any | (Word{0} - any)) >> (std::numeric_limits<Word>::digits - 1));
+    return 1 ^ ((any | (Word{0} - any)) >> (word_bits<Word> - 1));
 }
 
 /** a b, below N^2 for any a and b. */

@@ -182,6 +182,20 @@ TEST(Inverse, that_is_missing_returns_1_and_clears_the_result) {
     EXPECT_EQ(mpIsZero(inv, 3), 1);
 }
 
+// A greatest common divisor of two bits, wherever the upper one stands.
+TEST(Inverse, is_missing_for_a_common_factor_of_two_distant_bits) {
+    for (unsigned bit = 1; bit < 254; ++bit) {
+        Digit factor[9] = {1}, m[9], u[9], inv[9] = {1, 2, 3};
+        factor[bit / 32] |= Digit{1} << bit % 32;
+        ASSERT_EQ(mpShortMult(m, factor, 3, 9), 0u);
+        for (const Digit multiple : {1u, 2u}) {
+            ASSERT_EQ(mpShortMult(u, factor, multiple, 9), 0u);
+            EXPECT_EQ(mpModInv(inv, u, m, 9), 1) << "bit " << bit;
+            EXPECT_EQ(mpIsZero(inv, 9), 1) << "bit " << bit;
+        }
+    }
+}
+
 TEST(Inverse, modulo_1_is_1_for_every_number) {
     for (const std::size_t n : Counts{1, 2, 9})
         for (const Slow& u : {Slow(), Slow(1), Slow(2), Slow(12345)}) {

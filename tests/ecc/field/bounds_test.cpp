@@ -94,6 +94,10 @@ struct Intervals {
         return by_lane(x, x, [bits](auto a, auto) { return Interval{a.least << bits, a.most << bits}; });
     }
     [[gnu::noinline]] static Intervals shift_right_signed(const Intervals& x, unsigned bits) {
+        // By 47 and 48 bits only fold() shifts, and the multiply-add reads what it gets as an unsigned number.
+        if (bits == 47 || bits == 48) {
+            for (const Interval& i : x.lane) EXPECT_TRUE(i.within(0, (one << 58) - 1)) << "what fold() takes off";
+        }
         return by_lane(x, x, [bits](auto a, auto) { return Interval{a.least >> bits, a.most >> bits}; });
     }
     [[gnu::noinline]] static Intervals add_low_product(const Intervals& sum, const Intervals& x, const Intervals& y) {
@@ -252,13 +256,15 @@ private:
 
     /**
      * The quotient that carry() takes off in Montgomery's form, floor(floor(top / 2^6) w / 2^52) for the last limb,
-     * top, and w = floor(2^58 / (m_4 + 1)), where m_4 is that of the modulus. What is left is at least the value
-     * itself, where the quotient is 0, else top (2^208 - w m / 2^58) plus the other limbs, where top is at least 2^58 /
-     * w, at most that plus (2^6 w / 2^58 + 1) m.
+     * top, and the reciprocal w = floor(2^58 / (m_4 + 1)), where m_4 is the last limb of the modulus. What is left is
+     * at least the value itself, where the quotient is 0, else top (2^208 - w m / 2^58) plus the other limbs, where top
+     * is at least 2^58 / w, at most that plus (2^6 w / 2^58 + 1) m.
      */
     static void expect_quotient(const Lanes& a) {
+        const std::uint64_t w = F::reciprocal;
         const std::uint64_t top_of_m = to_limbs52(S::modulus).limb[limb_count - 1];
-        const std::uint64_t w = (std::uint64_t{1} << 58) / (top_of_m + 1);
+        EXPECT_LE(i128{w} * (top_of_m + 1), one << 58);
+        EXPECT_GT((i128{w} + 1) * (top_of_m + 1), one << 58);
         const auto m = static_cast<double>(p);
         const double left = 0x1p52 - static_cast<double>(w) * m / 0x1p58;
         for (std::size_t l = 0; l < lane_count; ++l) {

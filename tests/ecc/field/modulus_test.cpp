@@ -78,6 +78,11 @@ TEST(scalar_fields, work_the_same_way_by_the_instructions_of_adx) {
     check_pairs<T>(check_plain<T>);
     check_pairs<C>(check_montgomery<C>);
     check_pairs<Montgomery<CurveA::q, AdxWords>>(check_montgomery<Montgomery<CurveA::q, AdxWords>>);
+    // With a modulus of all ones the top word of a sum takes a carry.
+    using Least = Montgomery<Words{1, 0, 0, 1ull << 63}, AdxWords>;
+    using Most = Montgomery<Words{~0ull, ~0ull, ~0ull, ~0ull}, AdxWords>;
+    check_pairs<Least>(check_montgomery<Least>);
+    check_pairs<Most>(check_montgomery<Most>);
 }
 
 // The shapes at the ends of their ranges, where the curves' moduli are not.
@@ -128,6 +133,36 @@ TEST(scalar_fields, of_the_orders_work_as_whole_numbers_at_every_pair_of_edges) 
     for_each_curve([]<typename Curve>(Curve) {
         using S = Montgomery<Curve::q>;
         check_pairs<S>(check_montgomery<S>);
+    });
+}
+
+// x mod q = r for x below p, where x is r or r + q; r + q may exceed 256 bits.
+TEST(remainders, are_recognised_by_their_definition) {
+    Random random;
+    for_each_curve([&]<typename Curve>(Curve) {
+        using S = typename Curve::Field;
+        const Digits q = digits_of(Curve::q);
+        Words twice{};
+        const bool wraps = field::add(twice, Curve::q, Curve::q) != 0;
+        std::vector<Words> numbers = edges(Curve::q);
+        for (int i = 0; i < 40; ++i) numbers.push_back(random_words(random));
+        // Below 2 q - 2^256, x + 2^256 - q is below q, and x is that plus q without its highest bit.
+        for (const std::uint64_t n : {0u, 1u, 2u, 1000u}) numbers.push_back({n, 0, 0, 0});
+        for (const Words& n : numbers) {
+            if (!is_below(n, S::modulus)) continue;
+            const Words zz = S::to_montgomery({5, 0, 0, 0});
+            const Words x = S::mul(S::to_montgomery(n), zz);
+            Words less{};
+            Words more{};
+            field::sub(less, n, Curve::q);
+            field::add(more, n, Curve::q);
+            for (const Words& r : {n, less, more, plus(n, 1), plus(less, -1), words_of(reduced(digits_of(n), q))}) {
+                if (!is_below(r, Curve::q) || is_zero(r) != 0) continue;
+                const Answer expected = reduced(digits_of(n), q) == digits_of(r) ? Answer::yes : Answer::no;
+                ASSERT_EQ(has_remainder<Curve>(x, zz, r), expected)
+                    << digits_of(n) << " mod q, " << digits_of(r) << (wraps ? ", q > 2^255" : "");
+            }
+        }
     });
 }
 

@@ -44,6 +44,6 @@ private:
 }  // namespace vrx::test
 
 template <int bits>
-inline constexpr int vrx::field::word_bits<vrx::test::SmallWord<bits>> = bits;
+inline constexpr int vrx::uint256::word_bits<vrx::test::SmallWord<bits>> = bits;
 
 #endif
