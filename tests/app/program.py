@@ -2,6 +2,7 @@
 
 import contextlib
 import os
+import pty
 import shutil
 import subprocess
 import tempfile
@@ -90,6 +91,13 @@ class ProgramTest(unittest.TestCase):
         for text in [says] if isinstance(says, str) else says:
             self.assertIn(os.fsencode(text), done.err, arguments)
 
+    def open_terminal(self):
+        """Both ends of a new pseudo-terminal; skips the test where the system has none, as in a bare chroot."""
+        try:
+            return pty.openpty()
+        except OSError as error:
+            return self.skipTest(f"no pseudo-terminals here: {error.strerror}")
+
     def wait_for(self, condition, what):
         """Wait until a condition holds; fail when it does not for long."""
         end = time.monotonic() + 60
@@ -107,4 +115,13 @@ class ProgramTest(unittest.TestCase):
             return int(next(line.split()[1] for line in file if line.startswith(field + ":")))
 
 
-main = unittest.main
+class Result(unittest.TextTestResult):
+    """Says which tests are skipped, and why, for the summary of a run."""
+
+    def addSkip(self, test, reason):
+        super().addSkip(test, reason)
+        self.stream.writeln(f"\n{test} skipped: {reason}")
+
+
+def main():
+    unittest.main(testRunner=unittest.TextTestRunner(resultclass=Result))

@@ -32,7 +32,8 @@ class InstallTest(unittest.TestCase):
 
 def clean_environment(**more):
     """Without the variables that let compilers, linkers and CMake find things elsewhere."""
-    misleading = ("CPATH", "LIBRARY_PATH", "LD_LIBRARY_PATH", "PKG_CONFIG_PATH", "CMAKE_PREFIX_PATH", "DESTDIR")
+    misleading = ("CPATH", "LIBRARY_PATH", "LD_LIBRARY_PATH", "PKG_CONFIG_PATH", "CMAKE_PREFIX_PATH", "DESTDIR",
+                  "CMAKE_C_COMPILER_LAUNCHER", "CMAKE_CXX_COMPILER_LAUNCHER")
     return {name: value for name, value in os.environ.items() if name not in misleading} | more
 
 

@@ -3,7 +3,6 @@
 import contextlib
 import fcntl
 import os
-import pty
 import random
 import signal
 import subprocess
@@ -164,7 +163,7 @@ class Terminal(ProgramTest):
     def setUp(self):
         super().setUp()
         self.expected = self.vrx(*DERIVE, "--password-fd", "0", stdin=b"secret")
-        self.terminal, self.program_end = pty.openpty()
+        self.terminal, self.program_end = self.open_terminal()
         self.addCleanup(os.close, self.terminal)
         self.addCleanup(os.close, self.program_end)
         os.set_blocking(self.terminal, False)

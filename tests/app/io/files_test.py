@@ -3,7 +3,6 @@
 import contextlib
 import fcntl
 import os
-import pty
 import resource
 import signal
 import subprocess
@@ -302,7 +301,7 @@ class Pipes(ProgramTest):
 class ProgressBar(ProgramTest):
     @contextlib.contextmanager
     def terminal(self):
-        terminal, program_end = pty.openpty()
+        terminal, program_end = self.open_terminal()
         try:
             yield terminal, program_end
         finally:
