@@ -1,6 +1,13 @@
 # shellcheck shell=bash
 # Building, packaging, documentation, demonstration. Sourced by ./dev.
 
+if command -v ccache >/dev/null; then
+    export CMAKE_C_COMPILER_LAUNCHER=${CMAKE_C_COMPILER_LAUNCHER-ccache}
+    export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
+    # Without these, nothing that uses a precompiled header is found again.
+    export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS-pch_defines,time_macros,include_file_mtime,include_file_ctime}
+fi
+
 # configure PRESET [OPTION...], build PRESET [OPTION...]
 configure() { cmake --preset "$@"; }
 build() { cmake --build "build/$1" "${@:2}"; }

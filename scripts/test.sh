@@ -12,23 +12,7 @@ fixed_addresses() {
 cmd_test() {
     need "${TEST[@]}"
     want "${PEERS[@]}" doxygen
-    local fixed
-    fixed=$(fixed_addresses)
-
-    configure dev
-    build dev
-    configure asan
-    $fixed cmake --build build/asan
-    configure tsan
-    $fixed cmake --build build/tsan --target threads_test
-
-    echo "== clang++, AddressSanitizer and UndefinedBehaviorSanitizer"
-    export UBSAN_OPTIONS=print_stacktrace=1 ASAN_OPTIONS=detect_stack_use_after_return=1
-    $fixed ctest --test-dir build/asan --output-on-failure --no-tests=error -j "$(($(nproc) + 1))"
-    echo "== clang++, ThreadSanitizer"
-    $fixed ctest --test-dir build/tsan --output-on-failure --no-tests=error -L threads
-    echo "== g++, and valgrind"
-    run_tests dev
+    python3 -B scripts/test_stages.py "$@"
 }
 
 cmd_interop() {
