@@ -10,32 +10,32 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <memory>
+#include <ctime>
+#include <string_view>
+#include <utility>
 
 #include "io/failure.hpp"
+#include "io/signals.hpp"
 #include "io/text.hpp"
 
 namespace vrx::app {
 namespace {
 
-constexpr std::array deadly_signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE};
-
 // The file that a deadly signal has to remove, or an empty text. Written only while those signals are blocked.
-std::array<char, PATH_MAX> unfinished_file;
+std::array<char, NAME_MAX + 1> unfinished_file;
+int unfinished_folder = -1;
 
 extern "C" void remove_unfinished_file(int signal) {
-    if (unfinished_file[0] != '\0') unlink(unfinished_file.data());
+    if (unfinished_file[0] != '\0') unlinkat(unfinished_folder, unfinished_file.data(), 0);
     raise(signal);  // The handler is gone by now: the signal ends the program as soon as this function returns.
 }
 
-/** Holds the deadly signals back in a scope. */
+/** Holds all signals back in a scope. */
 class SignalsBlocked {
 public:
     SignalsBlocked() {
         sigset_t set;
-        sigemptyset(&set);
-        for (const int signal : deadly_signals) sigaddset(&set, signal);
+        sigfillset(&set);
         sigprocmask(SIG_BLOCK, &set, &before_);
     }
     SignalsBlocked(const SignalsBlocked&) = delete;
@@ -46,26 +46,44 @@ private:
     sigset_t before_{};
 };
 
-/** To be called while the deadly signals are blocked. */
-void set_unfinished_file(const std::string& path) {
+/** To be called while signals are blocked. An empty name: there is none any more. */
+void set_unfinished_file(int folder, const std::string& name) {
+    unfinished_folder = folder;
     unfinished_file.fill('\0');
-    path.copy(unfinished_file.data(), unfinished_file.size() - 1);
-    for (const int signal : deadly_signals) {
+    name.copy(unfinished_file.data(), unfinished_file.size() - 1);
+    if (name.empty()) return;
+    const auto catch_signal = [](int signal) {
         struct sigaction action {};
         sigaction(signal, nullptr, &action);
-        if (action.sa_handler != SIG_DFL) continue;  // ignored by wish of the user (nohup), or ours already
+        if (action.sa_handler != SIG_DFL) return;  // ignored by wish of the user (nohup), or ours already
         action.sa_handler = remove_unfinished_file;
         action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
-    }
+    };
+    for (const int signal : deadly_signals) catch_signal(signal);
+    for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) catch_signal(signal);
 }
 
-int open_file(const std::string& path, int flags, mode_t mode = 0) {
-    int fd = -1;
-    do fd = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
-    while (fd < 0 && errno == EINTR);
-    return fd;
+/** A name that nobody else is likely to have taken. */
+std::string temporary_name() {
+    constexpr std::string_view letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    static std::uint32_t state = 0;
+    if (state == 0) {
+        timespec now{};
+        clock_gettime(CLOCK_REALTIME, &now);
+        state = (static_cast<std::uint32_t>(now.tv_nsec) ^ static_cast<std::uint32_t>(getpid()) << 12) | 1;
+    }
+    std::string name = ".vrx-";
+    for (int i = 0; i < 6; ++i) {
+        state = state * 1664525 + 1013904223;
+        name += letters[(state >> 16) % letters.size()];
+    }
+    return name;
 }
+
+constexpr int most_names = 1000;
+
+std::string own_link(int fd) { return "/proc/self/fd/" + std::to_string(fd); }
 
 mode_t mode_of_new_files() {
     const mode_t mask = umask(0);
@@ -75,20 +93,11 @@ mode_t mode_of_new_files() {
 
 FileId id_of(const struct stat& status) { return {status.st_dev, status.st_ino}; }
 
-/** The name of an existing file once symbolic links are followed. */
-std::string without_links(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> name(realpath(path.c_str(), nullptr), &std::free);
-    if (!name) throw SystemFailure("cannot write " + in_quotes(path), errno);
-    return name.get();
-}
-
-/** The folder of a file, ending in a slash, or empty for the working directory. */
-std::string folder_of(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
-
 }  // namespace
 
 Input::Input(const std::string& path)
-    : Input(path == "-" ? STDIN_FILENO : open_file(path, O_RDONLY), path == "-" ? "standard input" : in_quotes(path)) {}
+    : Input(path == "-" ? STDIN_FILENO : open_in(AT_FDCWD, path.c_str(), O_RDONLY),
+            path == "-" ? "standard input" : in_quotes(path)) {}
 
 Input::Input(int fd, std::string shown) : fd_(fd), shown_(std::move(shown)) {
     if (fd_ < 0) throw SystemFailure("cannot open " + shown_, errno);
@@ -135,21 +144,21 @@ Output::Output(const std::string& path, const std::vector<FileId>& inputs)
         refuse_inputs(status, inputs);
         return;
     }
-    if (stat(path.c_str(), &status) != 0) {
-        if (errno != ENOENT || path.empty()) throw SystemFailure("cannot write " + shown_, errno);
-        open_beside(path, std::nullopt);
-        return;
-    }
-    if (S_ISDIR(status.st_mode)) throw SystemFailure("cannot write " + shown_, EISDIR);
-    if (!S_ISREG(status.st_mode)) {
-        fd_ = open_file(path, O_WRONLY);
+    place_.emplace(path, shown_, true);
+    const std::optional<struct stat>& existing = place_->existing();
+    if (existing && S_ISDIR(existing->st_mode)) throw SystemFailure("cannot write " + shown_, EISDIR);
+    if (existing && !S_ISREG(existing->st_mode)) {
+        fd_ = open_in(place_->folder(), place_->name(), O_WRONLY | (place_->is_magic() ? 0 : O_NOFOLLOW));
         if (fd_ < 0) throw SystemFailure("cannot write " + shown_, errno);
+        place_.reset();
         return;
     }
-    refuse_inputs(status, inputs);
-    if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) throw SystemFailure("cannot write " + shown_, errno);
-    // A symbolic link stays; the file that it names is replaced.
-    open_beside(without_links(path), status);
+    if (existing) {
+        refuse_inputs(*existing, inputs);
+        if (faccessat(place_->folder(), place_->name(), W_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW) != 0)
+            throw SystemFailure("cannot write " + shown_, errno);
+    }
+    open_held();
 }
 
 void Output::refuse_inputs(const struct stat& status, const std::vector<FileId>& inputs) const {
@@ -158,26 +167,31 @@ void Output::refuse_inputs(const struct stat& status, const std::vector<FileId>&
         throw Failure(shown_ + " is read by this command and would be overwritten; name another output with -o");
 }
 
-void Output::open_beside(const std::string& target, std::optional<struct stat> existing) {
-    target_ = target;
-    existing_ = existing;
-    const std::string folder = folder_of(target);
-    std::string name = folder + ".vrx-XXXXXX";
+void Output::open_held() {
+    fd_ = open_in(place_->folder(), ".", O_TMPFILE | O_WRONLY, 0600);
+    if (fd_ < 0) return open_named();
+    // The name comes by way of the process file system. Where that is not mounted, there has to be one from the start.
+    if (access(own_link(fd_).c_str(), F_OK) == 0) return;
+    close(std::exchange(fd_, -1));
+    open_named();
+}
+
+void Output::open_named() {
     const SignalsBlocked blocked;
-    fd_ = mkostemp(name.data(), O_CLOEXEC);
-    if (fd_ < 0 && is_private_) throw SystemFailure("cannot create " + shown_, errno);
-    if (fd_ < 0)
-        throw SystemFailure("cannot create a file in " + in_quotes(folder.empty() ? "." : folder) + " for " + shown_,
-                            errno);
-    temporary_ = std::move(name);
-    set_unfinished_file(temporary_);
+    for (int i = 0; i < most_names && fd_ < 0; ++i) {
+        temporary_ = temporary_name();
+        fd_ = open_in(place_->folder(), temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+        if (fd_ < 0 && errno != EEXIST) break;
+    }
+    if (fd_ >= 0) return set_unfinished_file(place_->folder(), temporary_);
+    temporary_.clear();
+    throw SystemFailure((is_private_ ? "cannot create " : "cannot create a file in the folder of ") + shown_, errno);
 }
 
 Output::Output(const std::string& path, NewPrivateFile) : shown_(in_quotes(path)), is_private_(true) {
-    struct stat status {};
-    if (lstat(path.c_str(), &status) == 0) refuse_existing();
-    if (errno != ENOENT || path.empty()) throw SystemFailure("cannot create " + shown_, errno);
-    open_beside(path, std::nullopt);
+    place_.emplace(path, shown_, false);
+    if (place_->existing()) refuse_existing();
+    open_held();
     fchmod(fd_, 0600);  // whatever the umask; should it fail, the permissions are fewer, never more
 }
 
@@ -189,8 +203,8 @@ Output::~Output() {
     if (fd_ >= 0 && fd_ != STDOUT_FILENO) close(fd_);
     if (temporary_.empty()) return;
     const SignalsBlocked blocked;
-    unlink(temporary_.c_str());
-    set_unfinished_file("");
+    unlinkat(place_->folder(), temporary_.c_str(), 0);
+    set_unfinished_file(-1, "");
 }
 
 void Output::write(std::span<const std::uint8_t> data) {
@@ -204,7 +218,7 @@ void Output::write(std::span<const std::uint8_t> data) {
     }
     // The disk begins its work now, while the processor goes on; commit() then has little to wait for. A hint only.
     constexpr std::uint64_t flush_step = 8 * 1024 * 1024;
-    if (!temporary_.empty() && written_ - flushed_ >= flush_step) {
+    if (place_ && written_ - flushed_ >= flush_step) {
         sync_file_range(fd_, static_cast<off_t>(flushed_), static_cast<off_t>(written_ - flushed_),
                         SYNC_FILE_RANGE_WRITE);
         flushed_ = written_;
@@ -221,47 +235,67 @@ void Output::close_checked() {
     if (result != 0 && errno != EINTR) throw SystemFailure("cannot write " + shown_, errno);
 }
 
-void Output::put_in_place() {
-    const char* const from = temporary_.c_str();
-    const char* const to = target_.c_str();
+int Output::link_to(const char* name) const {
+    return linkat(AT_FDCWD, own_link(fd_).c_str(), place_->folder(), name, AT_SYMLINK_FOLLOW);
+}
+
+/** The file keeps owner and permissions of the one that it replaces. Giving it away is a privilege. */
+void Output::take_owner_and_mode() {
+    if (is_private_) return;
+    const bool replaces = place_->existing() && place_->is_unchanged();
+    if (replaces && fchown(fd_, place_->existing()->st_uid, place_->existing()->st_gid) != 0 && errno != EPERM)
+        throw SystemFailure("cannot set the owner of " + shown_, errno);
+    if (fchmod(fd_, replaces ? place_->existing()->st_mode & 0777 : mode_of_new_files()) != 0)
+        throw SystemFailure("cannot set the permissions of " + shown_, errno);
+}
+
+/** Give the file its name. Signals are blocked, so that no temporary name is left. */
+void Output::name_held() {
+    const int folder = place_->folder();
+    int result = -1;
+    if (temporary_.empty()) {
+        // A name that is free can be taken at once. In place of another file it is taken by way of a temporary one.
+        result = link_to(place_->name());
+        if (result == 0) return;
+        if (is_private_ && errno == EEXIST) refuse_existing();
+        if (is_private_ || errno != EEXIST) throw SystemFailure("cannot create " + shown_, errno);
+        for (int i = 0; i < most_names && result != 0; ++i) {
+            temporary_ = temporary_name();
+            result = link_to(temporary_.c_str());
+            if (result != 0 && errno != EEXIST) break;
+        }
+        if (result != 0) temporary_.clear();
+        if (result != 0) throw SystemFailure("cannot create a file in the folder of " + shown_, errno);
+    }
     if (!is_private_) {
-        if (rename(from, to) != 0) throw SystemFailure("cannot write " + shown_, errno);
+        if (renameat(folder, temporary_.c_str(), folder, place_->name()) != 0)
+            throw SystemFailure("cannot write " + shown_, errno);
         return;
     }
-    int result = renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE);
+    result = renameat2(folder, temporary_.c_str(), folder, place_->name(), RENAME_NOREPLACE);
     if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {  // some file systems know links instead
-        result = link(from, to);
-        if (result == 0) unlink(from);
+        result = linkat(folder, temporary_.c_str(), folder, place_->name(), 0);
+        if (result == 0) unlinkat(folder, temporary_.c_str(), 0);
     }
     if (result != 0 && errno == EEXIST) refuse_existing();
     if (result != 0) throw SystemFailure("cannot create " + shown_, errno);
 }
 
 void Output::commit() {
-    if (temporary_.empty()) return close_checked();
-    if (!is_private_) {
-        // The file keeps owner and permissions of the one that it replaces. Giving it away is a privilege.
-        if (existing_ && fchown(fd_, existing_->st_uid, existing_->st_gid) != 0 && errno != EPERM)
-            throw SystemFailure("cannot set the owner of " + shown_, errno);
-        if (fchmod(fd_, existing_ ? existing_->st_mode & 0777 : mode_of_new_files()) != 0)
-            throw SystemFailure("cannot set the permissions of " + shown_, errno);
-    }
+    if (!place_) return close_checked();
+    take_owner_and_mode();
     if (fsync(fd_) != 0 && errno != EINVAL && errno != ENOTSUP) throw SystemFailure("cannot write " + shown_, errno);
-    close_checked();
 
-    std::string folder = folder_of(temporary_);
-    if (folder.empty()) folder = ".";
     const SignalsBlocked blocked;
-    put_in_place();
+    if (!temporary_.empty()) close_checked();
+    name_held();
     // The file is there: from here on nothing may fail.
     temporary_.clear();
-    set_unfinished_file("");
+    set_unfinished_file(-1, "");
+    if (fd_ >= 0) close(std::exchange(fd_, -1));
     // The name is permanent once its folder is; where folders cannot be synced the data itself is safe already.
-    const int directory = open_file(folder, O_RDONLY | O_DIRECTORY);
-    if (directory >= 0) {
-        fsync(directory);
-        close(directory);
-    }
+    const Descriptor folder(open_in(place_->folder(), ".", O_RDONLY | O_DIRECTORY));
+    if (folder.is_open()) fsync(folder.get());
 }
 
 void occupy_standard_streams() {

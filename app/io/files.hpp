@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "io/place.hpp"
+
 namespace vrx::app {
 
 /**
@@ -64,9 +66,10 @@ struct NewPrivateFile {};
 /**
  * A file that appears whole or not at all.
  *
- * Data goes to a temporary file beside the target, which commit() renames. Without a commit (an exception, or a signal
- * that ends the program) the temporary file is removed, and what was there before stays. Standard output, pipes and
- * devices cannot be held back: they are written directly.
+ * Data goes to a file without a name in the folder of the target, or where the file system has no such files to a
+ * temporary one; commit() gives it the name. Without a commit (an exception, or a signal that ends the program) it goes
+ * away, and what was there before stays. Standard output, pipes and devices cannot be held back: they are written
+ * directly.
  */
 class Output {
 public:
@@ -90,16 +93,18 @@ public:
 private:
     void refuse_inputs(const struct stat& status, const std::vector<FileId>& inputs) const;
     [[noreturn]] void refuse_existing() const;
-    void open_beside(const std::string& target, std::optional<struct stat> existing);
+    void open_held();
+    void open_named();
     void close_checked();
-    void put_in_place();
+    void take_owner_and_mode();
+    void name_held();
+    int link_to(const char* name) const;
 
-    int fd_ = -1;
     std::string shown_;
-    bool is_private_ = false;              // for its owner alone, and never in the place of another file
-    std::string temporary_;                // to be removed unless it becomes the target; empty when writing directly
-    std::string target_;                   // name that the temporary file gets
-    std::optional<struct stat> existing_;  // the file that the target replaces
+    std::optional<Place> place_;  // where the file appears; nothing when writing directly
+    int fd_ = -1;
+    bool is_private_ = false;  // for its owner alone, and never in the place of another file
+    std::string temporary_;    // the name until the file has its own; empty for a file without one
     std::uint64_t written_ = 0;
     std::uint64_t flushed_ = 0;  // of them on their way to the disk
 };

@@ -8,12 +8,12 @@
 #include <cerrno>
 
 #include "io/failure.hpp"
+#include "io/signals.hpp"
 
 namespace vrx::app {
 namespace {
 
 // What a signal has to restore while the terminal is silent.
-constexpr std::array deadly_signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 std::array<struct sigaction, deadly_signals.size()> actions_before;
 struct termios terminal_before;
 int terminal = -1;

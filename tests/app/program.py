@@ -1,11 +1,14 @@
 """Runs the program vrx in a folder of its own, for tests."""
 
 import contextlib
+import fcntl
 import os
 import pty
 import shutil
+import struct
 import subprocess
 import tempfile
+import termios
 import time
 import unittest
 
@@ -107,6 +110,27 @@ class ProgramTest(unittest.TestCase):
                 return result
             time.sleep(0.01)
         return self.fail("waited in vain for " + what)
+
+    def wait_for_input(self, process):
+        """Wait until a run has read all that was written to its standard input, and waits for more."""
+        def waits():
+            unread = fcntl.ioctl(process.stdin, termios.FIONREAD, bytes(4))
+            with open(f"/proc/{process.pid}/stat", encoding="ascii", errors="replace") as file:
+                sleeps = file.read().rpartition(")")[2].split()[0] == "S"
+            return struct.unpack("i", unread)[0] == 0 and sleeps
+
+        for _ in range(3):
+            self.wait_for(waits, "a run that waits for input")
+            time.sleep(0.02)
+
+    def unnamed_files(self, process):
+        """What a run writes without a name yet: statuses of the files. Only root may look at every process."""
+        found = []
+        for fd in os.listdir(f"/proc/{process.pid}/fd"):
+            path = f"/proc/{process.pid}/fd/{fd}"
+            if os.readlink(path).startswith(self.folder) and os.stat(path).st_nlink == 0:
+                found.append(os.stat(path))
+        return found
 
     @staticmethod
     def status_of(process, field):

@@ -5,6 +5,7 @@
  *   VRX_FAULT_MEMORY=n    the n-th allocation fails; n+ also all that follow
  *   VRX_FAULT_SYSTEM=n    the n-th system call of those below fails
  *   VRX_FAULT_STUTTER=1   reads, writes and random numbers come a few bytes at a time, and signals interrupt them
+ *   VRX_FAULT_NAMED=1     no file system has files without names
  *   VRX_FAULT_REPORT=FILE made when a fault was delivered; it holds the name of the call
  */
 #define _GNU_SOURCE
@@ -35,7 +36,7 @@ struct Plan {
     atomic_int lasting;
 };
 static struct Plan memory_plan, system_plan;
-static atomic_int stutters;
+static atomic_int stutters, without_unnamed_files;
 static atomic_long live;
 static atomic_size_t left_in_last;
 static atomic_int prepared;
@@ -54,6 +55,7 @@ static void prepare(void) {
     read_plan(&memory_plan, "VRX_FAULT_MEMORY");
     read_plan(&system_plan, "VRX_FAULT_SYSTEM");
     stutters = getenv("VRX_FAULT_STUTTER") != NULL;
+    without_unnamed_files = getenv("VRX_FAULT_NAMED") != NULL;
 }
 
 static void report(const char* call) {
@@ -185,11 +187,23 @@ int open(const char* path, int flags, ...) {
     return (int)syscall(SYS_openat, AT_FDCWD, path, flags, mode);
 }
 int __open_2(const char* path, int flags) { return open(path, flags); }
-int mkostemp(char* name, int flags) {
-    if (fails("mkostemp", EROFS)) return -1;
-    int (*real)(char*, int);
-    *(void**)&real = dlsym(RTLD_NEXT, "mkostemp");
-    return real(name, flags);
+int openat(int folder, const char* path, int flags, ...) {
+    va_list more;
+    va_start(more, flags);
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(more, mode_t) : 0;
+    va_end(more);
+    size_t all = 1;
+    prepare();
+    if (without_unnamed_files && (flags & O_TMPFILE) == O_TMPFILE) {
+        errno = EOPNOTSUPP;
+        return -1;
+    }
+    if (fails("openat", EMFILE) || is_interrupted(&all)) return -1;
+    return (int)syscall(SYS_openat, folder, path, flags, mode);
+}
+int __openat_2(int folder, const char* path, int flags) { return openat(folder, path, flags); }
+int linkat(int from_folder, const char* from, int to_folder, const char* to, int flags) {
+    return fails("linkat", EMLINK) ? -1 : (int)syscall(SYS_linkat, from_folder, from, to_folder, to, flags);
 }
 int close(int fd) {
     const int failing = fails("close", EIO);
@@ -199,8 +213,8 @@ int close(int fd) {
     return -1;
 }
 int fsync(int fd) { return fails("fsync", EIO) ? -1 : (int)syscall(SYS_fsync, fd); }
-int rename(const char* from, const char* to) {
-    return fails("rename", EACCES) ? -1 : (int)syscall(SYS_rename, from, to);
+int renameat(int from_folder, const char* from, int to_folder, const char* to) {
+    return fails("renameat", EACCES) ? -1 : (int)syscall(SYS_renameat, from_folder, from, to_folder, to);
 }
 int renameat2(int from_folder, const char* from, int to_folder, const char* to, unsigned flags) {
     if (fails("renameat2", EACCES)) return -1;

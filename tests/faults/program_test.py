@@ -77,7 +77,7 @@ class Runs(ProgramTest):
         if os.path.exists(self.path(OUT)):
             os.unlink(self.path(OUT))
 
-    def expect_whole_or_nothing(self, fault, first=1, after=""):
+    def expect_whole_or_nothing(self, fault, first=1, after="", **more):
         """Let each call fail in turn, in every command: a run succeeds whole, or fails and leaves all as it was."""
         for command, proof in self.commands():
             self.remove_output()
@@ -87,7 +87,7 @@ class Runs(ProgramTest):
             written = self.files()
             for n in range(first, ENOUGH):
                 self.remove_output()
-                done, call = self.with_faults(command, **{fault: f"{n}{after}"})
+                done, call = self.with_faults(command, **{fault: f"{n}{after}"}, **more)
                 if call is None:
                     break
                 with self.subTest(command, n=n, call=call):
@@ -131,6 +131,9 @@ class ShortMemory(Runs):
 class FailingSystem(Runs):
     def test_one_call_of_the_system_fails(self):
         self.expect_whole_or_nothing("system")
+
+    def test_one_call_fails_where_no_file_is_without_a_name(self):
+        self.expect_whole_or_nothing("system", named=1)
 
 
 class Stutter(Runs):

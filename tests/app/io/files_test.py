@@ -1,6 +1,7 @@
 """Where the output goes: never half-written, never over an input; full disks, broken pipes, signals, memory."""
 
 import contextlib
+import ctypes
 import fcntl
 import os
 import resource
@@ -13,6 +14,11 @@ import unittest
 from program import PROGRAM, SANITIZED, ProgramTest, main
 
 NOBODY = 65534
+FAULTS = os.environ.get("VRX_FAULTS", "")
+# Those that end a program, but for SIGKILL and those of faults in the program itself.
+DEADLY = [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGPIPE, signal.SIGTERM, signal.SIGALRM, signal.SIGUSR1,
+          signal.SIGUSR2, signal.SIGVTALRM, signal.SIGPROF, signal.SIGXCPU, signal.SIGIO, signal.SIGPWR, 16,
+          signal.SIGRTMIN, signal.SIGRTMIN + 7, signal.SIGRTMAX]
 ENCRYPT = ["encrypt", "--key", "key"]
 
 
@@ -184,33 +190,136 @@ class Disks(ProgramTest):
         self.assertEqual(self.read("disk/out"), b"before")
 
 
+class HostileFolders(ProgramTest):
+    """Folders in which somebody else changes names while the program works."""
+
+    def setUp(self):
+        super().setUp()
+        self.write("in", b"some text")
+
+    def test_the_folder_is_the_one_that_was_opened(self):
+        os.mkdir(self.path("folder"))
+        process = self.start(*ENCRYPT, "-o", "folder/out", stdin=subprocess.PIPE)
+        process.stdin.write(b"text")
+        process.stdin.flush()
+        self.wait_for_input(process)
+        os.rename(self.path("folder"), self.path("moved"))
+        os.mkdir(self.path("folder"))
+        process.stdin.close()
+        self.assertEqual(process.wait(60), 0, process.stderr.read())
+        self.assertEqual((os.listdir(self.path("folder")), os.listdir(self.path("moved"))), ([], [b"out"]))
+
+    def test_a_name_that_becomes_a_link_is_replaced_and_its_target_stays(self):
+        for first in (None, b"before"):
+            self.write("secret", b"secret", 0o600)
+            if first is not None:
+                self.write("out", first, 0o666)
+            process = self.start(*ENCRYPT, "-o", "out", stdin=subprocess.PIPE, umask=0o027)
+            process.stdin.write(b"text")
+            process.stdin.flush()
+            self.wait_for_input(process)
+            os.symlink("secret", self.path("link"))
+            os.rename(self.path("link"), self.path("out"))
+            process.stdin.close()
+            self.assertEqual(process.wait(60), 0)
+            self.assertFalse(os.path.islink(self.path("out")))
+            self.assertEqual(self.mode("out"), 0o640)  # no longer the file whose permissions were seen
+            self.assertEqual((self.read("secret"), self.mode("secret")), (b"secret", 0o600))
+            os.unlink(self.path("out"))
+
+    def test_names_that_are_swapped_all_the_time_never_open_a_private_file(self):
+        """Two names change places: an open file, and a link to a private one."""
+        self.write("out", b"open", 0o666)
+        self.write("secret", b"secret", 0o600)
+        os.symlink("secret", self.path("link"))
+        stop = threading.Event()
+
+        def swap():
+            renameat2 = ctypes.CDLL(None).renameat2
+            names = self.path("out"), self.path("link")
+            while not stop.is_set():
+                renameat2(-100, names[0], -100, names[1], 2)  # AT_FDCWD, RENAME_EXCHANGE
+
+        swapper = threading.Thread(target=swap)
+        swapper.start()
+        try:
+            for _ in range(60 if SANITIZED else 300):
+                self.run_vrx("hash", "-o", "out", "in")
+                self.assertEqual(self.mode("secret"), 0o600)
+                if not os.path.islink(self.path("link")) and not os.path.islink(self.path("out")):
+                    with contextlib.suppress(OSError):
+                        os.unlink(self.path("link"))
+                    with contextlib.suppress(OSError):
+                        os.symlink("secret", self.path("link"))
+        finally:
+            stop.set()
+            swapper.join()
+
+    @unittest.skipUnless(os.geteuid() == 0, "needs root")
+    def test_links_of_other_users_are_not_followed(self):
+        self.write("secret", b"secret", 0o600)
+        os.symlink("secret", self.path("link"))
+        os.chown(self.path("link"), NOBODY, NOBODY, follow_symlinks=False)
+        self.refused("hash", "-o", "link", "in", says=["'link' is a symbolic link of another user", "name the file itself"])
+        self.assertEqual(self.read("secret"), b"secret")
+
+    def test_links_to_links_and_loops(self):
+        os.mkdir(self.path("folder"))
+        os.symlink("folder/second", self.path("first"))
+        os.symlink("../real", self.path("folder/second"))
+        self.vrx("hash", "-o", "first", "in")
+        self.assertEqual(self.read("real"), self.vrx("hash", "in"))
+        os.symlink("loop", self.path("loop"))
+        self.refused("hash", "-o", "loop", "in", says="cannot write 'loop': Too many levels of symbolic links")
+
+    def test_standard_output_by_its_name(self):
+        self.assertEqual(self.vrx("hash", "-o", "/dev/stdout", "in"), self.vrx("hash", "in"))
+
+
 class Signals(ProgramTest):
     def half_way(self, target, **options):
         """A run that has written a part of its output and waits for more input."""
         process = self.start(*ENCRYPT, "-o", target, stdin=subprocess.PIPE, **options)
         process.stdin.write(bytes(100_000))
         process.stdin.flush()
-        self.wait_for(lambda: [n for n in self.names() if n.startswith(".vrx-") and os.path.getsize(self.path(n)) > 50_000],
-                      "a temporary file")
+        self.wait_for_input(process)
         return process
+
+    def env(self):
+        """Environments of runs: as it is, and where the file system has no files without names."""
+        yield {}
+        if FAULTS:
+            yield {"env": {**os.environ, "LD_PRELOAD": FAULTS, "VRX_FAULT_NAMED": "1"}}
 
     def test_signals_leave_no_file_and_keep_the_old_one(self):
         self.write("out", b"before")
-        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT):
-            for target in ("out", "new"):
-                with self.subTest(signal=number, target=target):
-                    process = self.half_way(target)
+        for options in self.env():
+            for number in DEADLY:
+                with self.subTest(signal=number, options=options):
+                    target = "new" if number % 2 else "out"
+                    process = self.half_way(target, **options)
                     process.send_signal(number)
                     self.assertEqual(process.wait(60), -number)
                     self.assertEqual(self.names(), ["key", "out"])
                     self.assertEqual(self.read("out"), b"before")
 
-    def test_the_temporary_file_is_private(self):
+    @unittest.skipUnless(os.geteuid() == 0, "needs root")
+    def test_a_killed_run_leaves_no_file(self):
         process = self.half_way("out")
-        name = next(n for n in self.names() if n.startswith(".vrx-"))
-        self.assertEqual(self.mode(name), 0o600)
-        process.stdin.close()
-        self.assertEqual(process.wait(60), 0)
+        process.kill()
+        process.wait(60)
+        self.assertEqual(self.names(), ["key"])
+
+    @unittest.skipUnless(os.geteuid() == 0, "needs root")
+    def test_an_unfinished_file_is_private(self):
+        for options in self.env():
+            process = self.half_way("out", **options)
+            named = [os.stat(self.path(n)) for n in self.names() if n.startswith(".vrx-")]
+            files = named or self.unnamed_files(process)
+            self.assertEqual(bool(named), bool(options))
+            self.assertEqual([(f.st_mode & 0o777, f.st_size > 50_000) for f in files], [(0o600, True)])
+            process.stdin.close()
+            self.assertEqual(process.wait(60), 0)
 
     def test_an_ignored_signal_stays_ignored(self):
         process = self.half_way("out", preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))

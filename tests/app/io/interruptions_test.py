@@ -88,7 +88,7 @@ class AtAnyMoment(ProgramTest):
         process = self.start("derive", "--kdf", "pbkdf2", "--salt", 8 * "5a", "--iterations", "10000", "--password-fd", "0",
                              "--out", "out", stdin=-1)
         # It has made sure of its output, and waits for the password.
-        self.wait_for(lambda: [name for name in self.names() if name.startswith(".vrx-")], "a temporary file")
+        self.wait_for_input(process)
         process.kill()
         process.wait(60)
         self.assertNotIn("out", self.names())
@@ -98,7 +98,7 @@ class AtAnyMoment(ProgramTest):
             self.assertIn(self.read("out"), (b"before", self.read("right")) if ended else (self.read("right"),))
 
     def test_ended_runs_clean_up(self):
-        for number in (signal.SIGTERM, signal.SIGINT):
+        for number in (signal.SIGTERM, signal.SIGUSR1):
             self.expect_whole_or_absent([*ENCRYPT, "-o", "out", "in"], self.same_ciphertext, number, 15)
             self.expect_whole_or_absent(["sign", "--key", "pem", "-o", "out", "in"], self.good_signature, number, 15)
             self.expect_whole_or_absent(["keypair", "--curve", "B", "--out", "out"], self.good_private_key, number, 15)
@@ -113,8 +113,7 @@ class TwoPrograms(ProgramTest):
             process.stdin.write(data)
             process.stdin.flush()
             both.append((process, data))
-        self.wait_for(lambda: sum(os.path.getsize(self.path(name)) > 50_000 for name in self.names()
-                                  if name.startswith(".vrx-")) == 2, "two temporary files")
+            self.wait_for_input(process)
         return both
 
     def test_the_last_one_that_ends_writes_the_output(self):
