@@ -10,6 +10,7 @@ constexpr std::string_view begin = "-----BEGIN ";
 constexpr std::string_view end = "-----END ";
 constexpr std::string_view dashes = "-----";
 constexpr std::size_t pem_width = 64;
+constexpr std::size_t longest_label = 64;  // twice as long as any that RFC 7468 names
 
 void append_text(SecretBytes& out, std::string_view text) {
     for (const char c : text) out.push_back(static_cast<std::uint8_t>(c));
@@ -154,6 +155,7 @@ void append_base64(SecretBytes& out, std::span<const std::uint8_t> octets, std::
 
 std::optional<std::string> decode_pem(SecretBytes& text) {
     std::optional<std::string> label;
+    std::string last_line;
     bool inside = false;
     std::size_t size = 0;
     for (std::string_view rest = text.text(); !rest.empty();) {
@@ -161,8 +163,10 @@ std::optional<std::string> decode_pem(SecretBytes& text) {
         if (line.size() >= begin.size() + dashes.size() && line.starts_with(begin) && line.ends_with(dashes)) {
             if (label) return std::nullopt;
             label = line.substr(begin.size(), line.size() - begin.size() - dashes.size());
+            if (label->size() > longest_label) return std::nullopt;
+            last_line = std::string(end) + *label + std::string(dashes);
             inside = true;
-        } else if (inside && line == std::string(end) + *label + std::string(dashes)) {
+        } else if (inside && line == last_line) {
             inside = false;
         } else if (inside) {
             // Moves towards the beginning of the same octets.
