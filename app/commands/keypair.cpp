@@ -22,7 +22,7 @@ int run(const Command& self, int argc, char** argv) {
     Secret<PrivateKey> key;
     EcPoint point;
     key->set = &curve_by_name(*form.curve);
-    check("the key generator", ecGenerateKeyPair(key->set, system_random, key->d, &point));
+    check("the key generator", ecGenerateKeyPair(key->set, vrx_system_random, key->d, &point));
     SecretBytes content;
     append_private_key(content, form, *key);
     Output output(*out, NewPrivateFile{});

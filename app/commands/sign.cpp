@@ -1,7 +1,7 @@
 // vrx sign
-#include <algorithm>
+#include <vrx/hedged.h>
+
 #include <array>
-#include <cstring>
 
 #include "commands/commands.hpp"
 #include "digest.hpp"
@@ -9,8 +9,6 @@
 #include "key_options.hpp"
 #include "keys/der.hpp"
 #include "keys/key_files.hpp"
-#include "keys/parameters.hpp"
-#include "keys/random.hpp"
 
 namespace vrx::app {
 namespace {
@@ -43,8 +41,12 @@ int run(const Command& self, int argc, char** argv) {
     const SignedDigest digest = signed_digest(set, input);
     EcSignature signature;
     std::array<std::uint8_t, VRX_SIGNATURE_SIZE> octets;
-    do check("the signature", ecSign(key->set, digest.data(), system_random, key->d, &signature));
-    while (mpIsZero(signature.r, VRX_ECC_DIGITS) == 1 || mpIsZero(signature.s, VRX_ECC_DIGITS) == 1);
+    const int code = vrx_hedged_sign(key->set, digest.data(), key->d, &signature);
+    if (code == VRX_ERR_FAILED)
+        throw Failure(
+            "the signature did not verify once it was made, so it was thrown away; processor or memory may be "
+            "faulty, check the machine");
+    check("the signature", code);
     check("the signature", ecUnloadSignValue(&signature, octets.data()));
     if (hex) {
         output.write(to_hex(octets) + "\n");

@@ -142,7 +142,7 @@ MeasuredGroup signatures(std::vector<Secret<Pair>>& pairs) {
         const std::string curve = std::string(", curve ") + curve_name(*pair.set);
         group.rows.push_back({"sign" + curve, 1, [&pair] {
                                   check("the signature",
-                                        ecSign(pair.set, pair.digest, system_random, pair.d, &pair.signature));
+                                        ecSign(pair.set, pair.digest, vrx_system_random, pair.d, &pair.signature));
                               }});
         group.rows.push_back(
             {"verify" + curve, 1,
@@ -153,7 +153,7 @@ MeasuredGroup signatures(std::vector<Secret<Pair>>& pairs) {
     group.rows.push_back({"new key pair" + curve, 1, [&pair] {
                               Pair other;
                               check("the key generator",
-                                    ecGenerateKeyPair(pair.set, system_random, other.d, &other.point));
+                                    ecGenerateKeyPair(pair.set, vrx_system_random, other.d, &other.point));
                           }});
     group.rows.push_back({"key agreement" + curve, 1, [&pair] {
                               const vrx_gostr3411_par& hash = *get_GOSTR3411_default_par();
@@ -188,9 +188,9 @@ std::vector<Secret<Pair>> pairs() {
     for (std::size_t i = 0; i < result.size(); ++i) {
         Pair& pair = *result[i];
         pair.set = &curve_by_name(std::array{"A", "B", "C", "Test"}[i]);
-        check("the key generator", ecGenerateKeyPair(pair.set, system_random, pair.d, &pair.point));
+        check("the key generator", ecGenerateKeyPair(pair.set, vrx_system_random, pair.d, &pair.point));
         fill_random({reinterpret_cast<std::uint8_t*>(pair.digest), sizeof pair.digest});
-        check("the signature", ecSign(pair.set, pair.digest, system_random, pair.d, &pair.signature));
+        check("the signature", ecSign(pair.set, pair.digest, vrx_system_random, pair.d, &pair.signature));
     }
     return result;
 }

@@ -1,5 +1,7 @@
 #include "io/failure.hpp"
 
+#include <vrx/frame.h>
+
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -57,7 +59,14 @@ const char* advice(int error) {
 SystemFailure::SystemFailure(const std::string& what, int error)
     : Failure(what + ": " + std::strerror(error) + advice(error)), error_(error) {}
 
+void throw_bad_randomness() {
+    throw Failure(
+        "the random bytes of the system fail or repeat themselves, and nothing secret can be made of them; restart the "
+        "machine, or make the key elsewhere");
+}
+
 void check(const char* what, int code) {
+    if (code == VRX_ERR_RANDOM) throw_bad_randomness();
     if (code != 0)
         throw Failure(std::string(what) + " failed with code " + std::to_string(code) +
                       "; this is a fault of the program, please report it");

@@ -31,6 +31,9 @@ private:
     int error_;
 };
 
+/** The system's random bytes fail or repeat: throw a Failure that says so. */
+[[noreturn]] void throw_bad_randomness();
+
 /** Throw a Failure unless a call of the library was successful. @param what  what the library was to do, "the hash". */
 void check(const char* what, int code);
 

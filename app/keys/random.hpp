@@ -2,8 +2,10 @@
 #ifndef VRX_APP_RANDOM_HPP
 #define VRX_APP_RANDOM_HPP
 
-#include <sys/random.h>
+#include <vrx/random.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <span>
@@ -12,24 +14,17 @@
 
 namespace vrx::app {
 
+/** Throws a Failure when the system's source fails or is stuck. */
 inline void fill_random(std::span<std::uint8_t> octets) {
-    while (!octets.empty()) {
-        const ssize_t got = getrandom(octets.data(), octets.size(), 0);
-        if (got >= 0)
-            octets = octets.subspan(static_cast<std::size_t>(got));
-        else if (errno != EINTR)
-            throw SystemFailure("cannot draw random bytes from the system", errno);
+    if (octets.size() < 16) {  // too few to notice a stuck source by
+        std::array<std::uint8_t, 16> more;
+        fill_random(more);
+        std::copy_n(more.begin(), octets.size(), octets.begin());
+        return;
     }
-}
-
-/** The same as a source for the library. */
-inline int system_random(void* buffer, std::uint32_t length) {
-    try {
-        fill_random({static_cast<std::uint8_t*>(buffer), length});
-        return 0;
-    } catch (const Failure&) {
-        return -1;
-    }
+    if (vrx_system_random(octets.data(), static_cast<std::uint32_t>(octets.size())) == 0) return;
+    if (errno == EIO) throw_bad_randomness();
+    throw SystemFailure("cannot draw random bytes from the system", errno);
 }
 
 }  // namespace vrx::app

@@ -16,6 +16,30 @@
 
 VRX_BEGIN_DECLS
 
+/** @cond */
+#if defined(__cplusplus)
+#define VRX_RANDOM_INLINE inline
+#else
+#define VRX_RANDOM_INLINE static inline
+#endif
+
+/** For vrx_system_random(): getrandom() until the buffer is full. @return 0, or -1. */
+VRX_RANDOM_INLINE int vrx_kernel_random(void *buffer, size_t length) {
+    uint8_t *at = (uint8_t *)buffer;
+    while (length != 0) {
+        const ssize_t got = getrandom(at, length, 0);
+        if (got >= 0) {
+            at += got;
+            length -= (size_t)got;
+        } else if (errno != EINTR) {
+            return -1;
+        }
+    }
+    return 0;
+}
+
+/** @endcond */
+
 /* ---- Use these --------------------------------------------------------------------------------------------------- */
 
 /**
@@ -26,28 +50,24 @@ VRX_BEGIN_DECLS
  *
  * @param buffer  out: the random bytes, at any address; may be NULL if length is 0.
  * @param length  in: bytes in buffer, any number.
- * @return 0, or -1 if the system refuses; errno then gives the reason, and part of the buffer may be filled.
+ * @return 0, or -1 if the system refuses; errno then gives the reason, and part of the buffer may be filled. For 16 bytes
+ *         and more also -1, with EIO, if the source is stuck: all bytes are equal, or the next draw repeats the first 16.
  *
  * Threads: any number may call the function. It allocates nothing.
  */
-#if defined(__cplusplus)
-inline int vrx_system_random(void *buffer, uint32_t length)
-#else
-static inline int vrx_system_random(void *buffer, uint32_t length)
-#endif
-{
-    uint8_t *at = (uint8_t *)buffer;
-    size_t left = length;
-    while (left != 0) {
-        const ssize_t got = getrandom(at, left, 0);
-        if (got >= 0) {
-            at += got;
-            left -= (size_t)got;
-        } else if (errno != EINTR) {
-            return -1;
-        }
-    }
-    return 0;
+VRX_RANDOM_INLINE int vrx_system_random(void *buffer, uint32_t length) {
+    const uint8_t *const bytes = (const uint8_t *)buffer;
+    uint8_t again[16];
+    /* Both are found out over all bytes, so that nothing tells where they differ. */
+    unsigned varies = 0, differs = 0;
+    if (vrx_kernel_random(buffer, length) != 0) return -1;
+    if (length < sizeof again) return 0;
+    if (vrx_kernel_random(again, sizeof again) != 0) return -1;
+    for (uint32_t i = 1; i < length; ++i) varies |= (unsigned)(bytes[i] ^ bytes[0]);
+    for (size_t i = 0; i < sizeof again; ++i) differs |= (unsigned)(bytes[i] ^ again[i]);
+    if (varies != 0 && differs != 0) return 0;
+    errno = EIO;
+    return -1;
 }
 
 VRX_END_DECLS

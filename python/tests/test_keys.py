@@ -1,11 +1,13 @@
 """Key pairs, signatures, key agreement, curves."""
 
+import ctypes
 import os
 import random
 from concurrent.futures import ThreadPoolExecutor
 
 import pytest
 import vrx
+from vrx import _c, _keys
 
 every = pytest.mark.parametrize("curve", vrx.CURVES, ids=lambda c: c.name)
 
@@ -220,3 +222,65 @@ PRIVATE, OTHER = vrx.PrivateKey.generate(), vrx.PrivateKey.generate("B")
 def test_wrong_arguments_are_refused(kind, sentence, call):
     with pytest.raises(kind, match=f"^{sentence}"):
         call()
+
+
+@pytest.mark.parametrize("curve", ["Test", "B", "C", "XchB"])
+def test_numbers_of_a_signature_are_below_the_order(curve):
+    """s + q is the same number modulo q, in 32 bytes where the order leaves room; RFC 5832 does not take it."""
+    private = vrx.PrivateKey.generate(curve)
+    order = int.from_bytes(bytes(private.curve._record.q), "little")
+    for i in range(200):
+        message = str(i).encode()
+        signature = private.sign(message)
+        s, r = int.from_bytes(signature[:32], "big"), int.from_bytes(signature[32:], "big")
+        if max(s, r) + order < 1 << 256:
+            break
+    for twin in ((s + order, r), (s, r + order), (0, r), (s, 0), (s, order), (order, r)):
+        with pytest.raises(vrx.InvalidSignature):
+            private.public_key.verify(b"".join(n.to_bytes(32, "big") for n in twin), message)
+
+
+def drawn_from(octets):
+    """A random source of the system that gives these bytes, over and over."""
+    place = [0]
+
+    @_c.RND_FUNC
+    def fill(buffer, size):
+        for i in range(size):
+            ctypes.memset(buffer + i, octets[place[0] % len(octets)], 1)
+            place[0] += 1
+        return 0
+
+    return fill
+
+
+def test_nonces_differ_where_the_system_repeats_itself(monkeypatch):
+    private, sequence = vrx.PrivateKey.generate("B"), random.Random(7).randbytes(100_003)
+    signatures = []
+    for message in (b"one", b"two", b"one"):
+        monkeypatch.setattr(_keys, "_SYSTEM", drawn_from(sequence))
+        signatures.append(private.sign(message))
+        private.public_key.verify(signatures[-1], message)
+    assert signatures[0][32:] != signatures[1][32:]
+    assert signatures[0] == signatures[2]
+
+
+@pytest.mark.parametrize("octets", [bytes(1), b"x", bytes(range(4))])
+def test_a_stuck_source_of_the_system_is_an_error(monkeypatch, octets):
+    private = vrx.PrivateKey.generate()
+    monkeypatch.setattr(_keys, "_SYSTEM", drawn_from(octets))
+    for call in (lambda: private.sign(b"message"), vrx.PrivateKey.generate):
+        with pytest.raises(vrx.Error, match="RANDOM|random"):
+            call()
+
+
+def test_a_signature_that_does_not_verify_is_not_returned(monkeypatch):
+    private, right = vrx.PrivateKey.generate(), _c.lib.ecSign
+
+    def faulty(*arguments):
+        right(*arguments)
+        arguments[-1].s[0] ^= 1
+
+    monkeypatch.setattr(_c.lib, "ecSign", faulty)
+    with pytest.raises(vrx.InvalidSignature):
+        private.sign(b"message")

@@ -6,6 +6,8 @@
  *   VRX_FAULT_SYSTEM=n    the n-th system call of those below fails
  *   VRX_FAULT_STUTTER=1   reads, writes and random numbers come a few bytes at a time, and signals interrupt them
  *   VRX_FAULT_NAMED=1     no file system has files without names
+ *   VRX_FAULT_RANDOM=how  random bytes are all `zero`, or always the same (`constant`), or the same in every process
+ *                         (`snapshot`); or they come once, and then `never` more
  *   VRX_FAULT_REPORT=FILE made when a fault was delivered; it holds the name of the call
  */
 #define _GNU_SOURCE
@@ -41,6 +43,7 @@ static atomic_long live;
 static atomic_size_t left_in_last;
 static atomic_int prepared;
 static unsigned turn;
+static const char* randomness;
 
 static void read_plan(struct Plan* plan, const char* name) {
     const char* text = getenv(name);
@@ -55,6 +58,7 @@ static void prepare(void) {
     read_plan(&memory_plan, "VRX_FAULT_MEMORY");
     read_plan(&system_plan, "VRX_FAULT_SYSTEM");
     stutters = getenv("VRX_FAULT_STUTTER") != NULL;
+    randomness = getenv("VRX_FAULT_RANDOM");
     without_unnamed_files = getenv("VRX_FAULT_NAMED") != NULL;
 }
 
@@ -173,8 +177,22 @@ ssize_t write(int fd, const void* buffer, size_t size) {
     if (!is_message(fd) && (fails("write", ENOSPC) || is_interrupted(&size))) return -1;
     return syscall(SYS_write, fd, buffer, size);
 }
+static ssize_t planned_random(unsigned char* buffer, size_t size) {
+    static unsigned long sequence = 1;
+    if (*randomness == 'n' && sequence != 1) {
+        errno = EIO;
+        return -1;
+    }
+    if (*randomness == 'c') sequence = 1;
+    for (size_t i = 0; i < size; ++i) {
+        sequence = sequence * 6364136223846793005UL + 1442695040888963407UL;
+        buffer[i] = *randomness == 'z' ? 0 : (unsigned char)(sequence >> 56);
+    }
+    return (ssize_t)size;
+}
 ssize_t getrandom(void* buffer, size_t size, unsigned flags) {
     if (fails("getrandom", ENOSYS) || is_interrupted(&size)) return -1;
+    if (randomness != NULL) return planned_random(buffer, size);
     return syscall(SYS_getrandom, buffer, size, flags);
 }
 int open(const char* path, int flags, ...) {

@@ -136,6 +136,39 @@ class FailingSystem(Runs):
         self.expect_whole_or_nothing("system", named=1)
 
 
+class BadRandomness(Runs):
+    NEW = (["keygen", "--out", OUT], ["keypair", "--curve", "A", "--out", OUT], ["encrypt", "--key", "key", "in"],
+           ["sign", "--key", "pem", "in"])
+
+    def test_a_stuck_source_is_an_error_and_no_fault_of_the_program(self):
+        before = self.files()
+        for how in ("zero", "constant", "never"):
+            for command in self.NEW:
+                with self.subTest(command, how=how):
+                    done, _ = self.with_faults(command, random=how)
+                    self.assertEqual((done.code, done.out), (2, b""))
+                    self.assertRegex(done.err, rb"\Avrx: [^\n]*random bytes[^\n]*\n\Z")
+                    self.assertNotIn(b"report it", done.err)
+                    self.assertEqual(self.files(), before)
+
+    def test_a_source_that_repeats_itself_gives_no_private_key_away(self):
+        """As in a machine that was restored from a snapshot: two messages have different nonces, so different r."""
+        for curve in ("A", "Test"):
+            self.remove_output()
+            self.vrx("keypair", "--curve", curve, "--out", OUT)
+            self.vrx("pubkey", "-o", "public", OUT)
+            signatures = []
+            for message in (b"one", b"two", b"one"):
+                self.write("message", message)
+                done, _ = self.with_faults(["sign", "--key", OUT, "message"], random="snapshot")
+                self.assertEqual((done.code, done.err, len(done.out)), (0, b"", 64))
+                self.write("signed", done.out)
+                self.vrx("verify", "--key", "public", "--signature", "signed", "message")
+                signatures.append(done.out)
+            self.assertNotEqual(signatures[0][32:], signatures[1][32:])
+            self.assertEqual(signatures[0], signatures[2])
+
+
 class Stutter(Runs):
     def test_short_and_interrupted_calls_change_nothing(self):
         for command, proof in self.commands():

@@ -8,6 +8,7 @@
 #define VRX_CXX_SIGN_HPP
 
 #include "vrx/cxx/point.hpp"
+#include "vrx/hedged.h"
 #include "vrx/octets.h"
 #include "vrx/sign.h"
 
@@ -126,15 +127,31 @@ inline std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words_of(const Digest &di
 }  // namespace detail
 
 /**
- * Sign a digest.
+ * Sign a digest with a hedged nonce, and verify the signature: vrx_hedged_sign() of hedged.h.
+ *
+ * @param key     in: the private key.
+ * @param digest  in: the digest of the message, with the hash parameter set that the verifier will use.
+ * @return the signature; Error::random if the system's random source fails or is stuck; Error::failed if the signature
+ *         does not verify, after a fault of processor or memory.
+ */
+[[nodiscard]] inline Result<Signature> sign(const PrivateKey &key, const Digest &digest) noexcept {
+    EcSignature numbers;
+    if (const int rc = vrx_hedged_sign(&key.curve(), detail::words_of(digest).data(), key.scalar().data(), &numbers))
+        return static_cast<Error>(rc);
+    Result<Signature> signature(std::in_place);
+    ecUnloadSignValue(&numbers, signature->data());
+    return signature;
+}
+
+/**
+ * Sign a digest with a custom source of the nonce.
  *
  * @param key     in: the private key.
  * @param digest  in: the digest of the message, with the hash parameter set that the verifier will use.
  * @param source  in: the random source of the nonce. Whoever can predict a nonce can compute the private key.
  * @return the signature, or Error::random if the source fails.
  */
-[[nodiscard]] inline Result<Signature> sign(const PrivateKey &key, const Digest &digest,
-                                            RND_FUNC source = system_random) noexcept {
+[[nodiscard]] inline Result<Signature> sign(const PrivateKey &key, const Digest &digest, RND_FUNC source) noexcept {
     EcSignature numbers;
     if (const int rc = ecSign(&key.curve(), detail::words_of(digest).data(), source, key.scalar().data(), &numbers))
         return static_cast<Error>(rc);

@@ -28,6 +28,76 @@ Random = Optional[Callable[[int], bytes]]
 _SYSTEM = _c.RND_FUNC(("getentropy", ctypes.CDLL(None)))
 
 
+_HASH_OID = bytes.fromhex("06072a850302021e01")  # id-GostR3411-94-CryptoProParamSet
+
+
+def _system(buffer: Any, size: int) -> None:
+    """Fill a buffer from the operating system. A source that is stuck is an error, as one that fails."""
+    again = (ctypes.c_ubyte * 16)()
+    for start, end in ((buffer, size), (again, 16)):
+        for done in range(0, end, 256):  # as many as one call gives
+            if _SYSTEM(ctypes.addressof(start) + done, min(256, end - done)) != 0:
+                raise _c.Error("getentropy", -3)
+    drawn = (ctypes.c_ubyte * size).from_buffer(buffer)
+    varies = differs = 0
+    for octet in drawn:
+        varies |= octet ^ drawn[0]
+    for octet, other in zip(drawn, again):
+        differs |= octet ^ other
+    if not (varies and differs):
+        raise _c.Error("getentropy", -3)
+
+
+class _Hedge:
+    """Nonces from the private key, the digest and fresh random bytes: RFC 6979, section 3.6, with HMAC GOST R 34.11-94.
+
+    The key enters under a random mask, and every nonce leaves under one, so that the look-ups of the hash, whose
+    addresses depend on what is hashed, tell nothing of either.
+    """
+
+    def __init__(self, record: _c.EcParamSet, digest: bytes, number: Any) -> None:
+        self._key, self._value = (ctypes.c_ubyte * 32)(), (ctypes.c_ubyte * 32)(*[1] * 32)
+        seed = (ctypes.c_ubyte * 136)()  # masked key, digest, random bytes, order of the curve
+        masked, fresh = (ctypes.c_ubyte * 36).from_buffer(seed), (ctypes.c_ubyte * 32).from_buffer(seed, 68)
+        _system(masked, 36)
+        _system(fresh, 32)
+        for i, octet in enumerate((ctypes.c_ubyte * 36).from_buffer(number)):
+            masked[i] ^= octet
+        seed[36:68] = digest
+        seed[100:136] = bytes(record.q)
+        self._update(0, seed)
+        self._update(1, seed)
+        wipe(seed)
+
+    def _mac(self, data: Any, out: Any) -> None:
+        size, mac = ctypes.c_uint32(), (ctypes.c_ubyte * 32)()
+        _c.lib.GOSTR3411_HMAC(_HASH_OID, len(_HASH_OID), data, ctypes.sizeof(data), self._key, 32, mac, ctypes.byref(size))
+        ctypes.memmove(out, mac, 32)
+        wipe(mac)
+
+    def _update(self, tag: int, more: Any) -> None:
+        data = (ctypes.c_ubyte * (33 + (ctypes.sizeof(more) if more else 0)))()
+        ctypes.memmove(data, self._value, 32)
+        data[32] = tag
+        if more:
+            ctypes.memmove(ctypes.addressof(data) + 33, more, ctypes.sizeof(more))
+        self._mac(data, self._key)
+        self._mac(self._value, self._value)
+        wipe(data)
+
+    def fill(self, buffer: Any, size: int) -> None:
+        _system(buffer, size)
+        for done in range(size):
+            if done % 32 == 0:
+                self._mac(self._value, self._value)
+            buffer[done] ^= self._value[done % 32]
+        self._update(0, None)
+
+    def close(self) -> None:
+        wipe(self._key)
+        wipe(self._value)
+
+
 class InvalidSignature(_c.Error):
     """The signature is not that of the message under the key."""
 
@@ -36,17 +106,17 @@ class InvalidSignature(_c.Error):
 
 
 @contextmanager
-def _random(source: Random) -> Iterator[Any]:
+def _random(source: Random | _Hedge) -> Iterator[Any]:
     """A random source as the library takes it. What the source raises comes out at the end."""
-    if source is None:
-        yield _SYSTEM
-        return
-    draw, raised = source, list[BaseException]()
+    raised = list[BaseException]()
 
     def fill(buffer: int, size: int) -> int:
         try:
-            octets = Octets(draw(size), "random bytes", size)
-            ctypes.memmove(buffer, octets.pointer, size)
+            if source is None or isinstance(source, _Hedge):
+                (source.fill if source else _system)((ctypes.c_ubyte * size).from_address(buffer), size)
+            else:
+                octets = Octets(source(size), "random bytes", size)
+                ctypes.memmove(buffer, octets.pointer, size)
         except BaseException as failure:
             raised.append(failure)
         return -1 if raised else 0
@@ -203,11 +273,18 @@ class PublicKey:
         self.verify_digest(signature, gostr3411(message, parameters=parameters).digest())
 
     def verify_digest(self, signature: ReadableBuffer, digest: ReadableBuffer) -> None:
-        """Raise InvalidSignature where the 64 bytes are not the signature of a digest of 32 bytes."""
+        """Raise InvalidSignature where the 64 bytes are not the signature of a digest of 32 bytes.
+
+        Both numbers must be from 1 to q - 1 (RFC 5832, section 6.2), so no second form of a signature is valid.
+        """
         record = _c.EcSignature()
         _c.lib.ecLoadSignValue(Octets(signature, "the signature", 64).pointer, record)
+        words = copied(digest, "the digest", 32)
+        order = _number(self.curve._record.q)
+        if not all(0 < _number(number) < order for number in (record.r, record.s)):
+            raise InvalidSignature("ecVerify", -1)
         try:
-            _c.lib.ecVerify(self.curve._record, copied(digest, "the digest", 32), self._point, record)
+            _c.lib.ecVerify(self.curve._record, words, self._point, record)
         except _c.Error as failure:
             raise InvalidSignature(failure.function, failure.code) from None
 
@@ -280,11 +357,24 @@ class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
         return self.sign_digest(gostr3411(message, parameters=parameters).digest(), random=random)
 
     def sign_digest(self, digest: ReadableBuffer, *, random: Random = None) -> bytes:
-        """Sign a digest of 32 bytes."""
+        """Sign a digest of 32 bytes.
+
+        Without `random` the nonce is hedged: made from the key, the digest and the system's random bytes, so that no
+        source that repeats itself gives the key away. The signature is verified before it is returned. The numbers of
+        another source are the nonces themselves.
+        """
         words, record, octets = copied(digest, "the digest", 32), _c.EcSignature(), (ctypes.c_char * 64)()
-        with self._lock, _random(random) as source:
-            _c.lib.ecSign(self.curve._record, words, source, self._open(), record)
+        with self._lock:
+            hedge = _Hedge(self.curve._record, words, self._open()) if random is None else None
+            try:
+                with _random(hedge or random) as source:
+                    _c.lib.ecSign(self.curve._record, words, source, self._open(), record)
+            finally:
+                if hedge:
+                    hedge.close()
         _c.lib.ecUnloadSignValue(record, octets)
+        if hedge:
+            self._public_key.verify_digest(octets, words)
         return octets.raw
 
     def agree(
