@@ -47,20 +47,20 @@ private:
     std::size_t size_ = 0;
 };
 
-/** A name as lists hold it; `escaped` tells whether anything was changed. */
+/** A name as lists hold it, and what could deceive a reader as \xHH; `escaped` tells whether anything was changed. */
 std::string escape(std::string_view name, bool& escaped) {
     std::string text;
-    for (const char c : name) {
-        if (c == '\\')
-            text += "\\\\";
-        else if (c == '\n')
-            text += "\\n";
-        else if (c == '\r')
-            text += "\\r";
-        else
-            text += c;
+    const std::size_t size = name.size();
+    while (!name.empty()) {
+        const char c = name.front();
+        if (c != '\\' && c != '\n' && c != '\r') {
+            append_visible(text, name);
+            continue;
+        }
+        text.append("\\").append(1, c == '\n' ? 'n' : c == '\r' ? 'r' : c);
+        name.remove_prefix(1);
     }
-    escaped = text.size() != name.size();
+    escaped = text.size() != size;
     return text;
 }
 
@@ -82,6 +82,13 @@ std::optional<std::string> unescape(std::string_view text) {
             case 'r':
                 name += '\r';
                 break;
+            case 'x': {
+                std::uint8_t octet = 0;
+                if (!from_hex(text.substr(i + 1, 2), {&octet, 1}) || octet == 0) return std::nullopt;
+                name += static_cast<char>(octet);
+                i += 2;
+                break;
+            }
             default:
                 return std::nullopt;
         }

@@ -62,6 +62,11 @@ Option text_option(const char* name, char letter, const char* value, const char*
     return {name, letter, value, help, [&text](const char* given) { text = given; }};
 }
 
+Option list_option(const char* name, char letter, const char* value, const char* help,
+                   std::vector<std::string>& texts) {
+    return {name, letter, value, help, [&texts](const char* given) { texts.emplace_back(given); }};
+}
+
 WrongUse::WrongUse(const Command& command, const std::string& what)
     : Failure(what + "; see 'vrx " + command.name + " --help'") {}
 

@@ -39,6 +39,9 @@ Option text_option(const char* name, char letter, const char* value, const char*
 Option text_option(const char* name, char letter, const char* value, const char* help,
                    std::optional<std::string>& text);
 
+/** An Option that may be repeated; its values in order. */
+Option list_option(const char* name, char letter, const char* value, const char* help, std::vector<std::string>& texts);
+
 /** Wrong use of a command: a Failure that also says where to read more. */
 class WrongUse : public Failure {
 public:

@@ -1,11 +1,10 @@
 // vrx inspect
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <ctime>
 #include <limits>
 
 #include "commands/commands.hpp"
+#include "documents/chain.hpp"
 #include "io/text.hpp"
 #include "keys/der.hpp"
 #include "keys/key_files.hpp"
@@ -161,32 +160,10 @@ void inspect_public_key(Report& report, const std::string& label, std::span<cons
     if (const EcParamSet* curve = curve_of(algorithm, option)) add_public_key(report, *curve, value);
 }
 
-/** The time of now in the form of a certificate's times. */
-std::string now() {
-    const std::time_t seconds = std::time(nullptr);
-    std::tm fields{};
-    gmtime_r(&seconds, &fields);
-    std::array<char, 32> text{};
-    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &fields);
-    return text.data();
-}
-
-/** Whether a certificate's own signature is by the key. */
-bool is_signed_by(const Certificate& certificate, const PublicKey& key) {
-    if (certificate.signature_oid != gost_signature_oid || certificate.signature.size() != VRX_SIGNATURE_SIZE)
-        return false;
-    const Digest digest = digest_of(certificate.signed_part);
-    std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words;
-    std::memcpy(words.data(), digest.data(), sizeof words);
-    EcSignature signature;
-    check("the signature", ecLoadSignValue(certificate.signature.data(), &signature));
-    return ecVerify(key.set, words.data(), &key.point, &signature) == VRX_OK;
-}
-
 void inspect_certificate(Report& report, const std::string& label, std::span<const std::uint8_t> octets,
                          const std::optional<std::string>& option) {
-    Certificate certificate;
-    const Content found = read_certificate(octets, certificate);
+    documents::Certificate certificate;
+    const Content found = documents::read_certificate(octets, certificate);
     if (found == Content::other) return;
     const Algorithm& algorithm = certificate.algorithm;
     report.is(found == Content::foreign ? foreign("a certificate for a key", algorithm)
@@ -195,11 +172,16 @@ void inspect_certificate(Report& report, const std::string& label, std::span<con
     report.fact("subject", certificate.subject);
     report.fact("issuer", certificate.self_issued ? "the same" : certificate.issuer);
     report.fact("serial", to_hex(certificate.serial));
-    const std::string today = now();
+    const std::string today = documents::now();
     report.fact("valid", certificate.not_before + " to " + certificate.not_after + " UTC" +
                              (today < certificate.not_before  ? ", not yet"
                               : today > certificate.not_after ? ", which is over"
                                                               : ""));
+    if (const auto usage = certificate.extensions.key_usage)
+        report.fact("key usage", documents::key_usage_text(*usage));
+    if (certificate.extensions.is_authority) report.fact("authority", "may issue certificates");
+    if (!certificate.extensions.not_understood.empty())
+        report.fault("critical extension " + certificate.extensions.not_understood + ", which is not understood");
     std::string checked = certificate.self_issued ? ", not checked" : ", not checked: that takes the issuer's key";
     if (found == Content::known) {
         add_parameters(report, algorithm);
@@ -210,7 +192,8 @@ void inspect_certificate(Report& report, const std::string& label, std::span<con
             report.fact("curve", "not named, it is that of the issuer's key; say which, --curve NAME");
         else if (add_public_key(report, *curve, certificate.key) && make_public_key(*curve, certificate.key, key) &&
                  certificate.self_issued)
-            checked = is_signed_by(certificate, key) ? ", by its own key, and valid" : ", NOT valid by its own key";
+            checked = documents::is_signed_by(certificate, {key.set, key.point}) ? ", by its own key, and valid"
+                                                                                 : ", NOT valid by its own key";
     }
     report.fact("signature", algorithm_name(certificate.signature_oid) + checked);
 }

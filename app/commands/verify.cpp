@@ -1,9 +1,13 @@
 // vrx verify
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <utility>
+#include <vector>
 
 #include "commands/commands.hpp"
 #include "digest.hpp"
+#include "documents/chain.hpp"
 #include "io/text.hpp"
 #include "key_options.hpp"
 #include "keys/der.hpp"
@@ -43,63 +47,197 @@ bool in_range(const std::uint32_t* number, const EcParamSet& set) {
     return mpIsZero(number, VRX_ECC_DIGITS) == 0 && mpCompare(number, set.q, VRX_ECC_DIGITS) < 0;
 }
 
-/** The signer's key, and the parameter set of the hash. */
+/** The signer's key, its certificate if there is one, and the parameter set of the hash. */
 struct Signer {
-    PublicKey key;
+    CertifiedKey certified;
+    Octets octets;
     std::string set;
 };
 
+/** What the user said about certificates. */
+struct Trust {
+    std::optional<std::string> certificate;
+    std::vector<std::string> authorities;
+    std::vector<std::string> lists;
+    std::optional<std::string> time;
+};
+
 /** Read the key from a key file or from a certificate, which may name the parameter set. */
-Signer load_signer(const std::optional<std::string>& key_path, const std::optional<std::string>& certificate_path,
-                   const KeyForm& form, const std::optional<std::string>& set) {
-    Signer signer{{}, set.value_or(default_hash_set)};
+void load_signer(const std::optional<std::string>& key_path, const Trust& trust, const KeyForm& form,
+                 const std::optional<std::string>& set, Signer& signer) {
+    signer.set = set.value_or(default_hash_set);
     if (key_path) {
-        load_public_key(*key_path, form, signer.key);
-        return signer;
+        load_public_key(*key_path, form, signer.certified.key);
+        return;
     }
-    CertifiedKey certified;
-    load_certified_key(*certificate_path, form.curve, certified);
-    signer.key = certified.key;
-    if (!set && certified.hash != nullptr) signer.set = certified.hash->str_oid;
-    return signer;
+    load_certified_key(*trust.certificate, form.curve, signer.octets, signer.certified);
+    if (!set && signer.certified.hash != nullptr) signer.set = signer.certified.hash->str_oid;
+}
+
+/** The value of --time: nothing for any. */
+std::optional<documents::Time> time_of(const Command& self, const Trust& trust) {
+    if (!trust.time) return documents::now();
+    if (trust.time == "any") return std::nullopt;
+    const auto time = documents::time_of(*trust.time);
+    if (!time)
+        throw WrongUse(self, "--time takes a time in UTC, like 2026-02-28 or '2026-02-28 23:59:59', or any, not " +
+                                 in_quotes(*trust.time));
+    return time;
+}
+
+/** What came out about a certificate. */
+struct Trusted {
+    documents::Fault fault;
+    std::string chain;  // "valid", "not-valid" or "unchecked"
+    std::string root;   // who is trusted at its end
+};
+
+Trusted check_certificate(const Signer& signer, const Trust& trust, const std::optional<documents::Time>& time) {
+    const documents::Certificate& certificate = signer.certified.certificate;
+    Trusted result{documents::check_alone(certificate, time), "unchecked", ""};
+    if (result.fault.none()) result.fault = documents::check_signer(certificate);
+    if (trust.authorities.empty()) return result;
+
+    documents::Authorities authorities;
+    std::vector<Octets> contents;
+    for (const std::string& path : trust.authorities) load_certificates(path, contents);
+    for (const Octets& octets : contents) {
+        documents::Certificate authority;
+        const Content found = documents::read_certificate(octets, authority);
+        if (found == Content::other)
+            throw Failure("a certificate of an authority is not well formed; 'vrx inspect' shows which");
+        if (found == Content::known) authorities.certificates.push_back(authority);  // others cannot be in the chain
+    }
+    std::vector<Octets> lists;
+    for (const std::string& path : trust.lists) load_revocation_lists(path, lists);
+    for (const Octets& octets : lists) {
+        documents::RevocationList list;
+        if (!documents::read_revocation_list(octets, list))
+            throw Failure("a revocation list is not well formed; ask its issuer for another");
+        authorities.lists.push_back(list);
+    }
+    authorities.wants_lists = !lists.empty();
+    if (!result.fault.none()) return result;
+    const documents::Chain chain = documents::check_chain(certificate, authorities, time);
+    result.fault = chain.fault;
+    result.chain = chain.fault.none() ? "valid" : "not-valid";
+    if (chain.fault.none()) result.root = chain.links.back()->subject;
+    return result;
+}
+
+Octets sha1_of(std::span<const std::uint8_t> octets) {
+    sha_context context;
+    shaInit(&context);
+    shaUpdate(&context, octets.data(), octets.size());
+    Octets digest(VRX_SHA1_SIZE);
+    shaFinal(&context, digest.data());
+    return digest;
+}
+
+Octets gost_of(std::span<const std::uint8_t> octets) {
+    Octets digest(VRX_HASH_SIZE);
+    check("the hash", GOSTR3411_Transform_ex(get_GOSTR3411_default_par()->tz, octets.data(),
+                                             static_cast<std::uint32_t>(octets.size()), digest.data()));
+    return digest;
+}
+
+/** Lines about a certificate, each of a name and a value. */
+std::vector<std::pair<const char*, std::string>> certificate_lines(const Signer& signer) {
+    const documents::Certificate& certificate = signer.certified.certificate;
+    return {{"subject", certificate.subject},         {"issuer", certificate.issuer},
+            {"serial", to_hex(certificate.serial)},   {"sha1", to_hex(sha1_of(signer.octets))},
+            {"gost", to_hex(gost_of(signer.octets))}, {"not-before", certificate.not_before},
+            {"not-after", certificate.not_after}};
+}
+
+/** Lines for programs: a word, a blank, and the rest of the line is the value. */
+std::string status_text(bool signature, const Signer& signer, const Trust& trust, const Trusted& trusted,
+                        const std::optional<documents::Time>& time) {
+    const auto word = [](bool valid) { return valid ? "valid" : "not-valid"; };
+    std::string text = std::string("signature ") + word(signature) + "\n";
+    if (!trust.certificate) return text + "certificate none\n";
+    text += std::string("certificate ") + word(trusted.fault.none()) + "\n";
+    if (!trusted.fault.none()) text += "reason " + trusted.fault.word + "\n";
+    text += "chain " + trusted.chain + "\ntime " + time.value_or("any") + "\n";
+    for (const auto& [name, value] : certificate_lines(signer)) text += std::string(name) + " " + value + "\n";
+    return text;
+}
+
+std::string plain_text(bool signature, const Input& input, const Signer& signer, const Trust& trust,
+                       const Trusted& trusted) {
+    std::string text =
+        input.shown() + ": the signature is " + (signature && trusted.fault.none() ? "valid" : "NOT valid");
+    if (signature && !trusted.fault.none()) text += ": " + trusted.fault.sentence;
+    text += "\n";
+    if (!trust.certificate) return text;
+    for (const auto& [name, value] : certificate_lines(signer)) {
+        std::string column = std::string(name) + ":";
+        column.resize(12, ' ');
+        text += "  " + column + value + "\n";
+    }
+    if (!trusted.root.empty()) text += "  trusted:    through " + trusted.root + "\n";
+    return text;
 }
 
 int run(const Command& self, int argc, char** argv) {
     KeyForm form;
     std::optional<std::string> key_path;
-    std::optional<std::string> certificate_path;
+    Trust trust;
+    bool status = false;
     std::optional<std::string> signature_path;
     std::optional<std::string> set;
     std::vector<Option> options{
         text_option("key", 'k', "FILE", "the public key", key_path),
-        text_option("cert", 'C', "FILE", "the signer's X.509 certificate, in place of a public key", certificate_path),
+        text_option("cert", 'C', "FILE", "the signer's X.509 certificate, in place of a public key", trust.certificate),
         text_option("signature", 'S', "FILE", "the signature", signature_path)};
     for (Option& option : key_form_options(form, "the curve of a raw key")) options.push_back(std::move(option));
     options.push_back(text_option("set", 's', "SET",
                                   "parameter set of the hash: cryptopro or test; without it the one that the\n"
                                   "certificate names, or cryptopro",
                                   set));
+    options.push_back(list_option("ca", 'A', "FILE",
+                                  "certificates of authorities, PEM or DER; those that are signed by themselves\n"
+                                  "are trusted, others may link them with --cert. May be repeated",
+                                  trust.authorities));
+    options.push_back(
+        list_option("crl", 0, "FILE", "revocation lists of the authorities; may be repeated", trust.lists));
+    options.push_back(text_option("time", 'T', "TIME",
+                                  "when the signature was made, in UTC, like 2026-02-28 or '2026-02-28 23:59:59';\n"
+                                  "without it now. With 'any' dates are not checked",
+                                  trust.time));
+    options.push_back(flag_option("status", 0, "print lines for programs, each a word and a value", status));
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;
-    if (!key_path && !certificate_path)
+    if (!key_path && !trust.certificate)
         throw WrongUse(self, "a public key is needed, --key FILE, or a certificate, --cert FILE");
-    if (key_path && certificate_path) throw WrongUse(self, "--key and --cert exclude each other");
+    if (key_path && trust.certificate) throw WrongUse(self, "--key and --cert exclude each other");
     if (!signature_path) throw WrongUse(self, "a signature is needed, --signature FILE");
     const std::string in = operands->empty() ? "-" : operands->front();
-    if ((in == "-") + (key_path == "-") + (certificate_path == "-") + (signature_path == "-") > 1)
+    if ((in == "-") + (key_path == "-") + (trust.certificate == "-") + (signature_path == "-") > 1)
         throw WrongUse(self, "standard input can be only one of key, signature and data");
 
-    const Signer signer = load_signer(key_path, certificate_path, form, set);
-    const EcParamSet& curve = *signer.key.set;
+    if (!trust.certificate && (!trust.authorities.empty() || trust.time))
+        throw WrongUse(self, "--ca and --time belong to --cert");
+    if (trust.authorities.empty() && !trust.lists.empty()) throw WrongUse(self, "--crl belongs to --ca");
+    const std::optional<documents::Time> time = time_of(self, trust);
+
+    Signer signer;
+    load_signer(key_path, trust, form, set, signer);
+    const EcParamSet& curve = *signer.certified.key.set;
+    Trusted trusted;
+    if (trust.certificate) trusted = check_certificate(signer, trust, time);
     const EcSignature signature = load_signature(*signature_path);
     Input input(in);
     const SignedDigest digest = signed_digest(signer.set, input);
     const bool valid = in_range(signature.r, curve) && in_range(signature.s, curve) &&
-                       ecVerify(&curve, digest.data(), &signer.key.point, &signature) == VRX_OK;
+                       ecVerify(&curve, digest.data(), &signer.certified.key.point, &signature) == VRX_OK;
+    if (trust.certificate && trust.authorities.empty())
+        say("warning: nobody checked that the certificate is genuine; name the authorities that you trust, --ca FILE");
     Output output("-");
-    output.write(input.shown() + (valid ? ": the signature is valid\n" : ": the signature is NOT valid\n"));
+    output.write(status ? status_text(valid, signer, trust, trusted, time)
+                        : plain_text(valid, input, signer, trust, trusted));
     output.commit();
-    return valid ? exit_done : exit_check_failed;
+    return valid && trusted.fault.none() ? exit_done : exit_check_failed;
 }
 
 }  // namespace
@@ -113,8 +251,9 @@ the same as hexadecimal digits or base64. Prints one line; the exit code is 0 wh
 when it is not.
 
 With --cert the key, its curve and the parameter set of the hash come from an X.509 certificate (RFC 4491), PEM or
-DER. WARNING: the certificate itself is NOT checked: not its signature, not its dates, not its revocation. Check it
-first with 'openssl verify -engine gost', or trust it for other reasons.)",
+DER. It must be valid at the time of signing, be for signatures, and have no critical extension that is not understood.
+With --ca its chain is checked too (RFC 5280): names, dates, constraints, key usage, signatures, and with --crl that
+nothing was revoked. Without --ca anybody may have made the certificate.)",
     R"(vrx keypair --curve A --out my.pem
 vrx pubkey -o my.pub my.pem
 vrx sign --key my.pem -o letter.sig letter.txt

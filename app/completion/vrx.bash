@@ -30,7 +30,8 @@ _vrx() {
             keypair | genkey) words="--format -f --curve -c --out -o --help -h" ;;
             pubkey) words="--format -f --curve -c --out -o --help -h" ;;
             sign) words="--key -k --format -f --curve -c --set -s --out -o --hex -x --base64 --help -h" ;;
-            verify) words="--key -k --cert -C --signature -S --format -f --curve -c --set -s --help -h" ;;
+            verify) words="--key -k --cert -C --signature -S --format -f --curve -c --set -s --ca -A --crl
+                --time -T --status --help -h" ;;
             agree) words="--key -k --peer -p --ukm -u --format -f --curve -c --set -s --out -o --help -h" ;;
             diversify) words="--key -k --ukm -u --params -p --out -o --help -h" ;;
             inspect) words="--curve -c --help -h" ;;
@@ -59,8 +60,8 @@ _vrx() {
             derive:--encoding)
                 words="text hex bmp" ;;
             encrypt:--iv | decrypt:--iv | mac:--iv | derive:--salt | derive:--iterations | derive:-n | \
-                derive:--id | derive:--length | derive:-l | derive:--password-fd | agree:--ukm | agree:-u | \
-                diversify:--ukm | diversify:-u | speed:--seconds | speed:-s)
+                derive:--id | derive:--length | derive:-l | derive:--password-fd | verify:--time | verify:-T | \
+                agree:--ukm | agree:-u | diversify:--ukm | diversify:-u | speed:--seconds | speed:-s)
                 compopt +o default +o bashdefault 2>/dev/null || :
                 return ;;
             help:help) words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify agree

@@ -1,5 +1,6 @@
 #include "io/text.hpp"
 
+#include <algorithm>
 #include <charconv>
 
 namespace vrx::app {
@@ -111,16 +112,46 @@ void append_utf8(std::string& text, char32_t character) {
     follow(0);
 }
 
+bool is_deceptive(char32_t c) {
+    struct Range {
+        char32_t first;
+        char32_t last;
+    };
+    constexpr Range ranges[] = {{0, 0x1F},        {0x7F, 0x9F},       {0xAD, 0xAD},      {0x034F, 0x034F},
+                                {0x061C, 0x061C}, {0x115F, 0x1160},   {0x17B4, 0x17B5},  {0x180B, 0x180F},
+                                {0x200B, 0x200F}, {0x2028, 0x202E},   {0x2060, 0x206F},  {0x3164, 0x3164},
+                                {0xD800, 0xDFFF}, {0xFE00, 0xFE0F},   {0xFEFF, 0xFEFF},  {0xFFA0, 0xFFA0},
+                                {0xFFF0, 0xFFFB}, {0x1D173, 0x1D17A}, {0xE0000, 0xE0FFF}};
+    return std::ranges::any_of(ranges, [c](const Range& r) { return c >= r.first && c <= r.last; });
+}
+
+void append_visible(std::string& out, std::string_view& text) {
+    const std::string_view before = text;
+    const auto character = take_utf8(text);
+    if (!character) text.remove_prefix(1);
+    const std::string_view taken = before.substr(0, before.size() - text.size());
+    const auto first = static_cast<std::uint8_t>(taken.front());
+    const bool deceptive = character ? is_deceptive(*character) : is_deceptive(char32_t{first});
+    if (!deceptive) {
+        out += taken;
+        return;
+    }
+    for (const char c : taken) {
+        const auto octet = static_cast<std::uint8_t>(c);
+        out.append("\\x").append(to_hex({&octet, 1}));
+    }
+}
+
 std::string in_quotes(std::string_view name) {
     std::string text = "'";
-    for (const char c : name) {
-        const auto octet = static_cast<std::uint8_t>(c);
-        if (c == '\n')
-            text += "\\n";
-        else if (octet < 0x20 || octet == 0x7f)
-            text += "\\x" + to_hex({&octet, 1});
-        else
-            text += c;
+    while (!name.empty()) {
+        const char c = name.front();
+        if (c == '\n' || c == '\'' || c == '\\') {
+            text.append("\\").append(1, c == '\n' ? 'n' : c);
+            name.remove_prefix(1);
+        } else {
+            append_visible(text, name);
+        }
     }
     return text + "'";
 }

@@ -41,7 +41,19 @@ std::u32string from_utf8(std::string_view text);
 /** Append a character in UTF-8. */
 void append_utf8(std::string& text, char32_t character);
 
-/** A file name between quotation marks, its control characters made visible. */
+/**
+ * Whether a character could deceive a reader of a terminal: controls of C0 and C1, those that change the direction of
+ * the text, those that take no room, line separators, surrogates and tags.
+ */
+bool is_deceptive(char32_t character);
+
+/**
+ * Append what begins at the front of a text: a character, with the octets of one that could deceive as \xHH; or one
+ * octet that is not UTF-8, as it is unless a terminal may take it for a control. It is taken off the text.
+ */
+void append_visible(std::string& out, std::string_view& text);
+
+/** A file name between quotation marks. What could deceive is escaped, quotation marks and backslashes too. */
 std::string in_quotes(std::string_view name);
 
 }  // namespace vrx::app

@@ -38,72 +38,7 @@ std::string_view next_line(std::string_view& text) {
     return line;
 }
 
-struct Element {
-    std::size_t head;
-    std::size_t size;
-};
-
-/** Where the contents of the first element begin, and how long they are. */
-std::optional<Element> element(std::span<const std::uint8_t> octets) {
-    if (octets.size() < 2) return std::nullopt;
-    Element e{2, octets[1]};
-    if (e.size >= 0x80) {
-        const std::size_t count = e.size & 0x7F;
-        if (count == 0 || count > 2 || octets.size() < 2 + count) return std::nullopt;
-        e = {2 + count, 0};
-        for (std::size_t i = 0; i < count; ++i) e.size = e.size << 8 | octets[2 + i];
-        if (e.size < (count == 1 ? 0x80U : 0x100U)) return std::nullopt;
-    }
-    if (octets.size() - e.head < e.size) return std::nullopt;
-    return e;
-}
-
 }  // namespace
-
-std::optional<std::uint8_t> Reader::tag() const { return rest_.empty() ? std::nullopt : std::optional(rest_.front()); }
-
-std::optional<std::span<const std::uint8_t>> Reader::next(std::uint8_t wanted) {
-    const auto whole = next_whole(wanted);
-    if (!whole) return std::nullopt;
-    return whole->subspan(element(*whole)->head);
-}
-
-std::optional<std::span<const std::uint8_t>> Reader::next_whole(std::uint8_t wanted) {
-    if (tag() != wanted) return std::nullopt;
-    const auto e = element(rest_);
-    if (!e) return std::nullopt;
-    const auto whole = rest_.first(e->head + e->size);
-    rest_ = rest_.subspan(whole.size());
-    return whole;
-}
-
-std::optional<std::string> dotted(std::span<const std::uint8_t> contents) {
-    constexpr std::uint64_t largest = ~std::uint64_t{0} >> 7;
-    std::string text;
-    std::uint64_t number = 0;
-    bool begins = true;
-    for (const std::uint8_t octet : contents) {
-        // A number has seven bits in each octet, and no zeros in front.
-        if ((begins && octet == 0x80) || number > largest) return std::nullopt;
-        number = number << 7 | (octet & 0x7F);
-        begins = octet < 0x80;
-        if (!begins) continue;
-        if (text.empty()) {
-            const std::uint64_t first = std::min<std::uint64_t>(number / 40, 2);
-            text = std::to_string(first) + "." + std::to_string(number - 40 * first);
-        } else {
-            text += "." + std::to_string(number);
-        }
-        number = 0;
-    }
-    if (text.empty() || !begins) return std::nullopt;
-    return text;
-}
-
-bool is_one_element(std::span<const std::uint8_t> octets, std::uint8_t wanted) {
-    Reader reader(octets);
-    return reader.next_whole(wanted) && reader.at_end();
-}
 
 void append(SecretBytes& out, std::uint8_t tag, std::initializer_list<std::span<const std::uint8_t>> parts) {
     std::size_t size = 0;

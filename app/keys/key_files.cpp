@@ -4,9 +4,9 @@
 #include <array>
 #include <cstring>
 
+#include "io/failure.hpp"
 #include "io/text.hpp"
 #include "keys/der.hpp"
-#include "io/failure.hpp"
 #include "keys/parameters.hpp"
 
 namespace vrx::app {
@@ -144,16 +144,18 @@ FileId load_public_key(const std::string& path, const KeyForm& form, PublicKey& 
     return file.id();
 }
 
-void load_certified_key(const std::string& path, const std::optional<std::string>& curve, CertifiedKey& result) {
+void load_certified_key(const std::string& path, const std::optional<std::string>& curve, Octets& octets,
+                        CertifiedKey& result) {
     Input file(path);
     SecretBytes content;
     read_secret(file, content);
     const std::string& shown = file.shown();
     const auto label = decode_key_file(content);
-    Certificate certificate;
+    documents::Certificate& certificate = result.certificate;
     Content found = Content::other;
+    octets.assign(content.bytes().begin(), content.bytes().end());
     if (label && (label->empty() || *label == certificate_label))
-        found = read_certificate(content.bytes(), certificate);
+        found = documents::read_certificate(octets, certificate);
     if (found == Content::other)
         throw Failure(shown + " is not one X.509 certificate in PEM or DER form; 'vrx inspect' says what it is");
     const Algorithm& algorithm = certificate.algorithm;
@@ -166,6 +168,43 @@ void load_certified_key(const std::string& path, const std::optional<std::string
     const EcParamSet& chosen = chosen_curve(algorithm.curve, curve, shown);
     if (!make_public_key(chosen, certificate.key, result.key)) refuse_point(shown, chosen);
     result.hash = algorithm.hash;
+}
+
+namespace {
+
+/** The documents of one kind in a file: one in DER, or all PEM blocks of the label. */
+void load_documents(const std::string& path, const char* label, const char* what, std::vector<Octets>& contents) {
+    Input file(path);
+    SecretBytes content;
+    read_secret(file, content);
+    if (der::is_one_element(content.bytes(), der::sequence)) {
+        contents.emplace_back(content.bytes().begin(), content.bytes().end());
+        return;
+    }
+    const std::string end = std::string("-----END ") + label + "-----";
+    std::size_t found = 0;
+    for (std::string_view rest = content.text(); rest.find(end) != std::string_view::npos; ++found) {
+        const std::size_t size = rest.find(end) + end.size();
+        SecretBytes block;
+        for (const char c : rest.substr(0, size)) block.push_back(static_cast<std::uint8_t>(c));
+        if (der::decode_pem(block) != label)
+            throw Failure(file.shown() + " is not a file of " + what +
+                          "s in PEM or DER form; 'vrx inspect' says what it is");
+        contents.emplace_back(block.bytes().begin(), block.bytes().end());
+        rest.remove_prefix(size);
+    }
+    if (found == 0)
+        throw Failure(file.shown() + " holds no " + what + " in PEM or DER form; 'vrx inspect' says what it is");
+}
+
+}  // namespace
+
+void load_certificates(const std::string& path, std::vector<Octets>& contents) {
+    load_documents(path, certificate_label, "certificate", contents);
+}
+
+void load_revocation_lists(const std::string& path, std::vector<Octets>& contents) {
+    load_documents(path, revocation_label, "revocation list", contents);
 }
 
 void append_private_key(SecretBytes& out, const KeyForm& form, const PrivateKey& key) {

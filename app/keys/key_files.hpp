@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "documents/certificate.hpp"
+#include "io/text.hpp"
 #include "keys/key_format.hpp"
 #include "keys/keys.hpp"
 
@@ -35,16 +37,23 @@ FileId load_public_key(const std::string& path, const KeyForm& form, PublicKey& 
 
 /** What a certificate says about its owner's key. */
 struct CertifiedKey {
+    documents::Certificate certificate;
     PublicKey key;
     const vrx_gostr3411_par* hash;  // that the owner signs with; nullptr when it names none
 };
 
 /**
- * Read the public key of an X.509 certificate, in PEM or DER. Neither its signature nor its dates are looked at.
+ * Read an X.509 certificate, in PEM or DER, and its public key. Nothing is checked but its form.
  *
- * @param curve  that of a certificate which names none.
+ * @param curve    that of a certificate which names none.
+ * @param content  out: the octets of the certificate, which `result` refers to.
  */
-void load_certified_key(const std::string& path, const std::optional<std::string>& curve, CertifiedKey& result);
+void load_certified_key(const std::string& path, const std::optional<std::string>& curve, Octets& content,
+                        CertifiedKey& result);
+
+/** Read all certificates (PEM, any number, or one in DER), or all revocation lists, of a file. */
+void load_certificates(const std::string& path, std::vector<Octets>& contents);
+void load_revocation_lists(const std::string& path, std::vector<Octets>& contents);
 
 /** Replace what a file holds, PEM or DER, by DER. @return the label of the PEM block, "" for DER; nothing for others.
  */
@@ -55,6 +64,7 @@ inline constexpr const char* private_label = "PRIVATE KEY";
 inline constexpr const char* encrypted_label = "ENCRYPTED PRIVATE KEY";
 inline constexpr const char* public_label = "PUBLIC KEY";
 inline constexpr const char* certificate_label = "CERTIFICATE";
+inline constexpr const char* revocation_label = "X509 CRL";
 
 /** The key of its octets, least significant first; false when they are none on the curve. */
 [[nodiscard]] bool make_private_key(const EcParamSet& curve, const PrivateOctets& octets, PrivateKey& key);

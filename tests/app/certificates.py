@@ -38,14 +38,31 @@ def algorithm(*parameter_sets):
     return element("30", GOST_KEY, element("30", *parameter_sets))
 
 
-def to_be_signed(public_key, subject=None, issuer=None, serial="0101", begin="200101000000Z", end="20900101000000Z"):
+def to_be_signed(public_key, subject=None, issuer=None, serial="0101", begin="200101000000Z", end="20900101000000Z",
+                 extensions=(), version="a003020102", algorithm=GOST_SIGNATURE, more=""):
     subject = subject or name((COMMON_NAME, text("0c", "Anna")))
-    return element("30", "a003020102", element("02", serial), GOST_SIGNATURE, issuer or subject,
-                   element("30", time(begin), time(end)), subject, public_key)
+    extended = element("a3", element("30", *extensions)) if extensions else ""
+    return element("30", version, element("02", serial), algorithm, issuer or subject,
+                   element("30", time(begin), time(end)), subject, public_key, extended, more)
 
 
-def certificate(signed, signature="00" * 64):
-    return bytes.fromhex(element("30", signed, GOST_SIGNATURE, element("03", "00", signature)))
+def extension(oid, value, critical=True):
+    return element("30", oid, "0101ff" if critical else "", element("04", value))
+
+
+def authority(path_length=None):
+    return extension("0603551d13", element("30", "0101ff", "" if path_length is None else element("02", f"{path_length:02x}")))
+
+
+def key_usage(bits):
+    """Named bits, as digits: "0", "56"."""
+    octet = sum(0x80 >> int(bit) for bit in bits)
+    unused = (octet & -octet).bit_length() - 1
+    return extension("0603551d0f", f"0302{unused:02x}{octet:02x}")
+
+
+def certificate(signed, signature="00" * 64, algorithm=GOST_SIGNATURE, unused="00"):
+    return bytes.fromhex(element("30", signed, algorithm, element("03", unused, signature)))
 
 
 def rfc_4491():

@@ -1,5 +1,6 @@
 """vrx verify --cert: keys out of X.509 certificates."""
 
+import hashlib
 import os
 import re
 
@@ -25,7 +26,9 @@ class CertificateTest(SignatureTest):
     def verify(self, *options, cert="cert", code=0):
         done = self.run_vrx("verify", "--cert", cert, "-S", "sig", *options, "letter")
         verdict = "is valid" if code == 0 else "is NOT valid"
-        self.assertEqual((done.code, done.out.decode(), done.err), (code, f"'letter': the signature {verdict}\n", b""))
+        self.assertEqual((done.code, done.out.decode().split("\n")[0]), (code, f"'letter': the signature {verdict}"), done.err)
+        self.assertRegex(done.err, rb"\Avrx: warning: nobody checked that the certificate is genuine[^\n]*\n\Z")
+        return done.out.decode()
 
 
 class Certificates(CertificateTest):
@@ -36,13 +39,17 @@ class Certificates(CertificateTest):
         self.write("cert", octets)
         self.write("cert.pem", self.pem("CERTIFICATE", octets))
         for name in ("cert", "cert.pem"):
-            self.verify(cert=name)
-            self.verify("--set", "cryptopro", cert=name)
-            self.verify("--set", "test", cert=name, code=1)
-            self.verify("--curve", "XchA", cert=name)
+            time = ["--time", "2006-01-01"]
+            out = self.verify(*time, cert=name)
+            for fact in ("subject:    CN=GostR3410-2001 example", "not-before: 2005-08-16 14:18:20", "serial:     2bf5c6",
+                         "sha1:       " + hashlib.sha1(octets).hexdigest()):
+                self.assertIn("\n  " + fact, out)
+            self.verify("--set", "cryptopro", *time, cert=name)
+            self.verify("--set", "test", *time, cert=name, code=1)
+            self.verify("--curve", "XchA", "--time", "any", cert=name)
         self.refused("verify", "--cert", "cert", "-S", "sig", "--curve", "A", "letter", says="on the curve XchA, not on 'A'")
         self.write("letter", b"Dear reader!\n")
-        self.verify(code=1)
+        self.verify(*time, code=1)
 
     def test_the_certificate_names_the_parameter_set_of_the_hash(self):
         for named, used in ((HASH_TEST, "test"), (HASH_CRYPTOPRO, "cryptopro"), ("", "cryptopro")):
@@ -59,12 +66,6 @@ class Certificates(CertificateTest):
             self.write("cert", x509.certificate(x509.to_be_signed(public_key)))
             self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says=["does not name its curve", "--curve NAME"])
             self.verify("--curve", "A")
-
-    def test_dates_and_signature_are_not_looked_at(self):
-        self.certify(CURVE_A, HASH_CRYPTOPRO, begin="20010101000000Z", end="020101000000Z")
-        self.verify()
-        text = self.vrx("help", "verify")
-        self.assertIn(b"NOT checked", text)
 
     def test_of_another_algorithm(self):
         self.write("cert", x509.certificate(x509.to_be_signed(x509.element("30", RSA, "030400300000"))))
@@ -117,7 +118,210 @@ class Certificates(CertificateTest):
             self.write("bad", bad)
             done = self.run_vrx("verify", "--cert", "bad", "-S", "sig", "letter")
             self.assertIn(done.code, [2] if key <= place < key + 64 else [0, 1, 2], (place, done.err))
-            self.assertEqual(done.err.count(b"\n"), 1 if done.code == 2 else 0, done.err)
+            self.assertEqual(done.err.count(b"\n"), 1, done.err)
+
+
+class Alone(CertificateTest):
+    """What a certificate says about itself."""
+
+    def status(self, *options, code=0):
+        done = self.run_vrx("verify", "--cert", "cert", "-S", "sig", "--status", *options, "letter")
+        self.assertEqual(done.code, code, (done.out, done.err))
+        return dict(line.split(" ", 1) for line in done.out.decode().splitlines())
+
+    def test_dates(self):
+        self.certify(CURVE_A, HASH_CRYPTOPRO, begin="20010101000000Z", end="020101000000Z")
+        for time, code, reason in (([], 1, "expired"), (["--time", "2000-12-31 23:59:59"], 1, "not-yet-valid"),
+                                   (["--time", "2001-01-01"], 0, None), (["--time", "2002-01-01T00:00:00Z"], 0, None),
+                                   (["--time", "2002-01-01 00:00:01"], 1, "expired"), (["--time", "any"], 0, None)):
+            status = self.status(*time, code=code)
+            self.assertEqual((status["signature"], status.get("reason")), ("valid", reason), time)
+            self.assertEqual(status["certificate"], "valid" if code == 0 else "not-valid")
+        done = self.run_vrx("verify", "--cert", "cert", "-S", "sig", "letter")
+        self.assertIn(b"'letter': the signature is NOT valid: the certificate of CN=Anna is not valid after 2002", done.out)
+        for wrong in ("2001-02-29", "2001-13-01", "yesterday", "2001-01-01 24:00:00", "2001-01-01x00:00:00", ""):
+            self.refused("verify", "--cert", "cert", "-S", "sig", "--time", wrong, "letter", says="--time takes a time in UTC")
+
+    def test_key_usage(self):
+        for bits, code in (("0", 0), ("1", 0), ("01", 0), ("2", 1), ("4", 1), ("56", 1)):
+            self.certify(CURVE_A, HASH_CRYPTOPRO, extensions=[x509.key_usage(bits)])
+            self.assertEqual(self.status(code=code).get("reason"), "key-usage" if code else None, bits)
+
+    def test_critical_extensions_have_to_be_understood(self):
+        for oid in ("060355 1d1e", "06032a0304", "0603551d20", "0603551d24"):
+            oid = oid.replace(" ", "")
+            self.certify(CURVE_A, HASH_CRYPTOPRO, extensions=[x509.extension(oid, "3000")])
+            self.assertEqual(self.status(code=1)["reason"], "critical-extension")
+            self.certify(CURVE_A, HASH_CRYPTOPRO, extensions=[x509.extension(oid, "3000", critical=False)])
+            self.assertEqual(self.status()["chain"], "unchecked")
+
+    def test_what_is_not_der_is_no_certificate(self):
+        key = x509.key(x509.algorithm(CURVE_A, HASH_CRYPTOPRO), self.point)
+        usage = x509.key_usage("0")
+        other = "300a06082a85030701010302"
+        name = x509.name((x509.COMMON_NAME, x509.text("0c", "Anna")))
+        for what, octets in {
+                "garbage after the key": x509.certificate(x509.to_be_signed(key, more="0500")),
+                "garbage for extensions": x509.certificate(x509.to_be_signed(key, more="a303040101")),
+                "an extension that is no element": x509.certificate(x509.to_be_signed(key, extensions=[x509.extension("06032a0304", "ff")])),
+                "an extension twice": x509.certificate(x509.to_be_signed(key, extensions=[usage, usage])),
+                "extensions in version 1": x509.certificate(x509.to_be_signed(key, extensions=[usage], version="")),
+                "version 1 written out": x509.certificate(x509.to_be_signed(key, version="a003020100")),
+                "another algorithm inside": x509.certificate(x509.to_be_signed(key, algorithm=other)),
+                "another algorithm outside": x509.certificate(x509.to_be_signed(key), algorithm=other),
+                "unused bits in the signature": x509.certificate(x509.to_be_signed(key), unused="01"),
+                "a signature of another length": x509.certificate(x509.to_be_signed(key), "00" * 63),
+                "a serial number with a zero in front": x509.certificate(x509.to_be_signed(key, serial="0001")),
+                "a negative serial number": x509.certificate(x509.to_be_signed(key, serial="81")),
+                "a day that is none": x509.certificate(x509.to_be_signed(key, end="19999999999999Z")),
+                "February 29": x509.certificate(x509.to_be_signed(key, begin="210229000000Z")),
+                "a truth of 1": x509.certificate(x509.to_be_signed(key, extensions=[usage.replace("0101ff", "010101")])),
+                "FALSE written out": x509.certificate(x509.to_be_signed(key, extensions=[usage.replace("0101ff", "010100")])),
+                "zero bits at the end of key usage": x509.certificate(
+                    x509.to_be_signed(key, extensions=[x509.extension("0603551d0f", "03020080")])),
+                "a length of two octets that one would hold": bytes.fromhex(
+                    x509.certificate(x509.to_be_signed(key)).hex().replace("0603550403", "068103550403").replace(
+                        name, name)),
+                "a string that is not UTF-8": x509.certificate(x509.to_be_signed(key, subject=x509.name((x509.COMMON_NAME, "0c02c328")))),
+        }.items():
+            with self.subTest(what):
+                self.write("cert", octets)
+                self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says="'cert' is not one X.509 certificate")
+                self.write("cert", self.pem("CERTIFICATE", octets))
+                done = self.run_vrx("inspect", "cert")
+                self.assertEqual(done.code, 1, done.out)
+                self.assertIn(b"damaged", done.out)
+
+    def test_deceptive_characters_of_names_are_escaped(self):
+        for hostile in ("\x1b[2J", "\x9b2J", "\u202egpj", "\u200b", "\u2066", "\ufeff", "\u2028", "\U000e0041", "\x7f"):
+            self.certify(CURVE_A, HASH_CRYPTOPRO, subject=x509.name((x509.COMMON_NAME, x509.text("0c", "A" + hostile + "B"))))
+            for out in (self.verify(), self.vrx("inspect", "cert").decode()):
+                self.assertNotIn(hostile, out)
+                self.assertIn(f"A\\{{{ord(hostile[0]):02x}}}", out)
+
+
+class Chains(CertificateTest):
+    """Root, intermediate authority and signer; then one thing is changed."""
+
+    def issue(self, name, issuer=None, extensions=(), curve="A", key=None, sign_with=None, **fields):
+        if key is None and name + ".key" not in [n for n in self.names()]:
+            self.pair(name, curve)
+        self.write("tbs", bytes.fromhex(x509.to_be_signed(
+            self.der((key or name) + ".pub").hex(), subject=self.called(name), issuer=self.called(issuer or name), extensions=list(extensions), **fields)))
+        self.vrx("sign", "-k", (sign_with or issuer or name) + ".key", "-o", "tbs.sig", "tbs")
+        octets = x509.certificate(self.read("tbs").hex(), self.read("tbs.sig").hex())
+        self.write(name + ".crt", self.pem("CERTIFICATE", octets))
+
+    @staticmethod
+    def called(name):
+        return x509.name((x509.COMMON_NAME, x509.text("0c", name)))
+
+    def make(self, root=None, middle=None, signer=None, curve="A"):
+        self.issue("root", **{"extensions": [x509.authority(), x509.key_usage("56")], "curve": curve, **(root or {})})
+        self.issue("middle", "root", **{"extensions": [x509.authority(0), x509.key_usage("56")], "curve": curve, **(middle or {})})
+        self.issue("signer", "middle", **{"extensions": [x509.key_usage("0")], "curve": curve, "serial": "07", **(signer or {})})
+        self.vrx("sign", "-k", "signer.key", "-o", "sig", "letter")
+
+    def check(self, *options, reason=None, authorities=("root.crt", "middle.crt")):
+        named = [word for name in authorities for word in ("--ca", name)]
+        done = self.run_vrx("verify", "--cert", "signer.crt", *named, "-S", "sig", "--status", *options, "letter")
+        status = dict(line.split(" ", 1) for line in done.out.decode().splitlines())
+        self.assertEqual((done.code, status.get("reason"), done.err), (1 if reason else 0, reason, b""), done.out)
+        self.assertEqual((status["signature"], status["chain"]), ("valid", "not-valid" if reason else "valid"))
+
+    def test_on_all_curves(self):
+        for curve in ("Test", "A", "B", "C", "XchA", "XchB"):
+            for name in self.names():
+                if name.endswith((".key", ".pub", ".crt")):
+                    os.unlink(self.path(name))
+            self.make(curve=curve)
+            self.check()
+        out = self.vrx("verify", "--cert", "signer.crt", "--ca", "root.crt", "--ca", "middle.crt", "-S", "sig", "letter")
+        self.assertIn(b"  trusted:    through CN=root\n", out)
+
+    def test_one_file_of_authorities(self):
+        self.make()
+        self.write("both", b"a comment\n" + self.read("middle.crt") + self.read("root.crt"))
+        self.check(authorities=["both"])
+        self.write("none", b"nothing")
+        self.refused("verify", "--cert", "signer.crt", "--ca", "none", "-S", "sig", "letter", says="'none' holds no certificate")
+        self.write("bad", self.pem("CERTIFICATE", b"0\0"))
+        self.refused("verify", "--cert", "signer.crt", "--ca", "bad", "-S", "sig", "letter", says="not well formed")
+
+    def test_a_link_is_missing(self):
+        self.make()
+        self.check(reason="no-chain", authorities=["root.crt"])
+        self.check(reason="no-chain", authorities=["middle.crt"])
+        self.issue("other", extensions=[x509.authority()])
+        self.check(reason="no-chain", authorities=["other.crt", "middle.crt"])
+
+    def test_signatures_of_the_links(self):
+        self.issue("other", extensions=[x509.authority()])
+        for changed in ({"middle": {"sign_with": "other"}}, {"signer": {"sign_with": "other"}}, {"root": {"sign_with": "other"}}):
+            self.make(**changed)
+            self.check(reason="chain-signature")
+
+    def test_authorities_have_to_be_such(self):
+        usage = x509.key_usage("56")
+        for extensions, reason in (([], "not-an-authority"), ([usage], "not-an-authority"),
+                                   ([x509.extension("0603551d13", "3000"), usage], "not-an-authority"),
+                                   ([x509.authority(), x509.key_usage("0")], "key-usage")):
+            self.make(middle={"extensions": extensions})
+            self.check(reason=reason)
+            self.make(root={"extensions": extensions})
+            self.check(reason=reason)
+
+    def test_lengths_of_paths(self):
+        self.make(root={"extensions": [x509.authority(0)]})
+        self.check(reason="path-length")
+        self.make(root={"extensions": [x509.authority(1)]})
+        self.check()
+
+    def test_dates_of_the_links(self):
+        for name in ("root", "middle", "signer"):
+            self.make(**{name: {"begin": "200101000000Z", "end": "210101000000Z"}} | (
+                {} if name == "signer" else {}))
+            done = self.run_vrx("verify", "--cert", "signer.crt", "--ca", "root.crt", "--ca", "middle.crt", "-S", "sig", "letter")
+            self.assertEqual((done.code, done.err), (1, b""))
+            self.assertIn(b"the certificate of CN=" + name.encode() + b" is not valid after 2021-01-01", done.out)
+            self.check("--time", "2020-06-01")
+
+    def test_certificates_that_name_each_other_end(self):
+        self.make()
+        for a, b in (("middle", "loop"), ("loop", "middle")):
+            self.issue(a, b, extensions=[x509.authority()], sign_with="root", key="root")
+        self.check(reason="no-chain", authorities=["middle.crt", "loop.crt"])
+
+    def revocations(self, *serials, issuer="middle", update="200102000000Z", following="890101000000Z", sign_with=None, more=""):
+        revoked = x509.element("30", *(x509.element("30", x509.element("02", s), x509.time("210101000000Z")) for s in serials))
+        following = "20" + following if following.startswith("8") else following
+        self.write("tbs", bytes.fromhex(x509.element(
+            "30", "020101", x509.GOST_SIGNATURE, self.called(issuer), x509.time(update), x509.time(following),
+            revoked if serials else "", more)))
+        self.vrx("sign", "-k", (sign_with or issuer) + ".key", "-o", "tbs.sig", "tbs")
+        self.write("crl", self.pem("X509 CRL", x509.certificate(self.read("tbs").hex(), self.read("tbs.sig").hex())))
+        self.write(issuer + ".crl", self.read("crl"))
+
+    def test_revocation(self):
+        self.make()
+        self.revocations(issuer="root")
+        both = ["--crl", "middle.crl", "--crl", "root.crl"]
+        self.revocations("05")
+        self.check(*both)
+        self.revocations("05", "07")
+        self.check(*both, reason="revoked")
+        self.check(*both, "--time", "2020-06-01")
+        self.check(*both, "--time", "any", reason="revoked")
+        self.revocations("05", sign_with="root")
+        self.check(*both, reason="no-crl")
+        self.revocations(following="200103000000Z")
+        self.check(*both, reason="crl-time")
+        self.revocations(more=x509.element("a0", x509.element("30", x509.extension("0603551d1c", "3000"))))
+        self.check(*both, reason="crl-extension")
+        self.revocations()
+        self.check("--crl", "middle.crl", reason="no-crl")
+        self.refused("verify", "--cert", "signer.crt", "--crl", "crl", "-S", "sig", "letter", says="--crl belongs to --ca")
+        self.refused("verify", "--key", "a.pub", "--ca", "root.crt", "-S", "sig", "letter", says="belong to --cert")
 
 
 class Engine(CertificateTest):

@@ -1,0 +1,73 @@
+// DER (ITU-T X.690), read strictly: one encoding for each value, and no other.
+#ifndef VRX_DOCUMENTS_DER_HPP
+#define VRX_DOCUMENTS_DER_HPP
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace vrx::documents {
+
+/** Octets of a document. */
+using Part = std::span<const std::uint8_t>;
+
+namespace der {
+
+inline constexpr std::uint8_t boolean = 0x01;
+inline constexpr std::uint8_t enumerated = 0x0A;
+inline constexpr std::uint8_t integer = 0x02;
+inline constexpr std::uint8_t bit_string = 0x03;
+inline constexpr std::uint8_t octet_string = 0x04;
+inline constexpr std::uint8_t null = 0x05;
+inline constexpr std::uint8_t object_identifier = 0x06;
+inline constexpr std::uint8_t utf8_string = 0x0C;
+inline constexpr std::uint8_t numeric_string = 0x12;
+inline constexpr std::uint8_t printable_string = 0x13;
+inline constexpr std::uint8_t t61_string = 0x14;
+inline constexpr std::uint8_t ia5_string = 0x16;
+inline constexpr std::uint8_t utc_time = 0x17;
+inline constexpr std::uint8_t generalized_time = 0x18;
+inline constexpr std::uint8_t bmp_string = 0x1E;
+inline constexpr std::uint8_t sequence = 0x30;
+inline constexpr std::uint8_t set = 0x31;
+inline constexpr std::uint8_t context_0 = 0xA0;  // [0], constructed
+inline constexpr std::uint8_t context_1 = 0xA1;
+inline constexpr std::uint8_t context_3 = 0xA3;
+
+/** Reads elements one after the other. Refuses every length that is not written in the shortest way. */
+class Reader {
+public:
+    explicit Reader(std::span<const std::uint8_t> octets) : rest_(octets) {}
+
+    [[nodiscard]] bool at_end() const { return rest_.empty(); }
+    /** The tag of the next element; nothing at the end. */
+    [[nodiscard]] std::optional<std::uint8_t> tag() const;
+    /** The contents of the next element, which must bear the wanted tag; nothing where it does not, or is cut short. */
+    std::optional<std::span<const std::uint8_t>> next(std::uint8_t wanted);
+    /** The whole next element, tag and length included. */
+    std::optional<std::span<const std::uint8_t>> next_whole(std::uint8_t wanted);
+
+private:
+    std::span<const std::uint8_t> rest_;
+};
+
+/** The dotted form of an object identifier's contents; nothing when they are not well formed, or beyond 64 bits. */
+std::optional<std::string> dotted(std::span<const std::uint8_t> contents);
+
+/** Whether the octets are one whole element, as a file of DER is. */
+bool is_one_element(std::span<const std::uint8_t> octets, std::uint8_t wanted);
+
+/** Whether the contents of an INTEGER are a number in the fewest octets. */
+bool is_integer(Part contents);
+/** The contents of an INTEGER from 0 to 2^31 - 1; nothing for any other. */
+std::optional<std::uint32_t> small_number(Part contents);
+/** The contents of a BOOLEAN, which DER writes as 0 or FF; nothing for any other. */
+std::optional<bool> truth(Part contents);
+/** Whether octets are one element, and all elements in it are well formed down to the innermost. */
+bool is_well_formed(Part octets);
+
+}  // namespace der
+}  // namespace vrx::documents
+
+#endif

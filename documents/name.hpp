@@ -1,0 +1,20 @@
+// Distinguished names (RFC 5280, section 4.1.2.4).
+#ifndef VRX_DOCUMENTS_NAME_HPP
+#define VRX_DOCUMENTS_NAME_HPP
+
+#include <optional>
+#include <string>
+
+#include "documents/der.hpp"
+
+namespace vrx::documents {
+
+/**
+ * The text of a Name, contents of the RDNSequence: "C=RU, O=...", in the order of the document. Characters that could
+ * deceive a reader are escaped. Nothing when it is not well formed.
+ */
+std::optional<std::string> read_name(Part contents);
+
+}  // namespace vrx::documents
+
+#endif
