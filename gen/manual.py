@@ -185,7 +185,7 @@ def program_page(program):
              ".Sh CAVEATS",
              *filled(CAVEAT),
              *paragraphs("The cipher does not notice a wrong key or changed data: keep a MAC of the ciphertext. "
-                         "verify --cert does not check the certificate itself.")]
+                         "Without --ca, verify --cert does not check who issued the certificate.")]
     return page("vrx", 1, "GOST cryptography for files", ["vrx"], body)
 
 
@@ -233,7 +233,7 @@ class Header:
     def __init__(self, name):
         self.name = name
         with open(os.path.join(HEADERS, name), encoding="utf-8") as file:
-            text = file.read()
+            text = re.sub(r"/\*\* @cond \*/.*?/\*\* @endcond \*/", "", file.read(), flags=re.DOTALL)
         self.sections = [Section("", "")]
         doc, position = "", 0
         while position < len(text):

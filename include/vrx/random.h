@@ -55,7 +55,12 @@ VRX_RANDOM_INLINE int vrx_kernel_random(void *buffer, size_t length) {
  *
  * Threads: any number may call the function. It allocates nothing.
  */
-VRX_RANDOM_INLINE int vrx_system_random(void *buffer, uint32_t length) {
+#if defined(__cplusplus)
+inline int vrx_system_random(void *buffer, uint32_t length)
+#else
+static inline int vrx_system_random(void *buffer, uint32_t length)
+#endif
+{
     const uint8_t *const bytes = (const uint8_t *)buffer;
     uint8_t again[16];
     /* Both are found out over all bytes, so that nothing tells where they differ. */
