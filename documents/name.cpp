@@ -38,16 +38,6 @@ std::string attribute_name(const std::string& oid) {
     return found != std::end(attributes) ? found->name : oid;
 }
 
-/** Whether the octets of a string are of its type, as far as that has an encoding of its own. */
-bool is_text(std::uint8_t tag, Part octets) {
-    if (tag == der::bmp_string) return octets.size() % 2 == 0;
-    if (tag != der::utf8_string) return true;
-    std::string_view text(reinterpret_cast<const char*>(octets.data()), octets.size());
-    while (!text.empty())
-        if (!app::take_utf8(text)) return false;
-    return true;
-}
-
 /** The text of an attribute in UTF-8. Control characters, and what needs a mark in RFC 4514, become visible. */
 std::string attribute_text(std::uint8_t tag, Part octets) {
     std::u32string characters;
@@ -95,7 +85,7 @@ std::optional<std::string> read_name(Part contents) {
             const auto dotted = oid ? der::dotted(*oid) : std::nullopt;
             const auto tag = fields.tag();
             const auto value = tag ? fields.next(*tag) : std::nullopt;
-            if (!dotted || !value || !fields.at_end() || !is_text(*tag, *value)) return std::nullopt;
+            if (!dotted || !value || !fields.at_end()) return std::nullopt;
             text.append(separator).append(attribute_name(*dotted)).append("=").append(attribute_text(*tag, *value));
         }
     }
