@@ -194,9 +194,10 @@ key meshing, do not encrypt more than a few gigabytes with one key.
     {"terminals", "colours, progress, languages, and the environment",
      R"(Terminals
 
-Messages are English and ASCII in every locale. File names are printed as they
-are, byte by byte; names in certificates are printed in UTF-8. There are no
-colours, whatever NO_COLOR says.
+Messages are English and ASCII in every locale. File names are printed byte by
+byte, names in certificates in UTF-8; characters that could deceive, such as
+controls and changes of direction, are escaped. There are no colours, whatever
+NO_COLOR says.
 
 If a command takes longer than a second and standard error is a terminal, a line
 there shows the progress. It is cleared at the end, and never goes into files or

@@ -4,6 +4,8 @@
 #include <array>
 #include <span>
 
+#include "documents/certificate.hpp"
+#include "documents/revocation.hpp"
 #include "fuzz.hpp"
 #include "io/text.hpp"
 #include "keys/der.hpp"
@@ -70,8 +72,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (found == Content::known && algorithm.curve != nullptr)
             require_same_again(*algorithm.curve, value, append_public_key_info, read_public_key);
     }
-    Certificate certificate;
-    const Content found = read_certificate(octets, certificate);
+    vrx::documents::RevocationList list;
+    if (vrx::documents::read_revocation_list(octets, list)) {
+        require_printable(list.issuer);
+        for (const auto& revoked : list.revoked)
+            require(within(revoked.serial, octets), "serial numbers lie in the list");
+    }
+    vrx::documents::Certificate certificate;
+    const Content found = vrx::documents::read_certificate(octets, certificate);
     if (found == Content::other) return 0;
     require_sound(certificate.algorithm, found);
     for (const Part part : {certificate.signed_part, certificate.serial, certificate.signature})
