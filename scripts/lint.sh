@@ -19,7 +19,7 @@ cmd_lint() {
     shellcheck -x dev scripts/demo.sh .ci/run app/completion/vrx.bash  # -x: with what dev sources
     echo "== clang-tidy"
     configure dev >/dev/null
-    git ls-files --cached --others --exclude-standard -- 'src/*.cpp' 'app/*.cpp' |
+    git ls-files --cached --others --exclude-standard -- 'src/*.cpp' 'app/*.cpp' 'documents/*.cpp' |
         xargs -P "$(nproc)" -n 4 clang-tidy -p build/dev --quiet --warnings-as-errors='*' 2>/dev/null
     echo "== cppcheck"
     cppcheck --enable=warning,performance,portability --std=c++20 --language=c++ --inline-suppr --error-exitcode=1 \
