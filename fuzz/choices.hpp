@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "fuzz.hpp"
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 #include "support/random.hpp"
 
 namespace vrx::fuzz {

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <map>
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 #include "peers.hpp"
 #include "straightforward.hpp"
 #include "support.hpp"

@@ -16,7 +16,7 @@
 #include <string_view>
 
 #include "ecc/field/engine.hpp"
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 #include "gostr3411/engine.hpp"
 #include "vrx.h"
 #include "welch.hpp"

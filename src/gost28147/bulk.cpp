@@ -1,7 +1,7 @@
 // Which way a run of blocks goes: through the engine, or block by block.
 #include "gost28147/bulk.hpp"
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 #include "gost28147/plain.hpp"
 
 namespace vrx::gost28147 {

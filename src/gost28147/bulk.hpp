@@ -7,7 +7,7 @@
 
 #include <cstddef>
 
-#include "gost28147/kernel.hpp"
+#include "gost28147/block.hpp"
 #include "vrx/context.h"
 
 namespace vrx::gost28147 {

@@ -1,7 +1,7 @@
 #include "gost28147/plain.hpp"
 
 #include "frame/wipe.hpp"
-#include "gost28147/meshing.hpp"
+#include "gost28147/mesh.hpp"
 
 namespace vrx::gost28147::plain {
 namespace {

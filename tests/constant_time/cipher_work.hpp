@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 #include "support/offered.hpp"
 #include "vrx.h"
 

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 #include "gostr3411/engine.hpp"
 #include "sha1/compress.hpp"
 #include "support/offered.hpp"

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "ecc/field/engine.hpp"
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 #include "gostr3411/engine.hpp"
 #include "sha1/compress.hpp"
 #include "support/offered.hpp"

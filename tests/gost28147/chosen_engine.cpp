@@ -1,6 +1,6 @@
 #include "support/engines.hpp"
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Every engine beside the modes block by block: all lengths, places, overlaps and tables, and which way was taken.
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <functional>
 #include <numeric>
 
-#include "gost28147/meshing.hpp"
+#include "gost28147/mesh.hpp"
 #include "gost28147/plain.hpp"
 #include "support/engines.hpp"
 #include "support/fenced.hpp"

@@ -1,6 +1,6 @@
 // Engines: whole buffers at a time, each engine in a file of its own.
-#ifndef VRX_GOST28147_ENGINE_HPP
-#define VRX_GOST28147_ENGINE_HPP
+#ifndef VRX_GOST28147_ENGINE_LIST_HPP
+#define VRX_GOST28147_ENGINE_LIST_HPP
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 // Eight blocks in a register of 512 bits. Include inside a region of frame/region_avx512.hpp.
-#ifndef VRX_GOST28147_VBMI_VECTOR_HPP
-#define VRX_GOST28147_VBMI_VECTOR_HPP
+#ifndef VRX_GOST28147_ENGINE_VBMI_VECTOR_HPP
+#define VRX_GOST28147_ENGINE_VBMI_VECTOR_HPP
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 
 namespace vrx::gost28147::vbmi {
 

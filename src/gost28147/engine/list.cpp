@@ -1,6 +1,6 @@
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 
-#include "gost28147/meshing.hpp"
+#include "gost28147/mesh.hpp"
 #include "gost28147/plain.hpp"
 
 namespace vrx::gost28147 {

@@ -1,13 +1,13 @@
 // For tables that have not come from S-boxes.
 #include <immintrin.h>
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 
 #include "frame/region_avx512.hpp"
 
-#include "gost28147/parallel.hpp"
-#include "gost28147/planes.hpp"
-#include "gost28147/vbmi_vector.hpp"
+#include "gost28147/engine/parallel.hpp"
+#include "gost28147/engine/planes.hpp"
+#include "gost28147/engine/vbmi_vector.hpp"
 
 namespace vrx::gost28147 {
 namespace {

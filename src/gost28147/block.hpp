@@ -1,6 +1,6 @@
 // GOST 28147-89 on one block: the rounds, and the steps of the modes that are made of them (RFC 5830).
-#ifndef VRX_GOST28147_KERNEL_HPP
-#define VRX_GOST28147_KERNEL_HPP
+#ifndef VRX_GOST28147_BLOCK_HPP
+#define VRX_GOST28147_BLOCK_HPP
 
 #include <array>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // CryptoPro key meshing: where the key of a context changes (RFC 4357, section 2.3.2).
-#ifndef VRX_GOST28147_MESHING_HPP
-#define VRX_GOST28147_MESHING_HPP
+#ifndef VRX_GOST28147_MESH_HPP
+#define VRX_GOST28147_MESH_HPP
 
 #include <algorithm>
 #include <cstddef>

@@ -1,14 +1,14 @@
 // For processors without byte permutes over whole registers, from 32 blocks.
 #include <immintrin.h>
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 #include "tz/sboxes.hpp"
 
 #include "frame/region_avx2.hpp"
 
-#include "gost28147/chain.hpp"
-#include "gost28147/parallel.hpp"
-#include "gost28147/planes.hpp"
+#include "gost28147/engine/chain.hpp"
+#include "gost28147/engine/parallel.hpp"
+#include "gost28147/engine/planes.hpp"
 
 namespace vrx::gost28147 {
 namespace {

@@ -1,6 +1,6 @@
 // Look-ups in the table as it is: for any table, short runs, and processors without vector shuffles of bytes.
-#include "gost28147/chain.hpp"
-#include "gost28147/parallel.hpp"
+#include "gost28147/engine/chain.hpp"
+#include "gost28147/engine/parallel.hpp"
 
 namespace vrx::gost28147 {
 namespace {

@@ -2,10 +2,10 @@
 //
 // Included as parallel.hpp is, inside a region. `Plane` is a register of that region, with the instructions named
 // below.
-#ifndef VRX_GOST28147_PLANES_HPP
-#define VRX_GOST28147_PLANES_HPP
+#ifndef VRX_GOST28147_ENGINE_PLANES_HPP
+#define VRX_GOST28147_ENGINE_PLANES_HPP
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 
 namespace vrx::gost28147 {
 

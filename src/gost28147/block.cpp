@@ -1,4 +1,4 @@
-#include "gost28147/kernel.hpp"
+#include "gost28147/block.hpp"
 
 #include "gost28147/bulk.hpp"
 

@@ -2,10 +2,10 @@
 //
 // An engine includes this inside the region of its file in which its instructions are allowed. All functions are
 // templates over a type of that file, so no other file can end up with their code.
-#ifndef VRX_GOST28147_PARALLEL_HPP
-#define VRX_GOST28147_PARALLEL_HPP
+#ifndef VRX_GOST28147_ENGINE_PARALLEL_HPP
+#define VRX_GOST28147_ENGINE_PARALLEL_HPP
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 
 namespace vrx::gost28147 {
 

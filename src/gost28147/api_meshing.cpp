@@ -1,4 +1,4 @@
-#include "gost28147/meshing.hpp"
+#include "gost28147/mesh.hpp"
 
 #include <cstring>
 

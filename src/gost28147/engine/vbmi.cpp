@@ -3,14 +3,14 @@
 
 #include <bit>
 
-#include "gost28147/engine.hpp"
-#include "gost28147/meshing.hpp"
+#include "gost28147/engine/list.hpp"
+#include "gost28147/mesh.hpp"
 #include "tz/sboxes.hpp"
 
 #include "frame/region_avx512.hpp"
 
-#include "gost28147/parallel.hpp"
-#include "gost28147/vbmi_vector.hpp"
+#include "gost28147/engine/parallel.hpp"
+#include "gost28147/engine/vbmi_vector.hpp"
 #include "tz/recover_avx512.hpp"
 
 namespace vrx::gost28147 {

@@ -7,7 +7,7 @@
 #include "frame/log.hpp"
 #include "frame/wipe.hpp"
 #include "gost28147/bulk.hpp"
-#include "gost28147/meshing.hpp"
+#include "gost28147/mesh.hpp"
 
 using namespace vrx::gost28147;
 namespace log = vrx::log;

@@ -1,10 +1,10 @@
 // The modes in which each block waits for the one before it: the shortest chain of look-ups.
 //
 // Everything is a template over `Bytes`, a type of the including file that says how byte 2 is taken out of a word.
-#ifndef VRX_GOST28147_CHAIN_HPP
-#define VRX_GOST28147_CHAIN_HPP
+#ifndef VRX_GOST28147_ENGINE_CHAIN_HPP
+#define VRX_GOST28147_ENGINE_CHAIN_HPP
 
-#include "gost28147/engine.hpp"
+#include "gost28147/engine/list.hpp"
 
 namespace vrx::gost28147 {
 
