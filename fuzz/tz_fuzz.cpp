@@ -7,6 +7,7 @@
 #include "choices.hpp"
 #include "support/log_capture.hpp"
 #include "support/registry_guard.hpp"
+#include "tz/deployments.hpp"
 #include "tz/model.hpp"
 #include "tz/sboxes.hpp"
 #include "vrx.h"

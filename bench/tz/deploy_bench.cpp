@@ -3,7 +3,7 @@
 
 #include "frame/cpu.hpp"
 #include "support.hpp"
-#include "tz/sboxes.hpp"
+#include "tz/deployments.hpp"
 
 namespace {
 

@@ -1,85 +1,43 @@
-// Contexts: a message in pieces of any length.
+// Contexts, messages in pieces of any length: checks, the retried calls, and what is logged.
 #include "vrx/context.h"
 
 #include <algorithm>
 #include <cstring>
 
+#include "frame/blockwise.hpp"
+#include "frame/bytes.hpp"
 #include "frame/log.hpp"
 #include "frame/wipe.hpp"
-#include "gost28147/bulk.hpp"
 #include "gost28147/mesh.hpp"
+#include "gost28147/stream.hpp"
 
-using namespace vrx::gost28147;
 namespace log = vrx::log;
+namespace stream = vrx::gost28147::stream;
+using vrx::gost28147::meshes;
 
 namespace {
 
 constexpr std::uint32_t block_size = VRX_BLOCK_SIZE;
 
-/** memcpy that takes a null pointer for no bytes. */
-void copy(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
-    if (count != 0) std::memcpy(to, from, count);
-}
-
-Cipher cipher_of(const vrx_crpt_ctx& ctx) { return {ctx.table, Key(ctx.key)}; }
-
-/** Deliberate: a failing step is made a second time, and the second code counts. */
-template <typename Step>
-int with_second_try(Step step) {
-    return step() == VRX_OK ? VRX_OK : step();
-}
-
-/** The meshing step of a context whose table is deployed, so that it does not fail. */
-void mesh_step(vrx_crpt_ctx& ctx) { static_cast<void>(vrx_make_key_meshing(&ctx)); }
-
-/**
- * Meshing and counting for a run of whole blocks: calls run(first, count) for each stretch under one key, and
- * run_sections(first, sections) for sections that wait for a meshing and fill themselves; it says how many of them it
- * took. A block that is left waiting goes through mesh_step() by itself.
- */
-template <typename Run, typename RunSections>
-void for_each_stretch(vrx_crpt_ctx& ctx, std::size_t blocks, Run run, RunSections run_sections) {
-    for (std::size_t done = 0; done != blocks;) {
-        std::size_t count = blocks_before_meshing(ctx, blocks - done);
-        if (count != 0) {
-            count_blocks(ctx, count);
-        } else if (const std::size_t sections = run_sections(done, (blocks - done) / section_blocks); sections != 0) {
-            done += sections * section_blocks;
-            continue;
-        } else {
-            mesh_step(ctx);
-            count = 1;
-        }
-        run(done, count);
-        done += count;
-    }
-}
-
-/** The same for modes whose sections are no faster together. */
-template <typename Run>
-void for_each_stretch(vrx_crpt_ctx& ctx, std::size_t blocks, Run run) {
-    for_each_stretch(ctx, blocks, run, [](std::size_t, std::size_t) { return std::size_t{0}; });
-}
-
-/** Sections of a context's data. Its table is deployed, so that no meshing fails. */
-void run_sections(Mode mode, vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t sections) {
-    if (sections != 0) meshed_sections(mode, ctx.table, ctx.key, ctx.iv, in, out, sections);
+/** The engine call on a piece. Deliberate: a failing call is made a second time, and the second code counts. */
+int run_engine(vrx_crpt_ctx& ctx, const std::uint8_t* from, std::uint8_t* to, std::uint32_t length) {
+    const auto once = [&] {
+        const vrx_data in{length, const_cast<std::uint8_t*>(from)};
+        vrx_data out{length, to};
+        return vrx_crpt_context_engine(&ctx, &in, &out);
+    };
+    return once() == VRX_OK ? VRX_OK : once();
 }
 
 /**
- * What vrx_crpt_context_engine() can hand on in whole sections: modes that ignore the flags, and of them those without
- * a chain, where the one-shot function would find nothing wrong. The count of bytes; 0 where it has to go piece by
- * piece.
+ * The whole sections that vrx_crpt_context_engine() can hand on: modes that ignore the flags, where the one-shot
+ * function would find nothing wrong. The count of bytes; 0 where it has to go piece by piece.
  */
 std::uint32_t engine_sections(vrx_crpt_ctx& ctx, const vrx_data& in, const vrx_data& out) {
-    const bool decrypting = ctx.direction == 0;
-    if (ctx.mode != VRX_MODE_SS && (ctx.mode != VRX_MODE_CBC || !decrypting)) return 0;
+    if (ctx.mode != VRX_MODE_SS && ctx.mode != VRX_MODE_CBC) return 0;
     if (ctx.mesh_count != VRX_MESHING_SECTION || ctx.table.initialised == 0) return 0;
     if (in.data == nullptr || out.data == nullptr || out.length < VRX_MESHING_SECTION) return 0;
-    const Mode mode = ctx.mode == VRX_MODE_CBC ? Mode::cbc_decrypt : decrypting ? Mode::ecb_decrypt : Mode::ecb_encrypt;
-    const std::uint32_t sections = in.length / VRX_MESHING_SECTION;
-    run_sections(mode, ctx, in.data, out.data, sections);
-    return sections * VRX_MESHING_SECTION;
+    return stream::sections(ctx, in.data, out.data, in.length);
 }
 
 /** What the streaming modes ask of a context and an input before they look at anything else. */
@@ -96,46 +54,31 @@ int check_stream(const vrx_crpt_ctx* ctx, const vrx_data* in, const vrx_data* ou
     return ctx->table.initialised == 0 ? VRX_ERR_FAILED : VRX_OK;
 }
 
-/** Modes 1, 4 and unknown ones: whole blocks go to the engine, the rest waits in the context. */
+/** Modes 1, 4 and unknown ones: whole blocks go to the engine call, the rest waits in the context. */
 int update_blocks(vrx_crpt_ctx& ctx, const vrx_data& in, vrx_data& out) {
     const std::uint32_t held = ctx.block_len;
-    const std::uint64_t total = std::uint64_t{held} + in.length;
-    const std::uint64_t whole = total / block_size * block_size;
+    const std::uint64_t whole = (std::uint64_t{held} + in.length) / block_size * block_size;
     const auto count = static_cast<std::uint32_t>(whole);
     if (out.data == nullptr) {
         out.length = count;
         return VRX_OK;
     }
-    if (whole == 0) {
-        copy(ctx.block + held, in.data, in.length);
-        ctx.block_len = static_cast<std::uint32_t>(total);
-        out.length = 0;
-        return VRX_OK;
-    }
     if (whole > out.length) return VRX_ERR_BUFFER_LENGTH;
 
-    const auto engine = [&ctx](const std::uint8_t* from, std::uint8_t* to, std::uint32_t length) {
-        return with_second_try([&] {
-            const vrx_data piece_in{length, const_cast<std::uint8_t*>(from)};
-            vrx_data piece_out{length, to};
-            return vrx_crpt_context_engine(&ctx, &piece_in, &piece_out);
-        });
-    };
-    const std::uint32_t remainder = static_cast<std::uint32_t>(total % block_size);
+    vrx::Input rest{in.data, in.length};
+    vrx::Blockwise<VRX_BLOCK_SIZE> buffer(ctx.block, held);
     std::uint8_t* to = out.data;
-    const std::uint8_t* from = in.data;
-    std::uint32_t left = count;
-    if (held > 0) {
-        copy(ctx.block + held, from, block_size - held);
-        if (const int rc = engine(ctx.block, to, block_size)) return rc;
-        from += block_size - held;
-        to += block_size;
-        left -= block_size;
+    if (held != 0 || whole == 0) buffer.fill(rest);
+    if (whole != 0) {
+        if (held != 0) {
+            if (const int rc = run_engine(ctx, ctx.block, to, block_size)) return rc;
+            to += block_size;
+        }
+        if (const std::uint32_t direct = static_cast<std::uint32_t>(buffer.whole(rest)) * block_size; direct != 0)
+            if (const int rc = run_engine(ctx, rest.take(direct), to, direct)) return rc;
+        buffer.keep(rest);
     }
-    if (left != 0)
-        if (const int rc = engine(from, to, left)) return rc;
-    ctx.block_len = remainder;
-    copy(ctx.block, in.data + (in.length - remainder), remainder);
+    ctx.block_len = static_cast<std::uint32_t>(buffer.filled());
     out.length = count;
     return VRX_OK;
 }
@@ -234,7 +177,7 @@ int vrx_crpt_final(vrx_crpt_ctx* ctx) {
         return VRX_OK;
     }
     in.length = std::min(ctx->block_len, block_size);
-    copy(held.value, ctx->block, in.length);
+    std::memcpy(held.value, ctx->block, in.length);
     vrx_data out{VRX_BLOCK_SIZE, ctx->block};
     const int rc = vrx_crpt_context_engine(ctx, &in, &out);
     ctx->initialised = 0;
@@ -301,105 +244,16 @@ int vrx_crpt_context_engine(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out
 
 int vrx_crpt_CNT_ctx(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out) {
     if (const int rc = check_stream(ctx, in, out)) return rc;
-    const Cipher cipher = cipher_of(*ctx);
     const std::uint32_t length = in->length;
-    if ((ctx->flags & VRX_FLAG_FIRST) != 0) {
-        ecb_encrypt(cipher, ctx->iv, ctx->iv, 1);
-        ctx->flags = 0;
-    }
-    const std::uint8_t* from = in->data;
-    std::uint8_t* to = out->data;
-
-    // Key stream that an earlier piece left.
-    const std::uint32_t kept = std::min(ctx->block_len, length);
-    const std::uint8_t* gamma = ctx->block + (block_size - ctx->block_len);
-    for (std::uint32_t i = 0; i < kept; ++i) to[i] = static_cast<std::uint8_t>(from[i] ^ gamma[i]);
-    ctx->block_len -= kept;
-    from += kept;
-    to += kept;
-
-    const std::uint32_t blocks = (length - kept) / block_size;
-    const std::uint32_t tail = (length - kept) % block_size;
-    for_each_stretch(
-        *ctx, blocks,
-        [&](std::size_t first, std::size_t count) {
-            counter(cipher, ctx->iv, from + first * block_size, to + first * block_size, count);
-        },
-        [&](std::size_t first, std::size_t sections) {
-            run_sections(Mode::counter, *ctx, from + first * block_size, to + first * block_size, sections);
-            return sections;
-        });
-    if (tail != 0) {
-        mesh_step(*ctx);
-        const std::size_t done = std::size_t{blocks} * block_size;
-        vrx::Secret<std::uint8_t[VRX_BLOCK_SIZE]> last;
-        std::memcpy(last.value, from + done, tail);
-        ctx->block_len = block_size - tail;
-        counter(cipher, ctx->iv, last.value, ctx->block, 1);
-        std::memcpy(to + done, ctx->block, tail);
-    }
+    stream::counter(*ctx, in->data, out->data, length);
     out->length = length;
     return VRX_OK;
 }
 
 int vrx_crpt_CFB_ctx(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out) {
     if (const int rc = check_stream(ctx, in, out)) return rc;
-    const Cipher cipher = cipher_of(*ctx);
-    const bool encrypting = ctx->direction != 0;
     const std::uint32_t length = in->length;
-    const std::uint8_t* from = in->data;
-    std::uint8_t* to = out->data;
-
-    // A block that an earlier piece began: key stream is used, ciphertext takes its place.
-    if (const std::uint32_t unused = ctx->block_len; unused != 0) {
-        const std::uint32_t kept = std::min(unused, length);
-        std::uint8_t* gamma = ctx->block + (block_size - unused);
-        for (std::uint32_t i = 0; i < kept; ++i) {
-            const std::uint8_t given = from[i];
-            to[i] = given ^ gamma[i];
-            gamma[i] = encrypting ? to[i] : given;
-        }
-        ctx->block_len -= kept;
-        if (ctx->block_len != 0) {
-            out->length = length;
-            return VRX_OK;
-        }
-        std::memcpy(ctx->iv, ctx->block, VRX_BLOCK_SIZE);
-        from += kept;
-        to += kept;
-    }
-
-    const auto rest = static_cast<std::size_t>(in->data + length - from);
-    const std::size_t blocks = rest / block_size;
-    const std::size_t tail = rest % block_size;
-    // The input counts as read before the output is written. Where the output lies ahead of it and overlaps, the input
-    // is moved there first and processed in place.
-    if (const auto ahead = reinterpret_cast<std::uintptr_t>(to) - reinterpret_cast<std::uintptr_t>(from);
-        ahead != 0 && ahead < rest) {
-        std::memmove(to, from, rest);
-        from = to;
-    }
-    for_each_stretch(
-        *ctx, blocks,
-        [&](std::size_t first, std::size_t count) {
-            (encrypting ? cfb_encrypt : cfb_decrypt)(cipher, ctx->iv, from + first * block_size,
-                                                     to + first * block_size, count);
-        },
-        [&](std::size_t first, std::size_t sections) {
-            if (encrypting) return std::size_t{0};
-            run_sections(Mode::cfb_decrypt, *ctx, from + first * block_size, to + first * block_size, sections);
-            return sections;
-        });
-    if (tail != 0) {
-        mesh_step(*ctx);
-        const std::size_t done = blocks * block_size;
-        vrx::Secret<std::uint8_t[VRX_BLOCK_SIZE]> last;
-        std::memcpy(last.value, from + done, tail);
-        ctx->block_len = block_size - static_cast<std::uint32_t>(tail);
-        (encrypting ? cfb_encrypt : cfb_decrypt)(cipher, ctx->iv, last.value, ctx->block, 1);
-        std::memcpy(to + done, ctx->block, tail);
-        if (!encrypting) std::memcpy(ctx->block, last.value, tail);
-    }
+    stream::cfb(*ctx, in->data, out->data, length);
     out->length = length;
     return VRX_OK;
 }
@@ -407,45 +261,9 @@ int vrx_crpt_CFB_ctx(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out) {
 int vrx_crpt_IMITO_ctx(vrx_crpt_ctx* ctx, const vrx_data* in) {
     if (const int rc = check_stream(ctx)) return rc;
     if (in == nullptr || in->data == nullptr) return VRX_ERR_BAD_PARAMS;
-    const bool last_call = (ctx->flags & VRX_FLAG_PAD) != 0;
-    if (in->length == 0 && !last_call) return VRX_ERR_BUFFER_LENGTH;
+    const bool finish = (ctx->flags & VRX_FLAG_PAD) != 0;
+    if (in->length == 0 && !finish) return VRX_ERR_BUFFER_LENGTH;
     if (ctx->table.initialised == 0) return VRX_ERR_FAILED;
-
-    const Cipher cipher = cipher_of(*ctx);
-    const std::uint32_t held = ctx->block_len;
-    const std::uint8_t* from = in->data;
-    std::uint32_t length = in->length;
-    if (std::uint64_t{held} + length < block_size) {
-        copy(ctx->block + held, from, length);
-        ctx->block_len = held + length;
-        if (!last_call) return VRX_OK;
-        std::memset(ctx->block + ctx->block_len, 0, block_size - ctx->block_len);
-        mesh_step(*ctx);
-        mac(cipher, ctx->mac, ctx->block, 1);
-        return VRX_OK;
-    }
-
-    vrx::Secret<std::uint8_t[VRX_BLOCK_SIZE]> first;
-    if (held > 0) {
-        std::memcpy(first.value, ctx->block, held);
-        std::memcpy(first.value + held, from, block_size - held);
-        from += block_size - held;
-        length -= block_size - held;
-    }
-    const std::uint32_t tail = length % block_size;
-    std::memset(ctx->block, 0, VRX_BLOCK_SIZE);
-    copy(ctx->block, from + (length - tail), tail);
-    ctx->block_len = tail;
-
-    // Deliberate: only the low half is cleared.
-    if ((ctx->flags & VRX_FLAG_FIRST) != 0) std::memset(ctx->mac, 0, VRX_BLOCK_SIZE / 2);
-    if (held > 0) {
-        mesh_step(*ctx);
-        mac(cipher, ctx->mac, first.value, 1);
-    }
-    for_each_stretch(*ctx, length / block_size, [&](std::size_t done, std::size_t count) {
-        mac(cipher, ctx->mac, from + done * block_size, count);
-    });
-    ctx->flags = 0;
+    stream::mac(*ctx, in->data, in->length, finish);
     return VRX_OK;
 }

@@ -1,16 +1,9 @@
-#include "gost28147/mesh.hpp"
-
+// Key meshing for callers, with what is logged if a table is not deployed.
 #include <cstring>
 
 #include "frame/wipe.hpp"
-
-namespace vrx::gost28147 {
-
-constinit const std::uint8_t meshing_constant[VRX_KEY_SIZE] = {
-    0x69, 0x00, 0x72, 0x22, 0x64, 0xC9, 0x04, 0x23, 0x8D, 0x3A, 0xDB, 0x96, 0x46, 0xE9, 0x2A, 0xC4,
-    0x18, 0xFE, 0xAC, 0x94, 0x00, 0xED, 0x07, 0x12, 0xC0, 0x86, 0xDC, 0xC2, 0xEF, 0x4C, 0xA9, 0x2B};
-
-}  // namespace vrx::gost28147
+#include "gost28147/mesh.hpp"
+#include "vrx/modes.h"
 
 int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz* table, std::uint8_t* iv, std::uint32_t* key) {
     vrx::Secret<std::uint8_t[VRX_KEY_SIZE]> next_key;

@@ -1,8 +1,9 @@
-// The one-shot modes: checks, and the split into whole blocks and a padded last one.
+// The one-shot modes over whole buffers: checks, and the split into whole blocks and a padded last one.
 #include "vrx/modes.h"
 
 #include <cstring>
 
+#include "frame/bytes.hpp"
 #include "frame/log.hpp"
 #include "frame/wipe.hpp"
 #include "gost28147/bulk.hpp"
@@ -62,13 +63,11 @@ struct Pieces {
     }
 };
 
-using Run = void (*)(Cipher, std::uint8_t* reg, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks);
-
 /** Whole blocks from in to out, then the padded block in its own place, of which the input's bytes are written. */
-int run(Run mode, Cipher cipher, std::uint8_t* reg, const vrx_data& in, vrx_data& out, Pieces& pieces) {
-    mode(cipher, reg, in.data, out.data, pieces.blocks);
+int run(Mode mode, Cipher cipher, std::uint8_t* reg, const vrx_data& in, vrx_data& out, Pieces& pieces) {
+    bulk::run(mode, {cipher, reg, in.data, out.data, pieces.blocks});
     if (pieces.tail != 0) {
-        mode(cipher, reg, pieces.last, pieces.last, 1);
+        bulk::run(mode, {cipher, reg, pieces.last, pieces.last, 1});
         std::memcpy(out.data + std::size_t{VRX_BLOCK_SIZE} * pieces.blocks, pieces.last, pieces.tail);
     }
     out.length = in.length;
@@ -106,8 +105,8 @@ int VRX_Gost_SS_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, const 
     }
     if (in->length % VRX_BLOCK_SIZE != 0)
         return log::condition(self, "input data length should be multiple of block size", VRX_ERR_BLOCK_MULTIPLE);
-    (vrx::low8(direction) != 0 ? ecb_encrypt : ecb_decrypt)({*table, Key(key)}, in->data, out->data,
-                                                            in->length / VRX_BLOCK_SIZE);
+    bulk::run(vrx::low8(direction) != 0 ? Mode::ecb_encrypt : Mode::ecb_decrypt,
+              {{*table, Key(key)}, nullptr, in->data, out->data, in->length / VRX_BLOCK_SIZE});
     out->length = in->length;
     return VRX_OK;
 }
@@ -116,8 +115,8 @@ int VRX_Gost_CBC_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std::
                    int direction) {
     if (const int rc = code(check(table, in, out, key, iv))) return rc;
     if (in->length % VRX_BLOCK_SIZE != 0) return VRX_ERR_BLOCK_MULTIPLE;
-    (vrx::low8(direction) != 0 ? cbc_encrypt : cbc_decrypt)({*table, Key(key)}, iv, in->data, out->data,
-                                                            in->length / VRX_BLOCK_SIZE);
+    bulk::run(vrx::low8(direction) != 0 ? Mode::cbc_encrypt : Mode::cbc_decrypt,
+              {{*table, Key(key)}, iv, in->data, out->data, in->length / VRX_BLOCK_SIZE});
     out->length = in->length;
     return VRX_OK;
 }
@@ -128,8 +127,8 @@ int VRX_Gost_Gamm_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std:
     Pieces pieces;
     if (const int rc = pieces.split(*in, flags)) return rc;
     const Cipher cipher{*table, Key(key)};
-    if (has(flags, VRX_FLAG_FIRST)) ecb_encrypt(cipher, iv, iv, 1);
-    return run(counter, cipher, iv, *in, *out, pieces);
+    if (has(flags, VRX_FLAG_FIRST)) bulk::run(Mode::ecb_encrypt, {cipher, nullptr, iv, iv, 1});
+    return run(Mode::counter, cipher, iv, *in, *out, pieces);
 }
 
 int VRX_Gost_GFB_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std::uint8_t* iv, const std::uint32_t* key,
@@ -138,8 +137,8 @@ int VRX_Gost_GFB_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std::
     Pieces pieces;
     if (const int rc = pieces.split(*in, flags)) return rc;
     // Deliberate: decrypting in place, the padded block included, feeds back plaintext.
-    return run(vrx::low8(direction) != 0 ? cfb_encrypt : cfb_decrypt_rereading, {*table, Key(key)}, iv, *in, *out,
-               pieces);
+    return run(vrx::low8(direction) != 0 ? Mode::cfb_encrypt : Mode::cfb_decrypt_rereading, {*table, Key(key)}, iv, *in,
+               *out, pieces);
 }
 
 int VRX_Gost_Imito_m(const vrx_tz* table, const vrx_data* in, vrx_data* state, const std::uint32_t* key, int flags) {
@@ -151,8 +150,8 @@ int VRX_Gost_Imito_m(const vrx_tz* table, const vrx_data* in, vrx_data* state, c
     if (const int rc = pieces.split(*in, flags)) return rc;
     const Cipher cipher{*table, Key(key)};
     if (has(flags, VRX_FLAG_FIRST)) std::memset(state->data, 0, VRX_BLOCK_SIZE);
-    mac(cipher, state->data, in->data, pieces.blocks);
-    if (pieces.tail != 0) mac(cipher, state->data, pieces.last, 1);
+    bulk::run(Mode::mac, {cipher, state->data, in->data, nullptr, pieces.blocks});
+    if (pieces.tail != 0) bulk::run(Mode::mac, {cipher, state->data, pieces.last, nullptr, 1});
     return VRX_OK;
 }
 
@@ -177,14 +176,14 @@ int do_imito_low(const vrx_tz* table, const vrx_data* in, vrx_data* mac_state, c
 }
 
 int ciph_mode_by_name(const char* name) {
-    struct Mode {
+    struct Named {
         const char* name;
         int number;
     };
-    constexpr Mode modes[] = {
+    constexpr Named modes[] = {
         {"ss", VRX_MODE_SS}, {"gamm", VRX_MODE_GAMM}, {"gfb", VRX_MODE_GFB}, {"cbc", VRX_MODE_CBC}};
     if (name == nullptr) return 0;
-    for (const Mode& mode : modes)
+    for (const Named& mode : modes)
         if (std::strcmp(name, mode.name) == 0) return mode.number;
     return 0;
 }

@@ -1,4 +1,4 @@
-// GOST 28147-89 on one block: the rounds, and the steps of the modes that are made of them (RFC 5830).
+// GOST 28147-89 on one block: key, rounds, encryption, decryption and the rounds of the MAC (RFC 5830).
 #ifndef VRX_GOST28147_BLOCK_HPP
 #define VRX_GOST28147_BLOCK_HPP
 
@@ -26,6 +26,21 @@ inline Block load_block(const std::uint8_t* bytes) { return {load_le32(bytes), l
 inline void store_block(std::uint8_t* bytes, Block b) {
     store_le32(bytes, b.n1);
     store_le32(bytes + 4, b.n2);
+}
+
+/** Both words as one, n1 in its lower half. */
+constexpr std::uint64_t joined(Block b) { return std::uint64_t{b.n2} << 32 | b.n1; }
+constexpr Block parted(std::uint64_t words) {
+    return {static_cast<std::uint32_t>(words), static_cast<std::uint32_t>(words >> 32)};
+}
+
+/**
+ * Both words in one store: the next call may load them together, and would wait for two stores to leave the processor
+ * where it can forward one.
+ */
+inline void store_register(std::uint8_t* reg, Block b) {
+    const std::uint64_t words = joined(b);
+    std::memcpy(reg, &words, sizeof words);
 }
 
 /** The caller's eight key words, at any address. A view: the words are never copied to memory of the library. */
@@ -84,12 +99,6 @@ Block decrypt(Block b, Key key, const vrx_tz& table);
 
 /** M(b): 16 rounds with their exchanges. */
 Block mac_rounds(Block b, Key key, const vrx_tz& table);
-
-/** The next counter: word 0 plus 01010101h modulo 2^32, word 1 plus 01010104h modulo 2^32 - 1, never 0. */
-constexpr Block step_counter(Block c) {
-    const std::uint32_t n2 = c.n2 + 0x01010104U;
-    return {c.n1 + 0x01010101U, n2 + (n2 < 0x01010104U ? 1U : 0U)};
-}
 
 }  // namespace vrx::gost28147
 

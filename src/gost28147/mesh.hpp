@@ -1,17 +1,39 @@
-// CryptoPro key meshing: where the key of a context changes (RFC 4357, section 2.3.2).
+// CryptoPro key meshing (RFC 4357, section 2.3.2): its constant, its step, and when a context is due for one.
 #ifndef VRX_GOST28147_MESH_HPP
 #define VRX_GOST28147_MESH_HPP
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
+#include "frame/wipe.hpp"
+#include "gost28147/mode.hpp"
 #include "vrx/context.h"
 
 namespace vrx::gost28147 {
 
-/** The constant C of RFC 4357, section 2.3.2. */
-extern const std::uint8_t meshing_constant[VRX_KEY_SIZE];
+/** The constant C. */
+inline constexpr std::uint8_t meshing_constant[VRX_KEY_SIZE] = {
+    0x69, 0x00, 0x72, 0x22, 0x64, 0xC9, 0x04, 0x23, 0x8D, 0x3A, 0xDB, 0x96, 0x46, 0xE9, 0x2A, 0xC4,
+    0x18, 0xFE, 0xAC, 0x94, 0x00, 0xED, 0x07, 0x12, 0xC0, 0x86, 0xDC, 0xC2, 0xEF, 0x4C, 0xA9, 0x2B};
+
+/** Blocks under one key. */
+inline constexpr std::size_t section_blocks = VRX_MESHING_SECTION / VRX_BLOCK_SIZE;
+
+/**
+ * K = D(K, C), then register = E(K, register). The codebook does not use its register, but it is meshed all the same.
+ *
+ * @param run_blocks  what runs the codebook: plain::run or bulk::run.
+ */
+template <typename RunBlocks>
+void mesh(const vrx_tz& table, std::uint32_t* key, std::uint8_t* reg, RunBlocks run_blocks) {
+    Secret<std::uint8_t[VRX_KEY_SIZE]> next;
+    run_blocks(Mode::ecb_decrypt,
+               Run{{table, Key(key)}, nullptr, meshing_constant, next.value, VRX_KEY_SIZE / VRX_BLOCK_SIZE});
+    std::memcpy(key, next.value, VRX_KEY_SIZE);
+    run_blocks(Mode::ecb_encrypt, Run{{table, Key(key)}, nullptr, reg, reg, 1});
+}
 
 inline bool meshes(const vrx_crpt_ctx& ctx) { return ctx.key_meshing == 1; }
 
@@ -25,7 +47,7 @@ inline std::size_t blocks_before_meshing(const vrx_crpt_ctx& ctx, std::size_t wa
     return std::min<std::size_t>(wanted, left / VRX_BLOCK_SIZE);
 }
 
-/** Count blocks that blocks_before_meshing() allowed. */
+/** Counts blocks that blocks_before_meshing() allowed. */
 inline void count_blocks(vrx_crpt_ctx& ctx, std::size_t blocks) {
     if (meshes(ctx)) ctx.mesh_count += static_cast<std::uint32_t>(blocks * VRX_BLOCK_SIZE);
 }

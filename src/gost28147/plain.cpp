@@ -1,110 +1,89 @@
 #include "gost28147/plain.hpp"
 
-#include "frame/wipe.hpp"
-#include "gost28147/mesh.hpp"
-
 namespace vrx::gost28147::plain {
 namespace {
 
-/** Calls step(in, out) for each block. */
-template <typename Step>
-void for_each_block(const std::uint8_t* in, std::uint8_t* out, std::size_t blocks, Step step) {
-    for (; blocks != 0; --blocks, in += VRX_BLOCK_SIZE, out += VRX_BLOCK_SIZE) step(in, out);
+// Where text is joined with key stream it is loaded after the call that makes the stream: loaded before, it would be
+// kept on the stack meanwhile, and left there.
+
+/** out = f(in) for each block. */
+template <typename Function>
+void codebook(const Run& run, Function f) {
+    const std::uint8_t* in = run.in;
+    std::uint8_t* out = run.out;
+    for (std::size_t n = run.blocks; n != 0; --n, in += VRX_BLOCK_SIZE, out += VRX_BLOCK_SIZE) store_block(out, f(in));
 }
 
-/** The same with a register: step(in, out, register) changes it, and it is written back behind the last block. */
-template <typename Step>
-void for_each_block(std::uint8_t* reg, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks, Step step) {
-    Block r = load_block(reg);
-    for_each_block(in, out, blocks, [&](const std::uint8_t* i, std::uint8_t* o) { step(i, o, r); });
-    store_block(reg, r);
+/** out = f(in, register) for each block, where f changes the register. It is written back after the last block. */
+template <typename Function>
+void with_register(const Run& run, Function f) {
+    Block reg = load_block(run.reg);
+    codebook(run, [&](const std::uint8_t* in) { return f(in, reg); });
+    store_block(run.reg, reg);
+}
+
+void cfb_decrypt_rereading(const Run& run) {
+    const auto [table, key] = run.cipher;
+    const std::uint8_t* in = run.in;
+    std::uint8_t* out = run.out;
+    Block reg = load_block(run.reg);
+    for (std::size_t n = run.blocks; n != 0; --n, in += VRX_BLOCK_SIZE, out += VRX_BLOCK_SIZE) {
+        const Block stream = encrypt(reg, key, table);
+        store_block(out, load_block(in) ^ stream);
+        reg = load_block(in);
+    }
+    store_block(run.reg, reg);
+}
+
+void mac(const Run& run) {
+    const auto [table, key] = run.cipher;
+    const std::uint8_t* in = run.in;
+    Block state = load_block(run.reg);
+    for (std::size_t n = run.blocks; n != 0; --n, in += VRX_BLOCK_SIZE)
+        state = mac_rounds(state ^ load_block(in), key, table);
+    store_block(run.reg, state);
 }
 
 }  // namespace
 
-void ecb_encrypt(Cipher c, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks) {
-    for_each_block(in, out, blocks, [c](const std::uint8_t* i, std::uint8_t* o) {
-        store_block(o, encrypt(load_block(i), c.key, c.table));
-    });
-}
-
-void ecb_decrypt(Cipher c, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks) {
-    for_each_block(in, out, blocks, [c](const std::uint8_t* i, std::uint8_t* o) {
-        store_block(o, decrypt(load_block(i), c.key, c.table));
-    });
-}
-
-void cbc_encrypt(Cipher c, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks) {
-    for_each_block(chain, in, out, blocks, [c](const std::uint8_t* i, std::uint8_t* o, Block& r) {
-        r = encrypt(load_block(i) ^ r, c.key, c.table);
-        store_block(o, r);
-    });
-}
-
-void cbc_decrypt(Cipher c, std::uint8_t* chain, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks) {
-    for_each_block(chain, in, out, blocks, [c](const std::uint8_t* i, std::uint8_t* o, Block& r) {
-        const Block ciphertext = load_block(i);
-        store_block(o, decrypt(ciphertext, c.key, c.table) ^ r);
-        r = ciphertext;
-    });
-}
-
-void counter(Cipher c, std::uint8_t* counter, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks) {
-    for_each_block(counter, in, out, blocks, [c](const std::uint8_t* i, std::uint8_t* o, Block& r) {
-        r = step_counter(r);
-        store_block(o, load_block(i) ^ encrypt(r, c.key, c.table));
-    });
-}
-
-void cfb_encrypt(Cipher c, std::uint8_t* feedback, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks) {
-    for_each_block(feedback, in, out, blocks, [c](const std::uint8_t* i, std::uint8_t* o, Block& r) {
-        r = load_block(i) ^ encrypt(r, c.key, c.table);
-        store_block(o, r);
-    });
-}
-
-void cfb_decrypt(Cipher c, std::uint8_t* feedback, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks) {
-    for_each_block(feedback, in, out, blocks, [c](const std::uint8_t* i, std::uint8_t* o, Block& r) {
-        const Block ciphertext = load_block(i);
-        store_block(o, ciphertext ^ encrypt(r, c.key, c.table));
-        r = ciphertext;
-    });
-}
-
-void cfb_decrypt_rereading(Cipher c, std::uint8_t* feedback, const std::uint8_t* in, std::uint8_t* out,
-                           std::size_t blocks) {
-    for_each_block(feedback, in, out, blocks, [c](const std::uint8_t* i, std::uint8_t* o, Block& r) {
-        store_block(o, load_block(i) ^ encrypt(r, c.key, c.table));
-        r = load_block(i);
-    });
-}
-
-void mac(Cipher c, std::uint8_t* state, const std::uint8_t* in, std::size_t blocks) {
-    Block s = load_block(state);
-    for (; blocks != 0; --blocks, in += VRX_BLOCK_SIZE) s = mac_rounds(s ^ load_block(in), c.key, c.table);
-    store_block(state, s);
-}
-
-void run(Mode mode, Cipher c, std::uint8_t* reg, const std::uint8_t* in, std::uint8_t* out, std::size_t blocks) {
+void run(Mode mode, const Run& run) {
+    const Cipher c = run.cipher;
     switch (mode) {
         case Mode::ecb_encrypt:
-            return plain::ecb_encrypt(c, in, out, blocks);
+            return codebook(run, [c](const std::uint8_t* in) { return encrypt(load_block(in), c.key, c.table); });
         case Mode::ecb_decrypt:
-            return plain::ecb_decrypt(c, in, out, blocks);
+            return codebook(run, [c](const std::uint8_t* in) { return decrypt(load_block(in), c.key, c.table); });
+        case Mode::cbc_encrypt:
+            return with_register(run, [c](const std::uint8_t* in, Block& reg) {
+                return reg = encrypt(load_block(in) ^ reg, c.key, c.table);
+            });
         case Mode::cbc_decrypt:
-            return plain::cbc_decrypt(c, reg, in, out, blocks);
+            return with_register(run, [c](const std::uint8_t* in, Block& reg) {
+                const Block ciphertext = load_block(in);
+                return decrypt(ciphertext, c.key, c.table) ^ std::exchange(reg, ciphertext);
+            });
         case Mode::counter:
-            return plain::counter(c, reg, in, out, blocks);
+            return with_register(run, [c](const std::uint8_t* in, Block& reg) {
+                reg = step_counter(reg);
+                const Block stream = encrypt(reg, c.key, c.table);
+                return load_block(in) ^ stream;
+            });
+        case Mode::cfb_encrypt:
+            return with_register(run, [c](const std::uint8_t* in, Block& reg) {
+                const Block stream = encrypt(reg, c.key, c.table);
+                return reg = load_block(in) ^ stream;
+            });
         case Mode::cfb_decrypt:
-            return plain::cfb_decrypt(c, reg, in, out, blocks);
+            return with_register(run, [c](const std::uint8_t* in, Block& reg) {
+                const Block stream = encrypt(reg, c.key, c.table);
+                reg = load_block(in);
+                return reg ^ stream;
+            });
+        case Mode::mac:
+            return mac(run);
+        case Mode::cfb_decrypt_rereading:
+            return cfb_decrypt_rereading(run);
     }
-}
-
-void mesh(const vrx_tz& table, std::uint32_t* key, std::uint8_t* reg) {
-    Secret<std::uint8_t[VRX_KEY_SIZE]> next;
-    plain::ecb_decrypt({table, Key(key)}, meshing_constant, next.value, VRX_KEY_SIZE / VRX_BLOCK_SIZE);
-    std::memcpy(key, next.value, VRX_KEY_SIZE);
-    plain::ecb_encrypt({table, Key(key)}, reg, reg, 1);
 }
 
 }  // namespace vrx::gost28147::plain

@@ -112,7 +112,7 @@ struct Four {
 
 /** Three in a built-in table of 33 KiB: an exclusive-or fewer to wait for. */
 struct Three {
-    const tz::Wide& table;
+    const WideTable& table;
 
     explicit Three(const Substitution& s) : table(*s.wide) {}
     [[gnu::always_inline]] std::uint32_t mixed(std::uint32_t half, std::uint64_t t) const {
@@ -193,7 +193,7 @@ void steps_avx2_wide(Number& h, const std::uint8_t* blocks, std::size_t count, c
 Steps prepare_avx2(Substitution&) noexcept { return steps_avx2; }
 
 Steps prepare_avx2_wide(Substitution& s) noexcept {
-    s.wide = tz::built_in_wide(s.table);
+    s.wide = built_in_wide_table(s.table);
     return s.wide != nullptr ? steps_avx2_wide : steps_avx2;
 }
 

@@ -9,6 +9,7 @@
 #include "frame/choice.hpp"
 #include "frame/engines.hpp"
 #include "gostr3411/step.hpp"
+#include "gostr3411/wide_table.hpp"
 #include "tz/sboxes.hpp"
 
 namespace vrx::gostr3411 {
@@ -56,7 +57,7 @@ public:
     const tz::SBoxes* sboxes = nullptr;
     tz::SBoxes found;
     /** The library's own table for three look-ups, where an engine found it to fit. */
-    const tz::Wide* wide = nullptr;
+    const WideTable* wide = nullptr;
 
 private:
     Steps steps_;

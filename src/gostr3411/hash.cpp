@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "frame/blockwise.hpp"
+
 namespace vrx::gostr3411 {
 namespace {
 
@@ -87,24 +89,20 @@ void init(GOSTR3411_CTX& ctx, const vrx_tz& table) {
 }
 
 void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {
+    Input rest{data, len};
+    Blockwise<block_size, Last::deferred> buffer(ctx.buffer, ctx.count);
     // A buffer that is full already waited for this call's first byte.
-    if (ctx.count < block_size) {
-        const std::size_t taken = std::min(block_size - ctx.count, len);
-        std::memcpy(ctx.buffer + ctx.count, data, taken);
-        ctx.count += static_cast<std::uint32_t>(taken);
-        data += taken;
-        len -= taken;
-        if (ctx.count < block_size) return;
-    }
+    buffer.fill(rest);
+    ctx.count = static_cast<std::uint32_t>(buffer.filled());
+    if (!buffer.full()) return;
     State s = load(ctx);
     const Substitution by(ctx.table);
     absorb(s, ctx.buffer, 1, by);
-    // A block is absorbed from the input while a byte follows it: up to a whole block goes to the buffer.
-    const std::size_t blocks = len == 0 ? 0 : (len - 1) / block_size;
-    absorb(s, data, blocks, by);
+    const std::size_t blocks = buffer.whole(rest);
+    absorb(s, rest.take(blocks * block_size), blocks, by);
     store(ctx, s);
-    ctx.count = static_cast<std::uint32_t>(len - blocks * block_size);
-    if (ctx.count != 0) std::memcpy(ctx.buffer, data + blocks * block_size, ctx.count);
+    buffer.keep(rest);
+    ctx.count = static_cast<std::uint32_t>(buffer.filled());
 }
 
 void final(GOSTR3411_CTX& ctx, std::uint8_t* out) {

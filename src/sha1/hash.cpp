@@ -1,5 +1,5 @@
-#include <algorithm>
-
+// SHA-1 contexts (RFC 3174): messages in pieces, and the padding.
+#include "frame/blockwise.hpp"
 #include "frame/bytes.hpp"
 #include "sha1/compress.hpp"
 #include "vrx/sha1.h"
@@ -46,20 +46,15 @@ void shaUpdate(sha_context* ctx, const std::uint8_t* buffer, std::uint64_t count
     if (count_lo < ctx->count_lo) ++ctx->count_hi;
     ctx->count_lo = count_lo;
 
+    vrx::Input rest{buffer, count};
+    vrx::Blockwise<block_size> block(bytes(ctx), before);
     if (before != 0) {
-        const std::size_t taken = std::min<std::size_t>(block_size - before, count);
-        if (taken != 0) std::memcpy(bytes(ctx) + before, buffer, taken);
-        if (before + taken < block_size) return;
+        block.fill(rest);
+        if (!block.full()) return;
         process(ctx, bytes(ctx), 1);
-        buffer += taken;
-        count -= taken;
     }
-    if (const std::size_t blocks = count / block_size; blocks != 0) {
-        process(ctx, buffer, blocks);
-        buffer += blocks * block_size;
-        count %= block_size;
-    }
-    if (count != 0) std::memcpy(ctx->data, buffer, count);
+    if (const std::size_t blocks = block.whole(rest); blocks != 0) process(ctx, rest.take(blocks * block_size), blocks);
+    block.keep(rest);
 }
 
 void shaFinal(sha_context* ctx, std::uint8_t* digest_out) {

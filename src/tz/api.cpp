@@ -5,7 +5,7 @@
 
 #include "frame/bytes.hpp"
 #include "frame/log.hpp"
-#include "tz/sboxes.hpp"
+#include "tz/deployments.hpp"
 
 namespace {
 

@@ -2,6 +2,7 @@
 
 #include <bit>
 
+#include "tz/deployments.hpp"
 #include "tz/sboxes.hpp"
 
 #include "frame/region_avx2.hpp"

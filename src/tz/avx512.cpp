@@ -1,5 +1,6 @@
 #include <immintrin.h>
 
+#include "tz/deployments.hpp"
 #include "tz/sboxes.hpp"
 
 #include "frame/region_avx512.hpp"

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "gost28147/bulk.hpp"
 #include "gost28147/engine/list.hpp"
 #include "support/offered.hpp"
 #include "vrx.h"
@@ -26,13 +27,15 @@ constexpr std::array parallel_modes{gost28147::Mode::ecb_encrypt, gost28147::Mod
 /** In place, through the engine in use. */
 inline void run_mode(gost28147::Mode mode, const vrx_tz& table, CipherSecrets& secrets, std::size_t blocks) {
     using namespace gost28147;
-    const Run run{table, Key(secrets.key), secrets.reg, secrets.data, secrets.data, blocks};
-    static_cast<void>(engine().parallel(mode, run));
+    engine().parallel(mode, {{table, Key(secrets.key)}, secrets.reg, secrets.data, secrets.data, blocks});
 }
 
 inline void run_sections(gost28147::Mode mode, const vrx_tz& table, CipherSecrets& secrets) {
-    gost28147::meshed_sections(mode, table, secrets.key, secrets.reg, secrets.data, secrets.data,
-                               sizeof secrets.data / VRX_MESHING_SECTION);
+    using namespace gost28147;
+    bulk::run_sections(
+        mode,
+        {{table, Key(secrets.key)}, secrets.reg, secrets.data, secrets.data, sizeof secrets.data / VRX_BLOCK_SIZE},
+        secrets.key);
 }
 
 /** The same S-boxes in a table of the caller's, which an engine has to find them in. */

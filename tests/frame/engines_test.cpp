@@ -9,7 +9,7 @@
 #include "gostr3411/engine.hpp"
 #include "sha1/compress.hpp"
 #include "support/offered.hpp"
-#include "tz/sboxes.hpp"
+#include "tz/deployments.hpp"
 
 namespace {
 

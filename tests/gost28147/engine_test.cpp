@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <numeric>
 
+#include "gost28147/bulk.hpp"
 #include "gost28147/mesh.hpp"
 #include "gost28147/plain.hpp"
 #include "support/engines.hpp"
@@ -27,34 +27,21 @@ constexpr std::size_t block = VRX_BLOCK_SIZE;
 
 using With = vrx::test::WithEngine<vrx::gost28147::choice>;
 
-/** The functions of the seam beside those that say what they mean. */
-struct Function {
+struct Named {
     const char* name;
-    std::function<void(Cipher, std::uint8_t*, const std::uint8_t*, std::uint8_t*, std::size_t)> fast, plain;
+    Mode mode;
 };
 
-template <auto f>
-void without_register(Cipher c, std::uint8_t*, const std::uint8_t* in, std::uint8_t* out, std::size_t n) {
-    f(c, in, out, n);
-}
-template <auto f>
-void without_output(Cipher c, std::uint8_t* reg, const std::uint8_t* in, std::uint8_t*, std::size_t n) {
-    f(c, reg, in, n);
-}
-
-const std::vector<Function>& functions() {
-    static const std::vector<Function> all = {
-        {"ecb_encrypt", without_register<ecb_encrypt>, without_register<plain::ecb_encrypt>},
-        {"ecb_decrypt", without_register<ecb_decrypt>, without_register<plain::ecb_decrypt>},
-        {"cbc_encrypt", cbc_encrypt, plain::cbc_encrypt},
-        {"cbc_decrypt", cbc_decrypt, plain::cbc_decrypt},
-        {"counter", counter, plain::counter},
-        {"cfb_encrypt", cfb_encrypt, plain::cfb_encrypt},
-        {"cfb_decrypt", cfb_decrypt, plain::cfb_decrypt},
-        {"cfb_decrypt_rereading", cfb_decrypt_rereading, plain::cfb_decrypt_rereading},
-        {"mac", without_output<mac>, without_output<plain::mac>}};
-    return all;
-}
+/** Every mode: bulk::run() is compared with plain::run(). */
+constexpr Named all_modes[] = {{"ecb_encrypt", Mode::ecb_encrypt},
+                               {"ecb_decrypt", Mode::ecb_decrypt},
+                               {"cbc_encrypt", Mode::cbc_encrypt},
+                               {"cbc_decrypt", Mode::cbc_decrypt},
+                               {"counter", Mode::counter},
+                               {"cfb_encrypt", Mode::cfb_encrypt},
+                               {"cfb_decrypt", Mode::cfb_decrypt},
+                               {"cfb_decrypt_rereading", Mode::cfb_decrypt_rereading},
+                               {"mac", Mode::mac}};
 
 constexpr Mode modes[] = {Mode::ecb_encrypt, Mode::ecb_decrypt, Mode::cbc_decrypt, Mode::counter, Mode::cfb_decrypt};
 
@@ -70,6 +57,15 @@ private:
     alignas(64) std::uint32_t room_[1 + sizeof(vrx_tz) / 4];
 };
 
+using WayOf = bool (*)(Mode, const Run&) noexcept;
+
+/** Runs over an engine. @return the way that it took */
+WayOf way_taken(const Engine& e, Mode mode, const Run& run) {
+    const auto way =
+        std::ranges::find_if(e.ways, [&](const Way& w) { return run.blocks >= w.fewest && w.run(mode, run); });
+    return way->run;
+}
+
 class EveryEngine : public vrx::test::EachEngine<vrx::gost28147::choice> {
 protected:
     Random random_;
@@ -82,14 +78,14 @@ protected:
 };
 
 /** Runs both ways in the same places of two copies, which then have to be the same, and the registers too. */
-void expect_same(const Function& f, Cipher c, const Bytes& memory, std::size_t in, std::size_t out, std::size_t blocks,
+void expect_same(const Named& f, Cipher c, const Bytes& memory, std::size_t in, std::size_t out, std::size_t blocks,
                  const Bytes& reg) {
     Bytes fast = memory;
     Bytes plain = memory;
     Bytes fast_reg = reg;
     Bytes plain_reg = reg;
-    f.fast(c, fast_reg.data(), fast.data() + in, fast.data() + out, blocks);
-    f.plain(c, plain_reg.data(), plain.data() + in, plain.data() + out, blocks);
+    bulk::run(f.mode, {c, fast_reg.data(), fast.data() + in, fast.data() + out, blocks});
+    plain::run(f.mode, {c, plain_reg.data(), plain.data() + in, plain.data() + out, blocks});
     ASSERT_EQ(fast_reg, plain_reg) << f.name << ", " << blocks << " blocks from " << in << " to " << out;
     ASSERT_EQ(fast, plain) << f.name << ", " << blocks << " blocks from " << in << " to " << out;
 }
@@ -97,7 +93,7 @@ void expect_same(const Function& f, Cipher c, const Bytes& memory, std::size_t i
 TEST_P(EveryEngine, any_number_of_blocks_at_any_place) {
     const With with(*GetParam());
     for (std::size_t blocks = 0; blocks <= 600; ++blocks)
-        for (const Function& f : functions()) {
+        for (const Named& f : all_modes) {
             const std::size_t in = random_.below(65);
             const std::size_t out = in + blocks * block + random_.below(65);
             const Bytes memory = random_.bytes(out + blocks * block + 64);
@@ -109,7 +105,7 @@ TEST_P(EveryEngine, any_number_of_blocks_at_any_place) {
 TEST_P(EveryEngine, in_place) {
     const With with(*GetParam());
     for (std::size_t blocks = 1; blocks <= 300; ++blocks)
-        for (const Function& f : functions()) {
+        for (const Named& f : all_modes) {
             const Bytes memory = random_.bytes(blocks * block + 80);
             const std::size_t at = 8 + random_.below(64);
             expect_same(f, {*tables_[blocks % 3], key_}, memory, at, at, blocks, random_.bytes(block));
@@ -125,7 +121,7 @@ TEST_P(EveryEngine, every_overlap) {
     const Bytes memory = random_.bytes(2 * furthest + 192 * block);
     std::size_t turn = 0;
     for (int distance = -furthest; distance <= furthest; ++distance)
-        for (const Function& f : functions())
+        for (const Named& f : all_modes)
             for (int i = 0; i < 3; ++i) {
                 const std::size_t blocks = lengths[turn++ % std::size(lengths)];
                 const vrx_tz& table = *tables_[random_.below(3)];
@@ -137,7 +133,7 @@ TEST_P(EveryEngine, every_overlap) {
 
 TEST_P(EveryEngine, counters_around_the_carry) {
     const With with(*GetParam());
-    const Function& f = functions()[4];
+    const Named& f = all_modes[4];
     const Bytes memory = random_.bytes(4 * 150 * block);
     for (const std::uint32_t n2 : {0x00000000U, 0x00000001U, 0x01010103U, 0x01010104U, 0xFEFEFEFAU, 0xFEFEFEFBU,
                                    0xFEFEFEFCU, 0xFFFFFFFEU, 0xFFFFFFFFU})
@@ -161,17 +157,18 @@ TEST_P(EveryEngine, a_flipped_bit_anywhere_in_the_table_is_noticed) {
     const Bytes data = random_.bytes(40 * block);
     Bytes expected(data.size());
     Bytes got(data.size());
-    const Way trusting = e.parallel(Mode::ecb_encrypt, {table, key_, nullptr, data.data(), got.data(), 40});
+    const WayOf trusting = way_taken(e, Mode::ecb_encrypt, {{table, key_}, nullptr, data.data(), got.data(), 40});
     for (std::size_t bit = 0; bit < 8 * sizeof table; ++bit) {
         bytes[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
         // One number of blocks where the check comes before the rounds, and one where it is done between them.
         for (const std::size_t blocks : {40U, 32U}) {
-            plain::ecb_encrypt({table, key_}, data.data(), expected.data(), blocks);
-            const Way way = e.parallel(Mode::ecb_encrypt, {table, key_, nullptr, data.data(), got.data(), blocks});
+            plain::run(Mode::ecb_encrypt, {{table, key_}, nullptr, data.data(), expected.data(), blocks});
+            const WayOf way =
+                way_taken(e, Mode::ecb_encrypt, {{table, key_}, nullptr, data.data(), got.data(), blocks});
             ASSERT_TRUE(
                 std::equal(got.begin(), got.begin() + static_cast<std::ptrdiff_t>(blocks * block), expected.begin()))
                 << "bit " << bit;
-            if (trusting != Way::lookups) {
+            if (trusting != look_up) {
                 const bool entries = bit < 8 * sizeof table.t;
                 ASSERT_EQ(way == trusting, !entries) << "bit " << bit << ", " << blocks << " blocks";
             }
@@ -199,8 +196,8 @@ TEST_P(EveryEngine, a_difference_that_s_boxes_could_make_elsewhere_is_noticed) {
             table.t[m][at] = other.t[m][at];
         }
         const std::size_t blocks = turn % 8 < 4 ? 30 : 70;
-        plain::ecb_decrypt({table, key_}, data.data(), expected.data(), blocks);
-        static_cast<void>(e.parallel(Mode::ecb_decrypt, {table, key_, nullptr, data.data(), got.data(), blocks}));
+        plain::run(Mode::ecb_decrypt, {{table, key_}, nullptr, data.data(), expected.data(), blocks});
+        e.parallel(Mode::ecb_decrypt, {{table, key_}, nullptr, data.data(), got.data(), blocks});
         ASSERT_TRUE(
             std::equal(got.begin(), got.begin() + static_cast<std::ptrdiff_t>(blocks * block), expected.begin()));
     }
@@ -220,14 +217,19 @@ TEST_P(EveryEngine, sections_are_meshed_as_one_by_one) {
                     for (unsigned i = 0; i < VRX_KEY_WORDS; ++i) fast_key[i] = slow_key[i] = random_.word();
                     Bytes fast_reg = random_.bytes(block);
                     Bytes slow_reg = fast_reg;
-                    meshed_sections(mode, *table, fast_key, fast_reg.data(), &fast[1024], &fast[1024] + distance,
-                                    sections);
+                    bulk::run_sections(mode,
+                                       {{*table, Key(fast_key)},
+                                        fast_reg.data(),
+                                        &fast[1024],
+                                        &fast[1024] + distance,
+                                        sections * section_blocks},
+                                       fast_key);
                     for (std::size_t i = 0; i < sections; ++i) {
                         ASSERT_EQ(vrx_crpt_crypto_pro_key_meshing_engine(table, slow_reg.data(), slow_key), VRX_OK);
                         const std::uint8_t* const in = &slow[1024] + i * VRX_MESHING_SECTION;
                         std::uint8_t* const out =
                             &slow[1024] + distance + static_cast<std::ptrdiff_t>(i * VRX_MESHING_SECTION);
-                        plain::run(mode, {*table, Key(slow_key)}, slow_reg.data(), in, out, section_blocks);
+                        plain::run(mode, {{*table, Key(slow_key)}, slow_reg.data(), in, out, section_blocks});
                     }
                     ASSERT_EQ(fast, slow) << static_cast<int>(mode) << ", " << sections << ", " << distance;
                     ASSERT_EQ(fast_reg, slow_reg);
@@ -305,7 +307,7 @@ TEST_P(EveryEngine, nothing_beside_the_buffers_is_touched) {
             const Cipher cipher{*table, Key(static_cast<const std::uint32_t*>(static_cast<const void*>(key)))};
             std::uint8_t* const reg = regs.bytes(block, upper);
             for (std::size_t blocks = 1; blocks <= most; ++blocks)
-                for (const Function& f : functions()) {
+                for (const Named& f : all_modes) {
                     const Bytes start = random_.bytes(block);
                     Bytes plain_reg = start;
                     std::copy(start.begin(), start.end(), reg);
@@ -314,8 +316,8 @@ TEST_P(EveryEngine, nothing_beside_the_buffers_is_touched) {
                     for (std::size_t i = 0; i < blocks * block; ++i) from[i] = static_cast<std::uint8_t>(i * blocks);
                     std::fill(to, to + blocks * block, std::uint8_t{0});
                     std::ranges::fill(expected, std::uint8_t{0});
-                    f.fast(cipher, reg, from, to, blocks);
-                    f.plain(cipher, plain_reg.data(), from, expected.data(), blocks);
+                    bulk::run(f.mode, {cipher, reg, from, to, blocks});
+                    plain::run(f.mode, {cipher, plain_reg.data(), from, expected.data(), blocks});
                     ASSERT_TRUE(std::equal(to, to + blocks * block, expected.begin())) << f.name << ' ' << blocks;
                     ASSERT_TRUE(std::equal(plain_reg.begin(), plain_reg.end(), reg)) << f.name << ' ' << blocks;
                 }
@@ -325,10 +327,10 @@ TEST_P(EveryEngine, nothing_beside_the_buffers_is_touched) {
 INSTANTIATE_TEST_SUITE_P(engines, EveryEngine, vrx::test::each_of(engines), vrx::test::engine_name);
 
 /** Which way an engine goes over so many blocks of a table. */
-Way way_of(const Engine& e, const vrx_tz& table, std::size_t blocks) {
+WayOf way_of(const Engine& e, const vrx_tz& table, std::size_t blocks) {
     const std::uint32_t key[VRX_KEY_WORDS] = {};
     Bytes data(blocks * block);
-    return e.parallel(Mode::ecb_encrypt, {table, Key(key), nullptr, data.data(), data.data(), blocks});
+    return way_taken(e, Mode::ecb_encrypt, {{table, Key(key)}, nullptr, data.data(), data.data(), blocks});
 }
 
 TEST(Engine, each_goes_the_way_it_is_named_for) {
@@ -340,13 +342,10 @@ TEST(Engine, each_goes_the_way_it_is_named_for) {
         const bool vbmi = std::string_view(e.name) == "vbmi";
         const bool avx2 = std::string_view(e.name) == "avx2";
         for (const vrx_tz* table : {&sound, &TZ_28147_89[0], &TZ_3411_94[1]}) {
-            EXPECT_EQ(way_of(e, *table, 20), vbmi ? Way::byte_permutes : Way::lookups) << e.name;
-            EXPECT_EQ(way_of(e, *table, 200), vbmi   ? Way::byte_permutes
-                                              : avx2 ? Way::byte_planes
-                                                     : Way::lookups)
-                << e.name;
+            EXPECT_EQ(way_of(e, *table, 20), vbmi ? permute_words : look_up) << e.name;
+            EXPECT_EQ(way_of(e, *table, 200), vbmi ? permute_words : avx2 ? shuffle_planes : look_up) << e.name;
         }
-        EXPECT_EQ(way_of(e, strange, 200), vbmi ? Way::byte_planes : Way::lookups) << e.name;
+        EXPECT_EQ(way_of(e, strange, 200), vbmi ? permute_planes : look_up) << e.name;
     }
 }
 
@@ -357,7 +356,7 @@ TEST(Engine, many_steps_of_the_counter_are_as_single_ones) {
         const Block start = single;
         for (std::uint64_t n = 1; n < 3000; ++n) {
             single = step_counter(single);
-            ASSERT_EQ(stepped_counter(start, n), single) << n2 << ' ' << n;
+            ASSERT_EQ(step_counter(start, n), single) << n2 << ' ' << n;
         }
     }
 }

@@ -6,8 +6,10 @@
 #include <span>
 #include <vector>
 
+#include "gostr3411/wide_table.hpp"
 #include "support/engines.hpp"
 #include "support/random.hpp"
+#include "tz/deployments.hpp"
 #include "tz/sboxes.hpp"
 
 namespace {
@@ -55,9 +57,9 @@ TEST(Wide, three_look_ups_give_what_four_do) {
     Random random;
     for (const vrx_tz& table : TZ_3411_94) {
         const vrx_tz copy = table;
-        const vrx::tz::Wide* const wide = vrx::tz::built_in_wide(copy);
+        const vrx::gostr3411::WideTable* const wide = vrx::gostr3411::built_in_wide_table(copy);
         ASSERT_NE(wide, nullptr);
-        EXPECT_EQ(vrx::tz::built_in_wide(table), wide);
+        EXPECT_EQ(vrx::gostr3411::built_in_wide_table(table), wide);
         const auto check = [&](std::uint32_t x) {
             const std::uint32_t four =
                 table.t[0][x & 255] ^ table.t[1][x >> 8 & 255] ^ table.t[2][x >> 16 & 255] ^ table.t[3][x >> 24];
@@ -70,7 +72,7 @@ TEST(Wide, three_look_ups_give_what_four_do) {
             check(random.word());
         }
     }
-    EXPECT_EQ(vrx::tz::built_in_wide(TZ_28147_89[1]), nullptr);
+    EXPECT_EQ(vrx::gostr3411::built_in_wide_table(TZ_28147_89[1]), nullptr);
 }
 
 TEST(Recovery, built_in_tables_are_known_by_their_address_alone) {

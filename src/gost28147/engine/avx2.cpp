@@ -1,6 +1,9 @@
-// For processors without byte permutes over whole registers, from 32 blocks.
+// AVX2 engine: S-box look-ups with VPSHUFB on planes of bytes, 32 or 64 blocks a step.
 #include <immintrin.h>
 
+#include <algorithm>
+
+#include "frame/wipe.hpp"
 #include "gost28147/engine/list.hpp"
 #include "tz/sboxes.hpp"
 
@@ -19,13 +22,14 @@ __m256i twice(const void* from) {
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(from)));
 }
 
-/** Four blocks in the order of memory. There are no partial ones. */
+/** Four blocks in the order of memory. */
 struct Vector {
     static constexpr std::size_t blocks = 4;
+    static constexpr bool partial = false;
     __m256i v;
 
     static Vector load(const std::uint8_t* from, std::ptrdiff_t) { return {gost28147::load(from)}; }
-    static Vector load_behind(Block first, const std::uint8_t* from, std::ptrdiff_t) {
+    static Vector load_after(Block first, const std::uint8_t* from, std::ptrdiff_t) {
         const __m256i later = _mm256_permute4x64_epi64(gost28147::load(from), 0x90);
         return {_mm256_blend_epi32(later, repeated(first), 0x03)};
     }
@@ -45,9 +49,7 @@ struct Vector {
     }
 
 private:
-    static __m256i repeated(Block b) {
-        return _mm256_set1_epi64x(static_cast<long long>(std::uint64_t{b.n2} << 32 | b.n1));
-    }
+    static __m256i repeated(Block b) { return _mm256_set1_epi64x(static_cast<long long>(joined(b))); }
 };
 
 /** 32 bytes. */
@@ -117,7 +119,7 @@ struct Shuffled {
     bool decrypting;
 
     template <std::size_t count>
-    [[gnu::always_inline]] bool run(Vector (&v)[count]) const {
+    [[gnu::always_inline]] void run(Vector (&v)[count]) const {
         const Plane nibble = Plane::repeated(0x0f);
         rounds_on_planes<Plane>(
             v, key, decrypting, [&](Plane * half, const Plane(&t)[4]) __attribute__((always_inline)) {
@@ -131,7 +133,6 @@ struct Shuffled {
                     after = after ^ looked_up(shuffles.odd_high[m], high);
                 }
             });
-        return true;
     }
 
 private:
@@ -142,37 +143,30 @@ struct Bytes {
     static std::uint32_t byte2(std::uint32_t word) { return _bextr_u32(word, 16, 8); }
 };
 
-[[gnu::noinline]] Way side_by_side(Mode mode, const Run& run) {
+[[gnu::noinline]] bool side_by_side(Mode mode, const Run& run) {
     tz::SBoxes room{};
-    const tz::SBoxes* sboxes = tz::built_in_sboxes(run.table);
+    const tz::SBoxes* sboxes = tz::built_in_sboxes(run.cipher.table);
     if (sboxes == nullptr) {
-        if (!tz::recover_avx2(run.table, room)) return parallel_lookups(mode, run);
+        if (!tz::recover_avx2(run.cipher.table, room)) return false;
         sboxes = &room;
     }
     const Shuffles shuffles(*sboxes);
-    const KeyPlanes<Plane> key(run.key);
-    const Shuffled cipher{shuffles, key, decrypts(mode)};
-    Run rest = run;
-    Block reg = has_register(mode) ? load_block(run.reg) : Block{};
-    for (; rest.blocks >= 64; rest.skip(64)) static_cast<void>(step<16>(cipher, mode, reg, rest.in, rest.out, 64));
-    for (; rest.blocks >= 32; rest.skip(32)) static_cast<void>(step<8>(cipher, mode, reg, rest.in, rest.out, 32));
-    if (has_register(mode)) store_register(run.reg, reg);
-    if (rest.blocks != 0) parallel_lookups(mode, rest);
-    return Way::byte_planes;
+    const KeyPlanes<Plane> key(run.cipher.key);
+    const Run rest = in_steps<16, 8>(Shuffled{shuffles, key, decrypts(mode)}, mode, run);
+    return rest.blocks == 0 || look_up(mode, rest);
 }
 
 }  // namespace
 
-Way parallel_avx2(Mode mode, const Run& run) noexcept {
-    if (run.blocks < 32) return parallel_lookups(mode, run);
+bool shuffle_planes(Mode mode, const Run& run) noexcept {
     // There are more planes than registers: text stays on the stack.
     constexpr std::size_t deepest = 3584;
-    const Way way = side_by_side(mode, run);
+    const bool done = side_by_side(mode, run);
     wipe_stack<deepest>();
-    return way;
+    return done;
 }
 
-void chain_bmi(Chain mode, const Run& run) noexcept { run_chain<Bytes>(mode, run); }
+void chain_bmi(Mode mode, const Run& run) noexcept { run_chain<Bytes>(mode, run); }
 
 }  // namespace vrx::gost28147
 

@@ -1,19 +1,21 @@
-// Look-ups in the table as it is: for any table, short runs, and processors without vector shuffles of bytes.
+// Baseline engine: table look-ups on up to eight interleaved blocks, for any table and any processor.
 #include "gost28147/engine/chain.hpp"
 #include "gost28147/engine/parallel.hpp"
+#include "gost28147/engine/schedule.hpp"
 
 namespace vrx::gost28147 {
 namespace {
 
-/** One block. There are no partial ones. */
+/** One block. */
 struct Vector {
     static constexpr std::size_t blocks = 1;
+    static constexpr bool partial = false;
     Block b;
 
     static Vector load(const std::uint8_t* from, std::ptrdiff_t) { return {load_block(from)}; }
-    static Vector load_behind(Block first, const std::uint8_t*, std::ptrdiff_t) { return {first}; }
+    static Vector load_after(Block first, const std::uint8_t*, std::ptrdiff_t) { return {first}; }
     void store(std::uint8_t* to, std::ptrdiff_t) const { store_block(to, b); }
-    static Vector counters(Block reg, std::size_t n) { return {stepped_counter(reg, n + 1)}; }
+    static Vector counters(Block reg, std::size_t n) { return {step_counter(reg, n + 1)}; }
     Vector& operator^=(Vector other) {
         b = b ^ other.b;
         return *this;
@@ -54,7 +56,7 @@ struct Interleaved {
     bool decrypting;
 
     template <std::size_t count>
-    [[gnu::always_inline]] bool run(Vector (&v)[count]) const {
+    [[gnu::always_inline]] void run(Vector (&v)[count]) const {
         std::uint32_t n1[count];
         std::uint32_t n2[count];
 #pragma GCC unroll 8
@@ -75,16 +77,8 @@ struct Interleaved {
         // The last round does not exchange the halves, so they come out crosswise.
 #pragma GCC unroll 8
         for (std::size_t i = 0; i < count; ++i) v[i].b = {n2[i], n1[i]};
-        return true;
     }
 };
-
-/** Steps of `count` blocks, as many as there are. */
-template <std::size_t count>
-void take(const Interleaved& cipher, Mode mode, Block& reg, Run& rest) {
-    for (; rest.blocks >= count; rest.skip(count))
-        static_cast<void>(step<count>(cipher, mode, reg, rest.in, rest.out, count));
-}
 
 struct Bytes {
     static std::uint32_t byte2(std::uint32_t word) { return word >> 16 & 255; }
@@ -92,20 +86,12 @@ struct Bytes {
 
 }  // namespace
 
-Way parallel_lookups(Mode mode, const Run& run) noexcept {
-    const Schedule schedule(run.key);
-    const Interleaved cipher{run.table, schedule, decrypts(mode)};
-    Block reg = has_register(mode) ? load_block(run.reg) : Block{};
-    Run rest = run;
-    take<8>(cipher, mode, reg, rest);
-    take<4>(cipher, mode, reg, rest);
-    take<3>(cipher, mode, reg, rest);
-    take<2>(cipher, mode, reg, rest);
-    take<1>(cipher, mode, reg, rest);
-    if (has_register(mode)) store_register(run.reg, reg);
-    return Way::lookups;
+bool look_up(Mode mode, const Run& run) noexcept {
+    const Schedule schedule(run.cipher.key);
+    in_steps<8, 4, 3, 2, 1>(Interleaved{run.cipher.table, schedule, decrypts(mode)}, mode, run);
+    return true;
 }
 
-void chain_baseline(Chain mode, const Run& run) noexcept { run_chain<Bytes>(mode, run); }
+void chain_baseline(Mode mode, const Run& run) noexcept { run_chain<Bytes>(mode, run); }
 
 }  // namespace vrx::gost28147

@@ -1,17 +1,18 @@
-// The modes in which each block waits for the one before it: the shortest chain of look-ups.
+// The chained modes over look-ups, with as short a dependency chain as possible.
 //
 // Everything is a template over `Bytes`, a type of the including file that says how byte 2 is taken out of a word.
 #ifndef VRX_GOST28147_ENGINE_CHAIN_HPP
 #define VRX_GOST28147_ENGINE_CHAIN_HPP
 
-#include "gost28147/engine/list.hpp"
+#include "frame/wipe.hpp"
+#include "gost28147/mode.hpp"
 
 namespace vrx::gost28147 {
 
 /**
  * A chain of rounds with one of the four look-ups a step ahead. The low byte of x + K needs no addition where table 0
  * stands twice in a row: it is entry (byte of x) of the 256 that begin at entry (byte of K). So it has arrived when the
- * other three come, and only two exclusive-ors stand behind them:
+ * other three come, and only two exclusive-ors follow them:
  *
  *     x + K (1 cycle), byte (1), load (5), exclusive-or (2)
  *
@@ -55,9 +56,9 @@ private:
     alignas(64) std::uint32_t twice_[512];
 };
 
-/** At least one block. Words of the key are left on the stack, as many as the compiler kept there. */
+/** A chained mode, at least one block. Words of the key are left on the stack, as many as the compiler kept there. */
 template <typename Bytes>
-[[gnu::noinline]] void chain_blocks(const EarlyRounds<Bytes>& rounds, Chain mode, const Run& run) {
+[[gnu::noinline]] void chain_blocks(const EarlyRounds<Bytes>& rounds, Mode mode, const Run& run) {
     Block r = load_block(run.reg);
     const std::uint8_t* in = run.in;
     std::uint8_t* out = run.out;
@@ -66,23 +67,25 @@ template <typename Bytes>
         return Block{x.n2, x.n1};
     };
     switch (mode) {
-        case Chain::cbc_encrypt:
+        case Mode::cbc_encrypt:
             for (std::size_t n = run.blocks; n != 0; --n, in += VRX_BLOCK_SIZE, out += VRX_BLOCK_SIZE) {
                 r = encrypt(load_block(in) ^ r);
                 store_block(out, r);
             }
             break;
-        case Chain::cfb_encrypt:
+        case Mode::cfb_encrypt:
             for (std::size_t n = run.blocks; n != 0; --n, in += VRX_BLOCK_SIZE, out += VRX_BLOCK_SIZE) {
                 r = load_block(in) ^ encrypt(r);
                 store_block(out, r);
             }
             break;
-        case Chain::mac:
+        case Mode::mac:
             r = r ^ load_block(in);
             for (std::size_t n = run.blocks; n != 1; --n, in += VRX_BLOCK_SIZE)
                 r = rounds.template run<mac_order>(r, load_block(in + VRX_BLOCK_SIZE));
             r = rounds.template run<mac_order>(r);
+            break;
+        default:
             break;
     }
     store_register(run.reg, r);
@@ -90,9 +93,9 @@ template <typename Bytes>
 
 /** At least one block. The table of the early rounds is public, and lies above what is wiped. */
 template <typename Bytes>
-void run_chain(Chain mode, const Run& run) {
+void run_chain(Mode mode, const Run& run) {
     constexpr std::size_t deepest = 512;
-    const EarlyRounds<Bytes> rounds(run.key, run.table);
+    const EarlyRounds<Bytes> rounds(run.cipher.key, run.cipher.table);
     chain_blocks(rounds, mode, run);
     wipe_stack<deepest>();
 }

@@ -1,67 +1,153 @@
-// What the engines have in common: how the modes wrap the cipher when blocks are processed side by side.
+// The parallelizable modes over an engine's rounds: a step of several blocks, and the ladder of step sizes.
 //
 // An engine includes this inside the region of its file in which its instructions are allowed. All functions are
-// templates over a type of that file, so no other file can end up with their code.
+// templates over a type of that file, so no other file can end up with their code. That type, `Rounds`, names its
+// `Vector` of blocks and encrypts or decrypts an array of them with run(v).
 #ifndef VRX_GOST28147_ENGINE_PARALLEL_HPP
 #define VRX_GOST28147_ENGINE_PARALLEL_HPP
+
+#include <algorithm>
 
 #include "gost28147/engine/list.hpp"
 
 namespace vrx::gost28147 {
 
+/** 1 to 128 steps from the counter 0: the counter after n more steps is the sum with entry n - 1. */
+struct CounterSteps {
+    alignas(64) std::uint32_t words[2 * widest_step];
+};
+inline constexpr CounterSteps counter_steps = [] {
+    CounterSteps steps{};
+    for (std::size_t i = 0; i < widest_step; ++i) {
+        const Block b = step_counter({0, 0}, i + 1);
+        steps.words[2 * i] = b.n1;
+        steps.words[2 * i + 1] = b.n2;
+    }
+    return steps;
+}();
+
+/** The place of vector i, and the blocks from there on: what a partial vector loads and stores. */
+template <typename Vector>
+constexpr std::size_t offset(std::size_t i) {
+    return i * Vector::blocks * VRX_BLOCK_SIZE;
+}
+template <typename Vector>
+constexpr std::ptrdiff_t left(std::size_t blocks, std::size_t i) {
+    return static_cast<std::ptrdiff_t>(blocks - i * Vector::blocks);
+}
+
+/** Input vector i, and the one that begins a block earlier: the block before the first is the register. */
+template <typename Vector>
+[[gnu::always_inline]] inline Vector input(const Run& run, std::size_t blocks, std::size_t i) {
+    return Vector::load(run.in + offset<Vector>(i), left<Vector>(blocks, i));
+}
+template <typename Vector>
+[[gnu::always_inline]] inline Vector earlier_input(const Run& run, const Block& reg, std::size_t blocks,
+                                                   std::size_t i) {
+    return i == 0 ? Vector::load_after(reg, run.in, left<Vector>(blocks, i))
+                  : Vector::load(run.in + offset<Vector>(i) - VRX_BLOCK_SIZE, left<Vector>(blocks, i));
+}
+
 /**
- * C(X) ^ Y for `blocks` blocks, at most as many as `count` vectors hold:
+ * A step is C(X) ^ Y for the first `blocks` blocks of a run, at most as many as `count` vectors hold:
  *
  *     codebook         X = input                        Y = 0
  *     CBC decryption   X = input                        Y = input one block earlier
  *     counter          X = register + 1, + 2, ...       Y = input
  *     CFB decryption   X = input one block earlier      Y = input
  *
- * where the block before the first is the register. All is read before the first byte is written.
- * False, with nothing written, where the cipher found that it may not be trusted.
+ * load_step() makes X, finish_step() takes C(X), steps the register and writes. All is read before the first byte is
+ * written.
  */
-template <std::size_t count, typename Cipher>
-[[gnu::always_inline]] inline bool step(const Cipher& cipher, Mode mode, Block& reg, const std::uint8_t* in,
-                                        std::uint8_t* out, std::size_t blocks) {
-    using Vector = typename Cipher::Vector;
-    const auto at = [](std::size_t i) __attribute__((always_inline)) { return i * Vector::blocks * VRX_BLOCK_SIZE; };
-    const auto left = [blocks](std::size_t i) __attribute__((always_inline)) {
-        return static_cast<std::ptrdiff_t>(blocks - i * Vector::blocks);
-    };
-    const auto input = [&](std::size_t i) __attribute__((always_inline)) { return Vector::load(in + at(i), left(i)); };
-    const auto earlier = [&](std::size_t i) __attribute__((always_inline)) {
-        return i == 0 ? Vector::load_behind(reg, in, left(i)) : Vector::load(in + at(i) - VRX_BLOCK_SIZE, left(i));
-    };
-
-    Vector v[count];
+template <typename Vector, std::size_t count>
+[[gnu::always_inline]] inline void load_step(Vector (&v)[count], Mode mode, const Block& reg, const Run& run,
+                                             std::size_t blocks) {
     if (mode == Mode::counter) {
 #pragma GCC unroll 16
         for (std::size_t i = 0; i < count; ++i) v[i] = Vector::counters(reg, i * Vector::blocks);
     } else if (mode == Mode::cfb_decrypt) {
 #pragma GCC unroll 16
-        for (std::size_t i = 0; i < count; ++i) v[i] = earlier(i);
+        for (std::size_t i = 0; i < count; ++i) v[i] = earlier_input<Vector>(run, reg, blocks, i);
     } else {
 #pragma GCC unroll 16
-        for (std::size_t i = 0; i < count; ++i) v[i] = input(i);
+        for (std::size_t i = 0; i < count; ++i) v[i] = input<Vector>(run, blocks, i);
     }
+}
 
-    if (!cipher.run(v)) return false;
-
+template <typename Vector, std::size_t count>
+[[gnu::always_inline]] inline void finish_step(Vector (&v)[count], Mode mode, Block& reg, const Run& run,
+                                               std::size_t blocks) {
     if (mode == Mode::counter || mode == Mode::cfb_decrypt) {
 #pragma GCC unroll 16
-        for (std::size_t i = 0; i < count; ++i) v[i] ^= input(i);
+        for (std::size_t i = 0; i < count; ++i) v[i] ^= input<Vector>(run, blocks, i);
     } else if (mode == Mode::cbc_decrypt) {
 #pragma GCC unroll 16
-        for (std::size_t i = 0; i < count; ++i) v[i] ^= earlier(i);
+        for (std::size_t i = 0; i < count; ++i) v[i] ^= earlier_input<Vector>(run, reg, blocks, i);
     }
     if (mode == Mode::counter)
-        reg = stepped_counter(reg, blocks);
-    else if (chains(mode))
-        reg = load_block(in + (blocks - 1) * VRX_BLOCK_SIZE);
+        reg = step_counter(reg, blocks);
+    else if (keeps_ciphertext(mode))
+        reg = load_block(run.in + (blocks - 1) * VRX_BLOCK_SIZE);
 
 #pragma GCC unroll 16
-    for (std::size_t i = 0; i < count; ++i) v[i].store(out + at(i), left(i));
-    return true;
+    for (std::size_t i = 0; i < count; ++i) v[i].store(run.out + offset<Vector>(i), left<Vector>(blocks, i));
+}
+
+/** A step. Between steps the register is one word: a compiler that keeps two of them in memory may load them as one. */
+template <std::size_t count, typename Rounds>
+[[gnu::always_inline]] inline void step(const Rounds& rounds, Mode mode, std::uint64_t& reg, const Run& run,
+                                        std::size_t blocks) {
+    typename Rounds::Vector v[count];
+    Block r = parted(reg);
+    load_step(v, mode, r, run, blocks);
+    rounds.run(v);
+    finish_step(v, mode, r, run, blocks);
+    reg = joined(r);
+}
+
+/** The next of some step sizes, or 0. */
+template <std::size_t size = 0, std::size_t...>
+inline constexpr std::size_t first_of = size;
+
+/** What is left for partial vectors: one step, of the smallest size that holds it. */
+template <std::size_t count, std::size_t... smaller, typename Rounds>
+[[gnu::always_inline]] inline void last_step(const Rounds& rounds, Mode mode, std::uint64_t& reg, const Run& rest) {
+    if (rest.blocks > first_of<smaller...> * Rounds::Vector::blocks)
+        step<count>(rounds, mode, reg, rest, rest.blocks);
+    else if constexpr (sizeof...(smaller) != 0)
+        last_step<smaller...>(rounds, mode, reg, rest);
+}
+
+/** Steps of `count` vectors while they are full, and then smaller ones. */
+template <std::size_t count, std::size_t... smaller, typename Rounds>
+[[gnu::always_inline]] inline void full_steps(const Rounds& rounds, Mode mode, std::uint64_t& reg, Run& rest) {
+    constexpr std::size_t full = count * Rounds::Vector::blocks;
+    for (; rest.blocks >= full; rest.skip(full)) step<count>(rounds, mode, reg, rest, full);
+    if constexpr (sizeof...(smaller) != 0) full_steps<smaller...>(rounds, mode, reg, rest);
+}
+
+/**
+ * A run in steps of so many vectors, the widest first. The register is loaded before and stored after them.
+ *
+ * @return what is left: fewer blocks than the smallest step where there are no partial vectors, else none.
+ */
+template <std::size_t count, std::size_t... smaller, typename Rounds>
+[[gnu::always_inline]] inline Run in_steps(const Rounds& rounds, Mode mode, const Run& run) {
+    using Vector = typename Rounds::Vector;
+    std::uint64_t reg = has_register(mode) ? joined(load_block(run.reg)) : 0;
+    Run rest = run;
+    if constexpr (Vector::partial) {
+        // A step of this size is taken, if only for a part, where the next smaller one does not hold the rest.
+        for (std::size_t n; rest.blocks > first_of<smaller...> * Vector::blocks; rest.skip(n)) {
+            n = std::min(rest.blocks, count * Vector::blocks);
+            step<count>(rounds, mode, reg, rest, n);
+        }
+        last_step<smaller...>(rounds, mode, reg, rest);
+    } else {
+        full_steps<count, smaller...>(rounds, mode, reg, rest);
+    }
+    if (has_register(mode)) store_register(run.reg, parted(reg));
+    return rest;
 }
 
 }  // namespace vrx::gost28147

@@ -1,11 +1,11 @@
-// Blocks as planes of bytes: what the engines that shuffle bytes have in common.
+// Rounds on planes of bytes, shared by the engines that look bytes up with shuffles or permutes.
 //
-// Included as parallel.hpp is, inside a region. `Plane` is a register of that region, with the instructions named
-// below.
+// Include this inside a region, as parallel.hpp. `Plane` is a register of that region with the operations named below.
 #ifndef VRX_GOST28147_ENGINE_PLANES_HPP
 #define VRX_GOST28147_ENGINE_PLANES_HPP
 
-#include "gost28147/engine/list.hpp"
+#include "frame/wipe.hpp"
+#include "gost28147/block.hpp"
 
 namespace vrx::gost28147 {
 

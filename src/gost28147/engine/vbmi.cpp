@@ -1,9 +1,11 @@
-// Eight S-boxes in two registers.
+// AVX-512 VBMI engine: S-box look-ups with VPERMB on 16 blocks in two registers.
 #include <immintrin.h>
 
+#include <algorithm>
 #include <bit>
 
 #include "gost28147/engine/list.hpp"
+#include "gost28147/engine/schedule.hpp"
 #include "gost28147/mesh.hpp"
 #include "tz/sboxes.hpp"
 
@@ -30,7 +32,7 @@ struct Meshing {
 
     Meshing(const Schedule& key, Block reg)
         : schedule(key), v{Vector::load(meshing_constant, 4), {_mm512_setzero_si512()}} {
-        v[0].v = _mm512_mask_set1_epi64(v[0].v, 1U << 4, static_cast<long long>(std::uint64_t{reg.n2} << 32 | reg.n1));
+        v[0].v = _mm512_mask_set1_epi64(v[0].v, 1U << 4, static_cast<long long>(joined(reg)));
     }
     Meshing(const Meshing&) = delete;
     Meshing& operator=(const Meshing&) = delete;
@@ -124,20 +126,31 @@ struct Permutes {
     const Tables& tables;
     const Schedule& schedule;
     bool decrypting;
-    tz::Claim* claim = nullptr;
-    Meshing* meshing = nullptr;
 
     template <std::size_t count>
-    [[gnu::always_inline]] bool run(Vector (&v)[count]) const {
-        rounds(tables, schedule, decrypting, v, claim, meshing);
-        return claim == nullptr || claim->holds();
+    [[gnu::always_inline]] void run(Vector (&v)[count]) const {
+        rounds(tables, schedule, decrypting, v, nullptr, nullptr);
     }
 };
 
-/** The S-boxes of a table; false where it has none. */
-bool find_tables(const vrx_tz& table, Tables& out) {
-    if (const tz::SBoxes* s = tz::built_in_sboxes(table)) {
-        out = Tables(*s);
+/** The same, with a meshing. */
+struct MeshingPermutes {
+    using Vector = vbmi::Vector;
+    const Tables& tables;
+    const Schedule& schedule;
+    bool decrypting;
+    Meshing& meshing;
+
+    template <std::size_t count>
+    [[gnu::always_inline]] void run(Vector (&v)[count]) const {
+        rounds(tables, schedule, decrypting, v, nullptr, &meshing);
+    }
+};
+
+/** The S-boxes of a table, if it is a built-in one `known`; false where it has none. */
+bool find_tables(const vrx_tz& table, const tz::SBoxes* known, Tables& out) {
+    if (known != nullptr) {
+        out = Tables(*known);
         return true;
     }
     tz::Claim claim(table);
@@ -146,48 +159,42 @@ bool find_tables(const vrx_tz& table, Tables& out) {
     return claim.holds();
 }
 
-/** At most 32 blocks, between whose rounds the table is checked. */
-bool run_claimed(Mode mode, const Run& run, const Schedule& schedule, Block& reg) {
-    tz::Claim claim(run.table);
+/** A step between whose rounds the table is checked; false, with nothing written, if no S-boxes made it. */
+template <std::size_t count>
+[[gnu::always_inline]] inline bool claimed_step(Mode mode, const Run& run) {
+    const Schedule schedule(run.cipher.key);
+    tz::Claim claim(run.cipher.table);
     const Tables tables = claim.tables();
-    const Permutes cipher{tables, schedule, decrypts(mode), &claim};
-    return run.blocks <= 16 ? step<2>(cipher, mode, reg, run.in, run.out, run.blocks)
-                            : step<4>(cipher, mode, reg, run.in, run.out, run.blocks);
+    const std::uint64_t reg = has_register(mode) ? joined(load_block(run.reg)) : 0;
+    Block r = parted(reg);
+    Vector v[count];
+    load_step(v, mode, r, run, run.blocks);
+    rounds(tables, schedule, decrypts(mode), v, &claim, nullptr);
+    if (!claim.holds()) return false;
+    r = parted(reg);
+    finish_step(v, mode, r, run, run.blocks);
+    if (has_register(mode)) store_register(run.reg, r);
+    return true;
 }
 
 }  // namespace
 
-Way parallel_vbmi(Mode mode, const Run& run) noexcept {
-    if (run.blocks <= 4) return parallel_lookups(mode, run);
-    const Schedule schedule(run.key);
-    Block reg = has_register(mode) ? load_block(run.reg) : Block{};
-    if (run.blocks <= 32 && tz::built_in_sboxes(run.table) == nullptr) {
-        if (!run_claimed(mode, run, schedule, reg)) return parallel_vbmi_any(mode, run);
-    } else {
-        Tables tables;
-        if (!find_tables(run.table, tables)) return parallel_vbmi_any(mode, run);
-        const Permutes cipher{tables, schedule, decrypts(mode)};
-        Run rest = run;
-        for (std::size_t n; rest.blocks > 64; rest.skip(n)) {
-            n = std::min<std::size_t>(rest.blocks, 128);
-            static_cast<void>(step<16>(cipher, mode, reg, rest.in, rest.out, n));
-        }
-        if (rest.blocks > 32)
-            static_cast<void>(step<8>(cipher, mode, reg, rest.in, rest.out, rest.blocks));
-        else if (rest.blocks > 16)
-            static_cast<void>(step<4>(cipher, mode, reg, rest.in, rest.out, rest.blocks));
-        else if (rest.blocks > 0)
-            static_cast<void>(step<2>(cipher, mode, reg, rest.in, rest.out, rest.blocks));
-    }
-    if (has_register(mode)) store_register(run.reg, reg);
-    return Way::byte_permutes;
+bool permute_words(Mode mode, const Run& run) noexcept {
+    const tz::SBoxes* const known = tz::built_in_sboxes(run.cipher.table);
+    if (run.blocks <= 32 && known == nullptr)
+        return run.blocks <= 16 ? claimed_step<2>(mode, run) : claimed_step<4>(mode, run);
+    Tables tables;
+    if (!find_tables(run.cipher.table, known, tables)) return false;
+    const Schedule schedule(run.cipher.key);
+    in_steps<16, 8, 4, 2>(Permutes{tables, schedule, decrypts(mode)}, mode, run);
+    return true;
 }
 
-Way sections_vbmi(Mode mode, const Run& run, std::uint32_t* key) noexcept {
+bool permute_sections(Mode mode, const Run& run, std::uint32_t* key) noexcept {
     Tables tables;
-    if (!find_tables(run.table, tables)) return sections_alone(mode, run, key);
-    Schedule schedule(run.key);
-    Schedule next(run.key);
+    if (!find_tables(run.cipher.table, tz::built_in_sboxes(run.cipher.table), tables)) return false;
+    Schedule schedule(run.cipher.key);
+    Schedule next(run.cipher.key);
     Block reg = load_block(run.reg);
     // The first two meshings have nothing to ride with: K(1) before E(K(1), register) and K(2).
     const auto mesh_alone = [&](Schedule& to, Block& r) {
@@ -201,12 +208,13 @@ Way sections_vbmi(Mode mode, const Run& run, std::uint32_t* key) noexcept {
     schedule.set(next);
     mesh_alone(next, reg);
     for (Run rest = run;;) {
-        const Block end = mode == Mode::counter ? stepped_counter(reg, section_blocks)
-                          : chains(mode)        ? load_block(rest.in + VRX_MESHING_SECTION - VRX_BLOCK_SIZE)
-                                                : reg;
+        const Block end = mode == Mode::counter    ? step_counter(reg, section_blocks)
+                          : keeps_ciphertext(mode) ? load_block(rest.in + VRX_MESHING_SECTION - VRX_BLOCK_SIZE)
+                                                   : reg;
         Meshing meshing(next, end);
-        const Permutes cipher{tables, schedule, decrypts(mode), nullptr, &meshing};
-        static_cast<void>(step<16>(cipher, mode, reg, rest.in, rest.out, section_blocks));
+        std::uint64_t words = joined(reg);
+        step<16>(MeshingPermutes{tables, schedule, decrypts(mode), meshing}, mode, words, rest, section_blocks);
+        reg = parted(words);
         rest.skip(section_blocks);
         if (rest.blocks == 0) break;
         schedule.set(next);
@@ -214,7 +222,7 @@ Way sections_vbmi(Mode mode, const Run& run, std::uint32_t* key) noexcept {
     }
     schedule.store(key);
     store_register(run.reg, reg);
-    return Way::byte_permutes;
+    return true;
 }
 
 }  // namespace vrx::gost28147

@@ -1,6 +1,9 @@
-// For tables that have not come from S-boxes.
+// AVX-512 VBMI engine for tables of any content: look-ups with VPERMI2B on planes of bytes.
 #include <immintrin.h>
 
+#include <algorithm>
+
+#include "frame/wipe.hpp"
 #include "gost28147/engine/list.hpp"
 
 #include "frame/region_avx512.hpp"
@@ -77,7 +80,7 @@ struct Permuted {
     bool decrypting;
 
     template <std::size_t count>
-    [[gnu::always_inline]] bool run(Vector (&v)[count]) const {
+    [[gnu::always_inline]] void run(Vector (&v)[count]) const {
         rounds_on_planes<Plane>(
             v, key, decrypting, [&](Plane * half, const Plane(&t)[4]) __attribute__((always_inline)) {
 #pragma GCC unroll 4
@@ -92,7 +95,6 @@ struct Permuted {
                     }
                 }
             });
-        return true;
     }
 
 private:
@@ -103,18 +105,11 @@ private:
 
 }  // namespace
 
-Way parallel_vbmi_any(Mode mode, const Run& run) noexcept {
-    if (run.blocks < 32) return parallel_lookups(mode, run);
-    const TableBytes tables(run.table);
-    const KeyPlanes<Plane> key(run.key);
-    const Permuted cipher{tables, key, decrypts(mode)};
-    Run rest = run;
-    Block reg = has_register(mode) ? load_block(run.reg) : Block{};
-    for (; rest.blocks > 64; rest.skip(std::min<std::size_t>(rest.blocks, 128)))
-        static_cast<void>(step<16>(cipher, mode, reg, rest.in, rest.out, std::min<std::size_t>(rest.blocks, 128)));
-    if (rest.blocks != 0) static_cast<void>(step<8>(cipher, mode, reg, rest.in, rest.out, rest.blocks));
-    if (has_register(mode)) store_register(run.reg, reg);
-    return Way::byte_planes;
+bool permute_planes(Mode mode, const Run& run) noexcept {
+    const TableBytes tables(run.cipher.table);
+    const KeyPlanes<Plane> key(run.cipher.key);
+    in_steps<16, 8>(Permuted{tables, key, decrypts(mode)}, mode, run);
+    return true;
 }
 
 }  // namespace vrx::gost28147

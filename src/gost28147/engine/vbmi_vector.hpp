@@ -1,14 +1,15 @@
-// Eight blocks in a register of 512 bits. Include inside a region of frame/region_avx512.hpp.
+// A vector of eight blocks in a 512-bit register. Include this inside a region of frame/region_avx512.hpp.
 #ifndef VRX_GOST28147_ENGINE_VBMI_VECTOR_HPP
 #define VRX_GOST28147_ENGINE_VBMI_VECTOR_HPP
 
-#include "gost28147/engine/list.hpp"
+#include "gost28147/engine/parallel.hpp"
 
 namespace vrx::gost28147::vbmi {
 
 /** Eight blocks in the order of memory. Of a partial vector the first `left` blocks are read and written. */
 struct Vector {
     static constexpr std::size_t blocks = 8;
+    static constexpr bool partial = true;
     __m512i v;
 
     static __mmask8 mask(std::ptrdiff_t left) {
@@ -18,7 +19,7 @@ struct Vector {
         return {_mm512_maskz_loadu_epi64(mask(left), from)};
     }
     /** `first`, then the blocks that begin at `from`. */
-    static Vector load_behind(Block first, const std::uint8_t* from, std::ptrdiff_t left) {
+    static Vector load_after(Block first, const std::uint8_t* from, std::ptrdiff_t left) {
         return {_mm512_mask_loadu_epi64(repeated(first), mask(left) & 0xfe, from - VRX_BLOCK_SIZE)};
     }
     void store(std::uint8_t* to, std::ptrdiff_t left) const { _mm512_mask_storeu_epi64(to, mask(left), v); }
@@ -37,9 +38,7 @@ struct Vector {
     }
 
 private:
-    static __m512i repeated(Block b) {
-        return _mm512_set1_epi64(static_cast<long long>(std::uint64_t{b.n2} << 32 | b.n1));
-    }
+    static __m512i repeated(Block b) { return _mm512_set1_epi64(static_cast<long long>(joined(b))); }
 };
 
 }  // namespace vrx::gost28147::vbmi

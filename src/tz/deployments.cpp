@@ -1,6 +1,4 @@
-#include "tz/deploy.hpp"
-
-#include "tz/sboxes.hpp"
+#include "tz/deployments.hpp"
 
 namespace vrx::tz {
 
