@@ -1,243 +1,153 @@
 #!/usr/bin/env python3
-"""Which file may include which. Usage: layering_test.py PROJECT
-
-     ecc ----> bigdigits, field ----> uint256
-    /   \\
-   v     v
-gostr3411  gost28147    sha1
-    \\      /             |
-     v    v              |
-       tz ----> frame <--'
-"""
+"""Which file may include which: the code beside the list of layers.py. Usage: layering_test.py PROJECT"""
 import re
 import sys
 import unittest
-from pathlib import Path
+from pathlib import Path, PurePosixPath
 
-# A folder of src/, and the folders that it may include, itself aside.
-BELOW = {
-    "frame": set(),
-    "tz": {"frame"},
-    "gost28147": {"tz", "frame"},
-    "gostr3411": {"tz", "frame"},
-    "sha1": {"frame"},
-    "ecc/uint256": set(),
-    "ecc/tables": set(),
-    "ecc/field/tables": set(),
-    "ecc/bigdigits": {"ecc/uint256", "frame"},
-    "ecc/field": {"ecc/field/tables", "ecc/uint256", "frame"},
-    "ecc": {"ecc/tables", "ecc/bigdigits", "ecc/field", "gostr3411", "gost28147", "tz", "frame"},
-}
+import picture
+from includes import Code, read
+from layers import DECLARES, FORWARDS, LAYERS, NO_CODE, ROOTS
 
-# A folder that is a room of another one.
-INSIDE = {"gost28147/engine": "gost28147"}
-
-# Within a folder: a file includes those that stand before it, never those behind.
-ORDER = {
-    "tz": [
-        "deploy", "published", "sboxes", "deployments", "recover_avx512", "avx2", "avx512", "tables", "registry", "api",
-    ],
-    "gost28147": [
-        "block", "mode", "plain", "mesh", "engine/list", "engine/schedule", "engine/parallel", "engine/planes",
-        "engine/chain", "engine/vbmi_vector", "engine/baseline", "engine/avx2", "engine/vbmi_any", "engine/vbmi",
-        "bulk", "stream", "api_block", "api_modes", "api_meshing", "api_context",
-    ],
-    "gostr3411": [
-        "step", "wide_table", "engine", "linear", "avx2", "vbmi", "hash", "checks", "api", "hmac", "hmac_api", "kdf",
-    ],
-    "sha1": ["compress", "compress_portable", "compress_sha_ni", "hash"],
-    "ecc/bigdigits": [
-        "words", "multiply", "columns", "division", "lehmer", "arithmetic", "modular", "prime", "convert",
-    ],
-    "ecc/uint256": ["words", "divsteps"],
-    "ecc/field": [
-        "words", "lookup", "modulus", "adx_words", "curves", "points", "order", "limbs52", "recode",
-        "comb_tables", "word_multiply", "lanes", "lane_points", "comb", "ladder", "lane_methods", "engine", "engine_of",
-    ],
-    "ecc": ["residue", "params", "point", "multiples", "domain", "multiply", "generate", "sign", "agree", "octets"],
-}
-
-# The folders of which ORDER lists every file.
-COMPLETE = {"tz", "gost28147", "gostr3411", "sha1"}
-
-# The folder that a public header for C belongs to; export.h and vrx.h are nobody's, nor are random.h and hedged.h, which
-# no other header includes.
-OWNER = {
-    "frame": "frame",
-    "tz": "tz",
-    "params": "tz",
-    "kernel": "gost28147",
-    "modes": "gost28147",
-    "context": "gost28147",
-    "gostr3411": "gostr3411",
-    "hmac": "gostr3411",
-    "kdf": "gostr3411",
-    "sha1": "sha1",
-    "bigdigits": "ecc/bigdigits",
-    "curve": "ecc",
-    "point": "ecc",
-    "multiply": "ecc",
-    "sign": "ecc",
-    "agree": "ecc",
-    "octets": "ecc",
-}
-
-# The one call that goes up: the library's notice asks the arithmetic for its own.
-UPWARD = ("src/frame/api.cpp", {"src/ecc/bigdigits/notice.hpp", "include/vrx/bigdigits.h"})
-
-# The headers for C++ in include/vrx/cxx, above those for C: each includes those before it, never those after.
-FACE = [
-    "frame", "types", "tz", "params", "bigdigits", "kernel", "modes", "context", "gostr3411", "hmac", "kdf", "sha1",
-    "curve", "point", "multiply", "sign", "agree",
-]
-
-# Older paths in include/vrx, and the headers for C++ that each forwards to.
-OLD_PATHS = {
-    "result": ["frame"],
-    "types": ["types"],
-    "tables": ["frame", "tz", "params"],
-    "numbers": ["bigdigits"],
-    "cipher": ["kernel", "modes", "context"],
-    "hash": ["gostr3411", "hmac", "kdf", "sha1"],
-    "curves": ["curve", "point", "multiply", "sign", "agree"],
-}
-
-# What a public header may take from the C library; and what those that are nobody's take besides.
+# What a public header may take from the C library; and what two of them take besides.
 C_STANDARD = {"stddef.h", "stdint.h", "stdio.h"}
 EXTRA = {"random": {"errno.h", "sys/random.h", "sys/types.h"}, "hedged": {"string.h"}}
 
-INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"]', re.M)
+
+def stem(path):
+    return PurePosixPath(path).stem
 
 
-class Layering(unittest.TestCase):
+class Project(unittest.TestCase):
     project = Path()
 
-    def sources(self, folder):
-        suffixes = (".c", ".cpp", ".h", ".hpp", ".inc")
-        files = [p for p in sorted((self.project / folder).rglob("*")) if p.suffix in suffixes]
-        self.assertTrue(files, folder)
-        return files
+    @classmethod
+    def setUpClass(cls):
+        cls.texts = read(cls.project, ROOTS)
 
-    def headers(self, suffix=".h"):
-        return [p for p in self.sources("include/vrx") if p.suffix == suffix]
+    def code(self, **changed):
+        return Code({**self.texts, **changed}, LAYERS, NO_CODE, DECLARES)
 
-    def included(self, file):
-        """The project's files that a file includes, as paths from its root; and the names of all others."""
-        own, foreign = set(), set()
-        for _, name in INCLUDE.findall(file.read_text()):
-            for base in (file.parent, self.project / "src", self.project / "include"):
-                if (base / name).is_file():
-                    own.add((base / name).resolve().relative_to(self.project.resolve()))
-                    break
-            else:
-                foreign.add(name)
-        return own, foreign
 
-    def folder_of(self, path):
-        """The folder of src/ that a file belongs to, or None where it is nobody's."""
-        if path.parts[0] == "src":
-            folder = path.parent.relative_to("src").as_posix()
-            folder = INSIDE.get(folder, folder)
-            self.assertIn(folder, BELOW, f"{path}: a folder without a place in the picture")
-            return folder
-        if path.stem in ("export", "random", "hedged", "vrx"):
-            return None
-        self.assertIn(path.stem, OWNER, f"{path}: a header without an owner")
-        return OWNER[path.stem]
-
-    def check(self, file):
-        path = file.relative_to(self.project)
-        folder = self.folder_of(path)
-        for other in self.included(file)[0]:
-            below = self.folder_of(other)
-            if folder is None or below in (None, folder) or str(path) == UPWARD[0] and str(other) in UPWARD[1]:
-                continue
-            self.assertIn(below, BELOW[folder], f"{path} includes {other}")
+class Layers(Project):
+    def test_every_file_is_listed_and_every_listed_file_exists(self):
+        self.assertEqual(self.code().unlisted(), [])
 
     def test_no_file_includes_what_stands_above_it(self):
-        for file in self.sources("src"):
-            with self.subTest(file.name):
-                self.check(file)
+        self.assertEqual(self.code().backward(), [])
 
-    def test_public_headers_follow_the_same_order(self):
-        for file in self.headers():
-            with self.subTest(file.name):
-                self.check(file)
+    def test_includes_make_no_circle(self):
+        self.assertEqual(self.code().circles(), [])
 
-    def test_headers_for_cxx_include_those_before_them(self):
-        files = self.sources("include/vrx/cxx")
-        self.assertEqual({file.name for file in files}, {f"{name}.hpp" for name in FACE})
-        for file in files:
-            own, foreign = self.included(file)
-            with self.subTest(file.name):
-                others = [path for path in own if path.suffix == ".hpp"]
-                self.assertTrue(all(path.parent.name == "cxx" for path in others), others)
-                self.assertLessEqual({path.stem for path in others}, set(FACE[:FACE.index(file.stem)]))
-                self.assertEqual([name for name in foreign if "." in name], [], "more than the C++ library")
+    def test_layers_stand_on_those_listed_before_them(self):
+        seen = set()
+        for layer in LAYERS:
+            self.assertLessEqual(set(layer.below), seen, layer.name)
+            self.assertNotIn(layer.name, seen)
+            self.assertEqual(len(layer.order), len(set(layer.order)), layer.name)
+            seen.add(layer.name)
+
+    def test_every_layer_includes_all_that_it_may(self):
+        self.assertEqual(self.code().unused(), [])
+
+    def test_the_architecture_page_shows_the_layers(self):
+        page = (self.project / "docs" / "architecture.md").read_text()
+        self.assertEqual(picture.parts(page)[1], picture.picture(),
+                         'run "tests/layering/picture.py --write"')
+
+
+class Faults(Project):
+    """What the checks are for, planted one at a time."""
+
+    def includes(self, path, name):
+        return self.code(**{path: self.texts[path] + f'\n#include "{name}"\n'})
+
+    def test_a_file_that_no_layer_lists_is_found(self):
+        for path in ("src/tz/new.cpp", "app/new.hpp", "app/commands/new.cpp", "documents/new.hpp", "include/vrx/new.h",
+                     "include/vrx/tz.hpp", "include/vrx/cxx/new.hpp", "tests/support/new.hpp", "src/new/part.cpp",
+                     "src/new.cpp", "src/frame/new.S", "app/new.txt"):
+            self.assertEqual(self.code(**{path: ""}).unlisted(), [f"{path} is in no layer"])
+
+    def test_a_listed_file_that_is_missing_is_found(self):
+        for path in ("src/sha1/hash.cpp", "app/main.cpp", "include/vrx/tables.hpp", "tests/support/hex.hpp"):
+            texts = {name: text for name, text in self.texts.items() if name != path}
+            self.assertEqual(Code(texts, LAYERS, NO_CODE, DECLARES).unlisted(),
+                             [f"{path if 'include' in path else path.rsplit('.')[0]} is listed but missing"])
+
+    def test_an_include_of_a_higher_layer_is_found(self):
+        for path, name in (("src/frame/wipe.hpp", "ecc/field/lanes.hpp"), ("src/tz/deploy.hpp", "gost28147/block.hpp"),
+                           ("src/sha1/hash.cpp", "tz/deploy.hpp"), ("src/sha1/hash.cpp", "vrx/tz.h"),
+                           ("include/vrx/tz.h", "modes.h"), ("include/vrx/sha1.h", "tz.h"),
+                           ("include/vrx/frame.h", "cxx/frame.hpp"), ("app/io/text.hpp", "keys/keys.hpp"),
+                           ("app/options.hpp", "commands/commands.hpp"), ("documents/der.cpp", "app/options.hpp"),
+                           ("src/frame/bytes.hpp", "app/io/text.hpp"), ("src/frame/bytes.hpp", "support/hex.hpp"),
+                           ("app/io/files.cpp", "support/hex.hpp"), ("src/frame/cpu.cpp", "gen/curve_table.hpp")):
+            with self.subTest(path, name=name):
+                self.assertNotEqual(self.includes(path, name).backward(), [])
+
+    def test_an_include_of_a_later_file_of_the_layer_is_found(self):
+        for path, name in (("src/gost28147/engine/list.hpp", "../bulk.hpp"), ("src/frame/bytes.hpp", "frame/cpu.hpp"),
+                           ("app/keys/keys.hpp", "keys/der.hpp"), ("documents/der.hpp", "documents/chain.hpp"),
+                           ("include/vrx/cxx/tz.hpp", "sign.hpp"), ("tests/support/hex.hpp", "random.hpp")):
+            with self.subTest(path, name=name):
+                self.assertIn("which comes later in", "".join(self.includes(path, name).backward()))
+
+    def test_a_circle_through_a_source_and_its_header_is_found(self):
+        self.assertIn("app/io/failure > app/io/files > app/io/failure",
+                      self.includes("app/io/failure.cpp", "io/files.hpp").circles())
+
+    def test_a_picture_that_is_out_of_date_is_found(self):
+        old = picture.picture().replace("sboxes", "boxes")
+        self.assertNotEqual(picture.parts(f"Above.\n{old}Below.\n")[1], picture.picture())
+
+
+class PublicHeaders(Project):
+    """What concerns the headers alone."""
+
+    def order(self, name):
+        return [stem(file) for layer in LAYERS if layer.name == name for file in layer.order]
+
+    def parts(self):
+        """The headers for C that declare a part of the library."""
+        return {f"include/vrx/{name}.h" for name in DECLARES}
+
+    def test_headers_declare_a_part_each_but_three(self):
+        self.assertEqual(set(self.order("include/vrx")) - set(DECLARES), {"export", "random", "hedged"})
+
+    def test_headers_for_c_include_the_c_library_and_each_other(self):
+        code = self.code()
+        for path in code.files("include/vrx", {".h"}):
+            own, foreign = code.includes(path)
+            self.assertTrue(all(other.startswith("include/vrx/") and other.endswith(".h") for other in own), path)
+            self.assertLessEqual({name for _, name in foreign}, C_STANDARD | EXTRA.get(stem(path), set()), path)
+
+    def test_headers_for_cxx_include_the_cxx_library_and_public_headers(self):
+        code = self.code()
+        for path in code.files("include", {".hpp"}):
+            own, foreign = code.includes(path)
+            self.assertTrue(all(other.startswith("include/") for other in own), path)
+            self.assertEqual([name for _, name in foreign if "." in name], [], path)
 
     def test_headers_for_cxx_have_the_names_of_those_for_c(self):
-        self.assertLessEqual(set(FACE) - {"types"}, {path.stem for path in self.headers()})
+        self.assertLessEqual(set(self.order("include/vrx/cxx")) - {"types"}, set(DECLARES))
 
     def test_older_paths_only_forward(self):
-        files = [path for path in self.sources("include/vrx") if path.suffix == ".hpp" and path.parent.name == "vrx"]
-        self.assertEqual({path.stem for path in files}, set(OLD_PATHS))
-        for file in files:
-            text = re.sub(r"/\*.*?\*/", "", file.read_text(), flags=re.S)
-            self.assertEqual([line for line in text.splitlines() if line and not line.startswith("#")], [], file.name)
-            own = {path for path in self.included(file)[0] if path.parent.name == "cxx"}
-            self.assertEqual({path.stem for path in own}, set(OLD_PATHS[file.stem]))
-
-    def test_public_headers_include_each_other_and_the_c_library_only(self):
-        for file in self.sources("include"):
-            own, foreign = self.included(file)
-            self.assertTrue(all(path.parts[0] == "include" for path in own), file)
-            if file.suffix == ".h":
-                self.assertTrue(all(path.suffix == ".h" for path in own), file)
-                self.assertLessEqual(foreign, C_STANDARD | EXTRA.get(file.stem, set()), file)
+        for name, headers in FORWARDS.items():
+            path = f"include/vrx/{name}.hpp"
+            text = re.sub(r"/\*.*?\*/", "", self.texts[path], flags=re.S)
+            self.assertEqual([line for line in text.splitlines() if line and not line.startswith("#")], [], path)
+            self.assertEqual({other for other in self.code().includes(path)[0] if "/cxx/" in other},
+                             {f"include/vrx/cxx/{header}.hpp" for header in headers})
+        self.assertEqual(set(self.order("include/vrx/*.hpp")), set(FORWARDS))
 
     def test_umbrella_headers_include_every_other(self):
-        own, _ = self.included(self.project / "include/vrx.h")
-        headers = {p.relative_to(self.project) for p in self.headers() if p.stem not in ("export", "random", "hedged")}
-        self.assertEqual(own, headers)
-        own, _ = self.included(self.project / "include/vrx.hpp")
-        self.assertEqual({p.as_posix() for p in own if p.suffix == ".hpp"}, {f"include/vrx/cxx/{n}.hpp" for n in FACE})
-        self.assertEqual({str(p) for p in own if p.suffix == ".h"}, {"include/vrx.h", "include/vrx/random.h"})
-
-    def test_order_within_a_folder_is_kept(self):
-        for folder, order in ORDER.items():
-            base = Path("src") / folder
-            rooms = [base] + [Path("src") / inner for inner, outer in INSIDE.items() if outer == folder]
-            files = [file for room in rooms for file in (self.project / room).glob("*.[ch]pp")]
-
-            def place(path):
-                return path.relative_to(base).with_suffix("").as_posix()
-
-            if folder in COMPLETE:
-                self.assertEqual({place(file.relative_to(self.project)) for file in files}, set(order), folder)
-            for file in files:
-                stem = place(file.relative_to(self.project))
-                for other in self.included(file)[0]:
-                    if other.parent in rooms and stem in order and place(other) in order:
-                        self.assertLessEqual(order.index(place(other)), order.index(stem), f"{file.name}: {other}")
-
-    def test_no_file_includes_itself_by_a_detour(self):
-        graph = {file.relative_to(self.project): self.included(file)[0]
-                 for file in self.sources("src") + self.sources("include")}
-        done, path = set(), []
-
-        def visit(file):
-            self.assertNotIn(file, path, "a circle")
-            if file in done:
-                return
-            path.append(file)
-            for other in graph[file]:
-                visit(other)
-            done.add(path.pop())
-
-        for file in graph:
-            visit(file)
+        code = self.code()
+        self.assertEqual(code.includes("include/vrx.h")[0], self.parts())
+        self.assertEqual(code.includes("include/vrx.hpp")[0],
+                         {"include/vrx.h", "include/vrx/random.h"} |
+                         {f"include/vrx/cxx/{name}.hpp" for name in self.order("include/vrx/cxx")})
 
 
 if __name__ == "__main__":
-    Layering.project = Path(sys.argv[1])
+    Project.project = Path(sys.argv[1])
     unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,130 @@
+"""The layers of src, include, documents, app and tests/support: their files, and what each may include.
+
+This list is all there is. layering_test.py compares the code with it, and the picture in docs/architecture.md is made
+from it. When you add, move or remove a file, change this list and run "tests/layering/picture.py --write".
+"""
+from dataclasses import dataclass
+
+
+@dataclass(frozen=True)
+class Layer:
+    """Some files of a folder.
+
+    name    the layer's name in the picture, if the folder holds several layers
+    suffix  the suffix that all files of the layer have, if a file of the same name may be in another layer
+    files   paths in the folder without suffix, so that a source and its header are one file. A file may include those
+            before it in this list
+    below   the names of the layers that the files may include, all of which are listed before this one. To include a
+            public header for C is to include the part of the library that it declares, too
+    """
+    folder: str
+    files: str
+    below: tuple = ()
+    name: str = ""
+    suffix: str = ""
+
+    def __post_init__(self):
+        object.__setattr__(self, "name", self.name or self.folder)
+
+    @property
+    def order(self):
+        return [name + self.suffix for name in self.files.split()]
+
+
+LAYERS = [
+    # The C interface. Everything else stands on it.
+    Layer("include/vrx", """
+        export frame tz params kernel modes context gostr3411 hmac kdf sha1 bigdigits curve point multiply sign agree
+        octets random hedged""", suffix=".h"),
+    Layer("include", "vrx", ("include/vrx",), "include/vrx.h", ".h"),
+
+    # The library. Its folders are those of the tests, too.
+    Layer("src/frame", """
+        platform bytes wipe blockwise declassify log cpu region_sha region_avx2 region_avx512 region_ifma region_end
+        choice engines""", ("include/vrx",)),
+    Layer("src/tz", "deploy published sboxes deployments recover_avx512 avx2 avx512 tables registry api",
+          ("src/frame", "include/vrx")),
+    Layer("src/gost28147", """
+        block mode plain mesh engine/list engine/schedule engine/parallel engine/planes engine/chain engine/vbmi_vector
+        engine/baseline engine/avx2 engine/vbmi_any engine/vbmi bulk stream api_block api_modes api_meshing
+        api_context""", ("src/tz", "src/frame", "include/vrx")),
+    Layer("src/gostr3411", "step wide_table engine linear avx2 vbmi hash checks api hmac hmac_api kdf",
+          ("src/tz", "src/frame", "include/vrx")),
+    Layer("src/sha1", "compress compress_portable compress_sha_ni hash", ("src/frame", "include/vrx")),
+    Layer("src/ecc/uint256", "words divsteps"),
+    Layer("src/ecc/bigdigits", "words multiply columns division lehmer arithmetic modular prime convert notice",
+          ("src/ecc/uint256", "src/frame", "include/vrx")),
+    Layer("src/ecc/field/tables", "comb_test comb_a comb_b comb_c"),
+    Layer("src/ecc/field", """
+        words lookup modulus adx_words curves points order limbs52 recode comb_tables word_multiply lanes plain_lanes
+        ifma_lanes lane_points comb ladder lane_methods engine engine_of engine_words engine_adx engine_ifma""",
+          ("src/ecc/field/tables", "src/ecc/uint256", "src/frame")),
+    Layer("src/ecc/tables", "a b c"),
+    Layer("src/ecc", "residue params point multiples domain multiply generate sign agree octets",
+          ("src/ecc/tables", "src/ecc/field", "src/ecc/bigdigits", "src/gostr3411", "src/gost28147", "src/tz",
+            "src/frame", "include/vrx")),
+    # The notice of the library asks the arithmetic for its own, so this one file stands above the rest of its folder.
+    Layer("src/frame", "api", ("src/ecc/bigdigits", "src/frame", "include/vrx"), "src/frame/api"),
+
+    # The C++ interface. The files of include/vrx are its older paths, which only forward.
+    Layer("include/vrx/cxx", """
+        frame types tz params bigdigits kernel modes context gostr3411 hmac kdf sha1 curve point multiply sign agree""",
+          ("include/vrx",), suffix=".hpp"),
+    Layer("include/vrx", "result types tables numbers cipher hash curves", ("include/vrx/cxx",), "include/vrx/*.hpp",
+          ".hpp"),
+    Layer("include", "vrx", ("include/vrx", "include/vrx.h", "include/vrx/cxx"), "include/vrx.hpp", ".hpp"),
+
+    # The program.
+    Layer("app/io", "failure signals text place terminal files progress pieces", ("include/vrx",)),
+    Layer("documents", "der algorithm name time certificate revocation chain", ("app/io", "include/vrx.h")),
+    Layer("app/keys", "keys parameters random traces der password key_format key_files",
+          ("documents", "app/io", "src/frame", "include/vrx", "include/vrx.h")),
+    Layer("app", "chart options topics checklist cipher derived_key key_options digest transform",
+          ("app/keys", "app/io", "include/vrx.h")),
+    Layer("app/commands", """
+        commands agree decrypt derive diversify encrypt hash hmac inspect keygen keypair mac params pubkey sha1 sign
+        speed verify""",
+          ("app", "app/keys", "documents", "app/io", "src/frame", "include/vrx", "include/vrx.h")),
+    Layer("app", "main", ("app/commands", "app", "app/keys", "app/io", "include/vrx.h"), "app/main"),
+
+    # What tests share.
+    Layer("tests/support", """
+        hex child_process log_capture memory_map fence fenced registry_guard kat own_stack random offered engines""",
+          ("src/frame", "include/vrx", "include/vrx.h")),
+]
+
+# The folders of which the list names every file, and the files there that include nothing.
+ROOTS = ["src", "include", "documents", "app", "tests/support"]
+NO_CODE = ["CMakeLists.txt", "src/libvrx.map", "include/.clang-format", "app/completion/_vrx", "app/completion/vrx.bash"]
+
+# The part of the library that each public header for C declares. The other headers declare no part.
+DECLARES = {
+    "frame": "src/frame",
+    "tz": "src/tz",
+    "params": "src/tz",
+    "kernel": "src/gost28147",
+    "modes": "src/gost28147",
+    "context": "src/gost28147",
+    "gostr3411": "src/gostr3411",
+    "hmac": "src/gostr3411",
+    "kdf": "src/gostr3411",
+    "sha1": "src/sha1",
+    "bigdigits": "src/ecc/bigdigits",
+    "curve": "src/ecc",
+    "point": "src/ecc",
+    "multiply": "src/ecc",
+    "sign": "src/ecc",
+    "agree": "src/ecc",
+    "octets": "src/ecc",
+}
+
+# The older paths in include/vrx, and the headers of include/vrx/cxx that each forwards to.
+FORWARDS = {
+    "result": ["frame"],
+    "types": ["types"],
+    "tables": ["frame", "tz", "params"],
+    "numbers": ["bigdigits"],
+    "cipher": ["kernel", "modes", "context"],
+    "hash": ["gostr3411", "hmac", "kdf", "sha1"],
+    "curves": ["curve", "point", "multiply", "sign", "agree"],
+}
