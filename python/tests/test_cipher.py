@@ -1,4 +1,4 @@
-"""The cipher: messages at once and in pieces, buffers, threads, refusals."""
+"""Tests of the cipher: whole messages, pieces, buffers, threads and invalid arguments."""
 
 import random
 import threading
@@ -19,7 +19,7 @@ def vector(mode):
     return None if mode == "ss" else IV
 
 
-def test_settings_are_those_of_the_set_where_nothing_else_is_said():
+def test_settings_default_to_those_of_the_parameter_set():
     assert vrx.Cipher(KEY).mode is vrx.Mode.CFB and vrx.Cipher(KEY).key_meshing is True
     assert vrx.Cipher(KEY, "test").mode is vrx.Mode.CTR and vrx.Cipher(KEY, "test").key_meshing is False
     other = vrx.Cipher(KEY, "A", mode=vrx.Mode.CBC, key_meshing=False)
@@ -32,7 +32,7 @@ def test_settings_are_those_of_the_set_where_nothing_else_is_said():
 
 
 @every
-def test_equals_the_model_for_every_set_and_own_sboxes(mode):
+def test_equals_the_model_for_every_set_and_custom_sboxes(mode):
     source = random.Random(mode)
     own = vrx.SBoxes(source.randbytes(64))
     for parameters in (*vrx.CIPHER_PARAMETERS, own):
@@ -68,7 +68,7 @@ def test_pieces_of_any_size_give_the_message(mode):
 
 
 @every
-def test_update_into_overlapping_memory_is_as_if_it_did_not(mode):
+def test_update_into_overlapping_memory_gives_the_same_result(mode):
     source = random.Random(mode)
     cipher = vrx.Cipher(KEY, mode=mode)
     for held in (0, 3):
@@ -87,7 +87,7 @@ def test_update_into_overlapping_memory_is_as_if_it_did_not(mode):
 
 
 @every
-def test_update_into_takes_what_is_too_short_for_output(mode):
+def test_update_into_accepts_input_too_short_for_output(mode):
     stream = vrx.Cipher(KEY, mode=mode).encryptor(vector(mode))
     assert stream.update_into(b"", bytearray()) == 0
     if mode in WHOLE:
@@ -98,10 +98,10 @@ def test_update_into_takes_what_is_too_short_for_output(mode):
 
 
 @every
-def test_too_little_room_is_refused_and_nothing_happens(mode):
+def test_too_small_buffer_is_refused_without_effect(mode):
     cipher, data = vrx.Cipher(KEY, mode=mode), bytes(range(24))
     stream, room = cipher.encryptor(vector(mode)), bytearray(23)
-    with pytest.raises(ValueError, match="^the buffer has 23 bytes, and 24 are needed$"):
+    with pytest.raises(ValueError, match="^the buffer has 23 bytes, but 24 are needed$"):
         stream.update_into(data, room)
     assert not any(room)
     with pytest.raises(TypeError, match="^the buffer must be writable$"):
@@ -110,7 +110,7 @@ def test_too_little_room_is_refused_and_nothing_happens(mode):
 
 
 @every
-def test_long_data_goes_in_pieces(mode, monkeypatch):
+def test_long_data_is_processed_in_pieces(mode, monkeypatch):
     cipher, data = vrx.Cipher(KEY, mode=mode), random.Random(mode).randbytes(1000)
     expected = cipher.encrypt(data, vector(mode))
     monkeypatch.setattr(_memory, "PIECE", 64)
@@ -123,20 +123,20 @@ def test_long_data_goes_in_pieces(mode, monkeypatch):
 
 
 @every
-def test_one_byte_and_none(mode):
+def test_one_byte_and_empty_message(mode):
     cipher = vrx.Cipher(KEY, mode=mode)
     assert cipher.encrypt(b"", vector(mode)) == cipher.decrypt(b"", vector(mode)) == b""
     if mode not in WHOLE:
-        # A new bytes object every time, although there are but 256 of one byte.
+        # The result must be a new object: Python shares bytes objects of length one.
         out = {octet: cipher.encrypt(bytes([octet]), IV)[0] for octet in range(256)}
         assert sorted(out.values()) == list(range(256))
         assert bytes([5])[0] == 5
 
 
 @pytest.mark.parametrize("mode", WHOLE)
-def test_message_of_other_than_whole_blocks_is_refused(mode):
+def test_incomplete_last_block_is_refused(mode):
     cipher = vrx.Cipher(KEY, mode=mode)
-    sentence = "^the message must be whole blocks of 8 bytes, and 5 bytes are left over$"
+    sentence = "^the message must be a multiple of 8 bytes long, but 5 bytes are left over$"
     for call in (cipher.encrypt, cipher.decrypt):
         with pytest.raises(ValueError, match=sentence):
             call(bytes(13), vector(mode))
@@ -148,7 +148,7 @@ def test_message_of_other_than_whole_blocks_is_refused(mode):
         stream.update(bytes(3))
 
 
-def test_stream_left_by_an_exception_is_closed_without_another():
+def test_exception_closes_the_stream_without_another_exception():
     with pytest.raises(KeyError):
         with vrx.Cipher(KEY, mode="ss").encryptor() as stream:
             stream.update(bytes(3))
@@ -166,7 +166,7 @@ def test_key_and_streams_are_wiped():
     assert bytes(context.key) == KEY
     cipher.close()
     assert not any(held.raw)
-    # A stream lives on without its cipher.
+    # A stream stays usable after its cipher is closed.
     assert stream.update(b"data") == vrx.Cipher(KEY).encrypt(b"data", IV)
     stream.finish()
     assert not any(bytes(context))
@@ -207,7 +207,7 @@ def test_threads_share_a_cipher_and_a_stream():
         ("the IV must be 8 bytes long, not 9", lambda: vrx.Cipher(KEY).encrypt(b"", bytes(9))),
         ("mode gfb needs an IV", lambda: vrx.Cipher(KEY).encrypt(b"")),
         ("mode ss takes no IV", lambda: vrx.Cipher(KEY, mode="ss").encrypt(b"", IV)),
-        ("S-boxes of your own need a mode: ss, gamm, gfb or cbc", lambda: vrx.Cipher(KEY, vrx.sboxes("tz_a"))),
+        ("custom S-boxes need a mode: ss, gamm, gfb or cbc", lambda: vrx.Cipher(KEY, vrx.sboxes("tz_a"))),
         ("'' is not a valid Mode", lambda: vrx.Cipher(KEY, mode="")),
         ("'ofb' is not a valid Mode", lambda: vrx.Cipher(KEY, mode="ofb")),
         ("there is no cipher parameter set 'E'", lambda: vrx.Cipher(KEY, "E")),
@@ -215,12 +215,12 @@ def test_threads_share_a_cipher_and_a_stream():
         ("the key must be 32 bytes long, not 33", lambda: vrx.diversify(bytes(33), IV)),
     ],
 )
-def test_wrong_values_are_refused(sentence, call):
+def test_invalid_values_are_refused(sentence, call):
     with pytest.raises(ValueError, match=f"^{sentence}"):
         call()
 
 
-def test_wrong_types_are_refused():
+def test_invalid_types_are_refused():
     cipher = vrx.Cipher(KEY)
     for sentence, call in [
         ("the key must be bytes-like, not str", lambda: vrx.Cipher("k" * 32)),

@@ -1,4 +1,4 @@
-"""The ctypes declarations against the C headers, the list of exports and the record layouts."""
+"""Tests that the ctypes declarations match the C headers, the list of exports and the record layouts."""
 
 import ctypes
 import re
@@ -17,7 +17,7 @@ def headers():
 
 
 def word(declared):
-    """The word of the declarations for a C type, with or without the name of a parameter."""
+    """Return the type name used in the declarations for a C type, with or without a parameter name."""
     declared = re.sub(r"\b(const|struct)\b", "", declared)
     name, depth = re.match(r"\s*(\w+)", declared)[1], len(re.findall(r"\*|\[", declared))
     if depth and name in ("void", "uint8_t", "uint32_t", "FILE"):
@@ -36,7 +36,7 @@ def exports():
     return [line.split() for line in lines if not line.startswith("#")]
 
 
-def test_functions_are_all_that_is_exported_with_the_types_of_the_headers():
+def test_functions_match_exports_and_header_types():
     given = {
         name: (result, arguments.split(", ") if arguments else [])
         for result, name, arguments in re.findall(r"(\S+) (\w+)\((.*)\)", _c.FUNCTIONS)
@@ -49,14 +49,14 @@ def test_functions_are_all_that_is_exported_with_the_types_of_the_headers():
     )
 
 
-def test_code_is_the_result_of_functions_whose_contract_names_codes():
+def test_functions_documented_with_codes_return_code():
     for path in (PROJECT / "include" / "vrx").glob("*.h"):
         for comment, name in re.findall(r"(/\*\*(?:(?!\*/).)*\*/)\s*VRX_API int (\w+)\(", path.read_text(), re.S):
             if "@return VRX_OK" in comment or "VRX_ERR" in comment:
                 assert re.search(rf"^ +code {name}\(", _c.FUNCTIONS, re.M), name
 
 
-def test_data_is_all_that_is_exported_with_the_types_and_sizes_of_the_library():
+def test_data_matches_exports_types_and_sizes():
     given = re.findall(r"(\S+) (\w+)(?:\[\d+\])?\n", _c.DATA)
     sizes = {row[1]: int(row[2]) for row in exports() if row[0] != "F"}
     assert {name: ctypes.sizeof(getattr(_c.data, name)) for _, name in given} == sizes
@@ -76,7 +76,7 @@ def test_records_have_the_layout_of_the_library():
         assert placed == [(f, int(offset), int(bytes_)) for r, f, offset, bytes_ in fields if r == name]
 
 
-def test_codes_are_those_of_the_header():
+def test_codes_match_the_header():
     text = (PROJECT / "include" / "vrx" / "frame.h").read_text()
     declared = re.findall(r"#define (VRX_ERR_\w+) \((-\d+)\)\s+/\*\*< (.*?) \*/", text)
     assert _c.CODES == {int(code): (name, meaning) for name, code, meaning in declared}

@@ -1,7 +1,8 @@
-"""Key pairs, signatures, key agreement, curves."""
+"""Tests of key pairs, signatures, key agreement and curves."""
 
 import ctypes
 import os
+import pickle
 import random
 from concurrent.futures import ThreadPoolExecutor
 
@@ -13,7 +14,7 @@ every = pytest.mark.parametrize("curve", vrx.CURVES, ids=lambda c: c.name)
 
 
 @every
-def test_what_is_signed_verifies_and_nothing_else(curve):
+def test_signature_is_valid_only_for_its_message_and_parameters(curve):
     private = vrx.PrivateKey.generate(curve)
     public = vrx.PublicKey(bytes(private.public_key), curve.oid)
     assert public == private.public_key and hash(public) == hash(private.public_key) and public.curve is curve
@@ -28,6 +29,9 @@ def test_what_is_signed_verifies_and_nothing_else(curve):
             public.verify(changed, b"message")
         assert (raised.value.code, raised.value.name) == (-1, "VRX_ERR_FAILED")
         assert isinstance(raised.value, vrx.Error)
+        assert str(raised.value) == "the signature is not valid for this message and key"
+        assert repr(raised.value) == f"InvalidSignature({str(raised.value)!r})"
+        assert repr(pickle.loads(pickle.dumps(raised.value))) == repr(raised.value)
     for message, name in ((b"messagE", "CryptoPro"), (b"", "CryptoPro"), (b"message", "test")):
         with pytest.raises(vrx.InvalidSignature):
             public.verify(signature, message, parameters=name)
@@ -36,7 +40,7 @@ def test_what_is_signed_verifies_and_nothing_else(curve):
 
 
 @every
-def test_keys_are_octets_least_significant_first(curve):
+def test_keys_are_stored_least_significant_octet_first(curve):
     private = vrx.PrivateKey.generate(curve)
     again = vrx.PrivateKey(bytes(private), curve.name)
     assert bytes(again) == bytes(private) and again.public_key == private.public_key
@@ -49,7 +53,7 @@ def test_keys_are_octets_least_significant_first(curve):
 
 
 @every
-def test_both_sides_agree(curve):
+def test_both_sides_derive_the_same_key(curve):
     mine, theirs, ukm = vrx.PrivateKey.generate(curve), vrx.PrivateKey.generate(curve), os.urandom(7) + b"\1"
     for name in ("CryptoPro", "test"):
         kek = mine.agree(theirs.public_key, ukm, parameters=name)
@@ -63,10 +67,10 @@ def test_keys_off_the_curve_or_out_of_range_are_refused(curve):
         with pytest.raises(ValueError, match="^the private key must be a number from 1 to q - 1$"):
             vrx.PrivateKey(number.to_bytes(32, "little"), curve)
     for x, y in ((0, 0), (curve.x, curve.y ^ 1), (curve.p, 1)):
-        with pytest.raises(ValueError, match="^the public key is not a point of the curve$"):
+        with pytest.raises(ValueError, match="^the public key is not a point on the curve$"):
             vrx.PublicKey.from_numbers(x, y, curve)
     if curve.x + curve.p < 2**256:
-        with pytest.raises(ValueError, match="not a point of the curve"):
+        with pytest.raises(ValueError, match="not a point on the curve"):
             vrx.PublicKey.from_numbers(curve.x + curve.p, curve.y, curve)
 
 
@@ -86,7 +90,7 @@ def test_private_key_is_wiped():
     assert "PrivateKey on <Curve" in repr(private)
 
 
-def test_random_source_of_the_callers_own():
+def test_custom_random_source_is_used():
     def draw(size):
         return random.Random(5).randbytes(size)
 
@@ -106,7 +110,7 @@ def test_random_source_of_the_callers_own():
         (TypeError, lambda: b""),
     ],
 )
-def test_failure_of_the_random_source_comes_out(kind, source):
+def test_exception_of_the_random_source_is_raised(kind, source):
     private = vrx.PrivateKey.generate()
     with pytest.raises(kind):
         private.sign(b"message", random=source)
@@ -128,7 +132,7 @@ def test_threads_share_keys():
 
 
 def toy_curves():
-    """Small curves with a base point of odd order above 2, found by trying."""
+    """Search small curves for a base point of odd prime order."""
     for p, a, b in ((29, 4, 20), (31, 2, 17), (97, 2, 3)):
         points = [(x, y) for x in range(p) for y in range(p) if (y * y - x**3 - a * x - b) % p == 0]
         for x, y in points:
@@ -149,7 +153,7 @@ def add(one, other, a, p):
     return x3, (slope * (x1 - x3) - y1) % p
 
 
-def test_own_curves_make_the_keys_that_adding_gives():
+def test_keys_on_custom_curves_equal_repeated_addition():
     curves = list(toy_curves())
     assert len(curves) == 3
     for curve in curves:
@@ -161,7 +165,7 @@ def test_own_curves_make_the_keys_that_adding_gives():
         assert add(at, base, curve.a, curve.p) is None
 
 
-def test_own_curve_equal_to_a_built_in_one_is_the_same():
+def test_custom_curve_equals_the_same_built_in_curve():
     a = vrx.curve("A")
     own = vrx.Curve(name="mine", p=a.p, a=a.a, b=a.b, q=a.q, x=a.x, y=a.y)
     assert own == a and hash(own) == hash(a) and own != vrx.curve("B") and own != "A"
@@ -172,7 +176,7 @@ def test_own_curve_equal_to_a_built_in_one_is_the_same():
         vrx.PrivateKey(bytes(32), own)
 
 
-def test_wrong_curves_are_refused():
+def test_invalid_curves_are_refused():
     a = vrx.curve("A")
     good = {"p": a.p, "a": a.a, "b": a.b, "q": a.q, "x": a.x, "y": a.y}
     for wrong, sentence in [
@@ -207,7 +211,7 @@ PRIVATE, OTHER = vrx.PrivateKey.generate(), vrx.PrivateKey.generate("B")
         (ValueError, "the signature must be 64", lambda: PRIVATE.public_key.verify(bytes(63), b"")),
         (ValueError, "the digest must be 32", lambda: PRIVATE.public_key.verify_digest(bytes(64), bytes(20))),
         (ValueError, "the digest must be 32", lambda: PRIVATE.sign_digest(bytes(64))),
-        (ValueError, "the UKM must not be all zero", lambda: PRIVATE.agree(PRIVATE.public_key, bytes(8))),
+        (ValueError, "the UKM must not be all zeros", lambda: PRIVATE.agree(PRIVATE.public_key, bytes(8))),
         (ValueError, "the UKM must be 8 bytes long, not 1", lambda: PRIVATE.agree(PRIVATE.public_key, b"1")),
         (ValueError, "both keys must be on the same curve", lambda: PRIVATE.agree(OTHER.public_key, b"1" * 8)),
         (ValueError, "there is no curve 'D'", lambda: vrx.PrivateKey.generate("D")),
@@ -219,14 +223,14 @@ PRIVATE, OTHER = vrx.PrivateKey.generate(), vrx.PrivateKey.generate("B")
         (TypeError, "a PrivateKey can be neither pickled", lambda: __import__("pickle").dumps(PRIVATE)),
     ],
 )
-def test_wrong_arguments_are_refused(kind, sentence, call):
+def test_invalid_arguments_are_refused(kind, sentence, call):
     with pytest.raises(kind, match=f"^{sentence}"):
         call()
 
 
 @pytest.mark.parametrize("curve", ["Test", "B", "C", "XchB"])
-def test_numbers_of_a_signature_are_below_the_order(curve):
-    """s + q is the same number modulo q, in 32 bytes where the order leaves room; RFC 5832 does not take it."""
+def test_signature_with_r_or_s_out_of_range_is_invalid(curve):
+    """RFC 5832 accepts only r and s from 1 to q - 1; ecVerify() also accepts s + q, which may fit into 32 bytes."""
     private = vrx.PrivateKey.generate(curve)
     order = int.from_bytes(bytes(private.curve._record.q), "little")
     for i in range(200):
@@ -241,7 +245,7 @@ def test_numbers_of_a_signature_are_below_the_order(curve):
 
 
 def drawn_from(octets):
-    """A random source of the system that gives these bytes, over and over."""
+    """Return a replacement for the system's random source, which repeats these bytes."""
     place = [0]
 
     @_c.RND_FUNC
@@ -254,7 +258,7 @@ def drawn_from(octets):
     return fill
 
 
-def test_nonces_differ_where_the_system_repeats_itself(monkeypatch):
+def test_nonces_differ_if_the_system_source_repeats_itself(monkeypatch):
     private, sequence = vrx.PrivateKey.generate("B"), random.Random(7).randbytes(100_003)
     signatures = []
     for message in (b"one", b"two", b"one"):
@@ -266,7 +270,7 @@ def test_nonces_differ_where_the_system_repeats_itself(monkeypatch):
 
 
 @pytest.mark.parametrize("octets", [bytes(1), b"x", bytes(range(4))])
-def test_a_stuck_source_of_the_system_is_an_error(monkeypatch, octets):
+def test_stuck_system_source_is_an_error(monkeypatch, octets):
     private = vrx.PrivateKey.generate()
     monkeypatch.setattr(_keys, "_SYSTEM", drawn_from(octets))
     for call in (lambda: private.sign(b"message"), vrx.PrivateKey.generate):
@@ -274,7 +278,7 @@ def test_a_stuck_source_of_the_system_is_an_error(monkeypatch, octets):
             call()
 
 
-def test_a_signature_that_does_not_verify_is_not_returned(monkeypatch):
+def test_signature_that_does_not_verify_is_not_returned(monkeypatch):
     private, right = vrx.PrivateKey.generate(), _c.lib.ecSign
 
     def faulty(*arguments):

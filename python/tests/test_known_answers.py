@@ -1,4 +1,4 @@
-"""Every published answer that the library's own tests know, from Python."""
+"""Tests the Python module with every known answer of the library's tests."""
 
 import ctypes
 import functools
@@ -14,7 +14,7 @@ FILES = sorted(path.relative_to(kat.TESTS) for path in Path(kat.TESTS).rglob("*.
 
 
 def checks(*kinds):
-    """Marks the function that checks answers of these types. It takes every value out of the answer."""
+    """Registers the function that checks answers of these types. The function must read every value of an answer."""
 
     def mark(function):
         CHECKS.update((kind, functools.partial(function, kind)) for kind in kinds)
@@ -33,7 +33,7 @@ def test_file(name):
 
 
 def named_sboxes(name):
-    """The S-boxes of a parameter set of the cipher or of the hash."""
+    """Return the S-boxes of a parameter set of the cipher or the hash."""
     sets = [*vrx.CIPHER_PARAMETERS, *vrx.HASH_PARAMETERS]
     return next(s.sboxes for s in sets if s.name == name)
 
@@ -47,7 +47,7 @@ def meshing(answer):
 
 
 def in_pieces(take, data):
-    """Hand data over in pieces of growing size; the results, joined."""
+    """Process data in pieces of growing size and return the joined results."""
     results, start, size = [], 0, 1
     while start < len(data):
         results.append(take(data[start : start + size]))
@@ -248,7 +248,7 @@ def agreement(_kind, answer):
 
 
 def unwrap(kek, answer, ukm, boxes):
-    """The key that another key encrypts. Its MAC has to fit."""
+    """Unwrap a key that is encrypted under another key. Its MAC must be valid."""
     cek = vrx.Cipher(kek, boxes, mode="ss").decrypt(answer.octets("cek_enc"))
     assert vrx.mac(kek, cek, parameters=boxes, iv=ukm).digest()[:4] == answer.octets("cek_mac")
     return cek

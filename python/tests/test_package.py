@@ -1,4 +1,4 @@
-"""The package as it is installed and loaded."""
+"""Tests of the package: installation, loading and type hints."""
 
 import importlib.util
 import os
@@ -17,7 +17,7 @@ LIBRARY = os.environ.get("VRX_LIBRARY") or PACKAGE / "libvrx.so.1"
 
 
 def run(*command, path=None, **changes):
-    """Run Python; the environment is this one, with changes, and None removes a name."""
+    """Run Python in this environment with changes; the value None removes a variable."""
     environment = {**os.environ, "PYTHONPATH": str(path or PACKAGE.parent), **changes}
     environment = {name: value for name, value in environment.items() if value is not None}
     return subprocess.run(
@@ -29,12 +29,12 @@ def has(module):
     return importlib.util.find_spec(module) is not None
 
 
-def test_version_is_the_librarys():
+def test_version_equals_the_version_of_the_library():
     project = (PYTHON.parent / "CMakeLists.txt").read_text()
     assert re.search(r"project\(vrx VERSION (\S+)", project)[1] == vrx.__version__
 
 
-def test_everything_public_is_listed_and_explained():
+def test_all_public_names_are_listed_and_documented():
     imported = ("annotations", "ctypes", "os")
     assert sorted(vrx.__all__) == sorted(n for n in dir(vrx) if not n.startswith("_") and n not in imported)
     for name in vrx.__all__:
@@ -48,8 +48,8 @@ def test_everything_public_is_listed_and_explained():
 
 
 @pytest.mark.skipif(not has("pip") or not has("setuptools") or not has("wheel"), reason="pip or setuptools is missing")
-def test_pip_installs_it_from_the_sources_without_a_network(tmp_path):
-    # Setuptools builds in the source folder.
+def test_pip_installs_from_source_without_a_network(tmp_path):
+    # Setuptools builds in the source folder, so it gets a copy.
     source, target = tmp_path / "source", tmp_path / "target"
     shutil.copytree(PYTHON, source, ignore=shutil.ignore_patterns("build", "*.egg-info", "__pycache__"))
     options = ["--no-build-isolation", "--no-index", "--no-deps", "--quiet", "--target", target]
@@ -66,7 +66,7 @@ def test_pip_installs_it_from_the_sources_without_a_network(tmp_path):
 PROGRAM = "import vrx; print(vrx._c.lib._name)"
 
 
-def test_library_is_the_one_named_then_the_one_beside_then_the_systems(tmp_path):
+def test_load_order_is_variable_then_package_then_system(tmp_path):
     copy = tmp_path / "vrx"
     shutil.copytree(PACKAGE, copy, ignore=shutil.ignore_patterns("__pycache__", "*.so*"))
     result = run("-c", PROGRAM, path=tmp_path, VRX_LIBRARY=None, LD_LIBRARY_PATH=str(Path(LIBRARY).parent))
@@ -78,13 +78,13 @@ def test_library_is_the_one_named_then_the_one_beside_then_the_systems(tmp_path)
     assert result.stdout == f"{LIBRARY}\n", result.stderr
 
 
-def test_library_that_cannot_be_loaded_is_an_import_error_with_advice():
+def test_missing_library_raises_import_error_with_advice():
     result = run("-c", PROGRAM, VRX_LIBRARY="/nowhere/libvrx.so.1")
     assert "ImportError: the library libvrx cannot be loaded: /nowhere/libvrx.so.1: " in result.stderr
-    assert result.stderr.endswith("; VRX_LIBRARY names it\n")
+    assert result.stderr.endswith("; this path is the value of VRX_LIBRARY\n")
 
 
-def test_end_of_the_program_is_silent_with_keys_still_open():
+def test_interpreter_exits_silently_with_open_keys():
     program = (
         "import vrx; key = vrx.PrivateKey.generate(); cipher = vrx.Cipher(bytes(32)); mac = vrx.mac(bytes(32)); "
         "stream = cipher.encryptor(bytes(8)); loop = [mac]; loop.append(loop); del mac"

@@ -1,4 +1,4 @@
-"""S-boxes, parameter sets, and the frame: the log, the notice."""
+"""Tests of S-boxes, parameter sets, the log and the copyright notice."""
 
 import os
 import pickle
@@ -26,7 +26,7 @@ def test_sets_are_found_by_every_name_in_any_case():
 
 
 @pytest.mark.parametrize("find", [vrx.cipher_parameters, vrx.hash_parameters, vrx.curve])
-def test_what_is_no_set_is_refused(find):
+def test_unknown_set_is_refused(find):
     for wanted in ("", "E", "CryptoPro-", "1.2.643.2.2.31", b"", b"A"):
         with pytest.raises(ValueError, match="^there is no "):
             find(wanted)
@@ -34,7 +34,7 @@ def test_what_is_no_set_is_refused(find):
         find(1)
 
 
-def test_modes_have_the_librarys_names_and_numbers():
+def test_modes_have_the_names_and_numbers_of_the_library():
     assert [mode.value for mode in vrx.Mode] == ["ss", "gamm", "gfb", "cbc"]
     for mode in vrx.Mode:
         assert vrx._c.lib.ciph_mode_by_name(mode.value.encode()) == mode.number
@@ -42,7 +42,7 @@ def test_modes_have_the_librarys_names_and_numbers():
         vrx.Mode("ofb")
 
 
-def test_sboxes_survive_every_form():
+def test_sboxes_convert_to_every_form_and_back():
     source = random.Random(1)
     for _ in range(100):
         octets = source.randbytes(64)
@@ -60,7 +60,7 @@ def test_sboxes_survive_every_form():
     assert vrx.sboxes("tz_a") != bytes(vrx.sboxes("tz_a"))
 
 
-def test_sboxes_of_another_form_are_refused():
+def test_malformed_sboxes_are_refused():
     for make, wrong in [
         (vrx.SBoxes, bytes(63)),
         (vrx.SBoxes.from_der, bytes(65)),
@@ -81,12 +81,12 @@ def test_sboxes_of_another_form_are_refused():
                 make(wrong)
 
 
-def test_text_that_is_none_is_refused():
-    with pytest.raises(TypeError, match="^the S-boxes must be a text, not bytes$"):
+def test_text_of_another_type_is_refused():
+    with pytest.raises(TypeError, match="^the S-boxes must be a str, not bytes$"):
         vrx.SBoxes.from_text(bytes(128))
 
 
-def test_built_in_sboxes_have_the_librarys_names():
+def test_built_in_sboxes_have_the_names_of_the_library():
     for name in ("tz_test", "tz_a", "tz_b", "tz_c", "tz_d"):
         assert vrx._c.lib.TZ_by_name(name.encode()).contents.t[3][7] == vrx.sboxes(name)._table.t[3][7]
     for name in ("tz_0", "tz_1"):
@@ -94,7 +94,7 @@ def test_built_in_sboxes_have_the_librarys_names():
     assert len({vrx.sboxes(f"tz_{name}") for name in ("test", *"abcd01")}) == 7
 
 
-def test_log_goes_to_a_file_and_nowhere(tmp_path):
+def test_log_writes_to_a_file_and_can_be_turned_off(tmp_path):
     path = tmp_path / "log"
     vrx.log_to(path)
     assert not vrx._c.lib.TZ_by_name(b"tz_x")
@@ -105,7 +105,7 @@ def test_log_goes_to_a_file_and_nowhere(tmp_path):
     assert path.read_text() == text
 
 
-def test_standard_error_stays_open_however_often_the_log_goes_there():
+def test_log_never_closes_standard_error():
     program = "import os, vrx\nfor _ in range(3): vrx.log_to('stderr')\nvrx.log_to(None)\nos.write(2, b'open')"
     result = subprocess.run([sys.executable, "-c", program], capture_output=True, env=environment())
     assert (result.stderr, result.returncode) == (b"open", 0)
@@ -120,5 +120,6 @@ def test_error_has_code_name_and_function():
     assert (error.function, error.code, error.name) == ("f", -3, "VRX_ERR_RANDOM")
     assert str(error) == "f: VRX_ERR_RANDOM (the random source failed)"
     assert str(vrx.Error("f", -5)) == "f: -5 (unknown code)"
+    assert repr(error) == f"Error({str(error)!r})"
     again = pickle.loads(pickle.dumps(vrx.InvalidSignature("ecVerify", -1)))
     assert isinstance(again, vrx.InvalidSignature) and again.code == -1

@@ -1,16 +1,16 @@
-"""Russian (GOST) cryptography: the library libvrx from Python.
+"""Russian (GOST) cryptography: a Python interface to libvrx.
 
     import vrx
 
-    vrx.gostr3411(b"message").hexdigest()           # hashes as those of hashlib: gostr3411, sha1, hmac, mac
+    vrx.gostr3411(b"message").hexdigest()           # hash objects like those of hashlib: gostr3411, sha1, hmac, mac
     cipher = vrx.Cipher(key)                        # GOST 28147-89
     secret = cipher.encrypt(b"Attack at dawn.", iv)
     private = vrx.PrivateKey.generate()             # GOST R 34.10-2001
     private.public_key.verify(private.sign(b"message"), b"message")
 
-Data is any bytes-like object, results are bytes. What has a wrong length or value raises ValueError, what has a wrong
-type TypeError, and what the library itself refuses raises `vrx.Error`. Objects may be shared between threads, and the
-library works while other threads run. Whatever holds a key is a context manager that wipes it at the end.
+Input is any bytes-like object; results are bytes. An invalid length or value raises ValueError, an invalid type
+TypeError. An error of the library raises `vrx.Error`. Threads may share objects, and calls of the library release the
+global interpreter lock. Every object that holds a key is a context manager that wipes the key on exit.
 """
 
 from __future__ import annotations
@@ -68,24 +68,24 @@ __all__ = [
     "sha1",
 ]
 
-# Their names in tracebacks, which is how users catch them.
+# Tracebacks show the public names of the exceptions.
 Error.__module__ = InvalidSignature.__module__ = __name__
 
 
 def log_to(path: str | os.PathLike[str] | None) -> None:
-    """Direct the library's diagnostics to a file, to standard error ("stderr"), or with None nowhere, as at first.
+    """Write the library's diagnostics to a file, or to standard error ("stderr"). None turns the log off, the default.
 
-    No other thread may be inside the library meanwhile.
+    Do not call this function while another thread is in a call of the library. It never closes standard error.
     """
     standard_error = ctypes.c_void_p.in_dll(ctypes.CDLL(None), "stderr")
     if _c.data.vrxflog.value == standard_error.value:
-        # The library closes the stream that was set before. This one stays open.
+        # The library closes the previous stream; standard error has to stay open.
         _c.data.vrxflog.value = None
     _c.lib.vrx_set_log_file(None if path is None else os.fsencode(path))
 
 
 def copyright_notice() -> str:
-    """The library's attribution.
+    """Return the copyright notice of the library.
 
     >>> copyright_notice().startswith("libvrx: ")
     True

@@ -1,8 +1,8 @@
-"""The C interface of libvrx: its records, functions and tables as ctypes sees them.
+"""The C interface of libvrx: records, functions and tables, declared for ctypes.
 
-Everything that the shared object exports is here: `lib.NAME` for a function, `data.NAME` for a table. The C headers,
-`vrx/*.h`, say what each is for; whoever calls them from here keeps their rules alone, as in C. A function that returns
-one of the library's codes raises `Error` when it fails.
+Every export of the shared object is here: `lib.NAME` for a function, `data.NAME` for a table. The C headers, `vrx/*.h`,
+describe each. As in C, the caller must follow their rules; nothing is checked here. If a function that returns one of
+the library's codes fails, it raises `Error`.
 """
 
 from __future__ import annotations
@@ -14,25 +14,25 @@ from pathlib import Path
 from types import SimpleNamespace
 from typing import Any
 
-# --- failures ---------------------------------------------------------------------------------------------------------
+# --- errors -----------------------------------------------------------------------------------------------------------
 
 CODES = {
-    -1: ("VRX_ERR_FAILED", "generic failure: table not deployed, nothing found, wrong signature"),
-    -2: ("VRX_ERR_BAD_PARAMS", "a required pointer is NULL, or a selector is unknown"),
+    -1: ("VRX_ERR_FAILED", "general failure: table not deployed, nothing found, invalid signature"),
+    -2: ("VRX_ERR_BAD_PARAMS", "NULL pointer, zero length, unknown selector or unregistered identifier"),
     -3: ("VRX_ERR_RANDOM", "the random source failed"),
-    -4: ("VRX_ERR_BUFFER_LENGTH", "empty input, output too small, or a MAC buffer that is not 8 bytes"),
-    -6: ("VRX_ERR_BLOCK_MULTIPLE", "not a multiple of the 8-byte block where padding is not allowed"),
-    -152: ("VRX_ERR_CONTEXT_STATE", "a cipher context is used before it was initialised"),
-    -1000: ("VRX_ERR_UNKNOWN_TZ", "a substitution-table text is not 128 characters long"),
-    -1102: ("VRX_ERR_UNKNOWN_MODE", "a cipher context holds a mode number that its engine does not know"),
-    -3001: ("VRX_ERR_UNSUPPORTED_OID", "a hash parameter OID is not supported"),
+    -4: ("VRX_ERR_BUFFER_LENGTH", "empty input, output buffer too small, or MAC buffer not of 8 bytes"),
+    -6: ("VRX_ERR_BLOCK_MULTIPLE", "length not a multiple of the 8-byte block, where that is required"),
+    -152: ("VRX_ERR_CONTEXT_STATE", "cipher context not initialized, or already finished"),
+    -1000: ("VRX_ERR_UNKNOWN_TZ", "S-box string not 128 characters long"),
+    -1102: ("VRX_ERR_UNKNOWN_MODE", "unknown mode number"),
+    -3001: ("VRX_ERR_UNSUPPORTED_OID", "no hash parameter set has this object identifier"),
 }
 
 
 class Error(Exception):
-    """A function of the library failed.
+    """An error of the library.
 
-    `function` is its name, `code` what it returned, `name` the code's name in C.
+    `function` is the name of the function that failed, `code` the code that it returned, `name` the code's name in C.
     """
 
     def __init__(self, function: str, code: int) -> None:
@@ -55,7 +55,7 @@ def _raise_on_failure(code: int, function: Any, _arguments: Any) -> int:
 
 
 class vrx_data(ctypes.Structure):
-    # Assigned from bytes, the pointer is that of the bytes themselves.
+    # A bytes object assigned to `data` is not copied: the pointer refers to its contents.
     _fields_ = [("length", ctypes.c_uint32), ("data", ctypes.c_char_p)]
 
 
@@ -189,8 +189,8 @@ RND_FUNC = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_uint32)
 
 # --- functions and tables ---------------------------------------------------------------------------------------------
 
-# Types: code is an int that is an error code when it is not 0; memory is a pointer to bytes or digits, for which ctypes
-# takes bytes, arrays, byref() and addresses; text is a C string; random is an RND_FUNC.
+# Types: `code` is an int, and an error code if it is not 0. `memory` is a pointer to bytes or digits; ctypes accepts
+# bytes, arrays, byref() and addresses. `text` is a C string, and `random` an RND_FUNC.
 FUNCTIONS = """
     # vrx/frame.h
     code vrx_set_log_file(text)
@@ -380,7 +380,7 @@ FUNCTIONS = """
     code ecUnloadSignValue(EcSignature*, memory)
 """
 
-# Tables and variables, as C declares them.
+# Tables and variables, with their types in C.
 DATA = """
     memory vrxflog
     vrx_tz TZ_28147_89[5]
@@ -451,26 +451,26 @@ for _record in (
 
 
 def _type(word: str) -> Any:
-    """The ctypes type of a word of the two lists."""
+    """Return the ctypes type for a type name of the two lists."""
     if word not in _TYPES:
         _TYPES[word] = ctypes.POINTER(_type(word[:-1]))
     return _TYPES[word]
 
 
 def _load() -> ctypes.CDLL:
-    """The library that VRX_LIBRARY names, or the one beside this file, or else the system's."""
+    """Load the library that VRX_LIBRARY names; without it the one next to this file, or else the system's."""
     named = os.environ.get("VRX_LIBRARY")
     beside = Path(__file__).with_name("libvrx.so.1")
     path = named or (str(beside) if beside.exists() else "libvrx.so.1")
     try:
         return ctypes.CDLL(path)
     except OSError as failure:
-        advice = "VRX_LIBRARY names it" if named else "install it, or name it in the environment variable VRX_LIBRARY"
+        advice = "this path is the value of VRX_LIBRARY" if named else "install it, or set VRX_LIBRARY to its path"
         raise ImportError(f"the library libvrx cannot be loaded: {failure}; {advice}") from None
 
 
 def _declare(library: ctypes.CDLL) -> None:
-    """Give each function its types."""
+    """Set the argument and result types of every function."""
     for result, name, arguments in re.findall(r"(\S+) (\w+)\((.*)\)", FUNCTIONS):
         function = getattr(library, name)
         function.restype = _type(result)
@@ -480,7 +480,7 @@ def _declare(library: ctypes.CDLL) -> None:
 
 
 def _tables(library: ctypes.CDLL) -> SimpleNamespace:
-    """The tables and variables, in the library's own memory."""
+    """Return the tables and variables; they are in the library's own memory, not copied."""
     return SimpleNamespace(
         **{
             name: (_type(word) * int(count) if count else _type(word)).in_dll(library, name)

@@ -12,12 +12,12 @@ from ._parameters import CipherParameters, Mode, SBoxes, cipher_parameters
 if TYPE_CHECKING:
     from _typeshed import ReadableBuffer, WriteableBuffer
 
-#: What names the S-boxes: a parameter set, its name or object identifier, or S-boxes alone.
+#: Parameters of the cipher: a parameter set, its name or object identifier, or S-boxes.
 AnyParameters = Union[str, bytes, CipherParameters, SBoxes]
 
 
 def settings(parameters: AnyParameters, key_meshing: bool | None) -> tuple[SBoxes, Mode | None, bool]:
-    """S-boxes, usual mode, and key meshing. S-boxes alone have no usual mode, and their keys are not meshed."""
+    """Return S-boxes, default mode and key meshing. Custom S-boxes have no default mode; meshing is off by default."""
     if isinstance(parameters, SBoxes):
         return parameters, None, bool(key_meshing)
     found = cipher_parameters(parameters)
@@ -25,9 +25,9 @@ def settings(parameters: AnyParameters, key_meshing: bool | None) -> tuple[SBoxe
 
 
 class Cipher(Secret["ctypes.Array[ctypes.c_char]"]):
-    """A key with all that says how data is encrypted under it. The key is wiped when the cipher is closed or collected.
+    """A key with S-boxes, a mode and key meshing. The key is wiped when the object is closed or collected.
 
-    >>> key, iv = bytes(32), bytes(8)  # a real key is random, and a real IV never comes twice
+    >>> key, iv = bytes(32), bytes(8)  # in real use: random; never reuse an IV with the same key
     >>> with Cipher(key) as cipher:
     ...     secret = cipher.encrypt(b"Attack at dawn.", iv)
     ...     cipher.decrypt(secret, iv)
@@ -42,20 +42,20 @@ class Cipher(Secret["ctypes.Array[ctypes.c_char]"]):
         mode: Mode | str | None = None,
         key_meshing: bool | None = None,
     ) -> None:
-        """Mode and key meshing are those of the parameter set where nothing else is said.
+        """Mode and key meshing default to those of the parameter set.
 
         `key` is 32 bytes. `mode` is "ss" (ECB), "gamm" (CTR), "gfb" (CFB), "cbc" or a Mode.
         """
         self.sboxes, usual, self.key_meshing = settings(parameters, key_meshing)
         if mode is None and usual is None:
-            raise ValueError("S-boxes of your own need a mode: ss, gamm, gfb or cbc")
+            raise ValueError("custom S-boxes need a mode: ss, gamm, gfb or cbc")
         self.mode = Mode(usual if mode is None else mode)
         octets = Octets(key, "the key", 32)
         super().__init__((ctypes.c_char * 32)())
         ctypes.memmove(self._open(), octets.pointer, 32)
 
     def encrypt(self, data: ReadableBuffer, iv: ReadableBuffer | None = None) -> bytes:
-        """Encrypt a message. `iv` is 8 bytes, and None in ECB mode; ECB and CBC take whole blocks of 8 bytes."""
+        """Encrypt a message. `iv` is 8 bytes; None in ECB mode. ECB and CBC need a multiple of 8 bytes."""
         with self.encryptor(iv) as stream:
             return stream.update(data)
 
@@ -65,11 +65,11 @@ class Cipher(Secret["ctypes.Array[ctypes.c_char]"]):
             return stream.update(data)
 
     def encryptor(self, iv: ReadableBuffer | None = None) -> CipherStream:
-        """Begin to encrypt a message that comes in pieces."""
+        """Return a stream that encrypts a message in pieces."""
         return self._stream(1, iv)
 
     def decryptor(self, iv: ReadableBuffer | None = None) -> CipherStream:
-        """Begin to decrypt a message that comes in pieces."""
+        """Return a stream that decrypts a message in pieces."""
         return self._stream(0, iv)
 
     def _stream(self, direction: int, iv: ReadableBuffer | None) -> CipherStream:
@@ -86,7 +86,7 @@ class Cipher(Secret["ctypes.Array[ctypes.c_char]"]):
 def open_context(
     direction: int, boxes: SBoxes, mode: int, key_meshing: bool, iv: Octets | None, key: Any
 ) -> _c.vrx_crpt_ctx:
-    """A context of the library."""
+    """Return an initialised cipher context of the library."""
     context = _c.vrx_crpt_ctx()
     vector = iv and iv.pointer
     _c.lib.vrx_crpt_init_context(context, direction, boxes._table, mode, 0, key_meshing, 0, vector, key)
@@ -94,9 +94,9 @@ def open_context(
 
 
 class CipherStream(Secret["_c.vrx_crpt_ctx"]):
-    """A message on its way through the cipher, from `Cipher.encryptor` or `Cipher.decryptor`.
+    """Encrypts or decrypts one message in pieces. `Cipher.encryptor` and `Cipher.decryptor` create it.
 
-    Leaving it as a context finishes the message.
+    At the end of a `with` block the stream finishes the message.
 
     >>> cipher, iv = Cipher(bytes(32)), bytes(8)
     >>> with cipher.encryptor(iv) as stream:
@@ -108,28 +108,28 @@ class CipherStream(Secret["_c.vrx_crpt_ctx"]):
     def __init__(
         self, boxes: SBoxes, mode: Mode, direction: int, key_meshing: bool, iv: Octets | None, key: Any
     ) -> None:
-        """Streams come from `Cipher.encryptor` and `Cipher.decryptor`."""
+        """Call `Cipher.encryptor` or `Cipher.decryptor` instead."""
         self._whole_blocks = mode.whole_blocks
         super().__init__(open_context(direction, boxes, mode.number, key_meshing, iv, key))
 
     def update(self, data: ReadableBuffer) -> bytes:
-        """Process a piece: as many bytes come out. ECB and CBC hold back what is no whole block until more comes."""
+        """Process a piece and return as many bytes. ECB and CBC hold back an incomplete block until more data comes."""
         with self._lock:
             context = self._open()
             out = [self._new(context, piece) for piece in pieces(data, "data")]
         return out[0] if len(out) == 1 else b"".join(out)
 
     def update_into(self, data: ReadableBuffer, buffer: WriteableBuffer) -> int:
-        """Process a piece into a buffer of your own and return how many bytes were written.
+        """Process a piece, write the result to a buffer of your own, and return the number of bytes written.
 
-        The buffer may be that of the data, or overlap it: the result is as if it did not.
+        The buffer may overlap the data, or be the same; the result does not change.
         """
         source, room = Octets(data, "data"), Room(buffer, "the buffer")
         with self._lock:
             context = self._open()
             needed = self._yields(context, source.size)
             if room.size < needed:
-                raise ValueError(f"the buffer has {room.size} bytes, and {needed} are needed")
+                raise ValueError(f"the buffer has {room.size} bytes, but {needed} are needed")
             in_place = source.pointer == room.pointer and not (self._whole_blocks and context.block_len)
             if overlap(source, room) and not in_place:
                 data = bytes(data)
@@ -139,12 +139,12 @@ class CipherStream(Secret["_c.vrx_crpt_ctx"]):
         return done
 
     def _yields(self, context: _c.vrx_crpt_ctx, size: int) -> int:
-        """How many bytes come out when `size` more go in."""
+        """Return the number of output bytes for `size` bytes of input."""
         held: int = context.block_len
         return (held + size) // 8 * 8 if self._whole_blocks else size
 
     def _new(self, context: _c.vrx_crpt_ctx, piece: Octets) -> bytes:
-        """Process a piece into new bytes."""
+        """Process a piece and return the result as a new bytes object."""
         size = self._yields(context, piece.size)
         out: bytes = new_bytes(None, size)
         self._run(context, piece, out, size)
@@ -159,13 +159,13 @@ class CipherStream(Secret["_c.vrx_crpt_ctx"]):
         return written
 
     def finish(self) -> None:
-        """End the message and wipe the stream. In ECB and CBC the message must have been whole blocks."""
+        """Finish the message and wipe the stream. In ECB and CBC mode the length must be a multiple of 8 bytes."""
         with self._lock:
             context = self._open()
             held = context.block_len if self._whole_blocks else 0
             try:
                 if held:
-                    raise ValueError(f"the message must be whole blocks of 8 bytes, and {held} bytes are left over")
+                    raise ValueError(f"the message must be a multiple of 8 bytes long, but {held} bytes are left over")
                 _c.lib.vrx_crpt_final(context)
             finally:
                 self._wipe()
@@ -177,7 +177,7 @@ class CipherStream(Secret["_c.vrx_crpt_ctx"]):
 
 
 def diversify(key: ReadableBuffer, ukm: ReadableBuffer, parameters: AnyParameters = "CryptoPro-A") -> bytes:
-    """Make another key of a key and 8 bytes of user keying material (RFC 4357, section 6.5).
+    """Derive a key from a key and 8 bytes of user keying material (CryptoPro diversification, RFC 4357, section 6.5).
 
     >>> from vrx import sboxes
     >>> key = bytes.fromhex("aafd12f659cae63489b479e5076ddec2f06cb58faafd12f659cae63489b479e5")

@@ -1,4 +1,4 @@
-"""Hashes, MACs, and keys from passwords: objects as those of hashlib."""
+"""Hashes, MACs and password-based key derivation. Hash objects follow the hashlib interface."""
 
 from __future__ import annotations
 
@@ -20,37 +20,37 @@ Self = TypeVar("Self", bound="Hash")
 
 
 class Hash(Secret["ctypes.Structure"]):
-    """A hash or a MAC of a message that comes in pieces, as the objects of `hashlib`.
+    """A hash or a MAC of a message in pieces, with the interface of `hashlib` objects.
 
-    From `gostr3411`, `sha1`, `hmac` and `mac`. Wiped when it is closed or collected.
+    `gostr3411`, `sha1`, `hmac` and `mac` create it. It is wiped when it is closed or collected.
     """
 
-    name: str  #: what it computes
-    digest_size: int  #: bytes in a digest
-    block_size: int  #: bytes in a block
+    name: str  #: name of the algorithm
+    digest_size: int  #: length of a digest in bytes
+    block_size: int  #: length of a block in bytes
 
     def __init__(self, record: ctypes.Structure, data: ReadableBuffer) -> None:
-        """Hashes come from the functions of the module."""
+        """Call `gostr3411`, `sha1`, `hmac` or `mac` instead."""
         super().__init__(record)
         self.update(data)
 
     @abstractmethod
     def _absorb(self, record: Any, piece: Octets) -> None:
-        """Take in a piece of the message, of one byte or more."""
+        """Add a piece of the message, at least one byte."""
 
     @abstractmethod
     def _finish(self, record: Any) -> bytes:
-        """The digest. The record is not used again."""
+        """Return the digest. The record is not used again."""
 
     def update(self, data: ReadableBuffer, /) -> None:
-        """Take in a piece of the message."""
+        """Add a piece of the message."""
         with self._lock:
             record = self._open()
             for piece in pieces(data, "data"):
                 self._absorb(record, piece)
 
     def digest(self) -> bytes:
-        """The digest of what was taken in so far. More may follow."""
+        """Return the digest of the data so far. More data may follow."""
         record = self._copied()
         try:
             return self._finish(record)
@@ -58,11 +58,11 @@ class Hash(Secret["ctypes.Structure"]):
             wipe(record)
 
     def hexdigest(self) -> str:
-        """The digest as hexadecimal digits."""
+        """Return the digest of the data so far in hexadecimal."""
         return self.digest().hex()
 
     def copy(self: Self) -> Self:
-        """Another object that has taken in the same. Messages with a common beginning are hashed faster so."""
+        """Return a copy of the object, for messages with a common beginning."""
         twin = type(self).__new__(type(self))
         twin._lock = threading.Lock()
         twin._record = self._copied()
@@ -128,9 +128,9 @@ class _Mac(Hash):
 def gostr3411(
     data: ReadableBuffer = b"", *, parameters: Union[str, bytes, HashParameters, SBoxes] = "CryptoPro"
 ) -> Hash:
-    """The hash GOST R 34.11-94: 32 bytes, least significant first, as programs print it.
+    """Compute GOST R 34.11-94: 32 bytes, least significant first, as most programs print them.
 
-    `parameters` is a parameter set, its name ("CryptoPro", "test") or object identifier, or S-boxes of your own.
+    `parameters` is a parameter set, its name ("CryptoPro", "test") or object identifier, or custom S-boxes.
 
     >>> gostr3411(b"abc").hexdigest()
     'b285056dbf18d7392d7677369524dd14747459ed8143997e163b2986f92fd42c'
@@ -144,7 +144,7 @@ def gostr3411(
 
 
 def sha1(data: ReadableBuffer = b"") -> Hash:
-    """SHA-1, for what still asks for it: it does not resist collisions.
+    """Compute SHA-1. Use it only for older formats that require it: it is not collision-resistant.
 
     >>> sha1(b"abc").hexdigest()
     'a9993e364706816aba3e25717850c26c9cd0d89d'
@@ -157,7 +157,7 @@ def sha1(data: ReadableBuffer = b"") -> Hash:
 def hmac(
     key: ReadableBuffer, data: ReadableBuffer = b"", *, parameters: Union[str, bytes, HashParameters] = "CryptoPro"
 ) -> Hash:
-    """HMAC (RFC 2104) with GOST R 34.11-94. The key may have any length. Compare MACs with `hmac.compare_digest`.
+    """Compute HMAC (RFC 2104) with GOST R 34.11-94, under a key of any length. Compare MACs with `hmac.compare_digest`.
 
     >>> hmac(bytes(range(32)), bytes.fromhex("0126bdb87800af214341456563780100"), parameters="test").hexdigest()
     'bfebe25f051bfef6ac858babb0abc409bfd2e334ab847bc0b0d056517c7d94c5'
@@ -177,10 +177,12 @@ def mac(
     key_meshing: bool | None = None,
     iv: ReadableBuffer | None = None,
 ) -> Hash:
-    """The MAC of GOST 28147-89 under a key of 32 bytes: 8 bytes, of which usually the first 4 are used.
+    """Compute the MAC of GOST 28147-89 under a key of 32 bytes: 8 bytes, of which most formats use the first 4.
 
-    `iv` is the state to start from, 8 bytes, zeros where it is None. A message is padded with zeros to whole blocks, so
-    those that differ in zeros at the end have the same MAC; see that lengths are known otherwise.
+    `iv` is the initial state, 8 bytes; None means zeros.
+
+    Warning: the message is padded with zeros to whole blocks, so messages that differ only in trailing zeros have the
+    same MAC. Authenticate the length too, or use messages of a fixed length.
 
     >>> key = bytes.fromhex("9d05b79e90cad00a2cdad22ef4e86f5cf5dc37681985b3bfaa18c1c3050a91a2")
     >>> mac(key, bytes.fromhex("b5a1f0e3ce2f021d676194345c41e36e")).digest()[:4].hex()
@@ -199,7 +201,7 @@ def pbkdf2(
     *,
     parameters: Union[str, bytes, HashParameters] = "CryptoPro",
 ) -> bytes:
-    """PBKDF2 (RFC 8018) with HMAC GOST R 34.11-94: a key of 32 bytes. The salt may not be empty.
+    """Derive a key of 32 bytes with PBKDF2 (RFC 8018) and HMAC GOST R 34.11-94. The salt must not be empty.
 
     >>> pbkdf2(b"password", b"salt", 1).hex()
     '7314e7c04fb2e662c543674253f68bd0b73445d07f241bed872882da21662d58'
@@ -218,10 +220,10 @@ def pbkdf2(
 
 
 def pkcs12(password: str | ReadableBuffer, salt: ReadableBuffer, iterations: int, purpose: int, size: int) -> bytes:
-    """The key derivation of PKCS #12 (RFC 7292, appendix B) with GOST R 34.11-94, parameter set CryptoPro.
+    """Derive bytes with PKCS #12 (RFC 7292, appendix B) and GOST R 34.11-94, parameter set CryptoPro.
 
-    A password that is a text is encoded as PKCS #12 wants it; bytes are taken as they are. `purpose` is 1 for a key, 2
-    for an IV, 3 for the key of a MAC. Up to 32 bytes are those of the RFC; what is longer is this library's own.
+    A `str` password is encoded as PKCS #12 requires; bytes are used unchanged. `purpose` is 1 for a key, 2 for an IV, 3
+    for a MAC key. Results of up to 32 bytes follow the RFC; longer ones are specific to this library.
 
     >>> pkcs12("foo123", bytes.fromhex("05b75585c9cc9a58"), 2048, 3, 32).hex()
     'ce172262f17632a5a65ab96349922f24f2a05af7720bba5f4b68a6e7c4c0c295'
@@ -235,7 +237,7 @@ def pkcs12(password: str | ReadableBuffer, salt: ReadableBuffer, iterations: int
     if not 1 <= index(size) < 1 << 31:
         raise ValueError(f"the size must be from 1 to {(1 << 31) - 1}")
     if purpose not in (1, 2, 3):
-        raise ValueError("the purpose must be 1 (key), 2 (IV) or 3 (key of a MAC)")
+        raise ValueError("the purpose must be 1 (key), 2 (IV) or 3 (MAC key)")
     der = _built_in("CryptoPro")
     out = (ctypes.c_char * size)()
     try:
@@ -248,10 +250,10 @@ def pkcs12(password: str | ReadableBuffer, salt: ReadableBuffer, iterations: int
 
 
 def _built_in(parameters: Union[str, bytes, HashParameters]) -> bytes:
-    """The identifier of a parameter set that the library knows: it takes nothing else here."""
+    """Return the DER identifier of a built-in parameter set. These functions accept no custom S-boxes."""
     return hash_parameters(parameters).der
 
 
 def _positive(iterations: int) -> None:
     if not 1 <= index(iterations) < 1 << 64:
-        raise ValueError("the iterations must be 1 or more")
+        raise ValueError("iterations must be 1 or more")

@@ -18,13 +18,13 @@ if TYPE_CHECKING:
 
 _Digits = ctypes.c_uint32 * 9
 
-#: What names the S-boxes of the hash that is signed.
+#: Parameters of the hash: a parameter set, its name or object identifier, or S-boxes.
 AnyHash = Union[str, bytes, HashParameters, SBoxes]
 
-#: A source of random bytes: takes a count, returns as many. None is the operating system's.
+#: A source of random bytes: takes a count and returns as many bytes. None selects the operating system's source.
 Random = Optional[Callable[[int], bytes]]
 
-# The C library's own function has the type that is asked for, so secrets do not pass through objects of Python.
+# getentropy() of the C library has the type of an RND_FUNC, so random bytes never pass through Python objects.
 _SYSTEM = _c.RND_FUNC(("getentropy", ctypes.CDLL(None)))
 
 
@@ -32,10 +32,10 @@ _HASH_OID = bytes.fromhex("06072a850302021e01")  # id-GostR3411-94-CryptoProPara
 
 
 def _system(buffer: Any, size: int) -> None:
-    """Fill a buffer from the operating system. A source that is stuck is an error, as one that fails."""
+    """Fill a buffer with the operating system's random numbers. Raise Error if the source fails or is stuck."""
     again = (ctypes.c_ubyte * 16)()
     for start, end in ((buffer, size), (again, 16)):
-        for done in range(0, end, 256):  # as many as one call gives
+        for done in range(0, end, 256):  # the limit of one call
             if _SYSTEM(ctypes.addressof(start) + done, min(256, end - done)) != 0:
                 raise _c.Error("getentropy", -3)
     drawn = (ctypes.c_ubyte * size).from_buffer(buffer)
@@ -51,8 +51,7 @@ def _system(buffer: Any, size: int) -> None:
 class _Hedge:
     """Nonces from the private key, the digest and fresh random bytes: RFC 6979, section 3.6, with HMAC GOST R 34.11-94.
 
-    The key enters under a random mask, and every nonce leaves under one, so that the look-ups of the hash, whose
-    addresses depend on what is hashed, tell nothing of either.
+    The table look-ups of the hash depend on its input. Random masks on the key and on every nonce keep both secret.
     """
 
     def __init__(self, record: _c.EcParamSet, digest: bytes, number: Any) -> None:
@@ -71,7 +70,8 @@ class _Hedge:
 
     def _mac(self, data: Any, out: Any) -> None:
         size, mac = ctypes.c_uint32(), (ctypes.c_ubyte * 32)()
-        _c.lib.GOSTR3411_HMAC(_HASH_OID, len(_HASH_OID), data, ctypes.sizeof(data), self._key, 32, mac, ctypes.byref(size))
+        length, written = ctypes.sizeof(data), ctypes.byref(size)
+        _c.lib.GOSTR3411_HMAC(_HASH_OID, len(_HASH_OID), data, length, self._key, 32, mac, written)
         ctypes.memmove(out, mac, 32)
         wipe(mac)
 
@@ -99,15 +99,16 @@ class _Hedge:
 
 
 class InvalidSignature(_c.Error):
-    """The signature is not that of the message under the key."""
+    """The signature is not valid for the message and the key."""
 
-    def __str__(self) -> str:
-        return "the signature is not that of the message under this key"
+    def __init__(self, function: str = "ecVerify", code: int = -1) -> None:
+        super().__init__(function, code)
+        self.args = ("the signature is not valid for this message and key",)
 
 
 @contextmanager
 def _random(source: Random | _Hedge) -> Iterator[Any]:
-    """A random source as the library takes it. What the source raises comes out at the end."""
+    """Wrap a random source for the library. An exception of the source is raised again at the end."""
     raised = list[BaseException]()
 
     def fill(buffer: int, size: int) -> int:
@@ -138,7 +139,7 @@ def _digits(number: int) -> Any:
 
 
 def _on_curve(record: _c.EcParamSet, point: _c.EcPoint) -> bool:
-    """Whether a point is one of the curve, and not that at infinity."""
+    """Return whether a point is on the curve, and not the point at infinity."""
     reduced = all(_c.lib.mpCompare(number, record.p, 9) < 0 for number in (point.x, point.y))
     if not reduced or _c.lib.epIsZero(point):
         return False
@@ -153,7 +154,7 @@ def _on_curve(record: _c.EcParamSet, point: _c.EcPoint) -> bool:
 class Curve:
     """A curve y^2 = x^3 + ax + b modulo p with a base point (x, y) of order q: a built-in one, or your own.
 
-    Your own have at most 256 bits. Whether p and q are primes is not checked.
+    p and q have at most 256 bits. The constructor does not check that they are primes.
 
     >>> curve("A").q.bit_length()
     256
@@ -165,9 +166,9 @@ class Curve:
     q: int
     x: int
     y: int
-    name: str = field(default="", compare=False)  #: of a built-in one as RFC 4357 writes it
-    oid: str = field(default="", compare=False)  #: dotted
-    der: bytes = field(default=b"", compare=False)  #: the object identifier's DER encoding
+    name: str = field(default="", compare=False)  #: name in RFC 4357, if built in
+    oid: str = field(default="", compare=False)  #: object identifier in dotted notation
+    der: bytes = field(default=b"", compare=False)  #: object identifier in DER
 
     def __post_init__(self) -> None:
         p, q, *others = map(index, (self.p, self.q, self.a, self.b, self.x, self.y))
@@ -194,12 +195,12 @@ class Curve:
 
     @property
     def _record(self) -> _c.EcParamSet:
-        """The library's form of it."""
+        """The parameter record of the library."""
         record: _c.EcParamSet = self.__dict__["_set"]
         return record
 
     def __repr__(self) -> str:
-        return f"<Curve {self.name or 'of your own'}>"
+        return f"<Curve {self.name or 'custom'}>"
 
 
 #: The built-in curves: Test, CryptoPro-A, -B, -C, -XchA (that of A), -XchB (that of C).
@@ -208,7 +209,7 @@ _CURVES = by_name(CURVES)
 
 
 def curve(wanted: str | bytes | Curve) -> Curve:
-    """A built-in curve by its name, its dotted object identifier, or that in DER.
+    """Find a built-in curve by its name or object identifier, in dotted notation or in DER.
 
     >>> curve("1.2.643.2.2.36.0")
     <Curve id-GostR3410-2001-CryptoPro-XchA-ParamSet>
@@ -216,22 +217,22 @@ def curve(wanted: str | bytes | Curve) -> Curve:
     return wanted if isinstance(wanted, Curve) else find(_CURVES, wanted, "curve")
 
 
-_curve = curve  # for functions with a parameter of that name
+_curve = curve  # for functions whose parameter `curve` hides it
 
 
 class PublicKey:
-    """A point that verifies the signatures of its private key.
+    """A public key: verifies signatures.
 
     >>> private = PrivateKey.generate()
     >>> signature = private.sign(b"message")
     >>> private.public_key.verify(signature, b"message")
     >>> private.public_key.verify(signature, b"another message")
     Traceback (most recent call last):
-    vrx.InvalidSignature: the signature is not that of the message under this key
+    vrx.InvalidSignature: the signature is not valid for this message and key
     """
 
     def __init__(self, octets: ReadableBuffer, curve: str | bytes | Curve = "CryptoPro-A") -> None:
-        """From 64 bytes: x, then y, each least significant byte first, as in RFC 4491."""
+        """Create a key from 64 bytes: x, then y, each least significant byte first, as in RFC 4491."""
         point = _c.EcPoint()
         _c.lib.ecLoadPublicKeyValue(Octets(octets, "the public key", 64).pointer, point)
         self._set_up(point, curve)
@@ -240,23 +241,23 @@ class PublicKey:
         self.curve = curve(wanted)
         self._point = point
         if not _on_curve(self.curve._record, point):
-            raise ValueError("the public key is not a point of the curve")
+            raise ValueError("the public key is not a point on the curve")
 
     @classmethod
     def from_numbers(cls, x: int, y: int, curve: str | bytes | Curve = "CryptoPro-A") -> PublicKey:
-        """From the numbers x and y."""
+        """Create a key from the coordinates x and y."""
         if not (0 <= index(x) < 1 << 256 and 0 <= index(y) < 1 << 256):
             raise ValueError("x and y must be numbers of at most 256 bits")
         return cls(x.to_bytes(32, "little") + y.to_bytes(32, "little"), curve)
 
     @property
     def x(self) -> int:
-        """The point's x."""
+        """The x-coordinate."""
         return _number(self._point.x)
 
     @property
     def y(self) -> int:
-        """The point's y."""
+        """The y-coordinate."""
         return _number(self._point.y)
 
     def __bytes__(self) -> bytes:
@@ -266,23 +267,20 @@ class PublicKey:
         return octets.raw
 
     def verify(self, signature: ReadableBuffer, message: ReadableBuffer, *, parameters: AnyHash = "CryptoPro") -> None:
-        """Raise InvalidSignature where the 64 bytes are not the signature of the message.
+        """Raise InvalidSignature unless the signature, 64 bytes, is valid for the message.
 
-        `parameters` belong to the hash, GOST R 34.11-94.
+        `parameters` belong to the hash, GOST R 34.11-94. A signature with r or s outside of 1 to q - 1 is invalid.
         """
         self.verify_digest(signature, gostr3411(message, parameters=parameters).digest())
 
     def verify_digest(self, signature: ReadableBuffer, digest: ReadableBuffer) -> None:
-        """Raise InvalidSignature where the 64 bytes are not the signature of a digest of 32 bytes.
-
-        Both numbers must be from 1 to q - 1 (RFC 5832, section 6.2), so no second form of a signature is valid.
-        """
+        """Raise InvalidSignature unless the signature, 64 bytes, is valid for a digest of 32 bytes."""
         record = _c.EcSignature()
         _c.lib.ecLoadSignValue(Octets(signature, "the signature", 64).pointer, record)
         words = copied(digest, "the digest", 32)
-        order = _number(self.curve._record.q)
-        if not all(0 < _number(number) < order for number in (record.r, record.s)):
-            raise InvalidSignature("ecVerify", -1)
+        # ecVerify() also accepts s + q; RFC 5832, section 6.2, does not.
+        if not all(0 < _number(number) < self.curve.q for number in (record.r, record.s)):
+            raise InvalidSignature
         try:
             _c.lib.ecVerify(self.curve._record, words, self._point, record)
         except _c.Error as failure:
@@ -299,7 +297,7 @@ class PublicKey:
 
 
 class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
-    """A private key: signs, and agrees on keys. It is wiped when it is closed or collected.
+    """A private key: signs, and agrees on keys. It is wiped when the object is closed or collected.
 
     >>> alice, bob = PrivateKey.generate("XchA"), PrivateKey.generate("XchA")
     >>> ukm = b"\\1" * 8
@@ -308,7 +306,7 @@ class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
     """
 
     def __init__(self, octets: ReadableBuffer, curve: str | bytes | Curve = "CryptoPro-A") -> None:
-        """From 32 bytes, least significant first, as in RFC 4491: a number from 1 to q - 1."""
+        """Create a key from 32 bytes, least significant first, as in RFC 4491: a number from 1 to q - 1."""
         number = _Digits()
         super().__init__(number)
         _c.lib.ecLoadPrivateKeyValue(Octets(octets, "the private key", 32).pointer, number)
@@ -326,7 +324,7 @@ class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
 
     @classmethod
     def generate(cls, curve: str | bytes | Curve = "CryptoPro-A", *, random: Random = None) -> PrivateKey:
-        """A new key, from the operating system's random source or another one."""
+        """Generate a key, with the operating system's random numbers or those of another source."""
         key, number = cls.__new__(cls), _Digits()
         Secret.__init__(key, number)
         with _random(random) as source:
@@ -336,11 +334,11 @@ class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
 
     @property
     def public_key(self) -> PublicKey:
-        """The public key. It stays usable when the private key is closed."""
+        """The public key. It stays usable after the private key is closed."""
         return self._public_key
 
     def __bytes__(self) -> bytes:
-        """The 32 bytes that the constructor takes. Bytes of Python cannot be wiped: keep them short-lived."""
+        """The 32 bytes that the constructor takes. Python cannot wipe bytes objects: discard them soon."""
         octets = (ctypes.c_char * 32)()
         try:
             with self._lock:
@@ -359,9 +357,9 @@ class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
     def sign_digest(self, digest: ReadableBuffer, *, random: Random = None) -> bytes:
         """Sign a digest of 32 bytes.
 
-        Without `random` the nonce is hedged: made from the key, the digest and the system's random bytes, so that no
-        source that repeats itself gives the key away. The signature is verified before it is returned. The numbers of
-        another source are the nonces themselves.
+        Without `random` the nonce is hedged: it depends on the key, the digest and the system's random numbers, so a
+        repeating random source does not reveal the key. The signature is verified before it is returned. With `random`
+        the numbers of that source are the nonces, without hedging.
         """
         words, record, octets = copied(digest, "the digest", 32), _c.EcSignature(), (ctypes.c_char * 64)()
         with self._lock:
@@ -380,9 +378,9 @@ class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
     def agree(
         self, peer: PublicKey, ukm: ReadableBuffer, *, parameters: str | bytes | HashParameters = "CryptoPro"
     ) -> bytes:
-        """Agree on a key of 32 bytes (VKO, RFC 4357, section 5.2). Both sides come to the same.
+        """Agree on a key of 32 bytes (VKO, RFC 4357, section 5.2). Both sides get the same key.
 
-        `ukm` is 8 bytes, not all zero, which both sides know. `parameters` belong to the hash, GOST R 34.11-94.
+        `ukm` is 8 public bytes, not all zero, the same on both sides. `parameters` belong to the hash, GOST R 34.11-94.
         """
         if not isinstance(peer, PublicKey):
             raise TypeError(f"the peer must be a PublicKey, not {type(peer).__name__}")
@@ -390,7 +388,7 @@ class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
             raise ValueError("both keys must be on the same curve")
         material = copied(ukm, "the UKM", 8)
         if not any(material):
-            raise ValueError("the UKM must not be all zero")
+            raise ValueError("the UKM must not be all zeros")
         der = hash_parameters(parameters).der
         kek = (ctypes.c_char * 32)()
         try:

@@ -1,4 +1,4 @@
-"""Bytes on their way into the library and out of it, and records that forget what they held."""
+"""Arguments and result buffers of the library, and records that are wiped."""
 
 from __future__ import annotations
 
@@ -9,13 +9,13 @@ from typing import TYPE_CHECKING, Any, Generic, Iterator, NoReturn, TypeVar
 if TYPE_CHECKING:
     from _typeshed import ReadableBuffer, WriteableBuffer
 
-# Lengths are 32-bit numbers in the library: what is longer goes there in pieces. A multiple of every block.
+# The library takes 32-bit lengths, so longer data is passed in pieces: a multiple of every block size.
 PIECE = 1 << 30
 
 Record = TypeVar("Record", bound="ctypes.Structure | ctypes.Array[Any]")
 Self = TypeVar("Self", bound="Secret[Any]")
 
-# A new bytes object whose contents are still to be written. Nobody else sees it before they are.
+# Creates a bytes object with undefined contents. The caller writes them before the object is used elsewhere.
 new_bytes = ctypes.PYFUNCTYPE(ctypes.py_object, ctypes.c_void_p, ctypes.c_ssize_t)(
     ("PyBytes_FromStringAndSize", ctypes.pythonapi)
 )
@@ -24,8 +24,7 @@ new_bytes = ctypes.PYFUNCTYPE(ctypes.py_object, ctypes.c_void_p, ctypes.c_ssize_
 class Octets:
     """The bytes of a bytes-like object: `pointer`, as ctypes takes it, and `size`.
 
-    Bytes and writable buffers are used where they lie, and a buffer cannot be resized meanwhile; of read-only views a
-    copy is made.
+    Bytes and writable buffers are not copied; read-only views are. A buffer cannot be resized while it is in use.
     """
 
     __slots__ = ("pointer", "size", "_held")
@@ -46,13 +45,13 @@ class Octets:
 
 
 def copied(source: ReadableBuffer, what: str, size: int) -> bytes:
-    """An argument of a fixed size as bytes: aligned, and nobody else changes them."""
+    """Return an argument of a fixed size as bytes: aligned, and not shared with a writable buffer."""
     Octets(source, what, size)
     return bytes(source)
 
 
 def argument(source: ReadableBuffer, what: str, least: int = 0) -> Octets:
-    """The bytes of an argument whose length may vary."""
+    """Return the bytes of an argument of variable length."""
     octets = Octets(source, what)
     if not least <= octets.size <= PIECE:
         raise ValueError(f"{what} must be {least} to {PIECE} bytes long, not {octets.size}")
@@ -60,7 +59,7 @@ def argument(source: ReadableBuffer, what: str, least: int = 0) -> Octets:
 
 
 class Room(Octets):
-    """A writable buffer for results, and its address."""
+    """A writable buffer for results, with its address."""
 
     __slots__ = ("address",)
 
@@ -69,7 +68,7 @@ class Room(Octets):
             raise TypeError(f"{what} must be writable")
         super().__init__(target, what)
         if not self.size:
-            # To the library NULL is a question about the size.
+            # The library takes NULL as a query for the size.
             self._held = ctypes.c_char()
             self.pointer = ctypes.addressof(self._held)
         assert isinstance(self.pointer, int)
@@ -82,12 +81,12 @@ def _view(source: ReadableBuffer, what: str) -> memoryview:
     except TypeError:
         raise TypeError(f"{what} must be bytes-like, not {type(source).__name__}") from None
     if not view.c_contiguous:
-        raise ValueError(f"{what} must lie in one piece of memory")
+        raise ValueError(f"{what} must be contiguous in memory")
     return view
 
 
 def pieces(source: ReadableBuffer, what: str) -> Iterator[Octets]:
-    """The bytes in pieces that the library can take, none of them empty."""
+    """Yield the bytes in pieces of at most PIECE bytes, none of them empty."""
     whole = Octets(source, what)
     if whole.size <= PIECE:
         if whole.size:
@@ -99,7 +98,7 @@ def pieces(source: ReadableBuffer, what: str) -> Iterator[Octets]:
 
 
 def overlap(a: Octets, b: Octets) -> bool:
-    """Whether two buffers share memory. Bytes share none with a buffer."""
+    """Return whether two buffers share memory. A bytes object never does."""
     if isinstance(a.pointer, bytes) or isinstance(b.pointer, bytes):
         return False
     return a.pointer < b.pointer + b.size and b.pointer < a.pointer + a.size
@@ -111,10 +110,10 @@ def wipe(record: ctypes.Structure | ctypes.Array[Any]) -> None:
 
 
 class Secret(Generic[Record]):
-    """An object around a record of the library that is zeroed when it is closed, left as a context, or collected.
+    """An object with a record of the library.
 
-    One thread at a time is inside: the lock is held around every call with the record, as these calls let other threads
-    run.
+    The record is zeroed on close(), at the end of a `with` block, or when the object is collected. Calls of the library
+    release the global interpreter lock, so a lock of the object is held around every call that uses the record.
     """
 
     _record: Record | None = None
@@ -124,13 +123,13 @@ class Secret(Generic[Record]):
         self._record = record
 
     def _open(self) -> Record:
-        """The record. The lock is to be held."""
+        """Return the record. The caller holds the lock."""
         if self._record is None:
             raise ValueError(f"this {type(self).__name__} is closed")
         return self._record
 
     def close(self) -> None:
-        """Wipe what is secret. Nothing else can be done with the object afterwards; closing it again is fine."""
+        """Wipe the record. The object cannot be used afterwards; closing it again has no effect."""
         with self._lock:
             self._wipe()
 

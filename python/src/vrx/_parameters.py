@@ -1,4 +1,4 @@
-"""S-boxes, and the parameter sets of RFC 4357: what a name or an object identifier means."""
+"""S-boxes, and the parameter sets of RFC 4357 by name or object identifier."""
 
 from __future__ import annotations
 
@@ -16,7 +16,7 @@ if TYPE_CHECKING:
 
 
 class Mode(enum.Enum):
-    """A mode of the cipher. Its value is the library's name for it.
+    """A mode of the cipher. The value is its name in the library.
 
     >>> Mode("gfb")
     <Mode.CFB: 'gfb'>
@@ -29,17 +29,17 @@ class Mode(enum.Enum):
 
     @property
     def number(self) -> int:
-        """The library's number for it."""
+        """The number of the mode in the library."""
         return list(Mode).index(self) + 1
 
     @property
     def whole_blocks(self) -> bool:
-        """Whether a message must be a multiple of 8 bytes long."""
+        """Whether the length of a message must be a multiple of 8 bytes."""
         return self in (Mode.ECB, Mode.CBC)
 
 
 class SBoxes:
-    """Eight 4-bit S-boxes, ready for the cipher and the hash: those of a parameter set, or your own.
+    """Eight 4-bit S-boxes for the cipher and the hash: those of a parameter set, or your own.
 
     >>> boxes = SBoxes.from_rows([range(16)] * 8)
     >>> bytes(boxes)[:8].hex()
@@ -49,7 +49,7 @@ class SBoxes:
     """
 
     def __init__(self, octets: ReadableBuffer) -> None:
-        """From 64 bytes: byte 4i + m holds the outputs of S-boxes 2m (low nibble) and 2m + 1 (high) for the input i."""
+        """Create them from 64 bytes: byte 4i + m holds the outputs of S-box 2m (low nibble) and 2m + 1 for input i."""
         self._table = _c.vrx_tz()
         _c.lib.vrx_crpt_deploy_TZ(Octets(octets, "the S-boxes", 64).pointer, self._table)
 
@@ -61,23 +61,23 @@ class SBoxes:
 
     @classmethod
     def from_text(cls, text: str) -> SBoxes:
-        """From 128 hexadecimal digits: 16 rows, each with the outputs of all S-boxes for one input."""
+        """Create them from 128 hexadecimal digits: 16 rows, each with the outputs of all S-boxes for one input."""
         if not isinstance(text, str):
-            raise TypeError(f"the S-boxes must be a text, not {type(text).__name__}")
+            raise TypeError(f"the S-boxes must be a str, not {type(text).__name__}")
         if not re.fullmatch("[0-9A-Fa-f]{128}", text):
             raise ValueError("the S-boxes must be 128 hexadecimal digits")
         return cls.from_der(bytes.fromhex(text))
 
     @classmethod
     def from_der(cls, octets: ReadableBuffer) -> SBoxes:
-        """From 64 bytes in the order of RFC 4357, section 11.1: both nibbles of every byte the other way round."""
+        """Create them from 64 bytes as in RFC 4357, section 11.1, where the nibbles of every byte are swapped."""
         numeric = bytearray(copied(octets, "the S-boxes", 64))
         _c.lib.vrx_crpt_swap_num_TZ(Octets(numeric, "the S-boxes").pointer)
         return cls(numeric)
 
     @classmethod
     def from_rows(cls, rows: Sequence[Iterable[int]]) -> SBoxes:
-        """From eight rows, K1 to K8 of the standards, each with the 16 outputs of an S-box."""
+        """Create them from eight rows, K1 to K8 in the standards, each with the 16 outputs of one S-box."""
         values = [list(row) for row in rows]
         if len(values) != 8 or any(len(row) != 16 or not all(0 <= v <= 15 for v in row) for row in values):
             raise ValueError("the S-boxes must be eight rows of 16 numbers from 0 to 15")
@@ -85,7 +85,7 @@ class SBoxes:
 
     def __bytes__(self) -> bytes:
         """The 64 bytes that the constructor takes."""
-        # Entry x of table k is two outputs for the nibbles of x, moved to byte k and then rotated left by 11 bits.
+        # Entry x of table k: the outputs for both nibbles of x, shifted to byte k, then rotated left by 11 bits.
         entries = ((k, self._table.t[k][0x11 * i]) for i in range(16) for k in range(4))
         return bytes((entry >> 11 | entry << 21) >> 8 * k & 255 for k, entry in entries)
 
@@ -116,9 +116,9 @@ class SBoxes:
 class HashParameters:
     """A parameter set of GOST R 34.11-94."""
 
-    name: str  #: as RFC 4357 writes it
-    oid: str  #: dotted
-    der: bytes  #: the object identifier's DER encoding
+    name: str  #: name in RFC 4357
+    oid: str  #: object identifier in dotted notation
+    der: bytes  #: object identifier in DER
     sboxes: SBoxes
 
 
@@ -126,16 +126,16 @@ class HashParameters:
 class CipherParameters:
     """A parameter set of GOST 28147-89."""
 
-    name: str  #: as RFC 4357 writes it
-    oid: str  #: dotted
-    der: bytes  #: the object identifier's DER encoding
+    name: str  #: name in RFC 4357
+    oid: str  #: object identifier in dotted notation
+    der: bytes  #: object identifier in DER
     sboxes: SBoxes
-    mode: Mode  #: the mode for data
-    key_meshing: bool  #: whether the key is changed after every 1024 bytes
+    mode: Mode  #: default mode
+    key_meshing: bool  #: whether the key changes after every 1024 bytes
 
 
 def identifiers(record: Any, length: int) -> tuple[str, bytes]:
-    """The object identifier of a record, dotted and in DER."""
+    """Return the object identifier of a record in dotted notation and in DER."""
     return record.str_oid.decode(), ctypes.string_at(record.oid, length)
 
 
@@ -161,9 +161,9 @@ Named = TypeVar("Named", bound=Any)
 
 
 def by_name(known: Sequence[Named], nicknames: Sequence[str] = ()) -> dict[str | bytes, Named]:
-    """The known by their names in lower case, their dotted identifiers and those in DER.
+    """Index objects by their names in lower case, and by their object identifiers in dotted notation and in DER.
 
-    The parts that all names share may be left out: CryptoPro-A and A are id-Gost28147-89-CryptoPro-A-ParamSet.
+    The common parts of names are optional: CryptoPro-A and A mean id-Gost28147-89-CryptoPro-A-ParamSet.
     """
     index: dict[str | bytes, Named] = {}
     for one, nickname in zip(known, nicknames or [one.name for one in known]):
@@ -175,7 +175,7 @@ def by_name(known: Sequence[Named], nicknames: Sequence[str] = ()) -> dict[str |
 
 
 def find(index: dict[str | bytes, Named], wanted: str | bytes, what: str) -> Named:
-    """The one that is wanted. Upper and lower case are the same."""
+    """Look up a name or an object identifier. Names are case-insensitive."""
     if not isinstance(wanted, (str, bytes)):
         raise TypeError(f"the {what} must be a name, an object identifier or a {what}")
     name: str | bytes = wanted.lower() if isinstance(wanted, str) else wanted
@@ -189,7 +189,7 @@ _CIPHER_PARAMETERS = by_name(CIPHER_PARAMETERS, ["test", "A", "B", "C", "D", "0S
 
 
 def hash_parameters(wanted: str | bytes | HashParameters) -> HashParameters:
-    """A hash parameter set by its name, its dotted object identifier, or that in DER.
+    """Find a hash parameter set by its name or object identifier, in dotted notation or in DER.
 
     >>> hash_parameters("CryptoPro").oid
     '1.2.643.2.2.30.1'
@@ -198,7 +198,7 @@ def hash_parameters(wanted: str | bytes | HashParameters) -> HashParameters:
 
 
 def cipher_parameters(wanted: str | bytes | CipherParameters) -> CipherParameters:
-    """A cipher parameter set by its name, its dotted object identifier, or that in DER.
+    """Find a cipher parameter set by its name or object identifier, in dotted notation or in DER.
 
     >>> a = cipher_parameters("1.2.643.2.2.31.1")
     >>> a.name, a.mode, a.key_meshing
@@ -220,7 +220,7 @@ _TABLES = dict(
 
 
 def sboxes(name: str) -> SBoxes:
-    """The built-in S-boxes: "tz_test", "tz_a" to "tz_d" of the cipher, "tz_0" and "tz_1" of the hash.
+    """Find built-in S-boxes: "tz_test" and "tz_a" to "tz_d" of the cipher, "tz_0" and "tz_1" of the hash.
 
     >>> sboxes("tz_a") == cipher_parameters("A").sboxes
     True
