@@ -34,7 +34,7 @@ class Machine:
         return self.about["chosen"][program]
 
     def speed(self, ours, theirs):
-        """How many times as fast the row `ours` is as `theirs`; None where one is missing."""
+        """The speed-up of the row `ours` over `theirs`, or None if one is missing."""
         a, b = self.rows.get(ours, {}), self.rows.get(theirs, {})
         for unit, order in (("ratio", 1), ("MB/s", 1), ("us", -1)):
             if unit in a and unit in b:
@@ -42,7 +42,7 @@ class Machine:
         return None
 
     def best_peer(self, ours, pattern, without=()):
-        """(how many times as fast, peer) beside the fastest peer, whose name stands for {} in the pattern."""
+        """(speed-up, name) for the fastest peer. The pattern has {} in place of the peer's name."""
         found = [(speed, PEERS[peer]) for peer in PEERS if peer not in without
                  and (speed := self.speed(ours, pattern.format(peer))) is not None]
         return min(found, default=None)
@@ -52,7 +52,7 @@ class Machine:
                       if key.startswith(prefix) and re.fullmatch(r"\d+", key[len(prefix):]) and "MB/s" in row)
 
     def comparisons(self):
-        """(group, work, speed-up, fastest peer), for everything that was measured here and with a peer."""
+        """Yields (group, operation, speed-up, fastest peer) for every operation that was also measured with a peer."""
         cipher, hashes = self.chosen("modes"), self.chosen("gostr3411")
         for work, text in WORKS.items():
             without = OTHER_COUNTER if work == "counter" else ()
@@ -101,7 +101,7 @@ def machines_table(machines):
 
 
 def best_table(machines, groups, losing=False):
-    """The fastest peer and the speed-up, on each machine."""
+    """A table: the fastest peer and the speed-up on each machine."""
     compared = [{text: best for group, text, best in machine.comparisons() if group in groups and best}
                 for machine in machines]
     texts = list(dict.fromkeys(text for of_machine in compared for text in of_machine))
@@ -121,7 +121,7 @@ def best_table(machines, groups, losing=False):
 
 
 def peers_table(machine):
-    """MB/s of everybody at 64 KiB, and microseconds of an operation on a curve."""
+    """Tables: MB/s of all libraries at 64 KiB, and microseconds of each curve operation."""
     names = {key: text for key, text in PEERS.items() if key != "openssl"}
     rows = []
     for work, text in WORKS.items():
@@ -171,7 +171,7 @@ def per_machine(machines, make):
 
 
 def summary(machines):
-    """What the README says: speed-ups over the fastest peer, as a range over its rows."""
+    """The summary in the README: the range of speed-ups over the fastest peer."""
     groups = {"parallel": "ECB, counter mode, decryption in CBC and CFB (64 KiB)",
               "chained": "encryption in CBC and CFB, MAC (64 KiB)", "hash": "hash, HMAC, PBKDF2",
               "sign": "signing", "verify": "verification", "sha1": "SHA-1"}

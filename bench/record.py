@@ -48,7 +48,7 @@ def report(program, pattern, runs):
 
 
 def figures(row):
-    """What a row says: MB/s and the ratio to its baseline, or microseconds."""
+    """The figures of a row: MB/s and the ratio to its baseline, or microseconds."""
     if "ratio" in row:
         return {unit: row[unit] for unit in ("MB/s", "ratio") if unit in row}
     if "bytes_per_second" in row:
@@ -74,7 +74,7 @@ def main():
                     continue
                 if row["run_type"] == "iteration" and row.get("repetitions", 1) > 1:
                     continue
-                # Google Benchmark appends settings to the names; rows of curves are told apart from digests.
+                # Remove settings that Google Benchmark appends to names; they also tell rows of curves from digests.
                 key = re.sub(r"/(iterations|manual_time).*", "", row["run_name"])
                 key = ("ecc/" if name == "ecc" else "") + key
                 seen.setdefault(key, []).append(figures(row))

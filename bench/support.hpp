@@ -1,4 +1,4 @@
-// A row that times its baseline in turn with what it measures, so that both see the same machine.
+// Rows that time a function and its baseline in turn, so that the load of the machine affects both alike.
 #ifndef VRX_BENCH_SUPPORT_HPP
 #define VRX_BENCH_SUPPORT_HPP
 
@@ -14,7 +14,7 @@ namespace bench {
 
 using Job = std::function<void()>;
 
-/** Seconds that this thread has run: what others take of the processor does not count. */
+/** CPU seconds of this thread; other processes do not count. */
 inline double clock() {
     timespec t{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
@@ -33,9 +33,9 @@ inline double median(std::vector<double> samples) {
     return *middle;
 }
 
-/** Reports the speed of `job` and, as `ratio`, how many times as long `baseline` takes: medians of the samples. */
+/** Reports the throughput of `job` and, as `ratio`, its speed-up over `baseline`: medians of the samples. */
 inline void compare(benchmark::State& state, const Job& baseline, const Job& job, std::size_t bytes) {
-    constexpr double sample = 50e-6;  // long beside a look at the clock
+    constexpr double sample = 50e-6;  // long compared with reading the clock
     const auto times = [](const Job& j) { return std::max(1, static_cast<int>(sample / seconds(j, 1))); };
     baseline();
     job();
@@ -52,7 +52,7 @@ inline void compare(benchmark::State& state, const Job& baseline, const Job& job
     state.counters["ratio"] = median(slow) / median(fast);
 }
 
-/** What compiled this and which engine a caller would get, in the head of a report. */
+/** Adds the compiler and the default engine to the head of a report. */
 inline void describe(const std::string& engine) {
     benchmark::AddCustomContext("engine", engine);
 #ifdef __clang__
@@ -66,10 +66,10 @@ inline void add(const std::string& name, std::function<void(benchmark::State&)> 
     benchmark::RegisterBenchmark(name.c_str(), std::move(run))->UseManualTime()->Iterations(samples);
 }
 
-/** As many as give a good median, fewer where each takes long. */
+/** The number of samples: enough for a good median, fewer if one sample takes long. */
 inline int samples(std::size_t bytes) { return bytes < (1U << 20) ? 101 : 21; }
 
-/** A row of a peer that is not there. */
+/** A row for a peer that is not installed. */
 inline void add_missing(const std::string& name, const std::string& package) {
     benchmark::RegisterBenchmark(name.c_str(), [package](benchmark::State& state) {
         state.SkipWithError((package + " is not installed").c_str());

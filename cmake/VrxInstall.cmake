@@ -1,4 +1,4 @@
-# What `cmake --install` puts where, in the components that are packages too: library, development, program.
+# Installation rules for `cmake --install`, in the components library, development and program. Each is also a package.
 include(CMakePackageConfigHelpers)
 
 set(VRX_ZSH_COMPLETION_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING
@@ -27,8 +27,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vrx-config-version.cmake 
 install(FILES ${PROJECT_BINARY_DIR}/vrx-config.cmake ${PROJECT_BINARY_DIR}/vrx-config-version.cmake
   DESTINATION ${package_dir} COMPONENT development)
 
-# The place of vrx.pc says where everything else is, so that an installed tree may be moved. A system's own folders
-# have their plain names, which pkg-config knows to leave out.
+# vrx.pc uses paths relative to itself, so that an installed tree can be moved. For the system's own folders it uses
+# absolute paths, which pkg-config omits from its output.
 if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
   set(VRX_PC_PREFIX /usr)
 else()

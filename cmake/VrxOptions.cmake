@@ -1,4 +1,4 @@
-# Compile and link options shared by the library, the program and the tests, as targets to link against.
+# Interface targets with the compile and link options of the library, the program and the tests.
 
 add_library(vrx_options INTERFACE)
 target_compile_features(vrx_options INTERFACE c_std_11 cxx_std_20)
@@ -17,8 +17,7 @@ if(VRX_SANITIZE)
   target_link_options(vrx_options INTERFACE -fsanitize=${VRX_SANITIZE})
 endif()
 
-# What makes faults harder to turn into attacks: for the library and the program, as they are installed. The sanitizers
-# find the same faults in their own way.
+# Hardening options for the library and the program. Sanitizer builds omit them, because they detect the same faults.
 add_library(vrx_hardening INTERFACE)
 option(VRX_HARDENING "Check stacks, buffer lengths and jumps at run time" ON)
 if(VRX_HARDENING AND NOT VRX_SANITIZE)
@@ -26,16 +25,16 @@ if(VRX_HARDENING AND NOT VRX_SANITIZE)
   check_cxx_compiler_flag(-fcf-protection=full VRX_HAS_CF_PROTECTION)
   target_compile_options(vrx_hardening INTERFACE
     -fstack-protector-strong $<$<BOOL:${VRX_HAS_CF_PROTECTION}>:-fcf-protection=full>
-    # Level 3 takes a fifth of the speed of the cipher on single blocks, level 2 nothing. Without optimisation there is
-    # no effect but a warning.
+    # Level 3 makes the cipher a fifth slower on single blocks; level 2 costs nothing. Without optimisation
+    # _FORTIFY_SOURCE only causes a warning.
     $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
     $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
-  # The start files of some systems are not marked as ready for shadow stacks, though they are.
+  # The start files of some systems support shadow stacks but are not marked for them.
   target_link_options(vrx_hardening INTERFACE $<$<BOOL:${VRX_HAS_CF_PROTECTION}>:LINKER:-z,shstk>)
 endif()
 target_link_options(vrx_hardening INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
 
-# The library counts, whoever runs it.
+# Coverage counts lines of the library, whichever program runs them.
 add_library(vrx_counting INTERFACE)
 option(VRX_COVERAGE "Count the library's executed lines and branches" OFF)
 if(VRX_COVERAGE)

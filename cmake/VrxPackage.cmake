@@ -1,4 +1,4 @@
-# Debian packages, one for each component of the installation: `cpack` in a build folder, or ./dev package.
+# Debian packages, one for each installation component. Run `cpack` in a build folder, or ./dev package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vrx)
 set(CPACK_PACKAGE_CONTACT "the libvrx developers <libvrx@localhost>")
@@ -13,7 +13,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
-# What links against the library asks for a version that is not older.
+# Programs that link to the library depend on at least this version.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
@@ -24,7 +24,7 @@ macro(vrx_package component name section description)
   set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section})
   set(CPACK_DEBIAN_${upper}_DESCRIPTION "${description}")
   set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${ARGN}")
-  # Debian looks for the licence there; nobody else does.
+  # Only Debian expects the licence in this place.
   install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} RENAME copyright
     COMPONENT ${component} EXCLUDE_FROM_ALL)
 endmacro()

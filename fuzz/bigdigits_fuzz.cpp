@@ -1,7 +1,7 @@
-// Every operation of the arithmetic on the same arbitrary operands, against school arithmetic on bytes.
+// Fuzz target: all arithmetic operations on arbitrary operands, compared with schoolbook arithmetic on bytes.
 //
-// Input: a byte for the digit count of u, v and m, one for that of the dividend, one for shifts and short operands;
-// then the digits, as long as there are bytes, afterwards zeros.
+// Input: one byte each for the digit count of u, v and m, for that of the dividend, and for shifts and short operands;
+// then the digits. Missing digits are zeros.
 #include "ecc/bigdigits/slow_integer.hpp"
 #include "fuzz.hpp"
 #include "vrx/bigdigits.h"
@@ -98,7 +98,7 @@ void check_bits(const DigitVector& u, const DigitVector& v, std::uint64_t bit) {
     require(w == DigitVector(n), "mpSetZero");
 }
 
-/** A prime of 32 bits, by trial. */
+/** Returns whether n is prime, by trial division. */
 bool is_prime(std::uint32_t w) {
     if (w < 2) return false;
     for (std::uint64_t d = 2; d * d <= w; ++d)
@@ -126,12 +126,12 @@ void check_digits(const DigitVector& u, const DigitVector& v, std::uint32_t d) {
     const std::uint64_t quotient = normal ? dividend / d : 0;
     require(spDivide(&q, &r, words, d) == (normal ? static_cast<int>(quotient >> 32) : -1), "spDivide's value");
     require(q == static_cast<std::uint32_t>(quotient) && r == (normal ? dividend % d : 0), "spDivide");
-    // Small enough for a trial; twenty rounds let a composite number pass less than once in 2^40.
+    // Small enough for trial division. Twenty rounds accept a composite number with a probability below 2^-40.
     const std::uint32_t small = d % 1000003;
     require(mpIsPrime(&small, 1, 20) == (is_prime(small) ? 1 : 0), "mpIsPrime");
 }
 
-/** Results in the array of an operand are those in another array. */
+/** The result is the same if it overwrites an operand. */
 void check_shared(const DigitVector& u, const DigitVector& v, const DigitVector& m) {
     const std::size_t n = u.size();
     const auto same = [&](auto f, const char* name) {
@@ -155,7 +155,7 @@ void check_shared(const DigitVector& u, const DigitVector& v, const DigitVector&
     require(product == modulus, "mpModMult in the array of the modulus");
 }
 
-/** (a/n) for odd n, by the law of reciprocity. */
+/** The Jacobi symbol (a/n) for odd n, by quadratic reciprocity. */
 int jacobi(Slow a, Slow n) {
     int sign = 1;
     for (a = a % n; !a.is_zero(); a = a % n) {

@@ -1,5 +1,5 @@
-// Keys and certificates in DER: whatever the octets are, what is read of them is sound, and reads the same once
-// written.
+// Fuzz target: keys and certificates in DER. Whatever the program accepts is consistent, and gives the same result
+// after it is written and read again.
 #include <algorithm>
 #include <array>
 #include <span>
@@ -34,7 +34,7 @@ void require_sound(const Algorithm& algorithm, Content found) {
     require_built_in(algorithm.hash, get_GOSTR3411_par(0), VRX_GOSTR3411_PAR_COUNT);
 }
 
-/** Text for a terminal: UTF-8 without control characters. */
+/** Returns whether text is safe for a terminal: UTF-8 without control characters. */
 void require_printable(const std::string& text) {
     for (const char32_t c : from_utf8(text))
         require(c >= 0x20 && !(c >= 0x7F && c < 0xA0), "names have no control characters");

@@ -1,5 +1,5 @@
-// Calls of every kind on a cipher context, right and wrong ones, with fields changed in between: after each, code, log,
-// record and memory are those of the slow model.
+// Fuzz target: sequences of valid and invalid calls on a cipher context, whose fields change in between. After each
+// call the return code, log, record and memory equal those of the slow model.
 #include "choices.hpp"
 #include "gost28147/sequence.hpp"
 

@@ -1,5 +1,5 @@
-// Points, multiples, signatures, keys and octets over the built-in sets, toy curves and records of any content, against
-// a slow second version on GMP integers.
+// Fuzz target: points, multiples, signatures, keys and octets on built-in sets, toy curves and arbitrary records,
+// compared with a slow implementation on GMP integers.
 #include "choices.hpp"
 #include "ecc/any_record.hpp"
 #include "ecc/model.hpp"
@@ -96,7 +96,7 @@ private:
         z.copy_to(j.z);
         return j;
     }
-    /** From 1 to q - 1, or what comes near; q is above 1. */
+    /** A number from 1 to q - 1, or close to that range. q is above 1. */
     Z scalar() { return model::mod(model::of(edgy(random())), curve_->q - 1) + 1; }
     std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> digest() {
         std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words{};
@@ -161,7 +161,7 @@ private:
     }
 
     void signature() {
-        // Numbers of signatures have 256 bits at the most, and a nonce has to exist.
+        // Signatures have numbers of at most 256 bits, and a nonce must exist.
         if (curve_->q < 2 || set_.q[8] != 0 || set_.p[8] != 0) return;
         const auto e = digest();
         const Z k = scalar();
@@ -188,7 +188,7 @@ private:
         require(ecVerify(&set_, e.data(), &q, &sig) == (right ? VRX_OK : VRX_ERR_FAILED), "ecVerify");
     }
 
-    /** On toy curves the formulas meet points that they do not add; what comes out need not be on the curve. */
+    /** On toy curves the formulas meet exceptional points; the result need not be on the curve. */
     [[nodiscard]] int code_of_key(const Z& d) const {
         return curve_->contains(curve_->base_multiple(d)) ? VRX_OK : VRX_ERR_FAILED;
     }
@@ -230,7 +230,7 @@ private:
                         VRX_OK,
                 "a point is hashed");
         require(here == expected, "the agreed key");
-        require(set_.p[7] == 0 || here == there, "both ends agree");  // p[7] is 0 on toy curves
+        require(set_.p[7] == 0 || here == there, "both sides derive the same key");  // p[7] is 0 on toy curves
     }
 
     void check_key() {

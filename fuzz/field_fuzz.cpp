@@ -1,8 +1,9 @@
-// The engines of the curves against the general methods on digits: elements of the fields and orders, in words and in
-// lanes, up to the bounds of their forms; inverses; multiples of points and sums of two by every engine that runs here.
+// Fuzz target: the curve engines, compared with the general methods on digits. Covers field and scalar arithmetic in
+// words and in vector lanes up to the bounds of each form, inverses, and single and double multiplication by every
+// engine that this CPU supports.
 //
-// Input: a byte for the curve and for what is looked at, then numbers, each a byte for its kind and what it needs:
-// bytes as they are, something near an edge, or words of zeros and ones.
+// Input: one byte selects the curve and the property. Each number that follows is a byte for its kind and the data for
+// it: plain bytes, a value near a bound, or words of zeros and ones.
 #include "ecc/field/adx_words.hpp"
 #include "ecc/field/engines.hpp"
 #include "ecc/field/lane_operations.hpp"
@@ -19,7 +20,7 @@ using vrx::fuzz::require;
 using vrx::test::LaneOperations;
 using vrx::test::LaneWords;
 
-/** Nine digits, and the plain operations on them. */
+/** A number of nine digits, with the general operations. */
 struct Digits {
     std::uint32_t d[VRX_ECC_DIGITS] = {};
 
@@ -63,12 +64,12 @@ T raw(Input& input) {
     return value;
 }
 
-/** A number of 256 bits; edges are those of a modulus. */
+/** A number of 256 bits; bounds are those of a modulus. */
 Words number(Input& input, const Words& modulus) {
     const std::uint8_t kind = input.byte();
     if (kind % 8 == 0) return raw<Words>(input);
     Words r{};
-    if (kind % 8 == 1) {  // words of zeros, ones, or anything
+    if (kind % 8 == 1) {  // words of zeros, of ones, or of any bits
         for (unsigned i = 0; i < 4; ++i) {
             const unsigned what = kind >> 3 & 1 ? input.byte() % 4 : i % 2;
             r[i] = what == 0 ? 0 : what == 1 ? ~std::uint64_t{0} : raw<std::uint64_t>(input);
@@ -100,14 +101,14 @@ Words number(Input& input, const Words& modulus) {
     return r;
 }
 
-/** A field in words, whose elements are held as numbers below 2^256, or below the modulus in Montgomery's form. */
+/** A field in words. Elements are numbers below 2^256, or below the modulus in Montgomery form. */
 template <typename S>
 void check_words(Input& input) {
     const Words& m = S::modulus;
     const Words x = number(input, m);
     const Words y = number(input, m);
     constexpr bool is_plain = S::one == Words{1, 0, 0, 0};
-    // Loose representatives where the form has them.
+    // Values of the modulus and more, if the form allows them.
     const Words a = is_plain ? x : S::to_montgomery(x);
     const Words b = is_plain ? y : S::to_montgomery(y);
     const auto is = [](const Words& r, const Digits& expected) { return Digits(S::from_montgomery(r)) == expected; };
@@ -134,7 +135,7 @@ void check_order(Input& input) {
     require(Digits(Q::negative(a)) == difference(Digits(), a, q), "negative");
 }
 
-/** Modulo p, q, and any odd number. */
+/** Tests arithmetic modulo p, q and an arbitrary odd number. */
 template <typename Curve>
 void check_inverse(Input& input) {
     Words m = input.byte() % 2 == 0 ? Curve::q : Curve::Field::modulus;
@@ -153,7 +154,7 @@ void check_inverse(Input& input) {
     require(exists || is_zero(i) != 0, "no inverse is 0");
 }
 
-/** A multiplicand in a lane: below 2.1 p, perhaps beyond 2^256. */
+/** A multiplicand in a lane: below 2.1 p, possibly above 2^256. */
 template <typename S>
 void set_lane(LaneWords& a, std::size_t lane, Input& input) {
     Digits n = number(input, S::modulus);
@@ -169,7 +170,7 @@ void set_lane(LaneWords& a, std::size_t lane, Input& input) {
     }
 }
 
-/** The number that a multiplicand stands for. */
+/** The value of a multiplicand. */
 template <typename S>
 Digits lane(const LaneWords& a, std::size_t l) {
     Limbs52 limbs;
@@ -234,7 +235,7 @@ AffinePoint affine(const EcPoint& p) {
 }
 bool same(const EcPoint& a, const EcPoint& b) { return epIsEqual(&a, &b) == 1; }
 
-/** Multiples by the general methods. */
+/** Point multiplication by the general methods. */
 class General {
 public:
     explicit General(CurveId curve) : set_(*get_GOSTR3410_par(static_cast<std::uint32_t>(curve))) {}
@@ -301,7 +302,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     with_curve(curve, [&]<typename Curve>(Curve) {
         using S = typename Curve::Field;
         switch (what / 4 % 8) {
-            case 0:  // rarely: it takes a hundred times as long
+            case 0:  // rare, because it takes a hundred times as long
                 return what < 32 ? check_multiples<Curve>(input, curve) : check_words<S>(input);
             case 1:
                 return check_lanes<S>(input, vrx::test::plain_lane_operations[what % 4]);

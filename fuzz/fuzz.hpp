@@ -1,4 +1,4 @@
-// What the fuzz targets share: reading choices from the input, and failing.
+// Common parts of the fuzz targets: reading the input, and requiring a property.
 #ifndef VRX_FUZZ_FUZZ_HPP
 #define VRX_FUZZ_FUZZ_HPP
 
@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace vrx::fuzz {
 
-/** The bytes of an input, used up from the front; behind its end there are zeros. */
+/** The bytes of an input, consumed from the front; zeros follow its end. */
 class Input {
 public:
     Input(const std::uint8_t* data, std::size_t size) : rest_(data, size) {}
@@ -39,10 +39,10 @@ private:
     std::span<const std::uint8_t> rest_;
 };
 
-/** A property that has to hold. */
+/** Aborts if a property does not hold. */
 inline void require(bool holds, const char* property) {
     if (holds) return;
-    std::fprintf(stderr, "does not hold: %s\n", property);
+    std::fprintf(stderr, "property violated: %s\n", property);
     std::abort();
 }
 

@@ -1,5 +1,5 @@
-// A message through a context gives the same in any pieces, in place or not, and comes back when it is decrypted. With
-// key meshing off it is also what the one-shot function of the mode gives.
+// Fuzz target: a context gives the same ciphertext for any split of the message, in place or not, and decryption
+// returns the message. With key meshing off, the one-shot function of the mode gives the same result.
 #include <array>
 
 #include "fuzz.hpp"
@@ -19,7 +19,7 @@ struct Setting {
     std::array<std::uint8_t, VRX_BLOCK_SIZE> iv;
 };
 
-/** What a message became, and what is left in the context. */
+/** The output for a message, and the final state of the context. */
 struct Result {
     Bytes text;
     vrx_crpt_ctx ctx;
@@ -27,7 +27,7 @@ struct Result {
 
 vrx_data record(Bytes& bytes) { return {static_cast<std::uint32_t>(bytes.size()), bytes.data()}; }
 
-/** Runs a message through a context in pieces; next_piece(left) says how many bytes come next, at least one. */
+/** Processes a message in pieces. next_piece(left) returns the length of the next piece, at least 1. */
 template <typename NextPiece>
 Result run(const Setting& s, int direction, const Bytes& message, NextPiece next_piece) {
     Result result{Bytes(message.size() + VRX_BLOCK_SIZE), {}};
@@ -38,7 +38,7 @@ Result run(const Setting& s, int direction, const Bytes& message, NextPiece next
     std::size_t written = 0;
     for (std::size_t done = 0; done < message.size();) {
         const std::size_t size = next_piece(message.size() - done);
-        // On the heap and no longer than it is, so that AddressSanitizer sees its ends.
+        // On the heap with its exact size, so that AddressSanitizer detects overruns.
         Bytes piece(message.begin() + static_cast<std::ptrdiff_t>(done),
                     message.begin() + static_cast<std::ptrdiff_t>(done + size));
         const vrx_data in = record(piece);
@@ -97,7 +97,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     vrx_tz table;
     const Setting s = read_setting(input, table);
     const Bytes cuts = input.take(input.byte());
-    // A short input stands for a long message, so that meshing is reached soon.
+    // A short input expands to a long message, so that key meshing happens soon.
     const unsigned repeat = 1U + input.byte() % 64;
     const Bytes unit = input.rest();
     Bytes message;

@@ -1,4 +1,5 @@
-// GOST R 34.11-94: sequences of calls on hash and HMAC contexts, and both derivations, against the slow model.
+// Fuzz target: GOST R 34.11-94. Sequences of calls on hash and HMAC contexts, and both derivations, compared with the
+// slow model.
 #include "choices.hpp"
 #include "gostr3411/fields.hpp"
 #include "gostr3411/messages.hpp"
@@ -14,9 +15,9 @@ struct Table {
     Substitution substitute;
 };
 
-/** A built-in set, with what the published S-boxes make of it. */
+/** A built-in set, and the model's table from the published S-boxes. */
 const Table& built_in(std::uint32_t index) {
-    // Look-ups in the model's own table: nibble by nibble would take most of the time.
+    // The model looks up bytes in a table of its own; nibbles would take most of the time.
     static const std::array tables{Table{TZ_3411_94[0], on_table(deployed(boxes_of_set(test_set)))},
                                    Table{TZ_3411_94[1], on_table(deployed(boxes_of_set(cryptopro_set)))}};
     return tables.at(index);

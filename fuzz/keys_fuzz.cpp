@@ -1,5 +1,5 @@
-// Files with keys, passwords, base64 and DER: what is taken means one thing, is in range, and is the same once written
-// and read again; all else is refused with a sentence.
+// Fuzz target: key files, passwords, base64 and DER. Whatever the program accepts is unambiguous and in range, and is
+// the same after it is written and read again. It refuses everything else with a message.
 #include <array>
 #include <cstring>
 #include <optional>
@@ -26,7 +26,7 @@ SecretBytes secret(std::span<const std::uint8_t> bytes) {
 }
 std::string text_of(std::span<const std::uint8_t> bytes) { return {bytes.begin(), bytes.end()}; }
 
-/** Run a check in the folder, where the file `key` holds the given bytes. */
+/** Run a check in a folder where the file `key` has the given contents. */
 template <typename Check>
 void with_file(std::span<const std::uint8_t> content, const Check& check) {
     static Folder folder;
@@ -43,7 +43,7 @@ void with_file(std::span<const std::uint8_t> content, const Check& check) {
     vrx::fuzz::check_run(done);
 }
 
-/** Write the file anew. */
+/** Write the file again. */
 void rewrite(SecretBytes& content) {
     Output file("key");
     file.write(content.bytes());
@@ -87,7 +87,7 @@ void public_key(const KeyForm& form) {
     }
 }
 
-/** The DER of a key, changed byte by byte as the input says: a place, and what is added there. */
+/** The DER of a key with changed bytes. The input gives pairs: a position, and the value that is added there. */
 Bytes changed_key(vrx::fuzz::Input& input, bool of_public) {
     PrivateKey key{get_GOSTR3410_par(input.byte() % VRX_ECC_SET_COUNT), {}};
     key.d[0] = 1U + input.byte();
@@ -147,7 +147,7 @@ void base64(const Bytes& bytes, std::size_t width) {
     SecretBytes back = secret(text.bytes());
     require(der::decode_base64(back) && std::ranges::equal(back.bytes(), bytes), "base64 there and back");
 
-    // Whatever is taken is the base64 of what came out, but for its blanks.
+    // Encoding the result gives the accepted text again, except for whitespace.
     SecretBytes given = secret(bytes);
     if (!der::decode_base64(given)) return;
     SecretBytes canonical;
@@ -168,7 +168,7 @@ void pem(const Bytes& bytes) {
     if (der::decode_pem(given)) require(given.bytes().size() <= before, "PEM is longer than what is in it");
 }
 
-/** The elements of one level, and what is in them. */
+/** Reads the elements of one level, and recursively their contents. */
 void elements(std::span<const std::uint8_t> octets, unsigned depth) {
     der::Reader reader(octets);
     std::size_t used = 0;
@@ -218,7 +218,7 @@ void password(const Bytes& bytes, std::uint8_t choice) {
                     "a password of digits is what they stand for");
         }
         if (choice % 3 != 2) return;
-        // Back to UTF-8.
+        // Convert back to UTF-8.
         const auto units = result.bytes();
         require(units.size() >= 2 && units.size() % 2 == 0 && units.back() == 0 && units[units.size() - 2] == 0,
                 "a BMPString ends with two zero bytes");

@@ -1,5 +1,5 @@
-// Lists of digests and MACs: any text is taken or refused in order, and a list of a file with any name, once written,
-// confirms that file and no other.
+// Fuzz target: lists of digests and MACs. The program handles any text as a list in an orderly way. A list that it
+// wrote for a file with any name confirms that file and no other.
 #include "program.hpp"
 
 namespace {
@@ -13,7 +13,7 @@ using Arguments = std::vector<std::string>;
 
 std::string text_of(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
 
-/** A name that a file can have; the empty text where it can not. */
+/** A valid file name, or an empty string. */
 std::string name_of(Input& input) {
     std::string name = text_of(input.take(input.byte() % 64));
     for (char& c : name)
@@ -27,7 +27,7 @@ Arguments operator+(Arguments a, const Arguments& b) {
     return a;
 }
 
-/** Command and options that both writing and checking take. */
+/** The command and options common to writing and checking a list. */
 Arguments command_of(std::uint8_t choice) {
     const bool reverse = (choice & 16) != 0;
     Arguments command;
@@ -53,7 +53,7 @@ void any_text(Folder& folder, const Arguments& command, Input& input) {
     folder.fill({{"key", std::string(32, 'k')}, {"a", "some text"}, {"list", list}});
     const Done done = folder.vrx(command + Arguments{"--check", "list"});
     if (list.empty()) require(done.code == 1, "a list without lines checks nothing");
-    // A line of output belongs to a line of the list.
+    // Each line of output belongs to a line of the list.
     require(std::count(done.out.begin(), done.out.end(), '\n') <= std::count(list.begin(), list.end(), '\n') + 1,
             "lines of the list are answered once");
     const Done silent = folder.vrx(command + Arguments{"--check", "--status", "list"});

@@ -1,5 +1,5 @@
-// The one-shot modes and the block functions, with any lengths, flags, missing arguments and overlaps that have a
-// meaning: code, log and every byte of memory are those of the slow model.
+// Fuzz target: one-shot modes and block functions, with any lengths, flags, missing arguments and defined overlaps. The
+// return code, the log and every byte of memory equal those of the slow model.
 #include "choices.hpp"
 #include "gost28147/twin_call.hpp"
 
@@ -15,7 +15,9 @@ constexpr std::size_t iv_at = apart_at + longest + 20;
 constexpr std::size_t key_at_most = iv_at + 30;
 constexpr std::size_t memory_size = key_at_most + 50;
 
-/** Forwards an output begins behind a whole block at least, so that each is read before it is written. */
+/**
+ * An output that starts after its input is at least one block away, so that each block is read before it is written.
+ */
 std::size_t place_of_output(Random& random, std::size_t in) {
     const std::uint32_t distance = random.below(random.coin() ? 40 : 2400);
     switch (random.below(4)) {
@@ -62,7 +64,7 @@ void whole_buffer(Random& random, TwinMemory& memory, LogCapture& log) {
             break;
     }
     if (at.one_record) at.out = at.in;
-    // What is written behind the end of the output's room would be the next argument.
+    // The next argument lies directly after the output, so an overrun would change it.
     at.capacity = std::min<std::uint32_t>(at.capacity, longest);
     TestTable table = any_table(random);
     if (random.below(8) == 0) table.record.initialised = 0;

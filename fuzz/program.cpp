@@ -23,7 +23,7 @@ void leave_terminal() {
     close(terminal);
 }
 
-/** A descriptor for the stream as it is now, out of the way, and not readable should it be a terminal. */
+/** Saves a stream under a high descriptor, write-only, so that the program cannot read from a terminal. */
 int saved(int stream) {
     int fd = open(("/proc/self/fd/" + std::to_string(stream)).c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
     if (fd < 0) fd = fcntl(stream, F_DUPFD_CLOEXEC, 0);
@@ -93,7 +93,7 @@ Done Folder::inside(const std::function<int()>& function, std::string_view stand
         close(i);
         if (saved_[i] >= 0) dup2(saved_[i], i);
     }
-    prctl(PR_SET_DUMPABLE, 1);  // it is off once a key was in memory; LeakSanitizer needs it
+    prctl(PR_SET_DUMPABLE, 1);  // vrx turns it off when it loads a key, but LeakSanitizer needs it
     require(fchdir(outside_) == 0, "the way back");
     return {code, content(streams_[1]), content(streams_[2])};
 }

@@ -1,4 +1,4 @@
-// The program vrx inside a fuzz target: its sources run in this process, in a folder of their own.
+// Runs the program vrx inside a fuzz target: in this process, in a temporary folder.
 #ifndef VRX_FUZZ_PROGRAM_HPP
 #define VRX_FUZZ_PROGRAM_HPP
 
@@ -12,7 +12,7 @@
 
 namespace vrx::fuzz {
 
-/** What a run left: exit code, standard output and standard error. */
+/** The result of a run: exit code, standard output and standard error. */
 struct Done {
     int code;
     std::string out, err;
@@ -22,8 +22,8 @@ struct Done {
 using Files = std::map<std::string, std::string>;
 
 /**
- * A temporary folder and standard streams for runs of the program. There is one at a time. Nothing outside is written,
- * as long as no name holds a slash, and there is no terminal to ask for a password.
+ * A temporary folder and standard streams for runs of the program. Only one exists at a time. A run writes nothing
+ * outside of it as long as no name contains a slash, and has no terminal to ask for a password.
  */
 class Folder {
 public:
@@ -32,11 +32,11 @@ public:
     Folder& operator=(const Folder&) = delete;
     ~Folder();
 
-    /** Make the folder hold these files, readable by their owner alone, and nothing else. */
+    /** Replace the contents of the folder with these files, readable only by their owner. */
     void fill(const Files& files);
     [[nodiscard]] Files files() const;
 
-    /** Run a function with the folder as working directory, and the streams in place of the standard ones. */
+    /** Run a function with the folder as working directory and with the temporary standard streams. */
     Done inside(const std::function<int()>& function, std::string_view standard_input = "");
     /** Run the program. */
     Done vrx(std::vector<std::string> arguments, std::string_view standard_input = "");
@@ -49,7 +49,7 @@ private:
     int saved_[3];
 };
 
-/** What holds for every run, wherever it failed. */
+/** Checks the properties that every run has, even a failed one. */
 void check_run(const Done& done);
 
 }  // namespace vrx::fuzz

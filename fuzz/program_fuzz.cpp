@@ -1,4 +1,4 @@
-// Whole command lines of the program over small files.
+// Fuzz target: whole command lines of the program over small files.
 //
 // Input: one argument per line, up to an empty line; the rest is the file `in`, and standard input.
 #include "program.hpp"
@@ -10,12 +10,12 @@ using vrx::fuzz::Files;
 using vrx::fuzz::Folder;
 using vrx::fuzz::require;
 
-/** What every run finds besides `in`: made once, by the program itself. */
+/** The other files of every run, which the program itself creates once. */
 const Files& standing_files(Folder& folder) {
     static const Files files = [&] {
         const std::string key = "0123456789abcdef0123456789ABCDEF0123456789abcdef0123456789ABCDEF";
         const std::string raw = "a private key of thirty-two byte";
-        // Nothing here may change from one run to the next, so the private key is written out.
+        // Runs must be reproducible, so the private key is a constant.
         Files all{{"key", key}, {"raw", raw}, {"text", "a file"}, {"password", "a password\n"}};
         all["table"] = std::string(128, '7');
         all["pem"] =
@@ -47,8 +47,10 @@ std::vector<std::string> arguments_of(std::string_view& text) {
     return arguments;
 }
 
-/** Whether a run could leave the folder, name a file like a temporary one, or take long: a number of five digits is a
- * count or a length. */
+/**
+ * Whether a command line could leave the folder, use the name of a temporary file, or take long: a number of five
+ * digits may be a count or a length.
+ */
 bool is_out_of_bounds(const std::vector<std::string>& arguments) {
     if (!arguments.empty() && arguments.front() == "speed") return true;
     for (const std::string& argument : arguments) {
@@ -78,11 +80,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Files after = folder.files();
     for (const auto& [name, bytes] : after) require(!name.starts_with(".vrx-"), "no temporary file is left");
     const std::string command = arguments.empty() ? "" : arguments.front();
-    // A list is written without the files that cannot be read.
-    if (done.code == 2 && !writes_lists(command)) require(after == files, "trouble leaves all files as they were");
+    // A list omits unreadable files, so a partial list is valid output.
+    if (done.code == 2 && !writes_lists(command)) require(after == files, "an error leaves all files unchanged");
     if (done.code != 0 || command != "encrypt") return 0;
 
-    // Back again, with the same options, where the text was what was encrypted, and not the key.
+    // Decryption with the same options returns the text, if the text was encrypted and did not serve as the key.
     const auto run_on = [&](const std::string& content, const char* name, std::string& result) {
         Files given = files;
         given["in"] = content;

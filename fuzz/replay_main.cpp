@@ -1,5 +1,5 @@
-// Runs a fuzz target over inputs. Usage: NAME_fuzz FILE... where a .hex file holds one input per line, in hex, and any
-// other file is an input.
+// Replays inputs on a fuzz target. Usage: NAME_fuzz FILE... A .hex file has one input per line in hexadecimal; any
+// other file is one input.
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -27,7 +27,7 @@ std::vector<std::uint8_t> from_hex(const std::string& line) {
     return input;
 }
 
-/** Runs the inputs of a file and returns how many there are. */
+/** Runs all inputs of a file and returns their number. */
 unsigned replay(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     vrx::fuzz::require(file.good(), "every file can be read");

@@ -1,5 +1,5 @@
-// SHA-1 over any pieces and from any count, and every variant of the compression, against the standard read line by
-// line.
+// Fuzz target: SHA-1 over any split of the message and from any initial length, and every engine of the compression
+// function, compared with a literal implementation of the standard.
 #include "choices.hpp"
 #include "sha1/compress.hpp"
 #include "sha1/model.hpp"
@@ -21,7 +21,7 @@ void hash(Random& random) {
     auto ctx = random.value<sha_context>();
     Sha1Model model;
     shaInit(&ctx);
-    if (random.below(4) == 0) {  // as if so many bytes had been taken in
+    if (random.below(4) == 0) {  // as if that many bytes had been processed
         const std::uint64_t count =
             (std::uint64_t{random.word()} << 32 | (random.coin() ? ~0U : random.word())) / 64 * 64;
         ctx.count_hi = static_cast<std::uint32_t>(count >> 32);

@@ -1,5 +1,5 @@
-// Substitution tables and the registry: texts, deployment and recovery, look-ups by name, number and identifier, and
-// sequences of registrations against a plain list.
+// Fuzz target: substitution tables and the parameter registry. Covers texts, deployment and recovery, and look-ups by
+// name, number and identifier. Sequences of registrations are compared with a simple list.
 #include <cstring>
 #include <map>
 #include <string>
@@ -19,7 +19,7 @@ using vrx::fuzz::require;
 
 bool same_table(const vrx_tz& a, const vrx_tz& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
-/** Mostly the digits of a table's text. */
+/** Text that consists mostly of hexadecimal digits. */
 std::string any_text(Random& random) {
     const bool digits = random.below(4) != 0;
     std::string text;
@@ -65,8 +65,8 @@ void deployment(Random& random) {
         const vrx::tz::SBoxes wanted = vrx::tz::sboxes(num);
         vrx::tz::SBoxes found{};
         require(vrx::tz::recover_avx2(table, found) && std::memcmp(&found, &wanted, sizeof found) == 0,
-                "the S-boxes of a table are found again");
-        // One bit more, and the table is that of no S-boxes, or of others.
+                "the S-boxes of a table are recovered");
+        // After a flipped bit the table belongs to no S-boxes, or to other ones.
         table.t[random.below(4)][random.below(256)] ^= 1U << random.below(32);
         if (vrx::tz::recover_avx2(table, found)) {
             Numeric other{};
@@ -84,7 +84,7 @@ void deployment(Random& random) {
         require(swapped.at(i) == num.at(i) % 16 * 16 + num.at(i) / 16, "nibbles are exchanged");
 }
 
-/** A word that is right, or nearly. */
+/** A valid name, or one with a small change. */
 std::string name(Random& random) {
     static const std::array names{"tz_test", "tz_a", "tz_b", "tz_c", "tz_d", "tz_0", "tz_1",
                                   "ss",      "gamm", "gfb",  "cbc",  "",     "tz_",  "tz_e"};
@@ -123,7 +123,7 @@ void lookups(Random& random) {
     require(hash_TZ_by_id(id) == (id % 256 < 2 ? &TZ_3411_94[id % 256] : nullptr), "a hash table by number");
 }
 
-/** An identifier that stands somewhere, or nearly, in memory that ends with it. */
+/** A known identifier, or one with a small change, at the end of its memory. */
 Bytes identifier(Random& random) {
     static const std::array known{VRX_PAR_HASH_0_OID,
                                   VRX_PAR_HASH_1_OID,
@@ -192,7 +192,7 @@ void identifiers(Random& random) {
             "a curve by dotted identifier");
 }
 
-/** The registered list, and what it should be. */
+/** The registered list, and its expected contents. */
 class Registry {
 public:
     explicit Registry(Random& random) : random_(random) {
@@ -233,7 +233,7 @@ public:
 private:
     void add(vrx_gost28147_par& record) {
         const auto at = std::find(list_.begin(), list_.end(), &record);
-        list_.erase(at, list_.end());  // all of it that stood behind the record
+        list_.erase(at, list_.end());  // the record and all that follow it
         list_.push_back(&record);
     }
     void add_built_in() {
@@ -260,7 +260,7 @@ private:
         require(oidUnregisterGOST28147Par(oid.data(), length(oid)) == expected, "the code of a removal");
         if (expected != VRX_OK) return;
         if (at == list_.begin())
-            list_.resize(1);  // Deliberate: the head stays, and the others go.
+            list_.resize(1);  // Deliberate: only the head remains.
         else
             list_.erase(at);
     }

@@ -21,7 +21,7 @@ void print_table(const EcParamSet& set) {
     std::uint32_t power[VRX_ECC_DIGITS];
     mpSetDigit(power, 1, VRX_ECC_DIGITS);
     for (unsigned m = 0; m < VRX_ECC_PP_COUNT; ++m) {
-        // From G, by doubling: the table that the library holds is not read.
+        // epCalcPP() doubles G; it does not read the checked-in table.
         EcPoint p;
         epMultJ(&p, &set.G, power, &set);
         std::putchar('{');

@@ -1,5 +1,5 @@
-// What the headers for C++ cost over the functions for C. In each row the baseline does the same work in C, zeroing
-// included, since a program in C has to zero its contexts as well: a ratio of 1 says that the headers cost nothing.
+// Overhead of the C++ headers over the C functions. The baseline of each row does the same work in C. It includes the
+// zeroing of contexts, which a program in C needs as well. A ratio of 1 means no overhead.
 #include <cstring>
 #include <memory>
 #include <vrx.hpp>

@@ -1,6 +1,6 @@
-// Multiple-precision arithmetic beside a plain version on 32-bit digits and beside GMP. The argument is the number of
-// digits. Every version works on the same 16 sets of random operands in turn; results are compared before the clock
-// starts.
+// Multiple-precision arithmetic compared with a reference implementation on 32-bit digits and with GMP. The argument is
+// the number of digits. Every version cycles through the same 16 sets of random operands. Results are compared before
+// the measurement starts.
 #include <benchmark/benchmark.h>
 
 #include <array>
@@ -30,7 +30,7 @@ DigitVector random_number(std::size_t n) {
     return number;
 }
 
-/** A modulus of n digits: odd, and with the top bit of its highest digit set. */
+/** An odd modulus of n digits with the top bit set. */
 DigitVector random_modulus(std::size_t n) {
     DigitVector m = random_number(n);
     m.front() |= 1;
@@ -40,13 +40,13 @@ DigitVector random_modulus(std::size_t n) {
 
 void check(bool same, const char* what) {
     if (same) return;
-    std::fprintf(stderr, "%s: the versions differ\n", what);
+    std::fprintf(stderr, "%s: the versions give different results\n", what);
     std::abort();
 }
 
 struct Case {
     std::size_t n;
-    DigitVector u, v, m, wide;  // wide: a dividend of 2n digits
+    DigitVector u, v, m, wide;  // wide: dividend of 2n digits
     mutable DigitVector w, q, r;
     explicit Case(std::size_t digits)
         : n(digits),

@@ -1,9 +1,8 @@
-// Signatures, key pairs and key agreement by every engine and by the general methods, beside other programs on the same
-// curves, and beside OpenSSL on P-256, the curve that most people know. In the end a table of how many times as fast
-// they are, with the ratios that are meant to be reached.
+// Signatures, key pairs and key agreement: every engine and the general methods, compared with other libraries on the
+// same curves and with OpenSSL on P-256. A table at the end shows the speed-ups and their goals.
 //
-// Every figure is a median of processor time over repetitions, which come in a random order, so that all rows see the
-// same machine.
+// Every figure is the median CPU time over several repetitions. Repetitions of all rows run in random order, so that a
+// change of the machine's load affects all rows alike.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -28,7 +27,7 @@ void fill(void* buffer, std::size_t length) {
 
 void check(bool holds, const char* what) {
     if (holds) return;
-    std::fprintf(stderr, "%s does not hold\n", what);
+    std::fprintf(stderr, "%s failed\n", what);
     std::abort();
 }
 
@@ -41,7 +40,7 @@ int draw(void* buffer, std::uint32_t length) {
 
 const vrx_data hash_oid{VRX_PAR_OID_SIZE, const_cast<std::uint8_t*>(VRX_PAR_HASH_1_OID)};
 
-/** Covers nothing: all is left to the general methods. */
+/** An engine that covers nothing, so that the general methods do all the work. */
 constexpr Engine engine_none = {
     {"none"},
     [](CurveId, const Words&, AffinePoint&) { return false; },
@@ -50,11 +49,11 @@ constexpr Engine engine_none = {
 
 std::string version(const Engine& engine) { return std::string("vrx-") + engine.name; }
 
-/** A row of the library on one engine. */
+/** Registers a row that runs one engine of the library. */
 template <typename Operation>
 void engine_row(const char* operation_name, const Engine& engine, const char* curve, Operation operation) {
     const std::string name = operation_name + ("/" + version(engine)) + "/" + curve;
-    if (!vrx::cpu::offers(engine.needs)) return missing_row(name, "does not run on this processor");
+    if (!vrx::cpu::offers(engine.needs)) return missing_row(name, "this CPU does not support it");
     benchmark::RegisterBenchmark(name.c_str(), [operation, &engine](benchmark::State& state) {
         choice.use(engine);
         measure(state, operation);
@@ -72,21 +71,21 @@ void add_engine(const Engine& engine) {
         });
         engine_row("verify", engine, curve, [=](std::size_t i) {
             const Party& party = (*parties)[i];
-            check(ecVerify(set, party.digest, &party.key, &party.signature) == VRX_OK, "a right signature");
+            check(ecVerify(set, party.digest, &party.key, &party.signature) == VRX_OK, "verifying");
         });
         engine_row("key_pair", engine, curve, [=](std::size_t) {
             Party party;
-            check(ecGenerateKeyPair(set, draw, party.d, &party.key) == VRX_OK, "making a key");
+            check(ecGenerateKeyPair(set, draw, party.d, &party.key) == VRX_OK, "generating a key pair");
         });
         engine_row("public_key", engine, curve, [=](std::size_t i) {
             EcPoint key;
-            check(ecGeneratePublicKey(set, (*parties)[i].d, &key) == VRX_OK, "a public key");
+            check(ecGeneratePublicKey(set, (*parties)[i].d, &key) == VRX_OK, "computing a public key");
         });
         engine_row("agree", engine, curve, [=](std::size_t i) {
             std::uint8_t kek[VRX_KEK_SIZE];
             const Party& mine = (*parties)[i];
             check(ecMakeKEK(set, &hash_oid, mine.ukm, mine.d, &(*parties)[(i + 1) % count].key, kek) == VRX_OK,
-                  "agreement");
+                  "key agreement");
         });
     }
     row("hash/" + version(engine), [](std::size_t i) {
@@ -96,7 +95,9 @@ void add_engine(const Engine& engine) {
     });
 }
 
-/** A set that is nobody's but the caller's: one entry of its table, which no scalar below 2^256 reads, differs. */
+/**
+ * Rows with a custom parameter set: a built-in one with a changed table entry, which no scalar below 2^256 reads.
+ */
 void add_own_set() {
     static const EcParamSet set = [] {
         EcParamSet own = *get_GOSTR3410_par(1);
@@ -107,18 +108,18 @@ void add_own_set() {
     row("epMultPP/own_set/A", [=](std::size_t i) {
         EcPoint r;
         epMultPP(&r, (*parties)[i].d, &set);
-        check(std::memcmp(&r, &(*parties)[i].key, sizeof r) == 0, "a public key");
+        check(std::memcmp(&r, &(*parties)[i].key, sizeof r) == 0, "computing a public key");
     });
     row("epMultJ/own_set/A", [=](std::size_t i) {
         EcPoint r;
-        check(epMultJ(&r, &(*parties)[(i + 1) % count].key, (*parties)[i].d, &set) == VRX_OK, "a multiple");
+        check(epMultJ(&r, &(*parties)[(i + 1) % count].key, (*parties)[i].d, &set) == VRX_OK, "a multiplication");
     });
 }
 
-/** Microseconds of rows. */
+/** Row name to microseconds. */
 using Times = std::map<std::string, double>;
 
-/** Prints medians alone, and keeps them. */
+/** A reporter that prints only medians, and stores them. */
 class Medians : public benchmark::ConsoleReporter {
 public:
     Medians() : ConsoleReporter(OO_None) {}
@@ -135,7 +136,7 @@ public:
     Times times;
 };
 
-/** Time of an operation, without the hash of a shared point; 0 where it was not measured. */
+/** The time of an operation, without the hash of the shared point; 0 if it was not measured. */
 double time_of(const Times& times, const std::string& operation, const std::string& by, const std::string& curve) {
     const auto found = times.find(operation + "/" + by + "/" + curve);
     if (found == times.end()) return 0;
@@ -158,10 +159,10 @@ Peer best_peer(const Times& times, const std::string& operation, const std::stri
 
 struct Goals {
     const char* operation;
-    double ifma[2], adx[2];  // times as fast as P-256, on curve C and on the others
-    double peer[2];          // times as fast as the best peer, likewise
+    double ifma[2], adx[2];  // speed-up over P-256, on curve C and on the others
+    double peer[2];          // speed-up over the fastest peer, likewise
 };
-// As key pairs: the other programs, but for P-256, have no operation of its own for a public key.
+// Public keys are compared with key pairs: except for P-256, the peers have no operation for a public key alone.
 constexpr Goals all_goals[] = {{"sign", {3.7, 4.5}, {1.6, 2.5}, {10, 6}},
                                {"key_pair", {3.7, 4.5}, {1.6, 2.5}, {10, 6}},
                                {"public_key", {3.7, 4.5}, {1.6, 2.5}, {10, 6}},
@@ -178,7 +179,7 @@ std::string ratio(double time, double to, double goal) {
     return text;
 }
 
-/** Ratios beside their goals. Signing on P-256 is also what keys are compared with: it is a multiple, too. */
+/** Prints the ratios next to their goals. Keys, too, are compared with signing on P-256: each is one multiplication. */
 void print_table(const Times& times) {
     std::printf("\n%-11s %-5s %-12s %9s   %-22s %-22s %s\n", "operation", "curve", "version", "us", "x P-256, goal",
                 "x best peer, goal", "best peer");
@@ -211,11 +212,11 @@ void print_table(const Times& times) {
 std::shared_ptr<Parties> parties_on(const EcParamSet& set) {
     auto parties = std::make_shared<Parties>(count);
     for (Party& party : *parties) {
-        check(ecGenerateKeyPair(&set, draw, party.d, &party.key) == VRX_OK, "making a key");
+        check(ecGenerateKeyPair(&set, draw, party.d, &party.key) == VRX_OK, "generating a key pair");
         fill(party.digest, sizeof party.digest);
         fill(party.ukm, sizeof party.ukm);
         check(ecSign(&set, party.digest, draw, party.d, &party.signature) == VRX_OK, "signing");
-        check(ecVerify(&set, party.digest, &party.key, &party.signature) == VRX_OK, "a right signature");
+        check(ecVerify(&set, party.digest, &party.key, &party.signature) == VRX_OK, "verifying");
     }
     return parties;
 }
@@ -224,7 +225,7 @@ std::shared_ptr<Parties> parties_on(const EcParamSet& set) {
 
 int main(int argc, char** argv) {
     using namespace bench;
-    // Options of the caller come later and prevail.
+    // Options from the command line come later and take precedence.
     std::vector<char*> arguments(argv, argv + argc);
     std::string defaults[] = {"--benchmark_repetitions=11", "--benchmark_min_time=0.02",
                               "--benchmark_enable_random_interleaving=true"};
@@ -239,6 +240,6 @@ int main(int argc, char** argv) {
     Medians medians;
     benchmark::RunSpecifiedBenchmarks(&medians);
     print_table(medians.times);
-    benchmark::ClearRegisteredBenchmarks();  // while the libraries that the rows hold parts of are still there
+    benchmark::ClearRegisteredBenchmarks();  // before the libraries whose objects the rows hold are unloaded
     return 0;
 }

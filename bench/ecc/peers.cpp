@@ -1,4 +1,4 @@
-// Other programs on the same curves, and OpenSSL on P-256.
+// Peers: other libraries on the same curves, and OpenSSL on P-256.
 #include <array>
 #include <cstdio>
 
@@ -27,7 +27,7 @@ namespace bench {
 namespace {
 
 #if defined(VRX_WITH_LIBGCRYPT) || defined(VRX_WITH_BOTAN)
-/** The hexadecimal text of the low digits of a number. */
+/** Returns the low digits of a number in hexadecimal. */
 std::string hex(const std::uint32_t* digits, std::size_t number = 8) {
     std::string text;
     char digit[9];
@@ -74,13 +74,13 @@ void libgcrypt_rows(const std::string& name, std::uint32_t index) {
     });
     row("verify/libgcrypt/" + name, [=](std::size_t i) {
         const Case& c = (*cases)[i];
-        check(gcry_pk_verify(c.signature.get(), c.digest.get(), c.key.get()) == 0, "a right signature");
+        check(gcry_pk_verify(c.signature.get(), c.digest.get(), c.key.get()) == 0, "verifying");
     });
     const Expression parameters =
         expression(std::string("(genkey(ecc (curve \"") + set->str_oid + "\")(flags no-keytest)))");
     row("key_pair/libgcrypt/" + name, [=](std::size_t) {
         gcry_sexp_t pair = nullptr;
-        check(gcry_pk_genkey(&pair, parameters.get()) == 0, "making a key");
+        check(gcry_pk_genkey(&pair, parameters.get()) == 0, "generating a key pair");
         gcry_sexp_release(pair);
     });
 }
@@ -103,7 +103,7 @@ struct NettleParty {
         gostdsa_generate_keypair(&key, &d, nullptr, nettle_draw);
         fill(digest, sizeof digest);
         gostdsa_sign(&d, nullptr, nettle_draw, sizeof digest, digest, &signature);
-        check(gostdsa_verify(&key, sizeof digest, digest, &signature) == 1, "a right signature");
+        check(gostdsa_verify(&key, sizeof digest, digest, &signature) == 1, "verifying");
     }
     NettleParty(const NettleParty&) = delete;
     NettleParty& operator=(const NettleParty&) = delete;
@@ -122,10 +122,9 @@ void nettle_rows() {
     });
     row("verify/nettle/A", [=](std::size_t i) {
         const NettleParty& party = parties[i];
-        check(gostdsa_verify(&party.key, sizeof party.digest, party.digest, &party.signature) == 1,
-              "a right signature");
+        check(gostdsa_verify(&party.key, sizeof party.digest, party.digest, &party.signature) == 1, "verifying");
     });
-    const std::shared_ptr<NettleParty> other(new NettleParty);  // the parties keep their keys
+    const std::shared_ptr<NettleParty> other(new NettleParty);  // shared: the parties own their keys
     row("key_pair/nettle/A",
         [=](std::size_t) { gostdsa_generate_keypair(&other->key, &other->d, nullptr, nettle_draw); });
     row("agree/nettle/A", [=](std::size_t i) {
@@ -136,7 +135,7 @@ void nettle_rows() {
 #endif
 
 #ifdef VRX_WITH_BOTAN
-/** As cheap as everybody's. */
+/** A random source as cheap as that of the other rows. */
 class CheapSource : public Botan::RandomNumberGenerator {
 public:
     void randomize(std::uint8_t output[], std::size_t length) override { fill(output, length); }
@@ -176,7 +175,7 @@ void botan_rows(const std::string& curve, const EcParamSet& set) {
         BotanParty& party = *(*parties)[i];
         check(party.verifier.verify_message(party.digest.data(), party.digest.size(), party.signature.data(),
                                             party.signature.size()),
-              "a right signature");
+              "verifying");
     });
     row("key_pair/botan/" + curve, [=](std::size_t) { const Botan::GOST_3410_PrivateKey key(source, group); });
 }
@@ -223,22 +222,22 @@ void openssl_rows() {
         const OpensslParty& party = parties[i];
         check(EVP_PKEY_verify(party.verifying, party.signature, party.signature_size, party.digest,
                               sizeof party.digest) == 1,
-              "a right signature");
+              "verifying");
     });
     row("key_pair/openssl/P-256", [](std::size_t) { EVP_PKEY_free(EVP_EC_gen("P-256")); });
     row("agree/openssl/P-256", [=](std::size_t i) {
         std::uint8_t secret[32];
         std::size_t size = sizeof secret;
-        check(EVP_PKEY_derive(parties[i].deriving, secret, &size) == 1, "agreement");
+        check(EVP_PKEY_derive(parties[i].deriving, secret, &size) == 1, "key agreement");
     });
 }
-/** The GOST engine, or nullptr. */
+/** Returns the GOST engine of OpenSSL, or nullptr if it is not installed. */
 ENGINE* gost_engine() {
     static ENGINE* const gost = [] {
         OPENSSL_init_crypto(OPENSSL_INIT_ENGINE_DYNAMIC, nullptr);
         ENGINE* const e = ENGINE_by_id("gost");
         if (e == nullptr || ENGINE_init(e) == 0) return static_cast<ENGINE*>(nullptr);
-        // Keys find their methods by their type alone.
+        // OpenSSL finds the methods of a key by its type only if the engine is the default one.
         ENGINE_set_default(e, ENGINE_METHOD_PKEY_METHS | ENGINE_METHOD_PKEY_ASN1_METHS);
         return e;
     }();
@@ -250,18 +249,18 @@ using Context = std::shared_ptr<EVP_PKEY_CTX>;
 
 Context context_of(EVP_PKEY* key) { return {EVP_PKEY_CTX_new(key, gost_engine()), EVP_PKEY_CTX_free}; }
 
-/** Makes keys on a curve. */
+/** Generates keys on one curve. */
 Context gost_maker(const std::string& curve) {
     const Context maker(EVP_PKEY_CTX_new_id(NID_id_GostR3410_2001, gost_engine()), EVP_PKEY_CTX_free);
     check(maker != nullptr && EVP_PKEY_keygen_init(maker.get()) == 1 &&
               EVP_PKEY_CTX_ctrl_str(maker.get(), "paramset", curve == "Test" ? "0" : curve.c_str()) > 0,
-          "the GOST engine");
+          "finding the hash of the GOST engine");
     return maker;
 }
 
 Key gost_key(const Context& maker) {
     EVP_PKEY* key = nullptr;
-    check(EVP_PKEY_keygen(maker.get(), &key) == 1, "making a key");
+    check(EVP_PKEY_keygen(maker.get(), &key) == 1, "generating a key pair");
     return {key, EVP_PKEY_free};
 }
 
@@ -283,7 +282,7 @@ void gost_engine_rows(const std::string& curve) {
         fill(party.digest, sizeof party.digest);
         check(EVP_PKEY_sign_init(party.signing.get()) == 1 && EVP_PKEY_verify_init(party.verifying.get()) == 1 &&
                   EVP_PKEY_derive_init(party.deriving.get()) == 1,
-              "the GOST engine");
+              "finding the hash of the GOST engine");
         check(EVP_PKEY_sign(party.signing.get(), party.signature, &party.signature_size, party.digest,
                             sizeof party.digest) == 1,
               "signing");
@@ -294,7 +293,7 @@ void gost_engine_rows(const std::string& curve) {
         check(EVP_PKEY_derive_set_peer(party.deriving.get(), (*parties)[(i + 1) % count].pair.get()) == 1 &&
                   EVP_PKEY_CTX_ctrl(party.deriving.get(), -1, EVP_PKEY_OP_DERIVE, EVP_PKEY_CTRL_SET_IV, sizeof ukm,
                                     ukm) > 0,
-              "the GOST engine");
+              "finding the hash of the GOST engine");
     }
     row("sign/openssl-gost/" + curve, [=](std::size_t i) {
         GostParty& party = (*parties)[i];
@@ -306,19 +305,19 @@ void gost_engine_rows(const std::string& curve) {
         const GostParty& party = (*parties)[i];
         check(EVP_PKEY_verify(party.verifying.get(), party.signature, party.signature_size, party.digest,
                               sizeof party.digest) == 1,
-              "a right signature");
+              "verifying");
     });
     row("key_pair/openssl-gost/" + curve, [=](std::size_t) { gost_key(maker); });
     row("agree/openssl-gost/" + curve, [=](std::size_t i) {
         std::uint8_t secret[32];
         std::size_t size = sizeof secret;
-        check(EVP_PKEY_derive((*parties)[i].deriving.get(), secret, &size) == 1, "agreement");
+        check(EVP_PKEY_derive((*parties)[i].deriving.get(), secret, &size) == 1, "key agreement");
     });
 }
 
 void gost_hash_row() {
     const EVP_MD* const hash = ENGINE_get_digest(gost_engine(), NID_id_GostR3411_94);
-    check(hash != nullptr, "the GOST engine");
+    check(hash != nullptr, "finding the hash of the GOST engine");
     const std::shared_ptr<EVP_MD_CTX> context(EVP_MD_CTX_new(), EVP_MD_CTX_free);
     row("hash/openssl-gost", [=](std::size_t i) {
         const std::uint8_t octets[64] = {static_cast<std::uint8_t>(i)};

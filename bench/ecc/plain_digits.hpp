@@ -1,4 +1,4 @@
-// The arithmetic as a text book writes it, a 32-bit digit at a time: what the 64-bit words have to beat.
+// Reference implementation of the arithmetic on 32-bit digits, the baseline of the benchmark.
 #ifndef VRX_BENCH_ECC_PLAIN_DIGITS_HPP
 #define VRX_BENCH_ECC_PLAIN_DIGITS_HPP
 
@@ -53,7 +53,7 @@ inline std::size_t significant(const Digit* a, std::size_t n) {
     return n;
 }
 
-/** Algorithm D, under the contract of mpDivide(). */
+/** Algorithm D (Knuth), with the contract of mpDivide(). */
 inline int divide(Digit* q, Digit* r, const Digit* u, std::size_t udigits, const Digit* v, std::size_t vdigits) {
     std::memset(q, 0, udigits * sizeof *q);
     std::memset(r, 0, udigits * sizeof *r);
@@ -115,7 +115,7 @@ inline int divide(Digit* q, Digit* r, const Digit* u, std::size_t udigits, const
         q[j] = static_cast<Digit>(estimate);
     }
     for (std::size_t i = 0; i < n; ++i) r[i] = static_cast<Digit>((Double{rest[i + 1]} << 32 | rest[i]) >> k);
-    // The same contract as the library's: no trace of the operands stays on the stack.
+    // The library's contract includes this: operands are wiped from the stack.
     std::memset(d, 0, n * sizeof *d);
     std::memset(rest, 0, (m + 1) * sizeof *rest);
     asm volatile("" : : "r"(d), "r"(rest) : "memory");

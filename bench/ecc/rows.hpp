@@ -1,8 +1,8 @@
-// Rows of the benchmark of curves: every version works on 16 keys and digests in turn; results are checked before the
-// clock starts. Random numbers cost next to nothing, for all that let the caller choose.
+// Rows of the curve benchmark. Every version cycles through 16 keys and digests. Results are checked before the
+// measurement starts. Versions that accept a custom random source get one that costs almost nothing.
 //
 // A row's name is OPERATION/VERSION/CURVE. The operations are sign, verify, key_pair, public_key, agree (with the hash
-// of the shared point), and hash (that hash alone).
+// of the shared point) and hash (only that hash).
 #ifndef VRX_BENCH_ECC_ROWS_HPP
 #define VRX_BENCH_ECC_ROWS_HPP
 
@@ -19,10 +19,10 @@ namespace bench {
 
 inline constexpr std::size_t count = 16;
 
-/** Random bytes from a generator that is fast, and the same in every run. */
+/** Fills a buffer from a fast generator with a fixed seed. */
 void fill(void* buffer, std::size_t length);
 
-/** Ends the program where a result is wrong. */
+/** Aborts the program if an operation failed. */
 void check(bool holds, const char* what);
 
 /** Runs operation(i) for i = 0, 1, ..., 15, 0, ... */
@@ -42,7 +42,7 @@ void row(const std::string& name, Operation operation) {
     })->Unit(benchmark::kMicrosecond);
 }
 
-/** A row of something that is not there. */
+/** A row that only says why it was not measured. */
 inline void missing_row(const std::string& name, const std::string& reason) {
     benchmark::RegisterBenchmark(name.c_str(), [reason](benchmark::State& state) {
         state.SkipWithError(reason.c_str());
@@ -60,14 +60,14 @@ using Parties = std::vector<Party>;
 
 std::shared_ptr<Parties> parties_on(const EcParamSet& set);
 
-/** A curve by the name that rows have for it. */
+/** A curve and its name in rows. */
 struct NamedCurve {
     const char* name;
-    std::uint32_t index;  ///< of its parameter set
+    std::uint32_t index;  ///< index of its parameter set
 };
 inline constexpr NamedCurve named_curves[] = {{"A", 1}, {"B", 2}, {"C", 3}, {"Test", 0}};
 
-/** Rows of other programs, or one each that says what is not installed. */
+/** Adds the rows of other libraries, or one row for each library that is not installed. */
 void add_peers();
 
 }  // namespace bench

@@ -1,5 +1,5 @@
-// Short messages, each through a context of its own: init, one update, final. Names: opened/MODE/vrx/BYTES. The
-// baseline is the straightforward loop without a context, so that the ratio shows what a context costs.
+// Short messages, each with a new context: init, one update, final. Names: opened/MODE/vrx/BYTES. The baseline is the
+// reference implementation without a context, so the ratio shows the overhead of a context.
 #include "straightforward.hpp"
 #include "support.hpp"
 #include "vrx.h"

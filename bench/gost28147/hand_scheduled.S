@@ -1,5 +1,5 @@
-// One block through the best chain of dependent instructions that we know for GOST 28147-89 with four look-up tables:
-// add, extract, load, and an exclusive-or tree that takes the look-ups in the order of their arrival.
+// Encrypts one block with the shortest dependency chain known for GOST 28147-89 with four look-up tables: add, extract,
+// load, and an exclusive-or tree that takes the look-ups in the order in which they complete.
 //
 // void hand_scheduled_encrypt(const uint8_t in[8], uint8_t out[8], const uint32_t key[8], const vrx_tz* table)
 

@@ -1,6 +1,6 @@
-// One block: the exported kernel beside a straightforward loop, the best hand-scheduled chain, and libgcrypt.
+// Single blocks: the exported kernel, a reference implementation, the best hand-scheduled code, and libgcrypt.
 //
-// "chained" feeds each result to the next call, which shows the latency; "independent" shows the throughput.
+// "chained" rows feed each result to the next call and measure latency. "independent" rows measure throughput.
 #include <benchmark/benchmark.h>
 
 #include <array>
@@ -23,7 +23,7 @@ constexpr std::uint32_t key[VRX_KEY_WORDS] = {0x01234567, 0x89abcdef, 0xfedcba98
                                               0x0f1e2d3c, 0x4b5a6978, 0x8796a5b4, 0xc3d2e1f0};
 const vrx_tz* const table = &TZ_28147_89[1];
 
-/** As one would write it first: a loop over the rounds. */
+/** Reference implementation: a loop over the rounds. */
 [[gnu::noinline]] void loop_encrypt(const std::uint8_t* in, std::uint8_t* out, const std::uint32_t* k,
                                     const vrx_tz* tz) {
     std::uint32_t n1;

@@ -1,6 +1,6 @@
-// Whole buffers: every mode over every engine, beside a straightforward loop timed in turn (the counter "ratio"), and
-// peers where they are installed. Names: modes/MODE/ENGINE/TABLE/BYTES. The table is "own" where its S-boxes have to be
-// found in it, "built-in" where its address is known, "strange" where no S-boxes have produced it.
+// Whole buffers: every mode with every engine, and installed peers. "ratio" is the speed-up over a reference
+// implementation, timed in turn. Names: modes/MODE/ENGINE/TABLE/BYTES. TABLE is "built-in" for a table whose address is
+// known, "own" for a custom one whose S-boxes are recovered first, and "strange" for one that no S-boxes produce.
 #include <cstring>
 #include <map>
 
@@ -22,7 +22,7 @@ constexpr std::uint32_t key[VRX_KEY_WORDS] = {0x01234567, 0x89abcdef, 0xfedcba98
 struct Mode {
     const char* name;
     void (*baseline)(const Work& w);
-    /** What a caller calls. */
+    /** The exported function. */
     int (*run)(const vrx_tz* table, const vrx_data* in, vrx_data* out, std::uint8_t* reg);
     bool parallel;
 };
@@ -69,7 +69,7 @@ const vrx_tz* table_of(const std::string& kind) {
     return kind == "own" ? &own : &strange;
 }
 
-/** Input of a length that does not begin at a cache line. */
+/** Input that does not start at a cache line. */
 struct Buffers {
     std::vector<std::uint8_t> in, out, expected;
     std::uint8_t reg[VRX_BLOCK_SIZE] = {1, 2, 3, 4, 5, 6, 7, 8};
@@ -95,7 +95,7 @@ void measure(benchmark::State& state, const Mode& mode, const Engine& engine, co
     bench::compare(state, baseline, job, size);
 }
 
-/** A context with key meshing, fed with the buffer again and again. */
+/** A context with key meshing that processes the buffer repeatedly. */
 void measure_meshed(benchmark::State& state, const Mode& mode, std::uint32_t number, const Engine& engine,
                     std::size_t size) {
     vrx::gost28147::choice.use(engine);
@@ -114,7 +114,7 @@ void measure_meshed(benchmark::State& state, const Mode& mode, std::uint32_t num
                                 {table, nullptr, b.other_reg, b.in.data(), b.expected.data(), size / VRX_BLOCK_SIZE},
                                 slow_key);
     };
-    job();  // from here on every section begins with a meshing
+    job();  // after this every section begins with key meshing
     std::memcpy(slow_key, ctx.key, sizeof slow_key);
     std::memcpy(b.other_reg, ctx.iv, sizeof b.other_reg);
     job();

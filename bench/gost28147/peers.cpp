@@ -194,7 +194,7 @@ void openssl(Rows& rows) {
         add(mode, nullptr);
 }
 
-/** Its distributed versions have the hash only. */
+/** Empty: its released versions have only the hash. */
 void nettle(Rows& rows) { rows.push_back({"ecb_encrypt", "nettle", "a nettle with GOST 28147-89", nullptr}); }
 
 }  // namespace

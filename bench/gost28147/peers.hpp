@@ -1,7 +1,7 @@
-// GOST 28147-89 of other libraries, one buffer at a time with a key that is already set.
+// Peers: GOST 28147-89 in other libraries. They process one buffer at a time; key setup is not measured.
 //
-// Where they can they use the S-boxes and the mode of the row; where they only have others (S-boxes of their own, a
-// plain counter, key meshing that cannot be switched off) the work is the same to within a few instructions a block.
+// A peer uses the S-boxes and the mode of the row if it has them. Some have other S-boxes, a plain counter, or key
+// meshing that cannot be turned off; the work then differs by a few instructions per block.
 #ifndef VRX_BENCH_GOST28147_PEERS_HPP
 #define VRX_BENCH_GOST28147_PEERS_HPP
 
@@ -16,7 +16,7 @@ struct Row {
     std::string mode;
     std::string name;
     std::string package;
-    /** Makes what processes the buffer; empty where the library lacks it. Not set where the library is missing. */
+    /** Returns a function that processes the buffer, or an empty one. Unset if the library is not installed. */
     std::function<std::function<void()>(const std::uint8_t* in, std::uint8_t* out, std::size_t size)> open;
 };
 

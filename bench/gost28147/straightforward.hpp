@@ -1,5 +1,5 @@
-// GOST 28147-89 as one writes it first: a kernel with its rounds unrolled and four look-ups each, called once a block.
-// What the engines are measured against.
+// Reference implementation of GOST 28147-89: unrolled rounds with four table look-ups each, one call per block. It is
+// the baseline of the benchmarks.
 #ifndef VRX_BENCH_GOST28147_STRAIGHTFORWARD_HPP
 #define VRX_BENCH_GOST28147_STRAIGHTFORWARD_HPP
 
@@ -28,7 +28,7 @@ void cfb_encrypt(const Work& w);
 void cfb_decrypt(const Work& w);
 void mac(const Work& w);
 
-/** The mode over sections of 128 blocks, key and register meshed before each. */
+/** Processes sections of 128 blocks, with meshing of key and register before each. */
 void meshed(void (*mode)(const Work& w), Work w, std::uint32_t* key);
 
 }  // namespace straightforward

@@ -1,7 +1,9 @@
-// The hash, HMAC and PBKDF2 over every engine, beside a straightforward way timed in turn (the counter "ratio"), and
-// peers where they are installed. Names: hash/ENGINE/TABLE/BYTES, where the table is "own" if its S-boxes have to be
-// found in it, "built-in" if its address is known, and "context" if a context holds a copy; hmac/ENGINE/BYTES;
-// pbkdf2/ENGINE/ITERATIONS; and the same with a peer's name for an engine.
+// The hash, HMAC and PBKDF2 with every engine, and installed peers. "ratio" is the speed-up over a reference
+// implementation, timed in turn.
+//
+// Names: hash/ENGINE/TABLE/BYTES, hmac/ENGINE/BYTES and pbkdf2/ENGINE/ITERATIONS. ENGINE may be the name of a peer.
+// TABLE is "built-in" for a table whose address is known, "own" for a custom one whose S-boxes are recovered first, and
+// "context" for the copy in a context.
 #include <cstring>
 
 #include "gostr3411/engine.hpp"
@@ -57,7 +59,7 @@ Digest pbkdf2(const std::uint8_t*, std::size_t iterations) {
     return out;
 }
 
-/** The straightforward way to do a work. */
+/** The reference implementation of a task. */
 Function baseline(const std::string& work) {
     if (work == "hash")
         return [](const std::uint8_t* data, std::size_t size) { return straightforward::hash(own, data, size); };
@@ -85,7 +87,7 @@ void measure(benchmark::State& state, const std::string& work, const Function& r
 std::vector<std::size_t> sizes(const std::string& work) {
     if (work == "hash") return {64, 256, 1024, 8192, 65536, 1 << 20};
     if (work == "hmac") return {64, 1024};
-    return {128};  // short, so that the system seldom interrupts one
+    return {128};  // short, so that interrupts are rare
 }
 
 const bool registered = [] {

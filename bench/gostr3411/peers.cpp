@@ -29,7 +29,7 @@
 namespace peers {
 namespace {
 
-/** What a library has of the three works. */
+/** The functions of a library for the three tasks. */
 struct Functions {
     Function hash, hmac, pbkdf2;
 };

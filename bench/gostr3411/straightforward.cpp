@@ -50,7 +50,7 @@ Octets sum_mod_2(const Octets& a, const Octets& b) {
     return out;
 }
 
-/** A: the lowest 64 bits leave, their sum with the next 64 comes in on top. */
+/** A: shift right by 64 bits; the new top 64 bits are the sum modulo 2 of the lowest two 64-bit words. */
 Octets transform_a(const Octets& y) {
     Octets out;
     for (std::size_t i = 0; i < 24; ++i) out[i] = y[i + 8];
@@ -68,7 +68,7 @@ Octets transform_p(const Octets& y) {
 constexpr Octets c3 = {0x00, 0xff, 0x00, 0xff, 0x00, 0xff, 0x00, 0xff, 0xff, 0x00, 0xff, 0x00, 0xff, 0x00, 0xff, 0x00,
                        0x00, 0xff, 0xff, 0x00, 0xff, 0x00, 0x00, 0xff, 0xff, 0x00, 0x00, 0x00, 0xff, 0xff, 0x00, 0xff};
 
-/** psi, `places` times over: each word that comes in on top is the sum of six. */
+/** psi, applied `places` times: each new top word is the sum modulo 2 of six words. */
 template <std::size_t places>
 Octets psi(const Octets& y) {
     std::uint16_t w[16 + places];

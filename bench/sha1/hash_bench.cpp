@@ -1,4 +1,4 @@
-// SHA-1: each variant of the compression, and whole calls beside OpenSSL.
+// SHA-1: each engine of the compression function, and whole calls compared with OpenSSL.
 #include <benchmark/benchmark.h>
 
 #include <array>
@@ -32,7 +32,7 @@ Digest vrx_hash(const std::vector<std::uint8_t>& data) {
 
 #ifdef VRX_WITH_OPENSSL
 Digest openssl_hash(const std::vector<std::uint8_t>& data) {
-    // A method fetched once, as OpenSSL asks of programs in a hurry.
+    // Fetched once, as OpenSSL recommends for speed.
     static EVP_MD* const method = EVP_MD_fetch(nullptr, "SHA1", nullptr);
     static EVP_MD_CTX* const ctx = EVP_MD_CTX_new();
     Digest out;

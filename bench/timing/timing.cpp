@@ -1,7 +1,8 @@
-// Do functions take longer for some secrets than for others? Each is timed with one fixed secret and with random ones,
-// in random order, and the two classes of times are compared. Usage: timing [SECONDS [NAME]], for each function whose
-// name contains NAME. Exit code 1: a function that is documented as independent of its secrets is not, or a leak that
-// was put there was not seen.
+// Timing test: does the time of a function depend on its secret? Each function is timed with one fixed secret and with
+// random secrets, in random order, and the two classes are compared.
+//
+// Usage: timing [SECONDS [NAME]] tests each function whose name contains NAME. The exit code is 1 if a function that is
+// documented as constant-time is not, or if the test misses a deliberate leak.
 #include <x86intrin.h>
 
 #include <cinttypes>
@@ -23,12 +24,12 @@
 
 namespace {
 
-/** Beyond this the difference is real; noise stays below 5. */
+/** |t| above this is a real difference; noise stays below 5. */
 constexpr double bound = 10;
 constexpr std::size_t batch = 2000;
 constexpr std::size_t largest_secret = 1024;
 
-/** How docs/side_channels.md puts it; a leak was put there on purpose. */
+/** The class in docs/side_channels.md, or a deliberate leak. */
 enum class Documented { independent, dependent, leak };
 
 using Bytes = std::span<const std::uint8_t>;
@@ -38,13 +39,13 @@ struct Function {
     std::string engine;
     Documented documented;
     std::size_t secret_size;
-    /** The fixed secret is zero but for this, its first byte. */
+    /** First byte of the fixed secret; the other bytes are zero. */
     std::uint8_t fixed;
     std::function<void()> choose_engine;
     std::function<void(Bytes)> run;
 };
 
-/** Results go where the compiler has to store them. */
+/** Keeps the compiler from removing the computation of a result. */
 template <typename T>
 void keep(const T& value) {
     asm volatile("" : : "r"(&value) : "memory");
@@ -56,7 +57,7 @@ class Secrets {
 public:
     explicit Secrets(const Function& f) : function_(f) {}
 
-    /** Draws a batch: which class each secret is of, and the secret. */
+    /** Draws a batch: a class and a secret for each measurement. */
     void draw() {
         for (std::size_t i = 0; i < batch; ++i) {
             std::uint8_t* secret = secrets_.data() + i * largest_secret;
@@ -70,7 +71,7 @@ public:
         }
     }
     [[nodiscard]] unsigned which(std::size_t i) const { return classes_[i]; }
-    /** Cycles. The secret always lies in one place. */
+    /** Times one call in cycles. All secrets are used at the same address. */
     double time(std::size_t i) {
         alignas(64) static std::uint8_t secret[largest_secret];
         std::memcpy(secret, secrets_.data() + i * largest_secret, largest_secret);
@@ -121,13 +122,13 @@ Result measured(const Function& f, double seconds) {
     return {measurements, first[batch / 2], test.largest_t()};
 }
 
-// --- what is measured ------------------------------------------------------------------------------------------------
+// --- functions under test --------------------------------------------------------------------------------------------
 
 struct Number {
     std::uint32_t digits[VRX_ECC_DIGITS];
 };
 
-/** 255 bits, so that it is a scalar of every set. */
+/** Returns a scalar of 255 bits, which is valid for every set. */
 Number scalar(Bytes secret) {
     Number n{};
     std::memcpy(n.digits, secret.data(), VRX_PRIVATE_KEY_SIZE);
@@ -161,7 +162,7 @@ void make_public(const EcParamSet& set, Bytes secret) {
     keep(q);
 }
 
-/** A point that is not the base point. */
+/** Returns a point other than the base point. */
 EcPoint peer_on(const EcParamSet& set) {
     EcPoint q;
     ecGeneratePublicKey(&set, some_number.digits, &q);
@@ -185,7 +186,7 @@ void agree(const EcParamSet& set, const EcPoint& point, Bytes secret) {
 constexpr std::size_t run_of_blocks = 64 * VRX_BLOCK_SIZE;
 constexpr std::size_t cipher_secret = VRX_KEY_SIZE + VRX_BLOCK_SIZE + run_of_blocks;
 
-/** Key, register and text from the secret. */
+/** Derives key, register and plaintext from the secret. */
 void encrypt(int mode, int direction, bool in_place, Bytes secret) {
     std::uint32_t key[VRX_KEY_WORDS];
     std::uint8_t iv[VRX_BLOCK_SIZE];
@@ -252,7 +253,7 @@ void sha1(Bytes secret) {
     keep(out);
 }
 
-/** Byte by byte up to the first difference from zero: what a MAC must not be compared with. */
+/** Compares with zero and stops at the first difference, as no comparison of MACs may. */
 void compare(Bytes secret) {
     unsigned equal = 0;
     for (const std::uint8_t byte : secret) {
@@ -265,7 +266,7 @@ void compare(Bytes secret) {
 const EcParamSet& set_a = *get_GOSTR3410_par(1);
 const EcParamSet& set_c = *get_GOSTR3410_par(3);
 
-/** CryptoPro-A without its table is no built-in set: the general methods work on it. */
+/** CryptoPro-A without its table is not a built-in set, so the general methods run. */
 const EcParamSet& own_set() {
     static const EcParamSet set = [] {
         EcParamSet copy = set_a;
@@ -355,7 +356,7 @@ std::vector<Function> hash_functions() {
 
 // --- the report ------------------------------------------------------------------------------------------------------
 
-/** Prints a line. Whether all is as documented. */
+/** Prints a line. Returns whether the result agrees with the documentation. */
 bool report(const Function& f, const Result& r) {
     const bool differs = r.t > bound;
     const char* verdict = differs ? "DEPENDS ON THE SECRET" : "no difference seen";
@@ -378,8 +379,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::string_view wanted = argc > 2 ? argv[2] : "";
-    std::printf("A fixed secret against random ones, %g seconds for each function. |t| above %g is a difference.\n\n",
-                seconds, bound);
+    std::printf("Fixed and random secrets, %g seconds for each function. |t| above %g is a difference.\n\n", seconds,
+                bound);
     std::printf("%-34s %-10s %12s %10s %9s\n", "function", "engine", "measurements", "cycles", "|t|");
     bool as_documented = true;
     unsigned functions = 0;
@@ -389,6 +390,6 @@ int main(int argc, char** argv) {
                 as_documented &= report(f, measured(f, seconds));
                 ++functions;
             }
-    if (functions == 0) std::fputs("no function has such a name\n", stderr);
+    if (functions == 0) std::fputs("no function has a name like this\n", stderr);
     return functions == 0 ? 2 : as_documented ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-// Whether two classes of measurements have one mean: B. L. Welch's t-test, over samples that are not kept.
+// Welch's t-test: do two classes of measurements have the same mean? The samples are not stored.
 #ifndef VRX_BENCH_TIMING_WELCH_HPP
 #define VRX_BENCH_TIMING_WELCH_HPP
 
@@ -18,7 +18,7 @@ public:
         c.mean += delta / ++c.count;
         c.squares += delta * (x - c.mean);
     }
-    /** Measurements of the smaller class. */
+    /** The number of measurements in the smaller class. */
     [[nodiscard]] double count() const { return std::min(classes_[0].count, classes_[1].count); }
     /** The difference of the means in units of its standard deviation. */
     [[nodiscard]] double t() const {
@@ -35,13 +35,13 @@ private:
 };
 
 /**
- * The test over all measurements, and over those below each of some limits: interruptions by others make the slowest
- * ones, and a leak may show in the fast ones alone (O. Reparaz, J. Balasch, I. Verbauwhede, "Dude, is my code constant
- * time?", 2017).
+ * The test over all measurements, and over those below each of several limits. Interrupts cause the slowest
+ * measurements, and a leak may show only in the fast ones (O. Reparaz, J. Balasch, I. Verbauwhede, "Dude, is my code
+ * constant time?", 2017).
  */
 class CroppedWelch {
 public:
-    /** The limits are quantiles of a first batch, which does not count otherwise: ever closer to 1, up to 1 - 2^-10. */
+    /** Sets the limits to quantiles of a first batch, up to 1 - 2^-10. That batch is not used otherwise. */
     explicit CroppedWelch(std::vector<double> first_batch) {
         std::sort(first_batch.begin(), first_batch.end());
         for (std::size_t i = 0; i < limits; ++i) {
@@ -55,7 +55,7 @@ public:
         for (std::size_t i = 0; i < limits; ++i)
             if (x < limit_.at(i)) below_.at(i).add(which, x);
     }
-    /** The largest |t| of any of the tests that have enough measurements. */
+    /** The largest |t| of all tests with enough measurements. */
     [[nodiscard]] double largest_t() const {
         double largest = std::abs(all_.t());
         for (const Welch& test : below_)

@@ -1,4 +1,4 @@
-// Deploying a table, beside a straightforward loop over its entries.
+// Deployment of a table, compared with a reference implementation.
 #include <cstring>
 
 #include "frame/cpu.hpp"
