@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 """Prepares a C header for the site, where each function stands alone. Usage: common_rules.py HEADER
 
-Puts each function of the library into the group of its tier. The tier is that of the section that contains the function;
-a section begins with a line such as
+Puts each function of the library into the group of its tier. The section that contains a function gives its tier; a
+section begins with a line such as
 
     /* ---- Building blocks: bits ---- */
 
-The description of each function ends with a pointer to the rules at the top of its header.
+The description of each function ends with a link to the rules at the top of its header.
 """
 import re
 import sys

@@ -1,4 +1,4 @@
-/* Calls through the shared object, family by family. Each call is checked by what it must yield. */
+/* Calls of every exported function through the shared object, by family. Each result is compared with a known one. */
 #ifndef VRX_TESTS_ABI_CALLS_H
 #define VRX_TESTS_ABI_CALLS_H
 

@@ -1,4 +1,4 @@
-/* Multiple-precision arithmetic. */
+/* Calls of the multiple-precision arithmetic. */
 #include <stdlib.h>
 #include <string.h>
 #include <sys/wait.h>
@@ -84,7 +84,7 @@ static void modular_calls(void) {
     CHECK(mpIsPrime(number(999), N, 5) == 0);
 }
 
-/* What the child writes to its standard output, and its exit status. */
+/* Runs a function in a child process; returns its standard output and exit status. */
 static int in_child(void (*body)(void), char* text, size_t size) {
     int ends[2], status;
     ssize_t length;

@@ -1,4 +1,4 @@
-/* Kernels, modes, contexts and key meshing of GOST 28147-89. */
+/* Calls of kernels, modes, contexts and key meshing of GOST 28147-89. */
 #include <string.h>
 
 #include "calls.h"
@@ -29,7 +29,7 @@ static uint8_t output[data_size];
 static int same(const void* a, const void* b, size_t size) { return memcmp(a, b, size) == 0; }
 
 static vrx_data record(const void* bytes, size_t length) {
-    /* Input is not written through the pointer. */
+    /* The input is const and must stay unchanged. */
     union {
         const void* in;
         uint8_t* out;
@@ -38,7 +38,7 @@ static vrx_data record(const void* bytes, size_t length) {
     return result;
 }
 
-/* What the kernel of a stream mode makes of `data`, from the register `plain`. */
+/* Checks the kernel of a stream mode on `data`, with the register `plain`. */
 static void stream_by_kernel(int mode, uint8_t out[data_size]) {
     uint8_t state[VRX_BLOCK_SIZE];
     memcpy(state, plain, sizeof state);
@@ -155,7 +155,7 @@ void mode_calls(void) {
     CHECK(tail == 3 && blocks == 1 && same(last, padded, sizeof padded));
 }
 
-/* `data` through a context in two pieces, with the functions of one mode. */
+/* Processes `data` in two pieces with the context functions of one mode. */
 static void two_pieces(vrx_crpt_ctx* ctx, int (*update)(vrx_crpt_ctx*, const vrx_data*, vrx_data*)) {
     const vrx_data first = record(data, 16);
     const vrx_data second = record(data + 16, 8);

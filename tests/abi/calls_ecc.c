@@ -1,4 +1,4 @@
-/* Curves: sets, points, multiples, signatures, agreement, octets. */
+/* Calls of the curve functions: sets, points, multiplication, signatures, key agreement, octets. */
 #include <stdio.h>
 #include <string.h>
 #include <unistd.h>
@@ -25,7 +25,7 @@ static void set_calls(void) {
     CHECK(epConvToDecimal(&p, x, y, sizeof x) == 0 && strcmp(x, "12") == 0 && strcmp(y, "34") == 0);
 }
 
-/* The generators print: their output goes nowhere. */
+/* The generators print; discard their output. */
 static void generator_calls(void) {
     static EcParamSet before[VRX_ECC_SET_COUNT];
     memcpy(before, cp_ecc_par, sizeof before);

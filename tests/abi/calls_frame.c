@@ -1,4 +1,4 @@
-/* Frame, tables and registry. */
+/* Calls of the frame, the S-box tables and the parameter registry. */
 #include <stdlib.h>
 #include <string.h>
 
@@ -12,7 +12,7 @@ void frame_calls(void) {
     CHECK(vrxflog == NULL);
     CHECK(strlen(vrx_copyright_notice()) > 0);
 
-    /* The variable is shared: what this program assigns is where the library writes. */
+    /* Program and library share the variable, so the library writes to the stream that this program assigns. */
     char text[100] = "";
     vrxflog = fmemopen(text, sizeof text, "w");
     CHECK(TZ_by_id(5) == NULL);
@@ -21,7 +21,7 @@ void frame_calls(void) {
     CHECK(strcmp(text, "TZ_by_id: index out of range\n") == 0);
 }
 
-/* A caller that leaves rubbish in the upper half of the registers of its 32-bit arguments. */
+/* Calls a function with garbage in the upper halves of the registers of its 32-bit arguments. */
 typedef const void* wide_index(uint64_t index);
 typedef int wide_find(const uint8_t* oid, uint64_t length, void* found);
 typedef int wide_remove(const uint8_t* oid, uint64_t length);

@@ -1,4 +1,4 @@
-/* GOST R 34.11-94, HMAC and the derivations. */
+/* Calls of GOST R 34.11-94, HMAC and the key derivations. */
 #include <string.h>
 
 #include "calls.h"
@@ -11,7 +11,7 @@ static const uint8_t abc_digest[VRX_HASH_SIZE] = {0xB2, 0x85, 0x05, 0x6D, 0xBF, 
 
 static uint8_t out[VRX_HASH_SIZE];
 
-/* Whether `out` holds these bytes; it is cleared for the next call. */
+/* Checks that `out` holds these bytes, then clears it for the next call. */
 static int came_out(const void* expected) {
     const int same = memcmp(out, expected, sizeof out) == 0;
     memset(out, 0, sizeof out);

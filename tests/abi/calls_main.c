@@ -1,4 +1,4 @@
-/* A C program of the library's users: it links the shared object and calls every function of it. */
+/* A C program that links to the shared object, as users' programs do, and calls every exported function. */
 #include <stdlib.h>
 
 #include "calls.h"
@@ -8,7 +8,7 @@ static int failures;
 void check(int holds, const char* file, int line, const char* condition) {
     if (holds) return;
     ++failures;
-    printf("%s:%d: %s does not hold\n", file, line, condition);
+    printf("%s:%d: check failed: %s\n", file, line, condition);
 }
 
 int main(void) {

@@ -1,4 +1,4 @@
-/* SHA-1. */
+/* Calls of SHA-1. */
 #include <string.h>
 
 #include "calls.h"
@@ -17,7 +17,7 @@ void sha1_calls(void) {
     shaFinal(&ctx, out);
     CHECK(memcmp(out, digest, sizeof out) == 0);
 
-    /* The same block, padded, as numbers. */
+    /* The same message as one padded block of words. */
     shaInit(&ctx);
     memset(ctx.data, 0, sizeof ctx.data);
     ctx.data[0] = 0x61626380;

@@ -1,4 +1,4 @@
-// Statements of the public headers that surprise: what each says is run.
+// Tests of statements in the public headers about unusual cases: warnings, odd codes, deliberate differences.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -48,7 +48,7 @@ Bytes mac_of(vrx_crpt_ctx& ctx) { return {ctx.mac, ctx.mac + sizeof ctx.mac}; }
 
 // ---- modes.h ----
 
-TEST(ContractModes, feedback_decryption_in_place_succeeds_with_wrong_plaintext_after_the_first_block) {
+TEST(ContractModes, in_place_cfb_decryption_gives_wrong_plaintext_after_block_one) {
     const Bytes plain = bytes(24);
     Bytes cipher(24), apart(24);
     std::uint8_t iv[8] = {};
@@ -109,7 +109,7 @@ TEST(ContractModes, one_record_may_be_input_and_output) {
     EXPECT_EQ(text, bytes(16));
 }
 
-TEST(ContractModes, codebook_needs_no_iv_and_cbc_logs_nothing) {
+TEST(ContractModes, ecb_needs_no_iv_and_cbc_logs_nothing) {
     LogCapture log;
     Bytes text = bytes(16);
     vrx_data both{16, text.data()};
@@ -125,7 +125,7 @@ TEST(ContractModes, codebook_needs_no_iv_and_cbc_logs_nothing) {
 
 // ---- context.h ----
 
-TEST(ContractContext, meshing_without_an_iv_fails_after_the_key_was_replaced) {
+TEST(ContractContext, meshing_without_an_iv_fails_but_replaces_the_key) {
     std::uint32_t words[VRX_KEY_WORDS];
     std::memcpy(words, key, sizeof words);
     EXPECT_EQ(vrx_crpt_crypto_pro_key_meshing_engine(&table, nullptr, words), VRX_ERR_BAD_PARAMS);
@@ -156,7 +156,7 @@ TEST(ContractContext, final_leaves_the_held_bytes_and_closes) {
     }
 }
 
-TEST(ContractContext, final_with_nothing_held_leaves_modes_1_4_5_and_unknown_ones_open) {
+TEST(ContractContext, final_without_held_bytes_leaves_these_modes_open) {
     for (const std::uint32_t mode : {1u, 2u, 3u, 4u, 5u, 77u}) {
         vrx_crpt_ctx ctx = open(mode);
         Bytes out;
@@ -168,7 +168,7 @@ TEST(ContractContext, final_with_nothing_held_leaves_modes_1_4_5_and_unknown_one
     }
 }
 
-TEST(ContractContext, an_update_after_the_mac_of_24_bytes_extends_the_message) {
+TEST(ContractContext, an_update_after_a_mac_of_24_bytes_extends_the_message) {
     vrx_crpt_ctx ctx = open(VRX_MODE_IMITO, 1, 0, table, false), whole = open(VRX_MODE_IMITO, 1, 0, table, false);
     Bytes out;
     ASSERT_EQ(update(ctx, bytes(24), out), VRX_OK);
@@ -181,7 +181,7 @@ TEST(ContractContext, an_update_after_the_mac_of_24_bytes_extends_the_message) {
     EXPECT_EQ(mac_of(ctx), mac_of(whole));
 }
 
-TEST(ContractContext, flags_are_as_described) {
+TEST(ContractContext, flags_hold_the_documented_values) {
     Bytes out;
     vrx_crpt_ctx feedback = open(VRX_MODE_GFB);
     ASSERT_EQ(update(feedback, bytes(16), out), VRX_OK);
@@ -198,7 +198,7 @@ TEST(ContractContext, flags_are_as_described) {
     EXPECT_EQ(mac.initialised, 0);
 }
 
-TEST(ContractContext, empty_input_of_the_engine) {
+TEST(ContractContext, engine_treats_empty_input_as_documented) {
     for (const std::uint32_t meshing : {0u, 1u}) {
         vrx_crpt_ctx ctx = open(VRX_MODE_GAMM, 1, meshing);
         std::uint8_t byte = 0;
@@ -209,7 +209,7 @@ TEST(ContractContext, empty_input_of_the_engine) {
     }
 }
 
-TEST(ContractContext, the_padding_flag_across_a_section_loses_the_first_one) {
+TEST(ContractContext, padding_flag_across_a_section_loses_the_first_section) {
     const auto counter_after = [](std::uint8_t flags) {
         vrx_crpt_ctx ctx = open(VRX_MODE_GAMM, 1, 1);
         ctx.flags = flags;
@@ -223,7 +223,7 @@ TEST(ContractContext, the_padding_flag_across_a_section_loses_the_first_one) {
     EXPECT_NE(counter_after(VRX_FLAG_FIRST | VRX_FLAG_PAD), counter_after(VRX_FLAG_FIRST));
 }
 
-TEST(ContractContext, a_mac_after_reset_depends_on_the_one_before) {
+TEST(ContractContext, a_mac_after_reset_depends_on_the_previous_mac) {
     Bytes out;
     vrx_crpt_ctx fresh = open(VRX_MODE_IMITO, 1, 0, table, false), again = fresh;
     ASSERT_EQ(update(fresh, bytes(16), out), VRX_OK);
@@ -238,7 +238,7 @@ TEST(ContractContext, a_mac_after_reset_depends_on_the_one_before) {
     EXPECT_EQ(mac_of(again), mac_of(half)) << "the first four bytes are cleared";
 }
 
-TEST(ContractContext, reset_in_counter_mode_encrypts_the_counter_again) {
+TEST(ContractContext, reset_in_counter_mode_encrypts_the_counter_twice) {
     Bytes out, expected;
     vrx_crpt_ctx ctx = open(VRX_MODE_GAMM);
     ASSERT_EQ(update(ctx, bytes(16), out), VRX_OK);
@@ -250,7 +250,7 @@ TEST(ContractContext, reset_in_counter_mode_encrypts_the_counter_again) {
     EXPECT_EQ(out, expected);
 }
 
-TEST(ContractContext, final_of_a_mac_succeeds_whatever_happened) {
+TEST(ContractContext, final_of_a_mac_succeeds_even_without_a_table) {
     vrx_crpt_ctx ctx = open(VRX_MODE_IMITO, 1, 0, not_deployed);
     ctx.block_len = 3;
     EXPECT_EQ(vrx_crpt_final(&ctx), VRX_OK);
@@ -270,7 +270,7 @@ TEST(ContractContext, the_older_entry_point_leaves_the_mac_state) {
     EXPECT_EQ(ctx.flags, VRX_FLAG_FIRST);
 }
 
-TEST(ContractContext, a_failing_update_keeps_the_output_length_and_streams_keep_everything) {
+TEST(ContractContext, failed_update_keeps_the_output_length) {
     Bytes out;
     std::uint32_t length = 0;
     for (const std::uint32_t mode : {1u, 2u, 3u, 4u, 5u}) {
@@ -293,7 +293,7 @@ TEST(ContractContext, a_failing_update_keeps_the_output_length_and_streams_keep_
 
 // ---- gostr3411.h, hmac.h, kdf.h ----
 
-TEST(ContractHash, only_the_first_full_buffer_of_a_call_is_processed_at_once) {
+TEST(ContractHash, only_the_first_full_buffer_of_an_update_is_processed_at_once) {
     GOSTR3411_CTX ctx;
     for (const auto& [size, count] : {std::pair{32u, 0u}, {64u, 32u}, {33u, 1u}, {96u, 32u}}) {
         ASSERT_EQ(GOSTR3411_Init_ex(&ctx, &TZ_3411_94[1]), VRX_OK);
@@ -302,7 +302,7 @@ TEST(ContractHash, only_the_first_full_buffer_of_a_call_is_processed_at_once) {
     }
 }
 
-TEST(ContractHash, opening_by_identifier_adds_no_line_and_transform_adds_one) {
+TEST(ContractHash, init_by_identifier_logs_no_line_and_transform_one) {
     LogCapture log;
     vrx_gostr3411_par own = GOSTR3411_OIDS[1];
     const std::uint8_t identifier[] = {6, 1, 9};
@@ -320,7 +320,7 @@ TEST(ContractHash, opening_by_identifier_adds_no_line_and_transform_adds_one) {
     EXPECT_EQ(std::count(both.begin(), both.end(), '\n'), 2);
 }
 
-TEST(ContractHmac, a_context_reads_its_record_again_at_reset) {
+TEST(ContractHmac, reset_reads_the_parameter_record_again) {
     vrx_gostr3411_par own = GOSTR3411_OIDS[1];
     RegistryGuard guard;
     DEFAULT_GOSTR3411_OID = &own;
@@ -331,7 +331,7 @@ TEST(ContractHmac, a_context_reads_its_record_again_at_reset) {
     EXPECT_EQ(GOSTR3411_HMAC_Reset(&ctx), VRX_ERR_BAD_PARAMS);
 }
 
-TEST(ContractKdf, no_output_succeeds_only_after_the_other_checks) {
+TEST(ContractKdf, zero_output_length_succeeds_only_after_the_other_checks) {
     RegistryGuard guard;
     vrx_gostr3411_par without_table = GOSTR3411_OIDS[1];
     without_table.tz = nullptr;
@@ -344,14 +344,14 @@ TEST(ContractKdf, no_output_succeeds_only_after_the_other_checks) {
 
 // ---- params.h ----
 
-TEST(ContractParams, rows_5_to_9_have_the_tables_of_rows_0_to_4_without_meshing) {
+TEST(ContractParams, rows_5_to_9_equal_rows_0_to_4_without_meshing) {
     for (std::uint32_t i = 0; i < 5; ++i) {
         EXPECT_EQ(get_GOST28147_par(5 + i)->tz, get_GOST28147_par(i)->tz);
         EXPECT_EQ(get_GOST28147_par(5 + i)->key_meshing, 0);
     }
 }
 
-TEST(ContractParams, records_and_their_pointers_are_kept) {
+TEST(ContractParams, registry_keeps_records_and_their_pointers) {
     RegistryGuard guard;
     vrx_gost28147_par own = *get_GOST28147_par(1);
     const std::uint8_t identifier[] = {6, 1, 9};
@@ -368,7 +368,7 @@ TEST(ContractParams, records_and_their_pointers_are_kept) {
 
 // ---- curves ----
 
-TEST(ContractCurves, a_multiple_beyond_the_order_may_be_wrong_with_code_0) {
+TEST(ContractCurves, scalar_above_the_order_may_give_a_wrong_point_and_code_0) {
     const EcParamSet& set = cp_ecc_par[1];
     std::uint32_t k[VRX_ECC_DIGITS];
     mpAdd(k, set.q, set.q, VRX_ECC_DIGITS);
@@ -382,7 +382,7 @@ TEST(ContractCurves, a_multiple_beyond_the_order_may_be_wrong_with_code_0) {
     EXPECT_EQ(epIsEqual(&table_sum, &set.G), 1u);
 }
 
-TEST(ContractCurves, the_table_is_read_whatever_has_precomp_says) {
+TEST(ContractCurves, table_is_read_regardless_of_has_precomp) {
     EcParamSet set = cp_ecc_par[1];
     set.has_precomp = 0;
     set.pp[0] = cp_ecc_par[1].pp[1];
@@ -397,7 +397,7 @@ int fixed_random(void* buffer, std::uint32_t length) {
     return 0;
 }
 
-TEST(ContractCurves, s_counts_modulo_q_and_0_means_valid) {
+TEST(ContractCurves, verification_reduces_s_and_returns_0_for_valid) {
     const std::uint8_t digest_bytes[32] = {1, 2, 3};
     std::uint32_t digest[VRX_ECC_DIGEST_WORDS];
     std::memcpy(digest, digest_bytes, 32);
@@ -418,7 +418,7 @@ TEST(ContractCurves, s_counts_modulo_q_and_0_means_valid) {
     }
 }
 
-/** Of the multiples of 2^248 below q, how many per cent stay below 2^256 when q is added. */
+/** Percentage of the multiples of 2^248 below q that stay below 2^256 after adding q. */
 int second_forms(const EcParamSet& set) {
     int forms = 0, all = 0;
     for (std::uint32_t top = 0; top < 256; ++top) {
@@ -432,21 +432,21 @@ int second_forms(const EcParamSet& set) {
     return 100 * forms / all;
 }
 
-TEST(ContractCurves, the_share_of_signatures_with_a_second_form) {
+TEST(ContractCurves, share_of_signatures_with_a_second_form_is_as_documented) {
     const int shares[] = {100, 0, 100, 65, 0, 65};  // percent: Test, A, B, C, XchA, XchB
     for (std::uint32_t i = 0; i < VRX_ECC_SET_COUNT; ++i) EXPECT_NEAR(second_forms(cp_ecc_par[i]), shares[i], 2) << i;
 }
 
 // ---- bigdigits.h ----
 
-TEST(ContractNumbers, zero_digits_and_the_odd_codes) {
+TEST(ContractNumbers, zero_digits_give_the_documented_codes) {
     std::uint32_t w[2] = {}, four[2] = {4, 0}, six[2] = {6, 0};
     EXPECT_EQ(mpShortAdd(w, w, 7, 0), 7u);
     EXPECT_EQ(mpShortSub(w, w, 7, 0), 7u);
     EXPECT_EQ(mpModInv(w, four, six, 2), 1);
 }
 
-TEST(ContractNumbers, the_primality_test_seeds_only_above_1) {
+TEST(ContractNumbers, primality_test_seeds_only_above_1) {
     const std::uint32_t one[1] = {1};
     const ChildRun run = run_in_child([&] {
         srand(5);
@@ -460,7 +460,7 @@ TEST(ContractNumbers, the_primality_test_seeds_only_above_1) {
 
 // ---- frame.h ----
 
-TEST(ContractFrame, setting_the_log_again_closes_standard_error) {
+TEST(ContractFrame, setting_the_log_twice_closes_standard_error) {
     const ChildRun run = run_in_child([] {
         vrx_set_log_file("stderr");
         vrx_set_log_file(nullptr);
@@ -469,7 +469,7 @@ TEST(ContractFrame, setting_the_log_again_closes_standard_error) {
     EXPECT_TRUE(passed(run)) << run.out;
 }
 
-TEST(ContractFrame, codes_with_a_second_meaning) {
+TEST(ContractFrame, some_codes_have_a_second_meaning) {
     EXPECT_EQ(GOSTR3411_Transform(VRX_PAR_HASH_1_OID, 9, VRX_PAR_HASH_1_OID, 0, nullptr), VRX_ERR_BAD_PARAMS);
     vrx_crpt_ctx ctx = open(VRX_MODE_GAMM);
     ASSERT_EQ(vrx_crpt_final(&ctx), VRX_OK);

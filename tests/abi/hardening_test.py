@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""How library and program are hardened, read from what the linker made of them.
+"""Checks the hardening of the library and the program in their ELF files.
 
 Usage: hardening_test.py LIBRARY PROGRAM OBJECT...
-  The objects are those that both are made of.
+  OBJECT...: the object files of both.
 """
 import os
 import re
@@ -25,21 +25,21 @@ class Hardening(unittest.TestCase):
             with self.subTest(path):
                 yield readelf(*options, path)
 
-    def test_both_can_be_loaded_anywhere(self):
+    def test_both_are_position_independent(self):
         for header in self.for_both("-h"):
             self.assertRegex(header, r"Type:\s+DYN")
         self.assertRegex(readelf("-d", self.program), r"\(FLAGS_1\).*\bPIE\b")
         for dynamic in self.for_both("-d"):
             self.assertNotIn("TEXTREL", dynamic)
 
-    def test_relocations_are_all_done_and_protected_at_load(self):
+    def test_full_relro_is_enabled(self):
         for segments in self.for_both("-l"):
             self.assertRegex(segments, r"\bGNU_RELRO\b")
         for dynamic in self.for_both("-d"):
             self.assertRegex(dynamic, r"\(FLAGS\).*\bBIND_NOW\b")
             self.assertRegex(dynamic, r"\(FLAGS_1\).*\bNOW\b")
 
-    def test_nothing_is_writable_and_executable(self):
+    def test_no_segment_is_writable_and_executable(self):
         for segments in self.for_both("-l"):
             self.assertEqual(re.findall(r"GNU_STACK .* 0x\S+ 0x\S+ ([RWE ]{3}) ", segments), ["RW "])
             loads = re.findall(r"LOAD .* 0x\S+ 0x\S+ ([RWE ]{3}) ", segments)
@@ -48,26 +48,26 @@ class Hardening(unittest.TestCase):
                 self.assertFalse("W" in rights and "E" in rights, loads)
 
     def asked_for(self, path):
-        """The functions of other libraries that a binary calls."""
+        """Return the functions that a binary imports."""
         return set(re.findall(r"\bUND ([^\s@]+)", readelf("--dyn-syms", path)))
 
-    def test_stacks_are_guarded(self):
+    def test_stack_protector_is_used(self):
         for path in (self.library, self.program):
             self.assertIn("__stack_chk_fail", self.asked_for(path), path)
 
-    def test_lengths_that_the_compiler_knows_are_checked_where_they_are_used(self):
+    def test_fortified_functions_are_used(self):
         for path in (self.library, self.program):
             checked = {name for name in self.asked_for(path) if name.endswith("_chk")}
             self.assertNotEqual(checked, set(), path)
 
-    def test_every_object_is_ready_for_checked_jumps_and_shadow_stacks(self):
+    def test_every_object_is_marked_for_ibt_and_shadow_stacks(self):
         self.assertGreater(len(self.objects), 20)
         for path in self.objects:
             self.assertRegex(readelf("-n", path), r"x86 feature: IBT, SHSTK", path)
         for notes in self.for_both("-n"):
             self.assertRegex(notes, r"x86 feature: .*SHSTK")
 
-    def test_every_exported_function_begins_as_the_target_of_a_checked_jump(self):
+    def test_every_exported_function_begins_with_endbr64(self):
         text = re.search(r"\] \.text\s+PROGBITS\s+(\w+) (\w+) (\w+)", readelf("-S", self.library))
         address, offset, size = (int(field, 16) for field in text.groups())
         with open(self.library, "rb") as file:

@@ -1,4 +1,4 @@
-/* Sizes and offsets of every public record, as C11 and again as C++ (layout_cxx.cpp). Fields are checked in order. */
+/* Static assertions on sizes and offsets of all public records, compiled as C11 and as C++ (layout_cxx.cpp). */
 #include <assert.h>
 #include <stddef.h>
 

@@ -1,2 +1,2 @@
-// The same records, seen by a C++ compiler.
+// Compiles the assertions of layout.c as C++.
 #include "layout.c"

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What the shared object shows to the dynamic linker: its symbols, its name, its needs, its protection.
+"""Checks the dynamic section of the shared object: symbols, soname, dependencies and protection.
 
 Usage: shared_object_test.py LIBRARY EXPORTS MAP CALLER
   EXPORTS lists the symbols, MAP is the version script, CALLER a program that uses every symbol.
@@ -26,7 +26,7 @@ def readelf(*arguments):
 
 
 def dynamic_symbols(path):
-    """Number: value size type bind visibility section name[@version]"""
+    """Parse a symbol: number, value, size, type, bind, visibility, section, name[@version]."""
     pattern = re.compile(r"^\s*\d+: [0-9a-f]+\s+(\w+)\s+(\w+)\s+(\w+)\s+\w+\s+(\w+)(?: ([^\s@]+)(?:@+(\S+))?)?", re.M)
     return [Symbol(name, version or "", kind, int(size, 0), section)
             for size, kind, bind, section, name, version in pattern.findall(readelf("--dyn-syms", path))
@@ -34,7 +34,7 @@ def dynamic_symbols(path):
 
 
 def section_flags(path):
-    """Section number to its flags, such as WA, and its name."""
+    """Map section numbers to flags, such as WA, and names."""
     pattern = re.compile(r"^\s*\[\s*(\d+)\] (\S+)\s+\S+\s+[0-9a-f]+ [0-9a-f]+ [0-9a-f]+ [0-9a-f]+\s+([A-Z]*)\s", re.M)
     return {number: (name, flags) for number, name, flags in pattern.findall(readelf("-S", path))}
 
@@ -57,13 +57,13 @@ class SharedObject(unittest.TestCase):
     def test_exports_are_exactly_the_listed_symbols(self):
         self.assertEqual(sorted(self.defined), sorted(self.listed))
 
-    def test_version_script_is_exactly_the_list(self):
+    def test_version_script_equals_the_list(self):
         with open(self.version_script, encoding="ascii") as file:
             text = re.sub(r"/\*.*?\*/", "", file.read(), flags=re.S)
         named = re.search(r"global:(.*?)local:\s*\*;", text, re.S).group(1)
         self.assertEqual(sorted(name.strip() for name in named.split(";") if name.strip()), sorted(self.listed))
 
-    def test_kinds_and_sizes_are_as_listed(self):
+    def test_types_and_sizes_are_as_listed(self):
         for name, (kind, size) in self.listed.items():
             with self.subTest(name):
                 symbol = self.defined[name]
@@ -71,7 +71,7 @@ class SharedObject(unittest.TestCase):
                 if size is not None:
                     self.assertEqual(symbol.size, size)
 
-    def test_read_only_data_lies_in_sections_that_are_read_only_once_loaded(self):
+    def test_read_only_data_is_in_read_only_sections(self):
         sections = section_flags(self.library)
         for name, (kind, _) in self.listed.items():
             if kind == "F":
@@ -80,32 +80,32 @@ class SharedObject(unittest.TestCase):
                 section, flags = sections[self.defined[name].section]
                 self.assertEqual("W" not in flags or section.startswith(".data.rel.ro"), kind == "R", section)
 
-    def test_no_symbol_bears_a_version(self):
+    def test_symbols_have_no_versions(self):
         self.assertEqual({s.version for s in self.defined.values()}, {""})
 
-    def test_name_is_libvrx_so_1(self):
+    def test_soname_is_libvrx_so_1(self):
         self.assertEqual(re.findall(r"\(SONAME\)\s+Library soname: \[(.*)\]", self.dynamic), ["libvrx.so.1"])
 
-    def test_c_library_alone_is_needed(self):
+    def test_only_the_c_library_is_needed(self):
         self.assertEqual(re.findall(r"\(NEEDED\)\s+Shared library: \[(.*)\]", self.dynamic), ["libc.so.6"])
 
-    def test_nothing_of_the_cxx_runtime_is_asked_for(self):
+    def test_no_symbol_of_the_cxx_runtime_is_imported(self):
         # __cxa_finalize belongs to the C library.
         asked = [n for n in self.undefined if re.match(r"_Z|__cxa_|__gxx_|_Unwind_", n) and n != "__cxa_finalize"]
         self.assertEqual(asked, [])
 
-    def test_nothing_runs_when_it_is_loaded(self):
-        # The compiler's own start file brings one entry each.
+    def test_there_are_no_static_constructors(self):
+        # The compiler's start files contribute one entry each.
         for array in ("INIT", "FINI"):
             sizes = re.findall(rf"\({array}_ARRAYSZ\)\s+(\d+) \(bytes\)", self.dynamic)
             self.assertLessEqual(sum(map(int, sizes)), 8)
 
-    def test_relocations_are_all_done_and_protected_at_load(self):
+    def test_full_relro_is_enabled(self):
         self.assertRegex(self.segments, r"\bGNU_RELRO\b")
         self.assertRegex(self.dynamic, r"\(FLAGS(_1)?\).*\b(BIND_NOW|NOW)\b")
         self.assertNotRegex(self.dynamic, r"TEXTREL")
 
-    def test_no_page_is_writable_and_executable_and_the_stack_is_not_executable(self):
+    def test_no_segment_is_writable_and_executable(self):
         stack = re.findall(r"GNU_STACK .* 0x\S+ 0x\S+ ([RWE ]{3}) ", self.segments)
         self.assertEqual(stack, ["RW "])
         loads = re.findall(r"LOAD .* 0x\S+ 0x\S+ ([RWE ]{3}) ", self.segments)
@@ -113,11 +113,11 @@ class SharedObject(unittest.TestCase):
         for rights in loads:
             self.assertFalse("W" in rights and "E" in rights)
 
-    def test_no_library_path_is_built_in(self):
+    def test_there_is_no_rpath(self):
         self.assertNotRegex(self.dynamic, r"\((RPATH|RUNPATH)\)")
 
     def test_caller_uses_every_symbol(self):
-        # Data that a program names is copied into it, so it may be defined there.
+        # A copy relocation defines library data in the program.
         named = {s.name for s in dynamic_symbols(self.caller)}
         self.assertEqual(sorted(set(self.listed) - named), [])
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""What the tests have run of src/, line by line and branch by branch. Usage: coverage.py PROJECT BUILD
+"""Reports which lines and branches of src/ the tests ran. Usage: coverage.py PROJECT BUILD
 
-Fails where something was not run and unreachable.txt does not say why, and where unreachable.txt names what was run.
+Fails if a line or branch was not run and unreachable.txt does not list it, or if it was run and is listed.
 """
 import json
 import subprocess
@@ -16,7 +16,7 @@ LIST = PROJECT / "tests/coverage/unreachable.txt"
 
 
 def counted_by(notes):
-    """The lines of one object, as the compiler's own tool counts them: (file, line as a dictionary)."""
+    """Yield the lines of one object as gcov counts them: (file, line as a dictionary)."""
     answer = subprocess.run(["gcov", "--json-format", "--stdout", "--branch-probabilities", notes],
                             capture_output=True, check=True, text=True).stdout
     for report in map(json.loads, answer.splitlines()):
@@ -28,11 +28,11 @@ def counted_by(notes):
 
 
 class Line:
-    """How often a line was run, and each of its branches: in all objects, and as all that a template became."""
+    """The counts of a line and its branches, summed over all objects and template instances."""
 
     def __init__(self):
         self.count = 0
-        self.shapes = {}  # number of branches, which differs where constants decide some: how often each was taken
+        self.shapes = {}  # number of branches (instances can differ) to the count of each branch
 
     def add(self, line):
         self.count += line["count"]
@@ -46,7 +46,7 @@ class Line:
 
 
 def measured():
-    """File: line number: Line."""
+    """Map each file to its lines by number."""
     files = defaultdict(lambda: defaultdict(Line))
     notes = sorted(OBJECTS.rglob("*.gcno"))
     if not any(OBJECTS.rglob("*.gcda")):
@@ -59,7 +59,7 @@ def measured():
 
 
 def not_run(files):
-    """What was not run: (file, "line" or a number of branches, text of the line) and where it stands."""
+    """Map (file, "line" or a number of branches, text of the line) to line numbers, for everything not run."""
     gaps = defaultdict(list)
     for name, lines in files.items():
         text = (PROJECT / name).read_text(encoding="utf-8").splitlines()
@@ -74,7 +74,7 @@ def not_run(files):
 
 
 def named():
-    """The entries of unreachable.txt: (file, "line" or a number of branches, text of the line)."""
+    """Read unreachable.txt: (file, "line" or a number of branches, text of the line)."""
     entries = set()
     file = None
     for line in LIST.read_text(encoding="utf-8").splitlines():
@@ -109,10 +109,10 @@ def main():
         numbers = ", ".join(map(str, gaps[name, what, text]))
         print(f"{name}:{numbers}: not run\n    {what} | {text}")
     for name, what, text in sorted(entries - gaps.keys()):
-        print(f"{LIST.relative_to(PROJECT)}: {name}: run after all, or not there\n    {what} | {text}")
+        print(f"{LIST.relative_to(PROJECT)}: {name}: was run, or does not exist\n    {what} | {text}")
     if gaps.keys() != entries:
         sys.exit(1)
-    print(f"Everything else is named in {LIST.relative_to(PROJECT)}.")
+    print(f"{LIST.relative_to(PROJECT)} lists everything else.")
 
 
 if __name__ == "__main__":

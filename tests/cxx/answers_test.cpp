@@ -1,4 +1,4 @@
-// Published answers, through the headers for C++.
+// Known answers of the standards, computed with the C++ headers.
 #include <gtest/gtest.h>
 
 #include <vrx.hpp>
@@ -13,7 +13,7 @@ namespace {
 const std::string tests = VRX_TESTS "/";
 
 const vrx_gost28147_par& cipher_set_named(const std::string& name) {
-    // The sets of RFC 4357 come before those without key meshing, which have other names.
+    // The sets of RFC 4357 come first; those without key meshing have other names.
     for (const vrx_gost28147_par& set : vrx::cipher_sets())
         if (set.name == name) return set;
     throw std::runtime_error("no cipher set " + name);
@@ -33,7 +33,7 @@ const vrx::Curve& curve_named(const std::string& name) {
     throw std::runtime_error("no curve " + name);
 }
 
-/** The table of a set for the cipher or, since they are tables all the same, for the hash. */
+/** Returns the table of a cipher or hash parameter set. */
 const vrx_tz& table_named(const std::string& name) {
     return name.starts_with("id-GostR3411") ? *hash_set_named(name).tz : *cipher_set_named(name).tz;
 }
@@ -60,7 +60,7 @@ Bytes message_of(const KatBlock& block) {
     return message;
 }
 
-/** `body` on all pieces of `size` bytes of data. */
+/** Calls `body` for each piece of `size` bytes. */
 template <typename Body>
 void in_pieces_of(std::size_t size, vrx::Bytes data, Body body) {
     for (std::size_t done = 0; done < data.size(); done += size)
@@ -199,7 +199,7 @@ TEST(CxxAnswers, hmac) {
     });
 }
 
-TEST(CxxAnswers, keys_from_passwords) {
+TEST(CxxAnswers, password_based_keys) {
     for_each_block(tests + "gostr3411/pbkdf2.kat", [](const KatBlock& block) {
         ASSERT_EQ(block.text("type"), "pbkdf2");
         const std::string expected = block.text("derived");
@@ -288,7 +288,7 @@ TEST(CxxAnswers, signatures) {
     });
 }
 
-TEST(CxxAnswers, a_curve_of_ones_own) {
+TEST(CxxAnswers, custom_curve) {
     for_each_block(tests + "ecc/own-curve.kat", [](const KatBlock& block) {
         ASSERT_EQ(block.text("type"), "verify-own");
         const auto read = [&](const char* name, auto& number) { vrx::mp::from_hex(number, block.text(name).c_str()); };

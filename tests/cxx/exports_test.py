@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Everything that the library exports is in reach through the headers for C++. Usage: exports_test.py PROJECT"""
+"""Checks that the C++ headers give access to every export of the library. Usage: exports_test.py PROJECT"""
 import re
 import sys
 from pathlib import Path
@@ -14,4 +14,4 @@ exports = re.search(r"global:(.*?)local:", exports, re.S).group(1)
 names = [name.strip() for name in exports.split(";") if name.strip()]
 missing = [name for name in names if name not in words]
 if len(names) < 100 or missing:
-    sys.exit(f"of {len(names)} exports these are not in vrx.hpp: {' '.join(missing)}")
+    sys.exit(f"vrx.hpp lacks these of {len(names)} exports: {' '.join(missing)}")

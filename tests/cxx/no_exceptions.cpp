@@ -1,4 +1,4 @@
-// A program of a user who has switched exceptions and run-time type information off: the templates are instantiated.
+// A program compiled without exceptions and RTTI; it instantiates the templates of the C++ headers.
 #include <vrx.hpp>
 
 namespace {

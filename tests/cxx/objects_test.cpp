@@ -1,4 +1,4 @@
-// Objects of the headers for C++: errors, ranges, moves, and what is left of a secret.
+// Tests of the types in the C++ headers: errors, range checks, moves, and wiping of secrets.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ int no_random(void*, std::uint32_t) { return 1; }
 const vrx::Key key(std::array<std::uint32_t, 8>{1, 2, 3, 4, 5, 6, 7, 8});
 const vrx::Iv iv({1, 2, 3, 4, 5, 6, 7, 8});
 
-TEST(CxxResult, errors_have_names_and_texts_of_their_own) {
+TEST(CxxResult, errors_have_distinct_names_and_texts) {
     std::set<std::string> names, texts;
     for (const Error error : errors) {
         EXPECT_TRUE(std::string(vrx::name(error)).starts_with("VRX_ERR_"));
@@ -52,7 +52,7 @@ TEST(CxxResult, holds_a_value_or_an_error) {
     EXPECT_EQ(vrx::Result<void>::of(-6).error(), Error::block_multiple);
 }
 
-TEST(CxxResultDeathTest, asking_for_what_is_not_there_ends_the_process) {
+TEST(CxxResultDeathTest, reading_a_missing_value_ends_the_process) {
     EXPECT_DEATH((void)vrx::Result<int>(Error::failed).value(), "");
     EXPECT_DEATH((void)vrx::Result<int>(1).error(), "");
     EXPECT_DEATH(vrx::Result<void>(Error::failed).value(), "");
@@ -70,7 +70,7 @@ TEST(CxxOctets, sizes_are_checked) {
     static_assert(!std::is_convertible_v<vrx::Iv, vrx::Ukm> && !std::is_constructible_v<vrx::Digest, vrx::Iv>);
 }
 
-TEST(CxxOctetsDeathTest, a_byte_that_is_not_there_ends_the_process) {
+TEST(CxxOctetsDeathTest, index_out_of_range_ends_the_process) {
     vrx::Iv octets({1, 2, 3, 4, 5, 6, 7, 8});
     octets[7] = 9;
     const vrx::Iv& same = octets;
@@ -81,7 +81,7 @@ TEST(CxxOctetsDeathTest, a_byte_that_is_not_there_ends_the_process) {
     EXPECT_DEATH((void)key[32], "");
 }
 
-TEST(CxxOctets, hexadecimal_both_ways) {
+TEST(CxxOctets, convert_to_hexadecimal_and_back) {
     const auto digest = vrx::Iv::from_hex("00fF10aBcDeF0123");
     EXPECT_EQ(vrx::to_hex(digest.value()), "00ff10abcdef0123");
     EXPECT_EQ(vrx::Iv::from_hex("00ff10abcdef01").error(), Error::buffer_length);
@@ -92,7 +92,7 @@ TEST(CxxOctets, hexadecimal_both_ways) {
     EXPECT_EQ(vrx::to_hex(vrx::Key::from_hex(text).value()), text);
 }
 
-TEST(CxxOctets, equal_only_when_every_byte_is) {
+TEST(CxxOctets, are_equal_only_if_all_bytes_are) {
     Random random;
     for (std::size_t i = 0; i < vrx::Digest::extent; ++i) {
         const vrx::Digest a = vrx::Digest::from(random.bytes(32)).value();
@@ -104,7 +104,7 @@ TEST(CxxOctets, equal_only_when_every_byte_is) {
     EXPECT_FALSE(vrx::equal_in_constant_time(Bytes(3), Bytes(4)));
 }
 
-TEST(CxxRandom, the_system_gives_other_bytes_each_time) {
+TEST(CxxRandom, system_source_gives_new_bytes_each_time) {
     EXPECT_FALSE(vrx::Key::random().value() == vrx::Key::random().value());
     EXPECT_EQ(vrx::system_random(nullptr, 0), 0);
     Bytes much(100'000), more(100'000);
@@ -114,7 +114,7 @@ TEST(CxxRandom, the_system_gives_other_bytes_each_time) {
     EXPECT_NE(Bytes(much.end() - 32, much.end()), Bytes(32)) << "filled to its end";
 }
 
-TEST(CxxRandom, a_source_that_fails_is_reported) {
+TEST(CxxRandom, failing_source_is_reported) {
     EXPECT_EQ(vrx::Key::random(no_random).error(), Error::random);
     EXPECT_EQ(vrx::Iv::random(no_random).error(), Error::random);
     EXPECT_EQ(vrx::PrivateKey::generate(vrx::default_curve(), no_random).error(), Error::random);
@@ -123,7 +123,7 @@ TEST(CxxRandom, a_source_that_fails_is_reported) {
     EXPECT_EQ(vrx::sign(*own, vrx::hash({}), no_random).error(), Error::random);
 }
 
-TEST(CxxCipher, buffers_are_checked_before_anything_happens) {
+TEST(CxxCipher, buffers_are_checked_first) {
     vrx::Encryptor cipher(key, iv);
     Bytes in(20), out(19);
     EXPECT_EQ(cipher.update(in, out).error(), Error::buffer_length);
@@ -135,7 +135,7 @@ TEST(CxxCipher, buffers_are_checked_before_anything_happens) {
     EXPECT_EQ(out, whole);
 }
 
-TEST(CxxCipher, bytes_of_a_block_are_held_back_also_without_a_place_to_write) {
+TEST(CxxCipher, incomplete_block_is_held_back_without_output_buffer) {
     const vrx::CipherParameters cbc(*vrx::cipher_table("tz_a"), vrx::Mode::cbc);
     vrx::Encryptor cipher(key, iv, cbc);
     const Bytes message = unhex("00112233445566778899aabbccddeeff");
@@ -150,7 +150,7 @@ TEST(CxxCipher, bytes_of_a_block_are_held_back_also_without_a_place_to_write) {
     EXPECT_EQ(hex(out), hex(whole));
 }
 
-TEST(CxxCipher, part_of_a_block_at_the_end_is_an_error) {
+TEST(CxxCipher, incomplete_last_block_is_an_error) {
     const vrx::CipherParameters codebook(*vrx::cipher_table("tz_a"), vrx::Mode::codebook);
     vrx::Encryptor cipher(key, iv, codebook);
     Bytes text(12), out(8);
@@ -159,7 +159,7 @@ TEST(CxxCipher, part_of_a_block_at_the_end_is_an_error) {
     EXPECT_EQ(vrx::encrypt(key, iv, text, text, codebook).error(), Error::block_multiple);
 }
 
-TEST(CxxCipher, a_message_ends_once) {
+TEST(CxxCipher, finish_succeeds_only_once) {
     for (const vrx::Mode mode : {vrx::Mode::codebook, vrx::Mode::counter, vrx::Mode::feedback, vrx::Mode::cbc}) {
         vrx::Encryptor cipher(key, iv, {*vrx::cipher_table("tz_a"), mode});
         Bytes block(8);
@@ -179,7 +179,7 @@ TEST(CxxCipher, a_message_ends_once) {
     EXPECT_EQ(mac.finish().error(), Error::context_state);
 }
 
-TEST(CxxCipher, other_modes_and_empty_tables_are_refused) {
+TEST(CxxCipher, unknown_modes_and_empty_tables_are_refused) {
     const vrx_tz empty{};
     Bytes text(8);
     EXPECT_EQ(vrx::encrypt(key, iv, text, text, {empty, vrx::Mode::counter}).error(), Error::failed);
@@ -189,7 +189,7 @@ TEST(CxxCipher, other_modes_and_empty_tables_are_refused) {
               Error::unknown_mode);
 }
 
-TEST(CxxCipher, the_default_is_that_of_the_library) {
+TEST(CxxCipher, default_equals_the_default_of_the_library) {
     Bytes in(40), out(40), expected(40);
     ASSERT_TRUE(vrx::encrypt(key, iv, in, out));
     const vrx_gost28147_par* set = get_GOST28147_default_par();
@@ -201,8 +201,8 @@ TEST(CxxCipher, the_default_is_that_of_the_library) {
     EXPECT_EQ(hex(out), hex(expected));
 }
 
-// Nothing reads the bytes, so there need not be any.
-TEST(CxxPieces, long_data_is_cut_where_a_count_ends) {
+// The test function does not read the bytes, so no memory is needed.
+TEST(CxxPieces, data_beyond_32_bit_lengths_is_split) {
     std::vector<std::pair<std::uintptr_t, std::uint32_t>> pieces;
     const std::uint8_t byte = 0;
     const std::size_t size = (std::size_t{5} << 30) + 3;
@@ -231,7 +231,7 @@ TEST(CxxHash, unknown_identifiers_are_reported) {
     EXPECT_EQ(vrx::Hash::with(unknown, {&own, 1}).value().finish(), vrx::hash({}, *vrx::hash_table("tz_0")));
 }
 
-TEST(CxxHash, a_copy_goes_on_by_itself) {
+TEST(CxxHash, copy_is_independent) {
     vrx::Hash first;
     first.update(vrx::bytes_of("one "));
     vrx::Hash second = first;
@@ -265,7 +265,7 @@ TEST(CxxKeys, ranges_are_checked) {
     EXPECT_EQ(vrx::PublicKey::from_point(vrx::Point(larger), curve).error(), Error::failed) << "x + p";
 }
 
-TEST(CxxKeys, both_ends_agree_and_strangers_do_not) {
+TEST(CxxKeys, both_sides_derive_the_same_key_and_others_do_not) {
     const vrx::Curve& curve = vrx::curve(vrx::CurveId::xch_a);
     const auto a = vrx::PrivateKey::generate(curve).value();
     const auto b = vrx::PrivateKey::generate(curve).value();
@@ -279,7 +279,7 @@ TEST(CxxKeys, both_ends_agree_and_strangers_do_not) {
     EXPECT_EQ(vrx::agree(a, b.public_key().value(), ukm, Bytes(9)).error(), Error::unsupported_oid);
 }
 
-TEST(CxxKeys, signatures_are_good_for_their_digest_and_key_alone) {
+TEST(CxxKeys, signature_is_valid_only_for_its_digest_and_key) {
     for (std::uint32_t id = 0; id < VRX_ECC_SET_COUNT; ++id) {
         const vrx::Curve& curve = vrx::curve(static_cast<vrx::CurveId>(id));
         const auto own = vrx::PrivateKey::generate(curve).value();
@@ -294,7 +294,7 @@ TEST(CxxKeys, signatures_are_good_for_their_digest_and_key_alone) {
 
 // --- Moves and wiping ------------------------------------------------------------------------------------------------
 
-/** Whether any 4 bytes in a row of `secret` stand somewhere in `memory`. */
+/** Returns whether `memory` contains any 4 consecutive bytes of `secret`. */
 bool holds_part_of(vrx::Bytes memory, vrx::Bytes secret) {
     for (std::size_t at = 0; at + 4 <= secret.size(); at += 4)
         if (std::search(memory.begin(), memory.end(), secret.begin() + static_cast<std::ptrdiff_t>(at),
@@ -303,7 +303,7 @@ bool holds_part_of(vrx::Bytes memory, vrx::Bytes secret) {
     return false;
 }
 
-/** An object in memory that outlives it. */
+/** An object in memory that stays readable after its destruction. */
 template <typename Object>
 class Place {
 public:
@@ -321,11 +321,11 @@ private:
     Object* object_;
 };
 
-/** The object holds the secret; after a move, and at its end, its memory does not. */
+/** Checks that the object contains the secret, and that a move and destruction wipe it. */
 template <typename Object, typename... Arguments>
 void expect_forgotten(vrx::Bytes secret, Arguments&&... arguments) {
     Place<Object> first(std::forward<Arguments>(arguments)...);
-    EXPECT_TRUE(holds_part_of(first.memory(), secret)) << "it was never there";
+    EXPECT_TRUE(holds_part_of(first.memory(), secret)) << "the secret is not in the object";
     Place<Object> second(std::move(first.object()));
     EXPECT_FALSE(holds_part_of(first.memory(), secret)) << "moved from";
     EXPECT_TRUE(holds_part_of(second.memory(), secret));
@@ -333,11 +333,11 @@ void expect_forgotten(vrx::Bytes secret, Arguments&&... arguments) {
     EXPECT_FALSE(holds_part_of(second.memory(), secret)) << "moved from by assignment";
     EXPECT_TRUE(holds_part_of(first.memory(), secret));
     first.end();
-    EXPECT_FALSE(holds_part_of(first.memory(), secret)) << "ended";
+    EXPECT_FALSE(holds_part_of(first.memory(), secret)) << "destroyed";
     second.end();
 }
 
-TEST(CxxWiping, secrets_go_with_their_objects) {
+TEST(CxxWiping, moves_and_destruction_wipe_secrets) {
     Random random;
     const Bytes secret = random.bytes(32);
     const std::span<const std::uint8_t, 32> bytes(secret);
@@ -362,7 +362,7 @@ TEST(CxxWiping, secrets_go_with_their_objects) {
     expect_forgotten<vrx::JacobianPoint>(secret, jacobian);
 }
 
-TEST(CxxWiping, messages_go_with_their_hashes) {
+TEST(CxxWiping, moves_and_destruction_wipe_message_data) {
     Random random;
     const Bytes secret = random.bytes(31);
     const auto holds = [&](vrx::Bytes memory) { return holds_part_of(memory, secret); };
@@ -386,7 +386,7 @@ TEST(CxxWiping, messages_go_with_their_hashes) {
     EXPECT_FALSE(holds_part_of(hmac.memory(), pad));
 }
 
-TEST(CxxWiping, secrets_are_not_copied_by_accident) {
+TEST(CxxWiping, types_with_secrets_are_not_copyable) {
     static_assert(!std::is_copy_constructible_v<vrx::Key> && !std::is_copy_assignable_v<vrx::Key>);
     static_assert(!std::is_copy_constructible_v<vrx::PrivateKey> && !std::is_copy_assignable_v<vrx::PrivateKey>);
     static_assert(!std::is_copy_constructible_v<vrx::Encryptor> && !std::is_copy_constructible_v<vrx::Mac>);
@@ -395,7 +395,7 @@ TEST(CxxWiping, secrets_are_not_copied_by_accident) {
     EXPECT_EQ(key.copy(), key);
 }
 
-TEST(CxxMoves, a_moved_cipher_goes_on) {
+TEST(CxxMoves, moved_cipher_continues_the_message) {
     Bytes text(64), expected(64);
     ASSERT_TRUE(vrx::encrypt(key, iv, text, expected));
     vrx::Encryptor first(key, iv);

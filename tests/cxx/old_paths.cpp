@@ -1,4 +1,4 @@
-// A program written for the older include paths: each of them still declares what it did.
+// Compiles against the older include paths: each still declares the same names.
 #include <vrx/cipher.hpp>
 #include <vrx/curves.hpp>
 #include <vrx/hash.hpp>

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A compiler in C++17 mode gets one error from vrx.hpp, with the option to use.
+"""Checks that vrx.hpp in C++17 mode gives one error, which names the option for C++20.
 
 Usage: older_standard_test.py COMPILER INCLUDE
 """

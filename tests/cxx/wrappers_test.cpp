@@ -1,4 +1,4 @@
-// What is one call of a C function gives what that function gives, with its arguments in its order.
+// Tests that thin C++ wrappers give the same results as the C functions that they call.
 #include <gtest/gtest.h>
 
 #include <vrx.hpp>
@@ -28,7 +28,7 @@ protected:
     Five number() {
         Five digits;
         std::ranges::generate(digits, [&] { return random.word(); });
-        digits[n - 1] >>= 2;  // a spare bit, for sums modulo m
+        digits[n - 1] >>= 2;  // a spare bit for sums modulo m
         return digits;
     }
 };
@@ -218,7 +218,7 @@ static_assert(!CanAdd<std::array<std::uint64_t, 5>&, std::array<std::uint64_t, 5
 
 // --- Tables and parameter sets ---------------------------------------------------------------------------------------
 
-TEST(CxxTables, are_those_of_the_library) {
+TEST(CxxTables, equal_those_of_the_library) {
     for (std::uint32_t i = 0; i < VRX_TZ_28147_89_COUNT; ++i) EXPECT_EQ(vrx::cipher_table(i), &vrx::cipher_tables()[i]);
     for (std::uint32_t i = 0; i < VRX_TZ_3411_94_COUNT; ++i) EXPECT_EQ(vrx::hash_table(i), &vrx::hash_tables()[i]);
     EXPECT_EQ(vrx::cipher_table("tz_b"), &TZ_28147_89[2]);
@@ -228,7 +228,7 @@ TEST(CxxTables, are_those_of_the_library) {
     EXPECT_EQ(vrx::copyright_notice(), vrx_copyright_notice());
 }
 
-TEST(CxxTables, of_ones_own_in_every_form) {
+TEST(CxxTables, custom_ones_in_every_form) {
     const std::string text =
         "C6BC75814838FDE762525F2E2381A65DA92D89605AF41295B5AF6C189CD6DAC3"
         "E1E70BF48E10974FD47A38BA7745E1060BC3B4D93D9E43ACF0692E3B1F0BC072";
@@ -247,7 +247,7 @@ TEST(CxxTables, of_ones_own_in_every_form) {
     for (const std::size_t length : {0u, 127u, 129u, 500u})
         EXPECT_EQ(vrx::sboxes_from_text(std::string(length, '0')).error(), vrx::Error::unknown_tz) << length;
     const std::string framed = "<" + text + ">";
-    EXPECT_TRUE(same(vrx::deploy(std::string_view(framed).substr(1, 128)).value())) << "without a zero behind it";
+    EXPECT_TRUE(same(vrx::deploy(std::string_view(framed).substr(1, 128)).value())) << "not NUL-terminated";
 }
 
 TEST(CxxTables, parameter_sets_are_found_and_registered) {
@@ -289,7 +289,7 @@ TEST(CxxTables, parameter_sets_are_found_and_registered) {
     DEFAULT_GOSTR3411_OID = vrx::hash_set(1);
 }
 
-TEST(CxxTables, identifiers_are_in_the_order_of_the_sets) {
+TEST(CxxTables, identifiers_have_the_order_of_the_sets) {
     const vrx::Bytes ciphers[] = {vrx::oid::cipher_test,     vrx::oid::cipher_a,        vrx::oid::cipher_b,
                                   vrx::oid::cipher_c,        vrx::oid::cipher_d,        vrx::oid::cipher_test_simple,
                                   vrx::oid::cipher_a_simple, vrx::oid::cipher_b_simple, vrx::oid::cipher_c_simple,
@@ -315,7 +315,7 @@ TEST(CxxTables, identifiers_are_in_the_order_of_the_sets) {
     vrx::set_program_curve(before);
 }
 
-TEST(CxxLog, goes_where_it_is_sent) {
+TEST(CxxLog, writes_to_the_selected_stream) {
     char* text = nullptr;
     std::size_t size = 0;
     std::FILE* stream = open_memstream(&text, &size);
@@ -342,7 +342,7 @@ protected:
     const vrx_tz& table = TZ_28147_89[3];
     const Bytes text = random.bytes(24), odd = random.bytes(21);
 
-    /** The wrapper and the function give the same bytes, count and register; in, out and iv are those of the call. */
+    /** Checks that wrapper and function give the same bytes, count and register, for these in, out and iv. */
     template <typename Wrapper, typename Function>
     void expect_same(const Bytes& in, Wrapper wrapper, Function function) {
         Bytes out(in.size()), expected(in.size());
@@ -549,7 +549,7 @@ TEST(CxxPoints, are_added_and_multiplied) {
     EXPECT_EQ(vrx::Point::from_decimal(x, y), three);
 }
 
-TEST(CxxPoints, the_base_points_table_is_filled_and_the_curves_are_printed) {
+TEST(CxxPoints, table_of_multiples_is_filled_and_curves_are_printed) {
     vrx::Curve curve = vrx::curve(vrx::CurveId::b);
     std::ranges::fill(std::as_writable_bytes(std::span(curve.pp)), std::byte{0});
     testing::internal::CaptureStdout();

@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
-"""Every command in the console blocks prints what the page shows. Usage: commands_test.py PROJECT PROGRAM
+"""Runs the commands of all console blocks and compares their output with the page.
 
-The manual, docs/vrx.md, has a test of its own in tests/app. A page that uses OpenSSL's GOST engine is skipped where the
-engine is not installed.
+Usage: commands_test.py PROJECT PROGRAM
+
+A test in tests/app covers the manual, docs/vrx.md. Pages that use OpenSSL's GOST engine are skipped if it is not
+installed.
 """
 import os
 import re
@@ -50,7 +52,7 @@ class Commands(unittest.TestCase):
                 self.assertIn(used, known, name_of(page))
 
     def test_commands_and_options_in_the_text_exist(self):
-        """`vrx COMMAND --option` anywhere in the text names what the program has."""
+        """Checks every `vrx COMMAND --option` in the text."""
         helps = {}
         for page in PAGES:
             for command, rest in re.findall(r"`vrx ([a-z]\w*)\b([^`]*)`", text_of(page)):

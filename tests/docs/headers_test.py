@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""What each header for C says at its top, and what is made of it. Usage: headers_test.py PROJECT"""
+"""Checks that the comments of the C headers are complete, and how the site shows them.
+
+Usage: headers_test.py PROJECT
+"""
 import re
 import sys
 import unittest
@@ -13,7 +16,7 @@ FAMILIES = [path for path in sorted((PROJECT / "include/vrx").glob("*.h")) if pa
 
 
 def functions_of(path):
-    """Position, comment and prototype of each exported function of a header."""
+    """Yield position, comment and prototype of each exported function of a header."""
     text = path.read_text(encoding="utf-8")
     for comment in common_rules.COMMENT.finditer(text):
         prototype = common_rules.PROTOTYPE.match(text, comment.end())
@@ -22,12 +25,12 @@ def functions_of(path):
 
 
 class Headers(unittest.TestCase):
-    def test_each_family_says_what_threads_may_do(self):
+    def test_each_family_has_a_rule_for_threads(self):
         for path in FAMILIES:
             self.assertRegex(common_rules.first_comment(path), r"Threads:|threads may share|number of\s[ *]*threads",
                              path.name)
 
-    def test_each_family_says_who_allocates(self):
+    def test_each_family_has_a_rule_for_memory(self):
         for path in FAMILIES:
             self.assertRegex(path.read_text(encoding="utf-8"), r"[Aa]llocate", path.name)
 
@@ -56,20 +59,20 @@ class Headers(unittest.TestCase):
                     returns = not re.match(r"\s*VRX_API\s+(__attribute__\S+\s+)?void\s+\w+\(", prototype[0])
                     self.assertEqual("@return " in comment, returns)
 
-    def test_each_function_stands_in_a_tier(self):
+    def test_each_function_is_in_a_tier(self):
         for path in FAMILIES:
             text = path.read_text(encoding="utf-8")
             self.assertEqual(len(common_rules.SECTION.findall(text)), text.count("/* ----"), path.name)
             for position, _, prototype in functions_of(path):
                 self.assertIsNotNone(common_rules.tier_at(text, position), prototype["name"])
 
-    def test_no_list_of_common_arguments_has_to_be_read_first(self):
+    def test_there_are_no_lists_of_common_arguments(self):
         for path in FAMILIES:
             self.assertNotIn("Common arguments", path.read_text(encoding="utf-8"), path.name)
 
 
 class Filter(unittest.TestCase):
-    def test_a_function_gets_its_group_and_a_pointer_to_the_common_rules(self):
+    def test_function_gets_its_group_and_a_link_to_common_rules(self):
         text = "/* ---- Use these ---- */\n\n/* ---- Building blocks: bits ---- */\n\nint f(void);\n"
         self.assertEqual(common_rules.tier_at(text, len(text)), "vrx_blocks")
         self.assertEqual(common_rules.tier_at(text, 27), "vrx_use")

@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""Every link inside the documentation leads to a file and a heading that exist. Usage: links_test.py PROJECT"""
+"""Checks that every internal link of the documentation leads to an existing file and heading.
+
+Usage: links_test.py PROJECT
+"""
 import re
 import sys
 import unittest
@@ -8,13 +11,13 @@ from pages import PAGES, PROJECT, name_of, text_of
 
 
 def anchors(text):
-    """The anchors of the headings, as code hosting sites form them."""
+    """Return the anchors of the headings, as code hosting sites form them."""
     return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
             for heading in re.findall(r"^#+ (.*)$", re.sub(r"^```.*?^```$", "", text, flags=re.M | re.S), re.M)}
 
 
 class Links(unittest.TestCase):
-    def test_each_leads_somewhere(self):
+    def test_each_link_has_a_target(self):
         seen = 0
         for page in PAGES:
             text = re.sub(r"`[^`\n]*`", "", re.sub(r"^```.*?^```$", "", text_of(page), flags=re.M | re.S))
@@ -29,8 +32,8 @@ class Links(unittest.TestCase):
                 seen += 1
         self.assertGreater(seen, 60)
 
-    def test_each_page_can_be_reached(self):
-        """From the first page, over links. The page of the Python package is what the package itself shows."""
+    def test_each_page_is_reachable(self):
+        """Follows links from the first page. The README of the Python package is exempt."""
         reached, left = set(), [PROJECT / "README.md"]
         while left:
             page = left.pop()

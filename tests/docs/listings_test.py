@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""Every listing is a file of examples/, names it, and has a build line that works. Usage: listings_test.py PROJECT LIBRARY
+"""Checks that every listing equals its file in examples/, and runs its build line.
+
+Usage: listings_test.py PROJECT LIBRARY
 
 LIBRARY is the built shared library. The build lines are run with a pkg-config file that points to it.
 """
@@ -39,7 +41,7 @@ class Listings(unittest.TestCase):
             seen += 1
         self.assertGreater(seen, 15)
 
-    def test_what_a_program_prints_is_quoted(self):
+    def test_quoted_output_equals_the_output_of_the_program(self):
         """A text block after a listing's build line is the expected output of an example."""
         expected = {path.read_text(encoding="utf-8") for path in EXAMPLES.rglob("*.expected")}
         for page in PAGES:

@@ -1,4 +1,4 @@
-"""The pages of the documentation, for the tests that read them."""
+"""Reads the pages of the documentation, for other tests."""
 import re
 import sys
 from pathlib import Path

@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""The site is made without a warning, and a gap in a comment is one. Usage: site_test.py PROJECT DOXYGEN"""
+"""Builds the documentation site without warnings, and checks that a gap in a comment causes one.
+
+Usage: site_test.py PROJECT DOXYGEN
+"""
 import shutil
 import subprocess
 import sys
@@ -22,15 +25,15 @@ class Site(unittest.TestCase):
                              stderr=subprocess.STDOUT, encoding="utf-8", check=False)
         return run.returncode, run.stdout
 
-    def test_everything_is_described(self):
+    def test_build_gives_no_warning(self):
         code, said = self.doxygen("docs/Doxyfile", PROJECT)
         self.assertEqual((code, said), (0, ""))
 
-    def test_every_parameter_and_result_of_the_c_interface_is(self):
+    def test_every_parameter_and_result_of_c_is_documented(self):
         code, said = self.doxygen("docs/Doxyfile.strict", PROJECT)
         self.assertEqual((code, said), (0, ""))
 
-    def test_a_gap_is_found(self):
+    def test_missing_parameter_causes_a_warning(self):
         shutil.copytree(PROJECT / "docs", self.scratch / "docs")
         for lost, gap in ((" * @param shift  ", "parameter 'shift'"), (" * @return bit 32 ", "return type")):
             (self.scratch / "include/vrx").mkdir(parents=True, exist_ok=True)

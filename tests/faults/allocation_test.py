@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Which parts of the library ask for memory: those whose headers say so, and no other.
+"""Checks that only the documented functions of the library allocate memory.
 
 Usage: allocation_test.py OBJECT...
 """
@@ -21,7 +21,7 @@ ASKING = re.compile(r"(malloc|calloc|realloc|free|memalign|aligned_alloc|posix_m
 class Allocation(unittest.TestCase):
     objects = []
 
-    def test_only_those_that_say_so_allocate(self):
+    def test_only_documented_functions_allocate(self):
         found = {}
         for path in self.objects:
             symbols = subprocess.run(["readelf", "-Ws", path], check=True, capture_output=True, text=True,

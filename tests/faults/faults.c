@@ -1,14 +1,14 @@
 /*
- * Calls of the C library that fail when they are told to. To be linked or loaded before the C library.
+ * Fault injection: functions of the C library that fail on request. Link or preload it before the C library.
  *
  * Environment, read at the first call:
- *   VRX_FAULT_MEMORY=n    the n-th allocation fails; n+ also all that follow
- *   VRX_FAULT_SYSTEM=n    the n-th system call of those below fails
- *   VRX_FAULT_STUTTER=1   reads, writes and random numbers come a few bytes at a time, and signals interrupt them
+ *   VRX_FAULT_MEMORY=n    the n-th allocation fails; with n+ all later ones as well
+ *   VRX_FAULT_SYSTEM=n    the n-th call of the system functions below fails
+ *   VRX_FAULT_STUTTER=1   read, write and getrandom process a few bytes at a time, and are interrupted by signals
  *   VRX_FAULT_NAMED=1     no file system has files without names
  *   VRX_FAULT_RANDOM=how  random bytes are all `zero`, or always the same (`constant`), or the same in every process
  *                         (`snapshot`); or they come once, and then `never` more
- *   VRX_FAULT_REPORT=FILE made when a fault was delivered; it holds the name of the call
+ *   VRX_FAULT_REPORT=FILE created at the first injected fault, with the name of the function
  */
 #define _GNU_SOURCE
 #include "faults.h"
@@ -34,7 +34,7 @@ void* __libc_memalign(size_t alignment, size_t size);
 void __libc_free(void* memory);
 
 struct Plan {
-    atomic_long until; /* calls until one fails; 0: none does */
+    atomic_long until; /* calls left until one fails; 0: none */
     atomic_int lasting;
 };
 static struct Plan memory_plan, system_plan;
@@ -131,7 +131,7 @@ void free(void* memory) {
     }
     __libc_free(memory);
 }
-/* Pages for secrets. The C library maps its own without this symbol. */
+/* Pages for secrets. The C library does not use this symbol for its own mappings. */
 void* mmap(void* address, size_t size, int rights, int flags, int fd, off_t offset) {
     if (is_due(&memory_plan, "mmap")) {
         errno = ENOMEM;
@@ -148,7 +148,7 @@ static int fails(const char* call, int error) {
     return 1;
 }
 
-/* Whether a call is interrupted; else how much of it is done. */
+/* Decides whether a call is interrupted, and how many bytes it processes otherwise. */
 static int is_interrupted(size_t* size) {
     prepare();
     if (!stutters) return 0;
@@ -162,7 +162,7 @@ static int is_interrupted(size_t* size) {
     return 0;
 }
 
-/* The streams of the process are not what is to fail. */
+/* Writes to standard error never fail, so that messages arrive. */
 static int is_message(int fd) { return fd == STDERR_FILENO; }
 
 ssize_t read(int fd, void* buffer, size_t size) {

@@ -1,4 +1,4 @@
-/* Allocations that fail when they are told to. */
+/* Fault injection for allocations. */
 #ifndef VRX_TESTS_FAULTS_FAULTS_H
 #define VRX_TESTS_FAULTS_FAULTS_H
 
@@ -8,11 +8,11 @@
 extern "C" {
 #endif
 
-/* Let the n-th allocation from now on fail, and it alone; 0: none. */
+/* Make only the n-th allocation from now on fail; 0: none. */
 void fail_allocation(long n);
-/* Allocations that were made and not given back. */
+/* The number of allocations that are not freed. */
 long live_allocations(void);
-/* Octets other than 0 in the memory that was given back last. */
+/* The number of nonzero bytes in the memory that was freed last, before it was freed. */
 size_t octets_left_in_last(void);
 
 #ifdef __cplusplus

@@ -1,4 +1,4 @@
-// Short memory: what every function that allocates does then, and that no other function allocates.
+// Failing allocations in the library: the behaviour of every function that allocates.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -18,10 +18,10 @@ namespace {
 
 using namespace vrx::test;
 
-/** What the C library may add to the size that it is asked for, and nobody writes to. */
+/** Bytes that the C library may add to an allocation; nobody writes to them. */
 constexpr std::size_t rounding = 24;
 
-/** Allocations left over by a call, during which the n-th one fails. Nothing that GoogleTest does comes between. */
+/** Returns the allocations that a call leaks while the n-th one fails. GoogleTest makes none in between. */
 template <typename Call>
 long left_over(long n, const Call& call) {
     const long before = live_allocations();
@@ -31,7 +31,7 @@ long left_over(long n, const Call& call) {
     return live_allocations() - before;
 }
 
-TEST(ShortMemory, copy_of_a_record_is_null) {
+TEST(ShortMemory, copy_of_a_record_fails_with_null) {
     vrx_gost28147_par* copy = GOST28147_OIDS;
     int rc = VRX_OK;
     copy = &GOST28147_CRYPTO_PRO_OIDS[0];
@@ -43,7 +43,7 @@ TEST(ShortMemory, copy_of_a_record_is_null) {
     std::free(copy);
 }
 
-TEST(ShortMemory, derivation_of_pkcs12_fails_silently_and_writes_nothing) {
+TEST(ShortMemory, pkcs12_derivation_fails_silently_and_writes_nothing) {
     LogCapture log;
     const Bytes text(40, 'p');
     Bytes out(70, 0x5a);
@@ -56,18 +56,18 @@ TEST(ShortMemory, derivation_of_pkcs12_fails_silently_and_writes_nothing) {
     EXPECT_EQ(rc, VRX_ERR_FAILED);
     EXPECT_EQ(out, Bytes(70, 0x5a));
     EXPECT_EQ(log.take(), "");
-    EXPECT_EQ(left_over(2, derive), 0) << "what it allocates it gives back";
+    EXPECT_EQ(left_over(2, derive), 0) << "no leak";
     EXPECT_LE(octets_left_in_last(), rounding) << "salt and password are wiped";
     EXPECT_EQ(rc, VRX_OK);
     EXPECT_NE(out, Bytes(70, 0x5a));
 }
 
-TEST(ShortMemory, long_number_as_a_text_ends_the_process) {
+TEST(ShortMemory, conversion_of_a_long_number_ends_the_process) {
     const ChildRun run = run_in_child([] {
         const std::vector<std::uint32_t> number(VRX_MP_MAX_DIGITS + 1, 1);
         std::vector<char> text(10 * number.size() + 11);
         const auto convert = [&] { mpConvToDecimal(number.data(), number.size(), text.data(), text.size()); };
-        EXPECT_EQ(left_over(2, convert), 0) << "what it allocates it gives back";
+        EXPECT_EQ(left_over(2, convert), 0) << "no leak";
         EXPECT_LE(octets_left_in_last(), rounding) << "the number is wiped";
         fail_allocation(1);
         convert();
@@ -79,16 +79,16 @@ TEST(ShortMemory, long_number_as_a_text_ends_the_process) {
     EXPECT_EQ(run.out, "");
 }
 
-TEST(ShortMemory, log_that_cannot_be_opened_is_off) {
+TEST(ShortMemory, log_that_cannot_be_opened_stays_off) {
     const std::string path = testing::TempDir() + "vrx_short_memory_log";
     int rc = VRX_ERR_FAILED;
     EXPECT_EQ(left_over(1, [&] { rc = vrx_set_log_file(path.c_str()); }), 0);
     EXPECT_EQ(rc, VRX_OK);
     EXPECT_EQ(vrxflog, nullptr);
-    EXPECT_EQ(TZ_by_id(9), nullptr) << "and nobody writes to it";
+    EXPECT_EQ(TZ_by_id(9), nullptr) << "the log is not used";
 }
 
-TEST(ShortMemory, log_is_written_without_a_buffer_of_its_own) {
+TEST(ShortMemory, log_works_without_a_buffer) {
     const std::string path = testing::TempDir() + "vrx_short_memory_log";
     std::remove(path.c_str());
     ASSERT_EQ(vrx_set_log_file(path.c_str()), VRX_OK);

@@ -1,4 +1,4 @@
-"""The program where memory is short, calls of the system fail, and data comes a few bytes at a time."""
+"""Tests of the program with failing allocations, failing system calls and short reads and writes."""
 
 import os
 import unittest
@@ -6,8 +6,8 @@ import unittest
 from program import ProgramTest, main
 
 FAULTS = os.environ["VRX_FAULTS"]
-ENOUGH = 3000  # no run makes so many calls
-OUT = "a folder with a long name/out"  # longer than texts that need no memory of their own
+ENOUGH = 3000  # more calls than any run makes
+OUT = "a folder with a long name/out"  # too long for the small string optimisation
 LISTS = ("mac", "hash", "sha1", "hmac")
 
 
@@ -27,7 +27,7 @@ class Runs(ProgramTest):
         self.vrx("sign", "--key", "pem", "-o", "signature", "in")
 
     def commands(self):
-        """Command lines; whether two runs give the same; and what proves a result right where they do not."""
+        """Yields command lines, whether their output is deterministic, and otherwise a command that checks it."""
         derive = ["derive", "--salt", "00112233445566778899", "--iterations", "10000", "--password-file", "password"]
         same = [
             ["encrypt", "--key", "key", "--iv", "0011223344556677", "-o", OUT, "in"],
@@ -64,7 +64,7 @@ class Runs(ProgramTest):
                 for folder, _, names in os.walk(self.folder) for name in names if not folder.endswith("report")}
 
     def with_faults(self, command, **faults):
-        """Run with a fault. Returns what the run left, and the call that failed, if any did."""
+        """Run with an injected fault. Returns the results and the name of the failed call, if any."""
         report = self.path("report/call")
         if os.path.exists(report):
             os.unlink(report)
@@ -78,7 +78,7 @@ class Runs(ProgramTest):
             os.unlink(self.path(OUT))
 
     def expect_whole_or_nothing(self, fault, first=1, after="", **more):
-        """Let each call fail in turn, in every command: a run succeeds whole, or fails and leaves all as it was."""
+        """Let each call of each command fail in turn. A run either succeeds, or fails and changes nothing."""
         for command, proof in self.commands():
             self.remove_output()
             before = self.files()
@@ -111,7 +111,7 @@ class Runs(ProgramTest):
 
 
     def expect_a_part(self, done, right, written):
-        """A list may lack the files that could not be read; a check says of which that holds."""
+        """A list may omit unreadable files; a check reports them."""
         lines = (right.out + written.get(OUT, b"")).splitlines()
         out = self.files().get(OUT, b"")
         for line in (done.out + out).splitlines():
@@ -124,7 +124,7 @@ class ShortMemory(Runs):
         self.expect_whole_or_nothing("memory")
 
     def test_all_allocations_fail_from_one_on(self):
-        # The first one is the reserve of the C++ runtime, without which nothing can be thrown.
+        # The first allocation is the C++ runtime's reserve for exceptions.
         self.expect_whole_or_nothing("memory", first=2, after="+")
 
 

@@ -1,5 +1,5 @@
-// Every exported function that takes memory, with each argument right behind an inaccessible page, and then right
-// before one; what is only read lies in memory that cannot be written. The results are those of any other place.
+// Bounds tests: every exported function that takes memory runs with each argument directly after an inaccessible page,
+// then directly before one. Inputs are in read-only memory. The results equal those with ordinary memory.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -28,7 +28,7 @@ using namespace vrx::test;
 
 constexpr std::uint32_t lengths[] = {1, 2, 7, 8, 9, 16, 31, 32, 33, 64, 65, 136, 300, 1024, 1025, 2600, 5003};
 
-/** The arguments of one call: memory with contents that depend on the round alone, fenced or not. */
+/** The arguments of one call: memory, fenced or not, with contents that depend only on the round. */
 class Arguments {
 public:
     Arguments(std::size_t round, std::optional<Fence> fence) : random(round), round_(round), fence_(fence) {}
@@ -37,11 +37,11 @@ public:
 
     [[nodiscard]] std::uint32_t length() const { return lengths[round_ % std::size(lengths)]; }
     [[nodiscard]] std::uint32_t whole_blocks() const { return 8 * ((length() + 7) / 8); }
-    /** How many digits a number has, a few. */
+    /** The number of digits in a number, a few. */
     [[nodiscard]] std::uint32_t digits() const { return 1 + static_cast<std::uint32_t>(round_) % 17; }
     [[nodiscard]] bool coin() const { return round_ % 2 == 0; }
 
-    // Memory that is read only.
+    // Inputs.
     const std::uint8_t* in(const Bytes& bytes) { return place(bytes, false, false); }
     const std::uint8_t* bytes(std::size_t size) { return in(random.bytes(size)); }
     const std::uint32_t* words(std::size_t count) {
@@ -62,7 +62,7 @@ public:
         return in(vrx_data{static_cast<std::uint32_t>(content.size()), const_cast<std::uint8_t*>(begin)});
     }
 
-    // Memory that is written. All of it is a result.
+    // Outputs; all bytes are compared.
     template <typename T>
     T* out(std::size_t count = 1) {
         return as<T>(place(Bytes(count * sizeof(T), 0xA5), true, true));
@@ -75,13 +75,13 @@ public:
     vrx_data* data_out(std::size_t capacity) {
         return scratch(vrx_data{static_cast<std::uint32_t>(capacity), out<std::uint8_t>(capacity)});
     }
-    /** The same, but for records with addresses in them and for random results. */
+    /** An output that is not compared: a record with addresses, or a random result. */
     template <typename T>
     T* scratch(const T& value) {
         return as<T>(place(bytes_of(value), true, false));
     }
 
-    /** A number that is a result. */
+    /** Adds a number to the results. */
     template <typename T>
     void note(T value) {
         notes_.push_back(static_cast<std::uint64_t>(value));
@@ -143,8 +143,8 @@ void expect_fences_to_stand(const Calls& calls) {
                 return arguments.results();
             };
             const auto anywhere = run(std::nullopt);
-            ASSERT_EQ(run(Fence::behind), anywhere) << "behind every argument";
-            ASSERT_EQ(run(Fence::before), anywhere) << "before every argument";
+            ASSERT_EQ(run(Fence::behind), anywhere) << "page before the arguments";
+            ASSERT_EQ(run(Fence::before), anywhere) << "page after the arguments";
         }
 }
 
@@ -352,7 +352,7 @@ const Calls& context_calls() {
          [](Arguments& a) {
              const std::uint32_t mode = any_mode(a);
              vrx_crpt_ctx* const ctx = context(a, mode);
-             // Modes with blocks hold the rest back.
+             // Block modes hold back an incomplete block.
              const std::uint32_t capacity =
                  mode == VRX_MODE_SS || mode == VRX_MODE_CBC ? a.length() / 8 * 8 : a.length();
              vrx_data* const out = mode == VRX_MODE_IMITO ? nullptr : a.data_out(capacity);
@@ -481,7 +481,7 @@ const Calls& hash_calls() {
 using W = std::uint32_t;
 
 const Calls& arithmetic_calls() {
-    // Numbers of so many digits as the round says. A modulus is odd and above 1.
+    // The round determines the number of digits. A modulus is odd and above 1.
     static const auto number = [](Arguments& a) { return a.words(a.digits()); };
     static const auto result = [](Arguments& a) { return a.out<W>(a.digits()); };
     static const auto modulus = [](Arguments& a) {
@@ -564,7 +564,7 @@ const Calls& arithmetic_calls() {
         {"mpModMult", modular(mpModMult)},
         {"mpModExp",
          [](Arguments& a) {
-             // An exponent of full length only where that is quick.
+             // A full-length exponent only for short numbers.
              Bytes exponent(4 * a.digits());
              const Bytes low = a.random.bytes(std::min<std::size_t>(exponent.size(), 12));
              std::copy(low.begin(), low.end(), exponent.begin());
@@ -610,7 +610,7 @@ const Calls& arithmetic_calls() {
 
 const EcParamSet& set_of_round(Arguments& a) { return cp_ecc_par[a.digits() % VRX_ECC_SET_COUNT]; }
 
-/** A source that yields the same numbers every time. */
+/** A source with the same numbers every time. */
 int draw(void* buffer, std::uint32_t length) {
     std::memset(buffer, 0x35, length);
     return 0;
@@ -732,7 +732,7 @@ const Calls& printing_calls() {
     return calls;
 }
 
-/** Those that are handed no memory. */
+/** Functions without pointer arguments. */
 const std::set<std::string> without_memory{"vrx_copyright_notice",
                                            "TZ_by_id",
                                            "hash_TZ_by_id",
@@ -749,20 +749,20 @@ const std::set<std::string> without_memory{"vrx_copyright_notice",
                                            "get_GOSTR3410_oid_name",
                                            "epInitParams"};
 
-TEST(Fences, tables_and_names_stay_between_them) { expect_fences_to_stand(table_calls()); }
-TEST(Fences, registry_stays_between_them) { expect_fences_to_stand(registry_calls()); }
-TEST(Fences, blocks_stay_between_them) { expect_fences_to_stand(block_calls()); }
-TEST(Fences, modes_stay_between_them) { expect_fences_to_stand(mode_calls()); }
-TEST(Fences, contexts_and_meshing_stay_between_them) { expect_fences_to_stand(context_calls()); }
-TEST(Fences, hashes_and_derivations_stay_between_them) { expect_fences_to_stand(hash_calls()); }
-TEST(Fences, arithmetic_stays_between_them) { expect_fences_to_stand(arithmetic_calls()); }
-TEST(Fences, curves_stay_between_them) { expect_fences_to_stand(curve_calls()); }
+TEST(Fences, tables_and_names_stay_in_bounds) { expect_fences_to_stand(table_calls()); }
+TEST(Fences, registry_stays_in_bounds) { expect_fences_to_stand(registry_calls()); }
+TEST(Fences, blocks_stay_in_bounds) { expect_fences_to_stand(block_calls()); }
+TEST(Fences, modes_stay_in_bounds) { expect_fences_to_stand(mode_calls()); }
+TEST(Fences, contexts_and_meshing_stay_in_bounds) { expect_fences_to_stand(context_calls()); }
+TEST(Fences, hashes_and_derivations_stay_in_bounds) { expect_fences_to_stand(hash_calls()); }
+TEST(Fences, arithmetic_stays_in_bounds) { expect_fences_to_stand(arithmetic_calls()); }
+TEST(Fences, curves_stay_in_bounds) { expect_fences_to_stand(curve_calls()); }
 
-TEST(Fences, printing_stays_between_them) {
+TEST(Fences, printing_stays_in_bounds) {
     EXPECT_TRUE(passed(run_in_child([] { expect_fences_to_stand(printing_calls()); })));
 }
 
-TEST(FencesDeathTest, a_last_message_is_read_to_its_end_and_no_further) {
+TEST(FencesDeathTest, last_message_is_not_read_beyond_its_end) {
     for (const Fence fence : {Fence::before, Fence::behind}) {
         const std::string message = "the last words";
         const Fenced text(message.size() + 1, fence);
@@ -772,7 +772,7 @@ TEST(FencesDeathTest, a_last_message_is_read_to_its_end_and_no_further) {
     }
 }
 
-TEST(FencesDeathTest, a_step_over_a_fence_is_noticed) {
+TEST(FencesDeathTest, access_beyond_a_fence_is_detected) {
     const Fenced behind(8, Fence::behind);
     const Fenced before(8, Fence::before);
     Fenced read_only(8, Fence::behind);
@@ -785,7 +785,7 @@ TEST(FencesDeathTest, a_step_over_a_fence_is_noticed) {
     EXPECT_DEATH(touch(read_only.begin()), "");
 }
 
-TEST(Fences, every_function_that_is_handed_memory_is_among_them) {
+TEST(Fences, every_function_with_pointer_arguments_is_tested) {
     std::set<std::string> called = without_memory;
     called.insert("mpFail");
     for (const Calls* calls : {&table_calls(), &registry_calls(), &block_calls(), &mode_calls(), &context_calls(),

@@ -1,4 +1,4 @@
-// The features of the processor, beside what the compiler's own run time finds.
+// Tests of CPU feature detection: against the compiler's run-time library, the system, and simulated CPUs.
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -15,7 +15,7 @@ using namespace vrx;
 
 bool has(std::uint32_t feature) { return (cpu::features() & feature) == feature; }
 
-TEST(cpu, features_are_those_that_the_compiler_finds) {
+TEST(cpu, features_equal_those_of_the_compiler) {
     __builtin_cpu_init();
     EXPECT_EQ(has(cpu::ssse3), __builtin_cpu_supports("ssse3") != 0);
     EXPECT_EQ(has(cpu::sse41), __builtin_cpu_supports("sse4.1") != 0);
@@ -28,7 +28,7 @@ TEST(cpu, features_are_those_that_the_compiler_finds) {
     EXPECT_EQ(has(cpu::avx512ifma), __builtin_cpu_supports("avx512ifma") != 0);
 }
 
-TEST(cpu, vectors_are_prompt_but_on_amd_processors_from_family_1ah) {
+TEST(cpu, single_cycle_simd_is_reported_as_documented) {
     std::ifstream info("/proc/cpuinfo");
     std::string line;
     while (std::getline(info, line) && line.rfind("cpu family", 0) != 0) continue;
@@ -38,7 +38,7 @@ TEST(cpu, vectors_are_prompt_but_on_amd_processors_from_family_1ah) {
     EXPECT_EQ(has(cpu::single_cycle_simd), __builtin_cpu_is("amd") == 0 || family < 0x1a);
 }
 
-TEST(cpu, the_nearest_cache_is_as_large_as_the_system_says) {
+TEST(cpu, large_l1_agrees_with_the_system) {
     std::ifstream info("/sys/devices/system/cpu/cpu0/cache/index0/size");
     unsigned size = 0;
     char unit = 0;
@@ -46,9 +46,9 @@ TEST(cpu, the_nearest_cache_is_as_large_as_the_system_says) {
     EXPECT_EQ(has(cpu::large_l1), size >= 48);
 }
 
-TEST(cpu, baseline_is_everywhere) { EXPECT_TRUE(has(cpu::baseline)); }
+TEST(cpu, baseline_is_always_supported) { EXPECT_TRUE(has(cpu::baseline)); }
 
-TEST(cpu, each_feature_has_a_bit_of_its_own) {
+TEST(cpu, each_feature_has_its_own_bit) {
     const std::uint32_t all[] = {cpu::ssse3,
                                  cpu::sse41,
                                  cpu::sha,
@@ -71,7 +71,7 @@ TEST(cpu, each_feature_has_a_bit_of_its_own) {
     }
 }
 
-// The bits are those of the processors' manuals.
+// The bits are from the CPU manuals.
 struct Announced {
     std::uint32_t feature;
     unsigned bit;
@@ -92,14 +92,14 @@ constexpr Announced avx512[] = {
     {cpu::avx512vbmi, 1, &cpu::Leaf::ecx, &cpu::Answers::leaf7},
 };
 
-/** Says nothing of itself; its vectors are not slow. */
+/** A CPU that reports no features, with single-cycle SIMD. */
 constexpr cpu::Answers silent{};
 
 std::uint32_t instructions(const cpu::Answers& answers) {
     return cpu::features(answers) & ~(cpu::single_cycle_simd | cpu::large_l1);
 }
 
-TEST(cpu, a_feature_is_there_where_its_bit_is_and_the_system_saves_its_registers) {
+TEST(cpu, feature_needs_its_bit_and_operating_system_support) {
     const auto check = [](std::span<const Announced> list, std::uint32_t saved) {
         for (const Announced& a : list) {
             cpu::Answers answers = silent;
@@ -117,7 +117,7 @@ TEST(cpu, a_feature_is_there_where_its_bit_is_and_the_system_saves_its_registers
     check(avx512, 0xe6);
 }
 
-TEST(cpu, no_other_bit_announces_a_feature) {
+TEST(cpu, no_other_bit_enables_a_feature) {
     cpu::Answers answers = silent;
     answers.saved = 0xffffffffU;
     answers.leaf1 = answers.leaf7 = {0xffffffffU, 0xffffffffU, 0xffffffffU, 0xffffffffU};
@@ -126,13 +126,13 @@ TEST(cpu, no_other_bit_announces_a_feature) {
     EXPECT_EQ(instructions(answers), 0U);
 }
 
-TEST(cpu, vectors_are_slow_on_amd_processors_from_family_1ah_alone) {
+TEST(cpu, only_amd_cpus_from_family_1ah_lack_single_cycle_simd) {
     const auto prompt = [](const char* vendor, unsigned family) {
         cpu::Answers answers = silent;
         std::memcpy(&answers.leaf0.ebx, vendor, 4);
         std::memcpy(&answers.leaf0.edx, vendor + 4, 4);
         std::memcpy(&answers.leaf0.ecx, vendor + 8, 4);
-        // The first four bits count up to 15, the other eight are added.
+        // The base family goes up to 15; the extended family is added.
         answers.leaf1.eax = family <= 15 ? family << 8 : 15U << 8 | (family - 15) << 20;
         answers.leaf1.eax |= 0xf00ff0ffU;  // model and stepping
         return (cpu::features(answers) & cpu::single_cycle_simd) != 0;
@@ -143,7 +143,7 @@ TEST(cpu, vectors_are_slow_on_amd_processors_from_family_1ah_alone) {
     EXPECT_TRUE(prompt("AuthenticAMX", 0x1a));
 }
 
-TEST(cpu, a_cache_is_large_from_48_kib) {
+TEST(cpu, l1_cache_is_large_from_48_kib) {
     const auto large = [](unsigned ways, unsigned partitions, unsigned line, unsigned sets) {
         cpu::Answers answers = silent;
         answers.cache.ebx = (ways - 1) << 22 | (partitions - 1) << 12 | (line - 1);
@@ -162,7 +162,7 @@ TEST(cpu, a_cache_is_large_from_48_kib) {
     EXPECT_FALSE((cpu::features(silent) & cpu::large_l1) != 0);
 }
 
-TEST(cpu, the_best_of_a_list_is_the_first_that_asks_for_nothing_else) {
+TEST(cpu, best_engine_is_the_first_with_supported_features) {
     struct Entry {
         std::uint32_t needs;
         [[nodiscard]] constexpr std::uint32_t suits() const { return needs; }

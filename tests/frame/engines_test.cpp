@@ -1,4 +1,5 @@
-// Every family: its list is that of frame/engines.hpp, and of these the best for a CPU is chosen.
+// Tests of engine selection in every family: the list equals frame/engines.hpp, and the first supported engine is
+// chosen.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -32,7 +33,7 @@ class Engines : public testing::Test {};
 using Families = testing::Types<Cipher, Hash, Sha1, Curves, Tables>;
 TYPED_TEST_SUITE(Engines, Families);
 
-TYPED_TEST(Engines, of_a_family_are_those_of_the_header_in_its_order) {
+TYPED_TEST(Engines, equal_the_list_in_the_header) {
     ASSERT_EQ(std::size(TypeParam::engines), std::size(TypeParam::entries));
     for (std::size_t i = 0; i < std::size(TypeParam::entries); ++i) {
         const auto& engine = cpu::engine_of(TypeParam::engines[i]);
@@ -42,7 +43,7 @@ TYPED_TEST(Engines, of_a_family_are_those_of_the_header_in_its_order) {
     }
 }
 
-TYPED_TEST(Engines, the_first_that_suits_this_cpu_runs_until_another_is_set) {
+TYPED_TEST(Engines, first_supported_engine_runs_until_another_is_selected) {
     TypeParam::choice.forget();
     const std::uint32_t features = cpu::features();
     const auto best = std::ranges::find_if(
@@ -56,7 +57,7 @@ TYPED_TEST(Engines, the_first_that_suits_this_cpu_runs_until_another_is_set) {
     EXPECT_STREQ(TypeParam::choice().name, best->name);
 }
 
-TEST(EngineFamilies, have_an_engine_for_every_processor) {
+TEST(EngineFamilies, have_an_engine_for_every_cpu) {
     for (const cpu::EngineFamily& family : cpu::engine_families) {
         EXPECT_EQ(family.engines.back().suits(), cpu::baseline) << family.name;
         for (std::uint32_t features : {0U, 1U, 0x555U, ~0U}) {

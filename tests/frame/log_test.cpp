@@ -1,4 +1,4 @@
-// What each failing call of the frame, the tables and the registry returns and logs, byte for byte.
+// Tests of return codes and exact log lines for every failing call of the frame, the tables and the registry.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -20,14 +20,14 @@ using vrx::test::passed;
 using vrx::test::RegistryGuard;
 using vrx::test::run_in_child;
 
-/** What a look-up came to, beside the return codes. */
+/** Results of look-ups, which have no return code. */
 enum LookUp { nothing = 1, something = 2 };
 
 LookUp seen(const void* found) { return found == nullptr ? nothing : something; }
 
 struct Row {
     std::string call;
-    std::function<int()> run; /**< starts with an empty registered list */
+    std::function<int()> run; /**< the registered list is empty before it */
     int result;
     std::string log;
 };
@@ -99,7 +99,7 @@ std::vector<Row> failing_calls() {
         [] { return vrx_crpt_init_new_TZ(std::string(VRX_TZ_STRING_SIZE, '0').c_str(), nullptr); }, -2,
         deploy_returned);
 
-    // Tables by number: the low 8 bits count.
+    // Tables by number: only the low 8 bits count.
     for (const std::uint32_t id : {5U, 6U, 255U, 261U, 0xFFFFFF05U, 0xFFFFFFFFU})
         add(
             "TZ_by_id(" + std::to_string(id) + ")", [=] { return seen(TZ_by_id(id)); }, nothing,
@@ -109,7 +109,7 @@ std::vector<Row> failing_calls() {
             "hash_TZ_by_id(" + std::to_string(id) + ")", [=] { return seen(hash_TZ_by_id(id)); }, nothing,
             "hash_TZ_by_id: index out of range\n");
 
-    // Tables by name. A name is data, whatever it looks like.
+    // Tables by name. A name with format specifiers is data.
     add(
         "TZ_by_name(NULL)", [] { return seen(TZ_by_name(nullptr)); }, nothing, "TZ_by_name: NULL name\n");
     add(
@@ -147,7 +147,7 @@ std::vector<Row> failing_calls() {
             std::string("hash_TZ_by_name(") + name + ")", [=] { return seen(hash_TZ_by_name(name)); }, nothing,
             std::string("hash_TZ_by_name: unsupported name ") + name + "\n");
 
-    // Records by number: silent.
+    // Records by number: no log line.
     for (const std::uint32_t index : {10U, 11U, 256U, 0x80000000U, 0xFFFFFFFFU})
         add(
             "get_GOST28147_par(" + std::to_string(index) + ")", [=] { return seen(get_GOST28147_par(index)); }, nothing,
@@ -194,7 +194,7 @@ std::vector<Row> failing_calls() {
     return rows;
 }
 
-TEST(log, of_each_failing_call_is_exactly_as_listed) {
+TEST(log, has_the_listed_line_for_each_failing_call) {
     for (const Row& row : failing_calls()) {
         SCOPED_TRACE(row.call);
         const RegistryGuard guard;
@@ -204,7 +204,7 @@ TEST(log, of_each_failing_call_is_exactly_as_listed) {
     }
 }
 
-TEST(log, switched_off_leaves_the_codes_the_same_and_everything_silent) {
+TEST(log, turned_off_does_not_change_return_codes) {
     const auto child = run_in_child([] {
         vrxflog = nullptr;
         for (const Row& row : failing_calls()) {
@@ -217,7 +217,7 @@ TEST(log, switched_off_leaves_the_codes_the_same_and_everything_silent) {
     EXPECT_EQ(child.out + child.err, "");
 }
 
-TEST(log, that_cannot_be_written_leaves_the_codes_the_same) {
+TEST(log, that_cannot_be_written_does_not_change_return_codes) {
     std::FILE* const before = vrxflog;
     std::FILE* const full = std::fopen("/dev/full", "w");
     ASSERT_NE(full, nullptr);
@@ -228,12 +228,12 @@ TEST(log, that_cannot_be_written_leaves_the_codes_the_same) {
         const RegistryGuard guard;
         EXPECT_EQ(row.run(), row.result);
     }
-    EXPECT_NE(std::ferror(full), 0) << "the lines were tried";
+    EXPECT_NE(std::ferror(full), 0) << "the lines were written";
     vrxflog = before;
     std::fclose(full);
 }
 
-TEST(log, messages_without_a_line_end_run_together) {
+TEST(log, messages_without_a_newline_run_together) {
     LogCapture log;
     EXPECT_EQ(vrx_crpt_init_num_TZ(nullptr, nullptr), VRX_ERR_BAD_PARAMS);
     EXPECT_EQ(TZ_by_id(5), nullptr);

@@ -26,18 +26,16 @@ void expect_one_constant_line(const char* (*notice)()) {
     const char* const text = notice();
     ASSERT_NE(text, nullptr);
     EXPECT_GT(std::strlen(text), 20U) << "names an origin and a permission";
-    for (const char* c = text; *c != '\0'; ++c) EXPECT_TRUE(*c >= ' ' && *c <= '~') << "no line end, plain characters";
+    for (const char* c = text; *c != '\0'; ++c) EXPECT_TRUE(*c >= ' ' && *c <= '~') << "printable ASCII only";
     EXPECT_EQ(notice(), text) << "the same text at every call";
     EXPECT_TRUE(is_read_only(text, std::strlen(text) + 1));
 }
 
-TEST(notice, library_names_its_origin_in_one_constant_line) { expect_one_constant_line(vrx_copyright_notice); }
+TEST(notice, of_the_library_is_one_constant_line) { expect_one_constant_line(vrx_copyright_notice); }
 
-TEST(notice, arithmetic_module_names_its_origin_in_one_constant_line) {
-    expect_one_constant_line(bigdigits_copyright_notice);
-}
+TEST(notice, of_the_arithmetic_is_one_constant_line) { expect_one_constant_line(bigdigits_copyright_notice); }
 
-TEST(notice, arithmetic_module_has_its_own_text) { EXPECT_STRNE(vrx_copyright_notice(), bigdigits_copyright_notice()); }
+TEST(notice, of_the_arithmetic_differs) { EXPECT_STRNE(vrx_copyright_notice(), bigdigits_copyright_notice()); }
 
 TEST(version, of_the_arithmetic_module_is_2205) { EXPECT_EQ(mpVersion(), 2205); }
 

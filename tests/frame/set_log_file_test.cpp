@@ -1,4 +1,4 @@
-// The log stream and its setter.
+// Tests of the log stream and vrx_set_log_file().
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -34,11 +34,11 @@ std::string contents(const fs::path& path) {
     return text.str();
 }
 
-/** Works in an empty folder of its own, with the log off; both are as before when the test ends. */
+/** Runs in an empty temporary folder with the log off; restores both at the end. */
 class SetLogFile : public testing::Test {
 protected:
     SetLogFile() : before_(fs::current_path()) {
-        // mkdtemp() replaces the closing six letters.
+        // mkdtemp() replaces the last six letters.
         std::string name = (fs::temp_directory_path() / ("vrx-log-" + std::string(6, 'X'))).string();
         if (mkdtemp(name.data()) == nullptr) throw fs::filesystem_error("mkdtemp", std::error_code());
         folder_ = name;
@@ -108,7 +108,7 @@ TEST_F(SetLogFile, appends_to_a_file_that_exists) {
     EXPECT_EQ(contents("old.log"), std::string("kept\n") + failure_line);
 }
 
-TEST_F(SetLogFile, appends_behind_what_others_add_meanwhile) {
+TEST_F(SetLogFile, appends_after_lines_of_other_writers) {
     EXPECT_EQ(vrx_set_log_file("shared.log"), VRX_OK);
     std::ofstream("shared.log", std::ios::app) << "another writer\n";
     fail_once();
@@ -116,7 +116,7 @@ TEST_F(SetLogFile, appends_behind_what_others_add_meanwhile) {
     EXPECT_EQ(contents("shared.log"), std::string("another writer\n") + failure_line);
 }
 
-TEST_F(SetLogFile, writes_out_and_closes_the_former_file) {
+TEST_F(SetLogFile, flushes_and_closes_the_previous_file) {
     EXPECT_EQ(vrx_set_log_file("first.log"), VRX_OK);
     fail_once();
     EXPECT_EQ(vrx_set_log_file("second.log"), VRX_OK);
@@ -128,14 +128,14 @@ TEST_F(SetLogFile, writes_out_and_closes_the_former_file) {
     EXPECT_EQ(contents("second.log"), std::string(failure_line) + failure_line);
 }
 
-TEST_F(SetLogFile, closes_the_former_file_before_it_opens_the_next) {
+TEST_F(SetLogFile, closes_the_previous_file_before_it_opens_the_next) {
     EXPECT_EQ(vrx_set_log_file("first.log"), VRX_OK);
     const int descriptor = fileno(vrxflog);
     EXPECT_EQ(vrx_set_log_file("second.log"), VRX_OK);
-    EXPECT_EQ(fileno(vrxflog), descriptor) << "the lowest free descriptor is the one given back";
+    EXPECT_EQ(fileno(vrxflog), descriptor) << "the descriptor is reused";
 }
 
-TEST_F(SetLogFile, set_again_to_the_same_file_goes_on_at_its_end) {
+TEST_F(SetLogFile, set_again_to_the_same_file_appends) {
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(vrx_set_log_file("same.log"), VRX_OK);
         fail_once();
@@ -175,7 +175,7 @@ TEST_F(SetLogFile, null_path_with_the_log_off_changes_nothing) {
     EXPECT_EQ(vrxflog, nullptr);
 }
 
-TEST_F(SetLogFile, path_that_cannot_be_opened_leaves_the_log_off_without_a_word) {
+TEST_F(SetLogFile, unusable_path_turns_the_log_off_silently) {
     fs::create_directory("folder");
     const std::string too_long(5000, 'x');
     for (const char* path : {"no/such/folder.log", "folder", "", too_long.c_str()}) {
@@ -184,7 +184,7 @@ TEST_F(SetLogFile, path_that_cannot_be_opened_leaves_the_log_off_without_a_word)
             const int descriptor = fileno(vrxflog);
             EXPECT_EQ(vrx_set_log_file(path), VRX_OK);
             EXPECT_EQ(vrxflog, nullptr);
-            EXPECT_FALSE(is_open(descriptor)) << "the former stream is closed all the same";
+            EXPECT_FALSE(is_open(descriptor)) << "the previous stream is closed nevertheless";
             fail_once();
         });
         EXPECT_TRUE(passed(child)) << path;
@@ -193,7 +193,7 @@ TEST_F(SetLogFile, path_that_cannot_be_opened_leaves_the_log_off_without_a_word)
     EXPECT_EQ(contents("first.log"), "");
 }
 
-TEST_F(SetLogFile, log_can_be_set_again_after_a_path_that_could_not_be_opened) {
+TEST_F(SetLogFile, log_can_be_set_again_after_an_unusable_path) {
     EXPECT_EQ(vrx_set_log_file("no/such/folder.log"), VRX_OK);
     EXPECT_EQ(vrx_set_log_file("good.log"), VRX_OK);
     fail_once();
@@ -201,10 +201,10 @@ TEST_F(SetLogFile, log_can_be_set_again_after_a_path_that_could_not_be_opened) {
     EXPECT_EQ(contents("good.log"), failure_line);
 }
 
-TEST_F(SetLogFile, texts_that_only_resemble_stderr_are_file_names) {
+TEST_F(SetLogFile, names_similar_to_stderr_are_file_names) {
     for (const std::string name :
          {"stderrx", "stderr ", " stderr", "stder", "s", "STDERR", "stderR", "stdout", "stderr.log"}) {
-        // The text ends exactly where its memory does: reading past it would be seen.
+        // The text ends at the end of its allocation, so an overrun is detected.
         const std::vector<char> path(name.c_str(), name.c_str() + name.size() + 1);
         const auto child = run_in_child([&] {
             EXPECT_EQ(vrx_set_log_file(path.data()), VRX_OK);
@@ -233,12 +233,12 @@ TEST_F(SetLogFile, stderr_means_the_standard_error_stream) {
     EXPECT_FALSE(fs::exists("stderr")) << "no file of that name";
 }
 
-TEST_F(SetLogFile, stderr_set_twice_closes_the_standard_error_stream) {
+TEST_F(SetLogFile, stderr_set_twice_closes_standard_error) {
     const auto child = run_in_child([] {
         EXPECT_EQ(vrx_set_log_file("stderr"), VRX_OK);
         fail_once();
         EXPECT_TRUE(is_open(STDERR_FILENO));
-        // Deliberate: the setter closes whatever was set, and points at the closed stream afterwards.
+        // Deliberate: the function closes the previous stream, then uses the closed stream.
         EXPECT_EQ(vrx_set_log_file("stderr"), VRX_OK);
         EXPECT_EQ(vrxflog, stderr);
         EXPECT_FALSE(is_open(STDERR_FILENO));
@@ -248,12 +248,12 @@ TEST_F(SetLogFile, stderr_set_twice_closes_the_standard_error_stream) {
     EXPECT_EQ(child.err, failure_line);
 }
 
-TEST_F(SetLogFile, file_after_stderr_closes_the_standard_error_stream_first) {
+TEST_F(SetLogFile, file_after_stderr_closes_standard_error_first) {
     const auto child = run_in_child([] {
         EXPECT_EQ(vrx_set_log_file("stderr"), VRX_OK);
         EXPECT_EQ(vrx_set_log_file("after.log"), VRX_OK);
         ASSERT_NE(vrxflog, nullptr);
-        EXPECT_EQ(fileno(vrxflog), STDERR_FILENO) << "the lowest free descriptor is the one given back";
+        EXPECT_EQ(fileno(vrxflog), STDERR_FILENO) << "the descriptor is reused";
         fail_once();
     });
     EXPECT_TRUE(passed(child));
@@ -261,7 +261,7 @@ TEST_F(SetLogFile, file_after_stderr_closes_the_standard_error_stream_first) {
     EXPECT_EQ(contents("after.log"), failure_line);
 }
 
-TEST_F(SetLogFile, null_path_after_stderr_closes_the_standard_error_stream) {
+TEST_F(SetLogFile, null_path_after_stderr_closes_standard_error) {
     const auto child = run_in_child([] {
         EXPECT_EQ(vrx_set_log_file("stderr"), VRX_OK);
         EXPECT_EQ(vrx_set_log_file(nullptr), VRX_OK);
@@ -271,7 +271,7 @@ TEST_F(SetLogFile, null_path_after_stderr_closes_the_standard_error_stream) {
     EXPECT_TRUE(passed(child));
 }
 
-TEST_F(SetLogFile, standard_error_stream_stays_open_when_a_file_was_set) {
+TEST_F(SetLogFile, standard_error_stays_open_if_a_file_was_set) {
     const auto child = run_in_child([] {
         EXPECT_EQ(vrx_set_log_file("file.log"), VRX_OK);
         EXPECT_EQ(vrx_set_log_file("stderr"), VRX_OK);
@@ -283,7 +283,7 @@ TEST_F(SetLogFile, standard_error_stream_stays_open_when_a_file_was_set) {
     EXPECT_EQ(contents("file.log"), "");
 }
 
-TEST_F(SetLogFile, host_that_assigns_null_keeps_its_stream_open) {
+TEST_F(SetLogFile, assigning_null_keeps_the_previous_stream_open) {
     CountingStream host;
     vrxflog = host.stream();
     vrxflog = nullptr;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A build for another machine compiles and links, and runs nothing that it made; nor does it ask the network."""
+"""Checks that a cross-build runs only compilers and linker tools: no program that it built, and no network access."""
 
 import re
 
@@ -8,7 +8,7 @@ from setting import InstallTest, clean_environment, main, setting
 
 class CrossBuild(InstallTest):
     def commands(self, *options):
-        """What Ninja would run for everything."""
+        """Return the commands of a complete build with Ninja."""
         folder = self.scratch / "build"
         self.run_program(setting.cmake, "-S", setting.source, "-B", folder, "-G", "Ninja", "-DVRX_STATIC=ON",
                          f"-DCMAKE_C_COMPILER={setting.cc}", f"-DCMAKE_CXX_COMPILER={setting.cxx}",
@@ -17,7 +17,7 @@ class CrossBuild(InstallTest):
                 self.run_program("ninja", "-C", folder, "-t", "commands", "all").splitlines()
                 if " " in line and not line.startswith("ninja: ")]
 
-    def test_only_compilers_and_the_tools_of_the_linker_run(self):
+    def test_only_compilers_and_linker_tools_run(self):
         commands = self.commands("-DVRX_BUILD_TESTS=OFF", "-DVRX_BUILD_APP=ON")
         self.assertGreater(len(commands), 30)
         for command in commands:

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""The Debian packages: what they need and hold, and that they install, work and go away again.
+"""Tests the Debian packages: dependencies, contents, installation, use and removal.
 
-They are made of the build folder, unless --packages names a folder that holds them.
+The packages are made from the build folder, unless --packages names a folder with packages.
 """
 
 import os
@@ -18,7 +18,7 @@ PACKAGES = ("libvrx1", "libvrx-dev", "vrx")
 
 
 def as_root():
-    """What to put before a command that wants to be root, or None."""
+    """Return the prefix for commands that need root, or None if there is no way."""
     if os.geteuid() == 0:
         return []
     prefix = ["unshare", "--user", "--map-root-user"]
@@ -45,31 +45,31 @@ class Debian(InstallTest):
         return root, self.files(root)
 
     def depends(self, package):
-        """Package names, each with what it says of the version."""
+        """Return the dependencies of a package, each with its version constraint."""
         found = re.findall(r"([^\s,(]+)(?: \(([^)]*)\))?", self.field(package, "Depends"))
         return dict(found)
 
-    def test_there_are_these_and_no_more(self):
+    def test_exactly_these_packages_exist(self):
         self.assertEqual(sorted(path.name.split("_")[0] for path in self.folder.glob("*.deb")), sorted(PACKAGES))
         for name in PACKAGES:
             self.assertEqual(self.field(name, "Version"), setting.version)
             self.assertIn("\n", self.field(name, "Description"))
 
-    def test_the_library_needs_the_c_library_alone(self):
+    def test_library_depends_only_on_the_c_library(self):
         self.assertEqual(list(self.depends("libvrx1")), ["libc6"])
 
-    def test_the_others_need_the_library_of_the_same_version(self):
+    def test_other_packages_depend_on_the_same_version(self):
         self.assertEqual(self.depends("libvrx-dev"), {"libvrx1": f"= {setting.version}", "libc6-dev": ""})
         program = self.depends("vrx")
         self.assertEqual(sorted(program), ["libc6", "libgcc-s1", "libstdc++6", "libvrx1"])
         self.assertEqual(program["libvrx1"], f"= {setting.version}")
 
-    def test_programs_of_others_learn_which_package_to_need(self):
+    def test_shlibs_file_names_package_and_version(self):
         root = self.scratch / "control"
         self.run_program("dpkg-deb", "--control", self.paths["libvrx1"], root)
         self.assertEqual((root / "shlibs").read_text().strip(), f"libvrx 1 libvrx1 (>= {setting.version})")
 
-    def test_each_file_is_in_its_package(self):
+    def test_each_package_has_its_files(self):
         _, library = self.unpacked("libvrx1")
         self.assertEqual([Path(name).name for name in library],
                          ["libvrx.so.1", f"libvrx.so.{setting.version}", "copyright"])
@@ -83,11 +83,11 @@ class Debian(InstallTest):
         self.assertEqual([name for name in everything if not name.startswith("usr/")], [])
 
     @unittest.skipUnless("--packages" in sys.argv, "a build of the tests has paths of its own")
-    def test_the_program_looks_for_its_library_where_the_system_does(self):
+    def test_program_has_no_rpath(self):
         root, _ = self.unpacked("vrx")
         self.assertNotRegex(self.run_program("readelf", "-d", root / "usr/bin/vrx"), r"\((RPATH|RUNPATH)\)")
 
-    def test_they_install_work_and_go_away(self):
+    def test_packages_install_work_and_are_removed(self):
         before = as_root()
         if before is None:
             self.skipTest("neither root nor user namespaces")
@@ -95,13 +95,13 @@ class Debian(InstallTest):
         admin = root / "var/lib/dpkg"
         for folder in ("info", "updates", "triggers"):
             (admin / folder).mkdir(parents=True)
-        # The packages that these need are taken from this machine's list, so that dpkg checks the versions.
+        # dpkg checks versions of dependencies against a copy of this machine's package list.
         needed = {name for package in PACKAGES for name in self.depends(package)} - set(PACKAGES)
         stanzas = [self.run_program("dpkg-query", "--status", name) for name in sorted(needed)]
         alone = ["\n".join(line for line in stanza.splitlines() if line.split(":")[0] not in ("Depends", "Pre-Depends"))
                  for stanza in stanzas]
         (admin / "status").write_text("\n\n".join(alone) + "\n", encoding="utf-8")
-        # The linker's cache is the machine's: what the packages ask for is only noted.
+        # A replacement for ldconfig records the calls; the machine's linker cache stays unchanged.
         tools = self.scratch / "tools"
         tools.mkdir()
         (tools / "ldconfig").write_text(f"#!/bin/sh\necho called >> {self.scratch}/ldconfig.log\n", encoding="ascii")
@@ -109,7 +109,7 @@ class Debian(InstallTest):
         environment = clean_environment(PATH=f"{tools}:{os.environ['PATH']}", LC_ALL="C.UTF-8")
         dpkg = [*before, "dpkg", f"--root={root}", "--force-script-chrootless", f"--log={self.scratch}/dpkg.log"]
 
-        # A program cannot come before its library.
+        # dpkg must refuse the program without the library.
         self.run_program(*dpkg, "--install", self.paths["vrx"], ok=False, env=environment)
         self.run_program(*dpkg, "--purge", "vrx", env=environment)
         self.assertEqual(self.files(root / "usr"), [])
@@ -127,7 +127,7 @@ class Debian(InstallTest):
         self.assertEqual(self.run_program(program, env=loads),
                          (Path(setting.source) / "examples/first.expected").read_text(encoding="utf-8"))
 
-        # The library stays as long as the program wants it.
+        # dpkg must refuse to remove the library while the program is installed.
         self.run_program(*dpkg, "--remove", "libvrx1", ok=False, env=environment)
         self.run_program(*dpkg, "--remove", *PACKAGES, env=environment)
         self.assertEqual([str(path) for path in (root / "usr").rglob("*")], [])

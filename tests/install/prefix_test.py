@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""cmake --install into a scratch prefix, and programs of users that are built against it."""
+"""Tests cmake --install into a scratch prefix, and builds programs against it."""
 
 import shutil
 from pathlib import Path
@@ -15,7 +15,7 @@ class Prefix(InstallTest):
         super().setUpClass()
         cls.prefix = cls.scratch / "prefix"
         cls.install(cls(), cls.prefix)
-        # Of the programs for users to read a few, with the arguments that their tests give them.
+        # Some of the examples, with the arguments of their tests.
         folder = Path(setting.source) / "examples"
         cls.arguments = {"first": [], "mac": ["mac.key", "mac.message"], "first_in_cxx": []}
         cls.examples = [next(path for path in folder.glob(f"{name}.c*")) for name in cls.arguments]
@@ -41,7 +41,7 @@ class Prefix(InstallTest):
         self.run_program(setting.cmake, "--build", folder, env=clean_environment())
         return [folder / source.stem for source in self.examples]
 
-    def test_everything_is_where_it_belongs(self):
+    def test_all_files_are_installed(self):
         files = self.files(self.prefix)
         headers = sorted(str(path.relative_to(setting.source)) for path in (Path(setting.source) / "include").rglob("*.h*"))
         self.assertEqual([name for name in files if name.startswith("include/")], headers)
@@ -57,27 +57,27 @@ class Prefix(InstallTest):
         installed = [name for name in files if "completion" in name or "site-functions" in name]
         self.assertEqual(len(installed), len(completions))
 
-    def test_nothing_says_where_it_was_built(self):
+    def test_no_file_contains_a_build_path(self):
         for name in self.files(self.prefix):
             if name.endswith((".cmake", ".pc", ".h", ".hpp")):
                 text = (self.prefix / name).read_text(encoding="utf-8")
                 self.assertNotIn(setting.build, text, name)
                 self.assertNotIn(str(setting.source), text, name)
 
-    def test_the_program_finds_its_library(self):
+    def test_program_finds_its_library(self):
         self.assertIn(f"vrx {setting.version}", self.run_program(self.prefix / "bin/vrx", "version", env=clean_environment()))
 
-    def test_cmake_finds_the_library(self):
+    def test_find_package_finds_the_library(self):
         for program in self.build_with_cmake(self.prefix, "shared"):
             self.says_what_is_expected(program)
             self.assertIn("libvrx.so.1", self.run_program("readelf", "-d", program))
 
-    def test_cmake_finds_the_static_library(self):
+    def test_find_package_finds_the_static_library(self):
         for program in self.build_with_cmake(self.prefix, "static", "-DSTATIC=ON"):
             self.says_what_is_expected(program)
             self.assertNotIn("libvrx.so", self.run_program("readelf", "-d", program))
 
-    def test_cmake_refuses_another_major_version(self):
+    def test_find_package_refuses_another_major_version(self):
         folder = self.scratch / "version"
         folder.mkdir()
         for version, found in (("1", True), (setting.version, True), ("1.999", False), ("2", False), ("0.9", False)):
@@ -98,7 +98,7 @@ class Prefix(InstallTest):
             self.run_program(*compiler, source, "-o", program, *flags, env=clean_environment())
             self.says_what_is_expected(program, LD_LIBRARY_PATH=str(libraries))
 
-    def test_an_installed_tree_may_be_moved(self):
+    def test_installed_tree_can_be_moved(self):
         here, there = self.scratch / "here", self.scratch / "there"
         self.install(here)
         shutil.move(here, there)
@@ -107,7 +107,7 @@ class Prefix(InstallTest):
         flags = self.run_program("pkg-config", "--cflags", "--libs", "vrx", env=environment).split()
         self.run_program(setting.cc, self.examples[0], "-o", self.scratch / "moved", *flags, env=clean_environment())
 
-    def test_the_library_comes_without_the_rest(self):
+    def test_library_component_installs_only_the_library(self):
         alone = self.scratch / "alone"
         self.install(alone, "--component", "library")
         self.assertEqual([Path(name).name for name in self.files(alone)],

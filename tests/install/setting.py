@@ -1,4 +1,4 @@
-"""What the tests of the installation are told on the command line, and a scratch folder for each."""
+"""Common parts of the installation tests: command line arguments and a scratch folder."""
 
 import argparse
 import os
@@ -18,27 +18,27 @@ class InstallTest(unittest.TestCase):
         cls.addClassCleanup(shutil.rmtree, cls.scratch)
 
     def run_program(self, *command, ok=True, **options):
-        """What a program prints; that it succeeds, or fails where ok says so, is checked."""
+        """Run a program and return its output. Checks that it succeeds, or fails if `ok` is false."""
         run = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                              encoding="utf-8", check=False, **options)
         self.assertEqual(run.returncode == 0, ok, f"{command}\n{run.stdout}")
         return run.stdout
 
     def files(self, root):
-        """Everything below a folder that is no folder, as sorted relative names."""
+        """Return the sorted relative names of all files below a folder."""
         return sorted(str(path.relative_to(root)) for path in Path(root).rglob("*")
                       if path.is_symlink() or not path.is_dir())
 
 
 def clean_environment(**more):
-    """Without the variables that let compilers, linkers and CMake find things elsewhere."""
+    """Return the environment without search paths for compilers, linkers and CMake."""
     misleading = ("CPATH", "LIBRARY_PATH", "LD_LIBRARY_PATH", "PKG_CONFIG_PATH", "CMAKE_PREFIX_PATH", "DESTDIR",
                   "CMAKE_C_COMPILER_LAUNCHER", "CMAKE_CXX_COMPILER_LAUNCHER")
     return {name: value for name, value in os.environ.items() if name not in misleading} | more
 
 
 def main(**more):
-    """Runs the tests of a file. `more` are arguments of this file's own, with their defaults."""
+    """Run the tests of a file. `more` adds arguments with defaults."""
     parser = argparse.ArgumentParser()
     for name in ("source", "build", "cmake", "generator", "cc", "cxx", "version"):
         parser.add_argument(f"--{name}")

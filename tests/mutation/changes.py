@@ -1,14 +1,13 @@
-"""The changes that a test ought to notice: what can be changed in a C++ source, one place at a time.
+"""Mutations of a C++ source file, each a change at one place that some test should detect.
 
-It takes the source to be formatted as here: binary operators stand between spaces, and the head of a template on a line
-of its own.
+The source must have this project's format: spaces around binary operators, and template heads on separate lines.
 """
 import re
 from dataclasses import dataclass
 
 TOKEN = re.compile(r"""
     (?P<nothing>  \s+ | //[^\n]* | /\*.*?\*/
-                | ^\#(?:[^\\\n]|\\.)*                        # a line for the preprocessor
+                | ^\#(?:[^\\\n]|\\.)*                        # a preprocessor line
                 | ^[ ]*(?:template[ ]<|requires[ ]|concept[ ])[^\n]* )
   | (?P<text>     R"\(.*?\)" | "(?:[^"\\]|\\.)*" | '(?:[^'\\]|\\.)*' )
   | (?P<number>   (?:0[xX][0-9A-Fa-f']+ | [0-9][0-9']*)[uUlLzZ]* )
@@ -24,11 +23,11 @@ OPERATORS = {
 }
 TRUTHS = {"true": "false", "false": "true"}
 
-# What runs when the program is compiled, or says how.
+# Evaluated at compile time, or instructions for the compiler.
 NOT_CHANGED = {"static_assert", "asm", "alignas", "__attribute__", "requires"}
 BRACKETS = {"(": ")", "[": "]", "{": "}", "[[": "]]"}
 
-# A statement that can be left out: a call, an assignment, a jump inside a loop; not a declaration.
+# A statement that can be removed: a call, an assignment, or a jump in a loop, but no declaration.
 STATEMENT = re.compile(r"""
     (?!(?:return|using|if|for|while|switch|case|default|do|else|const|constexpr|static|auto|delete)\b)
     (?: (?:break|continue);
@@ -39,7 +38,7 @@ STATEMENT = re.compile(r"""
 
 @dataclass(frozen=True)
 class Change:
-    """Octets start to end of a source become `new`."""
+    """Replaces the octets from start to end of a source by `new`."""
     kind: str
     start: int
     end: int
@@ -58,25 +57,25 @@ class Change:
 
 
 def tokens(source):
-    """(group, text, start) of all that is compiled to something."""
+    """Yield (group, text, start) for all tokens of executable code."""
     return [(m.lastgroup, m[0], m.start()) for m in TOKEN.finditer(source) if m.lastgroup != "nothing"]
 
 
 def closing(texts):
-    """For each opening bracket the place of the one that closes it."""
+    """Map each opening bracket to its closing bracket."""
     pairs, open_places = {}, []
     for place, text in enumerate(texts):
         if text in BRACKETS:
             open_places.append(place)
         elif open_places and text == BRACKETS[texts[open_places[-1]]]:
             pairs[open_places.pop()] = place
-        elif text == "]]" and len(open_places) > 1:  # two that stand side by side: a[b[i]]
+        elif text == "]]" and len(open_places) > 1:  # two adjacent brackets: a[b[i]]
             pairs[open_places.pop()] = pairs[open_places.pop()] = place
     return pairs
 
 
 def other_numbers(text):
-    """One more and one less; for a long pattern of bits one bit flipped."""
+    """Return the constant plus one and minus one, or a long bit pattern with one bit flipped."""
     digits, suffix = re.fullmatch(r"(0[xX][\dA-Fa-f']+|[\d']+)(\w*)", text).groups()
     digits = digits.replace("'", "")
     base = 16 if digits[:2] in ("0x", "0X") else 8 if digits[0] == "0" else 10
@@ -89,7 +88,7 @@ def other_numbers(text):
 
 
 def changes(source):
-    """All changes of a source, in the order of their places."""
+    """Return all changes of a source, ordered by position."""
     found = []
     items = tokens(source)
     texts = [text for _, text, _ in items] + [""]
@@ -110,7 +109,7 @@ def changes(source):
         before, after = texts[place - 1] if place else "", texts[place + 1]
 
         if text == "[[" or text in NOT_CHANGED:
-            # To the end of what stands in brackets there.
+            # Up to the end of the bracketed part.
             opening = place
             while opening not in pairs and texts[opening] not in (";", ""):
                 opening += 1

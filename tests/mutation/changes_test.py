@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The changes that ./dev mutate plants are those that it should."""
+"""Tests of the mutations that ./dev mutate makes."""
 import re
 import unittest
 
@@ -53,10 +53,10 @@ EXPECTED = [
 
 
 class Changes(unittest.TestCase):
-    def test_all_that_is_code_is_changed_and_nothing_else(self):
+    def test_exactly_the_executable_code_is_changed(self):
         self.assertEqual([(c.line(SOURCE), c.kind, str(c)) for c in changes(SOURCE)], EXPECTED)
 
-    def test_a_change_is_made_at_its_place_alone(self):
+    def test_change_affects_only_its_place(self):
         for change in changes(SOURCE):
             changed = change.applied(SOURCE)
             self.assertNotEqual(changed, SOURCE)
@@ -66,12 +66,12 @@ class Changes(unittest.TestCase):
 
 
 class Sample(unittest.TestCase):
-    def test_a_seed_draws_the_same_again_and_another_seed_another(self):
+    def test_seed_determines_the_sample(self):
         found = {"a.cpp": changes(SOURCE), "b.cpp": changes(SOURCE)}
         self.assertEqual(sample(found, 10, 1), sample(found, 10, 1))
         self.assertNotEqual(sample(found, 10, 1), sample(found, 10, 2))
 
-    def test_each_file_and_each_kind_has_its_share(self):
+    def test_sample_covers_files_and_kinds_in_proportion(self):
         found = {"a.cpp": changes(SOURCE), "b.cpp": changes(SOURCE) * 3}
         chosen = sample(found, 40, 1)
         self.assertEqual((len(chosen["a.cpp"]), len(chosen["b.cpp"])), (10, 30))
@@ -79,13 +79,13 @@ class Sample(unittest.TestCase):
 
 
 class Project(unittest.TestCase):
-    def test_every_source_has_tests_and_every_test_program_is_there(self):
+    def test_every_source_has_tests_and_every_program_exists(self):
         said = " ".join(f.read_text() for f in (PROJECT / "tests").rglob("CMakeLists.txt"))
         words = set(re.findall(r"\w+", said))
         for file in sources():
             self.assertTrue(tests_of(file), file)
         for run in {run for of_folder in TESTS.values() for run in of_folder}:
-            # Its name ends with the way to compile it.
+            # The name ends with the optimisation level.
             name = run.program.replace("bigdigits_wipe_O2", "bigdigits_wipe_")
             self.assertTrue({name, name + "_test"} & words, name)
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Plants changes in the library, one at a time, and looks whether a test fails.
+"""Mutation tests: changes the library, one place at a time, and checks that a test fails.
 
-Works on copies of the checkout in build/mutation, which stay there, so that the next run compiles little. A change that
-does not compile does not count; one that takes three times the time of the processor, or hangs, is caught.
+Works on copies of the checkout in build/mutation and keeps them, so that the next run compiles little. A change that
+does not compile does not count. A change that triples the CPU time, or hangs, counts as caught.
 """
 import argparse
 import collections
@@ -29,7 +29,7 @@ WITHOUT_SANITIZERS = {"bigdigits_wipe_O2", "faults_library"}
 
 @dataclass(frozen=True)
 class Run:
-    """A test program, over an engine that it is told, and some of its tests."""
+    """A run of a test program: with a selected engine, and a filter for its tests."""
     program: str
     engine: str = ""
     filter: str = "*"
@@ -44,7 +44,7 @@ def runs(*programs, engines=("",), filter="*"):
 
 
 def engines_of(family):
-    """The names of a family's engines, from the library's own list of them."""
+    """Read the names of a family's engines from the library's list."""
     text = (PROJECT / "src/frame/engines.hpp").read_text()
     entries = re.search(rf" {family}_engines\[\] = {{\n(.*?)\n}};", text, re.S)[1]
     return tuple(re.findall(r'^    {"([^"]+)"', entries, re.M))
@@ -61,7 +61,7 @@ CURVE_ENGINES = runs("ecc_field", "ecc_builtin") + \
     runs("ecc", engines=(*engines_of("curve"), "none", "plain_lanes"), filter="-*wiping*")
 CURVES = CURVE_ENGINES + runs("ecc_sign", "ecc_toy") + runs("ecc_model", engines=("", "none"))
 
-# The tests of a folder, whichever way: the quickest run first. "engines" has a list of its own of what each needs.
+# The runs for each folder, fastest first. "engines" tests the features that each engine needs.
 TESTS = {
     "src/frame": runs("frame", "log", "engines", "variants", "engine", "sha1", "bigdigits_convert") +
     runs("ecc", filter="-*wiping*"),
@@ -83,12 +83,12 @@ def tests_of(file, sanitize=False):
 
 
 def sources():
-    """The library's source files, as they are named in the project."""
+    """Return the source files of the library, relative to the project."""
     return sorted(str(f.relative_to(PROJECT)) for f in (PROJECT / "src").rglob("*.[ch]pp"))
 
 
 def sample(found, size, seed):
-    """Some changes of each file, as many as its share of all, and of each kind in turn."""
+    """Sample changes from each file in proportion to its number of changes, and from each kind in turn."""
     total = sum(map(len, found.values()))
     chosen = {}
     for file, of_file in found.items():
@@ -107,16 +107,16 @@ def sample(found, size, seed):
 
 
 class Workshop:
-    """A copy of the project, in which one change after the other is planted."""
+    """A copy of the project, in which changes are made one after the other."""
 
     def __init__(self, place, sanitize):
         self.tree = place / "tree"
         self.build = place / ("sanitized" if sanitize else "build")
-        self.jobs = 2  # of the compiler
+        self.jobs = 2  # parallel compiler jobs
         self.sanitize = sanitize
 
     def prepare(self, needed):
-        """Copies what is new, and compiles what is needed."""
+        """Update the copy and build the test programs."""
         listed = subprocess.run(["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"], cwd=PROJECT,
                                 check=True, capture_output=True, text=True).stdout
         for name in filter(None, listed.split("\0")):
@@ -133,7 +133,7 @@ class Workshop:
             sys.exit(said)
 
     def measure(self, needed):
-        """{run: its seconds of the processor}. Every run has to pass before anything is changed."""
+        """Return {run: CPU seconds}. Every run must pass without changes."""
         seconds = {}
         for run in needed:
             before = resource.getrusage(resource.RUSAGE_CHILDREN)
@@ -144,15 +144,15 @@ class Workshop:
         return seconds
 
     def compile(self, *targets):
-        """What the compiler complains of."""
+        """Return the compiler errors, or an empty text."""
         done = subprocess.run(["ninja", "-C", self.build, f"-j{self.jobs}", *targets], capture_output=True, text=True)
         return done.stdout + done.stderr if done.returncode else ""
 
     def fails(self, run, seconds):
-        """What a run complains of."""
+        """Return the reason why a run fails, or an empty text."""
         def limit():
             resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
-            if not self.sanitize:  # the sanitizers take all addresses
+            if not self.sanitize:  # sanitizers reserve the whole address space
                 resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
@@ -171,7 +171,7 @@ class Workshop:
         return f"{done.stdout}\nexit code {done.returncode}" if done.returncode else ""
 
     def judge(self, file, change, seconds):
-        """'does not compile', 'survived', or what caught the change; seconds are those of each run."""
+        """Return 'does not compile', 'survived', or the run that caught the change."""
         place = self.tree / file
         source = place.read_text()
         place.write_text(change.applied(source))
@@ -189,7 +189,7 @@ class Workshop:
 
 
 def chosen_changes(arguments):
-    """{file: changes} for what was asked: of all, or of a sample of all, those in files and folders or on lines."""
+    """Return {file: changes} for the requested files, folders or lines, from all changes or a sample."""
     texts = {file: (PROJECT / file).read_text() for file in sources()}
     found = {file: changes(text) for file, text in texts.items()}
     if arguments.sample:
@@ -199,7 +199,7 @@ def chosen_changes(arguments):
         name, _, line = asked.partition(":")
         files = [file for file in texts if file == name or file.startswith(name.rstrip("/") + "/")]
         if not files:
-            sys.exit(f"mutate: '{name}' is no source of the library; an example is src/sha1/hash.cpp")
+            sys.exit(f"mutate: '{name}' is not a source file of the library; an example is src/sha1/hash.cpp")
         for file in files:
             chosen[file] = [c for c in found[file] if not line or c.line(texts[file]) == int(line)]
     return chosen

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-/** Where what runs is counted, this writes the counts, which _exit() does not. */
+/** Writes the counts of a coverage build, which _exit() does not. */
 extern "C" [[gnu::weak]] void __gcov_dump();
 
 namespace vrx::test {

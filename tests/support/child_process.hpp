@@ -1,4 +1,4 @@
-// Checks that must not touch this process: its standard streams, the library's globals at their start.
+// Runs checks in a child process, to protect the standard streams and the library's globals of this one.
 #ifndef VRX_TESTS_SUPPORT_CHILD_PROCESS_HPP
 #define VRX_TESTS_SUPPORT_CHILD_PROCESS_HPP
 
@@ -9,17 +9,17 @@
 
 namespace vrx::test {
 
-/** How a child process ended, and what reached the two standard outputs it was given (files). */
+/** The exit status of a child process, and its standard output and standard error. */
 struct ChildRun {
-    int status = 0; /**< as waitpid() tells it */
+    int status = 0; /**< from waitpid() */
     std::string out;
     std::string err;
 };
 
-/** Run `body` in a forked child. Expectations that fail in it make it exit with 1; their texts are in `out`. */
+/** Run `body` in a forked child. If an expectation in it fails, it exits with 1 and `out` has the message. */
 ChildRun run_in_child(const std::function<void()>& body);
 
-/** The child came to its end, and none of its expectations failed. */
+/** Checks that the child ended normally and that its expectations held. */
 testing::AssertionResult passed(const ChildRun& run);
 
 }  // namespace vrx::test

@@ -1,4 +1,4 @@
-// Suites and whole test programs over the engines of a family, and tables that suit some of the engines only.
+// Runs suites and test programs with each engine of a family; and tables for which engines behave differently.
 #ifndef VRX_TESTS_SUPPORT_ENGINES_HPP
 #define VRX_TESTS_SUPPORT_ENGINES_HPP
 
@@ -15,15 +15,15 @@
 
 namespace vrx::test {
 
-/** A suite of tests with each engine of a family as the parameter. Those that do not run here are skipped. */
+/** A test suite with each engine of a family as parameter. Skips engines that this CPU does not support. */
 template <auto& choice>
 class EachEngine : public testing::TestWithParam<const typename WithEngine<choice>::Engine*> {
 protected:
     void SetUp() override {
-        if (!offered(*this->GetParam())) GTEST_SKIP() << "this CPU does not offer " << this->GetParam()->name;
+        if (!offered(*this->GetParam())) GTEST_SKIP() << "this CPU does not support " << this->GetParam()->name;
     }
 };
-/** The parameters of such a suite, and their names. */
+/** The parameters of such a suite. */
 template <typename List>
 auto each_of(const List& engines) {
     std::vector<decltype(&cpu::engine_of(*std::begin(engines)))> all;
@@ -36,7 +36,7 @@ inline constexpr auto engine_name = [](const auto& suite) {
     return name;
 };
 
-/** Lets a whole test program run over one engine of a list: that which VRX_TEST_ENGINE names. */
+/** Runs a whole test program with the engine that the environment variable VRX_TEST_ENGINE names. */
 template <auto& choice, const auto& engines>
 class ChosenEngine : public testing::Environment {
 public:
@@ -45,14 +45,14 @@ public:
         if (name == nullptr) return;
         for (const auto& e : engines)
             if (std::strcmp(e.name, name) == 0) {
-                if (!offered(e)) GTEST_SKIP() << "this CPU does not offer what " << name << " needs";
+                if (!offered(e)) GTEST_SKIP() << "this CPU does not support " << name;
                 return choice.use(e);
             }
         FAIL() << "no engine " << name;
     }
 };
 
-/** A deployed table that S-boxes produced. */
+/** A table deployed from S-boxes. */
 inline vrx_tz from_s_boxes(Random& random) {
     std::uint8_t num[VRX_NUM_TZ_SIZE];
     random.fill(num);
@@ -61,7 +61,7 @@ inline vrx_tz from_s_boxes(Random& random) {
     return table;
 }
 
-/** A deployed table of random words, which no S-boxes produce. */
+/** A table of random words, which no S-boxes produce. */
 inline vrx_tz from_no_s_boxes(Random& random) {
     auto table = random.value<vrx_tz>();
     table.initialised = 1;

@@ -1,4 +1,4 @@
-// Memory with a fence: a step over its edge ends the program.
+// Fenced buffers: an access beyond the edge ends the program.
 #ifndef VRX_TESTS_SUPPORT_FENCE_HPP
 #define VRX_TESTS_SUPPORT_FENCE_HPP
 
@@ -11,10 +11,10 @@
 
 namespace vrx::test {
 
-/** Where the inaccessible page adjoins a buffer. */
+/** The side on which the inaccessible page adjoins the buffer. */
 enum class Fence { before, behind };
 
-/** A buffer of any size, also none, that adjoins an inaccessible page. */
+/** A buffer of any size, including 0, that adjoins an inaccessible page. */
 class Fenced {
 public:
     Fenced(std::size_t size, Fence fence) : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
@@ -30,7 +30,7 @@ public:
     ~Fenced() { munmap(all_, inside_ + 2 * page_); }
 
     [[nodiscard]] std::uint8_t* begin() const { return begin_; }
-    /** From here on nobody may write to it either. */
+    /** Makes the buffer read-only. */
     void make_read_only() { protect(PROT_READ); }
 
 private:

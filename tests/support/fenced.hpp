@@ -1,4 +1,4 @@
-// Memory beside which nothing may be touched.
+// Fenced memory: pages between two inaccessible pages.
 #ifndef VRX_TESTS_SUPPORT_FENCED_HPP
 #define VRX_TESTS_SUPPORT_FENCED_HPP
 
@@ -11,7 +11,7 @@
 
 namespace vrx::test {
 
-/** Pages between two that may not be touched. */
+/** Pages between two inaccessible ones. */
 class Fenced {
 public:
     explicit Fenced(std::size_t size) : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
@@ -24,9 +24,9 @@ public:
     ~Fenced() { munmap(first_ - page_, inside_ + 2 * page_); }
     Fenced(const Fenced&) = delete;
     Fenced& operator=(const Fenced&) = delete;
-    /** `size` bytes that touch the lower or the upper fence. */
+    /** `size` bytes next to the lower or the upper fence. */
     std::uint8_t* bytes(std::size_t size, bool upper) { return upper ? first_ + inside_ - size : first_; }
-    /** From now on nothing inside may be touched either. */
+    /** Makes the pages inaccessible, too. */
     void close() { EXPECT_EQ(mprotect(first_, inside_, PROT_NONE), 0); }
 
 private:

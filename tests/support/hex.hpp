@@ -1,4 +1,4 @@
-// Octets written in hexadecimal.
+// Conversion between octets and hexadecimal.
 #ifndef VRX_TESTS_SUPPORT_HEX_HPP
 #define VRX_TESTS_SUPPORT_HEX_HPP
 

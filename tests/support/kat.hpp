@@ -1,4 +1,4 @@
-// Known answers: blocks of `key = value` lines, ended by a blank line; lines that begin with # are comments.
+// Reads known answers: blocks of `key = value` lines, separated by blank lines. Lines that begin with # are comments.
 #ifndef VRX_TESTS_SUPPORT_KAT_HPP
 #define VRX_TESTS_SUPPORT_KAT_HPP
 
@@ -11,22 +11,22 @@
 
 namespace vrx::test {
 
-/** One block of a file. Every line has to be read once: unread() names those that were not. */
+/** One block of a file. A test must read every line; unread() lists the others. */
 class KatBlock {
 public:
     KatBlock(std::string source, int line) : source_(std::move(source)), line_(line) {}
     void add(const std::string& key, const std::string& value) { values_[key] = value; }
 
     [[nodiscard]] bool has(const std::string& key) const { return values_.contains(key); }
-    /** The value of a key; throws when the block has none. */
+    /** The value of a key; throws if there is none. */
     [[nodiscard]] std::string text(const std::string& key) const;
     [[nodiscard]] Bytes octets(const std::string& key) const { return unhex(text(key)); }
     [[nodiscard]] unsigned long number(const std::string& key) const { return std::stoul(text(key)); }
-    /** The value of a key, or `otherwise` when the block has none. */
+    /** The value of a key, or `otherwise` if there is none. */
     [[nodiscard]] std::string text_or(const std::string& key, const std::string& otherwise) const;
 
     [[nodiscard]] std::vector<std::string> unread() const;
-    /** Provenance and place, for messages. */
+    /** Source and position of the block, for messages. */
     [[nodiscard]] std::string where() const { return source_ + " (line " + std::to_string(line_) + ")"; }
 
 private:
@@ -36,12 +36,12 @@ private:
     mutable std::set<std::string> read_;
 };
 
-/** All blocks of a file; throws when it is missing, empty, or holds a line of another form. */
+/** All blocks of a file; throws if it is missing, empty or malformed. */
 std::vector<KatBlock> read_kat(const std::string& path);
 
 /**
- * Run a check on every block of a file, naming the block in failures; a block without a source and a line that the
- * check did not read are failures.
+ * Run a check on every block of a file; failures name the block. A block without a source is a failure, and so is a
+ * line that the check did not read.
  */
 template <typename Check>
 void for_each_block(const std::string& path, Check check);

@@ -1,4 +1,4 @@
-// What the library writes to its diagnostics log.
+// Captures the diagnostics log of the library.
 #ifndef VRX_TESTS_SUPPORT_LOG_CAPTURE_HPP
 #define VRX_TESTS_SUPPORT_LOG_CAPTURE_HPP
 
@@ -7,7 +7,7 @@
 
 namespace vrx::test {
 
-/** Collects the log while it lives, and puts the stream that was set before back. */
+/** Captures the log during its lifetime, then restores the previous stream. */
 class LogCapture {
 public:
     LogCapture();
@@ -15,7 +15,7 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    /** Everything written since the last call. */
+    /** Returns everything written since the last call. */
     std::string take();
 
 private:

@@ -1,4 +1,4 @@
-// What this process may do with its own memory.
+// Access rights of this process's memory.
 #ifndef VRX_TESTS_SUPPORT_MEMORY_MAP_HPP
 #define VRX_TESTS_SUPPORT_MEMORY_MAP_HPP
 
@@ -6,7 +6,7 @@
 
 namespace vrx::test {
 
-/** True when each of the `size` bytes at `address` is mapped readable and none is mapped writable. */
+/** Returns whether all `size` bytes at `address` are mapped readable and none writable. */
 bool is_read_only(const void* address, std::size_t size);
 
 }  // namespace vrx::test

@@ -1,4 +1,4 @@
-// The engines of a family that run here, and how to run one of them.
+// Engines that this CPU supports, and how to select one.
 #ifndef VRX_TESTS_SUPPORT_OFFERED_HPP
 #define VRX_TESTS_SUPPORT_OFFERED_HPP
 
@@ -12,10 +12,10 @@
 
 namespace vrx::test {
 
-/** This CPU can run an engine. */
+/** Returns whether this CPU supports an engine. */
 inline bool offered(const cpu::EngineInfo& e) { return cpu::offers(e.needs); }
 
-/** The engines of a family that run here, best first. */
+/** The supported engines of a family, best first. */
 template <typename List>
 auto offered_of(const List& engines) {
     std::vector<decltype(&cpu::engine_of(*std::begin(engines)))> here;
@@ -24,7 +24,7 @@ auto offered_of(const List& engines) {
     return here;
 }
 
-/** One of them by its name, or nullptr. */
+/** Finds an engine by name; nullptr if there is none. */
 template <typename List>
 auto offered_named(const List& engines, std::string_view name) {
     const auto here = offered_of(engines);
@@ -32,7 +32,7 @@ auto offered_named(const List& engines, std::string_view name) {
     return found == here.end() ? nullptr : *found;
 }
 
-/** Runs one engine of a family while it lives. choice: the family's. */
+/** Selects an engine of a family during its lifetime. choice: that of the family. */
 template <auto& choice>
 class WithEngine {
 public:

@@ -1,4 +1,4 @@
-// What a call leaves behind on the stack.
+// Inspects the stack after a call, for secrets that were not wiped.
 #ifndef VRX_TESTS_SUPPORT_OWN_STACK_HPP
 #define VRX_TESTS_SUPPORT_OWN_STACK_HPP
 
@@ -8,10 +8,10 @@
 
 namespace vrx::test {
 
-/** Run `body` on a stack of its own. @return every byte of that stack as the run left it */
+/** Run `body` on a separate stack. @return all bytes of that stack afterwards */
 Bytes stack_after(const std::function<void()>& body);
 
-/** Whether any 8 bytes in a row of `secret` stand somewhere in `memory`. */
+/** Returns whether `memory` contains any 8 consecutive bytes of `secret`. */
 bool holds_part_of(const Bytes& memory, std::span<const std::uint8_t> secret);
 
 }  // namespace vrx::test

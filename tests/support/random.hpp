@@ -1,4 +1,4 @@
-// Random test input that can be repeated: the seed is printed once, and VRX_TEST_SEED sets it.
+// Reproducible random test input. The seed is printed once; the environment variable VRX_TEST_SEED sets it.
 #ifndef VRX_TESTS_SUPPORT_RANDOM_HPP
 #define VRX_TESTS_SUPPORT_RANDOM_HPP
 
@@ -16,7 +16,10 @@ class Random {
 public:
     Random();
     explicit Random(std::uint64_t seed) : engine_(seed) {}
-    /** For fuzzers: below() and coin() decide as the given bytes say, while there are some; the rest is random. */
+    /**
+     * For fuzz targets: below() and coin() consume the given bytes first. After those, and otherwise, values are
+     * random.
+     */
     Random(std::uint64_t seed, std::span<const std::uint8_t> decisions) : engine_(seed), decisions_(decisions) {}
 
     /** A number from 0 to limit - 1. */
@@ -25,7 +28,7 @@ public:
     }
     std::uint32_t word() { return static_cast<std::uint32_t>(engine_() >> 32); }
     bool coin() { return decisions_.empty() ? (engine_() >> 63) != 0 : decision(2) % 2 != 0; }
-    /** Whether any of the given bytes is left. */
+    /** Returns whether given bytes are left. */
     [[nodiscard]] bool has_decisions() const { return !decisions_.empty(); }
     void fill(std::span<std::uint8_t> out) {
         for (std::uint8_t& b : out) b = static_cast<std::uint8_t>(engine_() >> 56);
@@ -46,7 +49,7 @@ public:
     }
 
 private:
-    /** As many of the given bytes as a number below the limit takes. */
+    /** Consumes as many of the given bytes as a number below the limit needs. */
     std::uint64_t decision(std::uint32_t limit) {
         std::uint64_t number = 0;
         for (std::uint32_t rest = limit - 1; rest != 0 && !decisions_.empty(); rest >>= 8) {

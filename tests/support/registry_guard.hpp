@@ -1,4 +1,4 @@
-// Tests of the parameter registry change process-wide state; this puts it back.
+// Restores the parameter registry, which is process-wide, after a test.
 #ifndef VRX_TESTS_SUPPORT_REGISTRY_GUARD_HPP
 #define VRX_TESTS_SUPPORT_REGISTRY_GUARD_HPP
 
@@ -10,7 +10,7 @@
 
 namespace vrx::test {
 
-/** Starts with an empty list; at its end the list, the built-in cipher records and the defaults are as before. */
+/** Empties the list; its destructor restores the list, the built-in cipher records and the defaults. */
 class RegistryGuard {
 public:
     RegistryGuard() {

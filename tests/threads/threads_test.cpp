@@ -1,5 +1,5 @@
-// Many threads inside the library at once get what one thread gets. Run under ThreadSanitizer, this finds what they
-// share by mistake. Every test is a process of its own, so the threads also make the first calls of a process.
+// Tests that threads calling the library at the same time get the same results as one thread. ThreadSanitizer finds
+// data races in them. Every test is a separate process, so the threads also make the first calls of a process.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,7 +23,7 @@ using vrx::test::Random;
 constexpr unsigned thread_count = 8;
 constexpr unsigned rounds = 20;
 
-/** Runs task(i) for i below thread_count, each in a thread of its own, and all of them at once. */
+/** Runs task(i) for each i below thread_count, each in its own thread, all started together. */
 template <typename Task>
 void at_once(Task task) {
     std::latch ready(thread_count);
@@ -36,13 +36,13 @@ void at_once(Task task) {
     for (std::thread& thread : threads) thread.join();
 }
 
-/** Something that any number of threads may do at once: a function of a number alone. */
+/** A job for concurrent threads: a pure function of a number. */
 struct Job {
     const char* name;
     std::function<Bytes(unsigned)> result_for;
 };
 
-// What the threads share and only read.
+// Shared by the threads and only read.
 constexpr std::array<std::uint32_t, VRX_KEY_WORDS> shared_key = {1, 2, 3, 4, 5, 6, 7, 8};
 
 Bytes message_for(unsigned number) { return Random(number).bytes(3000 + 8 * std::size_t{number % 16}); }
@@ -79,7 +79,7 @@ Job one_shot_mac() {
             }};
 }
 
-/** A context of one's own, with key meshing, fed in pieces. */
+/** Encryption in pieces with key meshing, in a context of this thread. */
 Job context(const char* name, std::uint32_t mode) {
     return {name, [mode](unsigned number) {
                 Bytes text = message_for(number);
@@ -176,7 +176,7 @@ Job sha1() {
 
 using Private = std::array<std::uint32_t, VRX_ECC_DIGITS>;
 
-/** A source of random numbers that goes by the number of the job; each thread has its own. */
+/** A deterministic random source, seeded with the number of the job, one for each thread. */
 struct Drawing {
     static inline thread_local Random random{0};
     static int draw(void* buffer, std::uint32_t length) {
@@ -185,7 +185,7 @@ struct Drawing {
     }
 };
 
-/** A key agreed on with oneself, and diversified. */
+/** Key agreement with the own public key, and diversification. */
 Job agreement(const char* name, std::uint32_t index) {
     return {name, [index](unsigned number) {
                 Drawing::random = Random(number);
@@ -202,7 +202,7 @@ Job agreement(const char* name, std::uint32_t index) {
             }};
 }
 
-/** Keys, signatures and their verification on one record of the library's. */
+/** Key generation, signing and verification on a built-in record. */
 Job signatures(const char* name, std::uint32_t index) {
     return {name, [index](unsigned number) {
                 Drawing::random = Random(number);
@@ -247,10 +247,10 @@ const std::vector<Job> jobs = {one_shot("one_shot_ss", VRX_MODE_SS),
 
 class Threads : public testing::TestWithParam<Job> {};
 
-TEST_P(Threads, many_at_once_get_what_one_gets) {
+TEST_P(Threads, concurrent_results_equal_sequential_ones) {
     std::array<std::array<Bytes, rounds>, thread_count> results;
     at_once([&](unsigned i) {
-        // Half of the threads work on the same numbers, the others on their own.
+        // Half of the threads share their numbers, the others have their own.
         for (unsigned round = 0; round < rounds; ++round) results[i][round] = GetParam().result_for(i % 5 + 8 * round);
     });
     for (unsigned i = 0; i < thread_count; ++i)
@@ -261,8 +261,8 @@ TEST_P(Threads, many_at_once_get_what_one_gets) {
 INSTANTIATE_TEST_SUITE_P(jobs, Threads, testing::ValuesIn(jobs),
                          [](const testing::TestParamInfo<Job>& job) { return std::string(job.param.name); });
 
-// Each thread does something else: the first calls of all families at once, hashing while others read the registry.
-TEST(MixedWork, at_once_is_the_same_as_one_after_the_other) {
+// Each thread has another job: first calls of all families at the same time, and hashing during registry look-ups.
+TEST(MixedWork, concurrent_results_equal_sequential_ones) {
     std::array<std::array<Bytes, rounds>, thread_count> results;
     const auto job = [](unsigned i, unsigned round) -> const Job& { return jobs[(5 * i + round) % jobs.size()]; };
     at_once([&](unsigned i) {
@@ -273,8 +273,8 @@ TEST(MixedWork, at_once_is_the_same_as_one_after_the_other) {
             ASSERT_EQ(results[i][round], job(i, round).result_for(round)) << "thread " << i;
 }
 
-// The cipher's list is filled by one thread; then any number may find records in it while others work.
-TEST(Registry, is_read_by_some_threads_while_others_hash_and_encrypt) {
+// One thread fills the registry; then all threads may look up records in it while others work.
+TEST(Registry, look_ups_run_while_other_threads_hash_and_encrypt) {
     vrx_gost28147_par* first = nullptr;
     expect_ok(oidFindGOST28147Par(VRX_PAR_CIPHER_A_OID, VRX_PAR_OID_SIZE, &first));
     const Job hashing = hash();
@@ -298,7 +298,7 @@ TEST(Registry, is_read_by_some_threads_while_others_hash_and_encrypt) {
     });
 }
 
-TEST(Log, failures_of_many_threads_are_whole_lines) {
+TEST(Log, lines_of_concurrent_failures_are_not_mixed) {
     LogCapture log;
     at_once([](unsigned) {
         for (unsigned round = 0; round < rounds; ++round) EXPECT_EQ(TZ_by_id(5), nullptr);
@@ -308,8 +308,8 @@ TEST(Log, failures_of_many_threads_are_whole_lines) {
     EXPECT_EQ(log.take(), expected);
 }
 
-/** The calls that choose engines. Nothing here may come after a call of one thread alone. */
-TEST(FirstCalls, of_all_families_may_race) {
+/** Calls that select engines. They must be the first calls of the process. */
+TEST(FirstCalls, of_all_families_may_run_concurrently) {
     const std::uint8_t num[VRX_NUM_TZ_SIZE] = {};
     at_once([&num](unsigned) {
         vrx_tz table{};
