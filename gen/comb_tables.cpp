@@ -1,7 +1,7 @@
-// Prints a file of src/ecc/field/tables/: the tables of a curve for multiples of its base point, as an initialiser.
+// Generator: prints a file of src/ecc/field/tables/, the tables of base point multiples of a curve.
 // Usage: comb_tables Test|A|B|C > src/ecc/field/tables/comb_a.inc
 //
-// The points come from additions of affine points, epAdd(), which no table helps.
+// It computes the points with epAdd(), which uses no table.
 #include "ecc/field/comb_tables.hpp"
 
 #include <cinttypes>

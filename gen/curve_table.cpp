@@ -1,5 +1,5 @@
-// Prints a file of src/ecc/tables/: the multiples 16^m G of the base point of a set. Usage: curve_table A|B|C >
-// src/ecc/tables/a.inc
+// Generator: prints a file of src/ecc/tables/, the multiples 16^m G of the base point of a set.
+// Usage: curve_table A|B|C > src/ecc/tables/a.inc
 #include <cstdint>
 #include <cstdio>
 #include <cstring>

@@ -1,4 +1,5 @@
-// Botan: the cipher under the S-boxes of both hashes, one hash and what is made of it, SHA-1, all curves, public keys.
+// Comparison with Botan: the cipher under the S-boxes of both hashes, one hash with HMAC and PBKDF2, SHA-1, all curves,
+// public keys.
 #include <botan/block_cipher.h>
 #include <botan/cipher_mode.h>
 #include <botan/gost_3410.h>
@@ -19,7 +20,7 @@ protected:
     static void SetUpTestSuite() { introduce("Botan " + Botan::short_version_string()); }
 };
 
-/** It has the S-boxes of the hashes alone, and the same names for them. */
+/** Botan has only the S-boxes of the hashes, under the same names. */
 void compare_ciphers(const std::string& mode, std::uint32_t our_mode) {
     const std::pair<const char*, const vrx_tz&> tables[] = {{"R3411_94_TestParam", TZ_3411_94[0]},
                                                             {"R3411_CryptoPro", TZ_3411_94[1]}};
@@ -109,7 +110,7 @@ TEST_F(botan, sha1) {
     });
 }
 
-/** As cheap as everybody's. */
+/** The random source of all peers. */
 class Source : public Botan::RandomNumberGenerator {
 public:
     void randomize(std::uint8_t out[], std::size_t size) override { fill(out, size); }
@@ -131,7 +132,7 @@ Botan::EC_Group group(const EcParamSet& set) {
             Botan::OID(set.str_oid)};
 }
 
-/** Digests and signatures have the byte orders of this library. */
+/** Digests and signatures have the same byte orders as in this library. */
 class Signer {
 public:
     explicit Signer(const Pair& pair)
@@ -154,7 +155,7 @@ TEST_F(botan, signatures) {
     compare_signatures(all_curves, 2, [](const Pair& pair, const std::string&) { return Signer(pair); });
 }
 
-/** It has no such function: RFC 4357, section 5.2, from its points and its hash. */
+/** Botan has no VKO; this computes RFC 4357, section 5.2, with its points and its hash. */
 TEST_F(botan, key_agreement) {
     const auto hash = Botan::HashFunction::create_or_throw("GOST-34.11");
     for_curves(all_curves, [&](Random& random, const EcParamSet& set, const std::string&) {

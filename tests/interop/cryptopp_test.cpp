@@ -1,4 +1,4 @@
-// Crypto++: the cipher under the S-boxes of the hash's test set, SHA-1, multiples of points.
+// Comparison with Crypto++: the cipher under the S-boxes of the hash's test set, SHA-1, point multiplication.
 #include <cryptopp/config_ver.h>
 #include <cryptopp/eccrypto.h>
 #include <cryptopp/ecp.h>
@@ -18,7 +18,7 @@ protected:
     }
 };
 
-/** Its only S-boxes are those of the hash's test set. */
+/** Crypto++ has only the S-boxes of the hash's test set. */
 template <typename Mode>
 void compare_ciphers(std::uint32_t our_mode) {
     Random random;
@@ -56,7 +56,7 @@ CryptoPP::Integer number(const std::uint32_t* digits) {
     return {octets.data(), octets.size()};
 }
 
-/** It has no signatures of GOST, but curves of any numbers. */
+/** Crypto++ has no GOST signatures, but arbitrary curves. */
 TEST_F(cryptopp, multiples_of_points) {
     for_curves(all_curves, [](Random&, const EcParamSet& set, const std::string&) {
         const CryptoPP::ECP curve(number(set.p), number(set.a), number(set.b));

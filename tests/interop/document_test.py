@@ -1,4 +1,4 @@
-"""Every line of docs/interop.md that says what agrees names a test, and every test has a line."""
+"""Checks that the tables in docs/interop.md and the interop tests correspond one to one."""
 
 import pathlib
 import re
@@ -15,7 +15,7 @@ def chapter():
 
 
 def rows():
-    """The cells of the tables, without their heads."""
+    """Yield the rows of the tables, without their heads."""
     for table in re.findall(r"(?:^\|.*\|\n)+", chapter(), re.MULTILINE):
         for line in table.splitlines()[2:]:
             yield [cell.strip() for cell in line.strip("|").split("|")]
@@ -28,12 +28,12 @@ def tests():
 
 
 class Document(unittest.TestCase):
-    def test_lines_and_tests_are_the_same(self):
+    def test_each_row_has_a_test_and_each_test_a_row(self):
         named = [cells[-1].strip("`") for cells in rows()]
         self.assertGreater(len(named), 50)
         self.assertEqual(sorted(named), sorted(tests()))
 
-    def test_every_line_says_what_agrees_and_for_what(self):
+    def test_every_row_is_complete(self):
         for cells in rows():
             with self.subTest(cells[-1]):
                 self.assertEqual(len(cells), 3)

@@ -1,4 +1,5 @@
-// GnuTLS: the cipher in two modes and its MAC, one hash and what is made of it, SHA-1, five curves, keys, certificates.
+// Comparison with GnuTLS: the cipher in two modes and its MAC, one hash with HMAC and PBKDF2, SHA-1, five curves, keys,
+// certificates.
 #include <gnutls/abstract.h>
 #include <gnutls/crypto.h>
 #include <gnutls/gnutls.h>
@@ -16,14 +17,14 @@ protected:
     static void SetUpTestSuite() { introduce(std::string("GnuTLS ") + gnutls_check_version(nullptr)); }
 };
 
-/** A view of bytes, which it does not change. */
+/** A view of bytes for GnuTLS, which does not change them. */
 gnutls_datum_t view(std::span<const std::uint8_t> bytes) {
     return {const_cast<unsigned char*>(bytes.data()), static_cast<unsigned>(bytes.size())};
 }
 gnutls_datum_t view(const std::string& text) {
     return view({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
 }
-/** What it allocated. */
+/** Memory that GnuTLS allocated. */
 Bytes taken(gnutls_datum_t& datum) {
     Bytes bytes(datum.data, datum.data + datum.size);
     gnutls_free(datum.data);
@@ -105,7 +106,7 @@ TEST_F(gnutls, sha1) {
     compare_sha1(500, [](const Bytes& data) { return digest<20>(GNUTLS_DIG_SHA1, data); });
 }
 
-/** It can compute on two of the five curves that it has names for, which are one curve under two names. */
+/** GnuTLS names five curves and computes on two of them, which are the same curve. */
 constexpr const char* its_curves = "A XchA";
 gnutls_ecc_curve_t curve(const EcParamSet& set) {
     return set.str_oid == std::string(ecc_A_str_oid) ? GNUTLS_ECC_CURVE_GOST256CPA : GNUTLS_ECC_CURVE_GOST256CPXA;
@@ -125,7 +126,7 @@ std::shared_ptr<T> made(int (*init)(T**), void (*deinit)(T*)) {
 
 PublicKey empty_public_key() { return made(gnutls_pubkey_init, gnutls_pubkey_deinit); }
 
-/** A pair from its octets: numbers are least significant octet first. */
+/** Imports a key pair; numbers are least significant octet first. */
 struct Keys {
     PrivateKey secret = made(gnutls_privkey_init, gnutls_privkey_deinit);
     PublicKey open = empty_public_key();
@@ -161,7 +162,9 @@ TEST_F(gnutls, signatures) {
     compare_signatures(its_curves, 2, [](const Pair& pair, const std::string&) { return Keys(pair); });
 }
 
-/** Whether an OCTET STRING without the zeros at the number's end is 32 octets with its head: it then cannot be read. */
+/**
+ * GnuTLS omits zeros at the end of the number. If the OCTET STRING then has 32 octets with its header, it is ambiguous.
+ */
 bool looks_bare(const Pair& pair) {
     const Bytes octets = pair.private_octets();
     return octets[31] == 0 && octets[30] == 0 && octets[29] != 0;
@@ -224,7 +227,7 @@ TEST_F(gnutls, public_key_files) {
 
 Certificate empty_certificate() { return made(gnutls_x509_crt_init, gnutls_x509_crt_deinit); }
 
-/** A certificate of a name and a key, not yet signed. */
+/** Creates an unsigned certificate for a name and a key. */
 Certificate certificate_of(const std::string& name, const Keys& keys, bool authority, Random& random) {
     Certificate c = empty_certificate();
     const std::uint8_t serial = static_cast<std::uint8_t>(1 + random.below(127));
@@ -239,7 +242,7 @@ Certificate certificate_of(const std::string& name, const Keys& keys, bool autho
     return c;
 }
 
-/** Signs a certificate; the same in DER. */
+/** Signs a certificate and returns it in DER. */
 Bytes signed_octets(const Certificate& c, const Certificate& issuer, const Keys& keys) {
     gnutls_datum_t out{};
     EXPECT_EQ(gnutls_x509_crt_privkey_sign(c.get(), issuer.get(), keys.secret.get(), GNUTLS_DIG_GOSTR_94, 0), 0);

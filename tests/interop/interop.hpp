@@ -1,8 +1,7 @@
-// What the programs that compare this library with others share: random cases, and this library's answers to them.
+// Common parts of the comparisons with other libraries: random cases, and this library's results for them.
 //
-// Messages are handed to this library in pieces of random lengths, and to the other one as a whole, so that the cuts
-// are tested too. VRX_INTEROP_CASES sets the number of cases for every test and parameter set; without it
-// they are few.
+// This library gets each message in pieces of random lengths, the other library gets it as a whole. The environment
+// variable VRX_INTEROP_CASES sets the number of cases for every test and parameter set; the default is small.
 #ifndef VRX_TESTS_INTEROP_HPP
 #define VRX_TESTS_INTEROP_HPP
 
@@ -30,16 +29,16 @@ using test::Digits;
 using test::hex;
 using test::Random;
 
-/** Prints which library, in which version, took part; `./dev interop` collects these lines. */
+/** Prints name and version of a peer; `./dev interop` collects these lines. */
 inline void introduce(const std::string& peer) { std::cout << "[  peer    ] " << peer << '\n'; }
 
-/** The number of cases of a test, for each parameter set; `few` in the short form. */
+/** The number of cases of a test for each parameter set; `few` is the default. */
 inline unsigned cases(unsigned few) {
     const char* const wanted = std::getenv("VRX_INTEROP_CASES");
     return wanted != nullptr ? static_cast<unsigned>(std::strtoul(wanted, nullptr, 10)) : few;
 }
 
-/** A cheap random source for others. */
+/** A fast random source for peers. */
 inline void fill(void* out, std::size_t size) {
     static Random random;
     random.fill({static_cast<std::uint8_t*>(out), size});
@@ -47,7 +46,7 @@ inline void fill(void* out, std::size_t size) {
 
 inline std::uint32_t size32(std::span<const std::uint8_t> data) { return static_cast<std::uint32_t>(data.size()); }
 
-/** Whether two results are the same bytes; where they are not, says from where on. */
+/** Compares two results; the message has the position of the first difference. */
 inline testing::AssertionResult same(std::span<const std::uint8_t> ours, std::span<const std::uint8_t> theirs) {
     const auto place = std::ranges::mismatch(ours, theirs);
     if (place.in1 == ours.end() && place.in2 == theirs.end()) return testing::AssertionSuccess();
@@ -56,12 +55,12 @@ inline testing::AssertionResult same(std::span<const std::uint8_t> ours, std::sp
         const auto rest = bytes.subspan(static_cast<std::size_t>(at));
         return hex(rest.first(std::min<std::size_t>(rest.size(), 32)));
     };
-    return testing::AssertionFailure() << "of " << ours.size() << " bytes, those from " << at << " on are\n"
-                                       << start(ours) << " here, and for others\n"
+    return testing::AssertionFailure() << "of " << ours.size() << " bytes, those from " << at << " differ:\n"
+                                       << start(ours) << " here, and in the peer\n"
                                        << start(theirs);
 }
 
-/** The length of a message, seldom 0: short, near a border between blocks, near one between sections of 1 KiB, any. */
+/** A message length, rarely 0: short, near a block boundary, near a boundary of 1 KiB sections, or any. */
 inline std::size_t any_length(Random& random) {
     switch (random.below(8)) {
         case 0:
@@ -81,7 +80,7 @@ inline std::size_t any_length(Random& random) {
 }
 inline Bytes message(Random& random) { return random.bytes(any_length(random)); }
 inline Bytes message_not_empty(Random& random) { return random.bytes(std::max(any_length(random), std::size_t{1})); }
-/** Of at least one whole block. */
+/** A length of at least one block, without incomplete blocks. */
 inline Bytes whole_blocks(Random& random) { return random.bytes((any_length(random) / 8 + 1) * 8); }
 
 /** Calls take(piece) for pieces of random lengths, none of them empty. */
@@ -98,11 +97,11 @@ void in_pieces(Random& random, std::span<const std::uint8_t> data, Take take) {
 // --- the cipher
 // -------------------------------------------------------------------------------------------------------
 
-/** S-boxes by the names that others know them by. */
+/** S-boxes and their names in other libraries. */
 struct Sboxes {
     const char* letter;  // A, B, ...
-    const char* oid;     // of the cipher's parameter set
-    const char* name;    // of RFC 4357 or RFC 7836
+    const char* oid;     // cipher parameter set
+    const char* name;    // in RFC 4357 or RFC 7836
     const vrx_tz* table;
 };
 
@@ -145,7 +144,7 @@ void for_sboxes(const std::string& letters, unsigned few, Check check) {
 using Digest = std::array<std::uint8_t, VRX_HASH_SIZE>;
 static_assert(VRX_HASH_SIZE == VRX_KEY_SIZE);
 
-/** A key and an initialisation vector. */
+/** A key and an IV. */
 struct KeyAndIv {
     Digest key;
     std::array<std::uint8_t, VRX_BLOCK_SIZE> iv;
@@ -163,7 +162,7 @@ inline void open(vrx_crpt_ctx& ctx, std::uint32_t mode, bool encrypt, const vrx_
               VRX_OK);
 }
 
-/** A message through a context of this library, in random pieces. */
+/** Processes a message with a context of this library, in random pieces. */
 inline Bytes ours(Random& random, std::uint32_t mode, bool encrypt, const vrx_tz& table, Meshing meshing,
                   const KeyAndIv& secret, const Bytes& data) {
     vrx_crpt_ctx ctx;
@@ -182,7 +181,7 @@ inline Bytes ours(Random& random, std::uint32_t mode, bool encrypt, const vrx_tz
     return result;
 }
 
-/** The first four bytes of this library's MAC; the state begins as the vector, which is zero for most. */
+/** The first four bytes of this library's MAC. The initial state is the IV, which is zero for most peers. */
 inline Bytes our_mac(Random& random, const vrx_tz& table, Meshing meshing, const KeyAndIv& secret, const Bytes& data) {
     vrx_crpt_ctx ctx;
     open(ctx, VRX_MODE_IMITO, true, table, meshing, secret);
@@ -196,8 +195,7 @@ inline Bytes our_mac(Random& random, const vrx_tz& table, Meshing meshing, const
 }
 
 /**
- * their(sboxes, key, data) is the MAC, of four bytes. For others a message of at most one block ends with a block of
- * zeros more.
+ * their(sboxes, key, data) is the MAC of four bytes. Peers append a block of zeros to a message of at most one block.
  */
 template <typename Their>
 void compare_macs(const std::string& letters, unsigned few, Meshing meshing, Their their) {
@@ -210,7 +208,7 @@ void compare_macs(const std::string& letters, unsigned few, Meshing meshing, The
     });
 }
 
-// --- hashes, and what is made of them
+// --- hashes, HMAC and key derivation
 // ---------------------------------------------------------------------------------
 
 inline const vrx_gostr3411_par& test_set() { return GOSTR3411_OIDS[0]; }
@@ -227,8 +225,10 @@ inline Digest our_digest(Random& random, const vrx_gostr3411_par& set, const Byt
     return digest;
 }
 
-/** their(data) is the digest of any message: of random bytes, or of bytes that are nearly all FFh, for the carries.
- * No message is shorter than the shortest. */
+/**
+ * their(data) is the digest of a message. Messages are random, or nearly all bytes are FFh, which causes carries. None
+ * is shorter than `shortest`.
+ */
 template <typename Their>
 void compare_digests(const vrx_gostr3411_par& set, unsigned few, Their their, std::size_t shortest = 0) {
     SCOPED_TRACE(set.name);
@@ -266,7 +266,7 @@ void compare_hmacs(const vrx_gostr3411_par& set, unsigned few, Their their) {
     }
 }
 
-/** their(password, salt, iterations) is the first block of what PBKDF2 gives. */
+/** their(password, salt, iterations) is the first block of PBKDF2. */
 template <typename Their>
 void compare_pbkdf2(const vrx_gostr3411_par& set, unsigned few, Their their) {
     SCOPED_TRACE(set.name);
@@ -304,7 +304,7 @@ void compare_sha1(unsigned few, Their their) {
 // --- curves
 // -----------------------------------------------------------------------------------------------------------
 
-/** A key pair on a built-in curve; one in eight private numbers is an octet shorter, for those who leave zeros out. */
+/** A key pair on a built-in curve. One in eight private keys has a zero octet, because some formats omit zeros. */
 struct Pair {
     const EcParamSet* set;
     Digits d;
@@ -330,7 +330,7 @@ struct Pair {
     }
 };
 
-/** A number of 256 bits as 32 octets, most significant first, and back. */
+/** Converts between a number of 256 bits and 32 octets, most significant first. */
 inline Bytes big_endian(const std::uint32_t* digits) {
     Bytes octets(32);
     mpConvToOctets(digits, VRX_ECC_DIGITS, octets.data(), 32);
@@ -343,7 +343,7 @@ inline Digits from_big_endian(std::span<const std::uint8_t> octets) {
 }
 inline Bytes reversed(std::span<const std::uint8_t> octets) { return {octets.rbegin(), octets.rend()}; }
 
-/** A signature as others see it: s, then r, each most significant octet first. */
+/** A signature in the common form: s, then r, each most significant octet first. */
 inline Bytes octets(const EcSignature& signature) {
     Bytes out(VRX_SIGNATURE_SIZE);
     EXPECT_EQ(ecUnloadSignValue(&signature, out.data()), VRX_OK);
@@ -356,7 +356,7 @@ inline EcSignature signature(std::span<const std::uint8_t> octets) {
     return s;
 }
 
-/** A digest as signatures take it: its bytes are little-endian digits. */
+/** A digest for signatures: its bytes as little-endian digits. */
 inline std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words(const Digest& digest) {
     std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> w;
     std::memcpy(w.data(), digest.data(), sizeof w);
@@ -375,7 +375,7 @@ inline Digest flipped(Random& random, Digest digest) {
     return digest;
 }
 
-/** Calls check(random, set, name) for each of the curves; the names are short, separated by blanks. */
+/** Calls check(random, set, name) for each curve in a list of short names, separated by blanks. */
 template <typename Check>
 void for_curves(const std::string& names, Check check) {
     Random random;
@@ -389,8 +389,9 @@ void for_curves(const std::string& names, Check check) {
 inline constexpr const char* all_curves = "Test A B C XchA XchB";
 
 /**
- * Signatures both ways on some curves, with a new pair every few cases. open(pair) gives an object of the peer with
- * `Bytes sign(Digest)` and `bool verify(Digest, Bytes)`, where a signature is 64 octets as above.
+ * Each library verifies the signatures of the other on some curves, with a new key pair every few cases. open(pair)
+ * returns an object of the peer with `Bytes sign(Digest)` and `bool verify(Digest, Bytes)`. A signature is 64 octets as
+ * above.
  */
 template <typename Open>
 void compare_signatures(const std::string& names, unsigned few, Open open) {

@@ -1,4 +1,4 @@
-// libgcrypt: the cipher in three modes, with meshing in one, MAC, both hashes, SHA-1, all curves, VKO.
+// Comparison with libgcrypt: the cipher in three modes, one with key meshing, MAC, both hashes, SHA-1, all curves, VKO.
 #include <gcrypt.h>
 
 #include "interop.hpp"
@@ -68,7 +68,7 @@ TEST_F(libgcrypt, mac) {
     });
 }
 
-/** The parameter sets. Its GCRY_MD_GOSTR3411_94 sums the blocks as RFC 5831 does, under the test set. */
+/** The parameter sets. GCRY_MD_GOSTR3411_94 uses the test set. */
 struct Hash {
     int algorithm;
     const vrx_gostr3411_par& set;
@@ -130,7 +130,7 @@ public:
 
     [[nodiscard]] gcry_sexp_t get() const { return value_; }
     [[nodiscard]] gcry_sexp_t* slot() { return &value_; }
-    /** The number that follows a name: 32 octets, most significant first. */
+    /** Returns the number after a name: 32 octets, most significant first. */
     [[nodiscard]] Bytes number(const char* name) const {
         gcry_sexp_t found = gcry_sexp_find_token(value_, name, 0);
         gcry_mpi_t n = gcry_sexp_nth_mpi(found, 1, GCRYMPI_FMT_USG);
@@ -149,7 +149,7 @@ private:
 
 std::string text(const std::uint32_t* digits) { return "#" + hex(big_endian(digits)) + "#"; }
 
-/** Curves go by their dotted identifiers, all numbers are most significant octet first: the digest too. */
+/** Curves have dotted identifiers. All numbers, and the digest, are most significant octet first. */
 struct Signer {
     Expression private_key;
     Expression public_key;
@@ -183,7 +183,7 @@ TEST_F(libgcrypt, signatures) {
     compare_signatures(all_curves, 4, [](const Pair& pair, const std::string&) { return Signer(pair); });
 }
 
-/** A number that gives itself back. */
+/** A number that frees itself. */
 using Number = std::unique_ptr<gcry_mpi, decltype(&gcry_mpi_release)>;
 Number number(const Bytes& big_endian) {
     gcry_mpi_t n = nullptr;
@@ -198,7 +198,7 @@ Bytes little_endian(gcry_mpi_t n) {
     return octets;
 }
 
-/** It has no such function: RFC 4357, section 5.2, from its points and its hash. */
+/** libgcrypt has no VKO; this computes RFC 4357, section 5.2, with its points and its hash. */
 TEST_F(libgcrypt, key_agreement) {
     for_curves(all_curves, [](Random& random, const EcParamSet& set, const std::string&) {
         for (unsigned i = cases(4); i != 0; --i) {

@@ -1,4 +1,4 @@
-// Nettle: both hashes and what is made of them, SHA-1, one curve, VKO.
+// Comparison with Nettle: both hashes with HMAC and PBKDF2, SHA-1, one curve, VKO.
 #include <nettle/ecc-curve.h>
 #include <nettle/gostdsa.h>
 #include <nettle/gosthash94.h>
@@ -73,7 +73,7 @@ TEST_F(nettle, sha1) {
     });
 }
 
-/** An integer of GMP that ends with its scope. */
+/** A GMP integer that frees itself. */
 struct Number {
     mpz_t n;
     explicit Number(const Bytes& big_endian) {
@@ -93,7 +93,7 @@ Bytes big_endian(const mpz_t n) {
     return octets;
 }
 
-/** The curve gc256b is CryptoPro's A. Digests are octets, least significant first, as here. */
+/** The curve gc256b is CryptoPro-A. Digests are octets, least significant first, as in this library. */
 class Party {
 public:
     explicit Party(const Pair& pair) {
@@ -132,7 +132,7 @@ public:
         dsa_signature_clear(&given);
         return right;
     }
-    /** The point that both have, as octets; it is for the caller to hash them. */
+    /** Returns the shared point in octets, before the hash. */
     [[nodiscard]] Bytes agree(const Party& other, const Ukm& ukm) const {
         Bytes octets(64);
         gostdsa_vko(&d_, &other.key_, ukm.size(), ukm.data(), octets.data());

@@ -1,5 +1,5 @@
-// OpenSSL with its GOST engine: the cipher in three modes and its MAC, all with meshing, one hash and what is made of
-// it, all curves, VKO, key transport, keys, certificates and messages (CMS). SHA-1 needs no engine.
+// Comparison with OpenSSL and its GOST engine: the cipher in three modes and its MAC, one hash with HMAC and PBKDF2,
+// all curves, VKO, key transport, keys, certificates and CMS messages. SHA-1 needs no engine.
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include <openssl/cms.h>
 #include <openssl/crypto.h>
@@ -25,13 +25,13 @@ TEST(openssl, sha1) {
     });
 }
 
-/** The GOST engine, or nullptr. */
+/** Returns the GOST engine, or nullptr if it is not installed. */
 ENGINE* engine() {
     static ENGINE* const gost = []() -> ENGINE* {
         OPENSSL_init_crypto(OPENSSL_INIT_ENGINE_DYNAMIC, nullptr);
         ENGINE* const e = ENGINE_by_id("gost");
         if (e == nullptr || ENGINE_init(e) == 0) return nullptr;
-        // Keys, certificates and messages find their methods by the algorithm alone.
+        // As the default engine it provides the methods for keys, certificates and messages.
         ENGINE_set_default(e, ENGINE_METHOD_ALL & ~ENGINE_METHOD_RAND);
         introduce("the GOST engine of OpenSSL");
         return e;
@@ -42,11 +42,11 @@ ENGINE* engine() {
 class gost_engine : public testing::Test {
 protected:
     void SetUp() override {
-        if (engine() == nullptr) GTEST_SKIP() << "OpenSSL has no engine gost";
+        if (engine() == nullptr) GTEST_SKIP() << "the OpenSSL engine gost is not installed";
     }
 };
 
-/** The S-boxes for the cipher in CFB and CBC; the setting is the engine's. */
+/** Sets the engine's S-boxes for CFB and CBC. */
 void choose(const Sboxes& sboxes) { ASSERT_EQ(ENGINE_ctrl_cmd_string(engine(), "CRYPT_PARAMS", sboxes.name, 0), 1); }
 
 void compare_ciphers(const char* letters, int algorithm, std::uint32_t our_mode, Meshing meshing) {
@@ -97,7 +97,7 @@ TEST_F(gost_engine, mac_with_meshing) {
 
 const EVP_MD* hash() { return ENGINE_get_digest(engine(), NID_id_GostR3411_94); }
 
-/** The empty message has another digest there: as if it were a block of zeros, but without its length. */
+/** The engine has another digest for the empty message: it processes a block of zeros, but counts no length. */
 TEST_F(gost_engine, digests) {
     compare_digests(
         cryptopro(), 300,
@@ -169,7 +169,7 @@ Bytes contents(const Stream& s) {
     return {data, data + size};
 }
 
-/** The octets in a PEM block, as OpenSSL reads it. */
+/** Decodes a PEM block with OpenSSL. */
 Bytes pem_octets(const std::string& text) {
     char* label = nullptr;
     char* header = nullptr;
@@ -183,7 +183,7 @@ Bytes pem_octets(const std::string& text) {
     return octets;
 }
 
-/** What OpenSSL reads from all of the octets. */
+/** Parses octets with OpenSSL; all of them must be used. */
 template <typename T>
 std::shared_ptr<T> read(T* (*function)(T**, const unsigned char**, long), void (*free)(T*),
                         std::span<const std::uint8_t> octets) {
@@ -194,7 +194,7 @@ std::shared_ptr<T> read(T* (*function)(T**, const unsigned char**, long), void (
     return value;
 }
 
-/** A pair as the engine reads it from this library's files. */
+/** The engine's form of a key pair, read from files of this library. */
 Key key_of(const Pair& pair) {
     const auto info =
         read(d2i_PKCS8_PRIV_KEY_INFO, PKCS8_PRIV_KEY_INFO_free, pem_octets(pem("PRIVATE KEY", private_key_info(pair))));
@@ -225,7 +225,7 @@ TEST_F(gost_engine, public_key_files) {
     for_curves(all_curves, [](Random&, const EcParamSet& set, const std::string&) {
         for (unsigned i = cases(4); i != 0; --i) {
             const Pair pair(set);
-            // Its own public key of a private one, and what it read.
+            // The public key that it derived from the private one, and the one that it read.
             for (const Key& key : {key_of(pair), public_key_of(pair)}) {
                 const Stream file = stream();
                 ASSERT_EQ(PEM_write_bio_PUBKEY(file.get(), key.get()), 1);
@@ -237,7 +237,7 @@ TEST_F(gost_engine, public_key_files) {
     });
 }
 
-/** Digests and signatures have the byte orders of this library. */
+/** Digests and signatures have the same byte orders as in this library. */
 struct Signer {
     Key pair;
     Key open;
@@ -283,11 +283,11 @@ TEST_F(gost_engine, key_agreement) {
     });
 }
 
-/** A part of a structure that is read and written: where it lies in the octets. */
+/** A field of a structure: its place in the octets. */
 using Part = std::span<std::uint8_t>;
 Part writable(std::span<const std::uint8_t> part) { return {const_cast<std::uint8_t*>(part.data()), part.size()}; }
 
-/** Reads the elements of a structure; what is not there fails the test. */
+/** Reads the elements of a structure. A missing element fails the test. */
 class Fields {
 public:
     explicit Fields(std::span<const std::uint8_t> contents) : reader_(contents) {}
@@ -308,7 +308,7 @@ private:
 
 constexpr std::uint8_t implicit_0 = 0x80;  // [0], primitive
 
-/** A key transported to a recipient: GostR3410-KeyTransport of RFC 4490, section 4.2. All parts have fixed lengths. */
+/** GostR3410-KeyTransport of RFC 4490, section 4.2: a key for a recipient. All fields have fixed lengths. */
 struct Transport {
     Part wrapped_key, mac, sboxes, ephemeral, ukm;
 
@@ -326,7 +326,7 @@ struct Transport {
         EXPECT_EQ(mac.size(), 4U);
         EXPECT_EQ(ukm.size(), 8U);
     }
-    /** The octets of the ephemeral public key, which stand last in it. */
+    /** The octets of the ephemeral public key, at its end. */
     [[nodiscard]] Part point() const { return ephemeral.last(VRX_PUBLIC_KEY_SIZE); }
     [[nodiscard]] Ukm material() const {
         Ukm u;
@@ -335,7 +335,7 @@ struct Transport {
     }
 };
 
-/** CryptoPro key wrap (RFC 4357, sections 6.3 and 6.4): under a diversified key in codebook mode, and a MAC. */
+/** CryptoPro key wrap (RFC 4357, sections 6.3 and 6.4): ECB under a diversified key, and a MAC. */
 struct Wrapped {
     Digest key{};
     Bytes mac;
@@ -352,7 +352,7 @@ Wrapped wrap(Random& random, const Sboxes& sboxes, Digest kek, const Ukm& ukm, c
     return w;
 }
 
-/** The transported key, as its recipient gets it; its MAC is right. */
+/** Unwraps the key as the recipient does, and checks its MAC. */
 Digest received(Random& random, const Sboxes& sboxes, const Transport& transport, const Pair& recipient) {
     EXPECT_EQ(der::dotted(transport.sboxes), sboxes.oid);
     EcPoint ephemeral{};
@@ -367,7 +367,7 @@ Digest received(Random& random, const Sboxes& sboxes, const Transport& transport
     return opened.key;
 }
 
-/** Writes another key into a transport, from another sender. */
+/** Replaces the key in a transport, with another sender. */
 void send(Random& random, const Sboxes& sboxes, Transport& transport, const Pair& recipient, const Digest& key) {
     const Pair sender(*recipient.set);
     const Ukm ukm = any_ukm(random);
@@ -379,7 +379,7 @@ void send(Random& random, const Sboxes& sboxes, Transport& transport, const Pair
     std::ranges::copy(w.mac, transport.mac.begin());
 }
 
-/** Keys are wrapped under the S-boxes A, whatever the engine is set to. */
+/** Key wrap uses CryptoPro-A, regardless of the engine's S-boxes. */
 TEST_F(gost_engine, key_transport) {
     for_curves(all_curves, [](Random& random, const EcParamSet& set, const std::string&) {
         for (unsigned i = cases(6); i != 0; --i) {
@@ -427,7 +427,7 @@ Certificate certificate_of(const Pair& subject, const Pair& issuer, Random& rand
     return c;
 }
 
-/** The DER of what OpenSSL has, by its function for that. */
+/** Encodes an OpenSSL object in DER. */
 template <typename T>
 Bytes octets_of(const T* value, int (*function)(const T*, unsigned char**)) {
     Bytes out(static_cast<std::size_t>(std::max(function(value, nullptr), 0)));
@@ -458,7 +458,7 @@ using Message = std::shared_ptr<CMS_ContentInfo>;
 
 Message message_from(const Bytes& octets) { return read(d2i_CMS_ContentInfo, CMS_ContentInfo_free, octets); }
 
-/** The fields of a ContentInfo (RFC 5652, section 3), without the version. */
+/** The fields of a ContentInfo (RFC 5652, section 3), after the version. */
 Fields content_info(const Bytes& octets, const std::string& type) {
     Fields info = Fields(octets).inside(der::sequence);
     info.expect_oid(type);
@@ -480,13 +480,13 @@ struct Signed {
         if (fields.has(der::context_0)) fields.next(der::context_0);  // certificates
         Fields signer = fields.inside(der::set).inside(der::sequence);
         signer.next(der::integer);
-        signer.next(der::sequence);  // who
+        signer.next(der::sequence);  // identity
         signer.inside(der::sequence).expect_oid("1.2.643.2.2.9");
         attributes = signer.next_whole(der::context_0);
         signer.inside(der::sequence).expect_oid("1.2.643.2.2.19");
         signature = signer.next(der::octet_string);
     }
-    /** The digest of the content that the attributes name. */
+    /** The digest of the content from the signed attributes. */
     [[nodiscard]] Part named_digest() const {
         Fields list = Fields(attributes).inside(der::context_0);
         while (!list.at_end()) {
@@ -497,7 +497,7 @@ struct Signed {
         ADD_FAILURE() << "no digest among the attributes";
         return {};
     }
-    /** What is signed: the attributes as the SET that they are. */
+    /** The signed octets: the attributes, encoded as a SET. */
     [[nodiscard]] Digest digest(Random& random) const {
         Bytes set(attributes.begin(), attributes.end());
         set.front() = der::set;
@@ -522,7 +522,7 @@ TEST_F(gost_engine, signed_messages) {
             ASSERT_TRUE(same(our_digest(random, cryptopro(), content), message.named_digest()));
             ASSERT_TRUE(verifies(anna, message.digest(random), signature(message.signature)));
 
-            // Another message, signed by this library.
+            // A message signed by this library.
             random.fill(message.content);
             std::ranges::copy(our_digest(random, cryptopro(), Bytes(message.content.begin(), message.content.end())),
                               message.named_digest().begin());
@@ -548,7 +548,7 @@ struct Enveloped {
         Fields fields = content_info(octets, "1.2.840.113549.1.7.3");
         Fields recipient = fields.inside(der::set).inside(der::sequence);
         recipient.next(der::integer);
-        recipient.next(der::sequence);  // who
+        recipient.next(der::sequence);  // identity
         recipient.inside(der::sequence).expect_oid("1.2.643.2.2.19");
         transport = recipient.next(der::octet_string);
         Fields encrypted = fields.inside(der::sequence);
@@ -577,7 +577,7 @@ TEST_F(gost_engine, enveloped_messages) {
                                            CMS_BINARY | CMS_PARTIAL),
                                CMS_ContentInfo_free);
             ASSERT_TRUE(made);
-            // The engine asks for the context that this flag makes.
+            // The engine needs the context that this flag creates.
             ASSERT_NE(CMS_add1_recipient_cert(made.get(), certificate.get(), CMS_KEY_PARAM), nullptr);
             ASSERT_EQ(CMS_final(made.get(), in.get(), nullptr, CMS_BINARY), 1);
             const Bytes octets = octets_of(made.get(), i2d_CMS_ContentInfo);
@@ -590,7 +590,7 @@ TEST_F(gost_engine, enveloped_messages) {
                                   Bytes(message.content.begin(), message.content.end())),
                              content));
 
-            // Another message, enveloped by this library.
+            // A message enveloped by this library.
             const Bytes other = random.bytes(content.size());
             secret = key_and_iv(random);
             send(random, sboxes('A'), transport, anna, secret.key);

@@ -1,4 +1,4 @@
-// Keys and certificates as octets, as the program vrx reads and writes them.
+// Keys and certificates in the encodings that the program vrx reads and writes.
 #ifndef VRX_TESTS_INTEROP_WRITTEN_KEYS_HPP
 #define VRX_TESTS_INTEROP_WRITTEN_KEYS_HPP
 
@@ -14,7 +14,7 @@ inline std::string pem(std::string_view label, std::span<const std::uint8_t> oct
     return std::string(text.text());
 }
 
-/** What a PEM block of the label holds. */
+/** Decodes a PEM block with this label. */
 inline Bytes pem_contents(std::string_view label, std::string_view text) {
     app::SecretBytes octets;
     for (const char c : text) octets.push_back(static_cast<std::uint8_t>(c));
@@ -22,7 +22,7 @@ inline Bytes pem_contents(std::string_view label, std::string_view text) {
     return {octets.bytes().begin(), octets.bytes().end()};
 }
 
-/** PKCS #8. */
+/** The private key in PKCS #8. */
 inline Bytes private_key_info(const Pair& pair) {
     app::PrivateOctets value;
     std::ranges::copy(pair.private_octets(), value.begin());
@@ -31,7 +31,7 @@ inline Bytes private_key_info(const Pair& pair) {
     return {out.bytes().begin(), out.bytes().end()};
 }
 
-/** SubjectPublicKeyInfo. */
+/** The public key in SubjectPublicKeyInfo. */
 inline Bytes public_key_info(const Pair& pair) {
     app::PublicOctets value;
     std::ranges::copy(pair.public_octets(), value.begin());
@@ -40,7 +40,7 @@ inline Bytes public_key_info(const Pair& pair) {
     return {out.bytes().begin(), out.bytes().end()};
 }
 
-/** Whether octets that others wrote are this pair's keys, on its curve. */
+/** Returns whether octets of another library contain the keys of this pair, on its curve. */
 inline void expect_private_key(const Pair& pair, std::span<const std::uint8_t> octets) {
     app::Algorithm algorithm;
     app::PrivateOctets value{};
@@ -57,8 +57,8 @@ inline void expect_public_key(const Pair& pair, std::span<const std::uint8_t> oc
 }
 
 /**
- * Takes a certificate apart that another library made: `subject`'s key, signed by `issuer`. @return the same
- * certificate, signed anew by this library.
+ * Checks a certificate of another library: the key of `subject`, signed by `issuer`. @return the same certificate with
+ * a new signature by this library.
  */
 inline Bytes signed_anew(Random& random, Bytes certificate, const Pair& subject, const Pair& issuer) {
     app::Certificate fields;
@@ -69,7 +69,7 @@ inline Bytes signed_anew(Random& random, Bytes certificate, const Pair& subject,
     const Digest digest = our_digest(random, cryptopro(), Bytes(fields.signed_part.begin(), fields.signed_part.end()));
     EXPECT_TRUE(verifies(issuer, digest, signature(fields.signature)));
     const Bytes mine = octets(our_signature(issuer, digest));
-    std::ranges::copy(mine, certificate.end() - VRX_SIGNATURE_SIZE);  // it stands last
+    std::ranges::copy(mine, certificate.end() - VRX_SIGNATURE_SIZE);  // the last field
     return certificate;
 }
 
