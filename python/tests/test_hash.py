@@ -219,7 +219,7 @@ def test_too_long_key_is_refused(monkeypatch):
         vrx.hmac(bytes(65))
 
 
-def test_pkcs12_lengths():
+def test_pkcs12_gives_results_of_any_length():
     short = vrx.pkcs12("password", b"salt", 3, 1, 5)
     assert len(short) == 5 and vrx.pkcs12("password", b"salt", 3, 1, 32).startswith(short)
     assert len(vrx.pkcs12("password", b"salt", 3, 1, 100)) == 100

@@ -24,7 +24,7 @@ def checks(*kinds):
 
 
 @pytest.mark.parametrize("name", map(str, FILES))
-def test_file(name):
+def test_answers_of_each_file(name):
     answers = list(kat.answers(name))
     assert answers
     for answer in answers:

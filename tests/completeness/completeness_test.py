@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Every test in the checkout is compiled or run. Usage: completeness_test.py SOURCE BUILD [NOT_COMPILED...]
+"""Checks that every test in the checkout is compiled or run. Usage: completeness_test.py SOURCE BUILD [NOT_COMPILED...]
 
-NOT_COMPILED are the C++ tests that this configuration leaves out, each of them reported as a skipped test.
+NOT_COMPILED lists C++ tests that this configuration leaves out. Each of them is reported as a skipped test.
 """
 import json
 import re
@@ -26,15 +26,15 @@ class Completeness(unittest.TestCase):
         self.assertEqual(tests("*_test.cpp") - compiled - NOT_COMPILED, set())
         self.assertEqual(NOT_COMPILED - tests("*_test.cpp"), set(), "there is no such test")
 
-    def test_every_python_test_is_named_by_cmake(self):
+    def test_every_python_test_is_registered(self):
         said = {f.parent: f.read_text() for f in SOURCE.glob("**/CMakeLists.txt")}
         for name in tests("*_test.py"):
             path, stem = SOURCE / name, Path(name).stem.removesuffix("_test")
             near = "\n".join(text for folder, text in said.items() if path.is_relative_to(folder))
-            # By its whole name, or by its stem in a list of names.
+            # Registered by its full name, or by its stem in a list.
             self.assertRegex(near, rf"\b{re.escape(Path(name).name)}|[ (]{re.escape(stem)}[ )\n]", name)
 
-    def test_every_fuzz_target_has_its_corpus(self):
+    def test_every_fuzz_target_has_a_corpus(self):
         targets = {Path(name).stem.removesuffix("_fuzz") for name in tests("*_fuzz.cpp")}
         self.assertEqual({f.stem for f in (SOURCE / "fuzz" / "corpus").glob("*.hex")}, targets)
         cmake = (SOURCE / "fuzz" / "CMakeLists.txt").read_text()

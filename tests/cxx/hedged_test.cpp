@@ -1,4 +1,5 @@
-// Hedged signatures where the system's random bytes fail, are stuck, or come again: getrandom() is this file's.
+// Tests of hedged signatures with a system random source that fails, is stuck or repeats itself. This file replaces
+// getrandom().
 #include <gtest/gtest.h>
 #include <sys/random.h>
 #include <sys/syscall.h>
@@ -15,7 +16,7 @@ enum class Source { system, zero, constant, repeating, failing };
 Source source = Source::system;
 std::uint64_t sequence = 1;
 
-/** One source for a scope, from its beginning. */
+/** Selects a source during its lifetime, from the start of its sequence. */
 struct With {
     explicit With(Source chosen) {
         source = chosen;
@@ -49,7 +50,7 @@ using vrx::Error;
 
 std::string r_of(const vrx::Signature& signature) { return {signature.begin() + 32, signature.end()}; }
 
-TEST(CxxHedged, digests_have_different_nonces_where_the_source_repeats_itself) {
+TEST(CxxHedged, nonces_differ_by_digest_if_the_source_repeats) {
     for (std::uint32_t id = 0; id < VRX_ECC_SET_COUNT; ++id) {
         const auto key = vrx::PrivateKey::generate(vrx::curve(static_cast<vrx::CurveId>(id))).value();
         std::set<std::string> seen;
@@ -63,7 +64,7 @@ TEST(CxxHedged, digests_have_different_nonces_where_the_source_repeats_itself) {
     }
 }
 
-TEST(CxxHedged, keys_have_different_nonces_where_the_source_repeats_itself) {
+TEST(CxxHedged, nonces_differ_by_key_if_the_source_repeats) {
     const vrx::Digest digest = vrx::hash(vrx::bytes_of("one"));
     const auto signature = [&](const vrx::PrivateKey& key) {
         const With repeating(Source::repeating);
@@ -76,7 +77,7 @@ TEST(CxxHedged, keys_have_different_nonces_where_the_source_repeats_itself) {
     EXPECT_NE(r_of(vrx::sign(a, digest).value()), r_of(vrx::sign(a, digest).value()));
 }
 
-TEST(CxxHedged, a_source_that_fails_or_is_stuck_is_an_error) {
+TEST(CxxHedged, failing_or_stuck_source_is_an_error) {
     const auto key = vrx::PrivateKey::generate().value();
     const vrx::Digest digest = vrx::hash(vrx::bytes_of("one"));
     for (const Source bad : {Source::zero, Source::constant, Source::failing}) {
@@ -87,7 +88,7 @@ TEST(CxxHedged, a_source_that_fails_or_is_stuck_is_an_error) {
     }
 }
 
-TEST(CxxHedged, the_state_of_the_thread_is_wiped) {
+TEST(CxxHedged, thread_state_is_wiped) {
     const auto key = vrx::PrivateKey::generate().value();
     ASSERT_TRUE(vrx::sign(key, vrx::hash(vrx::bytes_of("one"))));
     const vrx_hedge& state = *vrx_hedge_of_thread();
@@ -95,8 +96,8 @@ TEST(CxxHedged, the_state_of_the_thread_is_wiped) {
     for (const std::uint8_t octet : state.value) EXPECT_EQ(octet, 0);
 }
 
-TEST(CxxHedged, a_key_that_signs_wrongly_gives_no_signature) {
-    // q + 1 acts as 1 in the equation and is no private key; on a broken record nothing verifies.
+TEST(CxxHedged, invalid_signature_is_not_returned) {
+    // q + 1 is not a private key, although the equation holds as for 1. With a corrupt record no signature is valid.
     vrx::Curve broken = vrx::curve(vrx::CurveId::a);
     broken.b[0] ^= 1;
     const std::uint32_t d[VRX_ECC_DIGITS] = {5};
@@ -107,7 +108,7 @@ TEST(CxxHedged, a_key_that_signs_wrongly_gives_no_signature) {
     EXPECT_EQ(vrx_hedged_sign(nullptr, digest, d, &signature), VRX_ERR_BAD_PARAMS);
 }
 
-TEST(CxxKeys, numbers_of_a_signature_are_below_the_order) {
+TEST(CxxKeys, signature_with_r_or_s_out_of_range_is_invalid) {
     for (const auto id : {vrx::CurveId::test, vrx::CurveId::b, vrx::CurveId::c, vrx::CurveId::xch_b}) {
         const vrx::Curve& curve = vrx::curve(id);
         const auto key = vrx::PrivateKey::generate(curve).value();
@@ -117,7 +118,7 @@ TEST(CxxKeys, numbers_of_a_signature_are_below_the_order) {
             EcSignature twin;
             ecLoadSignValue(signature.data(), &twin);
             mpAdd(twin.s, twin.s, curve.q, VRX_ECC_DIGITS);
-            if (twin.s[8] != 0) continue;  // no room for it in 256 bits
+            if (twin.s[8] != 0) continue;  // does not fit in 256 bits
             ASSERT_EQ(ecVerify(&curve, reinterpret_cast<const std::uint32_t*>(digest.data()),
                                &key.public_key().value().point().native(), &twin),
                       VRX_OK);

@@ -26,7 +26,7 @@ def has_engine():
 
 
 class Commands(unittest.TestCase):
-    def test_console_blocks(self):
+    def test_console_blocks_print_what_the_page_shows(self):
         pages = [page for page in PAGES if page.name != "vrx.md" and commands(text_of(page))]
         self.assertGreater(len(pages), 1)
         environment = {**os.environ, "PATH": f"{PROGRAM.parent}:{os.environ['PATH']}", "LC_ALL": "C.UTF-8"}
@@ -43,7 +43,7 @@ class Commands(unittest.TestCase):
                     said = re.sub(r'^Engine "gost" set\.\n', "", done.stdout, flags=re.M)
                     self.assertEqual(said, expected, f"{name_of(page)}: {command}")
 
-    def test_developers_commands_exist(self):
+    def test_dev_commands_in_the_text_exist(self):
         known = set(re.findall(r"^  (\w[\w-]*)", subprocess.run([PROJECT / "dev", "help"], capture_output=True, text=True,
                                                                check=True).stdout, re.M))
         self.assertIn("build", known)
@@ -63,7 +63,7 @@ class Commands(unittest.TestCase):
                 for option in re.findall(r"(?<!\S)--[a-z][\w-]*", rest):
                     self.assertIn(option, helps[command], f"{name_of(page)}: vrx {command}{rest}")
 
-    def test_the_table_of_the_readme_is_what_help_start_says(self):
+    def test_readme_table_equals_help_start(self):
         table = re.search(r"<!-- start -->\n.*?\n.*?\n(.*?)<!-- end -->", text_of(PROJECT / "README.md"), re.S)[1]
         rows = re.findall(r"^\| (.*?) \| (.*) \|$", table, re.M)
         self.assertGreater(len(rows), 15)

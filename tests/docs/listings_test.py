@@ -23,7 +23,7 @@ EXAMPLES = PROJECT / "examples"
 
 
 def listings():
-    """(page, file name, listing, text after it) of each listing of a program."""
+    """Yield (page, file name, listing, text after it) for each listing of a program."""
     for page in PAGES:
         for _, listing, before, after in blocks(text_of(page), "c", "cpp"):
             name = re.search(r"`([\w./-]+)`$", before)
@@ -31,7 +31,7 @@ def listings():
 
 
 class Listings(unittest.TestCase):
-    def test_each_has_its_file_name_and_contents(self):
+    def test_each_listing_has_a_file_name_and_its_contents(self):
         seen = 0
         for page, name, listing, _ in listings():
             self.assertIsNotNone(name, f"{name_of(page)}: a listing without a file name above it")
@@ -42,7 +42,7 @@ class Listings(unittest.TestCase):
         self.assertGreater(seen, 15)
 
     def test_quoted_output_equals_the_output_of_the_program(self):
-        """A text block after a listing's build line is the expected output of an example."""
+        """A text block after the build line of a listing is the expected output."""
         expected = {path.read_text(encoding="utf-8") for path in EXAMPLES.rglob("*.expected")}
         for page in PAGES:
             if page.parent.name == "guides" or page.name == "README.md":
@@ -56,7 +56,7 @@ class Listings(unittest.TestCase):
         self.assertIn(name, line[2], name_of(page))
         return line[2]
 
-    def test_the_build_lines_work(self):
+    def test_build_lines_work(self):
         scratch = Path(tempfile.mkdtemp(prefix="vrx-docs-"))
         self.addCleanup(shutil.rmtree, scratch)
         folder = LIBRARY.parent
@@ -86,7 +86,7 @@ class Listings(unittest.TestCase):
         modules = re.search(r"--libs ([\w +-]+)\)", line)[1].split()
         return subprocess.run(["pkg-config", "--exists", *modules], env=environment, check=False).returncode == 0
 
-    def test_python_sessions(self):
+    def test_python_sessions_give_the_shown_results(self):
         os.environ["VRX_LIBRARY"] = str(LIBRARY)
         sys.path.insert(0, str(PROJECT / "python/src"))
         for name, least in (("README.md", 3), ("docs/guides/from-python.md", 30)):

@@ -17,13 +17,13 @@ def name_of(page):
 
 
 def blocks(text, *languages):
-    """(language, contents, text before, text after) of each code block in one of the languages."""
+    """Yield (language, contents, text before, text after) for each code block in one of the languages."""
     for found in re.finditer(r"^```(\w+)\n(.*?)^```$", text, re.M | re.S):
         if found[1] in languages:
             yield found[1], found[2], text[:found.start()].rstrip(), text[found.end():].lstrip()
 
 
 def commands(text):
-    """(command, output) of each line with a prompt in the console blocks."""
+    """Yield (command, output) for each line with a prompt in the console blocks."""
     contents = "".join(block for _, block, *_ in blocks(text, "console"))
     return re.findall(r"^\$ (.*)\n((?:(?!\$ ).*\n)*)", contents, re.M)

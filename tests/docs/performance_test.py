@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The performance page and the summary in the README show the recorded figures. Usage: performance_test.py PROJECT"""
+"""Checks that the performance page and the README show the recorded figures. Usage: performance_test.py PROJECT"""
 import json
 import shutil
 import subprocess
@@ -13,7 +13,7 @@ DRAWN = ("docs/performance.md", "docs/performance.svg", "README.md")
 
 
 class Performance(unittest.TestCase):
-    def test_the_page_is_drawn_from_the_results(self):
+    def test_page_and_readme_are_up_to_date(self):
         scratch = Path(tempfile.mkdtemp(prefix="vrx-docs-"))
         self.addCleanup(shutil.rmtree, scratch)
         (scratch / "docs").mkdir()
@@ -25,7 +25,7 @@ class Performance(unittest.TestCase):
             self.assertEqual((scratch / name).read_text(encoding="utf-8"), (PROJECT / name).read_text(encoding="utf-8"),
                              f"{name} is out of date: bench/plot.py . draws it")
 
-    def test_more_than_one_family_is_there(self):
+    def test_results_cover_two_cpu_families(self):
         vendors = {json.loads(path.read_text(encoding="utf-8"))["machine"]["name"].split()[0]
                    for path in (PROJECT / "bench/results").glob("*.json")}
         self.assertGreaterEqual(vendors, {"AMD", "Intel"})

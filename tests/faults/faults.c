@@ -5,9 +5,9 @@
  *   VRX_FAULT_MEMORY=n    the n-th allocation fails; with n+ all later ones as well
  *   VRX_FAULT_SYSTEM=n    the n-th call of the system functions below fails
  *   VRX_FAULT_STUTTER=1   read, write and getrandom process a few bytes at a time, and are interrupted by signals
- *   VRX_FAULT_NAMED=1     no file system has files without names
- *   VRX_FAULT_RANDOM=how  random bytes are all `zero`, or always the same (`constant`), or the same in every process
- *                         (`snapshot`); or they come once, and then `never` more
+ *   VRX_FAULT_NAMED=1     unnamed files (O_TMPFILE) are not supported
+ *   VRX_FAULT_RANDOM=how  random bytes are all `zero`, the same in every call (`constant`), the same in every process
+ *                         (`snapshot`), or fail after the first call (`never`)
  *   VRX_FAULT_REPORT=FILE created at the first injected fault, with the name of the function
  */
 #define _GNU_SOURCE

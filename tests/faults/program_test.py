@@ -129,10 +129,10 @@ class ShortMemory(Runs):
 
 
 class FailingSystem(Runs):
-    def test_one_call_of_the_system_fails(self):
+    def test_one_system_call_fails(self):
         self.expect_whole_or_nothing("system")
 
-    def test_one_call_fails_where_no_file_is_without_a_name(self):
+    def test_one_system_call_fails_without_unnamed_files(self):
         self.expect_whole_or_nothing("system", named=1)
 
 
@@ -140,7 +140,7 @@ class BadRandomness(Runs):
     NEW = (["keygen", "--out", OUT], ["keypair", "--curve", "A", "--out", OUT], ["encrypt", "--key", "key", "in"],
            ["sign", "--key", "pem", "in"])
 
-    def test_a_stuck_source_is_an_error_and_no_fault_of_the_program(self):
+    def test_stuck_source_is_an_error(self):
         before = self.files()
         for how in ("zero", "constant", "never"):
             for command in self.NEW:
@@ -151,8 +151,8 @@ class BadRandomness(Runs):
                     self.assertNotIn(b"report it", done.err)
                     self.assertEqual(self.files(), before)
 
-    def test_a_source_that_repeats_itself_gives_no_private_key_away(self):
-        """As in a machine that was restored from a snapshot: two messages have different nonces, so different r."""
+    def test_repeating_source_does_not_reveal_the_key(self):
+        """A machine restored from a snapshot repeats random numbers. Nonces of two messages must still differ."""
         for curve in ("A", "Test"):
             self.remove_output()
             self.vrx("keypair", "--curve", curve, "--out", OUT)
@@ -170,7 +170,7 @@ class BadRandomness(Runs):
 
 
 class Stutter(Runs):
-    def test_short_and_interrupted_calls_change_nothing(self):
+    def test_short_and_interrupted_calls_give_the_same_result(self):
         for command, proof in self.commands():
             with self.subTest(command):
                 self.remove_output()

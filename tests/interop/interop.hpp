@@ -304,7 +304,7 @@ void compare_sha1(unsigned few, Their their) {
 // --- curves
 // -----------------------------------------------------------------------------------------------------------
 
-/** A key pair on a built-in curve. One in eight private keys has a zero octet, because some formats omit zeros. */
+/** A key pair on a built-in curve. One in eight private keys has leading zeros, because some formats omit them. */
 struct Pair {
     const EcParamSet* set;
     Digits d;

@@ -49,7 +49,7 @@ def _system(buffer: Any, size: int) -> None:
 
 
 class _Hedge:
-    """Nonces from the private key, the digest and fresh random bytes: RFC 6979, section 3.6, with HMAC GOST R 34.11-94.
+    """Hedged nonces: RFC 6979, section 3.6, with HMAC GOST R 34.11-94 over private key, digest and random bytes.
 
     The table look-ups of the hash depend on its input. Random masks on the key and on every nonce keep both secret.
     """
