@@ -1,13 +1,13 @@
 /**
- * @file hedged.h  Signatures whose nonces do not hang on the random source alone.
+ * @file hedged.h  Signatures with hedged nonces, which do not depend on the random source alone.
  *
- * Whoever learns one nonce, or sees two signatures under one nonce, has the private key. A source that repeats itself,
- * as in a virtual machine that was restored from a snapshot, gives it away with ecSign(). Here a nonce is made from the
- * private key, the digest and fresh random bytes, in the way of RFC 6979 with additional data (section 3.6) and with
- * HMAC GOST R 34.11-94: it stays secret, and differs from digest to digest, as long as the random source is good or the
- * private key is. Threads: any number; each has a generator of its own.
+ * One known nonce, or two signatures with the same nonce, reveal the private key. With ecSign() a random source that
+ * repeats itself, as after restoring a snapshot of a virtual machine, is enough. Here the nonce is derived from the
+ * private key, the digest and fresh random bytes, as in RFC 6979 with additional data (section 3.6) and with HMAC
+ * GOST R 34.11-94. It stays secret, and differs between digests, if the random source is good or the private key is
+ * secret. Threads: any number; each has its own generator.
  *
- * Not part of vrx.h: it is compiled into the program that includes it, and the library does not export it.
+ * This header is not part of vrx.h, and the library does not export its functions: they are compiled into your program.
  */
 #ifndef VRX_HEDGED_H
 #define VRX_HEDGED_H
@@ -29,7 +29,7 @@ typedef struct vrx_hedge {
     uint8_t value[VRX_HMAC_SIZE];
 } vrx_hedge;
 
-/** For vrx_hedged_sign(): the generator of this thread. An RND_FUNC takes no argument to find it by. */
+/** For vrx_hedged_sign(): the generator of this thread. An RND_FUNC has no argument for it. */
 VRX_RANDOM_INLINE vrx_hedge *vrx_hedge_of_thread(void) {
 #if defined(__cplusplus)
     static thread_local vrx_hedge state;
@@ -39,7 +39,7 @@ VRX_RANDOM_INLINE vrx_hedge *vrx_hedge_of_thread(void) {
     return &state;
 }
 
-/** For vrx_hedged_sign(): zero what was secret. */
+/** For vrx_hedged_sign(): zero a secret. */
 VRX_RANDOM_INLINE void vrx_hedge_wipe(void *secret, size_t size) {
     memset(secret, 0, size);
     __asm__ volatile("" : : "r"(secret) : "memory");
@@ -71,8 +71,8 @@ VRX_RANDOM_INLINE int vrx_hedge_update(vrx_hedge *state, uint8_t tag, const uint
 }
 
 /**
- * For vrx_hedged_sign(): its RND_FUNC. What comes out is the generator's next bytes over fresh random ones: the tables
- * of the hash are read at addresses that depend on its input, and so of the nonce they tell nothing.
+ * For vrx_hedged_sign(): its RND_FUNC. Returns bytes of the generator, masked with fresh random bytes. The hash reads
+ * its tables at addresses that depend on its input; because of the mask they reveal nothing about the nonce.
  */
 VRX_RANDOM_INLINE int vrx_hedged_random(void *buffer, uint32_t length) {
     vrx_hedge *const state = vrx_hedge_of_thread();
@@ -91,7 +91,7 @@ VRX_RANDOM_INLINE int vrx_hedged_random(void *buffer, uint32_t length) {
 VRX_RANDOM_INLINE int vrx_hedge_start(const EcParamSet *set, const uint32_t digest[VRX_ECC_DIGEST_WORDS],
                                       const uint32_t d[VRX_ECC_DIGITS]) {
     vrx_hedge *const state = vrx_hedge_of_thread();
-    /* The key enters under a mask that nothing else sees, so that no address in the hash depends on it. */
+    /* A random mask on the key, so that no address in the hash depends on the key alone. */
     struct {
         uint32_t masked[VRX_ECC_DIGITS];
         uint32_t digest[VRX_ECC_DIGEST_WORDS];
@@ -116,15 +116,15 @@ VRX_RANDOM_INLINE int vrx_hedge_start(const EcParamSet *set, const uint32_t dige
 /** @endcond */
 
 /**
- * Sign a digest as ecSign() does, with a hedged nonce over the system's random bytes; and verify the signature before it
- * is handed out, since one that was made wrong, by a fault of processor or memory, may give the private key away.
+ * Sign a digest as ecSign() does, with a hedged nonce, and verify the signature before returning it. A signature that
+ * is invalid because of a hardware fault may reveal the private key.
  *
  * @param set     in: curve.
- * @param digest  in: the 32 bytes of the hash, as they lie in memory.
+ * @param digest  in: the 32 bytes of the hash in memory order.
  * @param d       in: private key, from 1 to q - 1.
  * @param sig     out: neither r nor s is 0; all zeros on failure.
- * @return VRX_OK; VRX_ERR_RANDOM when the system's source fails or is stuck; VRX_ERR_FAILED when the signature does not
- *         verify; VRX_ERR_BAD_PARAMS when a pointer is NULL.
+ * @return VRX_OK; VRX_ERR_RANDOM if the system's source fails or is stuck; VRX_ERR_FAILED if the signature is not
+ *         valid; VRX_ERR_BAD_PARAMS if a pointer is NULL.
  *
  * Threads: any number. Allocates nothing. Cost: a signature, eleven short HMACs, a public key and a verification.
  */

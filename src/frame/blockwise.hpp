@@ -1,4 +1,4 @@
-// A message in pieces: the block that waits for the rest of its bytes.
+// Messages in pieces: buffers an incomplete block until it is full.
 #ifndef VRX_FRAME_BLOCKWISE_HPP
 #define VRX_FRAME_BLOCKWISE_HPP
 
@@ -10,27 +10,27 @@
 
 namespace vrx {
 
-/** Bytes that are still to be read. */
+/** The unread part of an input. */
 struct Input {
     const std::uint8_t* data;
     std::size_t length;
 
-    /** The next n bytes, which count as read. */
+    /** Returns the next n bytes and advances. */
     const std::uint8_t* take(std::size_t n) {
         length -= n;
         return std::exchange(data, data + n);
     }
 };
 
-/** When a block that fills up is processed. */
+/** When a full block is processed. */
 enum class Last {
     at_once,  // as soon as it is full
-    deferred  // not before a byte follows it, so that a message's last block is never processed early
+    deferred  // when another byte follows, so that the last block of a message is left for finalisation
 };
 
 /**
- * A view of a record's buffer of one block, of which the first `filled` bytes have come. The owner of the record stores
- * filled() or room() where it counts them.
+ * A view of a record's one-block buffer, which holds `filled` bytes. The owner stores filled() or room() in the record
+ * afterwards.
  */
 template <std::size_t size, Last last = Last::at_once>
 class Blockwise {
@@ -48,20 +48,20 @@ public:
         filled_ += n;
     }
 
-    /** Passes each byte that input would fill to change(byte). */
+    /** Calls change(byte) for each buffer byte that an input of this length would fill. */
     template <typename Change>
     void fill(std::size_t length, Change change) {
         const std::size_t end = std::min(size, filled_ + length);
         for (; filled_ < end; ++filled_) change(block_[filled_]);
     }
 
-    /** How many blocks of an input can be processed where they are. */
+    /** The number of blocks that can be processed directly from the input. */
     [[nodiscard]] static std::size_t whole(const Input& in) {
         if (last == Last::deferred) return in.length == 0 ? 0 : (in.length - 1) / size;
         return in.length / size;
     }
 
-    /** Copies the rest of the input, which fits, to the front of the block. */
+    /** Copies the rest of the input, less than a block, to the start of the buffer. */
     void keep(const Input& rest) {
         if (rest.length != 0) std::memcpy(block_, rest.data, rest.length);
         filled_ = rest.length;

@@ -1,4 +1,4 @@
-// Words from bytes at any address, and back.
+// Conversion between bytes at any address and words.
 #ifndef VRX_FRAME_BYTES_HPP
 #define VRX_FRAME_BYTES_HPP
 
@@ -17,7 +17,7 @@ inline std::uint32_t load_le32(const std::uint8_t* bytes) {
 
 inline void store_le32(std::uint8_t* bytes, std::uint32_t word) { std::memcpy(bytes, &word, sizeof word); }
 
-/** The low 8 bits of a selector: all that counts of a direction, a set of flags or a table's index. */
+/** The low 8 bits of a selector: the significant part of a direction, a set of flags or a table index. */
 constexpr std::uint8_t low8(std::uint32_t value) { return static_cast<std::uint8_t>(value); }
 constexpr std::uint8_t low8(int value) { return static_cast<std::uint8_t>(value); }
 

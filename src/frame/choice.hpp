@@ -1,4 +1,4 @@
-// The choice among the engines of a family.
+// Selection of an engine in each family.
 #ifndef VRX_FRAME_CHOICE_HPP
 #define VRX_FRAME_CHOICE_HPP
 
@@ -11,7 +11,7 @@
 namespace vrx::cpu {
 
 /**
- * The engine of a family that runs: the best one for this CPU, which the first call finds out.
+ * The selected engine of a family. The first call selects the best one for this CPU.
  *
  * @tparam engines  engines or pointers to them, best first; the last one runs everywhere
  */
@@ -25,9 +25,9 @@ public:
         return e != nullptr ? *e : choose();
     }
 
-    /** For tests and benchmarks: run this engine from now on. */
+    /** For tests and benchmarks: select this engine. */
     void use(const Engine& e) noexcept { set(&e); }
-    /** For tests and benchmarks: choose again at the next call. */
+    /** For tests and benchmarks: let the next call select again. */
     void forget() noexcept { set(nullptr); }
 
 private:
@@ -37,8 +37,8 @@ private:
         set(&best);
         return best;
     }
-    // Deliberate: an exchange where a store would do. helgrind does not know atomics, and takes a plain store for a
-    // race with the load; it knows that locked instructions are none.
+    // Deliberate: an exchange instead of a store. helgrind reports an atomic store as a race with the load, but not a
+    // locked instruction.
     void set(const Engine* e) noexcept { static_cast<void>(chosen_.exchange(e, std::memory_order_relaxed)); }
 
     std::atomic<const Engine*> chosen_{nullptr};

@@ -10,14 +10,14 @@ namespace {
 
 enum Register : std::uint8_t { ebx, ecx };
 
-/** Register sets that the operating system has to save, as bits of XCR0. */
+/** Register sets that the operating system must save, as bits of XCR0. */
 enum Saved : std::uint32_t {
     sse_state = 0x02,  // part of every 64-bit system
     avx_state = 0x06,
     avx512_state = 0xe6,
 };
 
-/** Where a feature is announced: bit of a register of leaf 1, or of leaf 7 with subleaf 0. */
+/** The CPUID bit of a feature: in a register of leaf 1, or of leaf 7, subleaf 0. */
 struct Flag {
     std::uint32_t feature;
     unsigned leaf;
@@ -62,7 +62,7 @@ std::uint32_t traits(const Answers& a) {
     return found;
 }
 
-/** The answer where the processor knows the question, else zeros. */
+/** The CPUID leaf, or zeros if unsupported. */
 Leaf ask(unsigned leaf) {
     Leaf a{};
     __get_cpuid_count(leaf, 0, &a.eax, &a.ebx, &a.ecx, &a.edx);
@@ -84,7 +84,7 @@ std::uint32_t features(const Answers& answers) {
 std::uint32_t features() {
     const Leaf leaf0 = ask(0);
     const Leaf leaf1 = ask(1);
-    // Both makers describe the cache in the same way, in different leaves.
+    // Intel and AMD describe the cache in the same format, in different leaves.
     return features({leaf0, leaf1, ask(7), ask(is_amd(leaf0) ? 0x8000001d : 4), saved_state(leaf1.ecx)});
 }
 

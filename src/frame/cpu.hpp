@@ -1,4 +1,4 @@
-// What the processor can do beyond the x86-64 baseline, for choosing between variants of a function.
+// CPU features beyond the x86-64 baseline, for the selection of engines.
 #ifndef VRX_FRAME_CPU_HPP
 #define VRX_FRAME_CPU_HPP
 
@@ -8,7 +8,7 @@
 
 namespace vrx::cpu {
 
-// Sets of features: a variant may run where features() holds all that it needs.
+// Sets of features. An engine may run if features() contains all that it needs.
 inline constexpr std::uint32_t baseline = 0;
 inline constexpr std::uint32_t ssse3 = 1U << 0;
 inline constexpr std::uint32_t sse41 = 1U << 1;
@@ -22,44 +22,43 @@ inline constexpr std::uint32_t avx512vl = 1U << 8;
 inline constexpr std::uint32_t avx512vbmi = 1U << 9;
 inline constexpr std::uint32_t avx512ifma = 1U << 10;
 inline constexpr std::uint32_t bmi1 = 1U << 11;
-/** Not an instruction: vector additions and shifts take one cycle. On AMD's processors from family 1Ah they take two.
- */
+/** Not an instruction set: vector additions and shifts take one cycle. On AMD CPUs from family 1Ah they take two. */
 inline constexpr std::uint32_t single_cycle_simd = 1U << 12;
-/** Not an instruction either: the L1 data cache has at least 48 KiB. */
+/** Not an instruction set either: the L1 data cache has at least 48 KiB. */
 inline constexpr std::uint32_t large_l1 = 1U << 13;
 
-// What the compiler may use in a region of frame/region_<name>.hpp. AVX-512 implies AVX2 for the compiler.
+// Features that the compiler may use in the region frame/region_<name>.hpp. For the compiler AVX-512 implies AVX2.
 inline constexpr std::uint32_t sha_region = sha | ssse3 | sse41;
 inline constexpr std::uint32_t avx2_region = avx2 | bmi1;
 inline constexpr std::uint32_t avx512_region = avx2_region | bmi2 | avx512f | avx512bw | avx512vl | avx512vbmi;
 inline constexpr std::uint32_t ifma_region = avx2 | bmi2 | avx512f | avx512vl | avx512ifma;
 
-/** What one question to the processor brings. */
+/** The result of CPUID for one leaf. */
 struct Leaf {
     unsigned eax, ebx, ecx, edx;
 };
 
-/** What a processor and its operating system say of themselves. */
+/** What CPUID and XCR0 report. */
 struct Answers {
     Leaf leaf0, leaf1, leaf7;
-    Leaf cache;           // the nearest for data: leaf 4, with AMD's processors 8000001Dh
-    std::uint32_t saved;  // XCR0: the register sets that the system saves
+    Leaf cache;           // of the L1 data cache: leaf 4, on AMD CPUs 8000001Dh
+    std::uint32_t saved;  // XCR0: register sets that the operating system saves
 };
 
-/** The features that follow from them. */
+/** Derives the features from these. */
 [[nodiscard]] std::uint32_t features(const Answers& answers);
 
 /**
- * The features of this processor. Those with wider registers count only where the operating system saves them.
+ * The features of this CPU. Wider registers count only if the operating system saves them.
  *
- * Asks the processor at every call, which is slow: the answer is for keeping.
+ * Every call runs CPUID, which is slow: keep the result.
  */
 [[nodiscard]] std::uint32_t features();
 
-/** This CPU offers all features of a set. As slow as features(). */
+/** Whether this CPU supports all features of a set. As slow as features(). */
 [[nodiscard]] inline bool offers(std::uint32_t set) { return (set & ~features()) == 0; }
 
-/** An entry of a list of engines, or what it points to. */
+/** An entry of a list of engines, dereferenced if it is a pointer. */
 template <typename Entry>
 [[nodiscard]] constexpr const auto& engine_of(const Entry& entry) {
     if constexpr (std::is_pointer_v<Entry>)

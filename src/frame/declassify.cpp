@@ -2,7 +2,7 @@
 
 namespace vrx {
 
-// Never inlined: the checker knows it by its name.
+// Never inlined: the constant-time checker suppresses reports by this name.
 [[gnu::noinline]] bool declassify(std::uint64_t bit) {
     static const volatile bool facts[] = {false, true};
     return facts[bit & 1];

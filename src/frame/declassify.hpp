@@ -8,12 +8,12 @@
 namespace vrx {
 
 /**
- * Whether the bit is 1, as a public fact. A checker that traces secrets through memory sees the trace end here, in one
- * read at an address made of the bit.
+ * Declassifies a bit: returns whether it is 1. For a checker that tracks secrets through memory the secret ends here,
+ * in one read at an address that depends on the bit.
  */
 [[nodiscard]] bool declassify(std::uint64_t bit);
 
-/** Whether all words of a secret number are zero, as a public fact. */
+/** Whether all words of a secret number are zero, declassified. */
 [[nodiscard]] bool is_publicly_zero(std::span<const std::uint32_t> words);
 
 }  // namespace vrx

@@ -1,6 +1,6 @@
 // Every engine of the library, by family: name and CPU features. The library, the program, tests and benchmarks use
-// these lists. tests/CMakeLists.txt and tests/mutation read the names from this text, so an engine begins a line of its
-// own.
+// these lists. tests/CMakeLists.txt and tests/mutation read the names from this text, so each engine must be on its own
+// line.
 #ifndef VRX_FRAME_ENGINES_HPP
 #define VRX_FRAME_ENGINES_HPP
 
@@ -14,11 +14,11 @@ namespace vrx::cpu {
 
 struct EngineInfo {
     const char* name;
-    /** What it needs, for people. */
+    /** Required features as text, for messages. */
     const char* words = "";
-    /** The instructions that it consists of. */
+    /** Required features. */
     std::uint32_t needs = baseline;
-    /** What a CPU must offer in addition for the engine to be the best choice. */
+    /** Further features without which another engine is faster. */
     std::uint32_t wants = baseline;
 
     [[nodiscard]] constexpr std::uint32_t suits() const { return needs | wants; }
@@ -33,10 +33,10 @@ inline constexpr EngineInfo cipher_engines[] = {
 };
 
 inline constexpr EngineInfo hash_engines[] = {
-    // One chain of 32 rounds on vectors: where each of its instructions takes two cycles, four chains of look-ups in
-    // the other registers are faster.
+    // One dependency chain of vector instructions. If each takes two cycles, four chains of look-ups in general
+    // registers are faster.
     {"vbmi", "AVX-512 VBMI", avx512_region, single_cycle_simd},
-    // Built-in tables as 33 KiB, for fewer look-ups: they have to stay in the cache.
+    // Fewer look-ups, in built-in tables of 33 KiB that must stay in the L1 cache.
     {"avx2_wide", "AVX2 and a large cache", avx2_region, large_l1},
     {"avx2", "AVX2", avx2_region},
     {"baseline", "any x86-64"},
@@ -53,7 +53,7 @@ inline constexpr EngineInfo curve_engines[] = {
     {"words", "any x86-64"},
 };
 
-/** Of deploying S-boxes as a table. */
+/** Engines that deploy S-boxes as a table. */
 inline constexpr EngineInfo table_engines[] = {
     {"avx512", "AVX-512 VBMI", avx512_region},
     {"avx2", "AVX2", avx2_region},
@@ -71,7 +71,7 @@ inline constexpr EngineFamily engine_families[] = {{"cipher", cipher_engines},
                                                    {"curves", curve_engines},
                                                    {"S-boxes", table_engines}};
 
-/** An engine of a family by its name; a name that the family lacks does not compile. */
+/** Finds an engine of a family by name. An unknown name does not compile. */
 consteval const EngineInfo& named(std::span<const EngineInfo> family, std::string_view name) {
     auto entry = family.begin();
     while (entry->name != name) ++entry;

@@ -1,4 +1,4 @@
-// What the library takes for granted about its platform.
+// Static assertions on the platform: little-endian, 8-bit bytes, 32-bit int, 64-bit pointers.
 #ifndef VRX_FRAME_PLATFORM_HPP
 #define VRX_FRAME_PLATFORM_HPP
 

@@ -1,7 +1,7 @@
-// From here to frame/region_end.hpp functions may use AVX2 and BMI. Include every other header before, so that nothing
-// shared is compiled for more than the baseline.
+// Functions from here to frame/region_end.hpp may use AVX2 and BMI. Include all other headers first: shared functions
+// must be compiled for the baseline.
 //
-// No include guard: each use begins a region.
+// No include guard: each include begins a region.
 #if defined(__clang__)
 #pragma clang attribute push([[gnu::target("avx2,bmi")]], apply_to = function)
 #else

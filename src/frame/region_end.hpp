@@ -1,4 +1,4 @@
-// The end of a region that another frame/region_*.hpp began.
+// Ends a region that another frame/region_*.hpp began.
 #if defined(__clang__)
 #pragma clang attribute pop
 #else

@@ -1,4 +1,4 @@
-// Zeroing of secrets that the optimiser cannot remove.
+// Zeroing of secrets in a way that the optimiser cannot remove.
 #ifndef VRX_FRAME_WIPE_HPP
 #define VRX_FRAME_WIPE_HPP
 
@@ -14,7 +14,7 @@ inline void wipe(void* bytes, std::size_t count) {
     asm volatile("" : : "r"(bytes) : "memory");
 }
 
-/** Zero what functions that have returned left on the stack below the caller's frame. */
+/** Zero the stack below the caller's frame, which may hold data of functions that have returned. */
 template <std::size_t depth = 2048>
 [[gnu::noinline]] void wipe_stack() {
     std::byte left[depth];
@@ -22,8 +22,8 @@ template <std::size_t depth = 2048>
 }
 
 /**
- * What body() returns. Its variables, with all that the compiler kept beside them, and those of the functions under it
- * are zeroed, down to a depth in bytes: large records are the caller's.
+ * Returns the result of body(), and zeroes `depth` bytes of the stack that it and its callees used. Large records
+ * belong into the caller's frame.
  */
 template <std::size_t depth = 2048, typename Body>
 auto leaving_no_trace(Body body) {
