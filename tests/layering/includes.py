@@ -1,4 +1,4 @@
-"""The files of the listed folders, what they include, and where that departs from a list of layers."""
+"""Reads the #include lines of a project and compares them with a list of layers."""
 import functools
 import re
 from pathlib import Path, PurePosixPath
@@ -8,7 +8,7 @@ INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"]', re.M)
 
 
 def read(project, roots):
-    """The text of every file below the roots, by its path from the project's root."""
+    """Return the text of every file below the roots, by relative path."""
     files = [path for root in roots for path in sorted((Path(project) / root).rglob("*")) if path.is_file()]
     return {path.relative_to(project).as_posix(): path.read_text() for path in files}
 
@@ -20,7 +20,7 @@ def directives(text):
 
 @functools.lru_cache(maxsize=None)
 def normal(path):
-    """A path without "..", as a text."""
+    """Return a path as text, without ".." parts."""
     parts = []
     for part in path.parts:
         if part == ".." and parts:
@@ -31,7 +31,7 @@ def normal(path):
 
 
 class Code:
-    """The files of a project as a dictionary of texts, and a list of layers to compare them with."""
+    """The texts of a project's files by path, and the list of layers."""
 
     def __init__(self, texts, layers, no_code=(), declares=None):
         self.texts = texts
@@ -46,11 +46,11 @@ class Code:
                 if path.startswith(f"{folder}/" if folder else "") and PurePosixPath(path).suffix in suffixes]
 
     def place(self, path):
-        """The layer of a file and its place there; None for a file that no layer lists."""
+        """Return the layer of a file and its position there, or None for an unlisted file."""
         return self.places.get(path) or self.places.get(str(PurePosixPath(path).with_suffix("")))
 
     def includes(self, path):
-        """The project's files that a file includes, as paths; and the names of all others, each with its quote."""
+        """Return the project files that a file includes, and the names of all other headers with their quotes."""
         top = path.split("/")[0]
         own, foreign = set(), set()
         for quote, name in directives(self.texts[path]):
@@ -64,7 +64,7 @@ class Code:
         return own, foreign
 
     def unlisted(self):
-        """Files that no layer lists, and listed ones that do not exist."""
+        """Return files that no layer lists, and listed files that do not exist."""
         code = set(self.files())
         found = {path for path in code if not self.place(path)}
         other = {path for path in set(self.texts) - code
@@ -74,15 +74,15 @@ class Code:
                 [f"{path} is listed but missing" for path in sorted(set(self.places) - present)])
 
     def arrows(self):
-        """Each include as (file, included file, layer, included layer), between different layers.
+        """Yield each include between different layers as (file, included file, layer, included layer).
 
-        Where a file of the library or a public header for C includes such a header, the parts that the two declare
-        follow as one more.
+        If a file of the library or a public C header includes a public C header, this yields the layers that these two
+        declare as another include.
         """
         for path in self.files():
             for other in sorted(self.includes(path)[0]):
                 if not self.place(path) or not self.place(other):
-                    continue  # unlisted() complains of it
+                    continue  # unlisted() reports it
                 layer, below = self.place(path)[0], self.place(other)[0]
                 if layer != below:
                     yield path, other, layer, below
@@ -92,7 +92,7 @@ class Code:
                     yield path, other, part, other_part
 
     def backward(self):
-        """Includes that the list does not allow, and quoted ones of files that are not in the listed folders."""
+        """Return includes that the list does not allow, and quoted includes of files outside the listed folders."""
         complaints = [f"{path} includes {other}, but {layer} may not include {below}"
                       for path, other, layer, below in self.arrows() if below not in self.layers[layer].below]
         for path in self.files():
@@ -105,15 +105,15 @@ class Code:
         return complaints
 
     def unused(self):
-        """Layers that a layer may include, but does not."""
+        """Return permitted layers that a layer does not include."""
         used = {(layer, below) for _, _, layer, below in self.arrows()}
         return [f"{layer.name} does not include {below}" for layer in self.layers.values() for below in layer.below
                 if (layer.name, below) not in used]
 
     def circles(self):
-        """Circles of includes, with a source and its header as one file."""
+        """Return include cycles. A source and its header count as one file."""
         def unit(file):
-            # The umbrella headers for C and for C++ differ in nothing but the suffix.
+            # The umbrella headers for C and for C++ differ only in the suffix.
             return file if file.startswith("include/") else str(PurePosixPath(file).with_suffix(""))
 
         graph = {}

@@ -1,7 +1,7 @@
 """The layers of src, include, documents, app and tests/support: their files, and what each may include.
 
-This list is all there is. layering_test.py compares the code with it, and the picture in docs/architecture.md is made
-from it. When you add, move or remove a file, change this list and run "tests/layering/picture.py --write".
+layering_test.py compares the code with this list, and the picture in docs/architecture.md is drawn from it. When you
+add, move or remove a file, change this list and run "tests/layering/picture.py --write".
 """
 from dataclasses import dataclass
 
@@ -11,11 +11,11 @@ class Layer:
     """Some files of a folder.
 
     name    the layer's name in the picture, if the folder holds several layers
-    suffix  the suffix that all files of the layer have, if a file of the same name may be in another layer
+    suffix  the suffix of all files of the layer, if another layer may have files of the same name
     files   paths in the folder without suffix, so that a source and its header are one file. A file may include those
             before it in this list
-    below   the names of the layers that the files may include, all of which are listed before this one. To include a
-            public header for C is to include the part of the library that it declares, too
+    below   the names of the layers that the files may include, all of them earlier in the list. An include of a public
+            C header also counts as an include of the part of the library that it declares
     """
     folder: str
     files: str
@@ -32,13 +32,13 @@ class Layer:
 
 
 LAYERS = [
-    # The C interface. Everything else stands on it.
+    # The C interface, the base of everything else.
     Layer("include/vrx", """
         export frame tz params kernel modes context gostr3411 hmac kdf sha1 bigdigits curve point multiply sign agree
         octets random hedged""", suffix=".h"),
     Layer("include", "vrx", ("include/vrx",), "include/vrx.h", ".h"),
 
-    # The library. Its folders are those of the tests, too.
+    # The library. The folders of the tests have the same names.
     Layer("src/frame", """
         platform bytes wipe blockwise declassify log cpu region_sha region_avx2 region_avx512 region_ifma region_end
         choice engines""", ("include/vrx",)),
@@ -95,7 +95,9 @@ LAYERS = [
 
 # The folders of which the list names every file, and the files there that include nothing.
 ROOTS = ["src", "include", "documents", "app", "tests/support"]
-NO_CODE = ["CMakeLists.txt", "src/libvrx.map", "include/.clang-format", "app/completion/_vrx", "app/completion/vrx.bash"]
+NO_CODE = [
+    "CMakeLists.txt", "src/libvrx.map", "include/.clang-format", "app/completion/_vrx", "app/completion/vrx.bash",
+]
 
 # The part of the library that each public header for C declares. The other headers declare no part.
 DECLARES = {
