@@ -11,6 +11,8 @@ readonly FUZZ=("${BUILD[@]}" clang libclang-rt-14-dev libgtest-dev libgmock-dev 
 readonly MUTATE=("${BUILD[@]}" clang libclang-rt-14-dev libgtest-dev libgmock-dev pkg-config python3 git)
 readonly BENCH=("${BUILD[@]}" libbenchmark-dev pkg-config)
 readonly LINT=("${TEST[@]}" libbenchmark-dev clang-format clang-tidy cppcheck shellcheck git)
+# Proofs are made where there is a solver.
+readonly PROVE=(z3 cvc5 libgmp-dev)
 # Peers: tests and benchmarks compare with them where they are installed.
 readonly PEERS=(pkg-config libgcrypt20-dev nettle-dev libgnutls28-dev libbotan-2-dev libcrypto++-dev libssl-dev
     libengine-gost-openssl libgmp-dev openssl rhash gostsum zsh)

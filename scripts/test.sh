@@ -11,7 +11,7 @@ fixed_addresses() {
 
 cmd_test() {
     need "${TEST[@]}"
-    want "${PEERS[@]}" doxygen
+    want "${PEERS[@]}" "${PROVE[@]}" doxygen
     python3 -B scripts/test_stages.py "$@"
 }
 
@@ -42,6 +42,23 @@ cmd_interop() {
         echo "There are differences; VRX_TEST_SEED in the output repeats them" >&2
         exit 1
     fi
+}
+
+cmd_prove() {
+    if [[ $# -gt 1 || ${1:---all} != --all ]]; then
+        echo "dev: use ./dev prove or ./dev prove --all" >&2
+        exit 2
+    fi
+    need "${BUILD[@]}" libgtest-dev pkg-config python3
+    want "${PROVE[@]}"
+    configure dev >/dev/null
+    build dev --target prove
+    local program failed=
+    [[ ${1:-} != --all ]] || export VRX_PROVE_ALL=1
+    for program in build/dev/tests/prove/prove_*_test; do
+        "$program" --gtest_brief=1 --gtest_color=no || failed=yes
+    done
+    [[ -z $failed ]] || exit 1
 }
 
 cmd_coverage() {

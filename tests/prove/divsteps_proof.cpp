@@ -1,0 +1,110 @@
+// As many division steps as the inversion takes are enough for every number and modulus.
+#include <gmpxx.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <vector>
+
+#include "prove/solver.hpp"
+
+namespace {
+
+/** A point (f, g) times 2^n after n steps: whole numbers. */
+struct Point {
+    mpz_class f, g;
+    bool operator<(const Point& b) const { return f != b.f ? f < b.f : g < b.g; }
+    bool operator==(const Point& b) const { return f == b.f && g == b.g; }
+};
+using Polygon = std::vector<Point>;
+
+/** Whether c is to the right of the way from a to b, or on it. */
+bool turns_right(const Point& a, const Point& b, const Point& c) {
+    return (b.f - a.f) * (c.g - b.g) <= (b.g - a.g) * (c.f - b.f);
+}
+
+Polygon hull(Polygon points) {
+    std::sort(points.begin(), points.end());
+    points.erase(std::unique(points.begin(), points.end()), points.end());
+    if (points.size() < 3) return points;
+    Polygon r;
+    for (int side = 0; side < 2; ++side) {
+        const std::size_t first = r.size();
+        for (const Point& p : points) {
+            while (r.size() > first + 1 && turns_right(r[r.size() - 2], r.back(), p)) r.pop_back();
+            r.push_back(p);
+        }
+        r.pop_back();
+        std::reverse(points.begin(), points.end());
+    }
+    return r;
+}
+
+mpz_class largest(const Polygon& p, mpz_class Point::*coordinate) {
+    mpz_class r = 0;
+    for (const Point& point : p) r = std::max(r, mpz_class(abs(point.*coordinate)));
+    return r;
+}
+
+/**
+ * Steps after which g is 0 for sure, from (delta, f, g) with 0 <= g <= f < 2^bits. For each delta that may occur a
+ * convex polygon holds all (f, g) that may; a step takes its corners to those of the next ones. A polygon in which |g|
+ * stays below 1 holds no g but 0. (P. Wuille, "Bounds on divsteps iterations in safegcd", 2021, for delta = 1/2.)
+ */
+unsigned steps_needed(unsigned bits, int twice_delta) {
+    const mpz_class end = mpz_class(1) << bits;
+    std::map<int, Polygon> now = {{twice_delta, {{0, 0}, {end, 0}, {end, end}}}};
+    for (unsigned n = 0;; ++n) {
+        const mpz_class unit = mpz_class(1) << n;
+        std::map<int, Polygon> next;
+        for (const auto& [delta, polygon] : now) {
+            if (largest(polygon, &Point::g) < unit || largest(polygon, &Point::f) < unit) continue;
+            for (const Point& p : polygon) {
+                if (delta > 0)
+                    next[2 - delta].push_back({2 * p.g, p.g - p.f});
+                else
+                    next[2 + delta].push_back({2 * p.f, p.g + p.f});
+                next[2 + delta].push_back({2 * p.f, p.g});
+            }
+        }
+        if (next.empty()) return n;
+        for (auto& [delta, polygon] : next) polygon = hull(std::move(polygon));
+        now = std::move(next);
+    }
+}
+
+/** As many as any odd f below 2^bits and g up to f needs, by trying all. */
+unsigned steps_needed_by_trial(unsigned bits) {
+    unsigned most = 0;
+    for (int m = 1; m < 1 << bits; m += 2)
+        for (int x = 0; x <= m; ++x) {
+            int delta = 1, f = m, g = x;
+            unsigned n = 0;
+            for (; g != 0; ++n) {
+                if (delta > 0 && g % 2 != 0) {
+                    const int old = f;
+                    delta = 2 - delta;
+                    f = g;
+                    g = (g - old) / 2;
+                } else {
+                    delta += 2;
+                    g = (g + (g % 2 != 0 ? f : 0)) / 2;
+                }
+            }
+            most = std::max(most, n);
+        }
+    return most;
+}
+
+TEST(division_steps, are_enough_for_all_numbers_and_moduli) {
+    if (!vrx::prove::all_proofs()) GTEST_SKIP() << "takes minutes; ./dev prove --all";
+    EXPECT_LE(steps_needed(256, 1), 590U);
+}
+
+// The instrument: it never says fewer steps than some numbers need, and the start with delta = 1 needs more.
+TEST(division_steps, are_not_undercounted) {
+    for (const unsigned bits : {3U, 6U, 9U}) EXPECT_GE(steps_needed(bits, 1), steps_needed_by_trial(bits)) << bits;
+    EXPECT_GT(steps_needed(64, 2), steps_needed(64, 1));
+}
+
+}  // namespace

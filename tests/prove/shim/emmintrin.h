@@ -1,0 +1,2 @@
+// The instructions of SSE2 among them.
+#include "immintrin.h"

@@ -1,0 +1,1 @@
+// Nothing here needs instructions to be switched on.

@@ -1,0 +1,83 @@
+#!/usr/bin/env python3
+"""The library's sources with other integers: what a proof includes in place of src/ and include/.
+
+Usage: translate.py SOURCE OUT
+
+Every std::uint32_t becomes prove_uint32, every unsigned __int128 becomes prove_uint128, and so on; a proof defines
+these names before it includes anything from here, as types that build terms for a solver. The other changes are below,
+each with the number of places where it has to apply: where it does not, the source has changed, and so must the rule.
+"""
+import pathlib
+import re
+import sys
+
+# Everywhere. Empty assembly only keeps compilers from moving code.
+GENERAL = [
+    (r'\b(?:std::)?(u?int(?:8|16|32|64))_t\b', r'prove_\1'),
+    (r'__extension__ using u128 = unsigned __int128;', 'using u128 = prove_uint128;'),
+    (r'__extension__ using i128 = __int128;', 'using i128 = prove_int128;'),
+    (r'^( *)asm\(""( :[^;]*)?\);[^\n]*$', r'\1;'),
+]
+
+# In the folders of engines: what goes into registers of unknown bits.
+ENGINES = ('gost28147/', 'gostr3411/', 'tz/')
+OF_ENGINES = [
+    (r'static_cast<int>\(', 'prove_int('),
+    (r'static_cast<char>\(', 'prove_char('),
+    (r'static_cast<long long>\(', 'prove_longlong('),
+]
+
+# The hash's table of three look-ups, wherever it is.
+WIDE = [(r'std::uint32_t (low|middle|high)\[(\d+)\];', r'prove_array<prove_uint32, \2> \1;', (0, 3))]
+
+# file: (pattern, replacement, places)
+SPECIAL = {
+    # Without the chains of carries in assembly, which tests compare with these lines.
+    'ecc/uint256/words.hpp': [
+        (r'(inline constexpr bool has_assembly =)[^;]*;', r'\1 false;', 1),
+    ],
+    # Tables are read at unknown indices.
+    'vrx/tz.h': [
+        (r'uint32_t t\[4\]\[256\];', 'prove_array<prove_array<prove_uint32, 256>, 4> t;', 1),
+    ],
+    'tz/sboxes.hpp': WIDE,
+    'gostr3411/wide_table.hpp': WIDE,
+    # Maps over octets are known.
+    'gostr3411/linear.hpp': [
+        (r'using OctetMap = Octets<std::uint32_t>', 'using OctetMap = Octets<unsigned>', 1),
+    ],
+    'gostr3411/vbmi.cpp': [
+        (r'nth_place\(std::uint32_t set', 'nth_place(unsigned set', 1),
+        (r'const std::uint32_t sources', 'const unsigned sources', 1),
+    ],
+}
+
+
+def translated(name, text):
+    for pattern, replacement, places in SPECIAL.get(name, []):
+        text, count = re.subn(pattern, replacement, text, flags=re.M)
+        if count not in (places if isinstance(places, tuple) else (places,)):
+            sys.exit(f'translate.py: {name}: {pattern!r} applies in {count} places, not {places}')
+    general = GENERAL + (OF_ENGINES if name.startswith(ENGINES) else [])
+    for pattern, replacement in general:
+        text = re.sub(pattern, replacement, text, flags=re.M)
+    return text
+
+
+def main():
+    source, out = map(pathlib.Path, sys.argv[1:3])
+    for top in ('src', 'include'):
+        for path in sorted((source / top).rglob('*')):
+            if path.suffix not in ('.hpp', '.h', '.cpp', '.inc'):
+                continue
+            name = path.relative_to(source / top)
+            target = out / name
+            target.parent.mkdir(parents=True, exist_ok=True)
+            text = translated(str(name), path.read_text())
+            # What is as it was keeps its time, and nothing is compiled again.
+            if not target.exists() or target.read_text() != text:
+                target.write_text(text)
+
+
+if __name__ == '__main__':
+    main()
