@@ -2,6 +2,7 @@
 #ifndef VRX_TESTS_INTEROP_WRITTEN_KEYS_HPP
 #define VRX_TESTS_INTEROP_WRITTEN_KEYS_HPP
 
+#include "documents/certificate.hpp"
 #include "interop.hpp"
 #include "keys/der.hpp"
 #include "keys/key_format.hpp"
@@ -61,8 +62,8 @@ inline void expect_public_key(const Pair& pair, std::span<const std::uint8_t> oc
  * a new signature by this library.
  */
 inline Bytes signed_anew(Random& random, Bytes certificate, const Pair& subject, const Pair& issuer) {
-    app::Certificate fields;
-    EXPECT_EQ(app::read_certificate(certificate, fields), app::Content::known) << hex(certificate);
+    documents::Certificate fields;
+    EXPECT_EQ(documents::read_certificate(certificate, fields), documents::Content::known) << hex(certificate);
     EXPECT_EQ(fields.signature_oid, app::gost_signature_oid);
     EXPECT_STREQ(fields.algorithm.curve->str_oid, subject.set->str_oid);
     EXPECT_EQ(hex(fields.key), hex(subject.public_octets()));
