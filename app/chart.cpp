@@ -11,7 +11,7 @@ namespace {
 
 constexpr int width = 860;
 constexpr int margin = 24;
-constexpr int bars_at = 250;  // the names end before it
+constexpr int bars_at = 250;  // where the bars begin, right of the names
 constexpr int longest_bar = 480;
 constexpr int row_height = 22;
 constexpr int bar_height = 14;
@@ -37,7 +37,7 @@ double largest(const FigureGroup& group) {
     return value;
 }
 
-/** Collects the elements of a picture, from top to bottom. */
+/** Builds an SVG picture from top to bottom. */
 class Picture {
 public:
     void text(int x, std::string_view kind, std::string_view content) {
@@ -78,7 +78,7 @@ private:
 
 std::string three_digits(double value) {
     const int digits = value >= 100 ? 0 : value >= 10 ? 1 : value >= 1 ? 2 : 3;
-    // Rounded to three digits first: 12345 is shown as 12300.
+    // Round to three significant digits first: 12345 becomes 12300.
     const double unit = value > 0 ? std::pow(10.0, std::floor(std::log10(value)) - 2) : 1;
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), "%.*f", digits, std::round(value / unit) * unit);

@@ -1,4 +1,4 @@
-// Figures in groups, as a table of text and as a chart in SVG.
+// Formats groups of figures as a text table and as an SVG bar chart.
 #ifndef VRX_APP_CHART_HPP
 #define VRX_APP_CHART_HPP
 
@@ -12,20 +12,20 @@ struct Figure {
     double value;
 };
 
-/** Figures that one scale fits. */
+/** Figures in the same unit, drawn to the same scale. */
 struct FigureGroup {
     std::string title;
     std::string unit;
     std::vector<Figure> figures;
 };
 
-/** A number with three digits that mean something: "1230", "98.7", "0.0456". */
+/** Format a number with three significant digits: "1230", "98.7", "0.0456". */
 std::string three_digits(double value);
 
-/** A table for a terminal, in plain letters. */
+/** Format the groups as a plain-text table. */
 std::string table_of(const std::vector<FigureGroup>& groups);
 
-/** A picture of bars: each group with a scale of its own, from 0 to its largest figure. */
+/** Draw the groups as an SVG bar chart. The bars of a group are scaled from 0 to its largest figure. */
 std::string svg_of(const std::string& title, const std::vector<std::string>& notes,
                    const std::vector<FigureGroup>& groups);
 

@@ -15,12 +15,12 @@ namespace {
 
 constexpr std::size_t longest_line = 64 * 1024;
 
-/** Lines of an input, without their LF or CRLF. */
+/** Reads an input line by line, without LF or CRLF. */
 class Lines {
 public:
     explicit Lines(Input& input) : input_(input), buffer_(longest_line) {}
 
-    /** The next line, cut to `longest_line` bytes. */
+    /** Read the next line, truncated to `longest_line` bytes; false at the end. */
     bool next(std::string& line) {
         line.clear();
         bool any = false;
@@ -47,7 +47,7 @@ private:
     std::size_t size_ = 0;
 };
 
-/** A name as lists hold it, and what could deceive a reader as \xHH; `escaped` tells whether anything was changed. */
+/** Escape a file name for a list, with deceptive characters as \xHH. Sets `escaped` to whether the name changed. */
 std::string escape(std::string_view name, bool& escaped) {
     std::string text;
     const std::size_t size = name.size();
@@ -96,7 +96,7 @@ std::optional<std::string> unescape(std::string_view text) {
     return name;
 }
 
-/** A line of a list, without its line end. A name with backslashes or line ends is escaped, and the line marked. */
+/** Format a line of a list, without its newline. If the name has to be escaped, the line begins with a backslash. */
 std::string list_line(const CheckValue& kind, bool tagged, const Octets& value, std::string_view name) {
     bool escaped = false;
     const std::string text = escape(name, escaped);
@@ -104,14 +104,14 @@ std::string list_line(const CheckValue& kind, bool tagged, const Octets& value, 
            (tagged ? kind.tag + " (" + text + ") = " + to_hex(value) : to_hex(value) + "  " + text);
 }
 
-/** A line, taken apart; the texts are parts of it. */
+/** The fields of a line, as views into it. */
 struct Fields {
     const CheckValue* kind;
     std::string_view digits;
     std::string_view name;
 };
 
-/** "digits  name"; programs write an asterisk in place of the second blank for files read in binary, or one blank. */
+/** Parse "digits  name". Other programs write an asterisk for the second blank (binary mode), or a single blank. */
 std::optional<Fields> plain_fields(std::string_view line, const CheckValue& kind) {
     const std::size_t digits = 2 * kind.size;
     if (line.size() <= digits || line[digits] != ' ') return std::nullopt;
@@ -120,7 +120,7 @@ std::optional<Fields> plain_fields(std::string_view line, const CheckValue& kind
     return Fields{&kind, line.substr(0, digits), rest.substr(two ? 1 : 0)};
 }
 
-/** "TAG (name) = digits" */
+/** Parse "TAG (name) = digits". */
 std::optional<Fields> tagged_fields(std::string_view line, const CheckValue& kind) {
     const std::string before = kind.tag + " (";
     constexpr std::string_view after = ") = ";
@@ -144,7 +144,7 @@ struct ListLine {
     std::string name;
 };
 
-/** Read a line (without its line end) back; nothing when it has neither form. */
+/** Parse a line (without its newline); std::nullopt if it has neither form. */
 std::optional<ListLine> parse_list_line(std::string_view line, std::span<const CheckValue> kinds) {
     const bool escaped = line.starts_with('\\');
     if (line.size() >= longest_line || line.find('\0') != std::string_view::npos) return std::nullopt;
@@ -160,7 +160,7 @@ std::optional<ListLine> parse_list_line(std::string_view line, std::span<const C
     return result;
 }
 
-/** What a line has to look like, for messages. */
+/** Describe the expected format of a line, for messages. */
 std::string form(std::span<const CheckValue> kinds) {
     const CheckValue& kind = kinds.front();
     const std::string digits = std::to_string(2 * kind.size) + " hexadecimal digits";
@@ -168,7 +168,7 @@ std::string form(std::span<const CheckValue> kinds) {
            (kind.tag.empty() ? "" : ", or " + kind.tag + " (file name) = " + digits);
 }
 
-/** The value of a file as lists hold it. */
+/** Compute the check value of a file, in the byte order of the list. */
 Octets value_of(const CheckValue& kind, Input& file, const ListOptions& options) {
     Octets value = kind.of(file);
     if (options.reverse) std::reverse(value.begin(), value.end());
@@ -226,7 +226,7 @@ std::string count_of(std::size_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-/** What a list came to. */
+/** Counts of the results for the lines of a list. */
 struct Tally {
     std::size_t lines = 0;
     std::size_t not_understood = 0;
@@ -264,7 +264,7 @@ Tally check_list(std::span<const CheckValue> kinds, Input& list, const ListOptio
     return tally;
 }
 
-/** Compare the files of lists with the values there, one line of output for each file. @return the exit code */
+/** Verify the files that the lists name, and print the result for each file. @return the exit code */
 int check_lists(std::span<const CheckValue> kinds, const std::vector<std::string>& lists, const ListOptions& options) {
     Output output("-");
     bool failed = false;
@@ -300,7 +300,7 @@ int check_lists(std::span<const CheckValue> kinds, const std::vector<std::string
     return failed ? exit_check_failed : trouble ? exit_trouble : exit_done;
 }
 
-/** What the list may not replace: the files that it is made from. Those that cannot be looked at are reported later. */
+/** Collect the identities of the input files, which the list must not replace. Errors are reported on reading. */
 void add_ids(const std::vector<std::string>& files, std::vector<FileId>& ids) {
     for (const std::string& path : files) {
         struct stat status {};
@@ -341,8 +341,7 @@ std::optional<std::vector<std::string>> parse_with_lists(const Command& command,
 int run_lists(std::span<const CheckValue> kinds, const std::vector<std::string>& files, const ListOptions& options,
               std::vector<FileId> read) {
     if (options.check) return check_lists(kinds, files, options);
-    // Standard output is left alone: a pattern such as * in the shell names its file easily, and other programs allow
-    // it.
+    // Standard output is exempt: a shell pattern such as * often matches its file too, and other programs allow that.
     if (options.out != "-") add_ids(files, read);
     Output output(options.out, read);
     const int code = write_list(kinds.front(), files, options, output);

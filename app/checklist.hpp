@@ -1,4 +1,4 @@
-// Lists of check values, in the two forms that sha256sum and its kin print:
+// Writes and verifies lists of check values, in the two formats of sha256sum:
 //     a value in hexadecimal, two blanks, a file name
 //     TAG (a file name) = a value in hexadecimal
 #ifndef VRX_APP_CHECKLIST_HPP
@@ -17,52 +17,53 @@
 
 namespace vrx::app {
 
-/** Thrown by CheckValue::of for an input that has no value: a failed check, where a missing file is trouble. */
+/** Thrown by CheckValue::of if an input has no check value. This is a failed check; a missing file is an error. */
 class NoValue : public Failure {
 public:
     using Failure::Failure;
 };
 
-/** A kind of values that a list holds. */
+/** A kind of check value that lists can hold. */
 struct CheckValue {
-    const char* name;  // for messages, "MAC"
-    std::string tag;   // of lines of the second form, "SHA1"; empty when there are none
+    const char* name;  // in messages, e.g. "MAC"
+    std::string tag;   // of lines in the second format, e.g. "SHA1"; empty if not supported
     std::size_t size;  // in bytes
     std::function<Octets(Input&)> of;
 };
 
-/** What the user said about lists. */
+/** The user's options for lists. */
 struct ListOptions {
     std::string out = "-";
-    bool tag = false;             // write the second form
-    bool reverse = false;         // values have their last byte first
+    bool tag = false;             // write the second format
+    bool reverse = false;         // print values in reverse byte order
     bool check = false;           // the files are lists; verify them
-    bool quiet = false;           // no line for a file that passes
-    bool status = false;          // the exit code alone tells
-    bool ignore_missing = false;  // files that are not there are no failure
+    bool quiet = false;           // print no line for a file that passes
+    bool status = false;          // report by the exit code only
+    bool ignore_missing = false;  // a missing file is not a failure
 };
 
-/** Options that all commands with lists have. @param check_help  explains --check. */
+/** Options of every command that handles lists. @param check_help  the help text of --check. */
 std::vector<Option> list_options(ListOptions& options, const char* check_help);
-/** Options of digests: --tag and --reverse. */
+/** The options --tag and --reverse, for digests. */
 std::vector<Option> form_options(ListOptions& options);
 
 /**
- * Read the arguments of a command with lists.
+ * Parse the arguments of a command that handles lists.
  *
- * @return the files, standard input when none is named; nothing when the user asked for help, which is then printed.
+ * @return the files, or "-" if the user named none; std::nullopt if the user asked for help, which is then printed.
  */
 std::optional<std::vector<std::string>> parse_with_lists(const Command& command, const std::vector<Option>& options,
                                                          const ListOptions& lists, int argc, char** argv);
 
 /**
- * Write a line for each file, or verify the lines of the files.
+ * Write a line for each file, or verify the lists in the files.
  *
- * A file that cannot be read is named and does not stop the rest. Lines without a tag hold a value of the first kind.
+ * A file that cannot be read is reported, and the others are still processed. A line without a tag holds a value of the
+ * first kind.
  *
- * @param read  files that the command has read already: the list may replace none of them, and none of `files`.
- * @return exit_check_failed when a value differs, a line is not understood, or a list checks nothing; otherwise
- *         exit_trouble when a file cannot be read.
+ * @param read  files that the command has already read. The list must not replace any of them, nor any of `files`.
+ * @return exit_check_failed if a value differs, a line is malformed, or a list checks nothing; otherwise exit_trouble
+ *         if a file cannot be read.
  */
 int run_lists(std::span<const CheckValue> kinds, const std::vector<std::string>& files, const ListOptions& options,
               std::vector<FileId> read = {});

@@ -8,7 +8,7 @@
 namespace vrx::app {
 namespace {
 
-/** Deploy the table of a file: 64 bytes, or a text of 128 digits with an optional newline. */
+/** Load S-boxes from a file of 64 bytes, or of 128 hexadecimal digits with an optional newline. */
 FileId load_table(const std::string& path, vrx_tz& table) {
     Input file(path);
     std::array<std::uint8_t, VRX_TZ_STRING_SIZE + 3> buffer;
@@ -29,7 +29,7 @@ FileId load_table(const std::string& path, vrx_tz& table) {
         if (!value)
             throw Failure("character " + std::to_string(i + 1) + " of the table file " + file.shown() +
                           " is not a hexadecimal digit; a table is 64 bytes, or 128 such digits");
-        text += "0123456789ABCDEF"[*value];  // the library takes capital letters only
+        text += "0123456789ABCDEF"[*value];  // the library accepts upper-case digits only
     }
     vrx_crpt_init_new_TZ(text.c_str(), &table);
     return file.id();

@@ -1,4 +1,4 @@
-// The cipher as the options of a command describe it.
+// Sets up the cipher from the options of a command.
 #ifndef VRX_APP_CIPHER_HPP
 #define VRX_APP_CIPHER_HPP
 
@@ -19,7 +19,7 @@ namespace vrx::app {
 
 using Block = std::array<std::uint8_t, VRX_BLOCK_SIZE>;
 
-/** What the user said about the cipher. */
+/** The user's options for the cipher. */
 struct CipherOptions {
     std::optional<std::string> key;
     std::optional<std::string> parameters;
@@ -34,28 +34,28 @@ struct CipherOptions {
 std::vector<Option> cipher_options(CipherOptions& options);
 
 /**
- * A key, a table and a context of the library in memory for secrets.
+ * A key, its S-box table and the library's context, kept in locked memory.
  *
- * What the options leave open comes from the parameter set.
+ * The parameter set provides whatever the options leave open.
  */
 class Cipher {
 public:
-    /** Reads the files that the options name. */
+    /** Load the files that the options name. */
     Cipher(const Command& command, const CipherOptions& options);
 
-    /** The mode for encryption. */
+    /** The mode of encryption. */
     [[nodiscard]] const Mode& mode() const { return *mode_; }
     /** The value of --iv. */
     [[nodiscard]] const std::optional<Block>& iv() const { return iv_; }
-    /** Files that were read: no output may replace them. */
+    /** The files that were read, which the output must not replace. */
     [[nodiscard]] const std::vector<FileId>& files() const { return files_; }
 
-    /** Begin a message in the mode of the options. */
+    /** Start a message in the chosen mode. */
     void start(bool encrypt, const std::optional<Block>& iv);
-    /** Process data in place; all pieces but the last are whole blocks, and in some modes the last one too. */
+    /** Process data in place. Every piece but the last must consist of whole blocks; in some modes the last one too. */
     void process(std::span<std::uint8_t> data);
 
-    /** Begin a message whose MAC is wanted; --iv is its starting value. */
+    /** Start a MAC computation; --iv sets the initial value. */
     void start_mac();
     void absorb(std::span<std::uint8_t> data);
     [[nodiscard]] Block finish_mac();

@@ -1,4 +1,4 @@
-// What the commands that make one key from another share: user keying material, and the result.
+// Options and output shared by the commands that derive one key from another.
 #ifndef VRX_APP_DERIVED_KEY_HPP
 #define VRX_APP_DERIVED_KEY_HPP
 
@@ -15,17 +15,17 @@ namespace vrx::app {
 
 using Ukm = std::array<std::uint8_t, VRX_UKM_SIZE>;
 
-/** The resulting key, and room for its hexadecimal digits. */
+/** The derived key, with a buffer for its hexadecimal digits. */
 struct DerivedKey {
     std::array<std::uint8_t, VRX_KEK_SIZE> octets;
     std::array<char, 2 * VRX_KEK_SIZE + 1> line;
 };
 
-/** --ukm, and its value. */
+/** The option --ukm, and parsing of its value. */
 Option ukm_option(std::optional<std::string>& ukm);
 Ukm ukm_of(const Command& self, const std::optional<std::string>& text);
 
-/** --out, and writing there: bytes to a new private file, or hexadecimal digits to standard output. */
+/** The option --out, and output: bytes to a new private file, or hexadecimal digits to standard output. */
 Option derived_key_option(std::string& out);
 void write_derived_key(const std::string& out, DerivedKey& key);
 

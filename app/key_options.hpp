@@ -1,4 +1,4 @@
-// Options of keys and passwords.
+// Options for keys and passwords.
 #ifndef VRX_APP_KEY_OPTIONS_HPP
 #define VRX_APP_KEY_OPTIONS_HPP
 
@@ -10,13 +10,13 @@
 
 namespace vrx::app {
 
-/** --format and --curve. */
+/** The options --format and --curve. */
 std::vector<Option> key_form_options(KeyForm& form, const char* curve_help);
 
-/** --password-file, --password-fd, --confirm and --encoding. */
+/** The options --password-file, --password-fd, --confirm and --encoding. */
 std::vector<Option> password_options(PasswordOptions& options);
 
-/** Refuse password options that do not go together, before anything else is done. */
+/** Reject conflicting password options; call this before doing anything else. */
 void check_usage(const Command& command, const PasswordOptions& options);
 
 }  // namespace vrx::app

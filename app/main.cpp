@@ -24,7 +24,7 @@ constexpr std::array commands{&encrypt_command, &decrypt_command, &mac_command, 
                               &sign_command,    &verify_command,  &agree_command,  &diversify_command, &inspect_command,
                               &params_command,  &speed_command};
 
-/** An earlier name of a command, which still runs it. */
+/** An earlier name of a command, still accepted. */
 struct Alias {
     std::string_view name;
     std::string_view command;
@@ -69,7 +69,7 @@ Example:
 
 std::string version() { return "vrx " VRX_VERSION "\n" + std::string(vrx_copyright_notice()) + "\n"; }
 
-/** The command of a name or an alias, or nullptr. */
+/** Find a command by its name or an alias; nullptr if there is none. */
 const Command* command_named(std::string_view name) {
     for (const Alias& alias : aliases)
         if (name == alias.name) name = alias.command;
@@ -107,7 +107,7 @@ int run(int argc, char** argv) {
     return command->run(*command, argc - 1, argv + 1);
 }
 
-/** The exit code; failures are reported. */
+/** Run the program and report failures. @return the exit code. */
 [[gnu::noinline]] int run_and_report(int argc, char** argv) {
     try {
         return run(argc, argv);
@@ -127,7 +127,7 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     using namespace vrx::app;
     occupy_standard_streams();
-    // Past the size limit of the user a write shall fail like any other.
+    // Let a write beyond the file size limit fail with an error instead of a signal.
     std::signal(SIGXFSZ, SIG_IGN);
     const int code = run_and_report(argc, argv);
     clear_traces();

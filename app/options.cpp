@@ -11,7 +11,7 @@
 namespace vrx::app {
 namespace {
 
-/** "-k, --key FILE", the column of an option in the help. */
+/** Format an option for the first column of the help: "-k, --key FILE". */
 std::string form(const Option& option) {
     std::string text = option.letter != 0 ? std::string("-") + option.letter + ", --" : "    --";
     text += option.name;
@@ -76,9 +76,9 @@ std::optional<std::vector<std::string>> parse(const Command& command, const std:
     std::vector<Option> all = options;
     all.push_back(flag_option("help", 'h', "print this help", help));
 
-    // getopt_long reports a long option by its value: the option's place behind all characters.
+    // getopt_long() identifies a long option by a number: its index, plus an offset above all characters.
     constexpr int first_value = 256;
-    std::string letters = ":";  // a missing value is reported by ':'
+    std::string letters = ":";  // make getopt_long() return ':' for a missing value
     std::vector<struct option> longs;
     for (const Option& option : all) {
         const bool takes_value = option.value != nullptr;

@@ -1,4 +1,4 @@
-// What 'vrx help' explains besides commands.
+// The topics that 'vrx help' explains in addition to commands.
 #ifndef VRX_APP_TOPICS_HPP
 #define VRX_APP_TOPICS_HPP
 
@@ -9,8 +9,8 @@ namespace vrx::app {
 
 struct Topic {
     const char* name;
-    const char* summary;  // one line of the list of topics
-    const char* text;     // with newlines, also at the end
+    const char* summary;  // one line, for the list of topics
+    const char* text;     // ends with a newline
 };
 
 [[nodiscard]] std::span<const Topic> topics();

@@ -15,13 +15,15 @@ std::string not_whole_blocks(const Input& input, const Mode& mode) {
            " needs; use --mode gamm or --mode gfb";
 }
 
-/** Refuse, before anything is written, a file whose length tells already that it cannot be processed. */
+/** Reject a file whose length is invalid for the mode, before anything is written. */
 void check_length(const Input& input, const Mode& mode) {
     if (mode.whole_blocks && input.remaining().value_or(0) % VRX_BLOCK_SIZE != 0)
         throw Failure(not_whole_blocks(input, mode));
 }
 
-/** The IV of a message: given by the user, else drawn and written before the data, or read from there. */
+/**
+ * The IV of a message. Without --iv, encryption generates it and writes it before the data, where decryption reads it.
+ */
 std::optional<Block> message_iv(const Cipher& cipher, bool encrypt, Input& input, Output& output) {
     if (!cipher.mode().takes_iv) return std::nullopt;
     if (cipher.iv()) return cipher.iv();
@@ -35,7 +37,7 @@ std::optional<Block> message_iv(const Cipher& cipher, bool encrypt, Input& input
     return iv;
 }
 
-/** Pass the input through the cipher in place, as it comes; bytes that do not fill a block wait for more. */
+/** Process the input as it arrives. Bytes that do not fill a block are held until more arrive. */
 void transform(Cipher& cipher, Input& input, Output& output) {
     Piece piece(piece_size);
     Progress progress(input);

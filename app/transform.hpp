@@ -1,4 +1,4 @@
-// Encryption and decryption of a file: the commands differ in their direction alone.
+// Encrypts or decrypts a file: the common code of 'vrx encrypt' and 'vrx decrypt'.
 #ifndef VRX_APP_TRANSFORM_HPP
 #define VRX_APP_TRANSFORM_HPP
 

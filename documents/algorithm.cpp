@@ -29,7 +29,7 @@ constexpr Named algorithms[] = {
     {"1.3.101.112", "Ed25519"},
 };
 
-/** The built-in parameter set of an identifier, or nullptr. */
+/** Find the built-in parameter set with an identifier; nullptr if there is none. */
 template <auto get, std::uint32_t count>
 auto set_by_oid(Part oid) -> decltype(get(0)) {
     for (std::uint32_t i = 0; i < count; ++i)
@@ -37,7 +37,7 @@ auto set_by_oid(Part oid) -> decltype(get(0)) {
     return nullptr;
 }
 
-/** Reads PublicKeyParameters (RFC 4491, section 2.3.2); false when a set is unknown, or they are not well formed. */
+/** Read PublicKeyParameters (RFC 4491, section 2.3.2); false if a set is unknown or the encoding is malformed. */
 bool read_parameters(Part parameters, Algorithm& algorithm) {
     der::Reader sets(parameters);
     const auto curve = sets.next_whole(der::object_identifier);
@@ -45,7 +45,7 @@ bool read_parameters(Part parameters, Algorithm& algorithm) {
     if (!curve || epFindParByOid(curve->data(), static_cast<std::uint32_t>(curve->size()), &found) != VRX_OK)
         return false;
     algorithm.curve = found;
-    // The sets that the key's owner prefers for hash and cipher. The user may choose others.
+    // The hash and cipher sets that the owner of the key prefers. The user may choose others.
     if (const auto hash = sets.next_whole(der::object_identifier)) {
         algorithm.hash = set_by_oid<get_GOSTR3411_par, VRX_GOSTR3411_PAR_COUNT>(*hash);
         if (algorithm.hash == nullptr) return false;
@@ -59,7 +59,7 @@ bool read_parameters(Part parameters, Algorithm& algorithm) {
 
 }  // namespace
 
-/** Reads an AlgorithmIdentifier; false when there is none. */
+/** Read an AlgorithmIdentifier; false if there is none. */
 bool read_algorithm(der::Reader& reader, Algorithm& algorithm) {
     algorithm = {};
     const auto contents = reader.next(der::sequence);
@@ -83,7 +83,7 @@ bool read_algorithm(der::Reader& reader, Algorithm& algorithm) {
     return true;
 }
 
-/** Reads the fields of SubjectPublicKeyInfo. */
+/** Read the fields of SubjectPublicKeyInfo. */
 Content read_key_fields(der::Reader fields, Algorithm& algorithm, PublicOctets& value) {
     if (!read_algorithm(fields, algorithm)) return Content::other;
     const auto bits = fields.next(der::bit_string);

@@ -8,7 +8,7 @@
 namespace vrx::documents {
 namespace {
 
-constexpr std::size_t longest_serial = 21;  // 20 octets, and a zero that keeps the number from being negative
+constexpr std::size_t longest_serial = 21;  // 20 octets, and a leading zero octet that keeps it positive
 
 bool read_basic_constraints(Part value, Extensions& result) {
     der::Reader outer(value);
@@ -29,7 +29,7 @@ bool read_basic_constraints(Part value, Extensions& result) {
     return fields.at_end();
 }
 
-/** A BIT STRING of named bits, which ends with a bit that is set (X.690, section 11.2.2). */
+/** Read a BIT STRING of named bits. Its last bit must be 1 (X.690, section 11.2.2). */
 bool read_key_usage(Part value, Extensions& result) {
     der::Reader outer(value);
     const auto bits = outer.next(der::bit_string);
@@ -63,7 +63,7 @@ bool read_authority_key(Part value, Extensions& result) {
     return true;
 }
 
-/** Names besides the subject, which take no part in the verdict. */
+/** Check the form of SubjectAltName and IssuerAltName, which do not affect the verdict. */
 bool read_other_names(Part value, Extensions&) {
     der::Reader outer(value);
     const auto contents = outer.next(der::sequence);
@@ -94,7 +94,7 @@ bool take_extensions(Part contents, Extensions& result) {
     return true;
 }
 
-/** What may follow the key: identifiers of issuer and subject, and extensions. */
+/** Read the optional fields after the key: identifiers of issuer and subject, and extensions. */
 bool read_rest(der::Reader fields, Certificate& result) {
     constexpr std::uint8_t issuer_identifier = 0x81;  // [1] and [2], primitive
     constexpr std::uint8_t subject_identifier = 0x82;
@@ -112,7 +112,7 @@ bool read_rest(der::Reader fields, Certificate& result) {
     return fields.at_end();
 }
 
-/** Reads the fields of TBSCertificate. */
+/** Read the fields of TBSCertificate. */
 Content read_signed_part(Part contents, Part algorithm, Certificate& result) {
     der::Reader fields(contents);
     result.version = 1;

@@ -1,4 +1,4 @@
-// X.509 certificates (RFC 5280, section 4) with keys of GOST R 34.10-2001 (RFC 4491).
+// Reads X.509 certificates (RFC 5280, section 4) with GOST R 34.10-2001 keys (RFC 4491).
 #ifndef VRX_DOCUMENTS_CERTIFICATE_HPP
 #define VRX_DOCUMENTS_CERTIFICATE_HPP
 
@@ -13,28 +13,28 @@
 
 namespace vrx::documents {
 
-/** What a certificate's key may be used for (RFC 5280, section 4.2.1.3): the bit of that number. */
+/** The uses of a certificate's key, as bit numbers of KeyUsage (RFC 5280, section 4.2.1.3). */
 enum class KeyUsage : unsigned { digital_signature = 0, non_repudiation = 1, certificate_sign = 5, crl_sign = 6 };
 
-/** What the extensions say that are understood here. */
+/** The contents of the supported extensions. */
 struct Extensions {
     std::optional<std::uint16_t> key_usage;  // bit n is KeyUsage n
     bool has_basic_constraints = false;
     bool is_authority = false;
     std::optional<std::uint32_t> path_length;
-    std::optional<Part> subject_key;  // identifiers of the keys
+    std::optional<Part> subject_key;  // key identifiers
     std::optional<Part> authority_key;
-    std::string not_understood;  // a critical one, dotted; empty when there is none
+    std::string not_understood;  // an unsupported critical extension, dotted, or empty
 };
 
-/** A signature over a part of a document. All parts are those of the octets that were read. */
+/** A signature over a part of a document. All parts refer to the octets that were read. */
 struct Signed {
-    Part signed_part;           // the whole element that is signed
+    Part signed_part;           // the signed element, with tag and length
     std::string signature_oid;  // dotted
     Part signature;             // the octets of the BIT STRING, which has no unused bits
 };
 
-/** All parts are those of the octets that were read. */
+/** A certificate. All parts refer to the octets that were read. */
 struct Certificate : Signed {
     std::uint32_t version;
     Part serial;
@@ -49,17 +49,17 @@ struct Certificate : Signed {
     PublicOctets key;
     Extensions extensions;
 
-    /** Whether the key may be used so: always where the certificate does not say. */
+    /** Whether the certificate allows this use of its key; true if it does not restrict the use. */
     [[nodiscard]] bool allows(KeyUsage usage) const;
 };
 
-/** Read a certificate in DER, and nothing after it. Content::foreign fills in everything but the key. */
+/** Read a certificate in DER; anything after it is an error. For Content::foreign, all fields but the key are valid. */
 Content read_certificate(Part octets, Certificate& certificate);
 
 /**
- * Read the outer structure of certificates and revocation lists: what is signed, algorithm and signature.
+ * Read the outer structure of a certificate or revocation list: signed part, algorithm and signature.
  *
- * @param inner  out: the octets of the outer AlgorithmIdentifier, which the signed part has to repeat.
+ * @param inner  out: the octets of the outer AlgorithmIdentifier, which the signed part must repeat.
  */
 bool read_signed(Part octets, Signed& result, Part& inner);
 
@@ -70,10 +70,10 @@ struct Extension {
     Part value;  // one element
 };
 
-/** Read the contents of Extensions: at least one, none twice; nothing when they are not well formed. */
+/** Read the contents of Extensions; std::nullopt if they are malformed, empty, or repeat an extension. */
 std::optional<std::vector<Extension>> read_extensions(Part contents);
 
-/** The text of a key usage, "digitalSignature, keyCertSign". */
+/** Format a key usage: "digitalSignature, keyCertSign". */
 std::string key_usage_text(std::uint16_t usage);
 
 }  // namespace vrx::documents

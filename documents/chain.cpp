@@ -8,7 +8,7 @@ namespace vrx::documents {
 namespace {
 
 constexpr std::size_t longest_chain = 10;
-constexpr int most_tries = 200;  // chains that are looked at: certificates may name each other in circles
+constexpr int most_tries = 200;  // limits the search: certificates may form cycles
 
 bool in_range(const std::uint32_t* number, const EcParamSet& set) {
     return mpIsZero(number, VRX_ECC_DIGITS) == 0 && mpCompare(number, set.q, VRX_ECC_DIGITS) < 0;
@@ -58,7 +58,7 @@ Fault check_revocation(const Certificate& certificate, const Certificate& issuer
     return {};
 }
 
-/** Check a chain from its trusted end down. The curve of a key that names none is that of the key above it. */
+/** Check a chain, beginning at its trusted end. A key that names no curve is on the curve of its issuer's key. */
 Fault check_links(const std::vector<const Certificate*>& links, const Authorities& authorities,
                   const std::optional<Time>& time) {
     const EcParamSet* set = nullptr;
@@ -79,14 +79,14 @@ Fault check_links(const std::vector<const Certificate*>& links, const Authoritie
         if (trusted && !is_signed_by(certificate, *key))
             return {"chain-signature", about(certificate) + " is not signed by itself"};
         if (i == 0) continue;
-        std::size_t below = 0;  // certificates between this one and the first, but those that are issued to oneself
+        std::size_t below = 0;  // intermediate certificates below this one, except self-issued ones
         for (std::size_t k = 1; k < i; ++k) below += links[k]->self_issued ? 0U : 1U;
         if (Fault fault = check_authority(certificate, below, trusted); !fault.none()) return fault;
     }
     return {};
 }
 
-/** Looks for chains from the certificate upwards; the first one without a fault ends the search. */
+/** Searches for chains from the certificate upwards, until one has no fault. */
 class Search {
 public:
     Search(const Authorities& authorities, const std::optional<Time>& time) : authorities_(authorities), time_(time) {}

@@ -1,4 +1,4 @@
-// Whether a certificate may be trusted: RFC 5280, section 6, for signatures of GOST R 34.10-2001.
+// Decides whether a certificate is trusted (RFC 5280, section 6), for GOST R 34.10-2001 signatures.
 #ifndef VRX_DOCUMENTS_CHAIN_HPP
 #define VRX_DOCUMENTS_CHAIN_HPP
 
@@ -11,7 +11,7 @@
 
 namespace vrx::documents {
 
-/** Why something is not valid: a word for programs, and a sentence for people. Both are empty when it is valid. */
+/** Why something is invalid: a keyword for programs and a sentence for people. Both are empty if it is valid. */
 struct Fault {
     std::string word;
     std::string sentence;
@@ -24,29 +24,32 @@ struct WorkingKey {
     EcPoint point;
 };
 
-/** The key of a certificate; nothing when it is not a point of the curve. @param set  for one that names none. */
+/** The key of a certificate; std::nullopt if it is not a point on its curve. @param set  the curve if it names none. */
 std::optional<WorkingKey> working_key(const Certificate& certificate, const EcParamSet* set);
 
-/** Whether what is signed is signed by a key, with r and s from 1 to q - 1. */
+/** Whether a signature verifies with a key, with r and s from 1 to q - 1. */
 bool is_signed_by(const Signed& what, const WorkingKey& key);
 
-/** Check a certificate by itself: dates, and extensions that are critical and not understood. @param time  or any. */
+/**
+ * Check the dates of a certificate, and that it has no unsupported critical extension. @param time  std::nullopt skips
+ * the dates.
+ */
 Fault check_alone(const Certificate& certificate, const std::optional<Time>& time);
 
 /** Check that the key of a certificate may sign documents. */
 Fault check_signer(const Certificate& certificate);
 
-/** What is known besides the certificate. */
+/** The certificates and revocation lists that the check may use. */
 struct Authorities {
-    std::vector<Certificate> certificates;  // trusted where they are signed by themselves, links of chains elsewhere
+    std::vector<Certificate> certificates;  // self-signed ones are trusted; others may be intermediate
     std::vector<RevocationList> lists;
-    bool wants_lists = false;  // a certificate without a list of its issuer is not valid
+    bool wants_lists = false;  // a certificate is invalid if its issuer has no list
 };
 
 /** A chain from a certificate to one that is trusted. */
 struct Chain {
     Fault fault;
-    std::vector<const Certificate*> links;  // from the certificate on; the trusted one last
+    std::vector<const Certificate*> links;  // from the certificate to the trusted one
 };
 
 /** Find a chain and check it. */

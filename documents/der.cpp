@@ -12,7 +12,7 @@ struct Element {
     std::size_t size;
 };
 
-/** Where the contents of the first element begin, and how long they are. */
+/** Find the offset and length of the contents of the first element. */
 std::optional<Element> element(std::span<const std::uint8_t> octets) {
     if (octets.size() < 2) return std::nullopt;
     Element e{2, octets[1]};
@@ -31,7 +31,7 @@ bool all_well_formed(Part octets, int depth) {
     if (depth > deepest) return false;
     for (Reader reader(octets); !reader.at_end();) {
         const std::uint8_t tag = *reader.tag();
-        if ((tag & 0x1F) == 0x1F) return false;  // numbers of tags above 30, which no document here has
+        if ((tag & 0x1F) == 0x1F) return false;  // tag numbers above 30 do not occur here
         const auto contents = reader.next(tag);
         if (!contents) return false;
         if ((tag & 0x20) != 0) {
@@ -69,7 +69,7 @@ std::optional<std::string> dotted(std::span<const std::uint8_t> contents) {
     std::uint64_t number = 0;
     bool begins = true;
     for (const std::uint8_t octet : contents) {
-        // A number has seven bits in each octet, and no zeros in front.
+        // Each octet holds seven bits of a number, which has no leading zeros.
         if ((begins && octet == 0x80) || number > largest) return std::nullopt;
         number = number << 7 | (octet & 0x7F);
         begins = octet < 0x80;

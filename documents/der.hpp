@@ -1,4 +1,4 @@
-// DER (ITU-T X.690), read strictly: one encoding for each value, and no other.
+// A strict DER reader (ITU-T X.690), which accepts exactly one encoding of each value.
 #ifndef VRX_DOCUMENTS_DER_HPP
 #define VRX_DOCUMENTS_DER_HPP
 
@@ -9,7 +9,7 @@
 
 namespace vrx::documents {
 
-/** Octets of a document. */
+/** A view of the octets of a document. */
 using Part = std::span<const std::uint8_t>;
 
 namespace der {
@@ -35,36 +35,36 @@ inline constexpr std::uint8_t context_0 = 0xA0;  // [0], constructed
 inline constexpr std::uint8_t context_1 = 0xA1;
 inline constexpr std::uint8_t context_3 = 0xA3;
 
-/** Reads elements one after the other. Refuses every length that is not written in the shortest way. */
+/** Reads consecutive elements. Rejects lengths that are not in their shortest form. */
 class Reader {
 public:
     explicit Reader(std::span<const std::uint8_t> octets) : rest_(octets) {}
 
     [[nodiscard]] bool at_end() const { return rest_.empty(); }
-    /** The tag of the next element; nothing at the end. */
+    /** The tag of the next element; std::nullopt at the end. */
     [[nodiscard]] std::optional<std::uint8_t> tag() const;
-    /** The contents of the next element, which must bear the wanted tag; nothing where it does not, or is cut short. */
+    /** Read the contents of the next element; std::nullopt if it has another tag or is truncated. */
     std::optional<std::span<const std::uint8_t>> next(std::uint8_t wanted);
-    /** The whole next element, tag and length included. */
+    /** Read the whole next element, including tag and length. */
     std::optional<std::span<const std::uint8_t>> next_whole(std::uint8_t wanted);
 
 private:
     std::span<const std::uint8_t> rest_;
 };
 
-/** The dotted form of an object identifier's contents; nothing when they are not well formed, or beyond 64 bits. */
+/** The dotted form of an object identifier's contents; std::nullopt if they are malformed or exceed 64 bits. */
 std::optional<std::string> dotted(std::span<const std::uint8_t> contents);
 
-/** Whether the octets are one whole element, as a file of DER is. */
+/** Whether the octets are exactly one element, as in a DER file. */
 bool is_one_element(std::span<const std::uint8_t> octets, std::uint8_t wanted);
 
-/** Whether the contents of an INTEGER are a number in the fewest octets. */
+/** Whether the contents of an INTEGER use the fewest octets possible. */
 bool is_integer(Part contents);
-/** The contents of an INTEGER from 0 to 2^31 - 1; nothing for any other. */
+/** The value of an INTEGER from 0 to 2^31 - 1; std::nullopt for any other contents. */
 std::optional<std::uint32_t> small_number(Part contents);
-/** The contents of a BOOLEAN, which DER writes as 0 or FF; nothing for any other. */
+/** The value of a BOOLEAN, which DER encodes as 00 or FF; std::nullopt for any other contents. */
 std::optional<bool> truth(Part contents);
-/** Whether octets are one element, and all elements in it are well formed down to the innermost. */
+/** Whether the octets are exactly one element, and all nested elements are well formed. */
 bool is_well_formed(Part octets);
 
 }  // namespace der

@@ -13,7 +13,7 @@ struct Named {
     const char* name;
 };
 
-/** What parts of names are called (RFC 4514, RFC 4519), and those of Russian certificates. */
+/** Short names of attribute types (RFC 4514, RFC 4519), including those of Russian certificates. */
 constexpr Named attributes[] = {
     {"2.5.4.3", "CN"},
     {"2.5.4.4", "SN"},
@@ -38,7 +38,7 @@ std::string attribute_name(const std::string& oid) {
     return found != std::end(attributes) ? found->name : oid;
 }
 
-/** The text of an attribute in UTF-8. Control characters, and what needs a mark in RFC 4514, become visible. */
+/** The value of an attribute in UTF-8. Deceptive characters, and those that RFC 4514 requires, are escaped. */
 std::string attribute_text(std::uint8_t tag, Part octets) {
     std::u32string characters;
     if (tag == der::bmp_string && octets.size() % 2 == 0) {
@@ -66,7 +66,6 @@ std::string attribute_text(std::uint8_t tag, Part octets) {
 
 }  // namespace
 
-/** Reads a Name, contents of the RDNSequence, "C=RU, O=..."; nothing when it is not well formed. */
 std::optional<std::string> read_name(Part contents) {
     std::string text;
     for (der::Reader names(contents); !names.at_end();) {
@@ -76,7 +75,7 @@ std::optional<std::string> read_name(Part contents) {
         Part before;
         for (der::Reader parts(*relative); !parts.at_end(); separator = " + ") {
             const auto whole = parts.next_whole(der::sequence);
-            // The elements of a SET OF stand in ascending order (X.690, section 11.6).
+            // The elements of a SET OF must be in ascending order (X.690, section 11.6).
             if (!whole || std::ranges::lexicographical_compare(*whole, before)) return std::nullopt;
             before = *whole;
             der::Reader part(*whole);

@@ -1,4 +1,4 @@
-// Distinguished names (RFC 5280, section 4.1.2.4).
+// Reads distinguished names (RFC 5280, section 4.1.2.4).
 #ifndef VRX_DOCUMENTS_NAME_HPP
 #define VRX_DOCUMENTS_NAME_HPP
 
@@ -10,8 +10,8 @@
 namespace vrx::documents {
 
 /**
- * The text of a Name, contents of the RDNSequence: "C=RU, O=...", in the order of the document. Characters that could
- * deceive a reader are escaped. Nothing when it is not well formed.
+ * Convert a Name, given the contents of its RDNSequence, to text: "C=RU, O=...", in the order of the document.
+ * Characters that could deceive a reader are escaped. Returns std::nullopt if the Name is malformed.
  */
 std::optional<std::string> read_name(Part contents);
 

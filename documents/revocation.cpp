@@ -7,8 +7,10 @@
 namespace vrx::documents {
 namespace {
 
-/** The number of the list, and the issuer's key: neither takes part in the verdict. Reasons and dates of single entries
- * do not either. All else narrows what a list is about. */
+/**
+ * Whether an extension may be critical: list number, issuer key, reason code, invalidity date. They do not affect the
+ * verdict. Any other extension may limit the scope of a list.
+ */
 bool is_understood(const std::string& oid) {
     return oid == "2.5.29.20" || oid == "2.5.29.35" || oid == "2.5.29.21" || oid == "2.5.29.24";
 }

@@ -1,4 +1,4 @@
-// Lists of revoked certificates (RFC 5280, section 5).
+// Reads certificate revocation lists (RFC 5280, section 5).
 #ifndef VRX_DOCUMENTS_REVOCATION_HPP
 #define VRX_DOCUMENTS_REVOCATION_HPP
 
@@ -15,17 +15,17 @@ struct Revoked {
     Time since;
 };
 
-/** All parts are those of the octets that were read. */
+/** A revocation list. All parts refer to the octets that were read. */
 struct RevocationList : Signed {
     Part issuer_octets;
     std::string issuer;
     Time this_update;
     std::optional<Time> next_update;
     std::vector<Revoked> revoked;
-    std::string not_understood;  // a critical extension, dotted; empty when there is none
+    std::string not_understood;  // an unsupported critical extension, dotted, or empty
 };
 
-/** Read a list in DER, and nothing after it; false when it is not well formed. */
+/** Read a list in DER; false if it is malformed or anything follows it. */
 bool read_revocation_list(Part octets, RevocationList& list);
 
 }  // namespace vrx::documents

@@ -1,4 +1,4 @@
-// Points in time, as certificates and people write them. All are UTC.
+// Reads points in time from certificates and from the command line. All are in UTC.
 #ifndef VRX_DOCUMENTS_TIME_HPP
 #define VRX_DOCUMENTS_TIME_HPP
 
@@ -10,16 +10,16 @@
 
 namespace vrx::documents {
 
-/** "2005-08-16 14:18:20". In this form the order of texts is the order of times. */
+/** A time such as "2005-08-16 14:18:20". Comparing the strings compares the times. */
 using Time = std::string;
 
-/** Read a Time (RFC 5280, section 4.1.2.5); nothing when it is not well formed, or no moment of the calendar. */
+/** Read a Time (RFC 5280, section 4.1.2.5); std::nullopt if it is malformed or not a valid date and time. */
 std::optional<Time> read_time(der::Reader& reader);
 
-/** "2005-08-16", "2005-08-16 14:18:20" or "2005-08-16T14:18:20Z"; nothing for anything else. */
+/** Parse "2005-08-16", "2005-08-16 14:18:20" or "2005-08-16T14:18:20Z"; std::nullopt for anything else. */
 std::optional<Time> time_of(std::string_view text);
 
-/** The time of now. */
+/** The current time. */
 Time now();
 
 }  // namespace vrx::documents

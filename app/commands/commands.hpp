@@ -1,4 +1,4 @@
-// The commands of the program, each in the file of its name.
+// Declares the commands of the program; each is defined in the file of the same name.
 #ifndef VRX_APP_COMMANDS_HPP
 #define VRX_APP_COMMANDS_HPP
 

@@ -14,9 +14,9 @@ namespace {
 constexpr std::size_t shortest_salt = 8;
 constexpr std::uint64_t fewest_iterations = 10'000;
 
-/** A derivation but for the password. */
+/** The parameters of a derivation, without the password. */
 struct Derivation {
-    bool pkcs12;  // as PKCS #12 does it, else PBKDF2
+    bool pkcs12;  // PKCS #12 if true, PBKDF2 otherwise
     Octets salt;
     std::uint64_t iterations;
     std::int32_t id;
@@ -75,7 +75,7 @@ void warn_of_weak_choices(const Derivation& choice) {
 void derive(const Derivation& choice, SecretBytes& password, std::span<std::uint8_t> out) {
     const std::span<const std::uint8_t> given = password.bytes();
     if (choice.pkcs12)
-        // The parameter set is always the default one; an identifier has to be there.
+        // The function needs an identifier, but always uses the default parameter set.
         check("the derivation", GOSTR3411_PBA_Derive(given.data(), static_cast<std::int32_t>(given.size()),
                                                      choice.salt.data(), static_cast<std::int32_t>(choice.salt.size()),
                                                      choice.iterations, choice.id, VRX_PAR_HASH_1_OID, VRX_PAR_OID_SIZE,
@@ -86,7 +86,7 @@ void derive(const Derivation& choice, SecretBytes& password, std::span<std::uint
                                                        VRX_PAR_HASH_1_OID, VRX_PAR_OID_SIZE, out.data(), out.size()));
 }
 
-/** Digits and a newline, which are as secret as the key. */
+/** Write the key in hexadecimal with a newline. The digits are as secret as the key. */
 void write_hex(Output& output, std::span<const std::uint8_t> key) {
     const std::size_t size = 2 * key.size() + 1;
     const SecretPages pages(size);
@@ -120,7 +120,7 @@ int run(const Command& self, int argc, char** argv) {
     const Derivation derivation = app::derivation(self, choice);
     check_usage(self, password_choice);
     warn_of_weak_choices(derivation);
-    Output output = out == "-" ? Output(out) : Output(out, NewPrivateFile{});  // before anybody types in vain
+    Output output = out == "-" ? Output(out) : Output(out, NewPrivateFile{});  // fail before the user types a password
     SecretBytes password;
     get_password(password_choice, password);
     const SecretPages pages(derivation.length);

@@ -13,10 +13,10 @@
 namespace vrx::app {
 namespace {
 
-/** What is said about a file: a sentence, then lines of facts. Secrets do not come here. */
+/** The report on a file: a sentence, followed by lines of facts. It never contains secrets. */
 class Report {
 public:
-    /** Say what the file is; of several sentences the first counts. */
+    /** Set the sentence that says what the file is; later calls have no effect. */
     void is(const std::string& what) {
         if (what_.empty()) what_ = what;
     }
@@ -53,7 +53,7 @@ std::string cipher_name(const vrx_gost28147_par& set) {
     return identified(short_names[index], set.name, set.str_oid);
 }
 
-/** The curve and the other parameter sets of a key. */
+/** Add the curve and the other parameter sets of a key. */
 void add_parameters(Report& report, const Algorithm& algorithm) {
     if (algorithm.curve != nullptr)
         report.fact("curve", identified(curve_name(*algorithm.curve), full_curve_name(*algorithm.curve),
@@ -64,7 +64,7 @@ void add_parameters(Report& report, const Algorithm& algorithm) {
 
 using Digest = std::array<std::uint8_t, VRX_HASH_SIZE>;
 
-/** GOST R 34.11-94 with the parameter set CryptoPro. */
+/** Hash with GOST R 34.11-94 and the parameter set CryptoPro. */
 Digest digest_of(std::span<const std::uint8_t> octets) {
     Digest digest;
     GOSTR3411_CTX context;
@@ -74,7 +74,10 @@ Digest digest_of(std::span<const std::uint8_t> octets) {
     return digest;
 }
 
-/** The digest of the key as 'vrx pubkey --format der' writes it: the same for a key, its pair and their certificate. */
+/**
+ * Add the digest of the public key in DER, as 'vrx pubkey --format der' writes it. It is the same for a private key,
+ * its public key and its certificate.
+ */
 void add_fingerprint(Report& report, const PublicKey& key) {
     KeyForm form;
     form.format = "der";
@@ -83,7 +86,7 @@ void add_fingerprint(Report& report, const PublicKey& key) {
     report.fact("fingerprint", to_hex(digest_of(info.bytes())) + " (of the public key)");
 }
 
-/** Who can read a secret. */
+/** Add who can read a file that holds a secret. */
 void add_access(Report& report, const Input& file) {
     if (!S_ISREG(file.mode())) return;
     report.fact("access", (file.mode() & 077) == 0 ? "its owner alone"
@@ -94,7 +97,7 @@ std::string written_as(const std::string& label, const char* structure) {
     return std::string(label.empty() ? "DER, " : "PEM, ") + structure;
 }
 
-/** The facts about a private key, also one of raw octets; false when its number is none. */
+/** Add the facts about a private key in any format; false if its number is invalid. */
 bool add_private_key(Report& report, const Input& file, const EcParamSet& curve, const PrivateOctets& octets) {
     Secret<PrivateKey> key;
     if (!make_private_key(curve, octets, *key)) {
@@ -116,13 +119,13 @@ bool add_public_key(Report& report, const EcParamSet& curve, const PublicOctets&
     return true;
 }
 
-/** The curve that a file names, or that of --curve, or nullptr. */
+/** The curve that a file names, else the curve of --curve, else nullptr. */
 const EcParamSet* curve_of(const Algorithm& algorithm, const std::optional<std::string>& option) {
     if (algorithm.curve != nullptr || !option) return algorithm.curve;
     return &curve_by_name(*option);
 }
 
-/** What a file is where a structure was read, but not all of it is known. */
+/** Describe a file whose structure is valid but whose algorithm or parameters are unknown. */
 std::string foreign(const char* what, const Algorithm& algorithm) {
     const bool parameters = algorithm.oid == gost_key_oid;
     return what + (parameters ? " of GOST R 34.10-2001 with parameters that are not known here"
@@ -198,7 +201,7 @@ void inspect_certificate(Report& report, const std::string& label, std::span<con
     report.fact("signature", algorithm_name(certificate.signature_oid) + checked);
 }
 
-/** The content of a file that is one PEM block or one DER element. */
+/** Inspect a file that is one PEM block or one DER element. */
 void inspect_structure(Report& report, const Input& file, const std::string& label,
                        std::span<const std::uint8_t> octets, const std::optional<std::string>& option) {
     const auto may_be = [&](const char* wanted) { return label.empty() || label == wanted; };
@@ -216,7 +219,7 @@ void inspect_structure(Report& report, const Input& file, const std::string& lab
     }
 }
 
-/** How bytes are written. The numeric form of S-boxes has the low half of a byte first, their text the first digit. */
+/** How the bytes of a file are encoded. In bytes, S-boxes have the low nibble first; in digits, the high one. */
 struct Form {
     const char* name;
     bool low_half_first;
@@ -226,7 +229,7 @@ constexpr Form as_bytes{"bytes", true};
 constexpr Form as_digits{"hexadecimal digits", false};
 constexpr Form as_base64{"base64", true};
 
-/** The built-in curves that a point lies on, by name. */
+/** Find the built-in curves that a point lies on. */
 std::vector<const EcParamSet*> curves_with(const PublicOctets& octets) {
     std::vector<const EcParamSet*> found;
     PublicKey key;
@@ -250,7 +253,7 @@ void inspect_raw_public_key(Report& report, const Form& form, const PublicOctets
     if (curves.size() == 1) add_public_key(report, *curves.front(), octets);
 }
 
-/** The text form of S-boxes, when each of the eight is a permutation; else nothing. */
+/** The S-boxes as text if each of the eight is a permutation, otherwise an empty string. */
 std::string sboxes_of(const Form& form, std::span<const std::uint8_t> octets) {
     std::string text;
     std::array<std::uint32_t, 8> seen{};
@@ -275,7 +278,7 @@ void inspect_sboxes(Report& report, const Form& form, const std::string& text) {
     built_in(hash_tables, hash_TZ_by_name);
 }
 
-/** 64 bytes that are nothing else: r and s below the order of a curve are what a signature is. */
+/** Inspect 64 bytes that fit nothing else as a signature: r and s must be below the order of a curve. */
 void inspect_signature(Report& report, const Form& form, const PublicOctets& octets) {
     EcSignature signature;
     check("the signature", ecLoadSignValue(octets.data(), &signature));
@@ -324,14 +327,14 @@ void inspect_32(Report& report, const Input& file, const Form& form, std::span<c
     add_private_key(report, file, curve, *octets);
 }
 
-/** Bytes without a structure: only their number tells. */
+/** Inspect bytes without a structure, by their number. */
 void inspect_bytes(Report& report, const Input& file, const Form& form, std::span<const std::uint8_t> bytes,
                    const std::optional<std::string>& option) {
     if (bytes.size() == VRX_KEY_SIZE) inspect_32(report, file, form, bytes, option);
     if (bytes.size() == VRX_SIGNATURE_SIZE) inspect_64(report, form, bytes, option);
 }
 
-/** Find out what a file is. The content is decoded in its place. */
+/** Find out what a file is. The content is decoded in place. */
 Report inspect(const Input& file, SecretBytes& content, const std::optional<std::string>& option) {
     Report report;
     if (content.text().find("-----BEGIN ") != std::string_view::npos) {
@@ -357,7 +360,7 @@ Report inspect(const Input& file, SecretBytes& content, const std::optional<std:
     return report;
 }
 
-/** @return whether it is known what the file is, and it has no fault. */
+/** @return whether the file was recognized and has no fault. */
 bool inspect_file(const std::string& path, const std::optional<std::string>& option, Output& output) {
     Input file(path);
     SecretBytes content;
@@ -379,7 +382,7 @@ int run(const Command& self, int argc, char** argv) {
         self, {text_option("curve", 'c', "CURVE", "the curve of a raw key, or of a certificate without one", curve)},
         std::numeric_limits<std::size_t>::max(), argc, argv);
     if (!operands) return exit_done;
-    if (curve) curve_by_name(*curve);  // refuse a wrong name before the first file
+    if (curve) curve_by_name(*curve);  // reject an unknown name before reading any file
     Output output("-");
     int code = exit_done;
     for (const std::string& path : operands->empty() ? std::vector<std::string>{"-"} : *operands) {

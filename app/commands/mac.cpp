@@ -16,7 +16,7 @@ Octets mac_of(Cipher& cipher, Input& input, Piece& piece) {
         cipher.absorb(data);
         empty = false;
     });
-    // With no block processed the state does not depend on the key, so anybody could make this MAC.
+    // Before the first block the state does not depend on the key, so anyone could forge this MAC.
     if (empty) throw NoValue(input.shown() + " is empty, and an empty message has no MAC");
     const Block mac = cipher.finish_mac();
     return {mac.begin(), mac.end()};

@@ -15,7 +15,7 @@ std::string padded(std::string_view text, std::size_t width) {
     return column + "  ";
 }
 
-/** The parameter sets that use a table, by short name. */
+/** List the short names of the parameter sets that use a table. */
 std::string users_of(const vrx_tz* table) {
     std::string users;
     const auto add = [&](const char* name) { users += (users.empty() ? "" : ", ") + std::string(name); };
@@ -64,10 +64,10 @@ std::string table() {
     return text;
 }
 
-/** JSON, member by member. All texts are names of the library: letters, digits, and no quotation marks. */
+/** Writes JSON, member by member. No escaping is needed: all strings are names from the library. */
 class Json {
 public:
-    /** Begin an object or an array; the members of an array have no key. */
+    /** Open an object or an array. The key is nullptr for a member of an array. */
     Json& open(const char* key, char bracket) {
         begin(key);
         text_ += bracket;

@@ -26,10 +26,10 @@ using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
 constexpr std::uint32_t data_size = 64 * 1024;
-constexpr std::uint32_t iterations = 100;  // of PBKDF2 in one call
+constexpr std::uint32_t iterations = 100;  // of PBKDF2 per call
 constexpr int slices = 5;
 
-/** Something to be measured: a call, and how much of the group's unit one call does. */
+/** A call to measure, and the amount that it processes, in the unit of its group. */
 struct Measured {
     std::string name;
     double amount;
@@ -42,7 +42,7 @@ struct MeasuredGroup {
     std::vector<Measured> rows;
 };
 
-/** What the calls work on. */
+/** Inputs and outputs of the measured calls, except signatures. */
 struct Work {
     Key key;
     std::array<std::uint8_t, VRX_BLOCK_SIZE> iv;
@@ -54,7 +54,7 @@ struct Work {
     std::array<std::uint8_t, VRX_NUM_TZ_SIZE> numeric;
 };
 
-/** What signing works on, for one curve. */
+/** The key pair, digest and signature for measurements on one curve. */
 struct Pair {
     const EcParamSet* set;
     std::uint32_t d[VRX_ECC_DIGITS];
@@ -63,11 +63,11 @@ struct Pair {
     EcSignature signature;
 };
 
-/** The most that was done in a second, by the fastest of a few slices of the time: the others were disturbed more. */
+/** The rate per second in the fastest of several time slices. Other processes slowed the rest. */
 double rate_of(const Measured& row, Seconds time) {
     const Seconds slice = time / slices;
     double best = 0;
-    std::uint64_t burst = 1;  // calls between two looks at the clock, which takes as long as the shortest calls
+    std::uint64_t burst = 1;  // calls per clock reading, which costs as much as a short call
     for (int i = 0; i < slices; ++i) {
         double calls = 0;
         Seconds passed{};
@@ -182,7 +182,7 @@ MeasuredGroup small_work(Work& work) {
              {"S-boxes expanded into a table", 1e-3, deploy}}};
 }
 
-/** The curves whose numbers differ, and a key pair on each; signed once, so that there is something to verify. */
+/** A key pair and a signature to verify on each curve, without curves that repeat the numbers of another. */
 std::vector<Secret<Pair>> pairs() {
     std::vector<Secret<Pair>> result(4);
     for (std::size_t i = 0; i < result.size(); ++i) {
@@ -195,7 +195,7 @@ std::vector<Secret<Pair>> pairs() {
     return result;
 }
 
-/** The processor's name for itself. */
+/** The CPU model name, from CPUID. */
 std::string processor() {
     std::array<unsigned, 12> words{};
     for (unsigned i = 0; i < 3; ++i) {
@@ -210,7 +210,7 @@ std::string processor() {
     return name.empty() ? "unknown" : name;
 }
 
-/** "cipher vbmi, hash baseline, ...": the engines that the library chooses on this processor. */
+/** The engines that the library selects on this CPU: "cipher vbmi, hash baseline, ...". */
 std::string engines_here() {
     const std::uint32_t features = cpu::features();
     std::string text;
@@ -222,7 +222,7 @@ std::string engines_here() {
     return text;
 }
 
-/** The same, with what each of them needs. */
+/** The same, with the CPU features that each engine needs. */
 std::string explained_engines() {
     const std::uint32_t features = cpu::features();
     std::string text;
@@ -236,7 +236,7 @@ std::string explained_engines() {
     return text;
 }
 
-/** A line on a terminal that says what is measured; nothing where standard error is none. */
+/** Shows on standard error what is being measured, if that is a terminal. */
 class Status {
 public:
     explicit Status(std::size_t total) : total_(total) {}

@@ -16,10 +16,10 @@
 namespace vrx::app {
 namespace {
 
-/** Of a signature file in bytes: base64 with room for newlines. */
+/** The maximum size of a signature file in bytes: base64, with room for newlines. */
 constexpr std::size_t longest_signature = 1024;
 
-/** A signature file in one of the three forms, which its length tells apart. */
+/** Load a signature file. Its length distinguishes the three formats. */
 EcSignature load_signature(const std::string& path) {
     Input file(path);
     const auto other_form = [&file] {
@@ -54,7 +54,7 @@ struct Signer {
     std::string set;
 };
 
-/** What the user said about certificates. */
+/** The user's options for certificates. */
 struct Trust {
     std::optional<std::string> certificate;
     std::vector<std::string> authorities;
@@ -62,7 +62,7 @@ struct Trust {
     std::optional<std::string> time;
 };
 
-/** Read the key from a key file or from a certificate, which may name the parameter set. */
+/** Load the key from a key file or a certificate; a certificate may also name the parameter set of the hash. */
 void load_signer(const std::optional<std::string>& key_path, const Trust& trust, const KeyForm& form,
                  const std::optional<std::string>& set, Signer& signer) {
     signer.set = set.value_or(default_hash_set);
@@ -74,7 +74,7 @@ void load_signer(const std::optional<std::string>& key_path, const Trust& trust,
     if (!set && signer.certified.hash != nullptr) signer.set = signer.certified.hash->str_oid;
 }
 
-/** The value of --time: nothing for any. */
+/** The value of --time; std::nullopt for "any". */
 std::optional<documents::Time> time_of(const Command& self, const Trust& trust) {
     if (!trust.time) return documents::now();
     if (trust.time == "any") return std::nullopt;
@@ -85,11 +85,11 @@ std::optional<documents::Time> time_of(const Command& self, const Trust& trust) 
     return time;
 }
 
-/** What came out about a certificate. */
+/** The verdict on a certificate. */
 struct Trusted {
     documents::Fault fault;
     std::string chain;  // "valid", "not-valid" or "unchecked"
-    std::string root;   // who is trusted at its end
+    std::string root;   // the trusted certificate at its end
 };
 
 Trusted check_certificate(const Signer& signer, const Trust& trust, const std::optional<documents::Time>& time) {
@@ -106,7 +106,7 @@ Trusted check_certificate(const Signer& signer, const Trust& trust, const std::o
         const Content found = documents::read_certificate(octets, authority);
         if (found == Content::other)
             throw Failure("a certificate of an authority is not well formed; 'vrx inspect' shows which");
-        if (found == Content::known) authorities.certificates.push_back(authority);  // others cannot be in the chain
+        if (found == Content::known) authorities.certificates.push_back(authority);  // skip unsupported ones
     }
     std::vector<Octets> lists;
     for (const std::string& path : trust.lists) load_revocation_lists(path, lists);
@@ -141,7 +141,7 @@ Octets gost_of(std::span<const std::uint8_t> octets) {
     return digest;
 }
 
-/** Lines about a certificate, each of a name and a value. */
+/** The facts about a certificate, as pairs of name and value. */
 std::vector<std::pair<const char*, std::string>> certificate_lines(const Signer& signer) {
     const documents::Certificate& certificate = signer.certified.certificate;
     return {{"subject", certificate.subject},         {"issuer", certificate.issuer},
@@ -150,7 +150,7 @@ std::vector<std::pair<const char*, std::string>> certificate_lines(const Signer&
             {"not-after", certificate.not_after}};
 }
 
-/** Lines for programs: a word, a blank, and the rest of the line is the value. */
+/** Format the machine-readable status: in each line a keyword, a blank and a value. */
 std::string status_text(bool signature, const Signer& signer, const Trust& trust, const Trusted& trusted,
                         const std::optional<documents::Time>& time) {
     const auto word = [](bool valid) { return valid ? "valid" : "not-valid"; };

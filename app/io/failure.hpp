@@ -1,4 +1,4 @@
-// What goes wrong, and how the user hears of it.
+// Errors, exit codes, and messages to the user.
 #ifndef VRX_APP_FAILURE_HPP
 #define VRX_APP_FAILURE_HPP
 
@@ -11,17 +11,17 @@ namespace vrx::app {
 /** Exit codes of the program. */
 enum ExitCode : int {
     exit_done = 0,
-    exit_check_failed = 1,  // a MAC does not match, a list has a line that is not understood
-    exit_trouble = 2        // wrong use, or an input/output error
+    exit_check_failed = 1,  // e.g. a MAC does not match, or a list has a malformed line
+    exit_trouble = 2        // a usage error or an input/output error
 };
 
-/** Wrong use or an input/output error. The text is one sentence for the user, without its full stop. */
+/** A usage error or an input/output error. The text is one sentence for the user, without the full stop. */
 class Failure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/** A Failure of the operating system: what could not be done, the reason, and for common reasons what to do. */
+/** An operating system error. The text says what failed and why, and for common errors what to do. */
 class SystemFailure : public Failure {
 public:
     SystemFailure(const std::string& what, int error);
@@ -31,13 +31,13 @@ private:
     int error_;
 };
 
-/** The system's random bytes fail or repeat: throw a Failure that says so. */
+/** Throw a Failure that reports missing or repeating random bytes of the operating system. */
 [[noreturn]] void throw_bad_randomness();
 
-/** Throw a Failure unless a call of the library was successful. @param what  what the library was to do, "the hash". */
+/** Throw a Failure if a library call returned an error. @param what  names the operation, e.g. "the hash". */
 void check(const char* what, int code);
 
-/** Write one sentence, in one piece or two, to standard error, marked as this program's. Allocates nothing. */
+/** Write a sentence, given in one or two parts, to standard error after the program's name. Allocates no memory. */
 void say(std::string_view sentence, std::string_view more = "");
 
 }  // namespace vrx::app

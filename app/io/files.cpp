@@ -21,16 +21,16 @@
 namespace vrx::app {
 namespace {
 
-// The file that a deadly signal has to remove, or an empty text. Written only while those signals are blocked.
+// The file that a fatal signal must remove, or an empty string. Changed only while those signals are blocked.
 std::array<char, NAME_MAX + 1> unfinished_file;
 int unfinished_folder = -1;
 
 extern "C" void remove_unfinished_file(int signal) {
     if (unfinished_file[0] != '\0') unlinkat(unfinished_folder, unfinished_file.data(), 0);
-    raise(signal);  // The handler is gone by now: the signal ends the program as soon as this function returns.
+    raise(signal);  // SA_RESETHAND removed the handler, so the signal ends the program when this function returns.
 }
 
-/** Holds all signals back in a scope. */
+/** Blocks all signals within a scope. */
 class SignalsBlocked {
 public:
     SignalsBlocked() {
@@ -46,7 +46,7 @@ private:
     sigset_t before_{};
 };
 
-/** To be called while signals are blocked. An empty name: there is none any more. */
+/** Set the file that a fatal signal removes; an empty name clears it. Call this only while signals are blocked. */
 void set_unfinished_file(int folder, const std::string& name) {
     unfinished_folder = folder;
     unfinished_file.fill('\0');
@@ -55,7 +55,7 @@ void set_unfinished_file(int folder, const std::string& name) {
     const auto catch_signal = [](int signal) {
         struct sigaction action {};
         sigaction(signal, nullptr, &action);
-        if (action.sa_handler != SIG_DFL) return;  // ignored by wish of the user (nohup), or ours already
+        if (action.sa_handler != SIG_DFL) return;  // ignored by the user (nohup), or already ours
         action.sa_handler = remove_unfinished_file;
         action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
@@ -64,7 +64,7 @@ void set_unfinished_file(int folder, const std::string& name) {
     for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) catch_signal(signal);
 }
 
-/** A name that nobody else is likely to have taken. */
+/** A random name that is unlikely to exist. */
 std::string temporary_name() {
     constexpr std::string_view letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
     static std::uint32_t state = 0;
@@ -170,7 +170,7 @@ void Output::refuse_inputs(const struct stat& status, const std::vector<FileId>&
 void Output::open_held() {
     fd_ = open_in(place_->folder(), ".", O_TMPFILE | O_WRONLY, 0600);
     if (fd_ < 0) return open_named();
-    // The name comes by way of the process file system. Where that is not mounted, there has to be one from the start.
+    // Naming the file later takes /proc. If it is not mounted, create the file with a temporary name instead.
     if (access(own_link(fd_).c_str(), F_OK) == 0) return;
     close(std::exchange(fd_, -1));
     open_named();
@@ -192,7 +192,7 @@ Output::Output(const std::string& path, NewPrivateFile) : shown_(in_quotes(path)
     place_.emplace(path, shown_, false);
     if (place_->existing()) refuse_existing();
     open_held();
-    fchmod(fd_, 0600);  // whatever the umask; should it fail, the permissions are fewer, never more
+    fchmod(fd_, 0600);  // overrides the umask; if this fails, the permissions are stricter
 }
 
 void Output::refuse_existing() const {
@@ -216,7 +216,7 @@ void Output::write(std::span<const std::uint8_t> data) {
         else if (errno != EINTR)
             throw SystemFailure("cannot write " + shown_, errno);
     }
-    // The disk begins its work now, while the processor goes on; commit() then has little to wait for. A hint only.
+    // Start writing to disk now, so that commit() has little left to wait for. This is only a hint.
     constexpr std::uint64_t flush_step = 8 * 1024 * 1024;
     if (place_ && written_ - flushed_ >= flush_step) {
         sync_file_range(fd_, static_cast<off_t>(flushed_), static_cast<off_t>(written_ - flushed_),
@@ -239,7 +239,7 @@ int Output::link_to(const char* name) const {
     return linkat(AT_FDCWD, own_link(fd_).c_str(), place_->folder(), name, AT_SYMLINK_FOLLOW);
 }
 
-/** The file keeps owner and permissions of the one that it replaces. Giving it away is a privilege. */
+/** Give the file the owner and permissions of the file that it replaces. Only root may change the owner. */
 void Output::take_owner_and_mode() {
     if (is_private_) return;
     const bool replaces = place_->existing() && place_->is_unchanged();
@@ -249,12 +249,12 @@ void Output::take_owner_and_mode() {
         throw SystemFailure("cannot set the permissions of " + shown_, errno);
 }
 
-/** Give the file its name. Signals are blocked, so that no temporary name is left. */
+/** Give the file its name. Signals must be blocked, so that no temporary name is left behind. */
 void Output::name_held() {
     const int folder = place_->folder();
     int result = -1;
     if (temporary_.empty()) {
-        // A name that is free can be taken at once. In place of another file it is taken by way of a temporary one.
+        // Link the file directly if the name is free. To replace a file, link to a temporary name, then rename.
         result = link_to(place_->name());
         if (result == 0) return;
         if (is_private_ && errno == EEXIST) refuse_existing();
@@ -273,7 +273,7 @@ void Output::name_held() {
         return;
     }
     result = renameat2(folder, temporary_.c_str(), folder, place_->name(), RENAME_NOREPLACE);
-    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {  // some file systems know links instead
+    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {  // not supported: link instead
         result = linkat(folder, temporary_.c_str(), folder, place_->name(), 0);
         if (result == 0) unlinkat(folder, temporary_.c_str(), 0);
     }
@@ -289,11 +289,11 @@ void Output::commit() {
     const SignalsBlocked blocked;
     if (!temporary_.empty()) close_checked();
     name_held();
-    // The file is there: from here on nothing may fail.
+    // The file exists: from here on nothing may fail.
     temporary_.clear();
     set_unfinished_file(-1, "");
     if (fd_ >= 0) close(std::exchange(fd_, -1));
-    // The name is permanent once its folder is; where folders cannot be synced the data itself is safe already.
+    // Syncing the folder makes the name permanent. The data is safe even where folders cannot be synced.
     const Descriptor folder(open_in(place_->folder(), ".", O_RDONLY | O_DIRECTORY));
     if (folder.is_open()) fsync(folder.get());
 }
@@ -301,7 +301,8 @@ void Output::commit() {
 void occupy_standard_streams() {
     for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(fd, F_GETFD) >= 0 || errno != EBADF) continue;
-        // Opened the wrong way round, so that using the stream still fails. The lowest free descriptor is this one.
+        // Open it in the opposite direction, so that using the stream still fails. open() returns the lowest free
+        // descriptor.
         if (open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) != fd) std::_Exit(exit_trouble);
     }
 }

@@ -1,4 +1,4 @@
-// Input and output of a command: files, standard streams, pipes, devices.
+// Input and output of commands: files, standard streams, pipes, devices.
 #ifndef VRX_APP_FILES_HPP
 #define VRX_APP_FILES_HPP
 
@@ -16,42 +16,42 @@
 namespace vrx::app {
 
 /**
- * Bytes that are read, processed and written at a time. Reading is fastest from 64 KiB to 1 MiB, while a piece stays in
- * the second-level cache.
+ * The number of bytes to read, process and write at a time. Reading is fastest with 64 KiB to 1 MiB, as long as a piece
+ * fits in the L2 cache.
  */
 inline constexpr std::size_t piece_size = 256 * 1024;
 
 /** A buffer for one piece. */
 using Piece = std::vector<std::uint8_t>;
 
-/** What makes two names the same file. */
+/** The identity of a file: equal for two names of the same file. */
 struct FileId {
     dev_t device;
     ino_t inode;
     bool operator==(const FileId&) const = default;
 };
 
-/** A file that is read from its beginning to its end. */
+/** A file that is read sequentially. */
 class Input {
 public:
     /** Open a file; "-" is standard input. */
     explicit Input(const std::string& path);
-    /** Take over a descriptor that is open. @param shown  what messages call it. */
+    /** Take ownership of an open descriptor. @param shown  its name in messages. */
     Input(int fd, std::string shown);
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
     ~Input();
 
-    /** Read what is there, at least one byte; 0 at the end. */
+    /** Read the available bytes, at least one; 0 at the end of the file. */
     [[nodiscard]] std::size_t read(std::span<std::uint8_t> buffer);
     /** Read until the buffer is full or the file ends. */
     [[nodiscard]] std::size_t read_full(std::span<std::uint8_t> buffer);
 
-    /** For messages: the name between quotation marks, or "standard input". */
+    /** The name in messages: in quotation marks, or "standard input". */
     [[nodiscard]] const std::string& shown() const { return shown_; }
     [[nodiscard]] FileId id() const { return {status_.st_dev, status_.st_ino}; }
     [[nodiscard]] mode_t mode() const { return status_.st_mode; }
-    /** Bytes from here to the end, where that is known before reading: in a regular file. */
+    /** The number of bytes left to read, if the input is a regular file. */
     [[nodiscard]] std::optional<std::uint64_t> remaining() const { return remaining_; }
 
 private:
@@ -64,22 +64,21 @@ private:
 struct NewPrivateFile {};
 
 /**
- * A file that appears whole or not at all.
+ * A file that is written atomically.
  *
- * Data goes to a file without a name in the folder of the target, or where the file system has no such files to a
- * temporary one; commit() gives it the name. Without a commit (an exception, or a signal that ends the program) it goes
- * away, and what was there before stays. Standard output, pipes and devices cannot be held back: they are written
- * directly.
+ * Data goes to an unnamed file in the folder of the target, or to a temporary file if the file system does not support
+ * unnamed ones. commit() gives it its name. Without a commit, after an exception or a fatal signal, the new file
+ * disappears and the old one stays. Standard output, pipes and devices are written directly.
  */
 class Output {
 public:
     /**
      * Write to a file; "-" is standard output.
      *
-     * @param inputs  files that the command reads: the output may be none of them.
+     * @param inputs  the files that the command reads, which must not include the output.
      */
     explicit Output(const std::string& path, const std::vector<FileId>& inputs = {});
-    /** Create a file that only its owner can read, and that must not exist yet, neither now nor at the end. */
+    /** Create a file that only its owner can read. It must not exist, neither now nor at commit(). */
     Output(const std::string& path, NewPrivateFile);
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
@@ -87,7 +86,7 @@ public:
 
     void write(std::span<const std::uint8_t> data);
     void write(std::string_view text);
-    /** Everything is written: make the file permanent. Nothing may be written afterwards. */
+    /** Make the file permanent. Do not write afterwards. */
     void commit();
 
 private:
@@ -101,15 +100,15 @@ private:
     int link_to(const char* name) const;
 
     std::string shown_;
-    std::optional<Place> place_;  // where the file appears; nothing when writing directly
+    std::optional<Place> place_;  // of the file; std::nullopt when writing directly
     int fd_ = -1;
-    bool is_private_ = false;  // for its owner alone, and never in the place of another file
-    std::string temporary_;    // the name until the file has its own; empty for a file without one
+    bool is_private_ = false;  // readable by its owner only; never replaces a file
+    std::string temporary_;    // the temporary name; empty for an unnamed file
     std::uint64_t written_ = 0;
-    std::uint64_t flushed_ = 0;  // of them on their way to the disk
+    std::uint64_t flushed_ = 0;  // bytes that are being written to disk
 };
 
-/** Make sure that descriptors 0, 1 and 2 are taken, so that no file that is opened later becomes a standard stream. */
+/** Open descriptors 0, 1 and 2 if they are closed, so that no other file becomes a standard stream. */
 void occupy_standard_streams();
 
 }  // namespace vrx::app

@@ -1,4 +1,4 @@
-// Reading an input piece by piece.
+// Reads an input piece by piece.
 #ifndef VRX_APP_PIECES_HPP
 #define VRX_APP_PIECES_HPP
 
@@ -7,7 +7,7 @@
 
 namespace vrx::app {
 
-/** Hand an input to `take` as it comes, in pieces of at least one byte, and show the progress. */
+/** Pass an input to `take` in pieces of at least one byte, as they arrive, and show the progress. */
 template <typename Take>
 void for_each_piece(Input& input, Piece& piece, const Take& take) {
     Progress progress(input);

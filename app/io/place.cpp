@@ -16,7 +16,7 @@
 namespace vrx::app {
 namespace {
 
-constexpr int most_links = 40;  // as many as the kernel follows
+constexpr int most_links = 40;  // the kernel's limit
 
 bool is_process_file_system(int folder) {
     struct statfs status {};
@@ -75,7 +75,7 @@ void Place::look(const std::string& shown) {
         throw SystemFailure("cannot write " + shown, errno);
 }
 
-/** Put the text of a link in the place of the name; false when the link is to be opened as it is. */
+/** Replace the name by the target of the link; false if the link must be opened directly. */
 bool Place::take_link(const std::string& shown) {
     struct stat target {};
     magic_ = is_process_file_system(folder_.get()) && fstatat(folder_.get(), name_.c_str(), &target, 0) == 0 &&

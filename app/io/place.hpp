@@ -1,4 +1,4 @@
-// A name in a folder that is held open.
+// A place for an output file: a name in a folder that stays open.
 #ifndef VRX_APP_PLACE_HPP
 #define VRX_APP_PLACE_HPP
 
@@ -9,7 +9,7 @@
 
 namespace vrx::app {
 
-/** A descriptor that is closed with its scope. */
+/** A file descriptor that is closed at the end of its scope. */
 class Descriptor {
 public:
     Descriptor() = default;
@@ -26,28 +26,27 @@ private:
 };
 
 /**
- * Where a file is to be written. The folder is opened once, and everything else goes by its descriptor and the name
- * alone, without following links: whoever else can write to the folder, or renames it meanwhile, cannot divert what
- * happens here to another file.
+ * The place where a file is to be written. The folder is opened once; all further access uses its descriptor and the
+ * name, and follows no links. Others who can write to the folder, or rename it, cannot redirect that access to another
+ * file.
  */
 class Place {
 public:
     /**
-     * Find the place that a path names. A symbolic link at its end is followed when it belongs to this user or to root.
+     * Resolve a path. A symbolic link at its end is followed if it belongs to this user or to root.
      *
-     * @param shown   the path as messages show it.
-     * @param follow  false where a link at the end is to be found as a link.
+     * @param shown   the path in messages.
+     * @param follow  false to treat a link at the end as the place itself.
      */
     Place(const std::string& path, const std::string& shown, bool follow);
 
     [[nodiscard]] int folder() const { return folder_.get(); }
     [[nodiscard]] const char* name() const { return name_.c_str(); }
-    /** What is there now: nothing, or what an open descriptor says of it. */
+    /** The status of the existing file, from an open descriptor; std::nullopt if there is none. */
     [[nodiscard]] const std::optional<struct stat>& existing() const { return existing_; }
-    /** Whether what was there at first is still there. */
+    /** Whether the file found at first still has this name. */
     [[nodiscard]] bool is_unchanged() const;
-    /** Whether the path leads through a link of the process file system to a pipe or another open file without a name.
-     */
+    /** Whether the path is a link in /proc to a pipe or another open file without a name. */
     [[nodiscard]] bool is_magic() const { return magic_; }
 
 private:
@@ -60,7 +59,7 @@ private:
     bool magic_ = false;
 };
 
-/** open() relative to a folder, repeated when a signal interrupts it; never the terminal of the process. */
+/** openat() that retries after signals and never acquires a controlling terminal. */
 int open_in(int folder, const char* name, int flags, mode_t mode = 0);
 
 }  // namespace vrx::app

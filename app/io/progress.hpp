@@ -1,4 +1,4 @@
-// A progress bar on a terminal.
+// Shows a progress bar on the terminal.
 #ifndef VRX_APP_PROGRESS_HPP
 #define VRX_APP_PROGRESS_HPP
 
@@ -11,7 +11,7 @@
 
 namespace vrx::app {
 
-/** Shows how much of an input is done, once that takes longer than a second and if standard error is a terminal. */
+/** Shows on standard error, if that is a terminal, how much of an input was processed. Appears after one second. */
 class Progress {
 public:
     explicit Progress(const Input& input);
@@ -20,7 +20,7 @@ public:
     /** Clears the line. */
     ~Progress();
 
-    /** So many bytes more are done. */
+    /** Record that `bytes` more bytes were processed. */
     void advance(std::size_t bytes);
 
 private:

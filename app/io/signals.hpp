@@ -1,4 +1,4 @@
-// The signals after which something has to be put in order.
+// Lists the signals that need cleanup before the program ends.
 #ifndef VRX_APP_SIGNALS_HPP
 #define VRX_APP_SIGNALS_HPP
 
@@ -7,7 +7,7 @@
 
 namespace vrx::app {
 
-/** All signals that end a program and that it can catch, but those of a fault in the program itself. */
+/** All fatal signals that can be caught, except those that a fault in the program raises. */
 inline constexpr std::array deadly_signals{SIGHUP,  SIGINT,    SIGQUIT, SIGPIPE, SIGTERM, SIGALRM, SIGUSR1,
                                            SIGUSR2, SIGVTALRM, SIGPROF, SIGXCPU, SIGIO,   SIGPWR,  SIGSTKFLT};
 

@@ -13,7 +13,7 @@
 namespace vrx::app {
 namespace {
 
-// What a signal has to restore while the terminal is silent.
+// The signal actions and settings to restore while echo is off.
 std::array<struct sigaction, deadly_signals.size()> actions_before;
 struct termios terminal_before;
 int terminal = -1;
@@ -22,7 +22,7 @@ extern "C" void restore_terminal(int signal) {
     tcsetattr(terminal, TCSAFLUSH, &terminal_before);
     for (std::size_t i = 0; i < deadly_signals.size(); ++i)
         if (deadly_signals[i] == signal) sigaction(signal, &actions_before[i], nullptr);
-    raise(signal);  // It waits until this function returns, and then does what it would have done.
+    raise(signal);  // The signal stays pending until this function returns, and then has its original effect.
 }
 
 }  // namespace
@@ -42,7 +42,7 @@ NoEcho::NoEcho(int fd) {
         sigaction(deadly_signals[i], nullptr, &actions_before[i]);
         if (actions_before[i].sa_handler != SIG_IGN) sigaction(deadly_signals[i], &action, nullptr);
     }
-    // A stopped program would leave a silent terminal to the shell.
+    // A stopped program would leave the shell a terminal without echo.
     action.sa_handler = SIG_IGN;
     sigaction(SIGTSTP, &action, &stop_before_);
 

@@ -1,4 +1,4 @@
-// The terminal of the process, apart from its standard streams.
+// Access to the controlling terminal, independent of the standard streams.
 #ifndef VRX_APP_TERMINAL_HPP
 #define VRX_APP_TERMINAL_HPP
 
@@ -7,12 +7,12 @@
 
 namespace vrx::app {
 
-/** Open the terminal. @return a descriptor, or -1 when there is none. */
+/** Open the controlling terminal. @return a descriptor, or -1 if there is none. */
 int open_terminal();
 
 void write_terminal(int fd, std::string_view text);
 
-/** A terminal shows nothing that is typed, as long as this lives. There is one at a time. */
+/** Turns the echo of a terminal off within a scope. Only one may exist at a time. */
 class NoEcho {
 public:
     explicit NoEcho(int fd);

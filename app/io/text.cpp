@@ -64,7 +64,7 @@ std::string_view without_line_end(std::string_view text) {
 }
 
 std::optional<char32_t> take_utf8(std::string_view& text) {
-    constexpr char32_t smallest[] = {0, 0x80, 0x800, 0x10000};  // a character is written in the shortest form
+    constexpr char32_t smallest[] = {0, 0x80, 0x800, 0x10000};  // rejects overlong forms
     const auto first = static_cast<std::uint8_t>(text.front());
     if ((first >= 0x80 && first < 0xC0) || first >= 0xF8) return std::nullopt;
     const std::size_t more = first < 0x80 ? 0 : first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;

@@ -13,47 +13,51 @@ namespace vrx::app {
 
 using Octets = std::vector<std::uint8_t>;
 
-/** The value of a hexadecimal digit of either case; nothing for another character. */
+/** The value of a hexadecimal digit in either case; std::nullopt for any other character. */
 std::optional<unsigned> hex_digit(char c);
 
-/** Octets as lower-case hexadecimal digits. */
+/** Format octets as lower-case hexadecimal digits. */
 std::string to_hex(std::span<const std::uint8_t> octets);
-/** A number as at least two lower-case hexadecimal digits. */
+/** Format a number as at least two lower-case hexadecimal digits. */
 std::string to_hex(std::uint32_t number);
-/** Octets, for secrets: the digits go where the caller says, two for each octet. */
+/** For secrets: write the digits of octets to the caller's buffer, two for each octet. */
 void to_hex(std::span<const std::uint8_t> octets, std::span<char> text);
 
-/** Read exactly two hexadecimal digits for each octet; false when the text is anything else. Both may begin at one
- * place. */
+/**
+ * Decode two hexadecimal digits for each octet; false if the text is malformed or has another length. Both spans may
+ * begin at the same address.
+ */
 [[nodiscard]] bool from_hex(std::string_view text, std::span<std::uint8_t> octets);
 
-/** A decimal number, digits alone; nothing for anything else and for what does not fit. */
+/** Parse a decimal number that consists of digits only; std::nullopt if it is malformed or too large. */
 std::optional<std::uint64_t> to_number(std::string_view text);
 
-/** A text without one newline (LF or CRLF) at its end. */
+/** Strip one trailing newline (LF or CRLF). */
 std::string_view without_line_end(std::string_view text);
 
-/** Take one character in UTF-8 (RFC 3629) from the front of a text that is not empty; nothing, and the text stays as it
- * is, when none begins there. */
+/**
+ * Remove one UTF-8 character (RFC 3629) from the front of a non-empty text. If the text does not begin with a valid
+ * one, return std::nullopt and leave it unchanged.
+ */
 std::optional<char32_t> take_utf8(std::string_view& text);
-/** The characters of a text in UTF-8; an octet that is not UTF-8 is taken for the character of that number. */
+/** Decode UTF-8; an octet that is not valid UTF-8 becomes the code point of that value. */
 std::u32string from_utf8(std::string_view text);
-/** Append a character in UTF-8. */
+/** Append a character, encoded as UTF-8. */
 void append_utf8(std::string& text, char32_t character);
 
 /**
- * Whether a character could deceive a reader of a terminal: controls of C0 and C1, those that change the direction of
- * the text, those that take no room, line separators, surrogates and tags.
+ * Whether a character could deceive the reader of a terminal: C0 and C1 controls, direction controls, zero-width
+ * characters, line separators, surrogates and tags.
  */
 bool is_deceptive(char32_t character);
 
 /**
- * Append what begins at the front of a text: a character, with the octets of one that could deceive as \xHH; or one
- * octet that is not UTF-8, as it is unless a terminal may take it for a control. It is taken off the text.
+ * Move one character from the front of a text to `out`; the octets of a deceptive one become \xHH. An octet that is not
+ * valid UTF-8 is copied unchanged, unless a terminal may take it for a control.
  */
 void append_visible(std::string& out, std::string_view& text);
 
-/** A file name between quotation marks. What could deceive is escaped, quotation marks and backslashes too. */
+/** A file name in quotation marks. Deceptive characters, quotation marks and backslashes are escaped. */
 std::string in_quotes(std::string_view name);
 
 }  // namespace vrx::app

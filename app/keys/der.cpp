@@ -10,13 +10,13 @@ constexpr std::string_view begin = "-----BEGIN ";
 constexpr std::string_view end = "-----END ";
 constexpr std::string_view dashes = "-----";
 constexpr std::size_t pem_width = 64;
-constexpr std::size_t longest_label = 64;  // twice as long as any that RFC 7468 names
+constexpr std::size_t longest_label = 64;  // twice the longest label in RFC 7468
 
 void append_text(SecretBytes& out, std::string_view text) {
     for (const char c : text) out.push_back(static_cast<std::uint8_t>(c));
 }
 
-/** The 6 bits of a base64 character, whatever it is; found by comparing, so that no address depends on a key. */
+/** The 6 bits of a base64 character. Uses comparisons instead of a table, so that no address depends on a key. */
 std::optional<std::uint32_t> sextet(std::uint8_t c) {
     const auto between = [c](char from, char to) { return c >= from && c <= to; };
     if (between('A', 'Z')) return c - std::uint32_t{'A'};
@@ -29,7 +29,7 @@ std::optional<std::uint32_t> sextet(std::uint8_t c) {
 
 bool is_blank(std::uint8_t c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
-/** Take the first line off a text; without its end and the blanks before it. */
+/** Remove the first line from a text and return it without its newline and trailing blanks. */
 std::string_view next_line(std::string_view& text) {
     const std::size_t size = std::min(text.find('\n'), text.size() - 1) + 1;
     std::string_view line = text.substr(0, size);
@@ -63,7 +63,7 @@ bool decode_base64(SecretBytes& text) {
         padding += pad ? 1 : 0;
         group = group << 6 | *bits;
         if (++characters % 4 != 0) continue;
-        // What the padding stands for must be zero, or two texts would mean the same.
+        // The unused bits must be zero; otherwise two texts would encode the same octets.
         if (padding > 0 && (group & ((1U << 8 * padding) - 1)) != 0) return false;
         for (std::size_t i = 0; i < 3 - padding; ++i)
             bytes[written++] = static_cast<std::uint8_t>(group >> (16 - 8 * i));
@@ -104,7 +104,7 @@ std::optional<std::string> decode_pem(SecretBytes& text) {
         } else if (inside && line == last_line) {
             inside = false;
         } else if (inside) {
-            // Moves towards the beginning of the same octets.
+            // This copies towards the front of the same buffer.
             std::ranges::copy(line, text.bytes().begin() + static_cast<std::ptrdiff_t>(size));
             size += line.size();
         }

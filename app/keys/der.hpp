@@ -1,4 +1,4 @@
-// Keys in DER (ITU-T X.690), as they are written, and PEM around them (RFC 7468).
+// Writes keys in DER (ITU-T X.690); reads and writes base64 (RFC 4648) and PEM (RFC 7468).
 #ifndef VRX_APP_DER_HPP
 #define VRX_APP_DER_HPP
 
@@ -15,23 +15,23 @@ namespace vrx::app::der {
 
 using namespace documents::der;
 
-/** An element whose contents are the parts, one after the other; shorter than 128 octets. */
+/** Append an element whose contents are the concatenated parts, shorter than 128 octets. */
 void append(SecretBytes& out, std::uint8_t tag, std::initializer_list<std::span<const std::uint8_t>> parts);
 
-/** Replace base64 (RFC 4648), with newlines and blanks, by what it stands for; false when it is anything else. */
+/** Decode base64 (RFC 4648) in place, ignoring newlines and blanks; false if it is malformed. */
 [[nodiscard]] bool decode_base64(SecretBytes& text);
 
-/** The base64 of octets, appended, in lines of `width` characters. */
+/** Append the base64 encoding of octets, in lines of `width` characters. */
 void append_base64(SecretBytes& out, std::span<const std::uint8_t> octets, std::size_t width);
 
 /**
- * Replace a PEM file by the octets of its only block. Lines before and behind it are comments (RFC 7468).
+ * Replace a PEM file by the octets of its only block. Lines before and after the block are ignored (RFC 7468).
  *
- * @return the label of the block; nothing when the text is not one whole block.
+ * @return the label of the block; std::nullopt if the text does not hold exactly one complete block.
  */
 std::optional<std::string> decode_pem(SecretBytes& text);
 
-/** A PEM block. */
+/** Append a PEM block. */
 void append_pem(SecretBytes& out, std::string_view label, std::span<const std::uint8_t> octets);
 
 }  // namespace vrx::app::der

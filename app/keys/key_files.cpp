@@ -26,7 +26,7 @@ bool is_zero(const std::uint32_t* number) {
 
 bool is_below(const std::uint32_t* a, const std::uint32_t* b) { return mpCompare(a, b, VRX_ECC_DIGITS) < 0; }
 
-/** The curve that a file names, or else --curve. They may not contradict each other. */
+/** The curve that a file names, or else the curve of --curve. Throws a Failure if they differ. */
 const EcParamSet& chosen_curve(const EcParamSet* named, const std::optional<std::string>& option,
                                const std::string& shown) {
     if (named == nullptr && !option) throw Failure(shown + " does not name its curve; say which it is, --curve NAME");
@@ -37,7 +37,7 @@ const EcParamSet& chosen_curve(const EcParamSet* named, const std::optional<std:
     return *named;
 }
 
-/** What a key of one kind is called, and how it is read. */
+/** The names of a kind of key, and the function that reads it. */
 template <typename Octets>
 struct Kind {
     const char* name;
@@ -48,7 +48,7 @@ struct Kind {
 constexpr Kind<PrivateOctets> private_kind{"private", private_label, read_private_key};
 constexpr Kind<PublicOctets> public_kind{"public", public_label, read_public_key};
 
-/** Refuse a file of another kind than the wanted one, as far as its label tells. */
+/** Throw a Failure if the PEM label names another kind of file. */
 template <typename Octets>
 void check_label(const Kind<Octets>& kind, const std::string& label, const std::string& shown) {
     if (label.empty() || label == kind.label) return;
@@ -67,7 +67,7 @@ void check_label(const Kind<Octets>& kind, const std::string& label, const std::
     throw Failure(shown + " is not a " + kind.name + " key" + here + "; 'vrx inspect' says what it is");
 }
 
-/** The curve and the octets of a key in a file of any form. */
+/** Read the curve and the octets of a key from a file in any format. */
 template <typename Octets>
 const EcParamSet& read_key(const Kind<Octets>& kind, Input& file, const KeyForm& form, Octets& octets) {
     const bool raw = is_raw(form);
@@ -172,7 +172,7 @@ void load_certified_key(const std::string& path, const std::optional<std::string
 
 namespace {
 
-/** The documents of one kind in a file: one in DER, or all PEM blocks of the label. */
+/** Append the documents of one kind in a file: one in DER, or all PEM blocks with the label. */
 void load_documents(const std::string& path, const char* label, const char* what, std::vector<Octets>& contents) {
     Input file(path);
     SecretBytes content;

@@ -1,4 +1,4 @@
-// Keys of GOST R 34.10-2001 in files: PEM or DER with the identifiers of RFC 4491, or raw octets; and in certificates.
+// Reads and writes files of GOST R 34.10-2001 keys (PEM, DER or raw octets), and reads certificates.
 #ifndef VRX_APP_KEY_FILES_HPP
 #define VRX_APP_KEY_FILES_HPP
 
@@ -19,44 +19,43 @@ struct PrivateKey {
     std::uint32_t d[VRX_ECC_DIGITS];
 };
 
-/** A public key: a point of its curve, not infinity, with coordinates below p. */
+/** A public key: a point of its curve, not the point at infinity, with coordinates below p. */
 struct PublicKey {
     const EcParamSet* set;
     EcPoint point;
 };
 
-/** How keys are written: --format (pem, der or raw) and, where the file does not name it, --curve. */
+/** The format of keys: --format (pem, der or raw), and --curve for files that do not name their curve. */
 struct KeyForm {
     std::string format = "pem";
     std::optional<std::string> curve;
 };
 
-/** Read and check a key. Every fault of the file is a Failure. @return the identity of the file. */
+/** Read and check a key. Throws a Failure for an invalid file. @return the identity of the file. */
 FileId load_private_key(const std::string& path, const KeyForm& form, PrivateKey& key);
 FileId load_public_key(const std::string& path, const KeyForm& form, PublicKey& key);
 
-/** What a certificate says about its owner's key. */
+/** A certificate, and the public key that it certifies. */
 struct CertifiedKey {
     documents::Certificate certificate;
     PublicKey key;
-    const vrx_gostr3411_par* hash;  // that the owner signs with; nullptr when it names none
+    const vrx_gostr3411_par* hash;  // of its owner's signatures; nullptr if not named
 };
 
 /**
- * Read an X.509 certificate, in PEM or DER, and its public key. Nothing is checked but its form.
+ * Read an X.509 certificate, in PEM or DER, and its public key. Only its structure is checked.
  *
- * @param curve    that of a certificate which names none.
+ * @param curve    the curve to use if the certificate names none.
  * @param content  out: the octets of the certificate, which `result` refers to.
  */
 void load_certified_key(const std::string& path, const std::optional<std::string>& curve, Octets& content,
                         CertifiedKey& result);
 
-/** Read all certificates (PEM, any number, or one in DER), or all revocation lists, of a file. */
+/** Read all certificates, or all revocation lists, in a file: any number in PEM, or one in DER. */
 void load_certificates(const std::string& path, std::vector<Octets>& contents);
 void load_revocation_lists(const std::string& path, std::vector<Octets>& contents);
 
-/** Replace what a file holds, PEM or DER, by DER. @return the label of the PEM block, "" for DER; nothing for others.
- */
+/** Convert the contents of a PEM or DER file to DER. @return the PEM label, "" for DER, or std::nullopt for neither. */
 std::optional<std::string> decode_key_file(SecretBytes& content);
 
 // The labels of PEM blocks (RFC 7468).
@@ -66,14 +65,14 @@ inline constexpr const char* public_label = "PUBLIC KEY";
 inline constexpr const char* certificate_label = "CERTIFICATE";
 inline constexpr const char* revocation_label = "X509 CRL";
 
-/** The key of its octets, least significant first; false when they are none on the curve. */
+/** Make a key from its octets, least significant first; false if it is not a valid key on the curve. */
 [[nodiscard]] bool make_private_key(const EcParamSet& curve, const PrivateOctets& octets, PrivateKey& key);
 [[nodiscard]] bool make_public_key(const EcParamSet& curve, const PublicOctets& octets, PublicKey& key);
 
-/** The public key that belongs to a private one. */
+/** Compute the public key of a private key. */
 PublicKey public_key_of(const PrivateKey& key);
 
-/** The contents of a key file. */
+/** Append the contents of a key file. */
 void append_private_key(SecretBytes& out, const KeyForm& form, const PrivateKey& key);
 void append_public_key(SecretBytes& out, const KeyForm& form, const PublicKey& key);
 

@@ -17,7 +17,7 @@ constexpr std::uint8_t algorithm_oid[] = {0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x
 constexpr std::uint8_t version_zero[] = {0x02, 0x01, 0x00};
 constexpr std::uint8_t no_unused_bits[] = {0};
 
-/** Reads the number of a private key: octets, an OCTET STRING of them, maybe without its last zeros, or an INTEGER. */
+/** Read the number of a private key: octets, an OCTET STRING (perhaps without trailing zeros), or an INTEGER. */
 bool read_private_value(Part value, PrivateOctets& octets) {
     der::Reader reader(value);
     if (value.size() == octets.size()) {
@@ -35,7 +35,7 @@ bool read_private_value(Part value, PrivateOctets& octets) {
     if (!number || number->empty() || !reader.at_end()) return false;
     const bool zero_first = number->front() == 0;
     if (zero_first) number = number->subspan(1);
-    // A zero in front keeps a number from being negative, and stands nowhere else.
+    // A leading zero octet is allowed only where the number would otherwise be negative.
     if (number->empty() || number->size() > octets.size() || zero_first != (number->front() >= 0x80)) return false;
     std::ranges::fill(octets, std::uint8_t{0});
     std::reverse_copy(number->begin(), number->end(), octets.begin());

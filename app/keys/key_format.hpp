@@ -1,6 +1,5 @@
-// Keys of GOST R 34.10-2001 in DER: PKCS #8 and SubjectPublicKeyInfo, with the identifiers of
-// RFC 4491. Octets in, values out: files and messages are key_files.hpp, and whether a number is a key of its curve is
-// for the caller to ask.
+// Encodes and decodes GOST R 34.10-2001 keys in DER: PKCS #8 and SubjectPublicKeyInfo, with the identifiers of RFC
+// 4491. Files and messages are in key_files.hpp. The caller must check that a number is a valid key on its curve.
 #ifndef VRX_APP_KEY_FORMAT_HPP
 #define VRX_APP_KEY_FORMAT_HPP
 
@@ -26,16 +25,16 @@ using documents::PublicOctets;
 using PrivateOctets = std::array<std::uint8_t, VRX_PRIVATE_KEY_SIZE>;
 
 /**
- * PKCS #8, PrivateKeyInfo. Its number may be 32 octets, an OCTET STRING of them, or an INTEGER: programs differ. Some
- * leave out of the OCTET STRING the zeros that stand last, in one key of 256. Two of them make 32 octets with the
- * string's head, which are read as the number itself.
+ * Read PKCS #8 PrivateKeyInfo. Programs write the number as 32 octets, as an OCTET STRING, or as an INTEGER. Some omit
+ * trailing zeros from the OCTET STRING, which affects one key in 256. If two zeros are omitted, header and string make
+ * 32 octets together, and are read as the number itself.
  */
 Content read_private_key(std::span<const std::uint8_t> octets, Algorithm& algorithm, PrivateOctets& value);
 
-/** SubjectPublicKeyInfo. */
+/** Read SubjectPublicKeyInfo. */
 Content read_public_key(std::span<const std::uint8_t> octets, Algorithm& algorithm, PublicOctets& value);
 
-/** The same structures, for a key on a built-in curve; the hash is always CryptoPro's. */
+/** Append the same structures for a key on a built-in curve; the hash parameter set is always CryptoPro. */
 void append_private_key_info(SecretBytes& out, const EcParamSet& curve, const PrivateOctets& value);
 void append_public_key_info(SecretBytes& out, const EcParamSet& curve, const PublicOctets& value);
 

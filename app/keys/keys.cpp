@@ -20,7 +20,7 @@ static_assert(std::endian::native == std::endian::little);
 
 constexpr std::size_t hex_key_size = 2 * VRX_KEY_SIZE;
 
-/** The text of a key file: digits, CR, LF, and one byte more to notice a longer file. */
+/** The text of a key file: digits, CR, LF, and one extra byte to detect a longer file. */
 using KeyText = std::array<std::uint8_t, hex_key_size + 3>;
 
 constexpr std::size_t longest_secret = 16 * 1024 * 1024;
@@ -28,13 +28,13 @@ constexpr std::size_t longest_secret = 16 * 1024 * 1024;
 }  // namespace
 
 SecretPages::SecretPages(std::size_t size) : pages_(nullptr), size_(size) {
-    // Neither a core dump nor another process of the same user shall show what comes here.
+    // Keep secrets out of core dumps, and out of reach of other processes of the same user.
     prctl(PR_SET_DUMPABLE, 0);
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
     pages_ = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (pages_ == MAP_FAILED) throw SystemFailure("cannot get memory for a key", errno);
-    // The limit for locked pages may be too low; the secret is then protected a little less.
+    // This fails if the limit for locked memory is too low; the secret may then be swapped out.
     mlock(pages_, size);
     madvise(pages_, size, MADV_DONTDUMP);
 }

@@ -1,4 +1,4 @@
-// Secrets: where they are kept, and how a key is read from its file.
+// Keeps secrets in locked memory, and reads cipher keys from files.
 #ifndef VRX_APP_KEYS_HPP
 #define VRX_APP_KEYS_HPP
 
@@ -17,7 +17,7 @@
 
 namespace vrx::app {
 
-/** Pages for secrets: kept out of the swap where the system allows it, and wiped when they are given back. */
+/** Memory pages for secrets: locked where the system allows it, and wiped before they are freed. */
 class SecretPages {
 public:
     explicit SecretPages(std::size_t size);
@@ -31,7 +31,7 @@ private:
     std::size_t size_;
 };
 
-/** A plain record on pages of its own for secrets. From the first one on the process leaves no core dump. */
+/** A trivial object on its own secret pages. Once the first exists, the process leaves no core dump. */
 template <typename T>
 requires std::is_trivially_destructible_v<T>
 class Secret {
@@ -45,15 +45,15 @@ private:
     T* value_;
 };
 
-/** Secret bytes, as many as come. */
+/** A growing buffer of secret bytes. */
 class SecretBytes {
 public:
     [[nodiscard]] std::span<std::uint8_t> bytes() { return {begin(), size_}; }
     [[nodiscard]] std::string_view text() { return {reinterpret_cast<const char*>(begin()), size_}; }
     void push_back(std::uint8_t byte);
-    /** Forget all bytes but so many. */
+    /** Keep only the first `size` bytes. */
     void truncate(std::size_t size) { size_ = size; }
-    /** Append what is there, at least one byte; false at the end. */
+    /** Append the available bytes, at least one; false at the end of the file. */
     bool append_from(Input& file);
 
 private:
@@ -65,32 +65,32 @@ private:
     std::unique_ptr<SecretPages> pages_ = std::make_unique<SecretPages>(capacity_);
 };
 
-/** Append all of a file, which may not be longer than 16 MiB. */
+/** Append the whole file, which must not be larger than 16 MiB. */
 void read_secret(Input& file, SecretBytes& secret);
 
 /**
- * Replace hexadecimal digits, and an optional newline, by the bytes that they stand for.
+ * Decode hexadecimal digits with an optional newline, in place.
  *
- * @param what  holds them, for the message where they are something else.
+ * @param what  names their source in the error message.
  */
 void decode_hex(SecretBytes& secret, const std::string& what);
 
-/** Whether octets are the same, in a time that depends on their number alone. */
+/** Compare octets in constant time; only their number may be known from the time. */
 [[nodiscard]] bool equal_in_constant_time(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b);
 
-/** A cipher key as the library takes it: byte 0 to 3 of the file are word 0, least significant byte first. */
+/** A cipher key as the library expects it: bytes 0 to 3 of the file are word 0, least significant byte first. */
 using Key = std::array<std::uint32_t, VRX_KEY_WORDS>;
 
 /**
- * Read a key file: 32 bytes, or 64 hexadecimal digits with an optional newline. A file that others than its owner can
- * read draws a warning.
+ * Read a key file: 32 bytes, or 64 hexadecimal digits with an optional newline. Prints a warning if anyone but the
+ * owner can read the file.
  *
  * @param path  "-" is standard input.
  * @return the identity of the file.
  */
 FileId load_key(const std::string& path, Key& key);
 
-/** Warn of a file that others than its owner can read. @param what  the file holds, "key". */
+/** Print a warning if anyone but the owner can read a file. @param what  its contents, e.g. "key". */
 void warn_if_others_can_read(const Input& file, const char* what);
 
 }  // namespace vrx::app

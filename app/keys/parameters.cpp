@@ -23,7 +23,7 @@ std::string_view without_suffix(std::string_view text, std::string_view suffix) 
     return text.ends_with(suffix) ? text.substr(0, text.size() - suffix.size()) : text;
 }
 
-/** The place of a set of the library in its list. */
+/** The index of a parameter set in the library's list. */
 std::uint32_t curve_number(const EcParamSet& set) { return static_cast<std::uint32_t>(&set - get_GOSTR3410_par(0)); }
 
 bool is_called(const vrx_gost28147_par& set, std::string_view text) {
@@ -101,7 +101,7 @@ std::string table_text(const vrx_tz& table) {
     std::string text;
     for (unsigned input = 0; input < 16; ++input)
         for (unsigned k = 0; k < 4; ++k) {
-            // Undo the deployment of the entry where both S-boxes see this input.
+            // Recover the outputs from the table entry where both S-boxes have this input.
             const std::uint32_t pair = std::rotr(table.t[k][16 * input + input], 11) >> (8 * k);
             text += "0123456789ABCDEF"[pair & 15];
             text += "0123456789ABCDEF"[pair >> 4 & 15];

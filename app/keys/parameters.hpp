@@ -1,4 +1,4 @@
-// The library's built-in tables and parameter sets, as users name them.
+// Finds the library's built-in tables and parameter sets by the names that users give.
 #ifndef VRX_APP_PARAMETERS_HPP
 #define VRX_APP_PARAMETERS_HPP
 
@@ -10,14 +10,14 @@
 
 namespace vrx::app {
 
-/** Short names of the cipher parameter sets, in the library's order. */
+/** The short names of the cipher parameter sets, in the library's order. */
 inline constexpr std::array<const char*, VRX_GOST28147_PAR_COUNT> short_names{"test", "A",  "B",  "C",  "D",
                                                                               "0S",   "SA", "SB", "SC", "SD"};
 
-/** A hash parameter set as users and lists name it. */
+/** The names of a hash parameter set. */
 struct HashSet {
     const char* short_name;
-    const char* tag;  // of list lines in the form of BSD programs
+    const char* tag;  // in lists in the BSD format
 };
 
 /** The hash parameter sets, in the library's order. */
@@ -46,20 +46,20 @@ inline constexpr std::array modes{Mode{VRX_MODE_SS, "ss", "ecb", "simple substit
                                   Mode{VRX_MODE_GFB, "gfb", "cfb", "cipher feedback (gamma with feedback)", true, false},
                                   Mode{VRX_MODE_CBC, "cbc", "cbc", "cipher block chaining", true, true}};
 
-/** The mode with a number of the library, or with one of its names. Throws a Failure when there is none. */
+/** Find a mode by the library's number or by one of its names. Throws a Failure if there is none. */
 const Mode& mode_by_number(std::uint32_t number);
 const Mode& mode_by_name(const std::string& name);
 
 /**
- * A cipher parameter set by its short name, its dotted object identifier, or its name, in whole or without what all
- * names share ("CryptoPro-A", "RIC-1"); upper and lower case are the same. Throws a Failure when there is none.
+ * Find a cipher parameter set by its short name, dotted object identifier, full name, or full name without the common
+ * parts ("CryptoPro-A", "RIC-1"). Case is ignored. Throws a Failure if there is none.
  */
 const vrx_gost28147_par& cipher_parameters(std::string_view text);
 
-/** The place of a hash parameter set, named as a cipher parameter set is. Throws a Failure when there is none. */
+/** The index of a hash parameter set, named in the same ways. Throws a Failure if there is none. */
 std::uint32_t hash_set_index(std::string_view text);
 
-/** A built-in curve, named as a cipher parameter set is. Throws a Failure when there is none. */
+/** Find a built-in curve, named in the same ways. Throws a Failure if there is none. */
 const EcParamSet& curve_by_name(std::string_view text);
 /** The short name of a built-in curve, and its full name. */
 const char* curve_name(const EcParamSet& set);

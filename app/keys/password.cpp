@@ -17,7 +17,7 @@ void ask(const char* prompt, SecretBytes& answer) {
     Input input(fd, "the terminal");
     const NoEcho silent(fd);
     write_terminal(fd, prompt);
-    const bool any = answer.append_from(input);  // a line, which is what a terminal hands out
+    const bool any = answer.append_from(input);  // reads one line: terminals are line-buffered
     write_terminal(fd, "\n");
     if (!any) throw Failure("no password was given; type one and press Enter");
     answer.truncate(without_line_end(answer.text()).size());
@@ -39,7 +39,7 @@ int descriptor(const std::string& text) {
     return static_cast<int>(*number);
 }
 
-/** Take one character from the front of a text. Throws a Failure when there is none that a BMPString can hold. */
+/** Remove one character from the front of a text. Throws a Failure if a BMPString cannot hold it. */
 char16_t take_character(std::string_view& text) {
     const auto character = take_utf8(text);
     if (!character)
@@ -52,7 +52,7 @@ char16_t take_character(std::string_view& text) {
     return static_cast<char16_t>(*character);
 }
 
-/** Make of a text what PKCS #12 wants: two bytes for each character, the high one first, and two zero bytes. */
+/** Encode a text for PKCS #12: two bytes for each character, the high byte first, then two zero bytes. */
 void encode_bmp(std::string_view text, SecretBytes& bmp) {
     const auto add = [&](char16_t character) {
         bmp.push_back(static_cast<std::uint8_t>(character >> 8));

@@ -1,5 +1,5 @@
-// Passwords: from the terminal, a file or a descriptor. Never from the command line, which every user of the system
-// sees.
+// Reads passwords from the terminal, a file or a descriptor; never from the command line, which every user of the
+// system can see.
 #ifndef VRX_APP_PASSWORD_HPP
 #define VRX_APP_PASSWORD_HPP
 
@@ -10,7 +10,7 @@
 
 namespace vrx::app {
 
-/** What the user said about the password. */
+/** The user's options for the password. */
 struct PasswordOptions {
     std::optional<std::string> file;
     std::optional<std::string> fd;
@@ -18,7 +18,7 @@ struct PasswordOptions {
     std::string encoding = "text";
 };
 
-/** Read the password, or ask for it, and encode it as the options say. */
+/** Read the password or ask for it, and encode it according to the options. */
 void get_password(const PasswordOptions& options, SecretBytes& password);
 
 }  // namespace vrx::app

@@ -1,4 +1,4 @@
-// Random octets from the operating system.
+// Provides random octets from the operating system.
 #ifndef VRX_APP_RANDOM_HPP
 #define VRX_APP_RANDOM_HPP
 
@@ -14,9 +14,9 @@
 
 namespace vrx::app {
 
-/** Throws a Failure when the system's source fails or is stuck. */
+/** Fill with random octets. Throws a Failure if the operating system's generator fails or is stuck. */
 inline void fill_random(std::span<std::uint8_t> octets) {
-    if (octets.size() < 16) {  // too few to notice a stuck source by
+    if (octets.size() < 16) {  // too few to detect a stuck generator
         std::array<std::uint8_t, 16> more;
         fill_random(more);
         std::copy_n(more.begin(), octets.size(), octets.begin());

@@ -9,7 +9,7 @@
 namespace vrx::app {
 namespace {
 
-/** As deep as any command goes, with the pieces of files that it works on. */
+/** The stack depth of the deepest command, including its file buffers. */
 constexpr std::size_t deepest = 256 * 1024;
 
 void clear_vector_registers() {

@@ -1,12 +1,12 @@
-// What secrets leave behind outside of their pages.
+// Clears the copies of secrets that remain outside their pages.
 #ifndef VRX_APP_TRACES_HPP
 #define VRX_APP_TRACES_HPP
 
 namespace vrx::app {
 
 /**
- * Clear the stack below the caller, and the vector registers. Copies of a key pass through these, and the dynamic
- * linker puts them on the stack whenever it looks up a function that is called for the first time.
+ * Clear the stack below the caller, and the vector registers. Copies of a key pass through these registers. The dynamic
+ * linker saves them on the stack when it resolves a function on its first call.
  */
 void clear_traces();
 
