@@ -1,4 +1,4 @@
-"""Certificates for tests: the example of RFC 4491, and certificates put together from the plain elements of DER."""
+"""Certificates for tests: the example of RFC 4491, and certificates built from DER elements."""
 
 import kat
 
@@ -66,7 +66,7 @@ def certificate(signed, signature="00" * 64, algorithm=GOST_SIGNATURE, unused="0
 
 
 def rfc_4491():
-    """The certificate of RFC 4491, section 4.2, and the private key of it."""
+    """The certificate of RFC 4491, section 4.2, and its private key."""
     answer = next(a for a in kat.answers("ecc/signatures.kat") if "RFC 4491, section 4.2" in a.source)
     pair = next(a for a in kat.answers("ecc/keys.kat") if "RFC 4491, section 4.2" in a.source)
     return certificate(answer["message"], answer["signature"]), pair.octets("private")

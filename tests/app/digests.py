@@ -1,4 +1,4 @@
-"""What the tests of digests, HMACs and derived keys share."""
+"""Shared code of the tests of digests, HMACs and derived keys."""
 
 import json
 import shutil
@@ -10,7 +10,7 @@ SETS = {"test": "GOST94", "cryptopro": "GOST94-CRYPTOPRO"}  # the parameter sets
 
 
 def set_name(sbox):
-    """The parameter set that known answers name in full."""
+    """The short name of a parameter set that known answers name in full."""
     return {"id-GostR3411-94-TestParamSet": "test", "id-GostR3411-94-CryptoProParamSet": "cryptopro"}[sbox]
 
 
@@ -21,7 +21,7 @@ class HashTest(ProgramTest):
         return {s["short"]: tables[s["sboxes"]] for s in built_in["hash_parameter_sets"]}
 
     def tool(self, *command):
-        """What an independent program prints in the test's folder; skips the test where there is no such program."""
+        """The output of an independent program, run in the test's folder; skips the test if it is not installed."""
         if shutil.which(command[0]) is None:
             self.skipTest(f"{command[0]} is not installed")
         done = subprocess.run(command, cwd=self.folder, capture_output=True, check=False)

@@ -40,7 +40,7 @@ class DocumentationTest(ProgramTest):
 
 
 class Generated(DocumentationTest):
-    def test_what_is_checked_in_is_up_to_date(self):
+    def test_the_generated_files_are_up_to_date(self):
         subprocess.run([sys.executable, "-B", os.path.join(ROOT, "gen", "manual.py"), PROGRAM, self.folder], check=True)
         for folder in ("man", os.path.join("app", "completion")):
             names = sorted(os.listdir(self.path(folder).decode()))
@@ -137,7 +137,7 @@ class Manual(DocumentationTest):
             self.assertIn(f".In {header}\n", text)
 
     @unittest.skipUnless(shutil.which("mandoc"), "mandoc is not installed")
-    def test_mandoc_has_no_complaint(self):
+    def test_mandoc_reports_no_errors(self):
         files = [os.path.join(ROOT, "man", name) for name in pages(1) + pages(3)]
         done = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", *files], capture_output=True, text=True,
                               check=False)
@@ -146,7 +146,7 @@ class Manual(DocumentationTest):
 
 class Bash(DocumentationTest):
     def complete(self, *words):
-        """What bash offers for the last of the words of a command line."""
+        """The completions that bash offers for the last word of a command line."""
         script = ('. "$0" && COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) && _vrx && printf "%s\\n" "${COMPREPLY[@]}"')
         file = os.path.join(ROOT, "app", "completion", "vrx.bash")
         done = subprocess.run(["bash", "-euc", script, file, "vrx", *words],
@@ -193,7 +193,7 @@ class Zsh(DocumentationTest):
                 self.assertRegex(parts[command], rf"['{{,]{option}[=+\[,}}]", command)
 
     @unittest.skipUnless(shutil.which("zsh"), "zsh is not installed")
-    def test_zsh_reads_it(self):
+    def test_zsh_parses_it(self):
         file = os.path.join(ROOT, "app", "completion", "_vrx")
         done = subprocess.run(["zsh", "-n", file], capture_output=True, check=False)
         self.assertEqual((done.returncode, done.stderr), (0, b""))

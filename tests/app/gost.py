@@ -11,7 +11,7 @@ BACKWARD = FORWARD[::-1]
 
 
 def sboxes(text):
-    """S-boxes K1 to K8 from a table of 128 digits: for each input the outputs of K1 to K8."""
+    """S-boxes from a table of 128 digits: for each input, the outputs of K1 to K8."""
     return [[int(text[8 * value + box], 16) for value in range(16)] for box in range(8)]
 
 
@@ -48,7 +48,7 @@ class Gost:
         self.register = self.encrypt(self.register)
 
     def blocks(self, data):
-        """The blocks of a message, the last one maybe short; the key is meshed after every 1024 bytes, if more come."""
+        """Yield the blocks of a message; the last may be short. Mesh the key after every 1024 bytes, if more follow."""
         for i in range(0, len(data), 8):
             if self.meshing and i > 0 and i % 1024 == 0:
                 self.mesh()
@@ -96,7 +96,7 @@ C3 = bytes.fromhex("ff00ffff000000ffff0000ff00ffff0000ff00ff00ff00ffff00ff00ff00
 
 
 def step(table, h, m):
-    """The step function; 256-bit numbers are their 32 bytes, least significant first, and h[0:8] is h1."""
+    """The step function. 256-bit numbers are 32 bytes, least significant first; h[0:8] is h1."""
 
     def a(y):
         return y[8:] + xor(y[:8], y[8:16])
@@ -147,7 +147,7 @@ def pbkdf2(table, password, salt, iterations):
 
 
 def pkcs12(table, password, salt, iterations, purpose):
-    """The first block of RFC 7292, appendix B; both texts are repeated up to a multiple of 32 bytes."""
+    """The first block of RFC 7292, appendix B. Salt and password are repeated to a multiple of 32 bytes."""
 
     def repeated(text):
         return (text * 32)[: -len(text) % 32 + len(text)] if text else b""

@@ -6,7 +6,7 @@ TESTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..")
 
 
 class Answer(dict):
-    """A block of `key = value` lines. Whoever reads a value takes it out, so that what is left was read by nobody."""
+    """A block of `key = value` lines. Reading a value removes it, so whatever remains was not used."""
 
     def __init__(self, source, lines):
         super().__init__((key.strip(), value.strip()) for key, _, value in (line.partition("=") for line in lines))
@@ -22,7 +22,7 @@ class Answer(dict):
 
 
 def answers(name):
-    """The blocks of a file below tests/, each with its source."""
+    """The blocks of a file under tests/, each with its source."""
     with open(os.path.join(TESTS, name), encoding="ascii") as file:
         for block in file.read().split("\n\n"):
             lines = block.strip().split("\n")

@@ -1,4 +1,4 @@
-"""The manual: every example in docs/vrx.md, in order, with exactly the output that is printed there."""
+"""Runs every example in docs/vrx.md in order, and compares its output with the manual."""
 
 import os
 import re

@@ -1,4 +1,4 @@
-"""Runs the program vrx in a folder of its own, for tests."""
+"""The base class of the tests of vrx: runs the program in a temporary folder."""
 
 import contextlib
 import fcntl
@@ -18,14 +18,14 @@ KEY = bytes(range(32))
 
 
 class Done:
-    """What a run left: exit code, standard output and standard error."""
+    """The result of a run: exit code, standard output and standard error."""
 
     def __init__(self, code, out, err):
         self.code, self.out, self.err = code, out, err
 
 
 class ProgramTest(unittest.TestCase):
-    """A test with a folder of its own, which holds a key file `key` and is the working directory of every run."""
+    """A test in a temporary folder that holds a key file `key`. The program runs in that folder."""
 
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="vrx-test-")
@@ -70,39 +70,39 @@ class ProgramTest(unittest.TestCase):
                     stream.close()
 
     def run_vrx(self, *arguments, stdin=subprocess.DEVNULL, **options):
-        """Run to the end; `stdin` is a file, or holds bytes that are piped in."""
+        """Run to the end. `stdin` is an open file, or bytes to pipe to the program."""
         data = stdin if isinstance(stdin, bytes) else None
         process = self.start(*arguments, stdin=stdin if data is None else subprocess.PIPE, **options)
         out, err = process.communicate(data, timeout=120)
         return Done(process.returncode, out, err)
 
     def vrx(self, *arguments, **options):
-        """Run, expect success without a word, and return standard output."""
+        """Run, expect success without messages, and return standard output."""
         done = self.run_vrx(*arguments, **options)
         self.assertEqual((done.code, done.err), (0, b""), arguments)
         return done.out
 
     def refused(self, *arguments, says, code=2, out=b"", **options):
-        """Run, and expect one sentence on standard error that holds the texts `says`."""
+        """Run, and expect one sentence on standard error that contains each text in `says`."""
         done = self.run_vrx(*arguments, **options)
         self.assertEqual(done.code, code, (arguments, done.err))
         self.assertEqual(done.out, out, arguments)
         self.assertTrue(done.err.startswith(b"vrx: "), done.err)
         self.assertEqual(done.err.count(b"\n"), 1, done.err)
-        if code == 2:  # what is wrong, and behind the semicolon what to do
+        if code == 2:  # what is wrong, and after the semicolon what to do
             self.assertRegex(done.err, rb"[^;]; [^;\n]+[^.;\n]\n\Z")
         for text in [says] if isinstance(says, str) else says:
             self.assertIn(os.fsencode(text), done.err, arguments)
 
     def open_terminal(self):
-        """Both ends of a new pseudo-terminal; skips the test where the system has none, as in a bare chroot."""
+        """Both ends of a new pseudo-terminal; skips the test if the system has none, as in a bare chroot."""
         try:
             return pty.openpty()
         except OSError as error:
             return self.skipTest(f"no pseudo-terminals here: {error.strerror}")
 
     def wait_for(self, condition, what):
-        """Wait until a condition holds; fail when it does not for long."""
+        """Wait until a condition holds; fail after a timeout."""
         end = time.monotonic() + 60
         while time.monotonic() < end:
             result = condition()
@@ -112,7 +112,7 @@ class ProgramTest(unittest.TestCase):
         return self.fail("waited in vain for " + what)
 
     def wait_for_input(self, process):
-        """Wait until a run has read all that was written to its standard input, and waits for more."""
+        """Wait until a run has read all of its standard input so far, and waits for more."""
         def waits():
             unread = fcntl.ioctl(process.stdin, termios.FIONREAD, bytes(4))
             with open(f"/proc/{process.pid}/stat", encoding="ascii", errors="replace") as file:
@@ -124,7 +124,7 @@ class ProgramTest(unittest.TestCase):
             time.sleep(0.02)
 
     def unnamed_files(self, process):
-        """What a run writes without a name yet: statuses of the files. Only root may look at every process."""
+        """The status of each unnamed file that a run has open. Only root may inspect every process."""
         found = []
         for fd in os.listdir(f"/proc/{process.pid}/fd"):
             path = f"/proc/{process.pid}/fd/{fd}"
@@ -134,13 +134,13 @@ class ProgramTest(unittest.TestCase):
 
     @staticmethod
     def status_of(process, field):
-        """A number of /proc/PID/status."""
+        """A number from /proc/PID/status."""
         with open(f"/proc/{process.pid}/status", encoding="ascii") as file:
             return int(next(line.split()[1] for line in file if line.startswith(field + ":")))
 
 
 class Result(unittest.TextTestResult):
-    """Says which tests are skipped, and why, for the summary of a run."""
+    """Prints which tests are skipped, and why, for the summary of a run."""
 
     def addSkip(self, test, reason):
         super().addSkip(test, reason)

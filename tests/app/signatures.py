@@ -1,4 +1,4 @@
-"""What the tests of keys, signatures and certificates share."""
+"""Shared code of the tests of keys, signatures and certificates."""
 
 import base64
 
@@ -7,7 +7,7 @@ from program import SANITIZED
 
 
 def flipped(octets, places=None):
-    """Copies of octets, each with one bit changed: every bit, or in slow builds one of each octet."""
+    """Copies of octets with one bit changed: every bit in turn, or in slow builds one bit of each octet."""
     for place in places or range(len(octets)):
         for bit in [place % 8] if SANITIZED else range(8):
             bad = bytearray(octets)

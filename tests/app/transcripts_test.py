@@ -1,9 +1,9 @@
-"""Transcripts: every command of a *.transcript file, in order, with exactly the output that stands below it.
+"""Runs the commands of every *.transcript file in order, and compares their output with the lines after each command.
 
-A line that begins with '## ' names a test, which has a folder of its own; there 'key' holds the bytes 0 to 31. Lines
-that begin with '# ' are comments. A line '$ COMMAND' is run by bash; what follows is its output, standard output and
-standard error as they come, and at last '[CODE]' unless the exit code is 0. A blank line stands for nothing. With
---update as argument the files are written anew from what the commands print; read the difference before you commit it.
+A line that begins with '## ' names a test, which runs in a new folder where the file 'key' holds the bytes 0 to 31.
+Lines that begin with '# ' are comments. bash runs the command in a line '$ COMMAND'. The lines after it are its
+standard output and standard error, interleaved, and '[CODE]' if the exit code is not 0. Blank lines are ignored. With
+the argument --update, the script regenerates the files from the actual output; review the diff before you commit it.
 """
 
 import os
@@ -18,7 +18,7 @@ FOLDER = pathlib.Path(__file__).resolve().parent
 
 
 def parts(text):
-    """The tests of a transcript: a title, and commands with what is expected of each."""
+    """The tests of a transcript: a title, and the commands with their expected output."""
     tests = []
     for number, line in enumerate(text.splitlines(), 1):
         if line.startswith("## "):

@@ -12,14 +12,14 @@ COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keyg
 
 
 class KeyGeneration(ProgramTest):
-    def test_a_new_key_is_32_bytes_that_only_the_owner_reads(self):
+    def test_a_new_key_is_32_bytes_that_only_its_owner_can_read(self):
         for mask in (0o000, 0o022, 0o777):
             self.vrx("keygen", "--out", f"new{mask}", umask=mask)
             self.assertEqual(self.mode(f"new{mask}"), 0o600)
             self.assertEqual(len(self.read(f"new{mask}")), 32)
         self.assertNotEqual(self.read("new0"), self.read("new18"))
 
-    def test_the_key_serves_in_both_forms(self):
+    def test_a_key_works_in_both_formats(self):
         self.vrx("keygen", "--hex", "-o", "hex")
         text = self.read("hex")
         self.assertRegex(text, rb"\A[0-9a-f]{64}\n\Z")
@@ -56,7 +56,7 @@ class Parameters(ProgramTest):
         self.assertEqual([(m["number"], m["name"], m["iv"], m["whole_blocks"]) for m in built_in["modes"]],
                          [(1, "ss", False, True), (2, "gamm", True, False), (3, "gfb", True, False), (4, "cbc", True, True)])
 
-    def test_the_table_names_all_of_it(self):
+    def test_the_table_lists_everything_built_in(self):
         text = self.vrx("params").decode()
         built_in = json.loads(self.vrx("params", "--json"))
         for entry in built_in["cipher_parameter_sets"] + built_in["hash_parameter_sets"] + built_in["curves"]:
@@ -144,7 +144,7 @@ class Options(ProgramTest):
                           ["--ke", "key", "--iv", "0000000000000001", "in"]):
             self.assertEqual(self.vrx("mac", *arguments)[:16], expected, arguments)
 
-    def test_the_last_of_repeated_options_counts(self):
+    def test_the_last_of_repeated_options_wins(self):
         self.assertEqual(self.vrx("mac", "--key", "none", "--key", "key", "key"), self.vrx("mac", "--key", "key", "key"))
 
 

@@ -17,7 +17,7 @@ class Answers(ProgramTest):
         self.tables = {s["name"]: s["table"] for s in self.built_in["sbox_sets"]}
 
     def set_options(self, answer):
-        """Options for the S-boxes of an answer: a parameter set of the cipher, or a table."""
+        """The options that select the S-boxes of an answer: a cipher parameter set or a table."""
         names = [s["name"] for s in self.built_in["cipher_parameter_sets"]]
         sbox = answer.pop("sbox", None)
         if sbox in names:

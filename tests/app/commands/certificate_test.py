@@ -1,4 +1,4 @@
-"""vrx verify --cert: keys out of X.509 certificates."""
+"""vrx verify --cert: keys from X.509 certificates."""
 
 import hashlib
 import os
@@ -67,7 +67,7 @@ class Certificates(CertificateTest):
             self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says=["does not name its curve", "--curve NAME"])
             self.verify("--curve", "A")
 
-    def test_of_another_algorithm(self):
+    def test_a_key_of_another_algorithm(self):
         self.write("cert", x509.certificate(x509.to_be_signed(x509.element("30", RSA, "030400300000"))))
         self.refused("verify", "--cert", "cert", "-S", "sig", "letter",
                      says="'cert' is a certificate for a key of RSA, not of GOST R 34.10-2001; this program cannot use it")
@@ -75,7 +75,7 @@ class Certificates(CertificateTest):
         self.write("cert", x509.certificate(x509.to_be_signed(x509.key(unknown, self.point))))
         self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says="parameters that are not known here")
 
-    def test_what_is_no_certificate(self):
+    def test_files_that_are_not_certificates(self):
         for name in ("a.pub", "a.key", "letter", "sig"):
             self.refused("verify", "--cert", name, "-S", "sig", "letter",
                          says=f"'{name}' is not one X.509 certificate in PEM or DER form")
@@ -102,12 +102,12 @@ class Certificates(CertificateTest):
             self.certify(CURVE_A, begin=year + "0203040506Z")
             self.assertIn(full + "-02-03 04:05:06", self.vrx("inspect", "cert").decode())
 
-    def test_a_point_beside_its_curve(self):
+    def test_a_point_off_its_curve(self):
         self.point = "01" * 64
         self.certify(CURVE_XCHA)
         self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says="'cert' holds a point that is not on the curve XchA")
 
-    def test_damage_never_goes_unnoticed_in_the_key_nor_does_harm_elsewhere(self):
+    def test_damage_to_the_key_is_detected_and_harmless_elsewhere(self):
         self.certify(CURVE_A, HASH_CRYPTOPRO)
         octets = self.read("cert")
         key = octets.index(bytes.fromhex(self.point))
@@ -122,7 +122,7 @@ class Certificates(CertificateTest):
 
 
 class Alone(CertificateTest):
-    """What a certificate says about itself."""
+    """Checks that need only the certificate itself."""
 
     def status(self, *options, code=0):
         done = self.run_vrx("verify", "--cert", "cert", "-S", "sig", "--status", *options, "letter")
@@ -147,7 +147,7 @@ class Alone(CertificateTest):
             self.certify(CURVE_A, HASH_CRYPTOPRO, extensions=[x509.key_usage(bits)])
             self.assertEqual(self.status(code=code).get("reason"), "key-usage" if code else None, bits)
 
-    def test_critical_extensions_have_to_be_understood(self):
+    def test_unknown_critical_extensions_are_rejected(self):
         for oid in ("060355 1d1e", "06032a0304", "0603551d20", "0603551d24"):
             oid = oid.replace(" ", "")
             self.certify(CURVE_A, HASH_CRYPTOPRO, extensions=[x509.extension(oid, "3000")])
@@ -155,7 +155,7 @@ class Alone(CertificateTest):
             self.certify(CURVE_A, HASH_CRYPTOPRO, extensions=[x509.extension(oid, "3000", critical=False)])
             self.assertEqual(self.status()["chain"], "unchecked")
 
-    def test_what_is_not_der_is_no_certificate(self):
+    def test_certificates_must_be_strict_der(self):
         key = x509.key(x509.algorithm(CURVE_A, HASH_CRYPTOPRO), self.point)
         usage = x509.key_usage("0")
         other = "300a06082a85030701010302"
@@ -200,7 +200,7 @@ class Alone(CertificateTest):
 
 
 class Chains(CertificateTest):
-    """Root, intermediate authority and signer; then one thing is changed."""
+    """Chains of root, intermediate authority and signer, with one change in each test."""
 
     def issue(self, name, issuer=None, extensions=(), curve="A", key=None, sign_with=None, **fields):
         if key is None and name + ".key" not in [n for n in self.names()]:
@@ -247,7 +247,7 @@ class Chains(CertificateTest):
         self.write("bad", self.pem("CERTIFICATE", b"0\0"))
         self.refused("verify", "--cert", "signer.crt", "--ca", "bad", "-S", "sig", "letter", says="not well formed")
 
-    def test_a_link_is_missing(self):
+    def test_a_missing_link(self):
         self.make()
         self.check(reason="no-chain", authorities=["root.crt"])
         self.check(reason="no-chain", authorities=["middle.crt"])
@@ -260,7 +260,7 @@ class Chains(CertificateTest):
             self.make(**changed)
             self.check(reason="chain-signature")
 
-    def test_authorities_have_to_be_such(self):
+    def test_issuers_must_be_authorities(self):
         usage = x509.key_usage("56")
         for extensions, reason in (([], "not-an-authority"), ([usage], "not-an-authority"),
                                    ([x509.extension("0603551d13", "3000"), usage], "not-an-authority"),
@@ -270,7 +270,7 @@ class Chains(CertificateTest):
             self.make(root={"extensions": extensions})
             self.check(reason=reason)
 
-    def test_lengths_of_paths(self):
+    def test_path_length_constraints(self):
         self.make(root={"extensions": [x509.authority(0)]})
         self.check(reason="path-length")
         self.make(root={"extensions": [x509.authority(1)]})
@@ -285,7 +285,7 @@ class Chains(CertificateTest):
             self.assertIn(b"the certificate of CN=" + name.encode() + b" is not valid after 2021-01-01", done.out)
             self.check("--time", "2020-06-01")
 
-    def test_certificates_that_name_each_other_end(self):
+    def test_the_search_ends_when_certificates_form_a_cycle(self):
         self.make()
         for a, b in (("middle", "loop"), ("loop", "middle")):
             self.issue(a, b, extensions=[x509.authority()], sign_with="root", key="root")
@@ -345,7 +345,7 @@ class Engine(CertificateTest):
                 os.chmod(self.path("k.key"), 0o600)
                 self.assertIn(fingerprint, self.vrx("inspect", "k.key").decode())
 
-    def test_of_other_algorithms(self):
+    def test_keys_of_other_algorithms(self):
         for kind in ("rsa:1024", "ed25519"):
             done = self.tool("openssl", "req", "-new", "-x509", "-newkey", kind, "-nodes", "-keyout", "k", "-subj", "/CN=x",
                              "-out", "cert")

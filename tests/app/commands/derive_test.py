@@ -1,4 +1,4 @@
-"""vrx derive: keys as others derive them, where the password comes from, and warnings of weak choices."""
+"""vrx derive: known answers, sources of passwords, and warnings about weak choices."""
 
 import contextlib
 import fcntl
@@ -21,7 +21,7 @@ PBA = ["derive", "--kdf", "pba", "--salt", SALT, "--iterations", "10000"]
 
 class Keys(HashTest):
     def derive(self, kdf, password, salt, iterations, *options):
-        """A key, whatever warnings there are."""
+        """Derive a key, ignoring warnings."""
         arguments = ["derive", "--kdf", kdf, "--salt", salt.hex(), "--iterations", str(iterations), "--password-fd", "0"]
         done = self.run_vrx(*arguments, *options, stdin=password)
         self.assertEqual(done.code, 0, done.err)
@@ -40,7 +40,7 @@ class Keys(HashTest):
                 self.assertEqual(out[: len(derived)].decode(), derived)
 
     def test_published_pkcs12(self):
-        """The password of the answer is a BMPString; the MAC of the file shows that the key is right."""
+        """The password of the answer is a BMPString; the MAC of the file confirms the key."""
         for answer in kat.answers("gostr3411/pkcs12.kat"):
             if answer.pop("type") != "pkcs12-mac":
                 continue
@@ -84,7 +84,7 @@ class Keys(HashTest):
                                       "--length", str(length))
                     self.assertEqual(out.decode(), expected.hex() + "\n")
 
-    def test_the_purpose_is_a_key_unless_said_otherwise(self):
+    def test_the_default_purpose_is_a_key(self):
         outputs = [self.derive("pba", b"secret", b"saltsalt", 1, *options) for options in ([], ["--id", "1"], ["--id", "2"])]
         self.assertEqual(outputs[0], outputs[1])
         self.assertNotEqual(outputs[1], outputs[2])
@@ -158,7 +158,7 @@ class Passwords(ProgramTest):
 
 
 class Terminal(ProgramTest):
-    """The program with a terminal of its own, which is neither its standard input nor its output."""
+    """The program with a controlling terminal that is neither its standard input nor its output."""
 
     def setUp(self):
         super().setUp()
@@ -205,19 +205,19 @@ class Terminal(ProgramTest):
         self.assertEqual(self.end(process), (0, self.expected, b""))
         self.assertEqual(self.shown, b"Password: \r\n")
 
-    def test_it_can_be_edited(self):
+    def test_the_typed_password_can_be_edited(self):
         process = self.derive()
         self.type(b"nonsense\x15sekk\x7f\x7fcret\n")  # Ctrl-U, backspace
         self.assertEqual(self.end(process), (0, self.expected, b""))
 
-    def test_twice_with_confirm(self):
+    def test_confirm_asks_twice(self):
         process = self.derive("--confirm")
         self.type(b"secret\n")
         self.type(b"secret\n", b"Password again: ")
         self.assertEqual(self.end(process), (0, self.expected, b""))
         self.assertEqual(self.shown, b"Password: \r\nPassword again: \r\n")
 
-    def test_two_different_ones_are_refused(self):
+    def test_two_different_passwords_are_refused(self):
         for again in (b"secre", b"secrets", b"Secret", b"secreT"):
             self.shown = b""
             process = self.derive("--confirm")
@@ -235,7 +235,7 @@ class Terminal(ProgramTest):
         self.type(b"\n")
         self.assertEqual(self.end(process)[2], b"vrx: warning: the password is empty\n")
 
-    def test_signals_make_the_terminal_show_again_and_leave_no_file(self):
+    def test_signals_restore_the_echo_and_leave_no_file(self):
         for key, number in ((b"\x03", signal.SIGINT), (b"\x1c", signal.SIGQUIT), (b"", signal.SIGTERM), (b"", signal.SIGHUP)):
             with self.subTest(number):
                 self.shown = b""
@@ -246,7 +246,7 @@ class Terminal(ProgramTest):
                 self.assertEqual(self.end(process)[0], -number)
                 self.assertEqual(self.names(), ["key"])
 
-    def test_ctrl_z_does_not_leave_a_silent_terminal(self):
+    def test_ctrl_z_does_not_leave_the_terminal_without_echo(self):
         process = self.derive()
         self.type(b"\x1asecret\n")
         self.assertEqual(self.end(process), (0, self.expected, b""))
@@ -260,7 +260,7 @@ class Terminal(ProgramTest):
         os.write(self.terminal, b"secret\n")
         self.assertEqual(self.end(process), (0, self.expected, b""))
 
-    def test_nothing_is_asked_when_the_result_could_not_be_written(self):
+    def test_nothing_is_asked_if_the_output_cannot_be_written(self):
         process = self.derive("--out", "key")
         code, _, err = self.end(process)
         self.assertEqual((code, self.shown), (2, b""))

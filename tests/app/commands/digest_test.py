@@ -1,4 +1,4 @@
-"""vrx hash and vrx sha1: digests as others print them, lists in every form, and their verification."""
+"""vrx hash and vrx sha1: digests compared with other programs, lists in every form, and their verification."""
 
 import hashlib
 import os
@@ -46,7 +46,7 @@ class Answers(Samples):
 
     def test_the_default_set_is_cryptopro_and_sets_have_many_names(self):
         empty = {short: self.vrx("hash", "--set", short) for short in SETS}
-        # RFC 5831 leaves the S-boxes open; these are the digests of no bytes at all.
+        # RFC 5831 does not fix the S-boxes; these are the digests of the empty message.
         self.assertTrue(empty["test"].startswith(b"ce85b99cc46752ff"))
         self.assertTrue(empty["cryptopro"].startswith(b"981e5f3ca30c8414"))
         self.assertEqual(self.vrx("hash"), empty["cryptopro"])
@@ -67,12 +67,12 @@ class Answers(Samples):
                     expected = gost.digest(table, data).hex() + "  -\n"
                     self.assertEqual(self.vrx("hash", "--set", short, stdin=data).decode(), expected)
 
-    def test_sha1_equals_pythons(self):
+    def test_sha1_equals_hashlib(self):
         for name in self.samples():
             expected = hashlib.sha1(self.read(name)).hexdigest() + "  " + name + "\n"
             self.assertEqual(self.vrx("sha1", name).decode(), expected)
 
-    def test_pipes_of_any_pace(self):
+    def test_pipes_at_any_pace(self):
         data = random.randbytes(100_000)
         self.write("whole", data)
         for command in ("hash", "sha1"):
@@ -85,7 +85,7 @@ class Answers(Samples):
 
 
 class Witnesses(Samples):
-    """Programs of others, where they are installed."""
+    """Independent programs, if they are installed."""
 
     def test_sha1sum(self):
         names = self.samples()
@@ -109,7 +109,7 @@ class Witnesses(Samples):
     def test_gostsum_prints_the_last_byte_first(self):
         names = self.samples()
         for short, option in (("cryptopro", []), ("test", ["-t"])):
-            names = [name for name in names if self.read(name)]  # that program's digest of an empty file is another
+            names = [name for name in names if self.read(name)]  # that program's digest of an empty file differs
             out = self.tool("gostsum", *option, *names).out
             self.assertEqual(self.vrx("hash", "--set", short, "--reverse", *names), out.replace(b" ", b"  "))
             self.write("list", out)
@@ -120,7 +120,7 @@ class Witnesses(Samples):
         if self.tool("openssl", "dgst", "-engine", "gost", "-md_gost94", "key").code != 0:
             self.skipTest("openssl has no engine gost")
         for name in self.samples():
-            if self.read(name):  # that engine's digest of an empty file is another
+            if self.read(name):  # that engine's digest of an empty file differs
                 out = self.tool("openssl", "dgst", "-engine", "gost", "-md_gost94", name).out
                 self.assertEqual(self.vrx("hash", name).split()[0], out.split()[-1])
 
@@ -164,7 +164,7 @@ class Lists(Samples):
         self.write("list", listed.replace(b"GOST94-CRYPTOPRO", b"GOST94"))
         self.refused("hash", "--check", "list", code=1, out=b"a: OK\na: FAILED\n", says="1 digest did not match")
 
-    def test_plain_lines_are_of_the_set_of_the_options(self):
+    def test_plain_lines_use_the_set_given_by_options(self):
         self.write("list", self.vrx("hash", "--set", "test", "a"))
         self.assertEqual(self.vrx("hash", "--set", "test", "--check", "list"), b"a: OK\n")
         self.refused("hash", "--check", "list", code=1, out=b"a: FAILED\n", says="1 digest did not match")
@@ -183,7 +183,7 @@ class Lists(Samples):
                 self.refused(command, "--check", "list", code=1, out=b"a: FAILED\nb: FAILED\nempty: FAILED\n",
                              says="3 digests did not match")
 
-    def test_what_cannot_be_read_does_not_stop_the_rest(self):
+    def test_an_unreadable_file_does_not_stop_the_rest(self):
         os.mkdir(self.path("folder"))
         for command in ("hash", "sha1"):
             done = self.run_vrx(command, "none", "a", "folder", "empty", "/proc/self/mem", "b")
@@ -194,14 +194,14 @@ class Lists(Samples):
             self.assertIn("cannot read 'folder': Is a directory", errors[1])
             self.assertIn("cannot read '/proc/self/mem': Input/output error", errors[2])
 
-    def test_the_list_replaces_none_of_its_files(self):
+    def test_the_list_must_not_replace_its_inputs(self):
         self.vrx("hash", "-o", "list", "a", "b")
         self.assertEqual(self.read("list"), self.vrx("hash", "a", "b"))
         os.link(self.path("a"), self.path("hard"))
         for name in ("a", "hard"):
             self.refused("hash", "-o", name, "a", "b", says=f"'{name}' is read by this command")
         self.assertEqual(self.read("a"), b"first")
-        # With standard output that would forbid what works everywhere: vrx hash * > list
+        # Standard output is exempt: vrx hash * > list must work.
         with open(self.path("list"), "wb") as out:
             self.assertEqual(self.run_vrx("hash", "list", stdout=out).code, 0)
 
@@ -224,7 +224,7 @@ class Checks(Samples):
         self.write("b", bytes(1_000_000))
 
     def check(self, command, content, code, out, *errors, options=()):
-        """Verify a list. `errors`: what each line on standard error holds."""
+        """Verify a list. `errors`: the text that each line on standard error must contain."""
         self.write("list", content)
         done = self.run_vrx(command, "--check", *options, "list")
         self.assertEqual((done.code, done.out.decode()), (code, out), done.err)
@@ -235,7 +235,7 @@ class Checks(Samples):
             self.assertIn(text, line)
 
     def each(self):
-        """For both commands, and both forms of lines: name of the command, and the lines of a and b."""
+        """For both commands and both formats: the name of the command, and the lines for a and b."""
         for command in ("hash", "sha1"):
             for tag in ([], ["--tag"]):
                 with self.subTest(command=command, tag=tag):
@@ -266,7 +266,7 @@ class Checks(Samples):
         for bit in range(160):
             self.check("sha1", b"%040x  a\n" % (int(digest, 16) ^ 1 << bit), 1, "a: FAILED\n", "1 digest did not match")
 
-    def test_any_line_that_is_not_understood_fails(self):
+    def test_any_malformed_line_fails(self):
         for command, a, b in list(self.each()):
             digest = max(re.findall(rb"[0-9a-f]{40,}", a))
             tag = b"SHA1" if command == "sha1" else b"GOST94-CRYPTOPRO"
@@ -286,7 +286,7 @@ class Checks(Samples):
             self.check(command, b"nonsense", 1, "", options=["--status"])
             self.check(command, b"nonsense\n" + b, 1, "", "line 1", "1 line", options=["--quiet"])
 
-    def test_lists_of_other_digests_are_not_understood(self):
+    def test_lists_of_other_digests_are_rejected(self):
         self.check("hash", self.vrx("sha1", "a"), 1, "", "line 1", "1 line")
         self.check("hash", self.vrx("sha1", "--tag", "a"), 1, "", "line 1", "1 line")
         self.check("sha1", self.vrx("hash", "--tag", "a"), 1, "", "line 1", "1 line")

@@ -40,7 +40,7 @@ class RoundTrips(ProgramTest):
             with self.subTest(length=length):
                 self.round_trip(self.data[:length])
 
-    def test_pipes_of_any_grain(self):
+    def test_pipes_with_chunks_of_any_size(self):
         expected = self.vrx("encrypt", "--key", "key", "--iv", IV, stdin=self.data)
         for grain in (1, 7, 8, 4096, 65_537):
             with self.subTest(grain=grain):
@@ -62,7 +62,7 @@ class RoundTrips(ProgramTest):
                               env={**os.environ, "VRX": PROGRAM})
         self.assertEqual((done.returncode, done.stderr), (0, b""))
 
-    def test_output_comes_as_soon_as_there_are_whole_blocks(self):
+    def test_whole_blocks_are_written_immediately(self):
         process = self.start("encrypt", "--key", "key", "--iv", IV, stdin=subprocess.PIPE)
         process.stdin.write(b"twelve bytes")
         process.stdin.flush()
@@ -70,7 +70,7 @@ class RoundTrips(ProgramTest):
         process.stdin.close()
         self.assertEqual(len(process.stdout.read()), 4)
 
-    def test_the_wrong_key_gives_something_else(self):
+    def test_a_wrong_key_yields_a_different_plaintext(self):
         encrypted = self.vrx("encrypt", "--key", "key", stdin=b"some plaintext")
         self.write("other", KEY[::-1], 0o600)
         self.assertNotEqual(self.vrx("decrypt", "--key", "other", stdin=encrypted), b"some plaintext")
@@ -95,7 +95,7 @@ class Keys(ProgramTest):
             self.write("bad", content, 0o600)
             self.refused("encrypt", "--key", "bad", says=["'bad' holds " + size + " bytes", "a key is 32 bytes"])
 
-    def test_a_wrong_digit_is_refused(self):
+    def test_an_invalid_digit_is_refused(self):
         self.write("bad", KEY.hex().encode()[:63] + b"g", 0o600)
         self.refused("encrypt", "--key", "bad", says=["'bad'", "not a hexadecimal digit"])
 
@@ -161,12 +161,12 @@ class Options(ProgramTest):
             self.assertEqual(both[0], both[1], name)
             self.assertEqual(len(both[0]), 64)
 
-    def test_what_goes_wrong_stays_where_the_help_says(self):
+    def test_errors_spread_only_as_far_as_the_help_says(self):
         text = bytes(range(256)) * 8
         self.write("long", text)
 
         def wrong(mode, *encryption, change=None, decryption=()):
-            """The places that differ after a decryption with other options or a changed byte."""
+            """The positions that differ after decryption with other options or a changed byte."""
             secret = bytearray(self.vrx("encrypt", "--key", "key", "--mode", mode, *encryption, "long"))
             if change is not None:
                 secret[change] ^= 1
@@ -202,7 +202,7 @@ class Options(ProgramTest):
     def test_tables(self):
         sets = json.loads(self.vrx("params", "--json"))["sbox_sets"]
         text = next(s["table"] for s in sets if s["name"] == "tz_c").encode()
-        # In the numeric form the digit that comes first in the text is the low half of its byte.
+        # In the numeric form, the first of two digits in the text is the low nibble of the byte.
         numeric = bytes(int(text[i + 1 : i + 2] + text[i : i + 1], 16) for i in range(0, 128, 2))
         expected = self.encrypt("--params", "C")
         for table in (text, text.lower(), text + b"\n", text + b"\r\n", numeric):
@@ -219,7 +219,7 @@ class Options(ProgramTest):
         self.refused("encrypt", "--key", "key", "--table", "none", says="cannot open 'none'")
 
 
-class Vectors(ProgramTest):
+class InitialValues(ProgramTest):
     def test_an_iv_is_drawn_and_written_before_the_data(self):
         first = self.vrx("encrypt", "--key", "key", stdin=b"text")
         second = self.vrx("encrypt", "--key", "key", stdin=b"text")
@@ -254,7 +254,7 @@ class Vectors(ProgramTest):
 
 
 class Lengths(ProgramTest):
-    def test_parts_of_blocks_are_refused_in_ss_and_cbc(self):
+    def test_partial_blocks_are_refused_in_ss_and_cbc(self):
         for mode in ("ss", "cbc"):
             for size in (1, 9, 300_001):
                 self.write("in", bytes(size))
@@ -264,7 +264,7 @@ class Lengths(ProgramTest):
                     self.refused(command, "--key", "key", "--mode", mode, "in", says=says)  # nothing on standard output
         self.assertEqual(self.names(), ["in", "key"])
 
-    def test_over_a_pipe_no_file_is_left(self):
+    def test_a_failure_on_piped_input_leaves_no_file(self):
         self.write("out", b"before")
         for mode in ("ss", "cbc"):
             for name in ("out", "new"):

@@ -1,4 +1,4 @@
-"""vrx hmac: keys, MACs as others print them, and the lists, which are those of digests."""
+"""vrx hmac: keys, MACs compared with other programs, and lists."""
 
 import os
 import random
@@ -55,7 +55,7 @@ class Keys(HashTest):
         self.write("other", key, 0o600)
         return self.vrx("hmac", "--key", "other", *options, "a")
 
-    def test_every_byte_of_the_file_counts(self):
+    def test_every_byte_of_the_key_file_matters(self):
         keys = [b"secret", b"secret\n", b"secret\r\n", b"secret\n\n", b" secret", b"SECRET", b"\0", bytes(33), KEY, KEY.hex().encode()]
         self.assertEqual(len({self.mac(key) for key in keys}), len(keys))
 
@@ -136,7 +136,7 @@ class Lists(HashTest):
                     options += ["--reverse"] if "--reverse" in form else []
                     self.assertEqual(self.vrx(*HMAC, *options, "--check", "list"), b"a: OK\nb: OK\nempty: OK\n")
 
-    def test_what_is_wrong_fails(self):
+    def test_invalid_lines_and_changed_files_fail(self):
         line = self.vrx(*HMAC, "a")
         for bit in range(0, 256, 5):
             self.write("list", b"%064x  a\n" % (int(line[:64], 16) ^ 1 << bit))
@@ -157,7 +157,7 @@ class Lists(HashTest):
         self.write("list", self.vrx("hash", "--tag", "a"))
         self.assertEqual(self.run_vrx(*HMAC, "--check", "--status", "list").code, 1)
 
-    def test_what_cannot_be_read_does_not_stop_the_rest(self):
+    def test_an_unreadable_file_does_not_stop_the_rest(self):
         done = self.run_vrx(*HMAC, "none", "a", ".", "empty")
         self.assertEqual((done.code, done.out), (2, self.vrx(*HMAC, "a", "empty")))
         self.assertEqual(done.err.count(b"\n"), 2)

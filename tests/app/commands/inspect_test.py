@@ -1,4 +1,4 @@
-"""vrx inspect: what files are, in words; no secret among them."""
+"""vrx inspect: descriptions of files, without secrets."""
 
 import base64
 import json
@@ -14,7 +14,7 @@ from signatures import SignatureTest, flipped
 
 class InspectTest(SignatureTest):
     def facts(self, *arguments, code=0, **options):
-        """What one file is, and the facts about it."""
+        """The description of a file, and the facts about it."""
         done = self.run_vrx("inspect", *arguments, **options)
         self.assertEqual((done.code, done.err), (code, b""))
         lines = done.out.decode().splitlines()
@@ -32,7 +32,7 @@ class InspectTest(SignatureTest):
 
 
 class Keys(InspectTest):
-    def test_pairs_of_keys_in_pem_and_der(self):
+    def test_key_pairs_in_pem_and_der(self):
         curves = {c["short"]: c for c in json.loads(self.vrx("params", "--json"))["curves"]}
         for curve, entry in curves.items():
             self.pair(curve, curve)
@@ -98,7 +98,7 @@ class Keys(InspectTest):
             self.assertIn("a key of the cipher", what)
             self.assertEqual((facts["form"], facts["access"]), (form, "its owner alone"))
 
-    def test_keys_of_others(self):
+    def test_unsupported_keys(self):
         self.pair("a", "A")
         newer = self.der("a.key").replace(bytes.fromhex("06062a8503020213"), bytes.fromhex("06062a8503020214"))
         self.write("other", self.pem("PRIVATE KEY", newer), 0o600)
@@ -184,7 +184,7 @@ class Certificates(InspectTest):
                             ("0603550403", x509.text("1e", "Анна", "utf-16-be")), ("060355040b", x509.text("14", "é", "latin-1")),
                             ("06082a85030381030101", x509.text("12", "007")), ("06022a03", "0101ff"),
                             ("0603550404", x509.element("0c", "c1810aff41")), ("060355042a", x509.text("0c", "🙂")),
-                            # An overlong form, a surrogate, a number too large, and one that ends too soon.
+                            # An overlong form, a surrogate, a number that is too large, and a truncated character.
                             ("0603550407", x509.element("0c", "e08181eda181f4908181f09f99")))
         for locale in ("C", "C.UTF-8"):
             _, facts = self.facts(stdin=self.certificate(CURVE_A, subject=subject), env={"LC_ALL": locale})
@@ -192,7 +192,7 @@ class Certificates(InspectTest):
                                                "SN=Á\\{81}\\{0a}ÿA, GN=🙂, "
                                                "L=à\\{81}\\{81}í¡\\{81}ô\\{90}\\{81}\\{81}ð\\{9f}\\{99}")
 
-    def test_of_an_issuer(self):
+    def test_a_certificate_from_an_issuer(self):
         issuer = x509.name(("0603550403", x509.text("0c", "Boris")))
         _, facts = self.facts(stdin=self.certificate(CURVE_A, HASH_TEST, CIPHER_A, issuer=issuer))
         self.assertEqual((facts["subject"], facts["issuer"]), ("CN=Anna", "CN=Boris"))
@@ -204,7 +204,7 @@ class Certificates(InspectTest):
         self.assertIn("not yet", facts["valid"])
         self.assertIn("NOT valid by its own key", facts["signature"])
 
-    def test_of_another_algorithm(self):
+    def test_a_key_of_another_algorithm(self):
         rsa = "300d06092a864886f70d0101010500"
         octets = x509.certificate(x509.to_be_signed(x509.element("30", rsa, "030400300000")))
         what, facts = self.facts(stdin=octets)
@@ -234,7 +234,7 @@ class Others(InspectTest):
 
 class LargeFiles(ProgramTest):
     def test_reading_a_large_file_takes_linear_time(self):
-        """Two megabytes of every kind that a parser might read again and again."""
+        """Two megabytes of each input that a parser could read quadratically."""
         label = b"-----BEGIN " + b"A" * 1_000_000 + b"-----\n"
         ends = b"-----END PRIVATE KEY-----\n"
         for content in (label + b"\n" * 1_000_000, label + b"AAAA\n" * 200_000, b"-----BEGIN " * 190_000,

@@ -53,7 +53,7 @@ class Lists(MacTest):
         self.assertEqual(done.out.splitlines(), [line[:1].strip(b"0123456789abcdef") + line[18 + line.startswith(b"\\") :] + b": OK"
                                                  for line in listed.splitlines()])
 
-    def test_what_cannot_be_read_does_not_stop_the_rest(self):
+    def test_an_unreadable_file_does_not_stop_the_rest(self):
         os.mkdir(self.path("folder"))
         self.write("empty", b"")
         done = self.run_vrx(*MAC, "none", "a", "folder", "empty", "b")
@@ -78,7 +78,7 @@ class Lists(MacTest):
 
 class Checks(MacTest):
     def check(self, content, code, out, *errors, options=()):
-        """Verify a list. `errors`: what each line on standard error holds."""
+        """Verify a list. `errors`: the text that each line on standard error must contain."""
         self.write("list", content)
         done = self.run_vrx(*MAC, "--check", *options, "list")
         self.assertEqual((done.code, done.out.decode()), (code, out), done.err)
@@ -118,7 +118,7 @@ class Checks(MacTest):
         self.write("key", KEY[::-1], 0o600)
         self.refused(*MAC, "--check", "list", code=1, out=b"a: FAILED\n", says="1 MAC did not match")
 
-    def test_any_line_that_is_not_understood_fails(self):
+    def test_any_malformed_line_fails(self):
         mac = self.mac["a"]
         bad = [b"", b" ", b"# comment", mac, mac + b" ", mac + b"  ", mac + b"\ta", mac[:-1] + b"  a", mac + b"0  a",
                mac[:-1] + b"g  a", b" " + mac + b"  a", b"\\" + mac + b"  a\\", b"\\" + mac + b"  a\\t", mac + b"  a\0",

@@ -1,4 +1,4 @@
-"""vrx keypair, pubkey, sign, verify, agree and diversify: answers, other programs, and files that are wrong."""
+"""vrx keypair, pubkey, sign, verify, agree and diversify: known answers, other programs, and invalid files."""
 
 import base64
 import json
@@ -24,7 +24,7 @@ def curve_name(full):
 
 
 class Answers(SignatureTest):
-    def test_public_keys_of_private_ones(self):
+    def test_public_keys_of_private_keys(self):
         for answer in kat.answers("ecc/keys.kat"):
             if "private" not in answer or "public" not in answer:
                 continue
@@ -47,7 +47,7 @@ class Answers(SignatureTest):
         built_in = json.loads(self.vrx("params", "--json"))
         tables = {s["name"]: s["table"] for s in built_in["sbox_sets"]}
         for answer in kat.answers("ecc/keywrap.kat"):
-            if "diversified" in answer:  # under the S-boxes of a hash, which the command does not offer: proves the model
+            if "diversified" in answer:  # S-boxes of a hash, which the command does not offer: tests the model
                 model = gost.diversify(tables["tz_0"], answer.octets("kek"), answer.octets("ukm"))
                 self.assertEqual(model, answer.octets("diversified"))
         key = bytes(range(32))
@@ -66,14 +66,14 @@ class Answers(SignatureTest):
         self.write("raw", bytes.fromhex(private), 0o600)
         octets = self.vrx("pubkey", "--format", "raw", "--curve", "XchA", "raw")
         self.assertIn(octets, base64.b64decode("".join(text.split("\n")[1:-2])))
-        # The same as PKCS #8: plain octets, an OCTET STRING of them, an INTEGER.
+        # The same key in PKCS #8: as plain octets, as an OCTET STRING, and as an INTEGER.
         head = "020100301c06062a8503020213301206072a850302022400" + "06072a850302021e01"
         for value in (private, "0420" + private, "0220" + bytes.fromhex(private)[::-1].hex()):
             body = head + f"04{len(value) // 2:02x}" + value
             self.write("p8", self.pem("PRIVATE KEY", bytes.fromhex(f"30{len(body) // 2:02x}" + body)), 0o600)
             self.assertEqual(self.vrx("pubkey", "p8").decode(), text)
 
-    def test_an_integer_is_read_in_its_shortest_form_alone(self):
+    def test_an_integer_must_be_in_its_shortest_form(self):
         head = "020100301c06062a8503020213301206072a850302022301" + "06072a850302021e01"
 
         def write(value, behind=""):
@@ -169,14 +169,14 @@ class RoundTrips(SignatureTest):
         self.valid("--set", "test")
         self.invalid()
 
-    def test_every_flipped_bit_of_a_signature_is_noticed(self):
+    def test_every_flipped_bit_of_a_signature_is_detected(self):
         self.pair("a", "A")
         self.vrx("sign", "-k", "a.key", "-o", "sig", "letter")
         for _, bad in flipped(self.read("sig")):
             self.write("bad", bad)
             self.invalid(signature="bad")
 
-    def test_every_flipped_bit_of_the_data_is_noticed(self):
+    def test_every_flipped_bit_of_the_data_is_detected(self):
         self.pair("a", "XchB")
         self.vrx("sign", "-k", "a.key", "-o", "sig", "letter")
         for _, bad in flipped(self.read("letter")):
@@ -191,7 +191,7 @@ class RoundTrips(SignatureTest):
         self.invalid(key="b.pub")
 
     def test_numbers_out_of_range_are_refused(self):
-        # On this curve s + q has 256 bits too. It passes the equation of verification, but no signer writes it.
+        # On this curve s + q also has 256 bits. It satisfies the verification equation but is out of range.
         q = ORDER["Test"]
         self.pair("a", "Test")
         self.vrx("sign", "-k", "a.key", "-o", "sig", "letter")
@@ -208,7 +208,7 @@ class RoundTrips(SignatureTest):
             self.assertEqual(self.vrx("pubkey", "--curve", name, "a.key"), self.read("a.pub"))
         self.refused("pubkey", "--curve", "A", "a.key", says="on the curve XchA, not on 'A'")
 
-    def test_line_ends_and_comments_around_a_key(self):
+    def test_newlines_and_comments_around_a_key(self):
         self.pair("a", "A")
         self.vrx("sign", "-k", "a.key", "-o", "sig", "letter")
         key = self.read("a.pub")
@@ -340,7 +340,7 @@ class WrongFiles(SignatureTest):
         self.refused("sign", "-k", "none", "letter", says="cannot open 'none'")
         self.refused("sign", "-k", ".", "letter", says="cannot read '.'")
 
-    def test_truncated_octets_and_octets_too_many(self):
+    def test_truncated_and_excess_octets(self):
         for name, label, command in (("a.key", "PRIVATE KEY", ["sign", "-k", "bad", "letter"]),
                                      ("a.pub", "PUBLIC KEY", ["verify", "-k", "bad", "-S", "sig", "letter"])):
             octets = self.der(name)
@@ -352,12 +352,12 @@ class WrongFiles(SignatureTest):
                 self.write("bad", text[:size], 0o600)
                 self.refused(*command, says="'bad' is not a whole key file")
 
-    def test_every_flipped_bit_around_a_private_number_is_noticed(self):
+    def test_every_flipped_bit_around_a_private_number_is_detected(self):
         octets = self.der("a.key")
         curve = octets.index(bytes.fromhex("06072a8503020223")) + 8
         for place, bad in flipped(octets, range(len(octets) - 32)):
             if place == curve or HASH_SETS[0] in bad:
-                continue  # a key like any other
+                continue  # another valid key
             self.write("bad", self.pem("PRIVATE KEY", bad), 0o600)
             self.refused("sign", "-k", "bad", "letter", says="'bad' is not a private key")
 
@@ -373,7 +373,7 @@ class WrongFiles(SignatureTest):
                 self.write("bad", bad, 0o600)
                 self.refused(*command, says="'bad'")
 
-    def test_every_flipped_bit_of_a_public_key_is_noticed(self):
+    def test_every_flipped_bit_of_a_public_key_is_detected(self):
         octets = self.der("a.pub")
         for _, bad in flipped(octets):
             self.write("bad", self.pem("PUBLIC KEY", bad))
@@ -382,7 +382,7 @@ class WrongFiles(SignatureTest):
             else:
                 self.refused("verify", "-k", "bad", "-S", "sig", "letter", says="'bad'")
 
-    def test_numbers_that_are_no_keys(self):
+    def test_numbers_that_are_not_valid_keys(self):
         q = ORDER["A"]
         for d in (0, q, q + 1, 2**256 - 1):
             self.write("bad", d.to_bytes(32, "little"), 0o600)
@@ -394,7 +394,7 @@ class WrongFiles(SignatureTest):
                          says="not on the curve A")
 
     def test_coordinates_that_are_not_reduced(self):
-        # On this curve both coordinates have room for p more: the same point modulo p, in octets that nobody writes.
+        # On this curve p can be added to both coordinates: the same point, but the octets are not reduced modulo p.
         p = 2**255 + 0x431
         raw = ["--format", "raw", "--curve", "Test"]
         self.pair("r", "Test", "--format", "raw")
@@ -413,7 +413,7 @@ class WrongFiles(SignatureTest):
         self.refused("pubkey", "--format", "jpeg", "bad", says="use pem, der or raw")
         self.refused("pubkey", "--curve", "B", "a.key", says=["on the curve A", "not on 'B'"])
 
-    def test_signatures_of_another_form(self):
+    def test_malformed_signature_files(self):
         good = self.read("sig")
         text = base64.b64encode(good)
         for bad in (b"", good[:-1], good + b"x", b"00" * 63, b"00" * 65, b"zz" * 64, text[:-1], text[:-4], text + b"AAAA",
@@ -425,7 +425,7 @@ class WrongFiles(SignatureTest):
         for command in ("sign", "verify"):
             self.refused(command, says="is needed")
 
-    def test_new_keys_belong_to_their_owner_alone(self):
+    def test_only_the_owner_can_read_new_keys(self):
         for mask in (0o000, 0o777):
             self.vrx("keypair", "--curve", "A", "--out", f"new{mask}", umask=mask)
             self.assertEqual(self.mode(f"new{mask}"), 0o600)

@@ -1,4 +1,4 @@
-"""vrx speed: a figure for every algorithm, in a table and in a picture."""
+"""vrx speed: a figure for every algorithm, in a table and in a chart."""
 
 import os
 import re
@@ -16,7 +16,7 @@ ROWS = ["ss, encrypt", "ss, decrypt", "gamm, both ways", "gamm, key meshing", "g
 
 
 class Speed(ProgramTest):
-    def test_the_table_and_the_picture_tell_the_same(self):
+    def test_the_table_and_the_chart_show_the_same_figures(self):
         text = self.vrx("speed", "--seconds", "0.2", "--plot", "x.svg").decode()
         self.assertRegex(text, r"\AProcessor: .+, one thread\nEngines:   cipher +\w+ \(.+\)\n +hash .+\n +SHA-1 .+\n"
                                r" +curves .+\n +S-boxes .+\n\n")
@@ -37,14 +37,14 @@ class Speed(ProgramTest):
         self.assertTrue(all(0 < bar < size for bar in bars))
         engines = [tuple(line.split()[-2:]) for line in re.sub(r" \(.*\)", "", text).split("\n\n")[0].splitlines()[1:]]
         self.assertIn("Engines: " + ", ".join(map(" ".join, engines)), [text for kind, text in texts if kind == "note"])
-        # The lengths are to the scale of the group: its largest figure has the longest bar.
+        # Bars are scaled by group: the largest figure of each group has the longest bar.
         for first, last in ((0, 14), (14, 24), (24, 27)):
             group = list(zip(bars[first:last], (float(value) for _, value in figures[first:last])))
             scale = max(bar for bar, _ in group) / max(value for _, value in group)
             for bar, value in group:
                 self.assertAlmostEqual(bar, max(value * scale, 1), delta=4)
 
-    def test_it_takes_as_long_as_it_is_told(self):
+    def test_it_runs_for_the_requested_time(self):
         begin = time.monotonic()
         self.vrx("speed", "--seconds", "1")
         self.assertLess(time.monotonic() - begin, 60 if SANITIZED else 10)

@@ -1,4 +1,4 @@
-"""Where the output goes: never half-written, never over an input; full disks, broken pipes, signals, memory."""
+"""Output files: never half-written, never over an input; full disks, broken pipes, signals, memory."""
 
 import contextlib
 import ctypes
@@ -15,7 +15,7 @@ from program import PROGRAM, SANITIZED, ProgramTest, main
 
 NOBODY = 65534
 FAULTS = os.environ.get("VRX_FAULTS", "")
-# Those that end a program, but for SIGKILL and those of faults in the program itself.
+# The fatal signals, except SIGKILL and those that a fault in the program raises.
 DEADLY = [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGPIPE, signal.SIGTERM, signal.SIGALRM, signal.SIGUSR1,
           signal.SIGUSR2, signal.SIGVTALRM, signal.SIGPROF, signal.SIGXCPU, signal.SIGIO, signal.SIGPWR, 16,
           signal.SIGRTMIN, signal.SIGRTMIN + 7, signal.SIGRTMAX]
@@ -46,10 +46,10 @@ class Outputs(ProgramTest):
         status = os.stat(self.path("out"))
         self.assertEqual((status.st_uid, status.st_gid), (12345, 54321))
 
-    def test_a_write_protected_file_stays(self):
+    def test_a_write_protected_file_is_not_replaced(self):
         self.write("out", b"before", 0o444)
         user = {}
-        if os.geteuid() == 0:  # who may write everything
+        if os.geteuid() == 0:  # root may write everything
             for name in (".", "key", "in", "out"):
                 os.chown(self.path(name), NOBODY, NOBODY)
             user = {"user": NOBODY, "group": NOBODY, "extra_groups": []}
@@ -125,7 +125,7 @@ class SameFile(ProgramTest):
         os.link(self.path("in"), self.path("hard"))
         os.symlink("in", self.path("soft"))
 
-    def test_the_output_is_no_input(self):
+    def test_the_output_must_not_be_an_input(self):
         for name in ("in", "./in", "hard", "soft"):
             self.refused(*ENCRYPT, "-o", name, "in", says=["would be overwritten", "name another output with -o"])
         self.refused(*ENCRYPT, "-o", "key", "in", says="'key' is read by this command")
@@ -136,7 +136,7 @@ class SameFile(ProgramTest):
         self.assertEqual(self.read("in"), b"some text")
         self.assertEqual(len(self.read("key")), 32)
 
-    def test_neither_is_standard_output(self):
+    def test_standard_output_must_not_be_an_input(self):
         with open(self.path("in"), "ab") as out:
             self.refused(*ENCRYPT, "in", says="standard output is read by this command", stdout=out, out=None)
         with open(self.path("in"), "r+b") as both:
@@ -197,7 +197,7 @@ class HostileFolders(ProgramTest):
         super().setUp()
         self.write("in", b"some text")
 
-    def test_the_folder_is_the_one_that_was_opened(self):
+    def test_output_goes_to_the_folder_that_was_opened(self):
         os.mkdir(self.path("folder"))
         process = self.start(*ENCRYPT, "-o", "folder/out", stdin=subprocess.PIPE)
         process.stdin.write(b"text")
@@ -223,12 +223,12 @@ class HostileFolders(ProgramTest):
             process.stdin.close()
             self.assertEqual(process.wait(60), 0)
             self.assertFalse(os.path.islink(self.path("out")))
-            self.assertEqual(self.mode("out"), 0o640)  # no longer the file whose permissions were seen
+            self.assertEqual(self.mode("out"), 0o640)  # not the file whose permissions were read
             self.assertEqual((self.read("secret"), self.mode("secret")), (b"secret", 0o600))
             os.unlink(self.path("out"))
 
     def test_names_that_are_swapped_all_the_time_never_open_a_private_file(self):
-        """Two names change places: an open file, and a link to a private one."""
+        """Two names are swapped repeatedly: a regular file, and a link to a private one."""
         self.write("out", b"open", 0o666)
         self.write("secret", b"secret", 0o600)
         os.symlink("secret", self.path("link"))
@@ -278,7 +278,7 @@ class HostileFolders(ProgramTest):
 
 class Signals(ProgramTest):
     def half_way(self, target, **options):
-        """A run that has written a part of its output and waits for more input."""
+        """A run that has written part of its output and waits for more input."""
         process = self.start(*ENCRYPT, "-o", target, stdin=subprocess.PIPE, **options)
         process.stdin.write(bytes(100_000))
         process.stdin.flush()
@@ -286,7 +286,7 @@ class Signals(ProgramTest):
         return process
 
     def env(self):
-        """Environments of runs: as it is, and where the file system has no files without names."""
+        """The environments to test: the actual one, and one where the file system has no unnamed files."""
         yield {}
         if FAULTS:
             yield {"env": {**os.environ, "LD_PRELOAD": FAULTS, "VRX_FAULT_NAMED": "1"}}
@@ -328,7 +328,7 @@ class Signals(ProgramTest):
         self.assertEqual(process.wait(60), 0)
         self.assertEqual(len(self.read("out")), 100_008)
 
-    def test_killed_it_leaves_the_old_file_whole(self):
+    def test_a_killed_run_leaves_the_old_file_intact(self):
         self.write("out", b"before")
         process = self.half_way("out")
         process.kill()
@@ -432,7 +432,7 @@ class ProgressBar(ProgramTest):
         process.stdin.close()
         self.assertEqual(process.wait(60), 0)
 
-    def test_a_long_run_shows_it_on_a_terminal_and_clears_it(self):
+    def test_a_long_run_shows_progress_and_clears_it(self):
         with self.terminal() as (terminal, program_end):
             process = self.start(*ENCRYPT, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=program_end)
             os.close(program_end)
@@ -449,7 +449,7 @@ class ProgressBar(ProgramTest):
             self.assertEqual(process.wait(60), 0)
             self.assertEqual(self.shown(terminal), b"")
 
-    def test_without_a_terminal_there_is_none(self):
+    def test_without_a_terminal_nothing_is_shown(self):
         process = self.start(*ENCRYPT, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL)
         self.slowly(process)
         self.assertEqual(process.stderr.read(), b"")

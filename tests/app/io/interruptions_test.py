@@ -1,4 +1,4 @@
-"""What may come between: kills at any moment, other programs, files that change, folders that cannot be written."""
+"""Interruptions: kills at any moment, concurrent programs, files that change, folders that are not writable."""
 
 import os
 import random
@@ -15,7 +15,7 @@ ENCRYPT = ["encrypt", "--key", "key", "--iv", IV]
 
 
 class AtAnyMoment(ProgramTest):
-    """Runs that a signal ends, at moments drawn from all of the time that such a run takes."""
+    """Runs that a signal ends at a random moment."""
 
     def setUp(self):
         super().setUp()
@@ -33,7 +33,7 @@ class AtAnyMoment(ProgramTest):
                 os.unlink(self.path(name))
 
     def runs(self, command, number, count, before=None):
-        """Yields after each run whether it was ended by the signal. The output is there before, or is not."""
+        """Run `count` times; after each run, yield whether the signal ended it. `before` is the old output, if any."""
         self.clear()
         start = time.monotonic()
         self.vrx(*command)
@@ -58,7 +58,7 @@ class AtAnyMoment(ProgramTest):
                 check()
             else:
                 self.assertTrue(ended)
-            if number != signal.SIGKILL:  # which nobody can clean up after
+            if number != signal.SIGKILL:  # SIGKILL leaves no chance to clean up
                 self.assertEqual([name for name in self.names() if name.startswith(".vrx-")], [])
 
     def same_ciphertext(self):
@@ -87,7 +87,7 @@ class AtAnyMoment(ProgramTest):
     def test_a_killed_derivation(self):
         process = self.start("derive", "--kdf", "pbkdf2", "--salt", 8 * "5a", "--iterations", "10000", "--password-fd", "0",
                              "--out", "out", stdin=-1)
-        # It has made sure of its output, and waits for the password.
+        # By now it has opened its output, and waits for the password.
         self.wait_for_input(process)
         process.kill()
         process.wait(60)
@@ -97,7 +97,7 @@ class AtAnyMoment(ProgramTest):
         for ended in self.runs([*ENCRYPT, "-o", "out", "in"], signal.SIGKILL, 30, b"before"):
             self.assertIn(self.read("out"), (b"before", self.read("right")) if ended else (self.read("right"),))
 
-    def test_ended_runs_clean_up(self):
+    def test_terminated_runs_clean_up(self):
         for number in (signal.SIGTERM, signal.SIGUSR1):
             self.expect_whole_or_absent([*ENCRYPT, "-o", "out", "in"], self.same_ciphertext, number, 15)
             self.expect_whole_or_absent(["sign", "--key", "pem", "-o", "out", "in"], self.good_signature, number, 15)
@@ -106,7 +106,7 @@ class AtAnyMoment(ProgramTest):
 
 class TwoPrograms(ProgramTest):
     def encryptions(self):
-        """Two runs with one output, each of them half way, and the data that each has been given."""
+        """Two half-finished runs with the same output, and the data that each was given."""
         both = []
         for data in (b"A" * 100_000, b"B" * 100_000):
             process = self.start(*ENCRYPT, "-o", "out", stdin=-1)
@@ -116,7 +116,7 @@ class TwoPrograms(ProgramTest):
             self.wait_for_input(process)
         return both
 
-    def test_the_last_one_that_ends_writes_the_output(self):
+    def test_the_last_run_to_finish_determines_the_output(self):
         for order in (1, -1):
             for process, data in self.encryptions()[::order]:
                 process.stdin.close()
@@ -124,7 +124,7 @@ class TwoPrograms(ProgramTest):
                 self.assertEqual(self.vrx("decrypt", "--key", "key", "--iv", IV, "out"), data)
             self.assertEqual(self.names(), ["key", "out"])
 
-    def test_one_that_fails_does_not_disturb_the_other(self):
+    def test_a_killed_run_does_not_disturb_the_other(self):
         (killed, _), (process, data) = self.encryptions()
         killed.terminate()
         killed.wait(60)
@@ -133,7 +133,7 @@ class TwoPrograms(ProgramTest):
         self.assertEqual(self.vrx("decrypt", "--key", "key", "--iv", IV, "out"), data)
         self.assertEqual(self.names(), ["key", "out"])
 
-    def test_of_many_that_make_a_key_one_does(self):
+    def test_only_one_of_many_runs_creates_the_key(self):
         for command in (["keygen"], ["keypair", "--curve", "A"]):
             for _ in range(5):
                 processes = [self.start(*command, "--out", "new") for _ in range(8)]
@@ -147,7 +147,7 @@ class TwoPrograms(ProgramTest):
 
 
 class ChangingFiles(ProgramTest):
-    """Inputs that change while they are read: the run waits for its reader, with a part of its input still unread."""
+    """Inputs that change during a run, while it waits for its reader and part of the input is unread."""
 
     def half_way(self, *options):
         self.data = random.Random(2).randbytes(SIZE // 8 * 8)
@@ -157,7 +157,7 @@ class ChangingFiles(ProgramTest):
         return process, first
 
     def result(self, process, first):
-        """Exit code, and the plaintext of what was written."""
+        """The exit code, and the plaintext of the output."""
         out, err = process.communicate(timeout=120)
         self.err = err
         return process.returncode, self.vrx("decrypt", "--key", "key", "--iv", IV, stdin=first + out)
@@ -168,12 +168,12 @@ class ChangingFiles(ProgramTest):
             file.write(b"more")
         self.assertEqual(self.result(process, first), (0, self.data + b"more"))
 
-    def test_a_file_that_shrinks_is_read_as_far_as_it_goes(self):
+    def test_a_file_that_shrinks_is_read_to_its_new_end(self):
         process, first = self.half_way()
         os.truncate(self.path("in"), 2 * 1024 * 1024 + 1)
         self.assertEqual(self.result(process, first), (0, self.data[:2 * 1024 * 1024 + 1]))
 
-    def test_a_file_that_becomes_empty_ends(self):
+    def test_a_file_that_becomes_empty_ends_the_run(self):
         process, first = self.half_way()
         os.truncate(self.path("in"), 0)
         code, plaintext = self.result(process, first)
@@ -181,7 +181,7 @@ class ChangingFiles(ProgramTest):
         self.assertLess(len(plaintext), 1024 * 1024)
         self.assertEqual(plaintext, self.data[:len(plaintext)])
 
-    def test_blocks_that_are_no_longer_whole_are_a_failure(self):
+    def test_a_length_that_becomes_invalid_is_an_error(self):
         process, first = self.half_way("--mode", "cbc")
         os.truncate(self.path("in"), 2 * 1024 * 1024 + 1)
         out, err = process.communicate(timeout=120)
@@ -214,7 +214,7 @@ class Places(ProgramTest):
         os.mkdir(self.path("folder"))
         self.write("folder/old", b"before")
         user = {}
-        if os.geteuid() == 0:  # who may write everywhere
+        if os.geteuid() == 0:  # root may write everywhere
             for name in (".", *self.names(), "folder/old"):
                 os.chown(self.path(name), NOBODY, NOBODY)
             user = {"user": NOBODY, "group": NOBODY, "extra_groups": []}

@@ -1,4 +1,4 @@
-"""File names that could deceive whoever reads a terminal: control characters, directions, characters without a width."""
+"""File names that could deceive the reader of a terminal: control, direction and zero-width characters."""
 
 import os
 
@@ -42,7 +42,7 @@ class HostileNames(ProgramTest):
             done = self.run_vrx(*check, "--check", "list")
             self.expect_harmless(name, done.out, done.err)
 
-    def test_lists_that_others_wrote_unescaped(self):
+    def test_unescaped_names_in_lists_of_other_programs(self):
         digest = self.vrx("hash", "key")[:64]
         for name in self.names_of():
             self.write(name, self.read("key"))
@@ -60,13 +60,13 @@ class HostileNames(ProgramTest):
             self.vrx("sign", "--key", "pem", "-o", "sig", name)
             self.expect_harmless(name, self.vrx("verify", "--key", "pub", "-S", "sig", name))
 
-    def test_quotation_marks_end_where_the_name_ends(self):
+    def test_quotation_marks_and_backslashes_are_escaped(self):
         done = self.run_vrx("hash", "a': No such file; all is well 'b")
         self.assertIn(b"cannot open 'a\\': No such file; all is well \\'b': ", done.err)
         done = self.run_vrx("hash", "a\\")
         self.assertIn(b"cannot open 'a\\\\': ", done.err)
 
-    def test_names_in_other_scripts_stay_as_they_are(self):
+    def test_names_in_other_scripts_are_unchanged(self):
         for name in ("имя", "名前", "café", "العربية", "a b"):
             self.write(name, b"text")
             self.assertTrue(self.vrx("hash", name).decode().endswith("  " + name + "\n"))

@@ -29,7 +29,7 @@ Bytes element(const char* head, std::size_t size) {
     return octets;
 }
 
-TEST(Der, lengths_are_taken_in_their_shortest_form_alone) {
+TEST(Der, lengths_must_be_in_their_shortest_form) {
     for (const std::size_t size : {0U, 1U, 127U}) {
         const auto low = static_cast<std::uint8_t>(size);
         EXPECT_EQ(size_of(element(("30" + hex(Bytes{low})).c_str(), size)), static_cast<int>(size));
@@ -45,7 +45,7 @@ TEST(Der, lengths_are_taken_in_their_shortest_form_alone) {
     EXPECT_EQ(size_of(element("3080", 0)), -1);
 }
 
-TEST(Der, an_element_that_is_cut_short_is_refused_without_a_read_past_its_end) {
+TEST(Der, a_truncated_element_is_refused_without_an_overread) {
     for (const auto& [head, size] : {std::pair{"3005", 5U}, {"308180", 128U}, {"30820100", 256U}}) {
         Bytes octets = element(head, size);
         ASSERT_EQ(size_of(octets), static_cast<int>(size));
@@ -56,7 +56,7 @@ TEST(Der, an_element_that_is_cut_short_is_refused_without_a_read_past_its_end) {
     }
 }
 
-TEST(Der, no_part_of_an_object_identifier_begins_with_a_zero_digit) {
+TEST(Der, object_identifier_parts_have_no_leading_zeros) {
     EXPECT_EQ(der::dotted(unhex("2a8503020213")), "1.2.643.2.2.19");
     EXPECT_EQ(der::dotted(unhex("2a8100")), "1.2.128");
     for (const char* const bad : {"8001", "2a8001", "2a800301", "2a03808503", "2a85", ""})
@@ -71,7 +71,7 @@ std::string decoded(std::string_view text) {
     return hex(bytes.bytes());
 }
 
-TEST(Base64, the_bits_that_padding_leaves_over_are_zeros) {
+TEST(Base64, unused_bits_before_padding_must_be_zero) {
     EXPECT_EQ(decoded("/w=="), "ff");
     EXPECT_EQ(decoded("//8="), "ffff");
     EXPECT_EQ(decoded("////"), "ffffff");

@@ -1,6 +1,6 @@
-// What a program has in its writable memory. Usage: memory_of LOCKED LAST PROGRAM [ARGUMENT...]. It runs the program
-// and writes into the file LOCKED what its locked pages held whenever it read, wrote or closed a file, and into LAST
-// everything it could write to when it ended. The exit code is the program's; 77 where no process may be traced.
+// Dumps the writable memory of a program. Usage: memory_of LOCKED LAST PROGRAM [ARGUMENT...]. Runs the program; dumps
+// its locked pages to the file LOCKED whenever it reads, writes or closes a file, and all its writable memory to LAST
+// when it ends. The exit code is that of the program, or 77 if tracing is not permitted.
 #include <fcntl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
@@ -34,7 +34,7 @@ int opened(const std::string& path, int flags) {
     return fd;
 }
 
-/** The memory of a process that was just started. Its files are opened before it may forbid that. */
+/** The memory of a new process. Opens the files in /proc before the process can deny access to them. */
 class Memory {
 public:
     explicit Memory(pid_t process)

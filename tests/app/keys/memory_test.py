@@ -1,4 +1,4 @@
-"""vrx: secrets are kept in locked pages, and nothing of them is in its memory when it ends."""
+"""Tests that vrx keeps secrets in locked pages, and that no trace of them is in its memory when it ends."""
 
 import base64
 import os
@@ -16,7 +16,7 @@ PASSWORD = os.urandom(20).hex().encode()
 @unittest.skipIf(SANITIZED, "sanitizers lock no memory, and have plenty of their own")
 class Memory(ProgramTest):
     def traced(self, *arguments, stdin=b"", env=None):
-        """Run; the command, what the locked pages held on the way, and all memory at the end."""
+        """Run, and return the command, the contents of locked pages during the run, and all memory at its end."""
         environment = None if env is None else {**os.environ, **env}
         done = subprocess.run([MEMORY_OF, self.path("locked"), self.path("last"), PROGRAM, *arguments], input=stdin,
                               cwd=self.folder, capture_output=True, check=False, env=environment, timeout=60)
@@ -27,19 +27,19 @@ class Memory(ProgramTest):
 
     @staticmethod
     def parts_in(memory, secret):
-        """Where any eight bytes in a row of a secret are found."""
+        """The places where any eight consecutive bytes of a secret are found."""
         found = (memory.find(secret[at:at + 8]) for at in range(len(secret) - 7))
         return [place for place in found if place >= 0]
 
     def check(self, memory, secrets):
-        """Each secret was in locked pages, and nothing of it is left."""
+        """Check that each secret was in locked pages, and that nothing of it is left."""
         arguments, locked, last = memory
         self.assertGreater(len(last), 100_000)
         for name, secret in secrets.items():
             self.assertGreaterEqual(locked.find(secret), 0, (name + " was never in locked pages", arguments))
             self.assertEqual(len(self.parts_in(last, secret)), 0, (name + " is left", arguments))
 
-    def test_what_is_left_is_found(self):
+    def test_the_check_finds_secrets_that_remain(self):
         _, _, last = self.traced("version", env={"SECRET": KEY.hex()})
         self.assertGreater(len(self.parts_in(last, KEY.hex().encode())), 0)
 
@@ -54,7 +54,7 @@ class Memory(ProgramTest):
                 self.check(self.traced(*command), secrets)
         self.check(self.traced("hmac", "--key", "raw", "in"), {"the key": key})
 
-    def test_passwords_and_what_is_derived(self):
+    def test_passwords_and_derived_keys(self):
         self.write("password", PASSWORD + b"\n", 0o600)
         for kdf in ("pbkdf2", "pba"):
             command = ["derive", "--kdf", kdf, "--salt", SALT, "--iterations", "2000", "--password-file", "password"]

@@ -1,4 +1,4 @@
-// Pages for secrets are wiped before they are given back. The linker leads the program's munmap here first.
+// Tests that secret pages are wiped before they are freed. The linker redirects munmap() to this file.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -40,7 +40,7 @@ TEST(Secrets, a_record_is_wiped_when_its_scope_ends) {
     EXPECT_EQ(unmapped.not_wiped, 0U);
 }
 
-TEST(Secrets, bytes_are_wiped_wherever_they_were_while_they_grew) {
+TEST(Secrets, growing_bytes_wipe_every_place_they_leave) {
     unmapped = {};
     {
         vrx::app::SecretBytes bytes;
