@@ -40,8 +40,8 @@ LAYERS = [
 
     # The library. The folders of the tests have the same names.
     Layer("src/frame", """
-        platform bytes wipe blockwise declassify log cpu region_sha region_avx2 region_avx512 region_ifma region_end
-        choice engines""", ("include/vrx",)),
+        platform bytes barrier wipe blockwise declassify log cpu region_sha region_avx2 region_avx512 region_ifma
+        region_end choice engines""", ("include/vrx",)),
     Layer("src/tz", "deploy published sboxes deployments recover_avx512 avx2 avx512 tables registry api",
           ("src/frame", "include/vrx")),
     Layer("src/gost28147", """
@@ -51,7 +51,7 @@ LAYERS = [
     Layer("src/gostr3411", "step wide_table engine linear avx2 vbmi hash checks api hmac hmac_api kdf",
           ("src/tz", "src/frame", "include/vrx")),
     Layer("src/sha1", "compress compress_portable compress_sha_ni hash", ("src/frame", "include/vrx")),
-    Layer("src/ecc/uint256", "words divsteps"),
+    Layer("src/ecc/uint256", "words divsteps", ("src/frame",)),
     Layer("src/ecc/bigdigits", "words multiply columns division lehmer arithmetic modular prime convert notice",
           ("src/ecc/uint256", "src/frame", "include/vrx")),
     Layer("src/ecc/field/tables", "comb_test comb_a comb_b comb_c"),

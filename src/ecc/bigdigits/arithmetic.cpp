@@ -5,6 +5,7 @@
 #include "ecc/bigdigits/multiply.hpp"
 #include "ecc/bigdigits/words.hpp"
 #include "vrx/bigdigits.h"
+#include "frame/barrier.hpp"
 
 using namespace vrx::bigdigits;
 using vrx::wipe;
@@ -390,8 +391,8 @@ int mpChs(std::uint32_t* a, const std::uint32_t* b, std::uint64_t ndigits) {
 
 int mpAbs(std::uint32_t* a, const std::uint32_t* b, std::uint64_t ndigits) {
     const int negative = mpIsNegative(b, ndigits);
-    // |b| = (b ^ mask) - mask for the mask of all ones or of zeros: the sign, often of a secret, is no branch.
-    const Digit mask = static_cast<Digit>(-negative);
+    // |b| = (b ^ mask) - mask, where mask is all ones for a negative b. Constant-time: b is often a secret.
+    const Digit mask = vrx::value_barrier(static_cast<Digit>(-negative));
     Word carry = static_cast<Word>(negative);
     for (std::uint64_t i = 0; i < ndigits; ++i) {
         const Word t = Word{b[i] ^ mask} + carry;

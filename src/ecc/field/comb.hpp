@@ -14,9 +14,10 @@ namespace vrx::field {
 template <typename V>
 V lookup(const std::uint64_t (&round)[comb_entries][2][limb_count][lane_count], const V& nibble, Element<V>& x,
          Element<V>& y) {
-    // Nibbles from 8 on are the digits 1, 3, ..., 15; those below are -15, ..., -1: their complement counts.
-    const V negative = V::shift_right_signed(nibble - V::all(8), 63);
-    const V index = V::exclusive_or(nibble, negative) & V::all(7);
+    // The nibbles 8 to 15 mean the digits 1, 3, ..., 15. The nibbles 0 to 7 mean -15, ..., -1, so they are
+    // complemented.
+    const V negative = V::opaque(V::shift_right_signed(nibble - V::all(8), 63));
+    const V index = V::opaque(V::exclusive_or(nibble, negative) & V::all(7));
 #pragma GCC unroll 10
     for (std::size_t i = 0; i < limb_count; ++i) {
         x.limb[i] = V::load(round[0][0][i]);
@@ -41,7 +42,8 @@ XyzzPoint comb_multiply(const Words& k) {
     std::uint64_t even = 0;
     const Words digits = halved(odd_one(k, Curve::q, even), 1);
     std::uint64_t chunks[lane_count];
-    for (std::size_t i = 0; i < lane_count; ++i) chunks[i] = digits[i / 2] >> 32 * (i % 2) & 0xFFFFFFFF;
+    // A barrier against a gather, as in packed().
+    for (std::size_t i = 0; i < lane_count; ++i) chunks[i] = value_barrier(digits[i / 2]) >> 32 * (i % 2) & 0xFFFFFFFF;
     V left = V::load(chunks);
 
     const LaneTable& table = comb_tables(Curve{}).lanes;

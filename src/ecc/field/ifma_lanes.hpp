@@ -27,6 +27,12 @@ struct IfmaLanes {
         return {_mm512_maskz_srai_epi64(whole, a.v, bits)};
     }
 
+    /** Value barrier: see frame/barrier.hpp. */
+    static IfmaLanes opaque(IfmaLanes a) {
+        asm("" : "+v"(a.v));
+        return a;
+    }
+
     static IfmaLanes add_low_product(const IfmaLanes& sum, const IfmaLanes& a, const IfmaLanes& b) {
         return {_mm512_madd52lo_epu64(sum.v, a.v, b.v)};
     }

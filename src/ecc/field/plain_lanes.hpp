@@ -58,6 +58,12 @@ struct PlainLanes {
             r.lane[i] = static_cast<std::uint64_t>(static_cast<std::int64_t>(a.lane[i]) >> bits);
         return r;
     }
+    /** Value barrier: see frame/barrier.hpp. */
+    static PlainLanes opaque(PlainLanes a) {
+        for (std::uint64_t& l : a.lane) l = value_barrier(l);
+        return a;
+    }
+
 
     /** sum + the low, or high, 52 bits of the product of the low 52 bits of a and b. */
     static PlainLanes add_low_product(const PlainLanes& sum, const PlainLanes& a, const PlainLanes& b) {

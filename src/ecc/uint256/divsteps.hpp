@@ -25,6 +25,9 @@ namespace vrx::uint256 {
 using Limbs62 = std::array<std::int64_t, 5>;
 
 template <int bits = 62>
+/** All ones for a negative number, else zero. Opaque to the compiler. */
+constexpr std::int64_t sign_mask(std::int64_t a) { return value_barrier(a >> 63); }
+
 inline constexpr std::uint64_t limb_mask = (std::uint64_t{1} << bits) - 1;
 inline constexpr std::uint64_t mask62 = limb_mask<>;
 
@@ -178,9 +181,9 @@ constexpr void apply(Limbs62& f, Limbs62& g, const Matrix& t) {
  */
 template <int bits = 62>
 constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Matrix& t, const OddModulus& m) {
-    // Multiples of m that bring negative d and e up, and then the low limbs of both sums to zero.
-    const std::int64_t d_sign = d[4] >> 63;
-    const std::int64_t e_sign = e[4] >> 63;
+    // md and me: the multiples of m that make d and e non-negative, and then clear the low limbs of both sums.
+    const std::int64_t d_sign = sign_mask(d[4]);
+    const std::int64_t e_sign = sign_mask(e[4]);
     std::int64_t md = (t.u & d_sign) + (t.v & e_sign);
     std::int64_t me = (t.q & d_sign) + (t.r & e_sign);
     i128 cd = i128{t.u} * d[0] + i128{t.v} * e[0];
@@ -222,8 +225,8 @@ constexpr Limbs62 corrected(const Limbs62& a, const OddModulus& m, std::int64_t 
 /** d or -d, by the sign of f, brought from between -2m and m into 0 to m - 1. */
 template <int bits = 62>
 constexpr Limbs62 normalised(const Limbs62& d, std::int64_t f_sign, const OddModulus& m) {
-    const Limbs62 near = corrected<bits>(d, m, d[4] >> 63, f_sign);
-    return corrected<bits>(near, m, near[4] >> 63, 0);
+    const Limbs62 near = corrected<bits>(d, m, sign_mask(d[4]), f_sign);
+    return corrected<bits>(near, m, sign_mask(near[4]), 0);
 }
 
 /** All ones where a is 1 or -1. */
@@ -264,7 +267,7 @@ constexpr Words inverse(const Words& x, const OddModulus& m) {
         apply(f, g, t);
     }
     const std::uint64_t exists = is_unit(f);
-    return conditional_move(exists, from_limbs62(normalised(d, f[4] >> 63, m)), Words{});
+    return conditional_move(exists, from_limbs62(normalised(d, sign_mask(f[4]), m)), Words{});
 }
 
 /** The same for public numbers, 0 <= x < m. */
@@ -280,7 +283,7 @@ constexpr Words inverse_vartime(const Words& x, const OddModulus& m) {
         apply_modulo(d, e, t, m);
         apply(f, g, t);
     }
-    return is_unit(f) == 0 ? Words{} : from_limbs62(normalised(d, f[4] >> 63, m));
+    return is_unit(f) == 0 ? Words{} : from_limbs62(normalised(d, sign_mask(f[4]), m));
 }
 
 }  // namespace vrx::uint256

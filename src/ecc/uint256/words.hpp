@@ -14,6 +14,8 @@
 #include <cstdint>
 #include <limits>
 #include <type_traits>
+#include "frame/barrier.hpp"
+
 
 namespace vrx::uint256 {
 
@@ -75,7 +77,11 @@ constexpr Word mul_add(Word a, Given<Word> b, Given<Word> c, Word& carry) {
 /** All ones for 1, zero for 0. */
 template <typename Word>
 constexpr Word mask(Word bit) {
-    return Word{0} - bit;
+    const Word m = Word{0} - bit;
+    if constexpr (std::is_integral_v<Word>)
+        return value_barrier(m);
+    else
+        return m;
 }
 
 /** Conditional move: a where the mask is all ones, b where it is zero. */

@@ -100,6 +100,7 @@ struct Intervals {
         }
         return by_lane(x, x, [bits](auto a, auto) { return Interval{a.least >> bits, a.most >> bits}; });
     }
+    static Intervals opaque(const Intervals& x) { return x; }
     [[gnu::noinline]] static Intervals add_low_product(const Intervals& sum, const Intervals& x, const Intervals& y) {
         return sum + by_lane(x, y, [](auto a, auto b) {
                    a = low_bits(a);
