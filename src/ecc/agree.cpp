@@ -1,4 +1,4 @@
-// Key agreement and key diversification (RFC 4357, sections 5.2 and 6.5).
+// The exported functions for key agreement and key diversification (RFC 4357, sections 5.2 and 6.5).
 #include "ecc/agree.hpp"
 
 #include <cstring>
@@ -27,7 +27,7 @@ bool all_zero(const std::uint8_t* ukm) {
     return std::memcmp(ukm, zeros, VRX_UKM_SIZE) == 0;
 }
 
-/** The sums of the key's words whose bit in a byte of the UKM is 1, and of the others. */
+/** The IV: the sum of the key words whose bit in the UKM byte is 1, then the sum of the others. */
 void diversification_iv(std::uint8_t iv[VRX_BLOCK_SIZE], const std::uint32_t* key, std::uint8_t ukm) {
     std::uint32_t sums[2] = {};
     for (unsigned j = 0; j < VRX_KEY_WORDS; ++j) sums[ukm >> j & 1] += key[j];
@@ -53,7 +53,7 @@ int ecMakeKEK(const EcParamSet* set, const vrx_data* hash_oid, const std::uint8_
 }
 
 int ecDiversifyKEK(const vrx_tz* tz, std::uint8_t* key, const std::uint8_t* ukm) {
-    // The cipher keeps the words of its key on the stack.
+    // The cipher leaves key words on the stack.
     return vrx::leaving_no_trace<multiple_stack>([&]() -> int {
         std::uint32_t current[VRX_KEY_WORDS];
         std::uint8_t iv[VRX_BLOCK_SIZE];

@@ -1,4 +1,4 @@
-// The shared point of key agreement (RFC 4357, section 5.2), as arithmetic in a domain.
+// The shared point of key agreement (RFC 4357, section 5.2), over any domain.
 #ifndef VRX_ECC_AGREE_HPP
 #define VRX_ECC_AGREE_HPP
 

@@ -1,20 +1,20 @@
-// Domains: what an algorithm on a parameter set computes with. Each algorithm is a template over a domain, written
-// once, and with_domain() picks the domain once a call.
+// Domains: the arithmetic for a parameter set. Each algorithm is a template over a domain, written once, and
+// with_domain() picks the domain once per call.
 //
-//     Builtin<Curve>  a built-in set: words and the engines of field/, constant-time but for names with _vartime
-//     General         any parameter record: residues of digits, taken as they are
+//     Builtin<Curve>  built-in sets: words and the engines of field/, constant-time except for names with _vartime
+//     General         any parameter record: residues of digits, used as they are
 //
 // Builtin accepts only
 //
-//     set      a, b, p, q, G and has_precomp, and pp when that is 1, are byte for byte those of a built-in set
+//     set      a, b, p, q, G and has_precomp, and pp if that is 1, equal those of a built-in set byte for byte
 //     point    x and y are below p and on the curve
 //     scalar   1 <= k < q
 //
-// where its results are those of General to the last digit: the set gives a prime p, and a base point of prime order q
-// with cofactor 1; the other two exclude infinity. For anything else its operations yield nullopt. An algorithm returns
-// that to with_domain(), which then runs it in General, where nothing yields nullopt.
+// For these its results equal those of General digit for digit: p is prime, G has the prime order q with cofactor 1,
+// and no operand is infinite. For any other input its operations return nullopt. The algorithm passes that on to
+// with_domain(), which then runs it in General, where no operation returns nullopt.
 //
-// Temporaries on the stack are the caller's to wipe; see multiple_stack.
+// Callers wipe the temporaries on the stack; see multiple_stack.
 #ifndef VRX_ECC_DOMAIN_HPP
 #define VRX_ECC_DOMAIN_HPP
 
@@ -28,10 +28,10 @@
 
 namespace vrx::ecc {
 
-/** How deep the stack of the operations on domains, engines included, may hold parts of a scalar. */
+/** The depth in bytes to which operations on domains, including engines, may leave parts of a scalar on the stack. */
 inline constexpr std::size_t multiple_stack = 14336;
 
-/** |n|, for n read as a signed number. Constant-time. */
+/** |n|, for a signed n. Constant-time. */
 inline Number magnitude(const Number& n) {
     Number r;
     mpAbs(r.digits, n.digits, digit_count);
@@ -63,7 +63,7 @@ std::optional<EcPoint> to_record(const std::optional<Point>& p) {
     return to_record(*p);
 }
 
-/** A number below the order of a built-in set, with the operations of a Residue. */
+/** A number below the order of a built-in set, with the interface of Residue. */
 template <typename Curve>
 class BuiltinScalar {
     using Order = field::Order<Curve>;
@@ -108,14 +108,14 @@ struct BuiltinOrder {
     [[nodiscard]] Scalar remainder(const field::Words& x) const { return Scalar(field::Order<Curve>::reduced(x)); }
 };
 
-/** Numbers by any modulus. */
+/** Numbers modulo any q. */
 class GeneralOrder {
 public:
     using Scalar = Residue;
 
     explicit GeneralOrder(const std::uint32_t* q) : q_(q) {}
 
-    /** The number by the modulus q, not yet reduced. */
+    /** A number modulo q, not yet reduced. */
     [[nodiscard]] Scalar remainder(const Number& n) const { return {n, q_}; }
     [[nodiscard]] Scalar remainder(const Residue& x) const { return {x.number(), q_}; }
 
@@ -129,23 +129,23 @@ public:
     using typename BuiltinOrder<Curve>::Scalar;
     using Point = field::AffinePoint;
 
-    /** Multiples of a point of the curve need no check that they are on it. */
+    /** Multiples of a point on the curve are on the curve, so they need no check. */
     static constexpr bool multiples_are_on_curve = true;
 
     [[nodiscard]] static constexpr bool has_table() { return Curve::a == -3; }
     [[nodiscard]] static const EcPoint& base_point() { return original_set(Curve::id).G; }
 
-    /** k as a scalar. Only whether there is one is declassified. */
+    /** k as a scalar, or nullopt if it is not from 1 to q - 1. Declassifies which. */
     [[nodiscard]] std::optional<Scalar> scalar(const Number& k) const {
         const field::Nine n = to_nine(k);
         field::Words difference{};
         const std::uint64_t below = field::sub(difference, n.low, Curve::q);
-        // The ninth digit is below 2^32, so only zero reaches bit 63 by counting down.
+        // n.high is below 2^32, so bit 63 of n.high - 1 is set only for n.high = 0.
         if (!declassify(below & (n.high - 1) >> 63 & (field::is_zero(n.low) ^ 1))) return std::nullopt;
         return Scalar(n.low);
     }
 
-    /** r of a signature, unless no x modulo q equals it. For public numbers. */
+    /** r of a signature, or nullopt if no x modulo q equals it. For public numbers. */
     [[nodiscard]] std::optional<Scalar> signature_r(const Number& r) const { return scalar(r); }
 
     /** k G from the table of the set. */
@@ -154,19 +154,19 @@ public:
         return base_multiple(k);
     }
 
-    /** k P by formulas for a = p - 3. Not for a secret P. */
+    /** k P by formulas for a = p - 3. Not constant-time in P. */
     [[nodiscard]] std::optional<Point> jacobian_multiple(const EcPoint& p, const Scalar& k) const {
-        // Deliberate: without a table a is not p - 3, and the general formulas yield no multiple.
+        // Deliberate: without a table, a is not p - 3, and these formulas do not yield a multiple of P.
         if (!has_table()) return std::nullopt;
         return multiple(p, k);
     }
 
-    /** k P by formulas for any a. Not for a secret P. */
+    /** k P by formulas for any a. Not constant-time in P. */
     [[nodiscard]] std::optional<Point> affine_multiple(const EcPoint& p, const Scalar& k) const {
         return multiple(p, k);
     }
 
-    /** Whether x(z1 G + z2 Q) mod q = r. Everything is public. */
+    /** Whether x(z1 G + z2 Q) mod q = r. For public operands: not constant-time. */
     [[nodiscard]] std::optional<bool> sum_has_remainder(const Scalar& z1, const EcPoint& public_key, const Scalar& z2,
                                                         const Scalar& r) const {
         using field::Answer;
@@ -212,10 +212,10 @@ public:
     [[nodiscard]] bool has_table() const { return ecc::has_table(set_); }
     [[nodiscard]] const EcPoint& base_point() const { return set_.G; }
 
-    /** Any number, as it is. */
+    /** Any number, unreduced. */
     [[nodiscard]] std::optional<Scalar> scalar(const Number& k) const { return remainder(k); }
 
-    /** r of a signature, unless it is 0. r of q or more is not excluded here; it equals no reduced number. */
+    /** r of a signature, or nullopt if it is 0. Accepts r >= q, which never equals a reduced number. */
     [[nodiscard]] std::optional<Scalar> signature_r(const Number& r) const {
         if (is_zero(r)) return std::nullopt;
         return remainder(r);
@@ -254,7 +254,7 @@ std::optional<typename Domain::Point> jacobian_multiple(const Domain& domain, co
     return domain.jacobian_multiple(p, *scalar);
 }
 
-/** |k| P on any curve, for k read as a signed number. */
+/** |k| P on any curve, for a signed k. */
 template <typename Domain>
 std::optional<typename Domain::Point> affine_multiple(const Domain& domain, const EcPoint& p, const Number& k) {
     const auto scalar = domain.scalar(magnitude(k));
@@ -274,13 +274,13 @@ std::optional<typename Domain::Point> point_multiple(const Domain& domain, const
     return domain.has_table() ? jacobian_multiple(domain, p, k) : affine_multiple(domain, p, k);
 }
 
-/** The curve of a built-in set. The same curve stands in several sets. */
+/** The curve of a built-in set. Several sets share a curve. */
 std::optional<field::CurveId> builtin_curve(const EcParamSet& set);
 
-/** A curve whose order is q. */
+/** The built-in curve of order q. */
 std::optional<field::CurveId> builtin_curve_of_order(const std::uint32_t* q);
 
-/** What algorithm(domain) yields in the built-in domain of the set, or else in General. */
+/** The result of algorithm(domain) in the built-in domain of the set, or else in General. */
 template <typename Algorithm>
 auto with_domain(const EcParamSet& set, const Algorithm& algorithm) {
     if (const auto curve = builtin_curve(set))
@@ -289,7 +289,7 @@ auto with_domain(const EcParamSet& set, const Algorithm& algorithm) {
     return *algorithm(General(set));
 }
 
-/** What algorithm(order) yields, for numbers modulo q alone. */
+/** The result of algorithm(order), for algorithms that only need numbers modulo q. */
 template <typename Algorithm>
 auto with_order(const std::uint32_t* q, const Algorithm& algorithm) {
     if (const auto curve = builtin_curve_of_order(q))

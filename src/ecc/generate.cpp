@@ -1,4 +1,4 @@
-// The generators of the parameter records: numbers and tables as source text on the standard output.
+// The exported generators of parameter records: print numbers and tables as source text on standard output.
 #include "ecc/generate.hpp"
 
 #include <cstdio>
@@ -61,7 +61,7 @@ int epInitParams(void) {
     std::printf("%s\n", vrx_copyright_notice());
     const auto decimals = decimal_sets();
     for (unsigned i = 0; i < VRX_ECC_SET_COUNT; ++i)
-        // Deliberate: the digits of the Test set's base point stand between its decimal lines.
+        // Deliberate: for the Test set, the digits of the base point appear between its decimal lines.
         if (!generate_numbers(cp_ecc_par[i], decimals[i], i == 0 ? BasePoint::line_by_line : BasePoint::together))
             return VRX_ERR_FAILED;
     return VRX_OK;

@@ -1,4 +1,4 @@
-// The numbers of a parameter record, from decimal texts.
+// Sets the numbers of a parameter record from decimal text.
 #ifndef VRX_ECC_GENERATE_HPP
 #define VRX_ECC_GENERATE_HPP
 
@@ -6,10 +6,10 @@
 
 namespace vrx::ecc {
 
-/** Where the digits of the base point are printed: each coordinate's behind its decimal line, or both behind both. */
+/** Where the digits of the base point are printed: each after its own decimal line, or both after both lines. */
 enum class BasePoint { line_by_line, together };
 
-/** Set a, b, p, q and G of a record, and print them. @return whether G is on the curve. */
+/** Sets a, b, p, q and G of a record, and prints them. @return whether G is on the curve. */
 bool generate_numbers(EcParamSet& set, const DecimalSet& decimal, BasePoint base_point);
 
 }  // namespace vrx::ecc

@@ -1,4 +1,4 @@
-// Multiples of points over any field: from a table, from the top bit down, and from the lowest bit up.
+// Point multiplication over any field: from a table, left to right, and right to left. Not constant-time.
 #ifndef VRX_ECC_MULTIPLES_HPP
 #define VRX_ECC_MULTIPLES_HPP
 
@@ -8,11 +8,10 @@
 namespace vrx::ecc {
 
 /**
- * The sum of k_m T(m), where k_m is the m-th hexadecimal digit of k: k G when T(m) = 16^m G.
+ * The sum of k_m T(m), where k_m is the m-th hexadecimal digit of k. This is k G if T(m) = 16^m G.
  *
- * B is the sum of the T(m) with digits of at least v, and A is the sum of these B for v = 15, 14, ..., 1, in which each
- * T(m) has come up k_m times. Where k is below the order of G, B and A are different multiples of G unless A has only
- * just begun and equals B.
+ * For v = 15, 14, ..., 1, B is the sum of the T(m) with k_m >= v, and A is the sum of these B, so it adds each T(m) k_m
+ * times. For k below the order of G, B and A are different multiples of G, unless A holds only the previous B.
  *
  * @param table  m -> T(m), an affine point.
  */
@@ -23,14 +22,14 @@ constexpr Jacobian<F> multiple_by_table(const Number& k, const Table& table) {
     for (unsigned v = 15; v != 0; --v) {
         for (unsigned m = 0; m < VRX_ECC_PP_COUNT; ++m)
             if ((k.digits[m / 8] >> 4 * (m % 8) & 15) == v) b = sum(b, table(m));
-        // Deliberate: X is compared as it stands, not X / Z^2.
+        // Deliberate: compares X, not X / Z^2.
         const bool equal = !a.is_infinite() && !b.is_infinite() && a.x == b.x;
         a = equal ? twice(a) : sum(a, b);
     }
     return a;
 }
 
-/** k P on y^2 = x^3 - 3x + b, from the top bit of k down. The point at infinity for k = 0. */
+/** k P on y^2 = x^3 - 3x + b, left to right. The point at infinity for k = 0. */
 template <Field F>
 constexpr Jacobian<F> multiple_from_top(const Affine<F>& p, const Number& k) {
     Jacobian<F> r = infinity(p.x);
@@ -41,7 +40,7 @@ constexpr Jacobian<F> multiple_from_top(const Affine<F>& p, const Number& k) {
     return r;
 }
 
-/** k P on y^2 = x^3 + a x + b, from the lowest bit of k up. */
+/** k P on y^2 = x^3 + a x + b, right to left. */
 template <Field F>
 constexpr Affine<F> multiple_from_bottom(const Affine<F>& p, Number k, const F& a) {
     Affine<F> r{a.small(0), a.small(0)};

@@ -1,4 +1,4 @@
-// The exported functions for multiples of points.
+// The exported functions for point multiplication.
 #include "vrx/multiply.h"
 
 #include <cstdio>
@@ -11,7 +11,7 @@ using namespace vrx::ecc;
 
 namespace {
 
-/** The point that multiple(domain) yields in the domain of a set. Nothing of the scalar is left on the stack. */
+/** The result of multiple(domain) in the domain of a set. Wipes the stack. */
 template <typename Multiple>
 EcPoint multiple_in_domain(const EcParamSet& set, const Multiple& multiple) {
     return vrx::leaving_no_trace<multiple_stack>(
@@ -33,7 +33,7 @@ int epMultJ(EcPoint* R, const EcPoint* P, const std::uint32_t* k, const EcParamS
 
 int epMult(EcPoint* R, const EcPoint* P, const std::uint32_t* k, const EcParamSet* set) {
     if (R == nullptr || P == nullptr || k == nullptr || set == nullptr) {
-        // Deliberate: on the standard output, whatever the log is.
+        // Deliberate: on standard output, not in the log.
         std::printf("epMult: bad arguments\n");
         return VRX_ERR_FAILED;
     }

@@ -1,4 +1,4 @@
-// Keys and signatures as octets.
+// The exported functions that convert keys and signatures from and to octets.
 #include "vrx/octets.h"
 
 #include "ecc/residue.hpp"
@@ -33,7 +33,7 @@ int ecUnloadPrivateKeyValue(const std::uint32_t* d, std::uint8_t* octets) {
 
 int ecLoadPublicKeyValue(const std::uint8_t* octets, EcPoint* Q) {
     if (octets == nullptr || Q == nullptr) return log::bad_params("ecLoadPublicKeyValue");
-    EcPoint point{};  // complete before Q is written: the octets may lie in it
+    EcPoint point{};  // complete before Q is written, because the octets may overlap it
     load_octets(point.x, octets);
     load_octets(point.y, octets + octet_count);
     *Q = point;
@@ -49,7 +49,7 @@ int ecUnloadPublicKeyValue(const EcPoint* Q, std::uint8_t* octets) {
 
 int ecLoadSignValue(const std::uint8_t* octets, EcSignature* sig) {
     if (octets == nullptr || sig == nullptr) return log::bad_params("ecLoadSignValue");
-    EcSignature signature{};  // complete before sig is written: the octets may lie in it
+    EcSignature signature{};  // complete before sig is written, because the octets may overlap it
     load_big_endian(signature.s, octets);
     load_big_endian(signature.r, octets + octet_count);
     *sig = signature;

@@ -1,3 +1,4 @@
+// The built-in parameter sets, their identifiers and tables, and the functions that look them up.
 #include "ecc/params.hpp"
 
 #include <string_view>
@@ -60,7 +61,7 @@ constexpr DecimalSet decimals[VRX_ECC_SET_COUNT] = {
 
 using Table = EcPoint[VRX_ECC_PP_COUNT];
 
-// Each file is an initialiser, followed by a comma.
+// Each file holds an initialiser, followed by a comma.
 constexpr struct Tables {
     Table a, b, c;
 } tables = {
@@ -88,7 +89,7 @@ constexpr void assign(std::uint32_t* digits, const char* decimal) {
     for (unsigned i = 0; i < digit_count; ++i) digits[i] = n.digits[i];
 }
 
-/** A record; without a table, pp is zeros. */
+/** A parameter record. Without a table, pp is all zeros. */
 constexpr EcParamSet record(const DecimalSet& decimal, const std::uint8_t* oid, const char* str_oid,
                             const Table* table = nullptr) {
     EcParamSet set{};
@@ -108,7 +109,7 @@ constexpr EcParamSet record(const DecimalSet& decimal, const std::uint8_t* oid, 
     return set;
 }
 
-/** The first built-in record that matches, or NULL in its place. */
+/** Stores the first built-in record that matches, or NULL if there is none. */
 template <typename Matches>
 int find(EcParamSet** out, Matches matches) {
     *out = nullptr;
@@ -155,7 +156,7 @@ const EcParamSet& original_set(field::CurveId curve) {
 
 EcParamSet* get_GOSTR3410_par(std::uint32_t index) { return index < VRX_ECC_SET_COUNT ? &cp_ecc_par[index] : nullptr; }
 
-// Deliberate: default_cp_ecc_par is not asked.
+// Deliberate: ignores default_cp_ecc_par.
 EcParamSet* get_GOSTR3410_default_par(void) { return &cp_ecc_par[1]; }
 
 const char* get_GOSTR3410_oid_name(std::uint32_t index) {

@@ -1,4 +1,4 @@
-// The curve of a parameter set, in residues.
+// The built-in parameter sets, and the curve equation of any set.
 #ifndef VRX_ECC_PARAMS_HPP
 #define VRX_ECC_PARAMS_HPP
 
@@ -11,7 +11,7 @@ namespace vrx::ecc {
 
 /** The numbers of a built-in set as RFC 4357 prints them, in decimal. */
 struct DecimalSet {
-    const char* heading;  ///< how the generator names the set
+    const char* heading;  ///< the name that the generator prints
     const char* a;
     const char* b;
     const char* p;
@@ -22,17 +22,17 @@ struct DecimalSet {
 
 std::span<const DecimalSet, VRX_ECC_SET_COUNT> decimal_sets();
 
-/** The built-in set of a curve as it was when the library was loaded: cp_ecc_par is writable. Without identifiers. */
+/** The original built-in set of a curve, without identifiers. cp_ecc_par is writable, this is not. */
 const EcParamSet& original_set(field::CurveId curve);
 
-/** y^2 = (x^2 + a) x + b modulo p. */
+/** Whether y^2 = (x^2 + a) x + b modulo p. */
 inline bool on_curve(const EcParamSet& set, const EcPoint& point) {
     const Residue x(point.x, set.p);
     const Residue y(point.y, set.p);
     return y * y == (x * x + Residue(set.a, set.p)) * x + Residue(set.b, set.p);
 }
 
-/** Tables are only for curves with a = p - 3. */
+/** Whether the set has a table. Built-in sets have one if a = p - 3. */
 inline bool has_table(const EcParamSet& set) { return set.has_precomp == 1; }
 
 }  // namespace vrx::ecc

@@ -1,3 +1,4 @@
+// The exported functions on points: comparison, conversion, addition and doubling.
 #include "ecc/point.hpp"
 
 using namespace vrx::ecc;

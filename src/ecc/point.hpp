@@ -1,4 +1,4 @@
-// Points and their sums, over any field.
+// Point addition and doubling over any field.
 #ifndef VRX_ECC_POINT_HPP
 #define VRX_ECC_POINT_HPP
 
@@ -10,9 +10,9 @@
 namespace vrx::ecc {
 
 /**
- * The elements of a field. is_zero() and == are asked of an element's representation, which may be unreduced in an
- * operand; the results of operations are reduced. signed_difference() is u - v wherever the representation has no
- * opinion of its own on large operands.
+ * The elements of a field. is_zero() and == look at the representation of an element, which may be unreduced in an
+ * operand. Results of operations are reduced. signed_difference() is u - v, but a representation may treat large
+ * operands differently.
  */
 template <typename F>
 concept Field = std::copyable<F> && requires(const F u, const F v, std::uint32_t k) {
@@ -23,25 +23,25 @@ concept Field = std::copyable<F> && requires(const F u, const F v, std::uint32_t
     { signed_difference(u, v) } -> std::same_as<F>;
     { u == v } -> std::same_as<bool>;
     { u.is_zero() } -> std::same_as<bool>;
-    { u.inverse() } -> std::same_as<F>;  // 0 when there is none
+    { u.inverse() } -> std::same_as<F>;  // 0 if there is none
     { u.small(k) } -> std::same_as<F>;   // the small number k of the same field
 };
 
-/** The point (x, y); (0, 0) is the point at infinity. */
+/** The point (x, y). (0, 0) is the point at infinity. */
 template <Field F>
 struct Affine {
     F x, y;
     [[nodiscard]] constexpr bool is_infinite() const { return x.is_zero() && y.is_zero(); }
 };
 
-/** The point (x / z^2, y / z^3); x = y = 0 is the point at infinity, whatever z is. */
+/** The point (x / z^2, y / z^3). x = y = 0 is the point at infinity, for any z. */
 template <Field F>
 struct Jacobian {
     F x, y, z;
     [[nodiscard]] constexpr bool is_infinite() const { return x.is_zero() && y.is_zero(); }
 };
 
-/** The point at infinity, in the field of an element. */
+/** The point at infinity, over the field of an element. */
 template <Field F>
 constexpr Jacobian<F> infinity(const F& of) {
     return {of.small(0), of.small(0), of.small(0)};
@@ -52,7 +52,7 @@ constexpr Jacobian<F> to_jacobian(const Affine<F>& p) {
     return {p.x, p.y, p.x.small(1)};
 }
 
-/** (0, 0) when z is 0, or when it is not to be inverted for another reason. */
+/** The affine point, or (0, 0) if z has no inverse. */
 template <Field F>
 constexpr Affine<F> to_affine(const Jacobian<F>& p) {
     const F w = p.z.inverse();
@@ -77,9 +77,9 @@ constexpr Jacobian<F> twice(const Jacobian<F>& p) {
 }
 
 /**
- * The sum of two points in coordinates with a common Z: (U1, S1) and (U1 + H, S1 + r), where z is Z H in the end.
+ * The sum of two points with a common Z, (U1, S1) and (U1 + H, S1 + r). z is that Z.
  *     X' = r^2 - H^3 - 2 U1 H^2    Y' = r (U1 H^2 - X') - S1 H^3
- * Deliberate: the same x (H = 0) is not singled out.
+ * Deliberate: does not handle equal x (H = 0) separately.
  */
 template <Field F>
 constexpr Jacobian<F> chord(const F& u1, const F& s1, const F& h, const F& r, const F& z) {
@@ -110,7 +110,7 @@ constexpr Jacobian<F> sum(const Jacobian<F>& p, const Jacobian<F>& q) {
     return chord(u1, s1, q.x * zz1 - u1, q.y * (zz1 * p.z) - s1, p.z * q.z);
 }
 
-/** P + Q on y^2 = x^3 + a x + b. Deliberate: x1 = x2 is asked of the representation. */
+/** P + Q on y^2 = x^3 + a x + b. Deliberate: compares the representations of x1 and x2. */
 template <Field F>
 constexpr Affine<F> sum(const Affine<F>& p, const Affine<F>& q, const F& a) {
     if (q.is_infinite()) return p;

@@ -1,4 +1,4 @@
-// Numbers of nine digits, and arithmetic on them modulo p or q.
+// Nine-digit numbers, and arithmetic on them modulo p or q. Not constant-time.
 #ifndef VRX_ECC_RESIDUE_HPP
 #define VRX_ECC_RESIDUE_HPP
 
@@ -29,9 +29,9 @@ inline Number load(const std::uint32_t* digits) {
 
 inline void store(std::uint32_t* digits, const Number& n) { std::memcpy(digits, n.digits, sizeof n.digits); }
 
-inline constexpr std::uint32_t octet_count = 32;  // of a number in a key or a signature
+inline constexpr std::uint32_t octet_count = 32;  // length of a number in a key or a signature
 
-/** The octets of a number, least significant first: its low digits as they lie in memory. */
+/** Stores the octets of a number, least significant first: its low digits as in memory. */
 inline void store_octets(std::uint8_t* octets, const std::uint32_t* digits) {
     std::memcpy(octets, digits, octet_count);
 }
@@ -43,13 +43,12 @@ inline void load_octets(std::uint32_t* digits, const std::uint8_t* octets) {
 
 inline bool is_zero(const Number& n) { return mpIsZero(n.digits, digit_count) != 0; }
 
-/** A bit of a number, from 0 for the lowest up. */
+/** Bit i of a number. Bit 0 is the lowest. */
 constexpr unsigned bit(const Number& n, unsigned i) { return n.digits[i / digit_bits] >> i % digit_bits & 1; }
 
 /**
- * A number, not necessarily below the modulus, and the modulus to count by. Sums, differences and products are reduced,
- * and defined for moduli below 2^287; the modulus has to outlive the residue. Zero and equality are asked of the digits
- * as they are.
+ * A number, not necessarily reduced, and its modulus, which must outlive the residue. Sums, differences and products
+ * are reduced, and defined for moduli below 2^287. is_zero() and == look at the digits, reduced or not.
  */
 class Residue {
 public:
@@ -59,10 +58,10 @@ public:
     [[nodiscard]] const Number& number() const { return number_; }
     [[nodiscard]] bool is_zero() const { return ecc::is_zero(number_); }
 
-    /** A small number by the same modulus. */
+    /** A small number with the same modulus. */
     [[nodiscard]] Residue small(std::uint32_t value) const { return {ecc::small(value), modulus_}; }
 
-    /** The same residue below the modulus. */
+    /** The same residue, reduced. */
     [[nodiscard]] Residue reduced() const {
         Residue r = *this;
         mpModulo(r.number_.digits, number_.digits, digit_count, modulus_, digit_count);
@@ -72,7 +71,7 @@ public:
     /** The inverse, for public numbers; 0 if there is none. */
     [[nodiscard]] Residue inverse_vartime() const { return inverse(); }
 
-    /** The inverse; 0 for a number that has none. */
+    /** The inverse; 0 if there is none. */
     [[nodiscard]] Residue inverse() const {
         Residue r = *this;
         mpModInv(r.number_.digits, number_.digits, modulus_, digit_count);
@@ -80,8 +79,8 @@ public:
     }
 
     /**
-     * u - v reduced, where the difference is first taken of the digits, as a signed number. A negative one, -w, becomes
-     * the modulus less w reduced.
+     * u - v, reduced. Subtracts the digits first, as signed numbers, and then reduces the absolute value w. A negative
+     * difference yields the modulus minus the reduced w.
      */
     friend Residue signed_difference(const Residue& u, const Residue& v) {
         Residue r = u;
@@ -99,7 +98,7 @@ public:
     friend Residue sum_of_products(const Residue& a, const Residue& b, const Residue& u, const Residue& v) {
         return a * b + u * v;
     }
-    /** a or b. */
+    /** a or b, by a branch. */
     friend Residue conditional_move(bool a_is_wanted, const Residue& a, const Residue& b) {
         return a_is_wanted ? a : b;
     }

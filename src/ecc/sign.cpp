@@ -12,10 +12,10 @@ namespace log = vrx::log;
 
 namespace {
 
-/** A random number from 1 to q - 1. What comes before a failure is left in `out`. */
+/** Draws a random number from 1 to q - 1. On failure, `out` keeps the last draw. */
 int random_scalar(RND_FUNC rnd, std::uint32_t* out, const std::uint32_t* q) {
     do {
-        // Deliberate: the message names the signing function also when a key is made.
+        // Deliberate: key generation logs the name of the signing function, too.
         if (Getbig_RND(rnd, out, q) != 0) return log::condition("ecSign", "Getbig_RND failed", VRX_ERR_RANDOM);
     } while (vrx::is_publicly_zero({out, digit_count}));
     return VRX_OK;
@@ -58,7 +58,7 @@ int ecGeneratePublicKey(const EcParamSet* set, const std::uint32_t* d, EcPoint* 
 }
 
 int ecCheckPublicKey(const EcParamSet* set, const EcPoint* Q) {
-    // Deliberate: the name in the message is a shorter one.
+    // Deliberate: the message has a shorter name.
     if (set == nullptr || Q == nullptr) return log::bad_params("ecCheckPuKey");
     return on_curve(*set, *Q) ? VRX_OK : log::text("Invalid public key", VRX_ERR_FAILED);
 }

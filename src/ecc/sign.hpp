@@ -1,4 +1,4 @@
-// Signing and verification, as arithmetic in a domain.
+// Signing and verification (GOST R 34.10-2001), over any domain.
 #ifndef VRX_ECC_SIGN_HPP
 #define VRX_ECC_SIGN_HPP
 
@@ -7,7 +7,7 @@
 
 namespace vrx::ecc {
 
-/** The number of a digest modulo q, 0 replaced by 1. */
+/** The digest as a number modulo q, or 1 if that is 0. */
 template <typename Domain>
 typename Domain::Scalar digest_number(const Domain& domain, const std::uint32_t* digest) {
     Number n{};
@@ -18,7 +18,7 @@ typename Domain::Scalar digest_number(const Domain& domain, const std::uint32_t*
 
 /**
  * r = x(k G) mod q, s = r d + k e mod q.
- * Deliberate: neither r = 0 nor s = 0 asks for another k.
+ * Deliberate: accepts r = 0 and s = 0 without drawing another k.
  */
 template <typename Domain>
 std::optional<EcSignature> sign(const Domain& domain, const std::uint32_t* digest, const Number& k, const Number& d) {
@@ -34,12 +34,12 @@ std::optional<EcSignature> sign(const Domain& domain, const std::uint32_t* diges
     return sig;
 }
 
-/** x(z1 G + z2 Q) mod q = r for z1 = s / e and z2 = -r / e. Digits of s may stand for q or more, those of r may not. */
+/** Whether x(z1 G + z2 Q) mod q = r for z1 = s / e and z2 = -r / e. s may be q or more, r may not. */
 template <typename Domain>
 std::optional<bool> verify(const Domain& domain, const std::uint32_t* digest, const EcPoint& public_key,
                            const EcSignature& sig) {
     const auto r = domain.signature_r(load(sig.r));
-    // Without this the sum may be infinite (s = 0), or a base point with x = 0 (s = +-e), and pass.
+    // r = 0 must be rejected: an infinite sum (s = 0), or a base point with x = 0 (s = +-e), would pass.
     if (!r) return false;
     const auto v = digest_number(domain, digest).inverse_vartime();
     return domain.sum_has_remainder(domain.remainder(load(sig.s)) * v, public_key, -(*r * v), *r);

@@ -1,3 +1,4 @@
+// The exported functions of the frame: log file and copyright notice.
 #include <cstdio>
 #include <cstring>
 
@@ -8,7 +9,7 @@
 FILE* vrxflog = nullptr;
 
 int vrx_set_log_file(const char* path) {
-    // Deliberate: standard error is closed like any other stream.
+    // Deliberate: closes standard error like any other stream.
     if (vrxflog != nullptr) std::fclose(vrxflog);
     if (path == nullptr)
         vrxflog = nullptr;

@@ -1,3 +1,4 @@
+// CPU feature detection with CPUID and XGETBV.
 #include "frame/cpu.hpp"
 
 #include <cpuid.h>

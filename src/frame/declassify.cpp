@@ -1,3 +1,4 @@
+// Declassification: the one function that turns a secret bit into a public one.
 #include "frame/declassify.hpp"
 
 namespace vrx {

@@ -1,3 +1,4 @@
+// The diagnostics log.
 #include "frame/log.hpp"
 
 #include <cstdio>

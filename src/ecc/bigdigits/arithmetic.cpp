@@ -1,11 +1,12 @@
+// The exported functions for sums, products, quotients, comparison, bits and signs of numbers.
 #include <algorithm>
 
 #include "ecc/bigdigits/columns.hpp"
 #include "ecc/bigdigits/division.hpp"
 #include "ecc/bigdigits/multiply.hpp"
 #include "ecc/bigdigits/words.hpp"
-#include "vrx/bigdigits.h"
 #include "frame/barrier.hpp"
+#include "vrx/bigdigits.h"
 
 using namespace vrx::bigdigits;
 using vrx::wipe;
@@ -17,7 +18,7 @@ constexpr unsigned digit_bits = 32;
 constexpr Digit low_digit(Word x) { return static_cast<Digit>(x); }
 constexpr Digit high_digit(Word x) { return static_cast<Digit>(x >> digit_bits); }
 
-/** w = u + v, two digits at a time and an odd last one by itself. */
+/** w = u + v, two digits at a time. Returns the carry. */
 Word sum(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
     Word carry = 0;
     std::uint64_t i = 0;
@@ -34,7 +35,7 @@ Word sum(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
     return carry;
 }
 
-/** w = u - v, in the same steps. */
+/** w = u - v, two digits at a time. Returns the borrow. */
 Word difference(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
     Word borrow = 0;
     std::uint64_t i = 0;
@@ -51,20 +52,20 @@ Word difference(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
     return borrow;
 }
 
-/** Digit i of a number that goes on with zeros in both directions. */
+/** Digit i of a number, or 0 if i is out of range. */
 Digit digit_or_zero(const Digit* b, std::uint64_t n, std::uint64_t i) { return i < n ? b[i] : 0; }
 
-/** The high digit of the two digits hi, lo moved left by fewer than 32 bits. */
+/** The high digit of the double digit (hi, lo) shifted left by fewer than 32 bits. */
 constexpr Digit funnel(Digit hi, Digit lo, unsigned shift) {
     return high_digit((Word{hi} << digit_bits | lo) << shift);
 }
 
-/** remainder = u mod d, and the quotient where one is wanted; q may be u. */
+/** remainder = u mod d, and optionally q = u / d. q may be u. */
 template <bool with_quotient>
 [[gnu::noinline]] void short_division(Word* remainder, Digit* q, const Digit* u, Digit d, std::uint64_t n) {
     *remainder = 0;
     if (d == 0 || n == 0) return;
-    // Normalising the divisor by `shift` takes the dividend times 2^shift; the quotient is the same.
+    // The divisor is normalised by `shift`, and the dividend is shifted, too. The quotient is the same.
     const auto shift = static_cast<unsigned>(std::countl_zero(Word{d}));
     const Word divisor = Word{d} << shift;
     const Word inverse = reciprocal(divisor);
@@ -86,7 +87,7 @@ template <bool with_quotient>
     *remainder = rest >> shift;
 }
 
-/** The same, leaving no trace: the remainder, too, waits in memory that is wiped. */
+/** The same, wiping the stack and the memory of the remainder. */
 template <bool with_quotient>
 Digit short_remainder(Digit* q, const Digit* u, Digit d, std::uint64_t n) {
     Workspace<1> space;
@@ -219,10 +220,10 @@ void mpSetDigit(std::uint32_t* a, std::uint32_t d, std::uint64_t ndigits) {
 std::uint32_t mpShiftLeft(std::uint32_t* a, const std::uint32_t* b, std::uint64_t shift, std::uint64_t ndigits) {
     const std::uint64_t whole = shift / digit_bits;
     const auto bits = static_cast<unsigned>(shift % digit_bits);
-    // An index below 0 wraps round to one far above ndigits. What falls out is read before a is written.
+    // An index below 0 wraps around to one far above ndigits. The digit shifted out is read before a is written.
     const Digit out =
         funnel(digit_or_zero(b, ndigits, ndigits - whole), digit_or_zero(b, ndigits, ndigits - whole - 1), bits);
-    if (whole == 0) {  // upwards, so that a may begin below b
+    if (whole == 0) {  // ascending, so that a may overlap b from below
         Digit below = 0;
         for (std::uint64_t i = 0; i < ndigits; ++i) {
             const Digit digit = b[i];
@@ -241,7 +242,7 @@ std::uint32_t mpShiftRight(std::uint32_t* a, const std::uint32_t* b, std::uint64
     const auto bits = static_cast<unsigned>(shift % digit_bits);
     const auto shifted = [bits](Digit hi, Digit lo) { return low_digit((Word{hi} << digit_bits | lo) >> bits); };
     const Digit out = shifted(digit_or_zero(b, ndigits, whole), digit_or_zero(b, ndigits, whole - 1));
-    if (whole == 0) {  // downwards, so that a may begin above b
+    if (whole == 0) {  // descending, so that a may overlap b from above
         Digit above = 0;
         for (std::uint64_t i = ndigits; i-- != 0;) {
             const Digit digit = b[i];
@@ -329,7 +330,7 @@ std::uint32_t mpShortMult(std::uint32_t* w, const std::uint32_t* u, std::uint32_
 
 std::uint32_t mpShortModMult(std::uint32_t* w, const std::uint32_t* u, std::uint32_t d, const std::uint32_t* /*m*/,
                              std::uint64_t ndigits) {
-    return mpShortMult(w, u, d, ndigits);  // Deliberate: the modulus has no part in it.
+    return mpShortMult(w, u, d, ndigits);  // Deliberate: ignores the modulus.
 }
 
 std::uint32_t mpShortDiv(std::uint32_t* q, const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {

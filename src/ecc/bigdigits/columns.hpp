@@ -1,4 +1,5 @@
-// Products and squares of numbers of a fixed size, straight from digits to digits: no copies, hence nothing to wipe.
+// Products and squares of fixed-size numbers, column by column. They work on digits in place and leave no copies to
+// wipe.
 #ifndef VRX_ECC_BIGDIGITS_COLUMNS_HPP
 #define VRX_ECC_BIGDIGITS_COLUMNS_HPP
 
@@ -6,7 +7,7 @@
 
 namespace vrx::bigdigits {
 
-/** A sum of products within one column of a product: three words, of which the lowest is the next result. */
+/** The accumulator of a column of a product: three words, of which the lowest is the next word of the result. */
 struct Column {
     Word c0 = 0, c1 = 0, c2 = 0;
 
@@ -30,7 +31,7 @@ struct Column {
     Word next() { return std::exchange(c0, std::exchange(c1, std::exchange(c2, 0))); }
 };
 
-/** The words of a number of ndigits digits, read in place. */
+/** A number of ndigits digits, read in place as words. */
 template <std::size_t ndigits>
 struct Fixed {
     static constexpr std::size_t n = words_for(ndigits);
@@ -41,11 +42,11 @@ struct Fixed {
     }
 };
 
-/** In column k of the product of two numbers of n words stand u[i] v[k - i] for so many i, from the first on. */
+/** Column k of the product of two n-word numbers adds up u[i] v[k - i] for height(k, n) values i, from first(k, n). */
 constexpr std::size_t first(std::size_t k, std::size_t n) { return k < n ? 0 : k - n + 1; }
 constexpr std::size_t height(std::size_t k, std::size_t n) { return k < n ? k + 1 : 2 * n - 1 - k; }
 
-/** w = u v. w is neither u nor v. */
+/** w = u v. w must not overlap u or v. */
 template <std::size_t ndigits>
 void product(Digit* w, Fixed<ndigits> u, Fixed<ndigits> v) {
     constexpr std::size_t n = u.n;
@@ -58,7 +59,7 @@ void product(Digit* w, Fixed<ndigits> u, Fixed<ndigits> v) {
     });
 }
 
-/** w = u^2. w is not u. What stands on both sides of the middle of a column is formed once. */
+/** w = u^2. w must not overlap u. Equal products of a column are computed once and added twice. */
 template <std::size_t ndigits>
 void square(Digit* w, Fixed<ndigits> u) {
     constexpr std::size_t n = u.n;

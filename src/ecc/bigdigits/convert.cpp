@@ -1,4 +1,4 @@
-// Numbers from and to octets and text, and on standard output.
+// The exported functions that convert numbers from and to octets and text, and print them.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -12,22 +12,22 @@ using vrx::wipe;
 
 namespace {
 
-/** The decimal digits that fit a word, and the power of ten behind them. */
+/** The number of decimal digits that fit a word, and the power of ten with so many zeros. */
 constexpr unsigned chunk_digits = 19;
 constexpr Word chunk = 10'000'000'000'000'000'000u;
 static_assert(std::countl_zero(chunk) == 0);
 
-/** A count of bytes as the octet conversions read it: from 2^31 on it is negative, and nothing is converted. */
+/** A byte count as the octet conversions read it: counts from 2^31 on are negative and convert nothing. */
 constexpr std::uint32_t positive(std::uint32_t nbytes) { return nbytes >> 31 != 0 ? 0 : nbytes; }
 
-/** Bytes reserved for so many characters: the product rounded up to a whole number. */
+/** The bytes reserved for a number of characters, rounded up. */
 std::uint64_t bytes_for(std::uint64_t characters, double bytes_per_character) {
     const double exact = static_cast<double>(characters) * bytes_per_character;
     const auto whole = static_cast<std::uint64_t>(exact);
     return static_cast<double>(whole) < exact ? whole + 1 : whole;
 }
 
-/** Digits that take bytes when a big-endian number of nbytes bytes is converted. */
+/** The number of digits that receive bytes from a big-endian number of nbytes bytes. */
 constexpr std::uint64_t digits_for(std::uint32_t nbytes, std::uint64_t ndigits) {
     return std::min<std::uint64_t>((std::uint64_t{positive(nbytes)} + 3) / 4, ndigits);
 }
@@ -49,23 +49,20 @@ void multiply_and_add(Digit* a, std::uint64_t n, Digit factor, Digit addend) {
     }
 }
 
-/**
- * The characters of a number, most significant first, into a text of capacity smax. The caller hands over their
- * number and a function that yields the i-th of them.
- */
+/** Writes the text of a number to a buffer of capacity smax. character(i) returns character i of `length`. */
 template <typename Character>
 std::uint64_t write_text(char* s, std::uint64_t smax, std::uint64_t length, Character character) {
     if (s == nullptr || smax == 0) return length;
     const std::uint64_t kept = std::min(length, smax - 1);
     for (std::uint64_t i = 0; i < kept; ++i) s[i] = character(i);
-    // Deliberate: every byte of the capacity is written.
+    // Deliberate: writes every byte of the buffer.
     std::fill_n(s + kept, smax - kept, '0');
     s[kept] = '\0';
     s[smax - 1] = '\0';
     return length;
 }
 
-/** The number cut into chunks of 19 decimal digits, lowest first; their count is returned. `words` is destroyed. */
+/** Splits a number into chunks of 19 decimal digits, lowest first, and returns their count. Overwrites `words`. */
 std::size_t decimal_chunks(Word* chunks, Word* words, std::size_t n) {
     const Word inverse = reciprocal(chunk);
     std::size_t count = 0;
@@ -81,7 +78,7 @@ std::size_t decimal_chunks(Word* chunks, Word* words, std::size_t n) {
     return count;
 }
 
-/** The text of a number that is not 0, with room for `chunks_for` chunks and the number itself. */
+/** Writes a nonzero number as decimal text. `words` and `chunks` are buffers of words_for() and chunks_for() words. */
 std::uint64_t decimal_text(const Digit* a, std::uint64_t ndigits, char* s, std::uint64_t smax, Word* words,
                            Word* chunks) {
     load(words, a, ndigits);
@@ -90,7 +87,7 @@ std::uint64_t decimal_text(const Digit* a, std::uint64_t ndigits, char* s, std::
     for (Word top = chunks[count - 1]; top != 0; top /= 10) ++top_digits;
     const std::uint64_t length = std::uint64_t{count - 1} * chunk_digits + top_digits;
 
-    char digits[chunk_digits];  // of the chunk that is being written
+    char digits[chunk_digits];  // of the current chunk
     const std::uint64_t result = write_text(s, smax, length, [&](std::uint64_t i) {
         const std::uint64_t from_end = length - 1 - i;
         const auto place = static_cast<unsigned>(from_end % chunk_digits);
@@ -107,12 +104,12 @@ std::uint64_t decimal_text(const Digit* a, std::uint64_t ndigits, char* s, std::
     return result;
 }
 
-/** Chunks of a number of n words: 19 decimal digits hold more than 63 bits. */
+/** The maximum number of chunks of n words: 19 decimal digits hold more than 63 bits. */
 constexpr std::size_t chunks_for(std::size_t n) { return n + n / 63 + 1; }
 
 void print_digit(Digit digit) { std::printf("%08x ", digit); }
 
-/** The digits to print without leading zeros: at least one where there is one. */
+/** The number of digits to print without leading zeros: at least one, if there is one. */
 std::uint64_t trimmed(const Digit* a, std::uint64_t ndigits) {
     return std::min(std::max(mpSizeof(a, ndigits), std::uint64_t{1}), ndigits);
 }
@@ -152,7 +149,7 @@ std::uint64_t mpConvFromDecimal(std::uint32_t* a, std::uint64_t ndigits, const c
     std::fill_n(a, ndigits, Digit{0});
     const auto nbytes = static_cast<std::uint32_t>(bytes_for(std::strlen(s), 0.41524));
     const std::uint64_t written = digits_for(nbytes, ndigits);
-    Digit value = 0;  // of the characters that are not in a yet, below `scale`
+    Digit value = 0;  // of the characters not yet added to a; below `scale`
     Digit scale = 1;
     for (; *s != '\0'; ++s) {
         if (*s < '0' || *s > '9') continue;
@@ -165,7 +162,7 @@ std::uint64_t mpConvFromDecimal(std::uint32_t* a, std::uint64_t ndigits, const c
         }
     }
     multiply_and_add(a, written, scale, value);
-    // Deliberate: a carry out of the bytes reserved for the text is lost.
+    // Deliberate: drops a carry out of the bytes reserved for the text.
     if (nbytes < 4 * written) mpModPowerOf2(a, written, std::uint64_t{8} * nbytes);
     return written;
 }

@@ -1,5 +1,5 @@
-// Knuth's algorithm D on 64-bit words. Each quotient word comes from the reciprocal of the divisor's two top words and
-// is too large by one at most.
+// Long division on 64-bit words (Knuth's algorithm D). The estimate of each quotient word uses the reciprocal of the
+// divisor's two top words and is at most one too large.
 #include "ecc/bigdigits/division.hpp"
 
 #include "ecc/bigdigits/multiply.hpp"
@@ -7,7 +7,7 @@
 namespace vrx::bigdigits {
 namespace {
 
-/** floor((2^192 - 1) / (d1 2^64 + d0)) - 2^64 for a d1 whose top bit is set. */
+/** floor((2^192 - 1) / (d1 2^64 + d0)) - 2^64, if the top bit of d1 is set. */
 Word long_reciprocal(Word d1, Word d0) {
     Word v = reciprocal(d1);
     Word p = d1 * v + d0;
@@ -29,7 +29,7 @@ struct LongDivision {
     DoubleWord remainder;
 };
 
-/** (u 2^64 + u0) / d for u < d, where the top bit of d is set and v is the reciprocal of its two words. */
+/** (u 2^64 + u0) / d for u < d, if the top bit of d is set and v is its reciprocal. */
 LongDivision long_divide(DoubleWord u, Word u0, DoubleWord d, Word v) {
     const DoubleWord q = DoubleWord{v} * high(u) + u;
     Word q1 = high(q);
@@ -46,8 +46,7 @@ LongDivision long_divide(DoubleWord u, Word u0, DoubleWord d, Word v) {
     return {q1, r};
 }
 
-/** One step of the division by one word d: u[0..1] with u[1] below d become the remainder and a word of the quotient.
- */
+/** One step of a division by one word d: replaces u[0..1], where u[1] < d, by the remainder and a quotient word. */
 void divide_by_word_step(Word* u, const Divisor& d) {
     const ShortDivision step = divide(u[1], u[0], d.words[0], d.inverse);
     u[0] = step.remainder;
@@ -55,8 +54,8 @@ void divide_by_word_step(Word* u, const Divisor& d) {
 }
 
 /**
- * Steps of the long division by n >= 2 words d: u[0..n + steps - 1], with the n words u[steps..] below d, become the n
- * words of the remainder and `steps` words of the quotient.
+ * Steps of a long division by n >= 2 words d: replaces u[0..n + steps - 1], where the n words u[steps..] are below d,
+ * by the n words of the remainder and `steps` words of the quotient.
  */
 [[gnu::noinline]] void divide_steps(Word* u, std::size_t steps, const Divisor& d) {
     const std::size_t n = d.count;
@@ -65,7 +64,7 @@ void divide_by_word_step(Word* u, const Divisor& d) {
     for (std::size_t j = steps; j-- != 0;) {
         Word quotient = ~Word{0};
         if (top >= divisor) [[unlikely]] {
-            // The estimate would overflow. The two words are those of the divisor, and the quotient is just that.
+            // The top words equal those of the divisor, so the estimate would overflow. The quotient is 2^64 - 1.
             u[j + n - 1] = low(top);
             multiply_subtract(u + j, d.words, n, quotient);
             top = wide(u[j + n - 1], u[j + n - 2]);
@@ -86,28 +85,28 @@ void divide_by_word_step(Word* u, const Divisor& d) {
 }
 
 /**
- * As many steps as a block has rows, for n > block: the quotient from the divisor's top words alone, then the rest of
- * the divisor times all of it at once. u[0..n + block - 1], with the n words u[block..] below d, become the n words of
- * the remainder and `block` words of the quotient.
+ * `block` steps at once, for n > block: estimates the quotient from the top words of the divisor, then subtracts the
+ * quotient times the rest of the divisor. Replaces u[0..n + block - 1], where the n words u[block..] are below d, by
+ * the n words of the remainder and `block` words of the quotient.
  */
 [[gnu::noinline]] void divide_block(Word* u, const Divisor& d) {
     const std::size_t rest = d.count - block;
     const Divisor top{d.words + rest, block, d.inverse};
     Word* quotient = u + d.count;
-    // Where the top words are equal, the quotient by them alone would not fit.
+    // If the top words are equal, the estimate does not fit.
     if (compare(quotient, top.words, block) >= 0) [[unlikely]]
         return divide_steps(u, block, d);
     divide_steps(u + rest, block, top);
     Rows<block> multiple(quotient);
     for (std::size_t i = 0; i < rest; ++i) u[i] = ~multiple.step(d.words[i], ~u[i]);
     Word borrow = multiple.finish_subtracting(u + rest);
-    while (borrow != 0) {  // the multiple was too large, by two at most
+    while (borrow != 0) {  // the estimate was too large, by at most two
         subtract_word(quotient, block, 1);
         borrow -= add(u, u, d.words, d.count);
     }
 }
 
-/** The least number of words in a divisor for which blocks pay. */
+/** The minimum number of divisor words for which blocks are faster. */
 constexpr std::size_t least_for_blocks = 2 * block;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Many steps of Euclid's algorithm at once, from the leading words of long numbers (D. H. Lehmer, 1938; D. E. Knuth,
+// Lehmer's algorithm: many steps of Euclid's algorithm at once, from the leading words of long numbers (D. E. Knuth,
 // The Art of Computer Programming 2, section 4.5.2, algorithm L).
 #ifndef VRX_ECC_BIGDIGITS_LEHMER_HPP
 #define VRX_ECC_BIGDIGITS_LEHMER_HPP
@@ -8,14 +8,14 @@
 namespace vrx::bigdigits {
 
 /**
- * What some steps make of (x, y), x >= y: (a x - b y, d y - c x) after an even number of them, and the negatives of
- * these after an odd number. No step: a = d = 1 and b = c = 0.
+ * The matrix of some steps: they map (x, y), x >= y, to (a x - b y, d y - c x) for an even number of steps, and to the
+ * negatives for an odd number. Initially a = d = 1 and b = c = 0.
  */
 struct Steps {
     Word a = 1, b = 0, c = 0, d = 1;
     bool odd = false;
 
-    /** One more, with this quotient. */
+    /** Appends a step with this quotient. */
     void add(Word quotient) {
         const Word next_c = a + quotient * c;
         const Word next_d = b + quotient * d;
@@ -28,19 +28,19 @@ struct Steps {
     [[nodiscard]] bool any() const { return b != 0; }
 };
 
-/** The steps on x >= y that can be told from x and y divided by a common power of two: x below 2^126, rounded down. */
+/** The steps that are certain from the leading bits x >= y of two numbers, rounded down. x is below 2^126. */
 inline Steps leading_steps(DoubleWord x, DoubleWord y) {
     Steps s;
     // While y is above 2^64, and x began below 2^126, all of a to d stay below 2^62.
     while (high(y) != 0) {
-        // What was cut off leaves the true quotient between these two (the cofactors' signs alternate).
+        // The true quotient lies between these two, whatever the bits cut off.
         const DoubleWord one = s.odd ? x - s.a : x + s.a;
         const DoubleWord one_by = s.odd ? y + s.c : y - s.c;
         const DoubleWord other = s.odd ? x + s.b : x - s.b;
         const DoubleWord other_by = s.odd ? y - s.d : y + s.d;
         Word quotient = 0;
         DoubleWord rest = one;
-        for (; rest >= one_by && quotient < 4; ++quotient) rest -= one_by;  // most are small
+        for (; rest >= one_by && quotient < 4; ++quotient) rest -= one_by;  // most quotients are small
         if (rest >= one_by) quotient = low(one / one_by);
         if (other < quotient * other_by || other - quotient * other_by >= other_by) break;
         const DoubleWord next = x - quotient * y;
@@ -51,7 +51,7 @@ inline Steps leading_steps(DoubleWord x, DoubleWord y) {
     return s;
 }
 
-/** All steps on x >= y, until y is 0 and x their greatest common divisor. */
+/** All steps on x >= y, until y = 0 and x is the greatest common divisor. */
 inline Steps all_steps(Word& x, Word& y) {
     Steps s;
     while (y != 0) {
@@ -63,22 +63,21 @@ inline Steps all_steps(Word& x, Word& y) {
     return s;
 }
 
-/** w = a x - b y, which is not negative and fits n words. */
+/** w = a x - b y, which must not be negative and must fit n words. */
 inline void difference_of_multiples(Word* w, Word a, const Word* x, Word b, const Word* y, std::size_t n) {
     clear(w, n);
     multiply_add(w, x, n, a);
     multiply_subtract(w, y, n, b);
 }
 
-/** w = a x + b y, which fits n words. */
+/** w = a x + b y, which must fit n words. */
 inline void sum_of_multiples(Word* w, Word a, const Word* x, Word b, const Word* y, std::size_t n) {
     clear(w, n);
     multiply_add(w, x, n, a);
     multiply_add(w, y, n, b);
 }
 
-/** The leading 126 bits of x, and of y what stands in the same places; n > 1 words of each, the top word of x is not 0.
- */
+/** The leading 126 bits of x, and the same bit positions of y. Both have n > 1 words; the top word of x is not 0. */
 inline void leading(const Word* x, const Word* y, std::size_t n, DoubleWord& x_top, DoubleWord& y_top) {
     const unsigned shift = static_cast<unsigned>(std::countl_zero(x[n - 1]));
     const auto top = [=](const Word* u) {

@@ -1,3 +1,4 @@
+// The exported functions for modular arithmetic, inverses, divisors, roots, symbols and powers.
 #include "ecc/bigdigits/modular.hpp"
 
 #include <algorithm>
@@ -11,7 +12,7 @@ namespace uint256 = vrx::uint256;
 
 namespace {
 
-/** a is 1. */
+/** Whether a = 1. */
 bool is_one(const Word* a, std::size_t n) { return a[0] == 1 && significant(a, n) == 1; }
 
 }  // namespace
@@ -46,7 +47,7 @@ int mpModAdd(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, c
         mod.reduce(x, n);
         mod.reduce(y, n);
         add(x, x, y, n);
-        // Deliberate: the sum counts modulo 2^(32 ndigits), and an odd last digit has no upper half.
+        // Deliberate: the sum is modulo 2^(32 ndigits). The word of an odd last digit is half empty.
         if (ndigits % 2 != 0) x[n - 1] &= 0xffffffff;
         if (compare(x, modulus, n) >= 0) subtract(x, x, modulus, n);
         store(w, ndigits, x, n);
@@ -69,7 +70,7 @@ int mpModSub(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, c
         mod.reduce(x, n);
         mod.reduce(y, n);
         subtract(x, x, y, n);
-        // Deliberate: the top bit of the difference decides, not the borrow.
+        // Deliberate: tests the top bit of the difference, not the borrow.
         const unsigned top_bit = ndigits % 2 != 0 ? 31 : 63;
         if ((x[n - 1] >> top_bit & 1) != 0) add(x, x, modulus, n);
         store(w, ndigits, x, n);
@@ -98,7 +99,7 @@ namespace {
 
 using InverseSpace = Workspace<7 * max_words + 5>;
 
-/** inv = 1 / u modulo m by division steps, for an odd m above 1 of at most four words. */
+/** inv = 1 / u modulo m by division steps, for an odd m > 1 of at most four words. Returns whether it exists. */
 bool inverse_by_division_steps(Word* inv, Word* u, const Word* m, std::size_t n, InverseSpace& space) {
     using uint256::Words;
     Modulus(space.take(n), m, n).reduce(u, n);
@@ -113,9 +114,9 @@ bool inverse_by_division_steps(Word* inv, Word* u, const Word* m, std::size_t n,
     return significant(inv, n) != 0;
 }
 
-/** inv = 1 / u modulo m by Euclid's algorithm, by many steps at a time. */
+/** inv = 1 / u modulo m by Lehmer's algorithm. Returns whether it exists. */
 bool inverse_by_euclid(Word* inv, Word* u, const Word* m, std::size_t n, InverseSpace& space) {
-    // (x, y) = (u, m) with xc u = +-x and yc u = -+y modulo m; the cofactors stay at most m, and their signs alternate.
+    // xc u = +-x and yc u = -+y modulo m. The cofactors xc and yc are at most m, and the signs alternate.
     Word* x = u;
     Word* y = space.take(n + 1);
     Word* xc = inv;
@@ -159,7 +160,7 @@ bool inverse_by_euclid(Word* inv, Word* u, const Word* m, std::size_t n, Inverse
             const std::size_t length = significant(yc, n);
             const std::size_t rows = length == 0 ? 0 : significant(quotient, count);
             for (std::size_t i = 0; i < rows; ++i) {
-                // Nothing stands there yet: xc is no longer than yc. A sum of at most m has no carry out of n words.
+                // xc is no longer than yc, so this word is still 0. A sum of at most m does not carry out of n words.
                 const Word carry = multiply_add(xc + i, yc, length, quotient[i]);
                 if (i + length < n) xc[i + length] = carry;
             }
@@ -212,7 +213,7 @@ int mpGcd(std::uint32_t* g, const std::uint32_t* x, const std::uint32_t* y, std:
 }
 
 int mpSqrt(std::uint32_t* s, const std::uint32_t* x, std::uint64_t ndigits) {
-    // Newton's method from a power of 2 above the root falls to the root and stops where it would rise.
+    // Newton's method, from a power of 2 above the root, decreases to the root. It stops when it would increase.
     const std::size_t n = words_for(ndigits);
     Workspace<5 * max_words + 2> space;
     return without_trace([&] {
@@ -250,7 +251,7 @@ int mpJacobi(const std::uint32_t* a, const std::uint32_t* n_, std::uint64_t ndig
         Word* room = space.take(n);
         load(x, a, ndigits);
         load(y, n_, ndigits);
-        // (x/y) with y odd: the factors 2 of x first, (2/y) = (-1)^((y^2 - 1)/8); then (x/y) = +-(y mod x / x).
+        // (x/y) for odd y: remove factors 2 of x by (2/y) = (-1)^((y^2 - 1)/8), then (x/y) = +-(y mod x / x).
         int sign = 1;
         for (;;) {
             if (significant(x, n) == 0) return 0;

@@ -1,4 +1,4 @@
-// Remainders, and what is made of them: sums, products and powers modulo m, inverses, divisors, roots, symbols.
+// Remainders, powers modulo m, and the step of Euclid's algorithm.
 #ifndef VRX_ECC_BIGDIGITS_MODULAR_HPP
 #define VRX_ECC_BIGDIGITS_MODULAR_HPP
 
@@ -9,13 +9,13 @@
 
 namespace vrx::bigdigits {
 
-/** A modulus, made ready for division when the first remainder needs it. Modulo 0 every remainder is 0. */
+/** A modulus, prepared for division on demand. Modulo 0 every remainder is 0. */
 class Modulus {
 public:
-    /** Of the n words m, which outlive the object, and room for as many. */
+    /** m has n words and must outlive the object. `room` has n words, too. */
     Modulus(Word* room, const Word* m, std::size_t n) : room_(room), m_(m), count_(significant(m, n)) {}
 
-    /** u = u mod m, in place: un words and room for one more. */
+    /** u = u mod m, in place. u has un words, and room for one more. */
     void reduce(Word* u, std::size_t un) const {
         if (count_ == 0) return clear(u, un);
         const std::size_t used = significant(u, un);
@@ -31,12 +31,12 @@ private:
 };
 
 /**
- * y = x^e mod m, from left to right, a bit at a time: y = y^2, and y = x y where the bit is 1.
+ * y = x^e mod m, by square and multiply from left to right. Not constant-time.
  *
- * @param y     out: as many words as the modulus has; not x.
+ * @param y     out: as many words as the modulus; must not overlap x.
  * @param x     in: as many words, below m.
  * @param bits  in: the number of significant bits of e, at least 1.
- * @param work  room for the products: twice as many words, and one more.
+ * @param work  buffer for products: twice as many words as the modulus, plus one.
  */
 inline void power(Word* y, const Word* x, const Word* e, std::size_t bits, const Divisor& m, Word* work) {
     const std::size_t n = m.count;
@@ -56,9 +56,9 @@ inline void power(Word* y, const Word* x, const Word* e, std::size_t bits, const
 }
 
 /**
- * The step of Euclid's algorithm: a = b mod a and b = a, for a that is not 0. Room for n + 1 words in each.
+ * A step of Euclid's algorithm, (a, b) = (b mod a, a), for a > 0. Each has room for n + 1 words.
  *
- * @param use  called with the words of the quotient and their number.
+ * @param use  called with the words of the quotient and their count.
  */
 template <typename Use>
 inline void euclid_step(Word*& a, Word*& b, std::size_t n, Word* room, Use use) {

@@ -1,10 +1,11 @@
+// Schoolbook products and squares, in blocks of four rows.
 #include "ecc/bigdigits/multiply.hpp"
 
 namespace vrx::bigdigits {
 namespace {
 
 /**
- * f(Index<rows>) for the rows of the first block when n rows are cut into blocks: those that are left over come first.
+ * Calls f(Index<rows>) with the number of rows of the first block. It has the rows that do not fill a block, if any.
  */
 template <typename F>
 void with_first_rows(std::size_t n, F f) {
@@ -21,8 +22,8 @@ void with_first_rows(std::size_t n, F f) {
 }
 
 /**
- * w = w + the products u[i] u[j], i < j and i < rows. What stands from w[n] on counts as 0 and is written; when the
- * block is the first one, that is so for all of w.
+ * w = w + the products u[i] u[j] for i < j and i < rows. Words from w[n] on count as 0 and are written. For the first
+ * block, all of w counts as 0.
  */
 template <std::size_t rows, bool is_first>
 void add_triangle(Word* w, const Word* u, std::size_t n) {
@@ -38,7 +39,7 @@ void add_triangle(Word* w, const Word* u, std::size_t n) {
 
 /** w = 2 w + the squares u[i]^2, each at 2i. */
 void double_and_add_squares(Word* w, const Word* u, std::size_t n) {
-    Word top = 0;  // the bit that doubling moves into the next pair
+    Word top = 0;  // the bit that doubling shifts into the next pair
     Word carry = 0;
     for (std::size_t i = 0; i < n; ++i) {
         const DoubleWord s = DoubleWord{u[i]} * u[i];
@@ -68,7 +69,7 @@ void product(Word* w, const Word* u, std::size_t un, const Word* v, std::size_t 
 }
 
 void square(Word* w, const Word* u, std::size_t n) {
-    // The products u[i] u[j] with i < j are formed once and doubled; then come the squares u[i]^2.
+    // The products u[i] u[j] with i < j are computed once and doubled. Then the squares u[i]^2 are added.
     with_first_rows(n, [&](auto rows) {
         add_triangle<rows, true>(w, u, n);
         for (std::size_t i = rows; i < n; i += block) add_triangle<block, false>(w + 2 * i, u + i, n - i);

@@ -1,4 +1,4 @@
-// Products and squares.
+// Products and squares of numbers of any length, and their multiply-accumulate steps.
 #ifndef VRX_ECC_BIGDIGITS_MULTIPLY_HPP
 #define VRX_ECC_BIGDIGITS_MULTIPLY_HPP
 
@@ -9,26 +9,26 @@
 
 namespace vrx::bigdigits {
 
-/** w = u v, un + vn words; neither count is 0. w is neither u nor v. */
+/** w = u v, of un + vn words. Neither count is 0. w must not overlap u or v. */
 void product(Word* w, const Word* u, std::size_t un, const Word* v, std::size_t vn);
 
-/** w = u^2, 2n words; n is not 0. w is not u. */
+/** w = u^2, of 2n words. n is not 0. w must not overlap u. */
 void square(Word* w, const Word* u, std::size_t n);
 
-/** A number that is known to the compiler, as an argument. */
+/** A compile-time number as an argument. */
 template <std::size_t value>
 using Index = std::integral_constant<std::size_t, value>;
 
-/** f(Index<0>), f(Index<1>), ..., f(Index<n - 1>), for what has to unroll; f is always inlined. */
+/** Calls f(Index<0>), f(Index<1>), ..., f(Index<n - 1>): a loop that always unrolls. f must be always_inline. */
 template <std::size_t n, typename F>
 [[gnu::always_inline]] inline void unrolled(F f) {
     [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) { (f(Index<i>{}), ...); }
     (std::make_index_sequence<n>{});
 }
 
-/** addend + u x + carry: the low word replaces the addend, the high word the carry. No such sum exceeds 2^128 - 1. */
+/** addend + u x + carry, at most 2^128 - 1. The low word replaces the addend, the high word the carry. */
 inline void multiply_step(Word u, Word x, Word& addend, Word& carry) {
-    // As C++ on DoubleWord, g++ needs a third more time.
+    // In assembly: with C++ on DoubleWord, g++ needs a third more time.
     Word lo = u;
     Word hi;
     asm("mulq %[x]\n\t"
@@ -43,18 +43,18 @@ inline void multiply_step(Word u, Word x, Word& addend, Word& carry) {
     carry = hi;
 }
 
-/** w = w + u x; the word carried out is returned. */
+/** w = w + u x. Returns the word carried out. */
 inline Word multiply_add(Word* w, const Word* u, std::size_t n, Word x) {
     Word carry = 0;
     for (std::size_t i = 0; i < n; ++i) multiply_step(u[i], x, w[i], carry);
     return carry;
 }
 
-/** w = w - u x; the word borrowed is returned. */
+/** w = w - u x. Returns the word borrowed. */
 inline Word multiply_subtract(Word* w, const Word* u, std::size_t n, Word x) {
     Word borrow = 0;
     for (std::size_t i = 0; i < n; ++i) {
-        // w - u x is the complement of the complement of w plus u x: a carry costs less than a borrow.
+        // w - u x = ~(~w + u x): a carry is cheaper than a borrow.
         Word t = ~w[i];
         multiply_step(u[i], x, t, borrow);
         w[i] = ~t;
@@ -62,12 +62,12 @@ inline Word multiply_subtract(Word* w, const Word* u, std::size_t n, Word x) {
     return borrow;
 }
 
-/** Rows that are worked on at once. */
+/** The number of rows processed at once. */
 inline constexpr std::size_t block = 4;
 
 /**
- * The products of a number u with `rows` words x, added to another number a word at a time. Several rows at once hide
- * the latency of the carries, of which there is one for each row.
+ * Adds the products of a number u and `rows` words x to another number, one word at a time. Each row has a carry;
+ * several rows at once hide its latency.
  */
 template <std::size_t rows>
 class Rows {
@@ -76,7 +76,7 @@ public:
         unrolled<rows>([&](auto r) __attribute__((always_inline)) { x_[r] = x[r]; });
     }
 
-    /** The next word of u against the first `active` rows; the word of the sum that this completes. */
+    /** Multiplies the next word of u by the first `active` rows. Returns the word of the sum that this completes. */
     template <std::size_t active = rows>
     [[gnu::always_inline]] Word step(Word u, Word w) {
         static_assert(0 < active && active <= rows);
@@ -90,7 +90,7 @@ public:
         carry_[active - 1] = carry;
         return w;
     }
-    /** What is left behind the last word of u: put it there, or subtract it from what is there, with a borrow. */
+    /** The carries after the last word of u: stores them, or subtracts them and returns the borrow. */
     void finish(Word* w) const {
         unrolled<rows>([&](auto r) __attribute__((always_inline)) { w[r] = carry_[r]; });
     }

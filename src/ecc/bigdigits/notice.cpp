@@ -1,3 +1,4 @@
+// The copyright notice and version of the multiple-precision arithmetic.
 #include "ecc/bigdigits/notice.hpp"
 
 #include "vrx/bigdigits.h"

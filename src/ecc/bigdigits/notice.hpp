@@ -1,4 +1,4 @@
-// Who the arithmetic is by.
+// The copyright notice of the multiple-precision arithmetic.
 #ifndef VRX_ECC_BIGDIGITS_NOTICE_HPP
 #define VRX_ECC_BIGDIGITS_NOTICE_HPP
 

@@ -1,4 +1,4 @@
-// Random digits and primality, from the C library's generator.
+// The exported functions for random digits and primality tests. They use the C library's rand(): not for keys.
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -33,8 +33,7 @@ static_assert(small_primes.back() == greatest_small_prime);
 
 void seed_from_clock() { std::srand(static_cast<unsigned>(std::time(nullptr)) ^ static_cast<unsigned>(std::clock())); }
 
-/** Four bytes of the generator, the first one lowest. Deliberate: it is the C library's, which is all that is promised.
- */
+/** Four bytes from rand(), the first one lowest. Deliberate: the contract promises no better generator. */
 Digit draw() {
     Digit value = 0;
     for (unsigned shift = 0; shift < 32; shift += 8)
@@ -42,7 +41,7 @@ Digit draw() {
     return value;
 }
 
-/** A digit from 0 to range, evenly: what lies above after masking is drawn again. range is not 0. */
+/** A uniform digit from 0 to range, by rejection sampling. range is not 0. */
 Digit draw_up_to(Digit range) {
     const Digit mask = ~Digit{0} >> std::countl_zero(range);
     Digit value;
@@ -51,7 +50,7 @@ Digit draw_up_to(Digit range) {
     return value;
 }
 
-/** Room for the numbers of one test, wiped in the end. */
+/** The temporaries of a test, wiped by the destructor. */
 struct Numbers {
     Digit minus_one[max_digits], odd[max_digits], base[max_digits], z[max_digits];
     std::uint64_t ndigits;
@@ -64,7 +63,7 @@ struct Numbers {
     }
 };
 
-/** One round for w - 1 = 2^a odd with the base already drawn. */
+/** One round of the Rabin-Miller test, for w - 1 = 2^a odd and the base in t. */
 bool passes(const Digit* w, std::uint64_t a, Numbers& t) {
     mpModExp(t.z, t.base, t.odd, w, t.ndigits);
     if (mpShortCmp(t.z, 1, t.ndigits) == 0) return true;
@@ -87,7 +86,7 @@ std::uint32_t spSimpleRand(std::uint32_t lower, std::uint32_t upper) {
 int mpRabinMiller(const std::uint32_t* w, std::uint64_t ndigits, std::uint64_t t) {
     if (mpShortCmp(w, 1, ndigits) <= 0) return 0;
     seed_from_clock();
-    if (mpShortCmp(w, 2, ndigits) == 0) return 1;  // no base lies between 1 and w
+    if (mpShortCmp(w, 2, ndigits) == 0) return 1;  // there is no base between 1 and w
     Numbers numbers(ndigits);
     mpShortSub(numbers.minus_one, w, 1, ndigits);
     std::uint64_t a = 0;
@@ -95,7 +94,7 @@ int mpRabinMiller(const std::uint32_t* w, std::uint64_t ndigits, std::uint64_t t
     mpShiftRight(numbers.odd, numbers.minus_one, a, ndigits);
     const Digit limit = mpSizeof(w, ndigits) == 1 ? w[0] - 2 : ~Digit{0};
     for (std::uint64_t round = 0; round < t; ++round) {
-        // From 2 to limit, and so below w.
+        // From 2 to limit, so below w.
         mpSetDigit(numbers.base, limit > 2 ? draw_up_to(limit - 2) + 2 : 2, ndigits);
         if (!passes(w, a, numbers)) return 0;
     }

@@ -1,4 +1,4 @@
-// Numbers as arrays of 64-bit words, least significant first: what digits become for the time of an operation.
+// Numbers as arrays of 64-bit words, least significant first: the form of digits during an operation.
 #ifndef VRX_ECC_BIGDIGITS_WORDS_HPP
 #define VRX_ECC_BIGDIGITS_WORDS_HPP
 
@@ -25,10 +25,10 @@ constexpr Word low(DoubleWord x) { return static_cast<Word>(x); }
 constexpr Word high(DoubleWord x) { return static_cast<Word>(x >> word_bits); }
 constexpr DoubleWord wide(Word hi, Word lo) { return DoubleWord{hi} << word_bits | lo; }
 
-/** The words that hold a number of so many digits; an odd last digit is padded. */
+/** The number of words that hold ndigits digits. */
 constexpr std::size_t words_for(std::uint64_t ndigits) { return ndigits / 2 + ndigits % 2; }
 
-/** Two digits as a word, and back. */
+/** Loads two digits as a word. set_pair() stores them. */
 inline Word pair(const Digit* digits) {
     Word w;
     std::memcpy(&w, digits, sizeof w);
@@ -40,7 +40,7 @@ inline void set_pair(Digit* digits, Word w) { std::memcpy(digits, &w, sizeof w);
 inline void load(Word* w, const Digit* digits, std::uint64_t ndigits) {
     for (std::uint64_t i = 0; i < ndigits / 2; ++i) {
         w[i] = pair(digits + 2 * i);
-        // Keeps the loop from becoming a call of memcpy, whose wide, overlapping stores delay the reading of the words.
+        // Keeps the compiler from using memcpy(), whose wide, overlapping stores break store-to-load forwarding.
         asm volatile("");
     }
     if (ndigits % 2 != 0) w[ndigits / 2] = digits[ndigits - 1];
@@ -68,7 +68,7 @@ inline void load_shifted(Word* w, const Digit* digits, std::uint64_t ndigits, un
     w[i] = out;
 }
 
-/** The lowest ndigits digits of a number of n words, with zeros behind it. */
+/** Stores the lowest ndigits digits of a number of n words, padded with zeros. */
 inline void store(Digit* digits, std::uint64_t ndigits, const Word* w, std::size_t n) {
     const std::size_t there = std::min<std::size_t>(ndigits, 2 * n);
     if (there != 0) std::memcpy(digits, w, there * sizeof(Digit));

@@ -1,5 +1,5 @@
 // Word operations with BMI2, ADX and AVX2. A product uses MULX, which leaves the flags alone, and two independent carry
-// chains: ADCX in the carry flag, ADOX in the overflow flag. Compilers use one chain, and need up to twice the time.
+// chains: ADCX in the carry flag, ADOX in the overflow flag. Compilers use one chain and take up to twice as long.
 #ifndef VRX_ECC_FIELD_ADX_WORDS_HPP
 #define VRX_ECC_FIELD_ADX_WORDS_HPP
 
@@ -7,16 +7,15 @@
 
 namespace vrx::field {
 
-// Steps of the assembly below. Operands are names of its registers and pointers; `at` is an offset in bytes.
+// Steps of the assembly below. Their operands are the names of its registers and pointers. `at` is an offset in bytes.
 
-// rdx = the word of a number at an offset: the factor of a row.
+// Loads rdx, the factor of a row, with the word of a number at an offset.
 #define FACTOR(number, at) "movq " #at "(%[" #number "]), %%rdx\n\t"
 
-// A register to zero. Clears both carry chains, too.
+// Zeroes a register and clears both carry chains.
 #define CLEAR(r) "xorl %k[" #r "], %k[" #r "]\n\t"
 
-// rdx times a word is added to two registers: its low half in the chain of the carry flag, its high half in that of the
-// overflow flag.
+// Adds rdx times a word to two registers: the low half with the carry flag, the high half with the overflow flag.
 #define ADD_PRODUCT(number, at, r_low, r_high) \
     "mulxq " #at "(%[" #number                 \
     "]), %[low], %[high]\n\t"                  \
@@ -24,17 +23,17 @@ namespace vrx::field {
     "]\n\t"                                    \
     "adoxq %[high], %[" #r_high "]\n\t"
 
-// rdx times four words is added to five registers; carries are left in both chains.
+// Adds rdx times four words to five registers. Leaves carries in both chains.
 #define ADD_ROW(number, r0, r1, r2, r3, r4) \
     ADD_PRODUCT(number, 0, r0, r1)          \
     ADD_PRODUCT(number, 8, r1, r2)          \
     ADD_PRODUCT(number, 16, r2, r3)         \
     ADD_PRODUCT(number, 24, r3, r4)
 
-// The carry flag into a register: the end of a row.
+// Adds the carry flag to a register: the end of a row.
 #define ADD_CARRY(r) "adcq $0, %[" #r "]\n\t"
 
-// Five registers = a[0] b: one chain is enough, since nothing is added to.
+// Five registers = a[0] b. One chain suffices, because nothing is accumulated yet.
 #define FIRST_ROW(r0, r1, r2, r3, r4)  \
     FACTOR(a, 0)                       \
     "mulxq (%[b]), %[" #r0 "], %[" #r1 \
@@ -51,14 +50,14 @@ namespace vrx::field {
     "]\n\t"                            \
     "adcq %[low], %[" #r3 "]\n\t" ADD_CARRY(r4)
 
-// Row of a product: a[at] b is added to five registers, of which the last is new.
+// Row of a product: adds a[at] b to five registers, of which the last is new.
 #define PRODUCT_ROW(at, r0, r1, r2, r3, r4) \
     FACTOR(a, at)                           \
     CLEAR(r4)                               \
     ADD_ROW(b, r0, r1, r2, r3, r4)          \
     ADD_CARRY(r4)
 
-// Row of a square: a register is doubled in the chain of the overflow flag, and a half of a square is added.
+// Row of a square: doubles a register with the overflow flag, and adds half of a square with the carry flag.
 #define DOUBLE_AND_ADD(r, half) \
     "adoxq %[" #r "], %[" #r    \
     "]\n\t"                     \
@@ -67,7 +66,7 @@ namespace vrx::field {
 // low and high = a[at]^2
 #define SQUARE_WORD(at) FACTOR(a, at) "mulxq %%rdx, %[low], %[high]\n\t"
 
-// Row of a Montgomery product: a[at] b is added to five registers; t5, cleared before, takes the carries.
+// Row of a Montgomery product: adds a[at] b to five registers. t5 is cleared first and takes the carries.
 #define MONTGOMERY_ROW(at, t0, t1, t2, t3, t4, t5) \
     FACTOR(a, at)                                  \
     CLEAR(t5)                                      \
@@ -76,7 +75,7 @@ namespace vrx::field {
     "]\n\t"                                        \
     "adoxq %[" #t5 "], %[" #t5 "]\n\t" ADD_CARRY(t5)
 
-// rdx times a word in a register is added, as by ADD_PRODUCT.
+// Like ADD_PRODUCT, for a word in a register.
 #define ADD_REGISTER_PRODUCT(word, r_low, r_high) \
     "mulxq %[" #word                              \
     "], %[low], %[high]\n\t"                      \
@@ -84,7 +83,7 @@ namespace vrx::field {
     "]\n\t"                                       \
     "adoxq %[high], %[" #r_high "]\n\t"
 
-// The multiple of m that clears t0 is added: u = -t0 / m modulo 2^64 times m. Carries go to t4 and t5.
+// Adds u m, where u = -t0 / m modulo 2^64, which clears t0. Carries go to t4 and t5.
 #define MONTGOMERY_REDUCE(t0, t1, t2, t3, t4, t5) \
     "movabsq %[inverse], %%rdx\n\t"              \
     "imulq %[" #t0 "], %%rdx\n\t"                \
@@ -95,7 +94,7 @@ namespace vrx::field {
     "adoxq %[low], %[" #t5 "]\n\t"               \
     ADD_CARRY(t5)
 
-/** Each function takes and yields what that of PlainWordsOf does: any numbers, unless it says otherwise. */
+/** The operations of PlainWordsOf, with the same operands and results. */
 struct AdxWords {
     using Word = std::uint64_t;
     using Words = field::Words;
@@ -106,7 +105,7 @@ struct AdxWords {
         return constant_time_lookup<32, Entry, count>(table, index);
     }
 
-    /** Row by row: the products of a word of a with b are added where they belong. */
+    /** a b, row by row: a row adds one word of a times b. */
     static WideWords multiply(const Words& a, const Words& b) {
         std::uint64_t r0, r1, r2, r3, r4, r5, r6, r7, low, high;
         asm(FIRST_ROW(r0, r1, r2, r3, r4)        // a[0] b
@@ -120,7 +119,7 @@ struct AdxWords {
         return {r0, r1, r2, r3, r4, r5, r6, r7};
     }
 
-    /** The products of unequal words; then one chain doubles them while the other adds the squares of the words. */
+    /** a^2: the products of different words, then one chain doubles them while the other adds the squares. */
     static WideWords square(const Words& a) {
         std::uint64_t r0, r1, r2, r3, r4, r5, r6, r7, low, high;
         asm(// a[0] times a[1], a[2] and a[3]
@@ -142,7 +141,7 @@ struct AdxWords {
             "mulxq 24(%[a]), %[low], %[r6]\n\t"
             "addq %[low], %[r5]\n\t"
             ADD_CARRY(r6)
-            // Twice all of that, and the squares of the words.
+            // Doubles the sum, and adds the squares of the words.
             CLEAR(r7)
             FACTOR(a, 0)
             "mulxq %%rdx, %[r0], %[high]\n\t"
@@ -163,12 +162,12 @@ struct AdxWords {
         return {r0, r1, r2, r3, r4, r5, r6, r7};
     }
 
-    /** r = the low half of v plus factor times the high half, modulo 2^256; what is carried out, at most factor. */
+    /** r = the low half of v plus factor times the high half, modulo 2^256. Returns the carry out, at most factor. */
     static std::uint64_t add_multiple(Words& r, const WideWords& v, std::uint64_t factor) {
         std::uint64_t r0 = v[0], r1 = v[1], r2 = v[2], r3 = v[3], low, high;
         asm(CLEAR(low) ADD_REGISTER_PRODUCT(v4, r0, r1) ADD_REGISTER_PRODUCT(v5, r1, r2)
                 ADD_REGISTER_PRODUCT(v6, r2, r3)
-            // The last high half stays, and takes the carries of both chains.
+            // The last high half is the result, and takes the carries of both chains.
             "mulxq %[v7], %[low], %[high]\n\t"
             "adcxq %[low], %[r3]\n\t"
             "movl $0, %k[low]\n\t"
@@ -182,8 +181,8 @@ struct AdxWords {
     }
 
     /**
-     * A row of a b, then the multiple of m that clears the lowest word, four times over; in between the sum is below b
-     * + m, so that five words and a carry hold it.
+     * The Montgomery product: four times a row of a b, then the multiple of m that clears the lowest word. After each
+     * round the sum is below b + m, so five words and a carry hold it.
      */
     template <const Words& m, std::uint64_t inverse>
     static std::array<std::uint64_t, 5> montgomery(const Words& a, const Words& b) {
@@ -191,7 +190,7 @@ struct AdxWords {
         asm(FIRST_ROW(t0, t1, t2, t3, t4)  // a[0] b
             CLEAR(t5)                      // the top register
             MONTGOMERY_REDUCE(t0, t1, t2, t3, t4, t5)
-            // From here on the register that was cleared last is the top one.
+            // From here on, the register cleared last becomes the top register.
             MONTGOMERY_ROW(8, t1, t2, t3, t4, t5, t0)   // + a[1] b
             MONTGOMERY_REDUCE(t1, t2, t3, t4, t5, t0)   // / 2^64
             MONTGOMERY_ROW(16, t2, t3, t4, t5, t0, t1)  // + a[2] b

@@ -1,5 +1,5 @@
-// k G in eight lanes, from a table of multiples of the base point G: a round adds one table point in each lane, and at
-// the end the lanes are added up.
+// Comb multiplication k G in eight lanes, from a table of multiples of G. A round adds one table point in each lane,
+// and at the end the lanes are added up.
 #ifndef VRX_ECC_FIELD_COMB_HPP
 #define VRX_ECC_FIELD_COMB_HPP
 
@@ -10,7 +10,7 @@
 
 namespace vrx::field {
 
-/** The table entry of every lane's digit; returns a mask of the negative ones. Constant-time: reads the whole round. */
+/** Looks up the digit of every lane. Returns a mask of the negative digits. Constant-time: reads the whole round. */
 template <typename V>
 V lookup(const std::uint64_t (&round)[comb_entries][2][limb_count][lane_count], const V& nibble, Element<V>& x,
          Element<V>& y) {
@@ -33,8 +33,7 @@ V lookup(const std::uint64_t (&round)[comb_entries][2][limb_count][lane_count], 
     return negative;
 }
 
-/** k G for 1 <= k < q, zz = 0 if not covered. Cost: 7 mixed additions in eight lanes, and three more to add the lanes
- * up. */
+/** k G for 1 <= k < q, zz = 0 if not covered. Cost: 7 mixed additions in eight lanes, and 3 to add up the lanes. */
 template <typename V, typename Curve>
 XyzzPoint comb_multiply(const Words& k) {
     using S = typename Curve::Field;

@@ -1,8 +1,9 @@
+// The comb tables of the four curves.
 #include "ecc/field/comb_tables.hpp"
 
 namespace vrx::field {
 
-// Each file is the two tables of a curve, each followed by a comma.
+// Each file holds the two tables of a curve, each followed by a comma.
 constinit const CombTables comb_tables_test = {
 #include "ecc/field/tables/comb_test.inc"
 };

@@ -1,4 +1,4 @@
-// Static tables of multiples of the base points, and how a scalar is read by them.
+// Comb tables: precomputed multiples of the base points, and the digits of a scalar that index them.
 #ifndef VRX_ECC_FIELD_COMB_TABLES_HPP
 #define VRX_ECC_FIELD_COMB_TABLES_HPP
 
@@ -7,26 +7,26 @@
 
 namespace vrx::field {
 
-// For eight lanes. An odd k below 2^256 is a sum of 64 odd digits d_i 16^i with d_i from -15 to 15: with
-// k' = (k - 1) / 2 + 2^255 and n_i the nibbles of k', d_i = 2 n_i - 15. Lane l takes the digits 8l to 8l + 7, one a
+// For eight lanes: an odd k below 2^256 is the sum of d_i 16^i over 64 odd digits d_i from -15 to 15. They are
+// d_i = 2 n_i - 15, where n_i are the nibbles of k' = (k - 1) / 2 + 2^255. Lane l uses the digits 8l to 8l + 7, one a
 // round.
 inline constexpr std::size_t comb_rounds = 8;
 inline constexpr std::size_t comb_entries = 8;
 
-/** [r][e][0 for x, 1 for y][limb][l] is of (2e + 1) 16^(8l + r) G, in the form of a lane. */
+/** [r][e][0 for x, 1 for y][limb][l] is a limb of (2e + 1) 16^(8l + r) G. */
 struct LaneTable {
     std::uint64_t word[comb_rounds][comb_entries][2][limb_count][lane_count];
 };
 
-// For one point at a time. With k' = (k + 2^264 - 1) / 2 modulo q, k = sum of +-2^i over 264 bits, + where bit i of k'
-// is set. The bits 4 (6 B + t) + s for t from 0 to 5 are those of block B in step s; a step doubles what the later ones
-// made.
+// For one point at a time: k is the sum of +-2^i over 264 bits, with + if bit i of k' = (k + 2^264 - 1) / 2 modulo q is
+// set. In step s, block B uses the bits 4 (6 B + t) + s for t from 0 to 5. Steps run from s = 3 down to 0, with a
+// doubling between them.
 inline constexpr std::size_t comb_steps = 4;
 inline constexpr std::size_t comb_teeth = 6;
 inline constexpr std::size_t comb_blocks = 11;
 inline constexpr std::size_t block_entries = std::size_t{1} << (comb_teeth - 1);
 
-/** [B][e] is (x, y) of the sum of +-2^(4 (6 B + t)) G, + for t = 5 and where bit t of e is set. Scalar elements. */
+/** [B][e] is (x, y) of the sum of +-2^(4 (6 B + t)) G, with + for t = 5 and if bit t of e is set. Scalar elements. */
 struct WordTable {
     std::uint64_t word[comb_blocks][block_entries][2][4];
 };

@@ -1,5 +1,4 @@
-// The four curves of RFC 4357, section 11.4 (XchA is A again, XchB is C): what the engines know of them at compile
-// time.
+// Compile-time constants of the four curves of RFC 4357, section 11.4. XchA has the curve of A, XchB that of C.
 #ifndef VRX_ECC_FIELD_CURVES_HPP
 #define VRX_ECC_FIELD_CURVES_HPP
 
@@ -9,8 +8,8 @@ namespace vrx::field {
 
 enum class CurveId : std::uint8_t { test, a, b, c };
 
-/** y^2 = x^3 + a x + b over Field, with a small; the base point (x, y) has the prime order q. Words are plain numbers.
- */
+/** y^2 = x^3 + a x + b over Field, with a small a. The base point (x, y) has the prime order q. Words are numbers, not
+ * elements. */
 struct CurveTest {
     static constexpr CurveId id = CurveId::test;
     using Field = PseudoMersennePlus<0x431>;
@@ -51,7 +50,7 @@ struct CurveC {
     static constexpr Words y = {0x366E550DFDB3BB67, 0x4D4DC440D4641A8F, 0x3CBF3783CD08C0EE, 0x41ECE55743711A8C};
 };
 
-/** Do something with the constants of a curve: use(CurveA{}) for CurveId::a. */
+/** Calls use() with the constants of a curve, such as use(CurveA{}) for CurveId::a. */
 template <typename Use>
 constexpr auto with_curve(CurveId id, const Use& use) {
     switch (id) {

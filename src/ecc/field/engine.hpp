@@ -1,8 +1,7 @@
-// Multiples of points of the four curves, by the fastest engine that the processor runs.
+// The engines for point multiplication on the four curves, and the choice of the fastest one for this CPU.
 //
-// Scalars and points that are multiplied are secret: no branch and no address depends on them. What an engine leaves on
-// the stack is not wiped; that is the caller's (see multiple_stack). All numbers are plain, k and z from 1 to q - 1,
-// points on the curve.
+// Constant-time in scalars and points. Numbers are not in Montgomery form, k and z are from 1 to q - 1, and points are
+// on the curve. Engines do not wipe the stack; their callers do (see multiple_stack).
 #ifndef VRX_ECC_FIELD_ENGINE_HPP
 #define VRX_ECC_FIELD_ENGINE_HPP
 
@@ -13,13 +12,13 @@
 namespace vrx::field {
 
 struct Engine : cpu::EngineInfo {
-    /** r = k G. False where the formulas do not cover k, and r is then nothing. */
+    /** r = k G. Returns false if the formulas do not cover k; r is then undefined. */
     bool (*multiply_base)(CurveId curve, const Words& k, AffinePoint& r);
 
-    /** r = k Q, as above. */
+    /** r = k Q. Returns false if the formulas do not cover k and Q; r is then undefined. */
     bool (*multiply)(CurveId curve, const Words& k, const AffinePoint& q, AffinePoint& r);
 
-    /** Whether x(z1 G + z2 Q) mod q = r, for 0 < r < q; z1 may be 0. Everything is public. */
+    /** Whether x(z1 G + z2 Q) mod q = r, for 0 < r < q. z1 may be 0. For public operands: not constant-time. */
     Answer (*sum_has_remainder)(CurveId curve, const Words& z1, const Words& z2, const AffinePoint& q, const Words& r);
 };
 
@@ -30,7 +29,7 @@ extern const Engine engine_words;
 inline constexpr const Engine* engines[] = {&engine_ifma, &engine_adx, &engine_words};
 
 extern cpu::Choice<engines> choice;
-/** The engine that runs. */
+/** The engine in use. */
 inline const Engine& engine() noexcept { return choice(); }
 
 }  // namespace vrx::field

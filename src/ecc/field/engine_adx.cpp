@@ -1,4 +1,4 @@
-// The engine of 64-bit arithmetic by BMI2, ADX and AVX2.
+// The engine "adx": 64-bit arithmetic with BMI2 and ADX, table look-ups with AVX2.
 #include "ecc/field/adx_words.hpp"
 #include "ecc/field/engine_of.hpp"
 #include "ecc/field/word_multiply.hpp"

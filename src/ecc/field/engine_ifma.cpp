@@ -1,5 +1,5 @@
-// The engine of AVX-512 IFMA. What is included before the vector instructions are switched on is compiled for every
-// processor, and may be shared with other files; what comes after belongs to this lane type alone.
+// The engine "ifma": eight lanes with AVX-512 IFMA. Headers included before the region are compiled for every CPU and
+// may be shared with other files. Headers inside the region are only instantiated for this lane type.
 #include <immintrin.h>
 
 #include "ecc/field/comb_tables.hpp"

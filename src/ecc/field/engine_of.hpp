@@ -1,4 +1,4 @@
-// An engine from its two ways of multiplying.
+// Builds an engine from its methods of point multiplication.
 #ifndef VRX_ECC_FIELD_ENGINE_OF_HPP
 #define VRX_ECC_FIELD_ENGINE_OF_HPP
 
@@ -7,10 +7,10 @@
 namespace vrx::field {
 
 /**
- * Methods has, for every Curve:
- *     base<Curve>(k)      k G as an XyzzPoint, zz = 0 if not covered
- *     point<Curve>(k, Q)  k Q as an XyzzPoint or a HomogeneousPoint, likewise
- *     public_point<Curve>(k, Q)  the same where time may depend on k and Q
+ * Methods provides, for every Curve:
+ *     base<Curve>(k)             k G as an XyzzPoint, zz = 0 if not covered
+ *     point<Curve>(k, Q)         k Q as an XyzzPoint or a HomogeneousPoint, z = 0 if not covered
+ *     public_point<Curve>(k, Q)  the same, not necessarily constant-time
  */
 template <typename Methods>
 struct EngineOf {

@@ -1,4 +1,4 @@
-// The engine of plain 64-bit arithmetic, for every processor.
+// The engine "words": plain 64-bit arithmetic, for every CPU.
 #include "ecc/field/engine_of.hpp"
 #include "ecc/field/word_multiply.hpp"
 

@@ -1,5 +1,5 @@
-// Eight 64-bit lanes in a register of AVX-512, with the 52-bit multiply-add of AVX-512 IFMA. To be included where these
-// instructions are switched on.
+// Eight 64-bit lanes in an AVX-512 register, with the 52-bit multiply-add of AVX-512 IFMA. Include this file inside
+// frame/region_ifma.hpp.
 #ifndef VRX_ECC_FIELD_IFMA_LANES_HPP
 #define VRX_ECC_FIELD_IFMA_LANES_HPP
 
@@ -57,7 +57,7 @@ struct IfmaLanes {
     }
 
 private:
-    // Every lane. g++ 12 warns of its own intrinsics without a mask, which start from an undefined register.
+    // All lanes. g++ 12 warns about its intrinsics without a mask, because they start from an undefined register.
     static constexpr __mmask8 whole = 0xFF;
 };
 

@@ -1,12 +1,12 @@
-// k Q for any point Q, by x-coordinates alone, one bit of k a step.
+// Montgomery ladder in eight lanes: k Q for any point Q by x-coordinates alone, one bit of k a step.
 //
-// A step keeps (X0 : Z0) of n Q and (X1 : Z1) of (n + 1) Q, and makes those of 2n Q and (2n + 1) Q, or of (2n + 1) Q
-// and (2n + 2) Q. Sum, with x the coordinate of the difference Q, and double (E. Brier, M. Joye, "Weierstrass elliptic
-// curves and side-channel attacks", 2002):
+// A step maps (X0 : Z0) of n Q and (X1 : Z1) of (n + 1) Q to those of 2n Q and (2n + 1) Q, or of (2n + 1) Q and
+// (2n + 2) Q. It uses these formulas for sum and double, where x is the x-coordinate of the difference Q (E. Brier,
+// M. Joye, "Weierstrass elliptic curves and side-channel attacks", 2002):
 //     D = X0 Z1 - X1 Z0
 //     sum:     X = 2 (X0 Z1 + X1 Z0)(X0 X1 + a Z0 Z1) + 4b (Z0 Z1)^2 - x D^2         Z = D^2
 //     double:  X = (X^2 - a Z^2)^2 - 8b X Z Z^2          Z = 4 X Z (X^2 + a Z^2) + 4b Z^4
-// Both hold for infinity, (1 : 0), too, and for x = 0. The products of a step fit three batches of eight lanes.
+// Both also hold for infinity, (1 : 0), and for x = 0. The products of a step fit three batches of eight lanes.
 #ifndef VRX_ECC_FIELD_LADDER_HPP
 #define VRX_ECC_FIELD_LADDER_HPP
 
@@ -24,7 +24,7 @@ Element<V> arranged(const Element<V>& a) {
     return r;
 }
 
-/** Lanes of b where their bits are set, else of a. */
+/** The lanes of b whose bits are set, and the other lanes of a. */
 template <unsigned bits, typename V>
 Element<V> blended(const Element<V>& a, const Element<V>& b) {
     Element<V> r;
@@ -51,7 +51,7 @@ Element<V> times(const Element<V>& a) {
     }
 }
 
-/** Eight lanes from scalar elements. */
+/** Eight scalar elements as lanes. */
 template <typename S, typename V>
 Element<V> packed(const Words (&values)[lane_count]) {
     Limbs52 limbs[lane_count];
@@ -76,7 +76,7 @@ template <typename V, typename Curve, typename F = LaneField<V, typename Curve::
     const Words zero{};
     const Element<V> constants = packed<S, V>({x, b4, S::add(b4, b4), b4, zero, zero, zero, zero});
 
-    // Lanes: X0, Z0, X1, Z1; the others are not looked at.
+    // Lanes: X0, Z0, X1, Z1. The others are unused.
     Element<V> state = packed<S, V>({S::one, zero, x, S::one, zero, zero, zero, zero});
     std::uint64_t swapped = 0;
     for (int bit = 255; bit >= 0; --bit) {

@@ -1,4 +1,4 @@
-// The ways of multiplying in eight lanes V, for an engine.
+// The methods of an engine that multiplies points in eight lanes V.
 #ifndef VRX_ECC_FIELD_LANE_METHODS_HPP
 #define VRX_ECC_FIELD_LANE_METHODS_HPP
 

@@ -1,7 +1,7 @@
-// Points in eight lanes, (x / zz, y / zzz) with zz^3 = zzz^2 in each.
+// Point addition in eight lanes, for points (x / zz, y / zzz) with zz^3 = zzz^2.
 //
-// The additions are incomplete: where both points have the same x, and where one is infinity, the result has zz = zzz =
-// 0, and so has every later sum. A caller that meets zz = 0 at its end takes another way.
+// The formulas are incomplete: if both points have the same x, or one is infinity, the result has zz = zzz = 0. Every
+// later sum then has zz = 0, too, so a check at the end suffices.
 #ifndef VRX_ECC_FIELD_LANE_POINTS_HPP
 #define VRX_ECC_FIELD_LANE_POINTS_HPP
 
@@ -15,8 +15,8 @@ struct LanePoints {
 };
 
 /**
- * Products two by two, as functions of their own. Two of them hide each other's latency, and sums of points made of a
- * few calls stay small enough to be fetched as fast as they run.
+ * Products in pairs, never inlined. Two products hide each other's latency, and point additions stay small enough for
+ * the instruction cache.
  */
 template <typename F, typename V>
 struct Pairs {
@@ -36,7 +36,7 @@ struct Pairs {
     }
 };
 
-/** a, or -a in the lanes where the mask is all ones. Limbs are signed then: not a multiplicand. */
+/** a, or -a in the lanes whose mask is all ones. Limbs are signed, so the result is not a multiplicand. */
 template <typename V>
 Element<V> negated_where(const V& negative, const Element<V>& a) {
     Element<V> r;
@@ -67,7 +67,7 @@ LanePoints<V> chord(const Element<V>& u, const Element<V>& s, const Element<V>& 
     return sum;
 }
 
-/** P + (x, y), or P - (x, y) in the lanes where the mask is all ones. Cost: 10 multiplications. */
+/** P + (x, y), or P - (x, y) in the lanes whose mask is all ones. Cost: 10 multiplications. */
 template <typename F, typename V>
 [[gnu::flatten]] LanePoints<V> plus_affine(const LanePoints<V>& p, const Element<V>& x, const Element<V>& y,
                                            const V& negative) {
@@ -75,7 +75,7 @@ template <typename F, typename V>
     return chord<F>(p.x, p.y, F::carry(u - p.x), F::carry(negated_where(negative, s) - p.y), p.zz, p.zzz);
 }
 
-/** Lane i becomes lane from[i]. */
+/** Lane i of the result is lane from[i]. */
 template <typename V>
 Element<V> taken(const Element<V>& a, const V& from) {
     Element<V> r;
@@ -85,9 +85,9 @@ Element<V> taken(const Element<V>& a, const V& from) {
 }
 
 /**
- * In every lane the sum of its point and its partner's, which is in lane from[i]; of each other they are partners. Each
- * lane of a pair multiplies its own point by the partner's denominators, and takes the other side from there. Cost: 12
- * multiplications, where a full addition takes 14.
+ * The sum of the point in lane i and that of its partner, lane from[i]. Partnership is mutual. Each lane multiplies its
+ * own point by the partner's denominators, and reads the partner's product from the partner's lane. Cost: 12
+ * multiplications; a full addition takes 14.
  */
 template <typename F, typename V>
 [[gnu::flatten]] LanePoints<V> plus_partner(const LanePoints<V>& p, const V& from) {
@@ -99,7 +99,7 @@ template <typename F, typename V>
     return chord<F>(u, s, F::carry(taken(u, from) - u), F::carry(taken(s, from) - s), common, common3);
 }
 
-/** The scalar element in a lane. */
+/** The scalar element of a lane. */
 template <typename S, typename V>
 Words scalar_lane(const Element<V>& a, std::size_t lane) {
     Limbs52 limbs;

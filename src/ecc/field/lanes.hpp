@@ -1,15 +1,14 @@
-// Eight independent field elements side by side, one a 64-bit lane, as five limbs of 52 bits.
+// Constant-time arithmetic on eight field elements in parallel: each in a 64-bit lane, as five 52-bit limbs.
 //
-// Everything here is a template over the lane type V, which is eight 64-bit words with the multiply-add of two 52-bit
-// numbers: the processor's (AVX-512 IFMA) or plain arrays, which run the same lines anywhere. No branch and no address
-// depends on a value.
+// Everything is a template over the lane type V: eight 64-bit words with a 52-bit multiply-add. V is IfmaLanes (AVX-512
+// IFMA), or PlainLanes, which runs the same code on any CPU.
 //
-// Bounds. A multiplicand is an element with every limb in 0 to 2^52 - 1 and a value below 2.1 p: what mul() and sqr()
-// yield. Sums and differences are taken limb by limb with signed limbs and without carries; carry() makes a
-// multiplicand of any combination that stays between -31 p and 31 p. mul_loose() and sqr_loose() leave out the carries
-// of their result: its limbs are below 2^56, and above -2^53 for p = 2^255 + c, else not negative, and its value is
-// below 2.1 p, which is good for sums with up to eight terms. A test runs these lines over intervals, which stand for
-// all inputs.
+// Bounds. A multiplicand is an element with every limb from 0 to 2^52 - 1 and a value below 2.1 p. mul() and sqr() take
+// and return multiplicands. Sums and differences work limb by limb, with signed limbs and without carries. carry()
+// converts any combination between -31 p and 31 p to a multiplicand. mul_loose() and sqr_loose() do not carry their
+// result. Its limbs are below 2^56, and above -2^53 for p = 2^255 + c, otherwise not negative. Its value is below 2.1
+// p, so sums may have up to eight such terms. A test runs this code over intervals and so checks the bounds for all
+// inputs.
 #ifndef VRX_ECC_FIELD_LANES_HPP
 #define VRX_ECC_FIELD_LANES_HPP
 
@@ -21,7 +20,7 @@ template <typename V>
 struct Element {
     V limb[limb_count];
 
-    /** Limb by limb; limbs are far from 2^63, the formulas see to it. */
+    /** Limb by limb. The formulas keep limbs far below 2^63. */
     Element operator+(const Element& b) const {
         Element r;
 #pragma GCC unroll 10
@@ -44,7 +43,7 @@ Element<V> broadcast(const Limbs52& a) {
     return r;
 }
 
-/** Signed limbs, within 2^62, to limbs of 52 bits; the last takes the rest, so it has the sign of the value. */
+/** Carries signed limbs within 2^62 to 52-bit limbs. The last limb takes the rest, so it has the sign of the value. */
 template <typename V>
 Element<V> carried(Element<V> a) {
 #pragma GCC unroll 10
@@ -55,13 +54,13 @@ Element<V> carried(Element<V> a) {
     return a;
 }
 
-/** The ten columns of a product: sums of low halves at 2^(52 i), of high halves one further. Each is below 2^56. */
+/** The ten columns of a product: column i is the coefficient of 2^(52 i), below 2^56. */
 template <typename V>
 struct Columns {
     V column[2 * limb_count];
 };
 
-/** For multiplicands. At most five low and four high halves, or four and five, meet in a column: below 9 * 2^52. */
+/** a b, for multiplicands. A column adds up at most nine low and high halves, so it is below 9 * 2^52. */
 template <typename V>
 Columns<V> product(const Element<V>& a, const Element<V>& b) {
     Columns<V> low;
@@ -80,7 +79,7 @@ Columns<V> product(const Element<V>& a, const Element<V>& b) {
     return low;
 }
 
-/** Columns then are signed, within 9 * 2^52. */
+/** The difference of two products: signed columns within 9 * 2^52. */
 template <typename V>
 Columns<V> operator-(Columns<V> a, const Columns<V>& b) {
 #pragma GCC unroll 10
@@ -88,7 +87,7 @@ Columns<V> operator-(Columns<V> a, const Columns<V>& b) {
     return a;
 }
 
-/** For a multiplicand, in the bounds of product(). */
+/** a^2, for a multiplicand, with the bounds of product(). */
 template <typename V>
 Columns<V> square(const Element<V>& a) {
     Columns<V> low;
@@ -116,15 +115,15 @@ Columns<V> square(const Element<V>& a) {
 }
 
 /**
- * The high five columns times a factor below 2^18, as columns at 2^0, each below 2^52 + 2^19; the last, below 2^18, is
- * what reaches 2^260. Columns are not negative.
+ * The high five columns times a factor below 2^18, as columns from 2^0 on, each below 2^52 + 2^19. The last one, below
+ * 2^18, is the coefficient of 2^260. Columns must not be negative.
  */
 template <typename V>
 void scaled_high_half(const Columns<V>& c, std::uint64_t factor, V (&sum)[limb_count + 1]) {
     const V f = V::all(factor);
     const V zero = V::all(0);
-    // The multiply-add takes the low 52 bits of a column; what lies above belongs to the next one. Three terms to a
-    // sum, apart until the end: a chain of multiply-adds would be four cycles longer a link.
+    // The multiply-add reads the low 52 bits of a column. The bits above belong to the next one. The three terms of a
+    // sum stay separate until the end, because each link of a multiply-add chain adds four cycles of latency.
     sum[0] = V::add_low_product(zero, c.column[limb_count], f);
 #pragma GCC unroll 10
     for (std::size_t i = 1; i < limb_count; ++i) {
@@ -135,7 +134,7 @@ void scaled_high_half(const Columns<V>& c, std::uint64_t factor, V (&sum)[limb_c
     sum[limb_count] = V::add_high_product(zero, c.column[2 * limb_count - 1], f);
 }
 
-/** The arithmetic of a modulus in eight lanes, beside its scalar form S. */
+/** Field arithmetic in eight lanes, for the scalar field S. */
 template <typename V, typename S>
 struct LaneField;
 
@@ -146,7 +145,7 @@ struct LaneField<V, PseudoMersenneMinus<c>> {
 
     static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
     static Element<V> sqr_loose(const Element<V>& a) { return reduced(square(a)); }
-    /** a b - u v, as loose as a difference of two products. */
+    /** a b - u v, without carries. */
     static Element<V> difference_loose(const Element<V>& a, const Element<V>& b, const Element<V>& u,
                                        const Element<V>& v) {
         return mul_loose(a, b) - mul_loose(u, v);
@@ -159,8 +158,8 @@ struct LaneField<V, PseudoMersenneMinus<c>> {
 
 private:
     /**
-     * Bits from 2^256 on go to the bottom, times c: below 2^256 plus what the other limbs exceed 52 bits by. The last
-     * limb is not negative and below 2^58.
+     * Replaces the bits from 2^256 on by c times them. The result is below 2^256, plus the excess of the other limbs
+     * over 52 bits. The last limb must be from 0 to 2^58.
      */
     static Element<V> fold(Element<V> a) {
         const V top = V::shift_right_signed(a.limb[4], 48);
@@ -169,7 +168,7 @@ private:
         return a;
     }
 
-    /** 2^260 is 16 c. Limbs from 0 to 9 * 2^52. */
+    /** Reduction by 2^260 = 16 c. Limbs from 0 to 9 * 2^52. */
     static Element<V> reduced(const Columns<V>& v) {
         V high[limb_count + 1];
         scaled_high_half(v, 16 * c, high);
@@ -188,7 +187,7 @@ struct LaneField<V, PseudoMersennePlus<c>> {
 
     static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
     static Element<V> sqr_loose(const Element<V>& a) { return reduced(square(a)); }
-    /** a b - u v, as loose as a difference of two products. */
+    /** a b - u v, without carries. */
     static Element<V> difference_loose(const Element<V>& a, const Element<V>& b, const Element<V>& u,
                                        const Element<V>& v) {
         return mul_loose(a, b) - mul_loose(u, v);
@@ -201,8 +200,8 @@ struct LaneField<V, PseudoMersennePlus<c>> {
 
 private:
     /**
-     * Bits from 2^255 on go to the bottom, times -c, and one p keeps the value positive: below 2^256 plus what the
-     * other limbs exceed 52 bits by. The last limb is not negative and below 2^58.
+     * Replaces the bits from 2^255 on by -c times them, and adds p to keep the value positive. The result is below
+     * 2^256, plus the excess of the other limbs over 52 bits. The last limb must be from 0 to 2^58.
      */
     static Element<V> fold(Element<V> a) {
         const V top = V::shift_right_signed(a.limb[4], 47);
@@ -211,7 +210,7 @@ private:
         return a;
     }
 
-    /** 2^260 is -32 c. 256 p make up for what the high half takes off the last limb. Limbs from -2^53 to 8 * 2^52. */
+    /** Reduction by 2^260 = -32 c. Adds 256 p to keep the last limb positive. Limbs from -2^53 to 8 * 2^52. */
     static Element<V> reduced(const Columns<V>& v) {
         V high[limb_count + 1];
         scaled_high_half(v, 32 * c, high);
@@ -223,7 +222,7 @@ private:
     }
 };
 
-/** Montgomery's form with 2^260: an element stands multiplied by that. */
+/** Montgomery form with the factor 2^260. */
 template <typename V, Words m>
 struct LaneField<V, Montgomery<m>> {
     using Scalar = Montgomery<m>;
@@ -233,7 +232,7 @@ struct LaneField<V, Montgomery<m>> {
 
     static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
     static Element<V> sqr_loose(const Element<V>& a) { return reduced(square(a)); }
-    /** a b - u v, as loose as a difference of two products. */
+    /** a b - u v, without carries. */
     static Element<V> difference_loose(const Element<V>& a, const Element<V>& b, const Element<V>& u,
                                        const Element<V>& v) {
         return reduced(product(a, b) - product(u, v));
@@ -241,8 +240,8 @@ struct LaneField<V, Montgomery<m>> {
     static Element<V> mul(const Element<V>& a, const Element<V>& b) { return carried(mul_loose(a, b)); }
     static Element<V> sqr(const Element<V>& a) { return carried(sqr_loose(a)); }
 
-    /** 32 m keep the value positive; then the quotient by m, estimated from the last limb one too small at the most, is
-     * taken off. */
+    /** Adds 32 m to keep the value positive, and subtracts the multiple of m that the last limb yields. The estimate of
+     * the quotient is at most one too small. */
     static Element<V> carry(const Element<V>& a) {
         Element<V> r = a + broadcast<V>(multiple(m, 32));
         const V quotient = V::add_high_product(V::all(0), V::shift_right_signed(r.limb[4], 6), V::all(reciprocal));
@@ -268,9 +267,9 @@ private:
     }();
 
     /**
-     * Limb by limb the multiple of m that clears the lowest column is added. For columns within 9 * 2^52; the value is
-     * that of the columns divided by 2^260, plus m at most. Limbs of a product from 0 to 14 * 2^52, of a difference
-     * from -8 * 2^52 on.
+     * Montgomery reduction, for columns within 9 * 2^52: adds, limb by limb, the multiple of m that clears the lowest
+     * column. The result is at most the value divided by 2^260, plus m. Its limbs are from 0 to 14 * 2^52 for a
+     * product, and from -8 * 2^52 for a difference.
      */
     static Element<V> reduced(Columns<V> v) {
 #pragma GCC unroll 10

@@ -1,4 +1,4 @@
-// 256-bit numbers as five limbs of 52 bits: the form of a field element in a lane of a vector.
+// 256-bit numbers as five 52-bit limbs: the representation of a field element in a vector lane.
 #ifndef VRX_ECC_FIELD_LIMBS52_HPP
 #define VRX_ECC_FIELD_LIMBS52_HPP
 
@@ -14,33 +14,33 @@ struct Limbs52 {
     std::uint64_t limb[limb_count];
 };
 
-/** Of any number below 2^256: limbs below 2^52, the last one below 2^48. */
+/** The limbs of any number below 2^256: below 2^52, the last one below 2^48. */
 constexpr Limbs52 to_limbs52(const Words& a) {
     return {{a[0] & mask52, (a[0] >> 52 | a[1] << 12) & mask52, (a[1] >> 40 | a[2] << 24) & mask52,
              (a[2] >> 28 | a[3] << 36) & mask52, a[3] >> 16}};
 }
 
-/** For carried limbs; bits from 2^256 on are lost. */
+/** The number modulo 2^256 of carried limbs. */
 constexpr Words from_limbs52(const Limbs52& a) {
     return {a.limb[0] | a.limb[1] << 52, a.limb[1] >> 12 | a.limb[2] << 40, a.limb[2] >> 24 | a.limb[3] << 28,
             a.limb[3] >> 36 | a.limb[4] << 16};
 }
 
-/** n times a number of 256 bits, limb by limb (not carried), for n up to 2^12: limbs then fit 64 bits. */
+/** n times a 256-bit number, limb by limb without carries. Limbs fit 64 bits for n up to 2^12. */
 constexpr Limbs52 multiple(const Words& a, std::uint64_t n) {
     Limbs52 r = to_limbs52(a);
     for (std::uint64_t& limb : r.limb) limb *= n;
     return r;
 }
 
-/** Conversion between a scalar element of the modulus S and the form of a lane: the same number. */
+/** Conversion between a scalar element of the field S and its representation in a lane. By default the same number. */
 template <typename S>
 struct LaneForm {
     static constexpr Limbs52 to_lane(const Words& a) { return to_limbs52(a); }
     static constexpr Words from_lane(const Words& a) { return a; }
 };
 
-/** Montgomery form has the factor 2^260 in a lane, and 2^256 elsewhere. */
+/** Montgomery form: the factor is 2^260 in a lane, and 2^256 for scalar elements. */
 template <Words m>
 struct LaneForm<Montgomery<m>> {
     using Scalar = Montgomery<m>;
@@ -52,15 +52,15 @@ struct LaneForm<Montgomery<m>> {
     static constexpr Words from_lane(const Words& a) { return Scalar::mul(a, one_sixteenth); }
 
 private:
-    /** 2^252: multiplying by it in Montgomery's form halves four times. */
+    /** 2^252: a Montgomery product with it divides by 16. */
     static constexpr Words one_sixteenth = {0, 0, 0, std::uint64_t{1} << 60};
 };
 
-/** The scalar element in one lane, below 2^256: carried limbs of a value below 2.1 p, so below 2.1 * 2^256. */
+/** The scalar element of one lane, for carried limbs of a value below 2.1 p, so below 2.1 * 2^256. */
 template <typename S>
 constexpr Words scalar_of(const Limbs52& a) {
     const Words low = from_limbs52(a);
-    // 2^256 modulo p, as often as the last limb reaches it: at most twice.
+    // 2^256 modulo p, to be added for each multiple of 2^256 in the last limb: at most twice.
     constexpr Words power = [] {
         Words r{};
         sub(r, Words{}, S::modulus);

@@ -1,4 +1,4 @@
-// Constant-time table look-up: no branch and no address depends on the index.
+// Constant-time table look-up: reads every entry and keeps one by masks.
 #ifndef VRX_ECC_FIELD_LOOKUP_HPP
 #define VRX_ECC_FIELD_LOOKUP_HPP
 
@@ -8,16 +8,17 @@
 
 namespace vrx::field {
 
-/** All ones where a = b, for words below 2^63. */
+/** All ones if a = b, else zero. For words below 2^63. */
 constexpr std::uint64_t equal_mask(std::uint64_t a, std::uint64_t b) { return mask(((a ^ b) - 1) >> 63); }
 
-/** A vector of words, by its size in bytes. */
+/** A vector of words of a size in bytes. */
 template <std::size_t bytes>
 struct VectorOf {
     using Type [[gnu::vector_size(bytes)]] = std::uint64_t;
 };
 
-/** Entry `index` of a table of `count`, or zero for any other index. Reads the whole table, in vectors of `bytes`. */
+/** Entry `index` of a table of `count` entries, or zero if out of range. Reads the whole table in vectors of `bytes`.
+ */
 template <std::size_t bytes, typename Entry, std::size_t count>
 [[gnu::always_inline]] inline Entry constant_time_lookup(const void* table, std::uint64_t index) {
     using Vector = typename VectorOf<bytes>::Type;

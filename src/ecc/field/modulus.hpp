@@ -1,9 +1,9 @@
-// Arithmetic modulo 256-bit numbers of three shapes.
+// Constant-time field arithmetic modulo 256-bit numbers of three shapes: N - c, N / 2 + c, and any (Montgomery form).
 //
-// An element is any representative of its class below N = 2^256 (in Montgomery form times N, and below the modulus).
-// Every operation accepts such operands and yields such a result, in constant time. to_montgomery() makes an element of
-// a number, and from_montgomery() the number below the modulus of an element. Pseudo-Mersenne moduli need no Montgomery
-// form: its factor is 1 there. B is 2^64; a test tries all numbers with a B of a few bits.
+// An element modulo N - c or N / 2 + c is any representative below N = 2^256. In Montgomery form it is the number times
+// N, below the modulus. Every operation takes and returns elements. to_montgomery() converts a number to an element,
+// and from_montgomery() an element to a number below the modulus. For pseudo-Mersenne moduli the Montgomery factor
+// is 1. B is 2^64. A test tries all numbers with a B of a few bits.
 #ifndef VRX_ECC_FIELD_MODULUS_HPP
 #define VRX_ECC_FIELD_MODULUS_HPP
 
@@ -13,7 +13,7 @@
 
 namespace vrx::field {
 
-/** The operations that engines replace: products and table look-ups. This is plain C++, for any words. */
+/** Products and table look-ups in plain C++, for any words. Engines replace them. */
 template <typename W, std::size_t count>
 struct PlainWordsOf {
     using Word = W;
@@ -30,7 +30,7 @@ struct PlainWordsOf {
     static constexpr WideWords square(const Words& a) { return field::multiply(a, a); }
 
     /**
-     * r = the low half of v plus factor times the high half, modulo N, for any v and factor; what is carried out, at
+     * r = the low half of v plus factor times the high half, modulo N, for any v and factor. Returns the carry out, at
      * most factor, since (N - 1)(factor + 1) is below N (factor + 1).
      */
     static constexpr Word add_multiple(Words& r, const WideWords& v, Word factor) {
@@ -41,14 +41,15 @@ struct PlainWordsOf {
     }
 
     /**
-     * (a b + u m) / N for a u below N that makes this exact: below b + m for any a and b. inverse is -1 / m modulo B.
+     * The Montgomery product (a b + u m) / N, with the u below N that makes the division exact. Below b + m for any a
+     * and b. inverse is -1 / m modulo B.
      */
     template <const Words& m, Word inverse>
     static constexpr WordsOf<Word, count + 1> montgomery(const Words& a, const Words& b) {
         WordsOf<Word, count + 1> t{};
 #pragma GCC unroll 4
         for (std::size_t i = 0; i < count; ++i) {
-            // t is below b + m here, and below B (b + m) before it loses a word.
+            // t is below b + m here, and below B (b + m) before the shift by one word.
             Word carry = 0;
 #pragma GCC unroll 4
             for (std::size_t j = 0; j < count; ++j) t[j] = mul_add(a[i], b[j], t[j], carry);
@@ -68,8 +69,7 @@ struct PlainWordsOf {
 };
 using PlainWords = PlainWordsOf<std::uint64_t, 4>;
 
-/** Pseudo-Mersenne: p = N - c, so that N is c. A second carry has to find room in word 0, for which c (c + 1) is below
- * B. */
+/** Pseudo-Mersenne: p = N - c, so N = c modulo p. c (c + 1) < B makes sure that word 0 absorbs a second carry. */
 template <std::uint64_t c, typename P = PlainWords>
 struct PseudoMersenneMinus {
     using Operations = P;
@@ -89,7 +89,7 @@ struct PseudoMersenneMinus {
     }();
     static constexpr Words one = {1};
 
-    /** Any a and b; the product below N. So are all results that follow. */
+    /** For any a and b. All results are below N. */
     static constexpr Words mul(const Words& a, const Words& b) { return reduce(P::multiply(a, b)); }
     static constexpr Words sqr(const Words& a) { return reduce(P::square(a)); }
 
@@ -103,7 +103,7 @@ struct PseudoMersenneMinus {
         Words r{};
         const Word borrow = field::sub(r, a, b);
         const Word again = sub_word(r, mask(borrow) & Word{c});
-        // A second borrow leaves a word 0 of at least B - c, which has room for c more.
+        // After a second borrow word 0 is at least B - c, so subtracting c does not borrow.
         r[0] -= mask(again) & Word{c};
         return r;
     }
@@ -116,12 +116,12 @@ private:
     /** r + high N, for any r, and high at most c. */
     static constexpr Words fold(Words r, Word high) {
         const Word carry = add_word(r, high * Word{c});
-        // A carry leaves less than high c, at most c^2, so word 0 has room for c more.
+        // After a carry r is below high c, at most c^2, so adding c to word 0 does not carry.
         r[0] += mask(carry) & Word{c};
         return r;
     }
 
-    /** For any v: what is carried out of the low half is at most c. */
+    /** For any v: the carry out of the low half is at most c. */
     static constexpr Words reduce(const WideWords& v) {
         Words low{};
         const Word high = P::add_multiple(low, v, Word{c});
@@ -130,8 +130,8 @@ private:
 };
 
 /**
- * Pseudo-Mersenne: p = N / 2 + c, so that N is -2c. What stands for multiples of N has to fit a word, for which 2c (2c
- * + 1) is below B, and half of N has to hold it.
+ * Pseudo-Mersenne: p = N / 2 + c, so N = -2c modulo p. The substitutes for multiples of N fit a word, because
+ * 2c (2c + 1) < B, and they are below N / 2.
  */
 template <std::uint64_t c, typename P = PlainWords>
 struct PseudoMersennePlus {
@@ -153,11 +153,11 @@ struct PseudoMersennePlus {
     }();
     static constexpr Words one = {1};
 
-    /** Any a and b; the product below N. So are all results that follow. */
+    /** For any a and b. All results are below N. */
     static constexpr Words mul(const Words& a, const Words& b) { return reduce(P::multiply(a, b)); }
     static constexpr Words sqr(const Words& a) { return reduce(P::square(a)); }
 
-    /** With a carry, p or 2p is taken off: whatever leaves the top bit set, so that nothing is borrowed. */
+    /** After a carry, subtracts p or 2p: the one that makes the top bit absorb the carry, so nothing is borrowed. */
     static constexpr Words add(const Words& a, const Words& b) {
         Words r{};
         const Word carry = field::add(r, a, b);
@@ -179,9 +179,8 @@ struct PseudoMersennePlus {
 
 private:
     /**
-     * r - k N for any r, and k at most 2c: 2k p or (2k - 1) p is added, the odd multiple where the top bit of r is set
-     * and has to make room. Either way the top bit is free before the last addition, of at most 4c^2, so one chain of
-     * carries is all.
+     * r - k N for any r, and k at most 2c, by adding 2k p, or (2k - 1) p if the top bit of r is set. Either way the top
+     * bit is clear before the last addition, of at most 4c^2, so one carry chain suffices.
      */
     static constexpr Words raise(Words r, Word k) {
         const Word odd = r[last] >> top_bit & (k | (Word{0} - k)) >> top_bit;
@@ -190,9 +189,9 @@ private:
         return r;
     }
 
-    /** For any v: what the high half takes off is carried out at most 2c times. */
+    /** For any v: subtracting 2c times the high half borrows at most 2c times N. */
     static constexpr Words reduce(const WideWords& v) {
-        // low - x is the complement of the complement of low plus x.
+        // low - x = ~(~low + x)
         WideWords complement = v;
 #pragma GCC unroll 4
         for (std::size_t i = 0; i <= last; ++i) complement[i] = ~v[i];
@@ -204,7 +203,8 @@ private:
     }
 };
 
-/** Any odd modulus above N / 2. An element is a number times N, below the modulus (P. L. Montgomery, 1985). */
+/** Any odd modulus above N / 2, in Montgomery form: an element is the number times N, reduced (P. L. Montgomery, 1985).
+ */
 template <auto m, typename P = PlainWords>
 struct Montgomery {
     using Operations = P;
@@ -217,14 +217,14 @@ struct Montgomery {
     static_assert(m[count - 1] >> (word_bits<Word> - 1) == 1 && (m[0] & 1) == 1);
     static constexpr Words modulus = m;
 
-    /** N - m, below m: one in this form. */
+    /** One in Montgomery form: N - m, which is below m. */
     static constexpr Words one = [] {
         Words r{};
         sub(r, Words{}, m);
         return r;
     }();
 
-    /** Below m where one of a and b is; the other one may be any number. */
+    /** Below m if a or b is. The other may be any number. */
     static constexpr Words mul(const Words& a, const Words& b) {
         const auto t = P::template montgomery<modulus, inverse>(a, b);
         Words low{};
@@ -257,7 +257,7 @@ struct Montgomery {
     static constexpr Words from_montgomery(const Words& a) { return mul(a, {1}); }
 
 private:
-    /** -1 / m modulo B: each step of Newton's doubles the bits that are right. */
+    /** -1 / m modulo B. Each Newton step doubles the number of correct bits. */
     static constexpr Word inverse = [] {
         Word x = m[0];
         for (int i = 0; i < 5; ++i) x *= 2 - m[0] * x;
@@ -271,7 +271,7 @@ private:
         return r;
     }();
 
-    /** a + high N, below 2m, less m where it is at least m. */
+    /** The final subtraction for a + high N, below 2m. */
     static constexpr Words less_modulus(const Words& a, Word high) {
         Words r{};
         const Word borrow = field::sub(r, a, m);

@@ -1,5 +1,5 @@
-// Arithmetic modulo the order q of a base point, in time that depends on no value where the name does not say so.
-// Numbers are plain.
+// Arithmetic on scalars: numbers modulo the order q of a base point. Constant-time except for names with _vartime.
+// Numbers are not in Montgomery form.
 #ifndef VRX_ECC_FIELD_ORDER_HPP
 #define VRX_ECC_FIELD_ORDER_HPP
 
@@ -8,25 +8,25 @@
 
 namespace vrx::field {
 
-/** low + high 2^256: any nine digits. */
+/** low + high 2^256: a number of nine digits. */
 struct Nine {
     Words low;
     std::uint64_t high;
 };
 
-/** Where nothing else is said, numbers are below q, and so are all results. q is above 2^255. */
+/** Operands and results are below q unless stated otherwise. q is above 2^255. */
 template <typename Curve>
 struct Order {
     using S = Montgomery<Curve::q>;
 
-    /** Of any n, which is below 2q. */
+    /** n modulo q, for any n: n is below 2q. */
     static constexpr Words reduced(const Words& n) { return reduce_once(n, Curve::q); }
-    /** Of any nine digits. */
+    /** n modulo q, for any n. */
     static constexpr Words reduced(const Nine& n) {
-        // A number in Montgomery form is multiplied by 2^256.
+        // to_montgomery() multiplies by 2^256.
         return S::add(reduced(n.low), S::to_montgomery({n.high, 0, 0, 0}));
     }
-    /** a b for one factor below q; the other one may be any number of 256 bits. */
+    /** a b, if one factor is below q. The other may be any 256-bit number. */
     static constexpr Words product(const Words& a, const Words& b) { return S::mul(S::to_montgomery(a), b); }
     /** a b + u v */
     static constexpr Words sum_of_products(const Words& a, const Words& b, const Words& u, const Words& v) {

@@ -1,5 +1,4 @@
-// Eight 64-bit lanes as a plain array: the vector code on any processor, and under tools that do not know its
-// instructions.
+// Eight 64-bit lanes as a plain array: runs the vector code on any CPU, and under tools without AVX-512.
 #ifndef VRX_ECC_FIELD_PLAIN_LANES_HPP
 #define VRX_ECC_FIELD_PLAIN_LANES_HPP
 
@@ -58,12 +57,12 @@ struct PlainLanes {
             r.lane[i] = static_cast<std::uint64_t>(static_cast<std::int64_t>(a.lane[i]) >> bits);
         return r;
     }
+
     /** Value barrier: see frame/barrier.hpp. */
     static PlainLanes opaque(PlainLanes a) {
         for (std::uint64_t& l : a.lane) l = value_barrier(l);
         return a;
     }
-
 
     /** sum + the low, or high, 52 bits of the product of the low 52 bits of a and b. */
     static PlainLanes add_low_product(const PlainLanes& sum, const PlainLanes& a, const PlainLanes& b) {
@@ -83,14 +82,14 @@ struct PlainLanes {
         return {{a.lane[from]...}};
     }
 
-    /** The same by a vector; lanes are counted modulo 8. */
+    /** The same for indices in a vector, modulo 8. The indices are public. */
     static PlainLanes taken(const PlainLanes& a, const PlainLanes& from) {
         PlainLanes r;
         for (std::size_t i = 0; i < 8; ++i) r.lane[i] = a.lane[from.lane[i] & 7];
         return r;
     }
 
-    /** A lane of b where its bit is set, else of a. */
+    /** The lanes of b whose bits are set, and the other lanes of a. */
     template <unsigned bits>
     static PlainLanes blended(const PlainLanes& a, const PlainLanes& b) {
         PlainLanes r;

@@ -1,6 +1,7 @@
-// Points over the scalar fields: the forms in which engines hand over their results, and what ends every computation.
+// Point representations of the engines, conversion to affine coordinates, and the checks of verification.
 //
-// Elements are those of Curve::Field unless said otherwise. No branch depends on a value but where a function says so.
+// Coordinates are elements of Curve::Field unless stated otherwise. Functions are constant-time unless stated
+// otherwise.
 #ifndef VRX_ECC_FIELD_POINTS_HPP
 #define VRX_ECC_FIELD_POINTS_HPP
 
@@ -10,17 +11,17 @@
 
 namespace vrx::field {
 
-/** Plain numbers below p. */
+/** Coordinates as numbers below p. */
 struct AffinePoint {
     Words x, y;
 };
 
-/** (x / zz, y / zzz), where zz^3 = zzz^2. zz = 0 is the mark of a sum that the formulas do not cover. */
+/** (x / zz, y / zzz), where zz^3 = zzz^2. zz = 0 means that the formulas do not cover the operands. */
 struct XyzzPoint {
     Words x, y, zz, zzz;
 };
 
-/** (x / z, y / z). z = 0 is the mark of a product that the formulas do not cover. */
+/** (x / z, y / z). z = 0 means that the formulas do not cover the operands. */
 struct HomogeneousPoint {
     Words x, y, z;
 };
@@ -33,7 +34,7 @@ constexpr Words times(const Words& a, unsigned n) {
     return r;
 }
 
-/** a(curve) v + w; a is small. */
+/** w + a v, for the coefficient a of the curve. */
 template <typename Curve>
 constexpr Words plus_a_times(const Words& w, const Words& v) {
     using S = typename Curve::Field;
@@ -47,20 +48,20 @@ constexpr bool is_element_zero(const Words& a) {
     return is_zero(S::from_montgomery(a)) != 0;
 }
 
-/** 1 / a, or 0 where there is none. */
+/** 1 / a, or 0 if there is none. */
 template <typename S>
 constexpr Words inverse_element(const Words& a) {
     constexpr OddModulus modulus(S::modulus);
     return S::to_montgomery(inverse(S::from_montgomery(a), modulus));
 }
 
-/** Whether a < m. Branches on the outcome. */
+/** Whether a < m. Callers branch on the result. */
 constexpr bool is_below(const Words& a, const Words& m) {
     Words difference{};
     return sub(difference, a, m) != 0;
 }
 
-/** Whether both coordinates are below p and y^2 = (x^2 + a) x + b. Branches on the outcome. */
+/** Whether both coordinates are below p and y^2 = (x^2 + a) x + b. Not constant-time: branches on the coordinates. */
 template <typename Curve>
 constexpr bool is_on_curve(const AffinePoint& point) {
     using S = typename Curve::Field;
@@ -71,7 +72,7 @@ constexpr bool is_on_curve(const AffinePoint& point) {
     return is_element_zero<S>(S::sub(S::sqr(y), right));
 }
 
-/** Whether there is an affine point, which then is in r. Cost: one inversion. */
+/** Stores the affine point in r. Returns false, as a declassified fact, if zz = 0. Cost: one inversion. */
 template <typename Curve>
 bool to_affine(const XyzzPoint& point, AffinePoint& r) {
     using S = typename Curve::Field;
@@ -82,7 +83,7 @@ bool to_affine(const XyzzPoint& point, AffinePoint& r) {
     return declassify(1 ^ is_zero(S::from_montgomery(i3)));
 }
 
-/** As above. */
+/** The same for homogeneous coordinates. */
 template <typename Curve>
 bool to_affine(const HomogeneousPoint& point, AffinePoint& r) {
     using S = typename Curve::Field;
@@ -99,15 +100,15 @@ constexpr XyzzPoint to_xyzz(const HomogeneousPoint& point) {
     return {S::mul(point.x, point.z), S::mul(point.y, zz), zz, S::mul(zz, point.z)};
 }
 
-/** What a ladder ends with: (x0 : z0) of k Q and (x1 : z1) of (k + 1) Q, by x-coordinates alone. */
+/** The result of a Montgomery ladder: the x-coordinates (x0 : z0) of k Q and (x1 : z1) of (k + 1) Q. */
 struct LadderResult {
     Words x0, z0, x1, z1;
 };
 
 /**
- * k Q with its y-coordinate, from the ladder and Q = (x, y), which is no point of order 2:
+ * Recovers y(k Q) from the result of the ladder and Q = (x, y), which does not have order 2:
  *     y(kQ) = ((x Z0 + X0)(x X0 + a Z0) Z1 + 2b Z0^2 Z1 - X1 (x Z0 - X0)^2) / (2 y Z0^2 Z1)
- * z = 0 where k Q or (k + 1) Q is infinite.
+ * z = 0 if k Q or (k + 1) Q is infinite.
  */
 template <typename Curve>
 constexpr HomogeneousPoint with_y(const LadderResult& l, const Words& x, const Words& y) {
@@ -124,9 +125,9 @@ constexpr HomogeneousPoint with_y(const LadderResult& l, const Words& x, const W
 enum class Answer : std::uint8_t { no, yes, not_covered };
 
 /**
- * Whether x(P + Q) mod q = r, for 0 < r < q. Branches on everything.
+ * Whether x(P + Q) mod q = r, for 0 < r < q, where x(P + Q) = x / zz. For public operands: not constant-time.
  *
- * x(P + Q) is one of the numbers below p that are r modulo q, which are r, and r + q where that is below p (q > p / 2).
+ * The numbers below p that are r modulo q are r, and r + q if that is below p (q > p / 2).
  */
 template <typename Curve>
 constexpr Answer has_remainder(const Words& x, const Words& zz, const Words& r) {
@@ -141,7 +142,7 @@ constexpr Answer has_remainder(const Words& x, const Words& zz, const Words& r) 
     return is_x(r) || (!beyond && is_x(other)) ? Answer::yes : Answer::no;
 }
 
-/** Whether x(P + Q) mod q = r, where P and Q are neither equal nor opposite. Branches on everything. */
+/** Whether x(P + Q) mod q = r, for P other than Q and -Q. For public operands: not constant-time. */
 template <typename Curve>
 constexpr Answer sum_has_remainder(const XyzzPoint& p, const XyzzPoint& q, const Words& r) {
     using S = typename Curve::Field;

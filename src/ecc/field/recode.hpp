@@ -1,4 +1,4 @@
-// Scalars as the digits that combs and windows read. No branch and no address depends on a value.
+// Recoding of scalars for combs and windows, constant-time.
 #ifndef VRX_ECC_FIELD_RECODE_HPP
 #define VRX_ECC_FIELD_RECODE_HPP
 
@@ -6,7 +6,7 @@
 
 namespace vrx::field {
 
-/** The odd one of k and q - k, for an odd q and 1 <= k < q; `even` is all ones where that is q - k. */
+/** The odd one of k and q - k, for an odd q and 1 <= k < q. Sets `even` to all ones if k is even, else to zero. */
 constexpr Words odd_one(const Words& k, const Words& q, std::uint64_t& even) {
     even = mask(1 ^ (k[0] & 1));
     Words other{};

@@ -1,11 +1,11 @@
-// Multiples of points by scalar arithmetic, a point at a time. No branch and no address depends on a scalar or a point,
-// but where a name says so.
+// Point multiplication with 64-bit words, one point at a time: a comb for k G, a window for k Q. Constant-time except
+// for names with _vartime.
 //
-// All additions are incomplete: where both points have the same x, and where one is infinity, the result has zz = 0 (z
-// = 0), and so has every later sum and double. A caller that meets it at its end takes another way.
+// The addition formulas are incomplete: if both points have the same x, or one is infinity, the result has zz = 0 (z =
+// 0). Every later sum and double then has zz = 0, too, so a check at the end suffices.
 //
-// Sums and doubles are flattened, and their steps are in an order that keeps apart what waits for each other: a product
-// has a hundred instructions, and a processor looks ahead no further than three of them.
+// Sums and doubles are flattened, and independent products stand next to each other. A product takes about a hundred
+// instructions, and a CPU looks ahead about three of them.
 #ifndef VRX_ECC_FIELD_WORD_MULTIPLY_HPP
 #define VRX_ECC_FIELD_WORD_MULTIPLY_HPP
 
@@ -15,7 +15,8 @@
 
 namespace vrx::field {
 
-/** a / 2: of a, or of a + p where a is odd. For any loose a; below 2^256, as the carry of a + p comes down. */
+/** a / 2: half of a, or of a + p if a is odd. For any element a. Below 2^256, because the carry of a + p is halved,
+ * too. */
 template <typename S>
 constexpr Words half(const Words& a) {
     const std::uint64_t odd = mask(a[0] & 1);
@@ -24,7 +25,7 @@ constexpr Words half(const Words& a) {
     return halved(even, carry);
 }
 
-/** a, or -a where the mask is all ones. */
+/** a, or -a if the mask is all ones. */
 template <typename S>
 constexpr Words negated_where(std::uint64_t negative, const Words& a) {
     return conditional_move(negative, S::sub(Words{}, a), a);
@@ -76,10 +77,10 @@ constexpr XyzzPoint twice(const XyzzPoint& p) {
     return r;
 }
 
-/** (k + 2^264 - 1) / 2 modulo q, for k below q: its bits are the signs of the comb. */
+/** (k + 2^264 - 1) / 2 modulo q, for k below q. Its bits are the signs of the comb. */
 template <typename Curve>
 constexpr Words comb_signs(const Words& k) {
-    using S = Montgomery<Curve::q>;  // for its sums alone: these are plain numbers
+    using S = Montgomery<Curve::q>;  // for its sums only: the numbers are not in Montgomery form
     constexpr Words all_ones = [] {
         Words power = S::one;  // 2^256 modulo q
         for (int i = 0; i < 8; ++i) power = S::add(power, power);
@@ -104,7 +105,7 @@ XyzzPoint word_comb_multiply(const Words& k) {
             const std::size_t i = comb_steps * (comb_teeth * block + t) + step;
             if (i < 256) bits |= (signs[i / 64] >> i % 64 & 1) << t;
         }
-        // Where the highest sign is -, the others change with it.
+        // If the highest sign is -, the other signs are inverted.
         const std::uint64_t negative = mask(1 ^ bits >> (comb_teeth - 1));
         struct Entry {
             Words x, y;
@@ -156,7 +157,7 @@ template <typename Curve>
     return r;
 }
 
-/** A point to be added often, with powers of its z. */
+/** A point for repeated additions, with powers of its z. */
 struct Summand {
     Words x, y, z, zz, zzz;
 };
@@ -214,7 +215,7 @@ constexpr XyzzPoint to_xyzz(const JacobianPoint& p) {
     return {s.x, s.y, s.zz, s.zzz};
 }
 
-/** Bits of n from `low` on, at most 63 of them; above 2^256 there are zeros. */
+/** `count` bits of n from bit `low` on, at most 63. Bits from 2^256 on are 0. */
 constexpr std::uint64_t bits_from(const Words& n, std::size_t low, std::size_t count) {
     const std::uint64_t above = low / 64 < 3 ? n[low / 64 + 1] << 1 << (63 - low % 64) : 0;
     return (n[low / 64] >> low % 64 | above) & ((std::uint64_t{1} << count) - 1);
@@ -223,8 +224,8 @@ constexpr std::uint64_t bits_from(const Words& n, std::size_t low, std::size_t c
 /**
  * k Q for 1 <= k < q and a point Q of the curve, zz = 0 if not covered.
  *
- * An odd k below 2^256 is 32^51 + the sum of 51 odd digits d_i 32^i with d_i from -31 to 31: d_i = 2 n_i - 31 for the
- * five-bit digits n_i of k' = (k - 1) / 2 + 2^259. For an even k they are those of q - k. Cost: 256 doublings and 66
+ * An odd k below 2^256 is 32^51 plus the sum of d_i 32^i over 51 odd digits d_i from -31 to 31. They are d_i = 2 n_i -
+ * 31, where n_i are the five-bit digits of (k - 1) / 2. For an even k, q - k is used. Cost: 256 doublings and 66
  * additions.
  */
 template <typename Curve>
@@ -242,7 +243,7 @@ XyzzPoint window_multiply(const Words& k, const AffinePoint& point) {
     for (std::size_t i = digits; i-- != 0;) {
         for (std::size_t j = 0; j < bits; ++j) p = twice<Curve>(p);
         const std::uint64_t digit = bits_from(n, bits * i, bits);
-        // Digits from 16 on are 1, 3, ..., 31; those below are -31, ..., -1: their complement counts.
+        // The digits 16 to 31 mean 1, 3, ..., 31. The digits 0 to 15 mean -31, ..., -1, so they are complemented.
         const std::uint64_t negative = mask(1 ^ digit >> (bits - 1));
         Summand entry = S::Operations::template lookup<Summand, entries>(odd, (digit ^ negative) & (entries - 1));
         entry.y = negated_where<S>(negative, entry.y);
@@ -254,8 +255,8 @@ XyzzPoint window_multiply(const Words& k, const AffinePoint& point) {
 }
 
 /**
- * The same for public numbers: odd digits from -15 to 15 stand where they are needed, at least five bits apart, with
- * zeros between them. Cost: 256 doublings and about 50 additions.
+ * The same for public numbers, in non-adjacent form: odd digits from -15 to 15, at least five bits apart. Cost: 256
+ * doublings and about 50 additions.
  */
 template <typename Curve>
 XyzzPoint window_multiply_vartime(const Words& k, const AffinePoint& point) {
@@ -291,7 +292,7 @@ XyzzPoint window_multiply_vartime(const Words& k, const AffinePoint& point) {
     return to_xyzz<S>(p);
 }
 
-/** The ways of multiplying a point at a time, for an engine that works on words by P. */
+/** The methods of an engine that multiplies one point at a time, with the word operations P. */
 template <typename P>
 struct WordMethods {
     template <typename Curve>

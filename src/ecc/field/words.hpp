@@ -1,4 +1,4 @@
-// The words of field elements: those of uint256, under the names of this folder.
+// The words of field elements: the names of uint256 in this namespace.
 #ifndef VRX_ECC_FIELD_WORDS_HPP
 #define VRX_ECC_FIELD_WORDS_HPP
 

@@ -1,11 +1,13 @@
 // Inverses modulo odd numbers of up to 256 bits, by division steps (D. J. Bernstein, B.-Y. Yang, "Fast constant-time
-// gcd computation and modular inversion", 2019, with the halved start delta = 1/2).
+// gcd computation and modular inversion", 2019, with the initial value delta = 1/2).
 //
-// A division step maps (delta, f, g), f odd, to (1 - delta, g, (g - f) / 2) where delta > 0 and g is odd, and else to
-// (1 + delta, f, (g + (g mod 2) f) / 2). From (1/2, m, x) with 0 <= x < m < 2^256, 590 steps always reach g = 0, and
-// then f is plus or minus the greatest common divisor. The steps only look at the low bits, so they are taken in
-// batches on one word, which yield a matrix of small integers that is then applied to the long f and g, and modulo m to
-// d and e, where d x = f and e x = g up to powers of two that cancel.
+// A division step maps (delta, f, g), with f odd, to (1 - delta, g, (g - f) / 2) if delta > 0 and g is odd. Otherwise
+// it maps to (1 + delta, f, (g + (g mod 2) f) / 2). From (1/2, m, x) with 0 <= x < m < 2^256, 590 steps always reach g
+// = 0. Then f is plus or minus the greatest common divisor.
+//
+// A step depends on the low bits alone. A batch of steps therefore works on one word and yields a matrix of small
+// integers. The matrix is then applied to the long f and g, and modulo m to d and e, where d x = f and e x = g up to
+// powers of two that cancel.
 #ifndef VRX_ECC_UINT256_DIVSTEPS_HPP
 #define VRX_ECC_UINT256_DIVSTEPS_HPP
 
@@ -18,16 +20,15 @@
 namespace vrx::uint256 {
 
 /**
- * A number of up to 309 bits in five signed limbs of 62 bits; only the last is negative or larger. What works limb by
- * limb is a template over the bits of a limb: with a few bits a test goes through all moduli and numbers of some
- * length.
+ * A number of up to 309 bits in five signed limbs of 62 bits. Only the last limb may be negative or larger. Functions
+ * that work limb by limb are templates over the bits of a limb, so that a test can try all short moduli and numbers.
  */
 using Limbs62 = std::array<std::int64_t, 5>;
 
-template <int bits = 62>
 /** All ones for a negative number, else zero. Opaque to the compiler. */
 constexpr std::int64_t sign_mask(std::int64_t a) { return value_barrier(a >> 63); }
 
+template <int bits = 62>
 inline constexpr std::uint64_t limb_mask = (std::uint64_t{1} << bits) - 1;
 inline constexpr std::uint64_t mask62 = limb_mask<>;
 
@@ -44,13 +45,13 @@ constexpr Words from_limbs62(const Limbs62& a) {
             limb(3) >> 6 | limb(4) << 56};
 }
 
-/** What inverses modulo an odd number from 3 to 2^256 - 1 need of it. */
+/** An odd modulus from 3 to 2^256 - 1, prepared for inversion. */
 struct OddModulus {
     Limbs62 limbs{};
     std::uint64_t inverse = 0;  // of the number, modulo 2^64
 
     constexpr explicit OddModulus(const Words& m) : OddModulus(to_limbs62(m), m[0]) {}
-    /** In limbs of any kind, beside its lowest bits. */
+    /** From limbs of any size, and the lowest bits of the number. */
     constexpr OddModulus(const Limbs62& m, std::uint64_t low) : limbs(m) {
         std::uint64_t x = low;
         for (int i = 0; i < 5; ++i) x *= 2 - low * x;
@@ -59,21 +60,19 @@ struct OddModulus {
 };
 
 /**
- * Two rows that take (f, g) to a power of two times their values after some steps. In each row the absolute values of
- * the two numbers add up to that power at most: a step adds or subtracts two rows, or doubles one, and the power
- * doubles.
+ * The matrix that maps (f, g) to 2^n times their values after n steps. In each row the absolute values add up to at
+ * most 2^n, because a step adds or subtracts two rows, or doubles one.
  */
 struct Matrix {
     std::int64_t u, v, q, r;
 };
 
 /**
- * At most 30 division steps on the low words of an odd f and any g, without a branch. zeta is -(delta + 1/2), and
- * changes by one a step or its sign.
+ * At most 30 division steps on the low words of an odd f and any g, constant-time. zeta is -(delta + 1/2).
  *
- * As f is odd, its half h = floor(f / 2) says it all: for an odd g, (g + f) / 2 is floor(g / 2) + h + 1, and (g - f) /
- * 2 is floor(g / 2) + ~h + 1. The matrix is 2^steps times that of the steps; a row (u, v) stands in one word, as u +
- * 2^32 v: its numbers stay within 2^30.
+ * f is odd, so h = floor(f / 2) determines it. For an odd g, (g + f) / 2 is floor(g / 2) + h + 1, and (g - f) / 2 is
+ * floor(g / 2) + ~h + 1. The matrix is scaled by 2^steps. One word holds a row (u, v) as u + 2^32 v, since both stay
+ * within 2^30.
  */
 template <int steps>
 constexpr std::int64_t some_steps(std::int64_t zeta, std::uint64_t& f, std::uint64_t& g, Matrix& t) {
@@ -84,7 +83,7 @@ constexpr std::int64_t some_steps(std::int64_t zeta, std::uint64_t& f, std::uint
     for (int i = 0; i < steps; ++i) {
         const std::uint64_t bit = g & 1;
         const std::uint64_t odd = mask(bit);
-        const std::uint64_t positive = mask(static_cast<std::uint64_t>(zeta) >> 63);  // delta is
+        const std::uint64_t positive = mask(static_cast<std::uint64_t>(zeta) >> 63);  // delta > 0
         const std::uint64_t swap = odd & positive;
         const std::uint64_t half = g >> 1;
         g = ((h ^ positive) & odd) + (half + bit);
@@ -104,7 +103,7 @@ constexpr std::int64_t some_steps(std::int64_t zeta, std::uint64_t& f, std::uint
     return zeta;
 }
 
-/** 59 steps. The matrix is 8 times the product of its halves, as if of 62 steps: a row adds up to 2^62 at most. */
+/** 59 steps. The matrix is scaled by 2^62, like one of 62 steps, so a row adds up to at most 2^62. */
 template <int first_half = 30, int second_half = 29>
 constexpr std::int64_t batch_of_steps(std::int64_t zeta, std::uint64_t f, std::uint64_t g, Matrix& t) {
     Matrix first{};
@@ -117,8 +116,8 @@ constexpr std::int64_t batch_of_steps(std::int64_t zeta, std::uint64_t f, std::u
 }
 
 /**
- * 62 steps for public numbers, which begin with delta = 1: zeros of g are shifted out together, and so many of its bits
- * are cleared at once as are sure to come before the next exchange. eta is -delta.
+ * 62 steps for public numbers, with the initial value delta = 1. Shifts out runs of zeros of g, and clears several bits
+ * of g at once before the next exchange. eta is -delta.
  */
 constexpr std::int64_t batch_of_steps_vartime(std::int64_t eta, std::uint64_t f, std::uint64_t g, Matrix& t) {
     std::uint64_t u = 1;
@@ -152,8 +151,8 @@ constexpr std::int64_t batch_of_steps_vartime(std::int64_t eta, std::uint64_t f,
 }
 
 /**
- * (f, g) times the matrix, divided by 2^62, which is exact. A row of the matrix adds up to 2^62 at most, so that the
- * larger of |f| and |g| does not grow. It is the modulus at the start, and all sums stay below 2^(62 + 62 + 1).
+ * (f, g) = the matrix times (f, g), divided exactly by 2^62. A row of the matrix adds up to at most 2^62, so the larger
+ * of |f| and |g| does not grow. It is the modulus initially, and all sums stay below 2^(62 + 62 + 1).
  */
 template <int bits = 62>
 constexpr void apply(Limbs62& f, Limbs62& g, const Matrix& t) {
@@ -175,9 +174,10 @@ constexpr void apply(Limbs62& f, Limbs62& g, const Matrix& t) {
 }
 
 /**
- * (d, e) times the matrix, divided by 2^62 modulo m. Takes and leaves d and e between -2m and m: with m added where
- * they are negative they are between -m and m, of which a row makes a number between -2^62 m and 2^62 m; the multiple
- * of m that clears the low limb, below 2^62 m, is taken off, and 2^62 divides the rest.
+ * (d, e) = the matrix times (d, e), divided by 2^62 modulo m. d and e are between -2m and m before and after.
+ *
+ * Adding m to negative ones brings them between -m and m, so a row yields a number between -2^62 m and 2^62 m. Then the
+ * multiple of m below 2^62 m that clears the low limb is subtracted, and 2^62 divides the difference.
  */
 template <int bits = 62>
 constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Matrix& t, const OddModulus& m) {
@@ -209,7 +209,7 @@ constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Matrix& t, const OddMo
     e[4] = static_cast<std::int64_t>(ce);
 }
 
-/** a + (m & add_mask), negated where sign is all ones, with limbs carried. For a between -2m and m. */
+/** a + (m & add_mask), negated if sign is all ones, with carried limbs. For a between -2m and m. */
 template <int bits = 62>
 constexpr Limbs62 corrected(const Limbs62& a, const OddModulus& m, std::int64_t add_mask, std::int64_t sign) {
     Limbs62 r{};
@@ -222,14 +222,14 @@ constexpr Limbs62 corrected(const Limbs62& a, const OddModulus& m, std::int64_t 
     return r;
 }
 
-/** d or -d, by the sign of f, brought from between -2m and m into 0 to m - 1. */
+/** d, or -d if f_sign is all ones, reduced from between -2m and m to 0 to m - 1. */
 template <int bits = 62>
 constexpr Limbs62 normalised(const Limbs62& d, std::int64_t f_sign, const OddModulus& m) {
     const Limbs62 near = corrected<bits>(d, m, sign_mask(d[4]), f_sign);
     return corrected<bits>(near, m, sign_mask(near[4]), 0);
 }
 
-/** All ones where a is 1 or -1. */
+/** All ones if a is 1 or -1, else zero. */
 template <int bits = 62>
 constexpr std::uint64_t is_unit(const Limbs62& a) {
     std::uint64_t plus = static_cast<std::uint64_t>(a[0]) ^ 1;
@@ -244,14 +244,14 @@ constexpr std::uint64_t is_unit(const Limbs62& a) {
     return mask(1 ^ (is_nonzero(plus) & is_nonzero(minus)));
 }
 
-/** The low bits, as many as the steps of a batch look at. */
+/** The low bits that a batch of steps reads. */
 template <int bits = 62>
 constexpr std::uint64_t low_word(const Limbs62& a) {
     return static_cast<std::uint64_t>(a[0]) | static_cast<std::uint64_t>(a[1]) << bits;
 }
 
 /**
- * 1 / x modulo m for 0 <= x < m, or 0 where there is none. Time depends on neither.
+ * 1 / x modulo m for 0 <= x < m, or 0 if there is none. Constant-time.
  * Cost: ten batches of 59 steps.
  */
 constexpr Words inverse(const Words& x, const OddModulus& m) {

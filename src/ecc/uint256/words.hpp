@@ -1,11 +1,10 @@
-// 256-bit numbers as four 64-bit words, least significant first. No branch and no address depends on a value.
+// Constant-time arithmetic on 256-bit numbers: four 64-bit words, least significant first.
 //
-// Loops over words ask to be unrolled: only then are the words kept in registers also where the compiler is told to be
-// brief. Sums of four words have their chain of carries in assembly, since compilers break it up, in three times the
-// time; what is computed while compiling has it in C++.
+// Loops over words are unrolled explicitly. Otherwise -Os and -O1 keep the words in memory. Sums of four words use an
+// assembly carry chain, because compilers break it up and need three times as long. Constant evaluation uses C++.
 //
-// All of it is a template over words and their count: with words of a few bits a test goes through all numbers there
-// are. In the comments B is the number that a word cannot hold any more, 2^64, and N = B^count, 2^256.
+// Everything is a template over the word type and the word count, so that a test can try all numbers made of words of a
+// few bits. In the comments, B = 2^64 is the base of the words, and N = B^count = 2^256.
 #ifndef VRX_ECC_UINT256_WORDS_HPP
 #define VRX_ECC_UINT256_WORDS_HPP
 
@@ -14,8 +13,8 @@
 #include <cstdint>
 #include <limits>
 #include <type_traits>
-#include "frame/barrier.hpp"
 
+#include "frame/barrier.hpp"
 
 namespace vrx::uint256 {
 
@@ -30,7 +29,7 @@ using WideWords = WordsOf<std::uint64_t, 8>;
 template <typename Word>
 inline constexpr int word_bits = std::numeric_limits<Word>::digits;
 
-/** Holds a product of two words. */
+/** The type of a product of two words. */
 template <typename Word>
 struct DoubleWordOf {
     using Type = typename Word::Twice;
@@ -42,15 +41,15 @@ struct DoubleWordOf<std::uint64_t> {
 template <typename Word>
 using DoubleWord = typename DoubleWordOf<Word>::Type;
 
-/** An argument that says nothing about the type of words. */
+/** Keeps an argument out of the deduction of Word. */
 template <typename Word>
 using Given = std::type_identity_t<Word>;
 
-/** Words whose sums are written in assembly. */
+/** Whether the sums of these words are in assembly. */
 template <typename Word, std::size_t count>
 inline constexpr bool has_assembly = std::is_same_v<WordsOf<Word, count>, Words>;
 
-/** The low word of a + b + carry, for a carry of any size; the carry out, 0 to 2, replaces it. */
+/** The low word of a + b + carry, for any carry. Replaces the carry by the carry out, 0 to 2. */
 template <typename Word>
 constexpr Word add_carry(Word a, Given<Word> b, Word& carry) {
     const DoubleWord<Word> sum = DoubleWord<Word>{a} + b + carry;
@@ -58,7 +57,7 @@ constexpr Word add_carry(Word a, Given<Word> b, Word& carry) {
     return static_cast<Word>(sum);
 }
 
-/** The low word of a - b - borrow, for a borrow of 0 or 1; the borrow out, 0 or 1, replaces it. */
+/** The low word of a - b - borrow, for a borrow of 0 or 1. Replaces the borrow by the borrow out. */
 template <typename Word>
 constexpr Word sub_borrow(Word a, Given<Word> b, Word& borrow) {
     const DoubleWord<Word> difference = DoubleWord<Word>{a} - b - borrow;
@@ -66,7 +65,7 @@ constexpr Word sub_borrow(Word a, Given<Word> b, Word& borrow) {
     return static_cast<Word>(difference);
 }
 
-/** a * b + c + carry of any words, at most (B - 1)^2 + 2 (B - 1) = B^2 - 1; the high word replaces the carry. */
+/** The low word of a * b + c + carry, at most (B - 1)^2 + 2 (B - 1) = B^2 - 1. Replaces the carry by the high word. */
 template <typename Word>
 constexpr Word mul_add(Word a, Given<Word> b, Given<Word> c, Word& carry) {
     const DoubleWord<Word> sum = DoubleWord<Word>{a} * b + c + carry;
@@ -74,7 +73,7 @@ constexpr Word mul_add(Word a, Given<Word> b, Given<Word> c, Word& carry) {
     return static_cast<Word>(sum);
 }
 
-/** All ones for 1, zero for 0. */
+/** All ones for 1, zero for 0. Opaque to the compiler, so that arithmetic with it stays arithmetic. */
 template <typename Word>
 constexpr Word mask(Word bit) {
     const Word m = Word{0} - bit;
@@ -84,7 +83,7 @@ constexpr Word mask(Word bit) {
         return m;
 }
 
-/** Conditional move: a where the mask is all ones, b where it is zero. */
+/** Conditional move: a if the mask is all ones, b if it is zero. */
 template <typename Word, std::size_t count>
 constexpr WordsOf<Word, count> conditional_move(Word m, const WordsOf<Word, count>& a, const WordsOf<Word, count>& b) {
     WordsOf<Word, count> r{};
@@ -93,7 +92,7 @@ constexpr WordsOf<Word, count> conditional_move(Word m, const WordsOf<Word, coun
     return r;
 }
 
-/** r = a + b modulo N, for any a and b; the carry out, 0 or 1. */
+/** r = a + b modulo N, for any a and b. Returns the carry out, 0 or 1. */
 template <typename Word, std::size_t count>
 constexpr Word add(WordsOf<Word, count>& r, const WordsOf<Word, count>& a, const WordsOf<Word, count>& b) {
     if constexpr (has_assembly<Word, count>)
@@ -116,7 +115,7 @@ constexpr Word add(WordsOf<Word, count>& r, const WordsOf<Word, count>& a, const
     return carry;
 }
 
-/** r = a - b modulo N, for any a and b; the borrow out, 0 or 1. */
+/** r = a - b modulo N, for any a and b. Returns the borrow out, 0 or 1. */
 template <typename Word, std::size_t count>
 constexpr Word sub(WordsOf<Word, count>& r, const WordsOf<Word, count>& a, const WordsOf<Word, count>& b) {
     if constexpr (has_assembly<Word, count>)
@@ -139,7 +138,7 @@ constexpr Word sub(WordsOf<Word, count>& r, const WordsOf<Word, count>& a, const
     return borrow;
 }
 
-/** r = r + a modulo N, for any r and word a; the carry out, 0 or 1. */
+/** r = r + a modulo N, for any r and word a. Returns the carry out, 0 or 1. */
 template <typename Word, std::size_t count>
 constexpr Word add_word(WordsOf<Word, count>& r, Given<Word> a) {
     Word carry = 0;
@@ -162,7 +161,7 @@ constexpr Word add_word(WordsOf<Word, count>& r, Given<Word> a) {
     return carry;
 }
 
-/** r = r - a modulo N, for any r and word a; the borrow out, 0 or 1. */
+/** r = r - a modulo N, for any r and word a. Returns the borrow out, 0 or 1. */
 template <typename Word, std::size_t count>
 constexpr Word sub_word(WordsOf<Word, count>& r, Given<Word> a) {
     Word borrow = 0;
@@ -185,7 +184,7 @@ constexpr Word sub_word(WordsOf<Word, count>& r, Given<Word> a) {
     return borrow;
 }
 
-/** The final subtraction: a, less m where it is at least m. Below m for any a below 2m. */
+/** The final subtraction: a - m if a >= m, else a. Below m for any a below 2m. */
 template <typename Word, std::size_t count>
 constexpr WordsOf<Word, count> reduce_once(const WordsOf<Word, count>& a, const WordsOf<Word, count>& m) {
     WordsOf<Word, count> r{};
@@ -193,7 +192,7 @@ constexpr WordsOf<Word, count> reduce_once(const WordsOf<Word, count>& a, const 
     return conditional_move(mask(borrow), a, r);
 }
 
-/** 1 where a is zero, else 0. */
+/** 1 if a is zero, else 0. */
 template <typename Word, std::size_t count>
 constexpr Word is_zero(const WordsOf<Word, count>& a) {
     Word any = 0;
