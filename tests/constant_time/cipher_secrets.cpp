@@ -1,5 +1,6 @@
-// The modes on keys and data that valgrind takes for uninitialised memory: it reports every branch and every address
-// that depends on one. Usage: cipher_secrets ENGINE; "baseline" works by look-ups, which are to be reported.
+// Constant-time test of the cipher modes with valgrind: keys and data are uninitialised memory, so it reports every
+// branch and every address that depends on them. Usage: cipher_secrets ENGINE. "baseline" uses look-ups, which must be
+// reported.
 #include <valgrind/memcheck.h>
 
 #include <cstdio>

@@ -1,5 +1,5 @@
-// The modes, instruction by instruction: what each executes and which memory it names has to be the same for every key
-// and all data. This covers what the memory checker cannot run. Usage: cipher_trace ENGINE | control
+// Constant-time test of the cipher modes by single-stepping: instructions and memory addresses must be the same for all
+// keys and data. For the engines that valgrind cannot run. Usage: cipher_trace ENGINE | control
 #include <cstdio>
 #include <random>
 #include <string_view>

@@ -1,4 +1,4 @@
-// What the checks of the cipher's engines run: every mode that works on blocks side by side, and meshed sections.
+// The work of the constant-time tests of the cipher: every parallelizable mode, and meshed sections.
 #ifndef VRX_TESTS_CONSTANT_TIME_CIPHER_WORK_HPP
 #define VRX_TESTS_CONSTANT_TIME_CIPHER_WORK_HPP
 
@@ -13,7 +13,7 @@
 
 namespace vrx::test {
 
-/** Key, register and data, all of them secret. The sections take key and register and leave the next ones. */
+/** Secret key, register and data. run_sections() replaces key and register by the next ones. */
 struct CipherSecrets {
     std::uint32_t key[VRX_KEY_WORDS];
     std::uint8_t reg[VRX_BLOCK_SIZE];
@@ -24,7 +24,7 @@ constexpr std::array parallel_modes{gost28147::Mode::ecb_encrypt, gost28147::Mod
                                     gost28147::Mode::cbc_decrypt, gost28147::Mode::counter,
                                     gost28147::Mode::cfb_decrypt};
 
-/** In place, through the engine in use. */
+/** Runs a mode in place, on the engine in use. */
 inline void run_mode(gost28147::Mode mode, const vrx_tz& table, CipherSecrets& secrets, std::size_t blocks) {
     using namespace gost28147;
     engine().parallel(mode, {{table, Key(secrets.key)}, secrets.reg, secrets.data, secrets.data, blocks});
@@ -38,7 +38,7 @@ inline void run_sections(gost28147::Mode mode, const vrx_tz& table, CipherSecret
         secrets.key);
 }
 
-/** The same S-boxes in a table of the caller's, which an engine has to find them in. */
+/** A caller-supplied copy of a table. An engine has to recover its S-boxes. */
 inline vrx_tz copy_of(const vrx_tz& table) {
     vrx_tz copy;
     std::memcpy(&copy, &table, sizeof copy);

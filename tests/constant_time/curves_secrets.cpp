@@ -1,6 +1,6 @@
-// Signing, keys and agreement on secrets that valgrind takes for uninitialised memory: it reports every branch and
-// every address that depends on one. Usage: curves_secrets ENGINE; engine "none" works by the general methods, which
-// are to be reported.
+// Constant-time test of signing, key generation and agreement with valgrind: secrets are uninitialised memory, so it
+// reports every branch and every address that depends on one. Usage: curves_secrets ENGINE. The engine "none" runs the
+// general methods, which must be reported.
 #include <valgrind/memcheck.h>
 
 #include <cstdio>
@@ -25,7 +25,7 @@ void make_public(T& value) {
     static_cast<void>(VALGRIND_MAKE_MEM_DEFINED(&value, sizeof value));
 }
 
-// Odd and even, long and short, one above q and a negative one.
+// Odd and even, long and short, one above q, and a negative one.
 constexpr Number secrets[] = {
     {{0x89abcdef, 0x01234567, 0xdeadbeef, 0x0badcafe, 0x13579bdf, 0x2468ace0, 0x11111111, 0x22222222, 0}},
     {{0x89abcdee, 0x01234567, 0xdeadbeef, 0, 0, 0, 0, 0, 0}},
@@ -59,7 +59,7 @@ bool works(const EcParamSet& set, const Number& secret) {
     make_public(sig);
     if (ecVerify(&set, digest, &key, &sig) != VRX_OK) return false;
 
-    // Keys of nine digits are reduced first.
+    // Nine-digit keys are reduced first.
     Number any = secret;
     make_secret(any);
     if (ecSign(&set, digest, secret_bytes, any.digits, &sig) != VRX_OK) return false;
@@ -77,7 +77,7 @@ bool works(const EcParamSet& set, const Number& secret) {
     return ecMakeKEK(&set, &oid, ukm, d.digits, &peer, kek) == VRX_OK;
 }
 
-/** The functions for multiples. Without a table epMultJ() computes something else, in times that tell of the number. */
+/** Point multiplication. Without a table, epMultJ() uses general formulas, which are not constant-time. */
 bool multiples(const EcParamSet& set, Number k) {
     make_secret(k);
     EcPoint r;
@@ -86,7 +86,7 @@ bool multiples(const EcParamSet& set, Number k) {
     return epMultPP(&r, k.digits, &set) == VRX_OK && epMultJ(&r, &set.pp[1], k.digits, &set) == VRX_OK;
 }
 
-/** The engine of a name. valgrind runs the instructions of ADX, but hides from programs that it does. */
+/** The engine of a name. valgrind runs ADX instructions, but CPUID does not show them. */
 const vrx::field::Engine* engine_named(const std::string& name) {
     if (name != vrx::field::engine_adx.name) return vrx::test::engine_named(name);
     if ((vrx::cpu::features() & vrx::cpu::avx2) == 0) std::exit(77);

@@ -1,6 +1,6 @@
-// Signing, keys and agreement, instruction by instruction: what each executes and which memory it names has to be the
-// same for every secret. This covers what the memory checker cannot run, the vector engine. Usage: curves_trace ENGINE
-// | control
+// Constant-time test of signing, key generation and agreement by single-stepping: instructions and memory addresses
+// must be the same for every secret. For the vector engine, which valgrind cannot run. Usage: curves_trace ENGINE |
+// control
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -44,7 +44,7 @@ void make_key(const EcParamSet& set, const Number& secret) {
     trace_ends();
 }
 
-/** Up to the shared point; what a hash does is looked at where hashes are. */
+/** The shared point only. hash_trace covers the hash. */
 void agree(const EcParamSet& set, const Number& secret) {
     constexpr Number ukm{{1, 2}};
     constexpr Number three{{3}};
@@ -57,7 +57,7 @@ void agree(const EcParamSet& set, const Number& secret) {
     trace_ends();
 }
 
-/** Branches on the bits of the secret, and has to be seen doing so. */
+/** Control: branches on the bits of the secret. */
 void branch(const EcParamSet&, const Number& secret) {
     volatile unsigned ones = 0;
     trace_begins();
@@ -66,7 +66,7 @@ void branch(const EcParamSet&, const Number& secret) {
     trace_ends();
 }
 
-/** Looks its digits up. */
+/** Control: indexes a table by bytes of the secret. */
 void look_up(const EcParamSet&, const Number& secret) {
     static const volatile unsigned char table[256] = {};
     trace_begins();
@@ -79,7 +79,7 @@ using Operation = void (*)(const EcParamSet&, const Number&);
 bool is_constant(const char* what, Operation operation, std::uint32_t index) {
     const EcParamSet& set = *get_GOSTR3410_par(index);
     const auto traces = traces_of([&] {
-        for (const Number secret : secrets) operation(set, secret);  // a copy, so that it lies in one place
+        for (const Number secret : secrets) operation(set, secret);  // a copy, so that its address is the same
     });
     return are_the_same((what + (" on " + std::string(set.str_oid))).c_str(), traces, std::size(secrets) - 1);
 }

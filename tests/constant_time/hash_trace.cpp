@@ -1,6 +1,6 @@
-// The hash, HMAC and keys from passwords, instruction by instruction: what each executes and which memory it names has
-// to be the same for every message, key and password of a length. Usage: hash_trace ENGINE | sha1 | control. The
-// variant of SHA-1 is the one for this processor.
+// Constant-time test of hash, HMAC and key derivation by single-stepping: instructions and memory addresses must be the
+// same for all messages, keys and passwords of a length. Usage: hash_trace ENGINE | sha1 | control. "sha1" tests the
+// engine of SHA-1 for this CPU.
 #include <cstdio>
 #include <random>
 #include <string_view>

@@ -1,7 +1,7 @@
-// Functions of the interface on secrets that valgrind takes for uninitialised memory: it reports every branch and every
-// address that depends on one. Hash and cipher work by look-ups in a substitution table wherever valgrind can follow;
-// lookups.supp names these and nothing else. Usage: interface_secrets hash ENGINE | cipher ENGINE | numbers | branch;
-// "branch" depends on a digest, and is to be reported.
+// Constant-time test of the exported functions for hash, cipher and numbers with valgrind: secrets are uninitialised
+// memory, so it reports every branch and every address that depends on one. lookups.supp exempts the table look-ups of
+// hash and cipher, and nothing else. Usage: interface_secrets hash ENGINE | cipher ENGINE | numbers | branch. "branch"
+// branches on a digest, which must be reported.
 #include <valgrind/memcheck.h>
 
 #include <cstdio>
@@ -22,7 +22,7 @@ void make_secret(T& value) {
     static_cast<void>(VALGRIND_MAKE_MEM_UNDEFINED(&value, sizeof value));
 }
 
-/** A result made of a secret is secret; anything else means that valgrind lost it on the way. */
+/** A result that depends on a secret must be secret. Otherwise valgrind lost track of the secret. */
 template <typename T>
 void expect_secret(const T& value, const char* what) {
     unsigned char bits[sizeof value];
@@ -47,7 +47,7 @@ struct Secrets {
 };
 Secrets secrets;
 
-// Lengths are public: those on both sides of a block's border.
+// Public lengths, around block boundaries.
 constexpr std::uint32_t lengths[] = {1, 31, 32, 33, 64, 77};
 
 void hash() {
@@ -110,7 +110,7 @@ void sha1() {
     expect_secret(state, "SHA-1");
 }
 
-/** One call, of a length that engines take in part. */
+/** One call. Engines process only part of this length. */
 void one_call(int mode, int direction) {
     std::uint8_t text[8 * 45];
     make_secret(text);
@@ -122,7 +122,7 @@ void one_call(int mode, int direction) {
     expect_secret(text, "a mode");
 }
 
-/** A context fed in pieces across a border where the key is meshed. */
+/** A context with pieces that cross a key meshing boundary. */
 void in_pieces(std::uint32_t mode, int direction) {
     std::uint8_t text[VRX_MESHING_SECTION + 24];
     make_secret(text);
@@ -203,14 +203,14 @@ void numbers() {
     expect_secret(w, "a number of octets");
 }
 
-/** What a caller should not do. */
+/** Control: branches on a digest. */
 void compare() {
     std::uint8_t digest[VRX_HASH_SIZE];
     expect_ok(GOSTR3411_Transform_ex(&TZ_3411_94[1], secrets.message, sizeof secrets.message, digest), "hash");
     if (digest[0] == 0x5a) std::puts("it begins with 5a");
 }
 
-/** Runs an engine of a family from now on. Ends the program where that does not run here. */
+/** Uses an engine of a family from now on. Skips the test if it does not run on this CPU. */
 template <auto& choice>
 void run_engine(const auto& engines, std::string_view name) {
     const auto* const engine = vrx::test::offered_named(engines, name);

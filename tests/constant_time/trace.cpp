@@ -1,3 +1,4 @@
+// Single-stepping with ptrace(), and the memory operands of instructions.
 #include "trace.hpp"
 
 #include <capstone/capstone.h>
@@ -19,7 +20,7 @@
 namespace vrx::test {
 namespace {
 
-/** The general registers by their numbers in instructions. */
+/** The general registers by their encoding in instructions. */
 constexpr unsigned long long user_regs_struct::*registers_by_number[] = {
     &user_regs_struct::rax, &user_regs_struct::rcx, &user_regs_struct::rdx, &user_regs_struct::rbx,
     &user_regs_struct::rsp, &user_regs_struct::rbp, &user_regs_struct::rsi, &user_regs_struct::rdi,
@@ -29,7 +30,7 @@ constexpr x86_reg names_by_number[] = {X86_REG_RAX, X86_REG_RCX, X86_REG_RDX, X8
                                        X86_REG_RSI, X86_REG_RDI, X86_REG_R8,  X86_REG_R9,  X86_REG_R10, X86_REG_R11,
                                        X86_REG_R12, X86_REG_R13, X86_REG_R14, X86_REG_R15};
 
-/** An operand in memory by its registers. What else an address is made of is the same each time. */
+/** The registers of a memory operand. The other parts of its address are constant. */
 struct Operand {
     std::optional<std::size_t> base;
     std::optional<std::size_t> index;
@@ -53,14 +54,12 @@ std::string hex(const std::uint8_t* bytes, std::size_t count) {
     return text;
 }
 
-/**
- * Instructions with the prefixes VEX and EVEX: vectors, masks, some on general registers. The disassembler knows only
- * some of them, but all name memory in one form.
+/** Instructions with VEX and EVEX prefixes. The disassembler does not know all of them, but they encode operands alike.
  */
 class VectorInstruction {
 public:
     explicit VectorInstruction(const std::uint8_t* code) {
-        // Where the opcode stands, and the prefix byte that extends the numbers of registers, if there is one.
+        // The position of the opcode, and the prefix byte that extends register numbers, if there is one.
         const std::size_t opcode_at = *code == two_bytes ? 2 : *code == three_bytes ? 3 : 4;
         const std::uint8_t extensions = *code == two_bytes ? 0xe1 : code[1];
         map_ = *code == two_bytes ? 1 : extensions & (*code == evex ? 7U : 31U);
@@ -76,10 +75,10 @@ public:
     [[nodiscard]] std::optional<Operand> memory() const {
         if (map_ == 1 && opcode_ == 0x77) return std::nullopt;  // vzeroupper has no operands
         if (map_ == 2 && ((opcode_ >= 0x90 && opcode_ <= 0x93) || (opcode_ >= 0xa0 && opcode_ <= 0xa3)))
-            throw std::runtime_error("an address out of a vector register");
+            throw std::runtime_error("a gather: its addresses are in a vector register");
         const unsigned mod = modrm_ >> 6;
         const unsigned rm = modrm_ & 7U;
-        if (mod == 3 || (mod == 0 && rm == 5)) return std::nullopt;  // registers alone, or a constant place
+        if (mod == 3 || (mod == 0 && rm == 5)) return std::nullopt;  // registers only, or relative to the instruction
         Operand operand;
         const unsigned base = rm == 4 ? sib_ & 7U : rm;
         if (rm != 4 || mod != 0 || base != 5) operand.base = base + (extend_base_ ? 8U : 0U);
@@ -98,7 +97,7 @@ private:
     bool extend_index_, extend_base_;
 };
 
-/** The operands of the instructions of this program, which the child shares. */
+/** The memory operands of the instructions of this program, which the child shares. */
 class Decoder {
 public:
     Decoder() {
@@ -126,7 +125,7 @@ private:
         }
         cs_insn* instruction = nullptr;
         if (cs_disasm(handle_, code, longest, at, 1, &instruction) != 1)
-            throw std::runtime_error("an instruction that the disassembler does not know: " + hex(code, longest));
+            throw std::runtime_error("an instruction unknown to the disassembler: " + hex(code, longest));
         const cs_x86& x86 = instruction->detail->x86;
         const bool only_computes = instruction->id == X86_INS_LEA || instruction->id == X86_INS_NOP;
         for (unsigned i = 0; i < x86.op_count; ++i)
@@ -142,7 +141,7 @@ private:
     static std::optional<std::size_t> number(x86_reg reg) {
         if (reg == X86_REG_INVALID || reg == X86_REG_RIP || reg == X86_REG_RIZ) return std::nullopt;
         const auto* place = std::ranges::find(names_by_number, reg);
-        if (place == std::end(names_by_number)) throw std::runtime_error("an address out of another register");
+        if (place == std::end(names_by_number)) throw std::runtime_error("an address in an unexpected register");
         return static_cast<std::size_t>(place - names_by_number);
     }
 
@@ -165,8 +164,7 @@ void add(Trace& trace, const user_regs_struct& registers, Decoder& decoder) {
     _exit(0);
 }
 
-/** Keeps this process and its children on one processor, while it lives: they take turns, and waking another is slow.
- */
+/** Pins this process and its children to one CPU while it lives. They take turns, and waking another CPU is slow. */
 class OneProcessor {
 public:
     OneProcessor() {
@@ -226,7 +224,7 @@ bool are_the_same(const char* what, const std::vector<Trace>& traces, std::size_
     const bool same_data =
         std::ranges::all_of(traces, [&](const Trace& t) { return t.hash_of_data == first.hash_of_data; });
     std::printf("%s: %llu instructions, %s code, %s data\n", what, static_cast<unsigned long long>(first.instructions),
-                same_code ? "the same" : "other", same_data ? "the same" : "other");
+                same_code ? "equal" : "different", same_data ? "equal" : "different");
     return traces.size() == count && first.instructions != 0 && same_code && same_data;
 }
 

@@ -1,5 +1,5 @@
-// Which instructions an operation executes, and which memory they name: what others on the same processor can hope to
-// see of it. A parent single-steps a child.
+// Traces the instructions and memory addresses of an operation, which is what a side channel may reveal. A parent
+// process single-steps a child.
 #ifndef VRX_TESTS_CONSTANT_TIME_TRACE_HPP
 #define VRX_TESTS_CONSTANT_TIME_TRACE_HPP
 
@@ -9,10 +9,10 @@
 
 namespace vrx::test {
 
-/** What a program exits with where no process may be traced. */
+/** The exit code of a test program if tracing is not permitted. */
 inline constexpr int cannot_trace = 77;
 
-/** The addresses of instructions and of their operands in memory, in their order, as hashes. */
+/** Hashes of the sequences of instruction addresses and of memory operand addresses. */
 struct Trace {
     std::uint64_t instructions = 0;
     std::uint64_t hash_of_code = 0;
@@ -20,17 +20,17 @@ struct Trace {
     bool operator==(const Trace&) const = default;
 };
 
-/** In the child: begin and end what is traced. */
+/** Begin and end of the traced code, called in the child. */
 void trace_begins();
 void trace_ends();
 
 /**
- * Runs `all` in a child, which marks one stretch for each secret. The first one settles what is settled once and is not
- * followed.
+ * Runs `all` in a child, which marks one traced stretch for each secret. The first stretch is not traced, because it
+ * also runs one-time initialisation.
  */
 std::vector<Trace> traces_of(const std::function<void()>& all);
 
-/** Prints what was seen. Whether there were so many traces, and all the same. */
+/** Prints a summary. Returns whether there are `count` traces and all are equal. */
 bool are_the_same(const char* what, const std::vector<Trace>& traces, std::size_t count);
 
 }  // namespace vrx::test

@@ -1,4 +1,4 @@
-// Key agreement and key diversification.
+// Tests of key agreement and key diversification.
 #include "ecc_support.hpp"
 #include "support/log_capture.hpp"
 
@@ -73,7 +73,7 @@ TEST(agreement, reduces_private_keys_of_nine_digits) {
     }
 }
 
-TEST(agreement, with_a_private_key_of_zero_hashes_64_zero_octets_on_every_set) {
+TEST(agreement, with_private_key_0_hashes_64_zero_octets) {
     for (const EcParamSet& set : cp_ecc_par)
         for (const Digits& d : {Digits(), Digits(set.q)}) {
             Bytes kek(32);
@@ -82,7 +82,7 @@ TEST(agreement, with_a_private_key_of_zero_hashes_64_zero_octets_on_every_set) {
         }
 }
 
-TEST(agreement, refuses_null_pointers_and_a_ukm_of_zeros_with_minus_one) {
+TEST(agreement, rejects_null_pointers_and_a_zero_ukm_with_minus_one) {
     LogCapture log;
     const EcParamSet& set = cp_ecc_par[1];
     const Digits d(5);
@@ -126,7 +126,7 @@ TEST(agreement, returns_the_code_of_the_hash_which_logs_its_own_failure) {
     }
 }
 
-/** RFC 4357, section 6.5, on the block kernel. */
+/** Key diversification by RFC 4357, section 6.5, on single blocks. */
 Bytes diversified(const vrx_tz& table, Bytes key, const Bytes& ukm) {
     for (const std::uint8_t byte : ukm) {
         std::uint32_t words[8], sums[2] = {}, out[8];
@@ -173,7 +173,7 @@ TEST(diversification, works_at_any_address) {
     }
 }
 
-TEST(diversification, reports_a_table_that_the_cipher_refuses) {
+TEST(diversification, reports_a_table_that_the_cipher_rejects) {
     LogCapture log;
     Random random;
     const Bytes original = random.bytes(32);

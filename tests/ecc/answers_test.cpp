@@ -1,4 +1,4 @@
-// Published answers: signatures, key pairs, multiples, sums, key agreement, key wrap, enveloped messages.
+// Known-answer tests: signatures, key pairs, multiples, sums, key agreement, key wrap, enveloped messages.
 #include "ecc_support.hpp"
 #include "support/kat.hpp"
 
@@ -215,7 +215,7 @@ TEST(answers, multiples_and_sums) {
     });
 }
 
-TEST(answers, signature_on_a_set_of_the_callers_own) {
+TEST(answers, signature_on_a_custom_set) {
     for_each_block(data + "own-curve.kat", [](const KatBlock& block) {
         ASSERT_EQ(block.text("type"), "verify-own");
         EcParamSet set{};
@@ -265,7 +265,7 @@ TEST(answers, enveloped_messages_from_the_private_key_to_the_text) {
         if (block.text("algorithm") == "cryptopro") kek = diversified(wrap, kek, ukm);
         const Bytes cek = codebook(wrap, kek, block.octets("cek_enc"), 0);
         EXPECT_EQ(hex(key_mac(wrap, kek, cek, ukm)), block.text("cek_mac"));
-        // Key meshing begins behind 1024 bytes.
+        // Key meshing starts after 1024 bytes.
         ASSERT_EQ(block.text("meshing"), "cryptopro");
         Bytes ciphertext = block.octets("ciphertext");
         ASSERT_LT(ciphertext.size(), 1024u);

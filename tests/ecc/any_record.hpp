@@ -1,4 +1,4 @@
-// Sets and points of any content, drawn at random or as a fuzzer decides.
+// Parameter records and points with arbitrary content, from a random generator or a fuzzer.
 #ifndef VRX_TESTS_ECC_ANY_RECORD_HPP
 #define VRX_TESTS_ECC_ANY_RECORD_HPP
 
@@ -6,7 +6,7 @@
 
 namespace vrx::test {
 
-/** Records of any content: what the formulas give is defined for all of them. */
+/** Records with arbitrary content. The results of the formulas are defined for all of them. */
 class AnyRecord {
 public:
     AnyRecord() = default;
@@ -14,7 +14,7 @@ public:
 
     Random random;
 
-    /** p with 2p < 2^288, of a kind: prime, composite, even, tiny, zero. */
+    /** A p with 2p < 2^288: prime, composite, even, tiny or zero. */
     Digits modulus() {
         Digits p = edgy(random);
         switch (random.below(8)) {

@@ -1,4 +1,4 @@
-// What the engines are asked at the limits of the built-in domain, and that no result depends on who computed it.
+// The limits of the built-in domain: which inputs reach an engine, and that both domains give the same results.
 #include "ecc/domain.hpp"
 
 #include "ecc/field/engines.hpp"
@@ -12,7 +12,7 @@ namespace {
 using Counts = CountedEngine::Counts;
 constexpr Counts nothing{};
 
-/** What a call leaves: its value, its log, and the record that it writes. */
+/** The effects of a call: its return value, its log, and the record that it writes. */
 template <typename Record>
 struct Effect {
     int value;
@@ -32,7 +32,7 @@ Effect<Record> effect_of(const Call& call) {
     return effect;
 }
 
-/** The counts of a call on the best engine; its effect has to be that of the general methods. */
+/** The engine calls that a call makes on the best engine. Its effects must equal those of the general domain. */
 template <typename Record, typename Call>
 Counts counts_of(const Call& call) {
     Counts counts{};
@@ -90,8 +90,8 @@ protected:
     Counts of_affine(const EcPoint& point, const Digits& scalar) {
         return counts_of<EcPoint>([&](EcPoint& r) { return epMult(&r, &point, scalar.data(), &set); });
     }
-    /** All ways of multiplying; the ones with a table where there is one. */
-    void expect_plain(const EcPoint& point, const Digits& scalar) {
+    /** Every way of multiplying uses the general domain. */
+    void expect_general(const EcPoint& point, const Digits& scalar) {
         if (has_table) {
             EXPECT_EQ(of_point(point, scalar), nothing) << scalar;
         }
@@ -101,7 +101,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(sets, borders, testing::Range(0u, 6u), [](const auto& i) { return short_name(i.param); });
 
-TEST_P(borders, scalars_from_1_to_q_minus_1_are_covered) {
+TEST_P(borders, scalars_from_1_to_q_minus_1_reach_the_engine) {
     for (const Digits& scalar :
          {Digits(1), Digits(2), Digits(3), power_of_2(32), power_of_2(254), k, minus(q, 64), minus(q, 3)}) {
         if (has_table) {
@@ -111,7 +111,7 @@ TEST_P(borders, scalars_from_1_to_q_minus_1_are_covered) {
         EXPECT_EQ(of_affine(key, scalar), one_point) << scalar;
         EXPECT_EQ(of_affine(set.G, scalar), base) << scalar;
     }
-    // At q - 1 the base point has its comb; any other point may be left by its engine.
+    // The comb handles q - 1. For other points an engine may decline it.
     EXPECT_EQ(of_affine(set.G, minus(q, 1)), base);
     EXPECT_EQ(of_affine(key, minus(q, 1)).point, 1u);
     if (has_table) {
@@ -119,18 +119,18 @@ TEST_P(borders, scalars_from_1_to_q_minus_1_are_covered) {
     }
 }
 
-TEST_P(borders, other_scalars_are_not) {
+TEST_P(borders, other_scalars_take_the_general_domain) {
     for (const Digits& scalar : {Digits(), q, plus(q, 1), plus(q, 77), minus(power_of_2(256), 1), power_of_2(256),
                                  plus(power_of_2(256), 5), power_of_2(286), minus(power_of_2(287), 1)}) {
         if (has_table) {
             EXPECT_EQ(of_base(scalar), nothing) << scalar;
         }
-        expect_plain(key, scalar);
-        expect_plain(set.G, scalar);
+        expect_general(key, scalar);
+        expect_general(set.G, scalar);
     }
 }
 
-TEST_P(borders, negative_scalars_are_covered_by_their_magnitude_where_that_counts) {
+TEST_P(borders, only_affine_multiples_take_the_magnitude_of_a_scalar) {
     for (const Digits& scalar : {Digits(1), k, minus(q, 2)}) {
         EXPECT_EQ(of_affine(key, opposite(scalar)), one_point) << scalar;
         if (!has_table) continue;
@@ -141,8 +141,8 @@ TEST_P(borders, negative_scalars_are_covered_by_their_magnitude_where_that_count
     EXPECT_EQ(of_affine(key, power_of_2(287)), nothing);
 }
 
-// Callers are not to do this, and yet the engines change nothing about it.
-TEST_P(borders, results_may_lie_where_the_operands_do) {
+// The contract forbids overlap, but engines must not change its effects.
+TEST_P(borders, results_may_overlap_operands) {
     struct Operands {
         EcParamSet set;
         EcPoint point;
@@ -173,7 +173,7 @@ TEST_P(borders, results_may_lie_where_the_operands_do) {
     EXPECT_EQ(counts(entry, [](Operands& o) { return epMultPP(&o.set.pp[1], o.scalar.data(), &o.set); }), base);
 }
 
-TEST_P(borders, signatures_may_lie_where_key_and_digest_do) {
+TEST_P(borders, signatures_may_overlap_key_and_digest) {
     const auto counts = [&](bool over_key) {
         return counts_of<EcSignature>([&](EcSignature& sig) {
             EcSignature other{};
@@ -189,14 +189,14 @@ TEST_P(borders, signatures_may_lie_where_key_and_digest_do) {
     EXPECT_EQ(counts(false), base);
 }
 
-TEST_P(borders, methods_for_another_curve_are_not_covered) {
+TEST_P(borders, table_methods_on_the_test_set_take_the_general_domain) {
     if (has_table) return;
     EXPECT_EQ(of_base(k), nothing);
     EXPECT_EQ(of_point(key, k), nothing);
     EXPECT_EQ(of_point(set.G, k), nothing);
 }
 
-TEST_P(borders, points_off_the_curve_or_unreduced_are_not_covered) {
+TEST_P(borders, invalid_points_take_the_general_domain) {
     const auto with = [&](const Digits& x, const Digits& y) { return point(x, y); };
     const Digits x(key.x), y(key.y);
     const auto modulo_p = [&](const Digits& n) {
@@ -204,27 +204,27 @@ TEST_P(borders, points_off_the_curve_or_unreduced_are_not_covered) {
         mpAdd(r.data(), n.data(), p.data(), VRX_ECC_DIGITS);
         return r;
     };
-    expect_plain(with({}, {}), k);
-    expect_plain(with(plus(x, 1), y), k);
-    expect_plain(with(x, plus(y, 1)), k);
-    expect_plain(with(y, x), k);
-    expect_plain(with(modulo_p(x), y), k);
-    expect_plain(with(x, modulo_p(y)), k);
-    expect_plain(with(p, y), k);
+    expect_general(with({}, {}), k);
+    expect_general(with(plus(x, 1), y), k);
+    expect_general(with(x, plus(y, 1)), k);
+    expect_general(with(y, x), k);
+    expect_general(with(modulo_p(x), y), k);
+    expect_general(with(x, modulo_p(y)), k);
+    expect_general(with(p, y), k);
     Digits ninth = x;
     ninth.d[8] = 1;
-    expect_plain(with(ninth, y), k);
+    expect_general(with(ninth, y), k);
     ninth = y;
     ninth.d[8] = 0x80000000;
-    expect_plain(with(x, ninth), k);
-    // The opposite of a point is one.
+    expect_general(with(x, ninth), k);
+    // The negative of a point is on the curve.
     Digits negative;
     mpSubtract(negative.data(), p.data(), y.data(), VRX_ECC_DIGITS);
     EXPECT_EQ(of_affine(with(x, negative), k), one_point);
 }
 
-// A small x, for which x + p fits the digits: on every curve there is one.
-TEST_P(borders, unreduced_coordinates_are_not_covered_also_below_2_to_256) {
+// A small x, for which x + p stays below 2^256.
+TEST_P(borders, unreduced_coordinates_take_the_general_domain) {
     for (std::uint32_t x = 1; x < 40; ++x) {
         const EcPoint& g = set.G;
         if (Digits(g.x) != Digits(x)) continue;
@@ -232,11 +232,11 @@ TEST_P(borders, unreduced_coordinates_are_not_covered_also_below_2_to_256) {
         if (above.d[8] != 0) continue;
         EcPoint other = g;
         above.copy_to(other.x);
-        expect_plain(other, k);
+        expect_general(other, k);
     }
 }
 
-TEST_P(borders, a_set_with_one_bit_changed_is_not_covered) {
+TEST_P(borders, a_set_with_one_bit_changed_takes_the_general_domain) {
     const EcParamSet original = set;
     Random random;
     const auto flip = [&](std::uint32_t* digits, unsigned count) {
@@ -253,7 +253,7 @@ TEST_P(borders, a_set_with_one_bit_changed_is_not_covered) {
         flip(set.q, VRX_ECC_DIGITS);
         flip(set.G.x, VRX_ECC_DIGITS);
         flip(set.G.y, VRX_ECC_DIGITS);
-        // An even p of full length, or a short one, is as good.
+        // Not the top digit of p: any p up to 2^256 will do, even or short.
         flip(set.p, VRX_ECC_DIGITS - 1);
     }
     flip(&set.has_precomp, 1);
@@ -265,7 +265,7 @@ TEST_P(borders, a_set_with_one_bit_changed_is_not_covered) {
     }
 }
 
-TEST_P(borders, what_is_no_number_of_a_set_may_change) {
+TEST_P(borders, a_set_stays_built_in_with_other_identifiers) {
     set.oid = nullptr;
     set.str_oid = nullptr;
     set.oid_len = 77;
@@ -278,7 +278,7 @@ TEST_P(borders, what_is_no_number_of_a_set_may_change) {
 
 constexpr std::uint32_t digest[VRX_ECC_DIGEST_WORDS] = {1, 2, 3, 4, 5, 6, 7, 0xF0000000};
 
-TEST_P(borders, signing_is_covered_for_every_key) {
+TEST_P(borders, signing_reaches_the_engine_for_every_key) {
     for (const Digits& d : {Digits(), Digits(1), k, q, minus(power_of_2(287), 1), power_of_2(287), opposite(Digits(1))})
         for (const Digits& nonce : {Digits(1), k, minus(q, 1), plus(q, 1), opposite(k)})
             EXPECT_EQ(counts_of<EcSignature>([&](EcSignature& sig) {
@@ -289,7 +289,7 @@ TEST_P(borders, signing_is_covered_for_every_key) {
                 << d << " with " << nonce;
 }
 
-TEST_P(borders, digests_of_q_and_0_are_as_1) {
+TEST_P(borders, digests_congruent_to_0_sign_as_1) {
     std::uint32_t of_q[VRX_ECC_DIGEST_WORDS];
     std::memcpy(of_q, set.q, sizeof of_q);
     const std::uint32_t zeros[VRX_ECC_DIGEST_WORDS] = {};
@@ -301,7 +301,7 @@ TEST_P(borders, digests_of_q_and_0_are_as_1) {
                   base);
 }
 
-TEST_P(borders, draws_are_those_of_digits) {
+TEST_P(borders, draws_equal_those_of_the_general_domain) {
     Random random;
     for (int i = 0; i < 200; ++i) {
         const Digits drawn = edgy(random);
@@ -323,7 +323,7 @@ TEST_P(borders, draws_are_those_of_digits) {
     }
 }
 
-TEST_P(borders, verification_is_covered_for_points_of_the_curve) {
+TEST_P(borders, verification_reaches_the_engine_for_valid_points) {
     EcSignature sig{};
     {
         const ScriptedSource source({ScriptedSource::yields(plus(k, 3))});
@@ -341,13 +341,13 @@ TEST_P(borders, verification_is_covered_for_points_of_the_curve) {
     other.s[0] ^= 1;
     EXPECT_EQ(counts(other, key), sum);
     other = sig;
-    mpAdd(other.s, other.s, set.q, VRX_ECC_DIGITS);  // as good as s
+    mpAdd(other.s, other.s, set.q, VRX_ECC_DIGITS);  // congruent to s
     EXPECT_EQ(counts(other, key), sum);
     Digits().copy_to(other.s);
     EXPECT_EQ(counts(other, key), sum);
     q.copy_to(other.s);
     EXPECT_EQ(counts(other, key), sum);
-    // r that no x can leave is refused at once.
+    // An r that no x can leave is rejected at once.
     for (const Digits& r : {Digits(), q, plus(q, 1), power_of_2(256), power_of_2(287)}) {
         other = sig;
         r.copy_to(other.r);
@@ -356,19 +356,19 @@ TEST_P(borders, verification_is_covered_for_points_of_the_curve) {
     }
     EcPoint off = key;
     off.x[0] ^= 1;
-    // Only z1 G is.
+    // Only z1 G reaches the engine.
     EXPECT_EQ(counts(sig, off), base);
     EXPECT_EQ(counts(sig, point({}, {})), base);
-    // z1 G = z2 Q for Q = G and s = -r: a double. The engines leave it.
+    // Q = G and s = -r give z1 G = z2 Q. The engines decline this doubling.
     other = sig;
     mpModSub(other.s, Digits().data(), other.r, set.q, VRX_ECC_DIGITS);
     EXPECT_EQ(counts(other, set.G), (Counts{2, 0, 1, 2}));
     other = sig;
-    mpSetEqual(other.s, other.r, VRX_ECC_DIGITS);  // and its opposite: infinity
+    mpSetEqual(other.s, other.r, VRX_ECC_DIGITS);  // z1 G = -z2 Q: infinity
     EXPECT_EQ(counts(other, set.G), (Counts{2, 0, 1, 2}));
 }
 
-TEST_P(borders, keys_and_agreement_are_covered) {
+TEST_P(borders, keys_and_agreement_reach_the_engine) {
     EXPECT_EQ(counts_of<EcPoint>([&](EcPoint& r) { return ecGeneratePublicKey(&set, k.data(), &r); }), base);
     EXPECT_EQ(counts_of<EcPoint>([&](EcPoint& r) { return ecGeneratePublicKey(&set, q.data(), &r); }), nothing);
     EXPECT_EQ(counts_of<EcPoint>([&](EcPoint& r) {

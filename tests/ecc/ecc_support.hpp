@@ -1,4 +1,4 @@
-// Numbers, sets and random sources for the tests of curves.
+// Numbers, parameter sets and random sources for the curve tests.
 #ifndef VRX_TESTS_ECC_SUPPORT_HPP
 #define VRX_TESTS_ECC_SUPPORT_HPP
 
@@ -18,7 +18,7 @@
 
 namespace vrx::test {
 
-/** Nine digits that compare and print. */
+/** A nine-digit number with comparison and output. */
 struct Digits {
     std::array<std::uint32_t, VRX_ECC_DIGITS> d{};
 
@@ -48,7 +48,7 @@ struct Digits {
     }
 };
 
-/** A random number with many digits of all zeros and all ones. */
+/** A random number in which many digits are 0 or all ones. */
 inline Digits edgy(Random& random, unsigned digits = VRX_ECC_DIGITS) {
     Digits n;
     for (unsigned i = 0; i < digits; ++i) {
@@ -72,7 +72,7 @@ inline std::array<Digits, 2> halves(const EcSignature& s) { return {Digits(s.r),
 
 inline const std::array<Digits, 2> point_at_infinity{};
 
-/** A record full of one byte: what a function was not to write. */
+/** A record filled with one byte, to detect what a function writes. */
 template <typename T>
 T filled(unsigned char byte = 0xA5) {
     T record;
@@ -85,7 +85,7 @@ bool same_bytes(const T& a, const T& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-/** The set of a name as in RFC 4357. */
+/** The set with a name from RFC 4357. */
 inline EcParamSet& set_named(const std::string& name) {
     for (std::uint32_t i = 0; i < VRX_ECC_SET_COUNT; ++i)
         if (name == get_GOSTR3410_oid_name(i)) return *get_GOSTR3410_par(i);
@@ -98,7 +98,7 @@ inline std::string short_name(std::uint32_t index) {
     return names[index];
 }
 
-/** Restores the built-in sets at the end of its life. */
+/** Restores the built-in sets in its destructor. */
 class SetsGuard {
 public:
     SetsGuard() { std::memcpy(saved_.data(), cp_ecc_par, sizeof saved_); }
@@ -110,10 +110,7 @@ private:
     std::array<EcParamSet, VRX_ECC_SET_COUNT> saved_;
 };
 
-/**
- * A random source that plays a script: each step is a number of 36 bytes, or a failure. A call beyond the script is a
- * failure of the test.
- */
+/** A scripted random source: each step is a 36-byte number or a failure. A call beyond the script fails the test. */
 class ScriptedSource {
 public:
     struct Step {
@@ -131,7 +128,7 @@ public:
     ScriptedSource(const ScriptedSource&) = delete;
     ScriptedSource& operator=(const ScriptedSource&) = delete;
 
-    /** To be given to the library. */
+    /** The callback for the library. */
     static int draw(void* buffer, std::uint32_t length) { return current_->step(buffer, length); }
 
 private:

@@ -1,4 +1,4 @@
-// A slow second version of everything on curves, on GMP integers.
+// Reference implementation of the curve functions, on GMP integers.
 #ifndef VRX_TESTS_ECC_MODEL_HPP
 #define VRX_TESTS_ECC_MODEL_HPP
 
@@ -29,21 +29,21 @@ inline Digits digits(const Z& n) {
     return out;
 }
 
-/** The remainder that is not negative; 0 modulo 0. */
+/** The non-negative remainder; 0 modulo 0. */
 inline Z mod(const Z& n, const Z& m) {
     Z r = 0;
     if (m != 0) mpz_mod(r.get_mpz_t(), n.get_mpz_t(), m.get_mpz_t());
     return r;
 }
 
-/** 0 when there is no inverse, or none is defined. */
+/** The inverse, or 0 if there is none. */
 inline Z inverse(const Z& n, const Z& m) {
     Z r;
     if (m < 2 || mpz_invert(r.get_mpz_t(), n.get_mpz_t(), m.get_mpz_t()) == 0) return 0;
     return r;
 }
 
-/** Read as a two's-complement number of 288 bits. */
+/** A 288-bit number in two's complement. */
 inline Z as_signed(const Z& n) { return mpz_tstbit(n.get_mpz_t(), 287) != 0 ? Z(n - (Z(1) << 288)) : n; }
 
 /** (0, 0) is the point at infinity. */
@@ -77,7 +77,7 @@ struct Curve {
     [[nodiscard]] Z inv(const Z& n) const { return inverse(n, p); }
     [[nodiscard]] bool contains(const Point& r) const { return mod(r.y * r.y - (r.x * r.x + a) * r.x - b, p) == 0; }
 
-    // The group, as in the textbooks, for points of the curve with coordinates below p.
+    // Textbook group law, for points on the curve with coordinates below p.
 
     [[nodiscard]] Point group_sum(const Point& s, const Point& t) const {
         if (s.infinite()) return t;
@@ -131,7 +131,7 @@ struct Curve {
         return {x, mod(r * (u1 * h * h - x) - s1 * h * h * h, p), mod(s.z * t.z * h, p)};
     }
 
-    /** The difference of two coordinates as a signed number of nine digits. */
+    /** The difference of two coordinates as a signed nine-digit number. */
     [[nodiscard]] Z difference(const Z& u, const Z& v) const { return mod(as_signed(of(digits(u - v))), p); }
 
     [[nodiscard]] Point sum(const Point& s, const Point& t) const {

@@ -1,4 +1,4 @@
-// The exported functions beside a slow second version: the built-in sets, and records of any content.
+// Compares the exported functions with a reference implementation, on built-in sets and arbitrary records.
 #include "model.hpp"
 #include "any_record.hpp"
 #include "support/kat.hpp"
@@ -16,7 +16,7 @@ protected:
     const Curve curve{set};
     Random random;
 
-    /** A number below a limit, often close to one of its ends. */
+    /** A number below a limit, often near 0 or the limit. */
     Z below(const Z& limit) {
         const std::uint32_t kind = random.below(8);
         if (kind == 0) return model::mod(Z(random.below(40)), limit);
@@ -54,7 +54,7 @@ TEST_P(sets, table_holds_the_multiples_by_powers_of_16_or_zeros) {
     }
 }
 
-TEST_P(sets, the_three_multiplications_are_the_group_s) {
+TEST_P(sets, the_three_multiplications_agree_with_the_model) {
     for (int i = 0; i < 60; ++i) {
         const Z k = scalar();
         const Digits digits = model::digits(k);
@@ -126,7 +126,7 @@ TEST_P(sets, multiples_by_zero_and_by_the_order_are_infinity) {
     EXPECT_TRUE(same_bytes(r, untouched));
 }
 
-TEST_P(sets, signatures_are_the_model_s_and_verify) {
+TEST_P(sets, signatures_agree_with_the_model_and_verify) {
     for (int i = 0; i < 12; ++i) {
         const Z k = scalar(), d = scalar();
         std::uint32_t digest[VRX_ECC_DIGEST_WORDS];
@@ -143,7 +143,7 @@ TEST_P(sets, signatures_are_the_model_s_and_verify) {
         }
         const auto [r, s] = curve.sign(digest, k, d);
         EXPECT_EQ(halves(sig), (std::array{model::digits(r), model::digits(s)}));
-        // r = 0 where the nonce is 1 or q - 1 and the base point has x = 0.
+        // r = 0 if the nonce is 1 or q - 1 and the base point has x = 0.
         EXPECT_EQ(ecVerify(&set, digest, &key, &sig), r != 0 ? VRX_OK : VRX_ERR_FAILED);
         EXPECT_EQ(curve.verify(digest, model::of(key), r, s), r != 0);
     }
@@ -167,7 +167,7 @@ TEST_P(sets, shared_point_is_hashed_as_octets) {
     }
 }
 
-TEST_P(sets, sum_of_affine_points_is_the_group_s) {
+TEST_P(sets, sum_of_affine_points_agrees_with_the_model) {
     for (int i = 0; i < 40; ++i) {
         const model::Point s = any_point();
         const model::Point minus{s.x, model::mod(-s.y, curve.p)};
@@ -182,7 +182,7 @@ TEST_P(sets, sum_of_affine_points_is_the_group_s) {
     }
 }
 
-TEST_P(sets, public_key_check_asks_for_the_equation_alone) {
+TEST_P(sets, public_key_check_tests_the_equation_only) {
     const model::Point p = any_point();
     EcPoint q = record(p);
     EXPECT_EQ(ecCheckPublicKey(&set, &q), VRX_OK);
@@ -201,7 +201,7 @@ TEST_P(sets, public_key_check_asks_for_the_equation_alone) {
 
 class any_record : public testing::Test, public AnyRecord {};
 
-TEST_F(any_record, jacobian_formulas_keep_to_the_last_digit) {
+TEST_F(any_record, jacobian_formulas_agree_digit_for_digit) {
     for (int i = 0; i < 20000; ++i) {
         const EcParamSet set = any_set();
         const Curve curve(set);
@@ -221,7 +221,7 @@ TEST_F(any_record, jacobian_formulas_keep_to_the_last_digit) {
     }
 }
 
-TEST_F(any_record, affine_sum_keeps_to_the_last_digit) {
+TEST_F(any_record, affine_sum_agrees_digit_for_digit) {
     for (int i = 0; i < 20000; ++i) {
         const EcParamSet set = any_set();
         const Curve curve(set);
@@ -235,7 +235,7 @@ TEST_F(any_record, affine_sum_keeps_to_the_last_digit) {
     }
 }
 
-TEST_F(any_record, multiples_keep_to_the_last_digit) {
+TEST_F(any_record, multiples_agree_digit_for_digit) {
     for (int i = 0; i < 300; ++i) {
         const EcParamSet set = any_set();
         const Curve curve(set);

@@ -1,4 +1,4 @@
-// Keys and signatures as octets.
+// Tests of keys and signatures as octets.
 #include "ecc_support.hpp"
 #include "support/log_capture.hpp"
 
@@ -12,7 +12,7 @@ Bytes octets_with(std::size_t size, std::initializer_list<std::pair<std::size_t,
     return octets;
 }
 
-TEST(octets, of_small_numbers_lie_as_the_formats_say) {
+TEST(octets, of_small_numbers_follow_the_formats) {
     Bytes out(32, 0xEE);
     EXPECT_EQ(ecUnloadPrivateKeyValue(Digits(1).data(), out.data()), VRX_OK);
     EXPECT_EQ(out, octets_with(32, {{0, 1}}));
@@ -30,7 +30,7 @@ TEST(octets, of_small_numbers_lie_as_the_formats_say) {
     EXPECT_EQ(out, octets_with(64, {{31, 2}, {63, 1}}));
 }
 
-TEST(octets, every_one_has_its_place_in_its_number) {
+TEST(octets, every_octet_has_its_position_in_the_number) {
     for (std::size_t i = 0; i < 64; ++i) {
         const Bytes in = octets_with(64, {{i, 0x80}});
         const auto little = [&](std::size_t at, unsigned i32) {
@@ -48,12 +48,12 @@ TEST(octets, every_one_has_its_place_in_its_number) {
         EXPECT_EQ(coordinates(q), (std::array{little(i, 0), little(i, 1)}));
         EcSignature sig = filled<EcSignature>();
         EXPECT_EQ(ecLoadSignValue(in.data(), &sig), VRX_OK);
-        // As one number of 512 bits, most significant octet first, a signature is s 2^256 + r.
+        // A signature is the 512-bit number s 2^256 + r, most significant octet first.
         EXPECT_EQ(halves(sig), (std::array{little(63 - i, 0), little(63 - i, 1)}));
     }
 }
 
-TEST(octets, there_and_back_gives_the_same_at_any_address) {
+TEST(octets, survive_a_round_trip_at_any_alignment) {
     Random random;
     for (int i = 0; i < 200; ++i) {
         const Bytes original = random.bytes(64);
@@ -85,7 +85,7 @@ TEST(octets, there_and_back_gives_the_same_at_any_address) {
     }
 }
 
-TEST(octets, are_read_whole_before_the_record_that_they_lie_in_is_written) {
+TEST(octets, may_overlap_the_record) {
     Random random;
     for (std::size_t at = 0; at <= sizeof(EcPoint) - 64; ++at) {
         const Bytes octets = random.bytes(64);
@@ -108,7 +108,7 @@ TEST(octets, are_read_whole_before_the_record_that_they_lie_in_is_written) {
     EXPECT_EQ(d, expected);
 }
 
-TEST(octets, ninth_digit_is_ignored_on_the_way_out) {
+TEST(octets, ignore_the_ninth_digit) {
     Random random;
     const Digits low = edgy(random, 8);
     Digits high = low;
@@ -129,7 +129,7 @@ TEST(octets, ninth_digit_is_ignored_on_the_way_out) {
     EXPECT_EQ(a, b);
 }
 
-TEST(octets, null_pointers_are_refused_with_a_line_each_and_nothing_is_written) {
+TEST(octets, null_pointers_are_logged_and_nothing_is_written) {
     LogCapture log;
     const auto refused = [&](int rc, const char* function) {
         EXPECT_EQ(rc, VRX_ERR_BAD_PARAMS);

@@ -1,4 +1,4 @@
-// The records of the built-in sets, how they are found, and what the generators print.
+// Tests of the built-in parameter sets, their look-up, and the output of the generators.
 #include "ecc/generate.hpp"
 #include "ecc_support.hpp"
 #include "support/child_process.hpp"
@@ -51,14 +51,14 @@ TEST(sets, have_their_names_and_identifiers) {
     }
 }
 
-TEST(sets, index_above_5_is_nothing) {
+TEST(sets, index_above_5_yields_null) {
     for (const std::uint32_t i : {6u, 7u, 256u, 0x80000000u, 0xFFFFFFFFu}) {
         EXPECT_EQ(get_GOSTR3410_par(i), nullptr);
         EXPECT_EQ(get_GOSTR3410_oid_name(i), nullptr);
     }
 }
 
-TEST(sets, default_is_a_whatever_the_pointer_says) {
+TEST(sets, default_is_a_regardless_of_the_pointer) {
     EXPECT_EQ(default_cp_ecc_par, &cp_ecc_par[1]);
     default_cp_ecc_par = &cp_ecc_par[3];
     EXPECT_EQ(get_GOSTR3410_default_par(), &cp_ecc_par[1]);
@@ -122,7 +122,7 @@ TEST(look_up, by_another_identifier_yields_null_and_logs_nothing) {
     EXPECT_EQ(log.take(), "");
 }
 
-TEST(look_up, goes_by_the_records_as_they_are_and_takes_the_first) {
+TEST(look_up, compares_the_current_records_and_returns_the_first) {
     const SetsGuard guard;
     EcParamSet* found = nullptr;
     cp_ecc_par[2].oid = ecc_XchA_oid;
@@ -249,7 +249,7 @@ TEST(generators, print_the_tables_byte_for_byte_and_fill_them) {
     }
 }
 
-TEST(generators, table_of_the_test_set_comes_from_the_formulas_of_the_other_curves) {
+TEST(generators, table_of_the_test_set_uses_the_formulas_for_a_minus_3) {
     const ChildRun run = run_in_child([] {
         EXPECT_EQ(epCalcPP(&cp_ecc_par[0]), 0);
         EXPECT_EQ(epIsEqual(&cp_ecc_par[0].pp[0], &cp_ecc_par[0].G), 1u);

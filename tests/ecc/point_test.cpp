@@ -1,4 +1,5 @@
-// Points and multiples where they do not simply follow the group: raw copies, raw comparisons, infinity, odd records.
+// Tests of points and multiples where they deviate from the group law: raw copies and comparisons, infinity, odd
+// records.
 #include "ecc_support.hpp"
 #include "support/child_process.hpp"
 #include "support/log_capture.hpp"
@@ -37,7 +38,7 @@ Digits power_of_2(unsigned i) {
     return n;
 }
 
-/** The same point modulo p, with coordinates of p and more. */
+/** The same point with unreduced coordinates. */
 EcPoint unreduced(const EcPoint& p, const EcParamSet& set) {
     return point(plus(Digits(p.x), Digits(set.p)), plus(Digits(p.y), Digits(set.p)));
 }
@@ -136,7 +137,7 @@ TEST(mixed_sum, with_infinity_copies_the_affine_point_digit_for_digit) {
     EXPECT_EQ(coordinates(r), (std::array{Digits(q.x), Digits(q.y), Digits(1)}));
 }
 
-TEST(mixed_sum, does_not_single_out_equal_points_nor_affine_infinity) {
+TEST(mixed_sum, does_not_handle_equal_points_or_affine_infinity) {
     EcPointJ g, r;
     epA2J(&g, &set_a.G);
     // H = 0 and r = 0.
@@ -164,7 +165,7 @@ TEST(jacobian_sum, with_infinity_copies_the_other_point_with_its_z) {
     EXPECT_TRUE(same_bytes(r, another_infinity));
 }
 
-TEST(jacobian_sum, does_not_single_out_equal_points) {
+TEST(jacobian_sum, does_not_handle_equal_points) {
     EcPointJ g, r;
     epA2J(&g, &set_a.G);
     epAddJChud(&r, &g, &g, &set_a);
@@ -214,7 +215,7 @@ TEST(affine_sum, of_the_same_x_and_unrelated_y_takes_the_tangent_of_the_first) {
     epAdd(&r, &set_a.G, &q, &set_a);
     epAdd(&twice, &set_a.G, &set_a.G, &set_a);
     EXPECT_EQ(coordinates(r), coordinates(twice));
-    // y1 = 0: the tangent has no slope, 0 takes its place.
+    // y1 = 0: the tangent is vertical, and 0 is used as its slope.
     const EcPoint flat = point(Digits(set_a.G.x), 0);
     epAdd(&r, &flat, &q, &set_a);
     EXPECT_EQ(
@@ -249,7 +250,7 @@ TEST(table_multiple, of_a_power_of_16_is_the_table_s_entry) {
         }
 }
 
-TEST(table_multiple, reads_neither_the_base_point_nor_the_mark_of_the_table) {
+TEST(table_multiple, reads_neither_the_base_point_nor_has_precomp) {
     EcParamSet set = set_a;
     set.G = EcPoint{};
     set.has_precomp = 0;
@@ -264,7 +265,7 @@ TEST(table_multiple, reads_neither_the_base_point_nor_the_mark_of_the_table) {
 }
 
 TEST(table_multiple, counts_an_entry_with_x_zero_as_finite) {
-    // The base point of C. Were the accumulator's x = 0 taken for equality, k = 1 would double instead.
+    // The base point of C has x = 0. If that counted as equal to the accumulator's x, k = 1 would double it.
     ASSERT_EQ(Digits(set_c.G.x), Digits());
     for (const std::uint32_t k : {1u, 2u, 3u, 5u, 15u, 16u, 17u, 241u, 257u}) {
         EcPoint r, expected;
@@ -304,7 +305,7 @@ TEST(jacobian_multiple, of_infinity_is_infinity) {
 }
 
 TEST(jacobian_multiple, takes_the_scalar_unsigned) {
-    // -1 is 2^288 - 1 here.
+    // -1 means 2^288 - 1.
     Digits all_ones;
     mpChs(all_ones.data(), Digits(1).data(), VRX_ECC_DIGITS);
     Digits residue;
@@ -337,7 +338,7 @@ TEST(affine_multiple, takes_the_absolute_value_of_the_scalar) {
         epMult(&s, &set.G, opposite.data(), &set);
         EXPECT_EQ(coordinates(r), coordinates(s));
     }
-    // The most negative number has itself as absolute value.
+    // The absolute value of the most negative number is itself.
     Digits residue;
     mpModulo(residue.data(), power_of_2(287).data(), VRX_ECC_DIGITS, set_a.q, VRX_ECC_DIGITS);
     EcPoint r, s;
@@ -356,7 +357,7 @@ TEST(affine_multiple, of_infinity_or_by_zero_is_infinity) {
     EXPECT_EQ(coordinates(r), point_at_infinity);
 }
 
-TEST(affine_multiple, complains_of_null_pointers_on_the_standard_output_and_not_in_the_log) {
+TEST(affine_multiple, reports_null_pointers_on_stdout_and_not_in_the_log) {
     const ChildRun run = run_in_child([] {
         LogCapture log;
         EcPoint r = filled<EcPoint>();

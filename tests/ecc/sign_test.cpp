@@ -1,4 +1,4 @@
-// Signatures and key pairs: random sources, ranges, flipped bits, codes and lines.
+// Tests of signatures and key pairs: random sources, ranges, flipped bits, return codes and log lines.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -110,7 +110,7 @@ TEST_P(on_every_set, random_signatures_verify_and_are_all_different) {
 TEST_P(on_every_set, a_nonce_of_zero_is_drawn_again) {
     const EcSignature expected = signed_with({yields(12345)});
     Digits twice_q = sum(q, q);
-    // Multiples of q, of either sign, are zeros too.
+    // Multiples of q of either sign are 0 modulo q.
     const EcSignature sig =
         signed_with({yields(0), yields(0), yields(q), yields(twice_q), yields(opposite(q)), yields(12345)});
     EXPECT_EQ(halves(sig), halves(expected));
@@ -119,7 +119,7 @@ TEST_P(on_every_set, a_nonce_of_zero_is_drawn_again) {
 TEST_P(on_every_set, a_negative_nonce_counts_by_its_absolute_value) {
     const Digits k = sum(q, opposite(5));
     EXPECT_EQ(halves(signed_with({yields(opposite(k))})), halves(signed_with({yields(k)})));
-    // -2^287 has itself as absolute value.
+    // The absolute value of -2^287 is itself.
     Digits lowest;
     lowest.d[8] = 0x80000000;
     EXPECT_EQ(halves(signed_with({yields(lowest)})), halves(signed_with({yields(modulo(lowest, set))})));
@@ -132,7 +132,7 @@ TEST_P(on_every_set, a_nonce_of_q_and_more_is_reduced) {
     EXPECT_EQ(halves(signed_with({yields(highest)})), halves(signed_with({yields(modulo(highest, set))})));
 }
 
-TEST_P(on_every_set, a_random_source_that_fails_ends_the_signature_with_two_lines) {
+TEST_P(on_every_set, signing_logs_a_failing_random_source_with_two_lines) {
     LogCapture log;
     for (const int result : {1, -1, 7, INT32_MIN}) {
         EcSignature sig = filled<EcSignature>();
@@ -148,7 +148,7 @@ TEST_P(on_every_set, a_random_source_that_fails_ends_the_signature_with_two_line
     EXPECT_TRUE(same_bytes(sig, filled<EcSignature>()));
 }
 
-TEST_P(on_every_set, a_random_source_that_fails_ends_the_making_of_a_key_with_the_lines_of_signing) {
+TEST_P(on_every_set, key_generation_logs_a_failing_random_source_like_signing) {
     LogCapture log;
     Digits made = filled<Digits>();
     EcPoint made_key = filled<EcPoint>();
@@ -164,7 +164,7 @@ TEST_P(on_every_set, a_random_source_that_fails_ends_the_making_of_a_key_with_th
         EXPECT_EQ(ecGenerateKeyPair(&set, ScriptedSource::draw, made.data(), &made_key), VRX_ERR_RANDOM);
     }
     EXPECT_EQ(log.take(), "RND_FUNC failed\necSign: Getbig_RND failed\n");
-    EXPECT_EQ(made, Digits());  // the zero that was drawn
+    EXPECT_EQ(made, Digits());  // the 0 that was drawn
     EXPECT_TRUE(same_bytes(made_key, filled<EcPoint>()));
 }
 
@@ -189,7 +189,7 @@ TEST_P(on_every_set, a_digest_of_zero_modulo_q_counts_as_one) {
         EXPECT_EQ(halves(signed_with({yields(77)}, words)), halves(expected));
         EXPECT_EQ(verify(expected, words), VRX_OK);
     }
-    // q + 1 is 1 as well.
+    // q + 1 is congruent to 1.
     const Digits next = sum(q, 1);
     std::memcpy(multiple.data(), next.data(), sizeof multiple);
     EXPECT_EQ(halves(signed_with({yields(77)}, multiple)), halves(expected));
@@ -213,9 +213,9 @@ TEST_P(on_every_set, s_of_zero_is_returned_and_verifies) {
     EXPECT_EQ(verify(sig), VRX_OK);
 }
 
-TEST_P(on_every_set, a_signature_with_r_zero_modulo_q_is_wrong) {
+TEST_P(on_every_set, a_signature_with_r_zero_modulo_q_is_invalid) {
     const Digits e = modulo(number(digest), set);
-    // s = 0 leads to the point at infinity, s = e and -e to the base point, which has x = 0 on two of the curves.
+    // s = 0 yields the point at infinity. s = e and -e yield a point with the x of G, which is 0 on two of the curves.
     for (const Digits& s : {Digits(), Digits(1), e, negative(e, set), q, sum(q, e), product(e, 2, set)}) {
         expect_wrong(signature(0, s));
         expect_wrong(signature(q, s));
@@ -223,7 +223,7 @@ TEST_P(on_every_set, a_signature_with_r_zero_modulo_q_is_wrong) {
     }
 }
 
-TEST_P(on_every_set, r_of_q_and_more_is_wrong_and_s_counts_modulo_q) {
+TEST_P(on_every_set, r_of_q_or_more_is_invalid_and_s_counts_modulo_q) {
     const EcSignature sig = signed_with({yields(987654321)});
     const Digits r(sig.r), s(sig.s);
     EXPECT_EQ(verify(sig), VRX_OK);
@@ -239,7 +239,7 @@ TEST_P(on_every_set, r_of_q_and_more_is_wrong_and_s_counts_modulo_q) {
     expect_wrong(signature(s, r));
 }
 
-TEST_P(on_every_set, public_keys_with_unreduced_coordinates_serve_as_the_reduced_ones) {
+TEST_P(on_every_set, public_keys_with_unreduced_coordinates_are_valid) {
     const EcSignature sig = signed_with({yields(987654321)});
     const Digits p(set.p);
     const EcPoint reduced = key;
@@ -249,10 +249,10 @@ TEST_P(on_every_set, public_keys_with_unreduced_coordinates_serve_as_the_reduced
     EXPECT_EQ(verify(sig), VRX_OK);
 }
 
-TEST_P(on_every_set, any_flipped_bit_makes_a_signature_wrong) {
-    // The affine method takes its time; a sample there.
+TEST_P(on_every_set, any_flipped_bit_makes_a_signature_invalid) {
+    // The affine method is slow, so it tests a sample.
     const unsigned step = set.has_precomp == 1 ? 1 : 11;
-    if (GetParam() > 3) return;  // the curves of A and C again
+    if (GetParam() > 3) return;  // XchA and XchB repeat the curves of A and C
     const EcSignature sig = signed_with({yields(sum(q, opposite(31)))});
     ASSERT_EQ(verify(sig), VRX_OK);
     for (unsigned bit = 0; bit < 288; bit += step) {
@@ -277,7 +277,7 @@ TEST_P(on_every_set, any_flipped_bit_makes_a_signature_wrong) {
     }
 }
 
-TEST_P(on_every_set, another_key_or_another_set_makes_a_signature_wrong) {
+TEST_P(on_every_set, another_key_or_set_makes_a_signature_invalid) {
     const EcSignature sig = signed_with({yields(31337)});
     const EcPoint right = key;
     for (std::uint32_t i = 0; i < VRX_ECC_SET_COUNT; ++i) {
@@ -329,7 +329,7 @@ TEST_P(on_every_set, a_set_is_never_written_to) {
     munmap(memory, size);
 }
 
-TEST_P(on_every_set, a_copy_without_a_table_gives_the_same_by_the_other_method) {
+TEST_P(on_every_set, a_copy_without_a_table_gives_the_same_results) {
     EcParamSet copy = set;
     copy.has_precomp = 0;
     std::memset(copy.pp, 0x77, sizeof copy.pp);
@@ -349,7 +349,7 @@ TEST_P(on_every_set, a_copy_without_a_table_gives_the_same_by_the_other_method) 
     }
 }
 
-TEST(signing, without_a_restart_r_of_zero_is_returned_and_wrong) {
+TEST(signing, r_of_zero_is_returned_and_invalid) {
     for (const std::uint32_t i : {3u, 5u}) {
         const EcParamSet& set = cp_ecc_par[i];
         ASSERT_EQ(Digits(set.G.x), Digits());
@@ -357,7 +357,7 @@ TEST(signing, without_a_restart_r_of_zero_is_returned_and_wrong) {
         EcPoint key;
         ASSERT_EQ(ecGeneratePublicKey(&set, d.data(), &key), VRX_OK);
         const Digits e = modulo(number(digest), set);
-        // k = 1 and q - 1 lead to the base point's x.
+        // k = 1 and q - 1 yield the x of the base point.
         for (const Digits& k : {Digits(1), negative(1, set)}) {
             EcSignature sig;
             {
@@ -372,7 +372,7 @@ TEST(signing, without_a_restart_r_of_zero_is_returned_and_wrong) {
     }
 }
 
-TEST(records, that_were_overwritten_are_honoured) {
+TEST(records, in_use_are_the_current_ones) {
     const SetsGuard guard;
     const EcParamSet c = cp_ecc_par[3];
     const Digits d(55555);
@@ -389,7 +389,7 @@ TEST(records, that_were_overwritten_are_honoured) {
     EXPECT_EQ(sign(*get_GOSTR3410_default_par()), of_c);
     cp_ecc_par[1] = cp_ecc_par[4];
     EXPECT_EQ(sign(cp_ecc_par[1]), of_a);
-    // One changed bit of the table, of p, of q.
+    // One bit changed in the table, in p, or in q.
     cp_ecc_par[1].pp[0].x[0] ^= 1;
     EXPECT_NE(sign(cp_ecc_par[1]), of_a);
     cp_ecc_par[1].pp[0].x[0] ^= 1;
@@ -399,12 +399,12 @@ TEST(records, that_were_overwritten_are_honoured) {
     cp_ecc_par[1].q[0] ^= 2;
     EXPECT_NE(sign(cp_ecc_par[1])[1], of_a[1]);
     cp_ecc_par[1].q[0] ^= 2;
-    // Not read on this path: a, b, G.
+    // This path does not read a, b and G.
     cp_ecc_par[1].a[0] ^= 1;
     cp_ecc_par[1].b[0] ^= 1;
     cp_ecc_par[1].G.x[0] ^= 1;
     EXPECT_EQ(sign(cp_ecc_par[1]), of_a);
-    // Without the table the base point is read, and a.
+    // Without the table, G and a are read.
     cp_ecc_par[1].has_precomp = 0;
     EXPECT_NE(sign(cp_ecc_par[1]), of_a);
     cp_ecc_par[1].a[0] ^= 1;
@@ -459,7 +459,7 @@ TEST(public_keys, made_in_a_pair_are_checked) {
     EXPECT_EQ(coordinates(key), coordinates(expected));
 }
 
-TEST(null_pointers, are_refused_with_a_line_each_and_nothing_is_written) {
+TEST(null_pointers, are_logged_and_nothing_is_written) {
     LogCapture log;
     const EcParamSet& set = cp_ecc_par[1];
     const auto refused = [&](int rc, const char* line) {
@@ -546,7 +546,7 @@ TEST(random_numbers, from_a_failing_source_are_not_written_and_log_one_line) {
 
 TEST(test_source, fills_whole_words_only) {
     for (std::uint32_t length = 0; length <= 41; ++length) {
-        // A byte that is never written stays; one that is takes other values in 40 calls.
+        // A byte that is written takes several values in 40 calls. Any other byte stays.
         Bytes seen(48), buffer(48);
         for (int i = 0; i < 40; ++i) {
             std::fill(buffer.begin(), buffer.end(), std::uint8_t{0});

@@ -1,4 +1,4 @@
-// Every point and every scalar of small curves, through the exported functions and through the templates themselves.
+// Exhaustive tests on small curves: all points and scalars, through the exported functions and the templates.
 #include <map>
 
 #include "ecc/multiples.hpp"
@@ -8,7 +8,7 @@ using namespace vrx::test;
 
 namespace {
 
-/** y^2 = x^3 + a x + b over the field of p elements, with an odd prime order of all points. */
+/** y^2 = x^3 + a x + b over the field of p elements, with odd prime order. */
 struct ToyCurve {
     int p, a, b, order;
     bool base_point_at_zero;  ///< the base point has x = 0
@@ -19,7 +19,7 @@ struct ToyCurve {
     }
 };
 
-// Of both kinds, with orders above and below p.
+// With and without a table, with orders above and below p.
 constexpr ToyCurve tiny[] = {{11, 8, 1, 17, true}, {11, 8, 10, 7, false}, {11, 2, 4, 17, true}, {11, 2, 7, 7, false}};
 constexpr ToyCurve small[] = {
     {31, 28, 7, 37, true}, {31, 28, 15, 29, false}, {31, 1, 19, 37, true}, {31, 1, 23, 29, false}};
@@ -32,7 +32,7 @@ struct XY {
     auto operator<=>(const XY&) const = default;
 };
 
-/** The group as the integers modulo its order: point i is i times the base point, which makes all sums additions. */
+/** The group as integers modulo its order: point i is i times the base point, so addition of points adds indices. */
 class Group {
 public:
     explicit Group(const ToyCurve& c) : c_(c) {
@@ -44,7 +44,7 @@ public:
         for (const XY& point : all_)
             if (point.y != 0 && (point.x == 0) == c.base_point_at_zero) base = point;
         EXPECT_NE(base.x, -1);
-        // The textbook's sums, with inverses by trial.
+        // Textbook addition, with inverses by trial.
         points_ = {XY{}, base};
         while (static_cast<int>(points_.size()) < c.order) points_.push_back(textbook_sum(points_.back(), base));
         for (int i = 0; i < c.order; ++i) indices_[points_[static_cast<std::size_t>(i)]] = i;
@@ -59,7 +59,7 @@ public:
         return vrx::test::point(static_cast<std::uint32_t>(point.x), static_cast<std::uint32_t>(point.y));
     }
     [[nodiscard]] bool contains(const XY& point) const { return indices_.contains(point); }
-    /** The index of a point that has to be one of the group's. */
+    /** The index of a point, which must be in the group. */
     [[nodiscard]] int index(const EcPoint& point) const {
         const auto found = indices_.find({static_cast<int>(point.x[0]), static_cast<int>(point.y[0])});
         if (found == indices_.end() || coordinates(point) != coordinates(record(found->second))) return -1;
@@ -88,8 +88,8 @@ public:
     }
 
     /**
-     * k G by the table method, which compares raw X coordinates: in a field this small two different points share one
-     * now and then, and the sum then becomes a double. `coincided` tells.
+     * k G by the table method, which compares raw X coordinates. In a field this small, different points sometimes
+     * share one, and the method doubles instead. Sets `coincided` then.
      */
     [[nodiscard]] XY by_table(long k, bool& coincided) const {
         Raw a, b;
@@ -193,7 +193,7 @@ TEST_P(toy, affine_multiples_of_all_points_by_all_scalars_of_either_sign) {
         }
 }
 
-TEST_P(toy, jacobian_multiples_of_all_points_by_all_scalars_below_the_order) {
+TEST_P(toy, jacobian_multiples_of_all_points_by_all_scalars) {
     if (!GetParam().has_table()) return;  // other formulas
     for (long i = 0; i < q; ++i)
         for (long k = 1; k < q; ++k) {
@@ -219,7 +219,7 @@ TEST_P(toy, multiples_by_table_for_all_scalars_below_the_order) {
     EXPECT_GT(without_coincidence, q / 3);
 }
 
-TEST_P(toy, jacobian_sums_and_doubles_of_all_points_in_several_representations) {
+TEST_P(toy, jacobian_sums_and_doubles_of_all_representations) {
     const int p = GetParam().p;
     const auto scaled = [&](long i, int z) {
         const XY xy = group.xy(i);
@@ -243,7 +243,7 @@ TEST_P(toy, jacobian_sums_and_doubles_of_all_points_in_several_representations) 
                 ASSERT_EQ(index(r), 2 * i % q);
             }
             for (long j = 0; j < q; ++j) {
-                if (i == j && i != 0) continue;  // not for a point and itself
+                if (i == j && i != 0) continue;  // undefined for equal points
                 const EcPoint affine = group.record(j);
                 if (j != 0) {
                     epAddJA(&r, &s, &affine, &set);
@@ -255,7 +255,7 @@ TEST_P(toy, jacobian_sums_and_doubles_of_all_points_in_several_representations) 
         }
 }
 
-TEST_P(toy, public_key_check_knows_all_points_of_the_plane) {
+TEST_P(toy, public_key_check_is_correct_for_all_points_of_the_plane) {
     const int p = GetParam().p;
     for (int x = 0; x < p; ++x)
         for (int y = 0; y < p; ++y) {
@@ -285,7 +285,7 @@ long inverse(long n, long q) {
     return 0;
 }
 
-/** The index of k G as the set's method computes it, for all k below the order. */
+/** The index of k G by the method of the set, for all k below the order. */
 std::vector<long> base_multiples(const Group& group, bool table) {
     std::vector<long> indices;
     bool coincided = false;
@@ -295,7 +295,7 @@ std::vector<long> base_multiples(const Group& group, bool table) {
 
 TEST_P(toy_keys, signatures_with_all_nonces_keys_and_digests) {
     const std::vector<long> base = base_multiples(group, set.has_precomp == 1);
-    // All triples of the small curves; of the large ones two digests.
+    // All triples on small curves, two digests on large ones.
     std::vector<long> digests{0, q - 1};
     if (q < 40)
         for (long e = 1; e <= q; ++e) digests.push_back(e);
@@ -310,7 +310,7 @@ TEST_P(toy_keys, signatures_with_all_nonces_keys_and_digests) {
                 const long s = (r * d + nonce * e) % q;
                 ASSERT_EQ(halves(sig), (std::array{scalar(r), scalar(s)})) << nonce << ' ' << d << ' ' << digest;
                 if (q > 40 && (nonce + d) % 64 != 0) continue;
-                // By the group: right unless r is 0.
+                // Valid by the group law, unless r is 0.
                 const long v = inverse(e, q);
                 const long z1 = s * v % q, z2 = (q - r * v % q) % q;
                 const long c = (base[static_cast<std::size_t>(z1)] + z2 * d) % q;

@@ -1,3 +1,4 @@
+// Tests of sums, products, quotients, comparison, bits and signs of numbers.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -10,7 +11,7 @@
 namespace vrx::test {
 namespace {
 
-/** An operation w = f(u, v), its expected result and value, over every way in which w, u and v may be one array. */
+/** Checks w = f(u, v) and its return value for every permitted overlap of w, u and v. */
 using Binary = std::function<std::int64_t(Digit* w, const Digit* u, const Digit* v)>;
 
 void expect_in_place_too(const Binary& f, const DigitVector& u, const DigitVector& v, const DigitVector& result,
@@ -40,7 +41,7 @@ void expect_in_place_too(const Binary& f, const DigitVector& u, const DigitVecto
     }
 }
 
-/** Run a check on many pairs of numbers of every count, equal ones among them. */
+/** Runs a check on many pairs of numbers of every digit count, including equal ones. */
 template <typename Check>
 void for_pairs(Check check) {
     Numbers numbers;
@@ -146,7 +147,7 @@ TEST(Arithmetic, nothing_is_written_for_no_digits) {
 
 // ---- comparison and size
 
-TEST(Comparison, of_no_digits_has_values_of_its_own) {
+TEST(Comparison, of_empty_numbers_returns_minus_one_or_0) {
     const Digit a[1] = {1};
     EXPECT_EQ(mpEqual(a, a, 0), -1);
     EXPECT_EQ(mpIsZero(a, 0), -1);
@@ -207,7 +208,7 @@ TEST(Copy, set_functions_write_exactly_their_digits) {
     }
 }
 
-TEST(Copy, set_digit_writes_the_lowest_digit_even_of_none) {
+TEST(Copy, set_digit_writes_the_lowest_digit_even_for_length_0) {
     Digit a[2] = {1, 2};
     mpSetDigit(a, 7, 0);
     EXPECT_EQ(a[0], 7U);
@@ -227,7 +228,7 @@ TEST(Bits, shifts_by_every_count_in_and_out_of_place) {
             shifts.push_back(s);
         for (const std::uint64_t s : shifts) {
             const bool far = s > 64 * (n + 2);
-            // Digit n of the number moved left; the digit just below digit 0 of the number moved right.
+            // A left shift returns digit n of the result; a right shift returns the digit below digit 0.
             const Slow left = far ? Slow() : x * Slow::power_of_2(s);
             const Slow right = far ? Slow() : x * two_to(1) / Slow::power_of_2(s);
             const Digit left_out = (left / two_to(n)).digits(1)[0];
@@ -298,7 +299,7 @@ TEST(Bits, single_bits_are_set_cleared_and_read) {
         }
 }
 
-TEST(Bits, a_bit_outside_is_refused) {
+TEST(Bits, a_bit_out_of_range_is_rejected) {
     for (const std::uint64_t n : {1U, 2U, 9U})
         for (const std::uint64_t i : {32 * n, 32 * n + 1, std::uint64_t{1} << 32, ~std::uint64_t{0}}) {
             Guarded a(DigitVector(n, 5));
@@ -422,7 +423,7 @@ TEST(ShortOperand, division_by_0_returns_0_and_leaves_the_quotient) {
     EXPECT_EQ(mpShortMod(u, 0, 3), 0U);
 }
 
-// ---- single digits, exhaustively where the halves of a digit are few
+// ---- single digits
 
 TEST(SingleDigit, product_of_every_pair_of_edge_halves) {
     constexpr Digit halves[] = {0, 1, 2, 3, 0x7f, 0x80, 0xff, 0x100, 0x7fff, 0x8000, 0x8001, 0xfffe, 0xffff};
@@ -480,7 +481,7 @@ TEST(SingleDigit, division_overwrites_its_dividend) {
     EXPECT_EQ(u[1], static_cast<Digit>(dividend % 0x80000001));
 }
 
-TEST(SingleDigit, division_refuses_a_divisor_with_a_clear_top_bit) {
+TEST(SingleDigit, division_rejects_a_divisor_with_a_clear_top_bit) {
     for (const Digit d : {0U, 1U, 0x7fffffffU}) {
         const Digit u[2] = {9, 9};
         Digit q = 5, r = 5;
@@ -551,7 +552,7 @@ TEST(Division, by_one_digit) {
         }
 }
 
-/** Divisor, quotient and remainder of extreme words, so that estimates miss and corrections carry far. */
+/** Divisor, quotient and remainder with extreme words, which make estimates fail and corrections carry far. */
 TEST(Division, of_products_of_extreme_words) {
     Numbers numbers;
     const auto extreme = [&](std::size_t n) {
@@ -582,7 +583,7 @@ constexpr std::uint64_t ones = ~std::uint64_t{0};
 constexpr std::uint64_t half = std::uint64_t{1} << 63;
 
 TEST(Division, where_the_top_words_are_equal_and_an_estimate_would_overflow) {
-    // 32-bit and 64-bit words alike: the running remainder begins with the divisor's own top.
+    // The top of the running remainder equals that of the divisor, in digits and in words.
     for (const std::uint64_t low : {0U, 1U, 4U}) {
         expect_division(words({low, 4, 7, half}).digits(8), words({5, 7, half}).digits(6));
         expect_division(words({ones, low, 7, ones}).digits(8), words({5, 7, ones}).digits(6));
@@ -592,12 +593,12 @@ TEST(Division, where_the_top_words_are_equal_and_an_estimate_would_overflow) {
     expect_division(DigitVector{0, 0, 0x80000000, 0x7fff}, DigitVector{1, 0, 0x8000});
 }
 
-TEST(Division, where_the_quotient_word_is_too_large_by_one_and_the_divisor_is_added_back) {
+TEST(Division, adds_back_the_divisor_after_a_quotient_word_too_large_by_one) {
     for (const std::uint64_t q : {std::uint64_t{1}, std::uint64_t{2}, half, ones - 1, ones})
         for (const std::uint64_t d1 : {half, half + 1, ones})
             for (const std::uint64_t d0 : {std::uint64_t{0}, std::uint64_t{1}, ones}) {
-                // The dividend is a multiple of the divisor's top, with nothing behind: what stands behind in the
-                // divisor makes the multiple too large.
+                // The dividend is a multiple of the divisor's top digits. The lower digits of the divisor make the
+                // multiple too large.
                 const Slow top = words({d0, d1});
                 expect_division((Slow(q) * top * Slow::power_of_2(64)).digits(8), words({1, d0, d1}).digits(6));
                 expect_division((Slow(q) * top * Slow::power_of_2(128)).digits(10), words({0, ones, d0, d1}).digits(8));
@@ -608,7 +609,7 @@ TEST(Division, where_the_quotient_word_is_too_large_by_one_and_the_divisor_is_ad
 }
 
 TEST(Division, where_a_digit_estimate_is_too_large_by_two) {
-    // Knuth, section 4.3.1, exercise 21 and the like: the top digit of the divisor is the least possible one.
+    // As in Knuth, section 4.3.1, exercise 21: the top digit of the divisor is minimal.
     expect_division(DigitVector{0, 0, 0x80000000, 0x7fffffff}, DigitVector{1, 0, 0x80000000});
     expect_division(DigitVector{3, 0, 0x80000000}, DigitVector{1, 0, 0x20000000});
     expect_division(DigitVector{0, 0xffff8000, 0x7fffffff, 0x8000}, DigitVector{0xffffffff, 0, 0x8000});
@@ -616,8 +617,8 @@ TEST(Division, where_a_digit_estimate_is_too_large_by_two) {
     expect_division(DigitVector{0xffffffff, 0xffffffff, 0xffffffff, 0xfffffffe}, DigitVector{0xffffffff, 0xffffffff});
 }
 
-TEST(Division, where_a_block_of_quotient_words_is_too_large_by_one_and_by_two) {
-    // Divisors of 8 to 12 words: four quotient words come from the top four words of the divisor alone.
+TEST(Division, where_a_block_estimate_is_too_large_by_one_or_two) {
+    // Divisors of 8 to 12 words: the estimate of four quotient words uses only the top four words of the divisor.
     for (const std::size_t n : Counts{8, 9, 12}) {
         const Slow below = Slow::power_of_2(64 * (n - 4));
         const Slow least_top = Slow::power_of_2(255);
@@ -636,7 +637,7 @@ TEST(Division, where_the_top_words_of_a_block_are_equal) {
         const Slow below = Slow::power_of_2(64 * (n - 4));
         const Slow top = Slow::power_of_2(255) + Slow(12345);
         const Slow v = top * below + (below - Slow(1));
-        // Eight words of quotient, two blocks; the second one is all ones, and the running remainder is then v - 1.
+        // A quotient of two blocks. The second one is all ones, and the running remainder is then v - 1.
         const Slow q = Slow(half) * Slow::power_of_2(6 * 64) + Slow::power_of_2(256) - Slow(1);
         expect_division((q * v + v - Slow(1)).digits(2 * n + 14), v.digits(2 * n));
         expect_division((q * v).digits(2 * n + 14), v.digits(2 * n));
@@ -653,7 +654,7 @@ TEST(Division, with_every_normalising_shift) {
         }
 }
 
-/** Memory that faults when it is written. */
+/** Read-only memory. */
 class ReadOnly {
 public:
     explicit ReadOnly(const DigitVector& value)
@@ -671,12 +672,12 @@ private:
     void* page_;
 };
 
-TEST(Division, divisor_and_modulus_are_never_written_so_that_threads_may_share_them) {
+TEST(Division, divisor_and_modulus_are_never_written) {
     Numbers numbers;
     for (const std::size_t n : Counts{1, 2, 9, 33, 128}) {
         DigitVector m = numbers(n);
         m[0] |= 1;
-        m.back() = 1;  // to be shifted far for the division
+        m.back() = 1;  // needs a large normalising shift
         const ReadOnly modulus(m), u(DigitVector(n, 0xffffffff)), v(numbers(n)), wide(numbers(2 * n));
         Guarded q(2 * n), r(2 * n), w(n);
         EXPECT_EQ(mpDivide(q, r, wide, 2 * n, modulus, n), 0);

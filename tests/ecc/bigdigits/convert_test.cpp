@@ -1,3 +1,4 @@
+// Tests of conversion from and to octets and text, and of printing.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -138,7 +139,7 @@ TEST(FromText, skipped_characters_count_into_the_return_value) {
     EXPECT_EQ(a[0], 42U);
 }
 
-TEST(FromText, characters_that_are_no_digits_are_skipped) {
+TEST(FromText, other_characters_are_skipped) {
     for (int c = 1; c < 256; ++c) {
         const std::string text = {'1', static_cast<char>(c), '2'};
         const bool decimal = c >= '0' && c <= '9';
@@ -168,8 +169,8 @@ TEST(FromText, no_digits_return_0) {
 }
 
 TEST(FromText, a_carry_out_of_the_estimated_bytes_is_lost) {
-    // Lengths at which a decimal number of only nines needs a byte more than 0.41524 a character, with a last digit
-    // that takes one to four bytes.
+    // For these lengths a number of nines needs one byte more than 0.41524 per character, and its last digit has one to
+    // four bytes.
     std::set<std::size_t> filled;
     for (std::size_t length = 1; filled.size() < 4; ++length) {
         const std::size_t bytes = rounded_up(length, 41524);
@@ -185,7 +186,7 @@ TEST(FromText, a_carry_out_of_the_estimated_bytes_is_lost) {
 
 // ---- numbers to text
 
-/** The text that a capacity gets: leading characters, a closing zero, fill, a zero at the end. */
+/** The expected buffer: leading characters, NUL, fill, and a NUL at the end. */
 std::string filled(const std::string& text, std::size_t smax) {
     std::string s(smax, '0');
     const std::size_t kept = std::min(text.size(), smax - 1);
@@ -257,7 +258,7 @@ TEST(ToText, without_a_buffer_or_a_capacity_only_counts) {
     EXPECT_EQ(s[0], '#');
 }
 
-TEST(ToText, truncation_keeps_the_leading_digits_and_returns_the_full_length) {
+TEST(ToText, truncation_keeps_leading_digits_and_returns_the_length) {
     const Digit a = 0x1234;
     char s[3];
     EXPECT_EQ(mpConvToHex(&a, 1, s, 3), 4U);
@@ -270,7 +271,7 @@ TEST(ToText, truncation_keeps_the_leading_digits_and_returns_the_full_length) {
     EXPECT_STREQ(t, "1000");
 }
 
-TEST(ToText, zero_writes_its_closing_zero_only_within_the_capacity) {
+TEST(ToText, zero_writes_its_nul_only_within_the_capacity) {
     const Digit zero = 0;
     char s[4] = {'#', '#', '#', '#'};
     EXPECT_EQ(mpConvToHex(&zero, 1, s, 1), 1U);
@@ -335,7 +336,7 @@ TEST(Print, trimming_drops_leading_zero_digits_but_the_last) {
 }
 
 TEST(Print, goes_through_the_c_librarys_standard_output) {
-    // What the program printed before stands before.
+    // Earlier output of the program comes first.
     const ChildRun run = run_in_child([] {
         const Digit a = 1;
         std::printf("before ");

@@ -1,4 +1,4 @@
-// Digit arrays for the tests: between guards, in every shape that matters.
+// Digit arrays between guards, and test numbers of every shape.
 #ifndef VRX_TESTS_ECC_BIGDIGITS_DIGITS_HPP
 #define VRX_TESTS_ECC_BIGDIGITS_DIGITS_HPP
 
@@ -16,16 +16,16 @@ using DigitVector = std::vector<Digit>;
 
 using Counts = std::initializer_list<std::size_t>;
 
-/** The digit counts that every operation meets. */
+/** The digit counts that every operation is tested with. */
 inline constexpr std::size_t counts[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 16, 17, 31, 32, 33, 64, 128, 256};
 
-/** A digit array between guard digits, which are checked in the end. */
+/** A digit array between guard digits, which the destructor checks. */
 class Guarded {
 public:
     explicit Guarded(const DigitVector& value) : n_(value.size()), memory_(n_ + 2 * width, guard) {
         std::copy(value.begin(), value.end(), data());
     }
-    /** An array to be written: it holds rubbish before. */
+    /** An output array, filled with garbage. */
     explicit Guarded(std::size_t n) : Guarded(DigitVector(n, 0x55aa55aa)) {}
     Guarded(const Guarded&) = delete;
     Guarded& operator=(const Guarded&) = delete;
@@ -47,7 +47,7 @@ private:
     std::vector<Digit> memory_;
 };
 
-/** Numbers of n digits: edges, digits that are edges themselves, random ones of every length. */
+/** Numbers of n digits: edge cases, numbers of edge-case digits, random numbers of every length. */
 class Numbers {
 public:
     DigitVector operator()(std::size_t n) {
@@ -90,7 +90,7 @@ private:
     Random random_;
 };
 
-/** How often to draw operands: less often where the slow arithmetic takes its time. */
+/** The number of random operands: fewer for long numbers, because the reference arithmetic is slow. */
 inline int draws(std::size_t n) { return n <= 12 ? 200 : n <= 33 ? 40 : n <= 64 ? 10 : 3; }
 
 inline std::string show(const DigitVector& x) { return Slow(x).text(16); }

@@ -1,4 +1,4 @@
-// A witness: GMP, where it is installed, on many more and larger numbers than the slow arithmetic can take.
+// Compares the arithmetic with GMP, on more and larger numbers than the slow reference arithmetic.
 #include <gmp.h>
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// Tests of modular arithmetic, inverses, divisors, roots, symbols and powers.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -8,7 +9,7 @@
 namespace vrx::test {
 namespace {
 
-/** An operation on up to three operands of n digits; the result may stand in the array of any of them. */
+/** An operation on up to three operands of n digits. The result may overlap any of them. */
 struct Call {
     std::function<int(Digit* w, const Digit* a, const Digit* b, const Digit* c)> run;
     DigitVector a, b, c;
@@ -36,7 +37,7 @@ void expect_wherever_the_result_stands(const Call& call, const DigitVector& resu
 
 Slow remainder(const Slow& u, const Slow& m) { return m.is_zero() ? Slow() : u % m; }
 
-/** Moduli: zero, one, edges, any. */
+/** Moduli: zero, one, edge cases and random numbers. */
 template <typename Check>
 void for_moduli(std::size_t greatest_count, Check check) {
     Numbers numbers;
@@ -102,7 +103,7 @@ TEST(Modular, sum_drops_its_carry) {
     });
 }
 
-TEST(Modular, sum_with_a_lost_carry_is_as_it_is) {
+TEST(Modular, sum_with_a_dropped_carry_is_not_corrected) {
     // m = 2^32 - 1: 2 m does not fit. (m - 1) + (m - 1) = 2^33 - 4, modulo 2^32: 2^32 - 4, below m.
     const Digit m = 0xffffffff, u = 0xfffffffe;
     Digit w = 0;
@@ -110,7 +111,7 @@ TEST(Modular, sum_with_a_lost_carry_is_as_it_is) {
     EXPECT_EQ(w, 0xfffffffcU);
 }
 
-TEST(Modular, difference_goes_by_its_top_bit) {
+TEST(Modular, difference_adds_m_if_its_top_bit_is_set) {
     for_moduli(256, [](std::size_t n, const DigitVector& u, const DigitVector& v, const DigitVector& m) {
         const Slow mod(m), all = Slow::power_of_2(32 * n);
         const Slow t = (remainder(Slow(u), mod) + all - remainder(Slow(v), mod)) % all;
@@ -122,7 +123,7 @@ TEST(Modular, difference_goes_by_its_top_bit) {
     });
 }
 
-TEST(Modular, difference_with_a_top_bit_that_is_no_sign_is_as_it_is) {
+TEST(Modular, difference_tests_the_top_bit_not_the_sign) {
     // m = 2^32 - 1: 2^31 - 0 has its top bit set, so m is added; 0 - 2^31 - 1 has not, so m is not.
     const Digit m = 0xffffffff, zero = 0, u = 0x80000000, v = 0x80000001;
     Digit w = 0;
@@ -173,7 +174,7 @@ TEST(Inverse, of_all_small_numbers) {
         }
 }
 
-TEST(Inverse, that_is_missing_returns_1_and_clears_the_result) {
+TEST(Inverse, that_does_not_exist_returns_1_and_clears_the_result) {
     const Digit u[3] = {6, 0, 0}, m[3] = {9, 0, 0}, zero[3] = {0, 0, 0};
     Digit inv[3] = {1, 2, 3};
     EXPECT_EQ(mpModInv(inv, u, m, 3), 1);
@@ -220,7 +221,7 @@ TEST(Inverse, modulo_0_exists_for_1_alone) {
 TEST(Inverse, of_256_digits) {
     DigitVector m(256, 0);
     m.back() = 0x80000000;
-    const DigitVector u(256, 0x12345679);  // odd, and so it has one
+    const DigitVector u(256, 0x12345679);  // odd, so it has an inverse
     Guarded inv(256), x(u), modulus(m), one(256);
     EXPECT_EQ(mpModInv(inv, x, modulus, 256), 0);
     EXPECT_EQ(mpModMult(one, x, inv, modulus, 256), 0);

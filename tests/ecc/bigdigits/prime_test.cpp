@@ -1,4 +1,4 @@
-// Random digits and primality. The C library's generator is replaced here, so that every draw and seeding is seen.
+// Tests of random digits and primality. They replace rand() and srand(), and so observe every draw and seed.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -12,7 +12,7 @@
 
 namespace {
 
-std::deque<int> script;  // what rand() returns next; then any numbers
+std::deque<int> script;  // the next results of rand(), then any numbers
 int calls_of_rand = 0;
 int calls_of_srand = 0;
 std::mt19937 engine(1);
@@ -31,7 +31,7 @@ extern "C" void srand(unsigned) { ++calls_of_srand; }
 namespace vrx::test {
 namespace {
 
-/** The four calls that draw a digit, lowest byte first, with rubbish above the byte. */
+/** Scripts the four calls that draw a digit, lowest byte first, with garbage above the byte. */
 void will_draw(Digit digit) {
     for (unsigned shift = 0; shift < 32; shift += 8)
         script.push_back(static_cast<int>(0x5a00 | (digit >> shift & 0xff)));
@@ -40,7 +40,7 @@ void will_draw(Digit digit) {
 class Draws : public testing::Test {
 protected:
     Draws() {
-        spSimpleRand(0, 1);  // seeds, once
+        spSimpleRand(0, 1);  // seeds the generator
         script.clear();
         calls_of_rand = 0;
         calls_of_srand = 0;
@@ -69,7 +69,7 @@ TEST_F(Draws, a_value_above_the_range_is_drawn_again) {
     will_draw(0x0000000a);
     EXPECT_EQ(spSimpleRand(10, 20), 20U);
     EXPECT_EQ(calls_of_rand, 12);
-    will_draw(0x80000001);  // range 2^31: all bits count
+    will_draw(0x80000001);  // range 2^31: no bit is masked
     will_draw(0x80000000);
     EXPECT_EQ(spSimpleRand(0, 0x80000000), 0x80000000U);
 }
@@ -81,7 +81,7 @@ TEST_F(Draws, an_empty_range_yields_the_lower_bound_and_draws_nothing) {
     EXPECT_EQ(calls_of_rand, 0);
 }
 
-TEST_F(Draws, every_value_of_a_range_comes_and_no_other) {
+TEST_F(Draws, exactly_the_values_of_the_range_occur) {
     std::vector<int> seen(11);
     for (int i = 0; i < 2000; ++i) ++seen.at(spSimpleRand(100, 110) - 100);
     for (const int times : seen) EXPECT_GT(times, 100);
@@ -92,7 +92,7 @@ TEST_F(Draws, the_generator_is_not_seeded_again) {
     EXPECT_EQ(calls_of_srand, 0);
 }
 
-// A process of its own each, by ctest; run together, an earlier test may have seeded.
+// ctest runs each test in its own process. In one process an earlier test may have seeded.
 TEST(Seeding, happens_on_the_first_call_even_of_an_empty_range) {
     static bool first = true;
     if (calls_of_srand != 0 || calls_of_rand != 0) first = false;
@@ -117,12 +117,12 @@ TEST_F(Draws, each_test_seeds_the_generator_after_the_smallest_numbers) {
 }
 
 TEST_F(Draws, bases_go_from_2_to_w_minus_2) {
-    // 2047 = 23 * 89 passes for the base 2 and not for 3.
+    // 2047 = 23 * 89 passes with base 2 and fails with base 3.
     will_draw(0);
     EXPECT_EQ(rabin_miller(Slow(2047), 1), 1);
     will_draw(1);
     EXPECT_EQ(rabin_miller(Slow(2047), 1), 0);
-    // Limit 2045, range 2043, mask 2047: 2044 is drawn again; 2043 is the base -2, a liar as 2 is.
+    // Limit 2045, range 2043, mask 2047: 2044 is rejected; 2043 is the base -2, a strong liar like 2.
     script.clear();
     calls_of_rand = 0;
     will_draw(2044);
@@ -131,7 +131,7 @@ TEST_F(Draws, bases_go_from_2_to_w_minus_2) {
     EXPECT_EQ(calls_of_rand, 8);
 }
 
-TEST_F(Draws, the_limit_goes_by_significant_digits_not_by_the_count) {
+TEST_F(Draws, the_limit_depends_on_significant_digits_only) {
     // One significant digit in an array of nine: the base stays below w.
     will_draw(0xffffffff);  // masked to 2047, which is above the range
     will_draw(0);

@@ -1,4 +1,4 @@
-// Natural numbers as bytes, by the methods one learns at school: nothing here resembles what it checks.
+// Slow reference arithmetic: natural numbers as bytes, by schoolbook methods unlike those under test.
 #ifndef VRX_TESTS_ECC_BIGDIGITS_SLOW_INTEGER_HPP
 #define VRX_TESTS_ECC_BIGDIGITS_SLOW_INTEGER_HPP
 
@@ -15,7 +15,7 @@ namespace vrx::test {
 class Slow {
 public:
     Slow() = default;
-    Slow(std::uint64_t value) {  // NOLINT: a number is a number
+    Slow(std::uint64_t value) {  // NOLINT: implicit, like an integer
         for (; value != 0; value >>= 8) bytes_.push_back(static_cast<std::uint8_t>(value));
     }
     explicit Slow(std::span<const std::uint32_t> digits) {
@@ -97,7 +97,7 @@ public:
         product.trim();
         return product;
     }
-    /** Quotient and remainder, a bit at a time. */
+    /** Quotient and remainder, bit by bit. */
     static std::pair<Slow, Slow> divide(const Slow& u, const Slow& v) {
         if (v.is_zero()) throw std::invalid_argument("a division by zero");
         Slow quotient, rest;

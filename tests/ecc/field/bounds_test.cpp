@@ -1,6 +1,5 @@
-// The bounds of the arithmetic in lanes, for all inputs there are: the same lines over intervals. A lane holds the
-// least and the largest number that may stand there; each operation makes the interval of its results of those of its
-// operands, and fails where 64 bits may not hold one.
+// Bounds check of the lane arithmetic for all inputs, by interval arithmetic. A lane holds the minimum and the maximum
+// of its values. Each operation computes the interval of its results, and fails if one may not fit 64 bits.
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
@@ -25,7 +24,7 @@ struct Interval {
 
 Interval hull(const Interval& a, const Interval& b) { return {std::min(a.least, b.least), std::max(a.most, b.most)}; }
 
-/** What a signed word of 64 bits may hold. */
+/** Checks that a signed 64-bit word can hold the interval. */
 Interval held(const Interval& a) {
     EXPECT_TRUE(a.within(-(one << 63), (one << 63) - 1)) << "a word overflows";
     return a;
@@ -35,8 +34,8 @@ Interval held(const Interval& a) {
 Interval low_bits(const Interval& a) { return a.within(0, limb_end - 1) ? a : Interval{0, limb_end - 1}; }
 
 /**
- * Eight lanes of intervals, with the operations of other lanes. The formulas ask for all they call to be inlined; these
- * refuse, as the compilers would take minutes.
+ * Eight lanes of intervals, with the interface of the other lane types. noinline, because the formulas are flattened
+ * and compilers would take minutes.
  */
 struct Intervals {
     std::array<Interval, 8> lane;
@@ -71,7 +70,7 @@ struct Intervals {
     [[gnu::noinline]] Intervals operator-(const Intervals& other) const {
         return by_lane(*this, other, [](auto a, auto b) { return Interval{a.least - b.most, a.most - b.least}; });
     }
-    /** With all ones or zeros, with one of these, or with the lowest bits. */
+    /** For operands that are all ones, zero, either of them, or a mask of low bits. */
     [[gnu::noinline]] Intervals operator&(const Intervals& other) const {
         return by_lane(*this, other, [](auto a, auto b) {
             if (b.is(0)) return Interval{0, 0};
@@ -135,7 +134,7 @@ struct Intervals {
 
 using Lanes = Element<Intervals>;
 
-/** In units of 2^156, the place of limb 3, which an i128 holds: the value of a lane, rounded to the outside. */
+/** The value of a lane in units of 2^156, the weight of limb 3, rounded outwards. It fits an i128. */
 Interval value(const Lanes& a, std::size_t lane) {
     Interval sum;
     for (std::size_t i = 0; i < limb_count; ++i) {
@@ -151,7 +150,7 @@ Interval value(const Lanes& a, std::size_t lane) {
     return sum;
 }
 
-/** A number of 256 bits in the same units, rounded down. */
+/** A 256-bit number in the same units, rounded down. */
 i128 in_units(const Words& n) { return i128{n[3]} << 36 | static_cast<i128>(n[2] >> 28); }
 
 template <typename S>
@@ -164,8 +163,8 @@ template <auto m>
 constexpr bool is_montgomery<Montgomery<m>> = true;
 
 /**
- * The arithmetic of a modulus, with what it asks of operands and promises of results checked at every call. A result is
- * then any that the promise allows, so that one call of a formula stands for all.
+ * The arithmetic of a modulus, with checked preconditions and postconditions. Results are widened to everything that
+ * the postcondition allows, so that one call of a formula covers all inputs.
  */
 template <typename S>
 struct Checked {
@@ -183,8 +182,8 @@ struct Checked {
         const Lanes bound = multiplicand();
         for (std::size_t l = 0; l < lane_count; ++l)
             for (std::size_t i = 0; i < limb_count; ++i) {
-                // Carried products in Montgomery's form have no negative value, but in intervals it is forgotten that
-                // the last limb is only as small as the others are large.
+                // Carried products in Montgomery form are not negative. Intervals lose the relation of the last limb to
+                // the others, so its lower bound is too low.
                 const i128 least = is_montgomery<S> && i + 1 == limb_count ? -64 : 0;
                 EXPECT_TRUE(a.limb[i].lane[l].within(least, bound.limb[i].lane[l].most)) << what << ", limb " << i;
             }
@@ -230,10 +229,9 @@ private:
     }
 
     /**
-     * The promise of a product that is not carried, or of the difference of two, which may be negative: limbs up to
-     * 2^56, and above -2^53 where the high half is taken off, a value below 2.1 p. In Montgomery's form the value is
-     * not the sum of the limbs' bounds, but known from what was computed: (a b + u m) / 2^260 for factors below 2.1 m
-     * and a u below 2^260, where m is below 2^256.
+     * The postcondition of a product without carries, or of a difference of two: limbs up to 2^56, and above -2^53 if
+     * the high half is subtracted; a value below 2.1 p. In Montgomery form the bound of the value does not follow from
+     * the limbs, but from (a b + u m) / 2^260, for factors below 2.1 m, u below 2^260 and m below 2^256.
      */
     static Lanes loose(Lanes r, i128 negative) {
         const i128 least = takes_off<S> ? -(one << 53) : 0;
@@ -256,10 +254,11 @@ private:
     }
 
     /**
-     * The quotient that carry() takes off in Montgomery's form, floor(floor(top / 2^6) w / 2^52) for the last limb,
-     * top, and the reciprocal w = floor(2^58 / (m_4 + 1)), where m_4 is the last limb of the modulus. What is left is
-     * at least the value itself, where the quotient is 0, else top (2^208 - w m / 2^58) plus the other limbs, where top
-     * is at least 2^58 / w, at most that plus (2^6 w / 2^58 + 1) m.
+     * Checks the quotient of carry() in Montgomery form. It is floor(floor(top / 2^6) w / 2^52), where top is the last
+     * limb, w = floor(2^58 / (m_4 + 1)) the reciprocal, and m_4 the last limb of the modulus.
+     *
+     * If the quotient is 0, the remainder is the value itself. Otherwise top >= 2^58 / w. The remainder is then at
+     * least top (2^208 - w m / 2^58) plus the other limbs, and at most that plus (2^6 w / 2^58 + 1) m.
      */
     static void expect_quotient(const Lanes& a) {
         const std::uint64_t w = F::reciprocal;
@@ -308,17 +307,17 @@ TYPED_TEST(Bounds, hold_for_sums_of_any_points) {
     const Intervals sign = Intervals::every({-1, 0});
     plus_affine<F>(p, any, any, sign);
     plus_partner<F>(p, sign);
-    F::carry(negated_where(sign, any));  // as the comb begins
+    F::carry(negated_where(sign, any));  // the first round of the comb
 }
 
-// Both ways of a step exchange multiplicands, and these are any.
+// A step takes and returns arbitrary multiplicands, so one bit value covers both.
 TYPED_TEST(Bounds, hold_for_all_steps_of_the_ladder) {
     using F = Checked<typename TypeParam::Field>;
     ladder<Intervals, TypeParam, F>(Words{}, TypeParam::x);
 }
 
-// The instrument: what is out of bounds is found.
-TYPED_TEST(Bounds, are_missed_by_operands_that_are_too_large) {
+// Control: operands out of bounds are detected.
+TYPED_TEST(Bounds, control_detects_operands_that_are_too_large) {
     using F = Checked<typename TypeParam::Field>;
     const auto fails = [](const Lanes& a, bool product) {
         testing::TestPartResultArray results;

@@ -1,5 +1,5 @@
-// Linked into a program of tests: lets the variable VRX_TEST_ENGINE choose the engine that all of its tests run on, and
-// fails where that engine was never asked.
+// Lets the environment variable VRX_TEST_ENGINE choose the engine for all tests of a program. Fails if the engine is
+// never called.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

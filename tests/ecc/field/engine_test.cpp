@@ -1,4 +1,4 @@
-// Multiples of points by every engine, against sums of affine points.
+// Compares point multiplication by every engine with affine point addition.
 #include "ecc/field/engines.hpp"
 
 #include "ecc/field/comb_tables.hpp"
@@ -17,7 +17,7 @@ struct Multiple {
     EcPoint point;
 };
 
-/** Multiples of a point from 1 to q - 1, all by epAdd(). */
+/** Reference multiples of a point, computed with epAdd(). */
 class Multiples {
 public:
     Multiples(const EcParamSet& set, const EcPoint& base) : set_(set), q_(Digits(set.q)) {
@@ -51,11 +51,11 @@ public:
         return {words_of(vrx::test::sum(digits_of(a.k), digits_of(b.k), q_)), sum(a.point, b.point)};
     }
 
-    /** Small and large ones, powers of 2, runs of ones, repeated digits, halves of q, each with its negative. */
+    /** Small and large scalars, powers of 2, runs of ones, repeated digits, halves of q, each with its negative. */
     [[nodiscard]] std::vector<Multiple> structured() const {
         std::vector<Digits> scalars;
         for (std::uint32_t k = 1; k <= 70; ++k) scalars.emplace_back(k);
-        // Among these, the powers of 16 and of 32.
+        // These include the powers of 16 and 32.
         for (unsigned i = 6; i < 256; ++i) {
             Digits power;
             power.flip(i);
@@ -81,7 +81,7 @@ public:
         Digits third;
         mpShortDiv(third.data(), q_.data(), 3, VRX_ECC_DIGITS);
         scalars.push_back(third);
-        for (const unsigned step : {41u, 24u, 17u, 6u}) {  // as far apart as the teeth of the combs, and others
+        for (const unsigned step : {41u, 24u, 17u, 6u}) {  // the distances of comb teeth, and others
             Digits sparse;
             for (unsigned i = 3; i < 255; i += step) sparse.flip(i);
             scalars.push_back(sparse);
@@ -96,7 +96,7 @@ public:
         return all;
     }
 
-    /** Random ones, made of sums of random ones. */
+    /** Random multiples, as sums of a few random ones. */
     [[nodiscard]] std::vector<Multiple> random(Random& random, std::size_t count) const {
         std::vector<Multiple> all;
         for (int i = 0; i < 8; ++i) all.push_back(of(reduced(digits_of(random.value<Words>()), q_)));
@@ -132,7 +132,7 @@ protected:
         ASSERT_EQ(digits_of(r.x), Digits(m.point.x)) << digits_of(m.k);
         ASSERT_EQ(digits_of(r.y), Digits(m.point.y)) << digits_of(m.k);
     }
-    /** @return whether it was covered. */
+    /** @return whether the engine covers the operands. */
     bool expect_point(const Multiple& m, const EcPoint& base) {
         AffinePoint r;
         if (!engine.multiply(curve, m.k, affine(base), r)) return false;
@@ -152,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(all, engines_of_curves,
                                           testing::Values(CurveId::test, CurveId::a, CurveId::b, CurveId::c)),
                          parameter_name);
 
-/** Those whose p is above q. */
+/** Curves with p > q. */
 class engines_of_curves_with_small_order : public engines_of_curves {};
 
 INSTANTIATE_TEST_SUITE_P(all, engines_of_curves_with_small_order,
@@ -174,8 +174,8 @@ TEST_P(engines_of_curves, multiply_the_base_point_as_any_point) {
 TEST_P(engines_of_curves, multiply_any_point) {
     const EcPoint base = Multiples(set, set.G).random(random, 8)[5].point;
     const Multiples multiples(set, base);
-    // The ladder ends with (k + 1) Q, which may not be infinite; the window, which adds odd multiples up to 31 Q, meets
-    // doubles of these.
+    // The ladder does not cover an infinite (k + 1) Q. The window does not cover doublings of the odd multiples up to
+    // 31 Q.
     std::vector<Words> not_covered;
     for (const Multiple& m : multiples.structured()) {
         if (is_plain(engine) && random.below(8) != 0 && digits_of(m.k).d[7] != 0) continue;
@@ -192,7 +192,7 @@ TEST_P(engines_of_curves, multiply_any_point) {
         ASSERT_TRUE(expect_point(m, base)) << digits_of(m.k);
 }
 
-TEST_P(engines_of_curves, recognise_sums_by_their_remainders) {
+TEST_P(engines_of_curves, recognise_sums_by_x_mod_q) {
     const Multiples of_g(set, set.G);
     const EcPoint key = of_g.random(random, 8)[6].point;
     const Multiples of_key(set, key);
@@ -212,7 +212,7 @@ TEST_P(engines_of_curves, recognise_sums_by_their_remainders) {
     }
 }
 
-// An x from q to p - 1 has a small remainder; it would not come up by chance.
+// An x from q to p - 1 has a small remainder, and random tests would not find one.
 TEST_P(engines_of_curves_with_small_order, recognise_sums_whose_x_is_above_q) {
     const Digits p(set.p);
     const Digits modulo_4 = reduced(p, Digits(4));
@@ -240,15 +240,15 @@ TEST_P(engines_of_curves_with_small_order, recognise_sums_whose_x_is_above_q) {
     EXPECT_EQ(answer(difference(p, q, p)), Answer::no) << "p itself is no coordinate";
 }
 
-// What the chord cannot add: equal and opposite points.
-TEST_P(engines_of_curves, leave_sums_of_equal_and_opposite_points_to_others) {
+// Equal and opposite points, which the addition formula does not cover.
+TEST_P(engines_of_curves, decline_sums_of_equal_and_opposite_points) {
     const Multiple m = Multiples(set, set.G).random(random, 8)[3];
     const Words minus = words_of(difference(Digits(), digits_of(m.k), q));
     for (const Words& z1 : {m.k, minus})
         EXPECT_EQ(engine.sum_has_remainder(curve, z1, m.k, affine(set.G), {1, 0, 0, 0}), Answer::not_covered);
 }
 
-TEST(remainders, of_x_are_taken_of_numbers_below_p_only) {
+TEST(remainders, exclude_numbers_from_p_on) {
     for_each_curve([]<typename Curve>(Curve) {
         using S = typename Curve::Field;
         const Digits p = digits_of(S::modulus);
@@ -264,7 +264,7 @@ TEST(remainders, of_x_are_taken_of_numbers_below_p_only) {
             if (r != Digits()) {
                 EXPECT_EQ(has(x, r), Answer::yes) << x;
             }
-            // r + p is the same element, and where q is above p it may be a remainder, but not that of x.
+            // r + p is the same element. If q > p, it may be a scalar, but it is not x mod q.
             mpAdd(above.data(), r.data(), p.data(), VRX_ECC_DIGITS);
             if (mpCompare(above.data(), q.data(), VRX_ECC_DIGITS) < 0) {
                 EXPECT_EQ(has(x, above), Answer::no) << x;

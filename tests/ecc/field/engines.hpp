@@ -1,4 +1,4 @@
-// The engines of the curves, for tests: how to force one, and how to see that it ran.
+// Forces an engine for point multiplication in tests, and counts its calls.
 #ifndef VRX_TESTS_ECC_FIELD_ENGINES_HPP
 #define VRX_TESTS_ECC_FIELD_ENGINES_HPP
 
@@ -10,21 +10,21 @@
 
 namespace vrx::test {
 
-/** Covers nothing, so that the general methods do all the work. */
+/** Covers no operands, so that the general domain does all the work. */
 extern const field::Engine engine_none;
 
-/** The lines of the vector engine over plain arrays. */
+/** The code of the vector engine on plain arrays. */
 extern const field::Engine engine_plain_lanes;
 
-/** All that run on this processor, but for engine_none. */
+/** All engines that run on this CPU, except engine_none. */
 std::vector<const field::Engine*> engines_here();
 
-/** One of them or engine_none by its name, or nullptr. */
+/** The engine of a name, including engine_none, or nullptr. */
 const field::Engine* engine_named(const std::string& name);
 
 using ForcedEngine = WithEngine<field::choice>;
 
-/** Forces an engine, and counts what it is asked and what it covers. One at a time. */
+/** Forces an engine, and counts its calls and how many of them it covers. One object at a time. */
 class CountedEngine {
 public:
     explicit CountedEngine(const field::Engine& engine);
@@ -37,7 +37,7 @@ public:
         unsigned covered;
         bool operator==(const Counts&) const = default;
     };
-    /** The counts since they were last taken. */
+    /** The counts since the last call. */
     Counts take();
 
 private:

@@ -1,5 +1,4 @@
-// The operations of a field in eight lanes over plain memory, so that a test compiled for every processor can call
-// them.
+// Lane arithmetic on plain memory, for tests that are compiled for every CPU.
 #ifndef VRX_TESTS_ECC_FIELD_LANE_OPERATIONS_HPP
 #define VRX_TESTS_ECC_FIELD_LANE_OPERATIONS_HPP
 
@@ -7,7 +6,7 @@
 
 namespace vrx::test {
 
-/** Limb by limb, each for eight lanes. */
+/** The limbs of eight lanes. */
 struct LaneWords {
     std::uint64_t limb[field::limb_count][field::lane_count];
 };
@@ -21,7 +20,7 @@ struct LaneOperations {
     void (*difference)(const LaneWords& a, const LaneWords& b, const LaneWords& u, const LaneWords& v, LaneWords& r);
 };
 
-/** For the fields of the four curves, in the order of their identifiers. */
+/** The operations for the fields of the four curves, in the order of CurveId. */
 using AllLaneOperations = LaneOperations[4];
 extern const AllLaneOperations plain_lane_operations;
 extern const AllLaneOperations ifma_lane_operations;

@@ -1,3 +1,4 @@
+// LaneOperations with AVX-512 IFMA.
 #include <immintrin.h>
 
 #include "ecc/field/curves.hpp"

@@ -1,4 +1,4 @@
-// LaneOperations over a lane type V. To be included where its instructions are switched on.
+// LaneOperations over a lane type V. Include this file inside the region of its instruction set.
 #ifndef VRX_TESTS_ECC_FIELD_LANE_OPERATIONS_OF_HPP
 #define VRX_TESTS_ECC_FIELD_LANE_OPERATIONS_OF_HPP
 

@@ -1,3 +1,4 @@
+// LaneOperations on plain arrays.
 #include "ecc/field/curves.hpp"
 #include "ecc/field/lane_operations_of.hpp"
 #include "ecc/field/plain_lanes.hpp"

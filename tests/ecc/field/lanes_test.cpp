@@ -1,4 +1,4 @@
-// Elements in lanes against whole numbers, up to the bounds that multiplicands may reach.
+// Compares lane arithmetic with integer arithmetic, for multiplicands up to their bounds.
 #include "ecc/field/engine.hpp"
 #include "ecc/field/lane_operations.hpp"
 #include "ecc/field/words_support.hpp"
@@ -8,7 +8,7 @@ using namespace vrx::field;
 
 namespace {
 
-/** The number in a lane, and its class modulo p; a multiplicand has 52-bit limbs and stays below 2.1 p. */
+/** The number in a lane modulo p. Checks that it is a multiplicand: 52-bit limbs, and below 2.1 p. */
 template <typename S>
 Digits value(const LaneWords& a, std::size_t lane) {
     Digits sum;
@@ -26,7 +26,7 @@ Digits value(const LaneWords& a, std::size_t lane) {
     return sum;
 }
 
-/** The plain number that an element in a lane stands for. */
+/** The number that an element in a lane represents. */
 template <typename S>
 Digits element(const LaneWords& a, std::size_t lane) {
     value<S>(a, lane);
@@ -35,7 +35,7 @@ Digits element(const LaneWords& a, std::size_t lane) {
     return digits_of(S::from_montgomery(scalar_of<S>(limbs)));
 }
 
-/** Multiplicands: numbers near the edges, and near p and 2.1 p. */
+/** Multiplicands: edge cases, and numbers near p and 2.1 p. */
 template <typename S>
 std::vector<Digits> multiplicands(Random& random) {
     const Digits p = digits_of(S::modulus);
@@ -103,15 +103,15 @@ void check_all(const AllLaneOperations& operations) {
     check_lanes<CurveC>(operations[3]);
 }
 
-TEST(lanes, of_plain_arrays_work_as_whole_numbers_up_to_their_bounds) { check_all(plain_lane_operations); }
+TEST(lanes, of_plain_arrays_agree_with_integers) { check_all(plain_lane_operations); }
 
-TEST(lanes, of_the_processor_work_as_whole_numbers_up_to_their_bounds) {
+TEST(lanes, of_ifma_agree_with_integers) {
     const std::uint32_t needs = engine_ifma.needs;
     if (!vrx::cpu::offers(needs)) GTEST_SKIP() << "no AVX-512 IFMA here";
     check_all(ifma_lane_operations);
 }
 
-TEST(lanes, elements_go_in_and_out) {
+TEST(lanes, elements_survive_conversion) {
     for_each_curve([]<typename Curve>(Curve) {
         using S = typename Curve::Field;
         for (const Words& w : edges(S::modulus)) {

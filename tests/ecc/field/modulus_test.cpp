@@ -1,4 +1,4 @@
-// Scalar field elements, loosely held, against reduction of whole numbers; and inverses by division steps.
+// Compares scalar field arithmetic with integer arithmetic, and tests inverses by division steps.
 #include "ecc/field/adx_words.hpp"
 #include "ecc/field/engine.hpp"
 #include "ecc/field/order.hpp"
@@ -11,7 +11,7 @@ using namespace vrx::field;
 
 namespace {
 
-/** For moduli whose elements are plain numbers, whatever their representative. */
+/** For pseudo-Mersenne moduli, whose elements are any representatives. */
 template <typename S>
 void check_plain(const Words& a, const Words& b) {
     const Digits m = digits_of(S::modulus);
@@ -27,7 +27,7 @@ void check_plain(const Words& a, const Words& b) {
     ASSERT_TRUE(same(a, reduced(x, m))) << x;
 }
 
-/** For moduli in Montgomery's form, whose elements stay below them. */
+/** For moduli in Montgomery form, whose elements are reduced. */
 template <typename S>
 void check_montgomery(const Words& a, const Words& b) {
     const Digits m = digits_of(S::modulus);
@@ -43,7 +43,7 @@ void check_montgomery(const Words& a, const Words& b) {
     ASSERT_TRUE(same(S::sqr(u), ::product(x, x, m))) << x;
     ASSERT_TRUE(same(S::add(u, v), ::sum(x, y, m))) << x << " + " << y;
     ASSERT_TRUE(same(S::sub(u, v), ::difference(x, y, m))) << x << " - " << y;
-    // Of any numbers the product is right; only its factors' representatives are not kept below the modulus.
+    // A product is also correct for factors that are not reduced.
     ASSERT_EQ(digits_of(S::from_montgomery(S::mul(u, b))),
               digits_of(S::from_montgomery(S::mul(u, S::mul(v, {1, 0, 0, 0})))));
 }
@@ -60,14 +60,14 @@ void check_pairs(const Check& check) {
         }
 }
 
-TEST(scalar_fields, work_as_whole_numbers_at_every_pair_of_edges) {
+TEST(scalar_fields, agree_with_integers_for_all_pairs_of_edge_cases) {
     check_pairs<CurveA::Field>(check_plain<CurveA::Field>);
     check_pairs<CurveB::Field>(check_plain<CurveB::Field>);
     check_pairs<CurveTest::Field>(check_plain<CurveTest::Field>);
     check_pairs<CurveC::Field>(check_montgomery<CurveC::Field>);
 }
 
-TEST(scalar_fields, work_the_same_way_by_the_instructions_of_adx) {
+TEST(scalar_fields, agree_with_the_adx_engine) {
     if (!vrx::cpu::offers(engine_adx.needs)) GTEST_SKIP() << "no BMI2 and ADX here";
     using A = CurveA::Field::With<AdxWords>;
     using B = CurveB::Field::With<AdxWords>;
@@ -85,8 +85,8 @@ TEST(scalar_fields, work_the_same_way_by_the_instructions_of_adx) {
     check_pairs<Most>(check_montgomery<Most>);
 }
 
-// The shapes at the ends of their ranges, where the curves' moduli are not.
-TEST(scalar_fields, work_for_the_smallest_and_largest_moduli_of_each_shape) {
+// The extreme moduli of each shape, beyond those of the curves.
+TEST(scalar_fields, work_for_the_extreme_moduli_of_each_shape) {
     check_pairs<PseudoMersenneMinus<1>>(check_plain<PseudoMersenneMinus<1>>);
     check_pairs<PseudoMersenneMinus<0xFFFF>>(check_plain<PseudoMersenneMinus<0xFFFF>>);
     check_pairs<PseudoMersennePlus<1>>(check_plain<PseudoMersennePlus<1>>);
@@ -97,8 +97,8 @@ TEST(scalar_fields, work_for_the_smallest_and_largest_moduli_of_each_shape) {
     check_pairs<Most>(check_montgomery<Most>);
 }
 
-// Of small numbers, all: at both ends of the words, and about p.
-TEST(scalar_fields, work_for_all_pairs_of_numbers_near_their_ends) {
+// All small offsets from 0, p and 2^256.
+TEST(scalar_fields, work_for_all_pairs_of_small_offsets) {
     for_each_curve([]<typename Curve>(Curve) {
         using S = typename Curve::Field;
         std::vector<Words> numbers;
@@ -129,7 +129,7 @@ TEST(scalar_fields, halve_and_double_elements) {
     });
 }
 
-TEST(scalar_fields, of_the_orders_work_as_whole_numbers_at_every_pair_of_edges) {
+TEST(scalar_fields, of_the_orders_agree_with_integers_for_edge_cases) {
     for_each_curve([]<typename Curve>(Curve) {
         using S = Montgomery<Curve::q>;
         check_pairs<S>(check_montgomery<S>);
@@ -163,7 +163,7 @@ TEST(remainders, are_recognised_by_their_definition) {
     });
 }
 
-TEST(orders, arithmetic_is_that_of_digits) {
+TEST(orders, arithmetic_agrees_with_digits) {
     Random random;
     for_each_curve([&]<typename Curve>(Curve) {
         using Q = Order<Curve>;
@@ -186,8 +186,8 @@ TEST(orders, arithmetic_is_that_of_digits) {
     });
 }
 
-// Every table entry by every index, through vectors of every length.
-TEST(selection, takes_the_entry_of_its_index) {
+// Every index into tables, for every vector size.
+TEST(selection, returns_the_entry_of_its_index) {
     struct Entry {
         Words x, y;
     };
@@ -205,7 +205,7 @@ TEST(selection, takes_the_entry_of_its_index) {
     }
 }
 
-/** x u = 1 modulo m, or u = 0 where x and m have a common factor. */
+/** Checks that x u = 1 modulo m, or u = 0 if x and m have a common factor. */
 void check_inverse(const Words& x, const Words& m) {
     const Digits u = digits_of(inverse(x, OddModulus(m)));
     ASSERT_EQ(digits_of(inverse_vartime(x, OddModulus(m))), u) << digits_of(x) << " modulo " << digits_of(m);
@@ -253,7 +253,7 @@ TEST(division_steps, find_all_inverses_modulo_small_odd_numbers) {
         for (std::uint64_t x = 0; x < m; ++x) check_inverse({x, 0, 0, 0}, {m, 0, 0, 0});
 }
 
-TEST(division_steps, find_that_there_is_no_inverse_modulo_long_numbers) {
+TEST(division_steps, return_0_if_there_is_no_inverse) {
     // 2^256 - 1 = 3 5 17 257 641 65537 ...
     const Words m = {~0ull, ~0ull, ~0ull, ~0ull};
     for (const std::uint64_t factor : {3ull, 5ull, 17ull, 257ull, 641ull, 65537ull, 6700417ull, 4294967297ull}) {
@@ -263,7 +263,7 @@ TEST(division_steps, find_that_there_is_no_inverse_modulo_long_numbers) {
     }
 }
 
-// They are to be seen at work, not only to agree: a matrix of a batch is 2^62 times unimodular, up to its sign.
+// The matrix of a batch is 2^62 times a unimodular matrix, up to sign.
 TEST(division_steps, take_59_steps_a_batch) {
     Random random;
     for (int i = 0; i < 1000; ++i) {

@@ -1,4 +1,4 @@
-// Unsigned numbers of a few bits, in the place of the words that long numbers are made of.
+// Words of a few bits: a stand-in for 64-bit words in exhaustive tests.
 #ifndef VRX_TESTS_ECC_FIELD_SMALL_WORDS_HPP
 #define VRX_TESTS_ECC_FIELD_SMALL_WORDS_HPP
 
@@ -6,7 +6,8 @@
 
 namespace vrx::test {
 
-/** A number modulo 2^bits, with the operators of an unsigned integer. Public, so that it may be a template argument. */
+/** A number modulo 2^bits, with the operators of an unsigned integer. All members are public, so it can be a template
+ * argument. */
 template <int bits>
 struct SmallWord {
     static_assert(bits <= 16);
@@ -16,7 +17,7 @@ struct SmallWord {
 
     constexpr SmallWord() = default;
     constexpr SmallWord(std::uint64_t n) : value(static_cast<std::uint32_t>(n & all_ones)) {}
-    /** From a shorter word as it is; a longer one loses its upper bits when it is asked to. */
+    /** Widening is implicit, narrowing is explicit and drops the upper bits. */
     template <int other>
     constexpr explicit(other > bits) SmallWord(SmallWord<other> n) : SmallWord(std::uint64_t{n.value}) {}
 

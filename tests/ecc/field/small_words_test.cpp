@@ -1,4 +1,4 @@
-// The arithmetic of the fields over words of a few bits: for all numbers there are, against plain integers.
+// Exhaustive tests of the field arithmetic over words of a few bits.
 #include "ecc/field/small_words.hpp"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ using Small = PlainWordsOf<SmallWord<bits>, count>;
 template <typename Words>
 constexpr int bits_of = static_cast<int>(std::tuple_size_v<Words>) * word_bits<typename Words::value_type>;
 
-/** A number in its words, and out of them. */
+/** Conversion between integers and words. */
 template <typename Words>
 constexpr Words words(std::uint64_t n) {
     Words r{};
@@ -79,13 +79,13 @@ void check_long_numbers() {
     });
 }
 
-TEST(small_words, make_long_numbers_of_all_values) {
+TEST(small_words, make_correct_long_numbers) {
     check_long_numbers<Small<5, 2>>();
     check_long_numbers<Small<3, 3>>();
     check_long_numbers<Small<2, 4>>();
 }
 
-/** A field whose elements are any numbers of their class. */
+/** For fields whose elements are any representatives. */
 template <typename S>
 void check_loose() {
     using Words = typename S::Words;
@@ -99,8 +99,8 @@ void check_loose() {
     });
 }
 
-// The largest c that words of so many bits allow, and smaller ones.
-TEST(small_words, make_fields_below_a_power_of_two) {
+// The largest c that the word size allows, and smaller ones.
+TEST(small_words, make_correct_fields_below_a_power_of_two) {
     check_loose<PseudoMersenneMinus<5, Small<5, 2>>>();
     check_loose<PseudoMersenneMinus<4, Small<5, 2>>>();
     check_loose<PseudoMersenneMinus<1, Small<5, 2>>>();
@@ -108,7 +108,7 @@ TEST(small_words, make_fields_below_a_power_of_two) {
     check_loose<PseudoMersenneMinus<1, Small<2, 4>>>();
 }
 
-TEST(small_words, make_fields_above_a_power_of_two) {
+TEST(small_words, make_correct_fields_above_a_power_of_two) {
     check_loose<PseudoMersennePlus<2, Small<5, 2>>>();
     check_loose<PseudoMersennePlus<1, Small<5, 2>>>();
     check_loose<PseudoMersennePlus<1, Small<3, 3>>>();
@@ -122,7 +122,7 @@ void check_montgomery() {
     for_all_pairs<Words>([](std::uint64_t a, std::uint64_t b) {
         const Words u = words<Words>(a);
         const Words v = words<Words>(b);
-        // One of the factors may be anything; the others are below the modulus, as is the result.
+        // One factor may be any number. The other operands and the result are reduced.
         const auto times_power = [](const Words& w) { return number(w) * end % modulus; };
         if (number(S::from_montgomery(u)) * end % modulus != a % modulus ||
             number(S::to_montgomery(u)) != a * end % modulus)
@@ -136,7 +136,7 @@ void check_montgomery() {
     });
 }
 
-TEST(small_words, make_fields_in_the_form_of_montgomery) {
+TEST(small_words, make_correct_fields_in_montgomery_form) {
     check_montgomery<513, Small<5, 2>>();
     check_montgomery<797, Small<5, 2>>();
     check_montgomery<1023, Small<5, 2>>();
@@ -165,8 +165,7 @@ bool is_carried(const Limbs62& a) {
     return std::all_of(a.begin(), a.end() - 1, [](std::int64_t limb) { return 0 <= limb && limb < 1 << bits; });
 }
 
-/** Batches of as many steps as fit limbs of `bits`, for one modulus and number, with all that has to hold between them.
- */
+/** Runs batches of division steps on limbs of `bits`, and checks the invariants between them. */
 template <int bits, int first_half, int second_half>
 bool finds_inverse(std::int64_t m, std::int64_t x, int batches) {
     static_assert(first_half + second_half + 3 == bits);
@@ -192,7 +191,7 @@ bool finds_inverse(std::int64_t m, std::int64_t x, int batches) {
     return exists == (std::gcd(m, x) == 1) && 0 <= inverse && inverse < m && (!exists || inverse * x % m == 1);
 }
 
-/** All odd moduli of so many bits and less, all numbers below them. */
+/** All odd moduli of up to so many bits, and all numbers below them. */
 template <int bits, int first_half, int second_half>
 void check_inverses(int modulus_bits, int batches) {
     for (std::int64_t m = 3; m < 1 << modulus_bits; m += 2)
@@ -200,7 +199,7 @@ void check_inverses(int modulus_bits, int batches) {
             ASSERT_TRUE((finds_inverse<bits, first_half, second_half>(m, x, batches))) << x << " modulo " << m;
 }
 
-// 25 steps are enough for 10 bits, and 20 for 8, as 590 are for 256.
+// 25 steps suffice for 10 bits, and 20 for 8, as 590 do for 256.
 TEST(small_words, find_inverses_by_division_steps) {
     check_inverses<9, 3, 3>(10, 5);
     check_inverses<8, 3, 2>(10, 5);

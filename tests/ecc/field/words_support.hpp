@@ -1,4 +1,4 @@
-// 256-bit words beside nine digits, and numbers at the edges of the fields.
+// Conversion between words and digits, and edge cases of the fields.
 #ifndef VRX_TESTS_ECC_FIELD_WORDS_SUPPORT_HPP
 #define VRX_TESTS_ECC_FIELD_WORDS_SUPPORT_HPP
 
@@ -81,7 +81,7 @@ inline Words random_words(Random& random) {
     return w;
 }
 
-/** Something for each of the four curves. */
+/** A value for each of the four curves. */
 template <typename Each>
 void for_each_curve(const Each& each) {
     for (const auto id : {field::CurveId::test, field::CurveId::a, field::CurveId::b, field::CurveId::c}) {
