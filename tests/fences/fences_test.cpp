@@ -17,7 +17,7 @@
 #include <string>
 
 #include "support/child_process.hpp"
-#include "support/fence.hpp"
+#include "support/fenced_buffer.hpp"
 #include "support/random.hpp"
 #include "support/registry_guard.hpp"
 #include "vrx.h"
@@ -124,7 +124,7 @@ private:
 
     std::size_t round_;
     std::optional<Fence> fence_;
-    std::deque<Fenced> fenced_;
+    std::deque<FencedBuffer> fenced_;
     std::vector<std::unique_ptr<std::uint64_t[]>> unfenced_;
     std::vector<std::pair<const std::uint8_t*, std::size_t>> results_;
     std::vector<std::uint64_t> notes_;
@@ -765,7 +765,7 @@ TEST(Fences, printing_stays_in_bounds) {
 TEST(FencesDeathTest, last_message_is_not_read_beyond_its_end) {
     for (const Fence fence : {Fence::before, Fence::behind}) {
         const std::string message = "the last words";
-        const Fenced text(message.size() + 1, fence);
+        const FencedBuffer text(message.size() + 1, fence);
         std::copy(message.begin(), message.end(), text.begin());
         EXPECT_EXIT(mpFail(static_cast<const char*>(static_cast<const void*>(text.begin()))),
                     testing::ExitedWithCode(1), message);
@@ -773,9 +773,9 @@ TEST(FencesDeathTest, last_message_is_not_read_beyond_its_end) {
 }
 
 TEST(FencesDeathTest, access_beyond_a_fence_is_detected) {
-    const Fenced behind(8, Fence::behind);
-    const Fenced before(8, Fence::before);
-    Fenced read_only(8, Fence::behind);
+    const FencedBuffer behind(8, Fence::behind);
+    const FencedBuffer before(8, Fence::before);
+    FencedBuffer read_only(8, Fence::behind);
     read_only.make_read_only();
     const auto touch = [](std::uint8_t* at) { *static_cast<volatile std::uint8_t*>(at) = 1; };
     touch(behind.begin() + 7);

@@ -10,14 +10,14 @@
 #include "gost28147/mesh.hpp"
 #include "gost28147/plain.hpp"
 #include "support/engines.hpp"
-#include "support/fenced.hpp"
+#include "support/fenced_pages.hpp"
 #include "support/random.hpp"
 
 namespace {
 
 using namespace vrx::gost28147;
 using vrx::test::Bytes;
-using vrx::test::Fenced;
+using vrx::test::FencedPages;
 using vrx::test::from_no_s_boxes;
 using vrx::test::from_s_boxes;
 using vrx::test::offered;
@@ -292,11 +292,11 @@ TEST_P(EveryEngine, contexts_with_a_border_at_every_position) {
 TEST_P(EveryEngine, nothing_beside_the_buffers_is_touched) {
     const With with(*GetParam());
     constexpr std::size_t most = 200;
-    Fenced in(most * block);
-    Fenced out(most * block);
-    Fenced tables(sizeof(vrx_tz));
-    Fenced keys(VRX_KEY_SIZE);
-    Fenced regs(block);
+    FencedPages in(most * block);
+    FencedPages out(most * block);
+    FencedPages tables(sizeof(vrx_tz));
+    FencedPages keys(VRX_KEY_SIZE);
+    FencedPages regs(block);
     Bytes expected(most * block);
     for (const bool upper : {false, true})
         for (const vrx_tz* source : tables_) {

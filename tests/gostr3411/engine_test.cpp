@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "support/engines.hpp"
-#include "support/fenced.hpp"
+#include "support/fenced_pages.hpp"
 #include "support/random.hpp"
 #include "vrx.h"
 
@@ -17,7 +17,7 @@ namespace {
 
 using namespace vrx::gostr3411;
 using vrx::test::Bytes;
-using vrx::test::Fenced;
+using vrx::test::FencedPages;
 using vrx::test::from_no_s_boxes;
 using vrx::test::from_s_boxes;
 using vrx::test::offered;
@@ -203,10 +203,10 @@ TEST_P(EveryHashEngine, notices_a_flipped_bit_anywhere_in_the_table) {
 
 TEST_P(EveryHashEngine, touches_nothing_beside_the_buffers) {
     constexpr std::size_t most = 300;
-    Fenced messages(most);
-    Fenced digests(block);
-    Fenced tables(sizeof(vrx_tz));
-    Fenced contexts(sizeof(GOSTR3411_CTX));
+    FencedPages messages(most);
+    FencedPages digests(block);
+    FencedPages tables(sizeof(vrx_tz));
+    FencedPages contexts(sizeof(GOSTR3411_CTX));
     for (const bool upper : {false, true})
         for (const vrx_tz* source : tables_) {
             auto* const table = static_cast<vrx_tz*>(static_cast<void*>(tables.bytes(sizeof(vrx_tz), upper)));
@@ -239,7 +239,7 @@ TEST(HashEngine, permutes_read_nothing_of_the_table) {
     const With with(engines[0]);
     Random random;
     const vrx_tz sound = from_s_boxes(random);
-    Fenced room(sizeof sound);
+    FencedPages room(sizeof sound);
     auto* const table = static_cast<vrx_tz*>(static_cast<void*>(room.bytes(sizeof sound, false)));
     std::memcpy(table, &sound, sizeof sound);
     const Substitution by(*table);

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "support/fence.hpp"
+#include "support/fenced_buffer.hpp"
 #include "support/hex.hpp"
 
 namespace {
@@ -16,7 +16,7 @@ namespace der = vrx::app::der;
 
 /** The size of the contents of the one element in hex octets; -1 if it is refused. The octets end at a fence. */
 int size_of(const Bytes& octets) {
-    const Fenced memory(octets.size(), Fence::behind);
+    const FencedBuffer memory(octets.size(), Fence::behind);
     std::ranges::copy(octets, memory.begin());
     der::Reader reader({memory.begin(), octets.size()});
     const auto contents = reader.next(der::sequence);

@@ -1,6 +1,6 @@
 // Fenced buffers: an access beyond the edge ends the program.
-#ifndef VRX_TESTS_SUPPORT_FENCE_HPP
-#define VRX_TESTS_SUPPORT_FENCE_HPP
+#ifndef VRX_TESTS_SUPPORT_FENCED_BUFFER_HPP
+#define VRX_TESTS_SUPPORT_FENCED_BUFFER_HPP
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -15,9 +15,9 @@ namespace vrx::test {
 enum class Fence { before, behind };
 
 /** A buffer of any size, including 0, that adjoins an inaccessible page. */
-class Fenced {
+class FencedBuffer {
 public:
-    Fenced(std::size_t size, Fence fence) : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
+    FencedBuffer(std::size_t size, Fence fence) : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))) {
         inside_ = (size + page_ - 1) / page_ * page_;
         void* const all = mmap(nullptr, inside_ + 2 * page_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (all == MAP_FAILED) throw std::runtime_error("no memory for a fence");
@@ -25,9 +25,9 @@ public:
         protect(PROT_READ | PROT_WRITE);
         begin_ = all_ + page_ + (fence == Fence::before ? 0 : inside_ - size);
     }
-    Fenced(const Fenced&) = delete;
-    Fenced& operator=(const Fenced&) = delete;
-    ~Fenced() { munmap(all_, inside_ + 2 * page_); }
+    FencedBuffer(const FencedBuffer&) = delete;
+    FencedBuffer& operator=(const FencedBuffer&) = delete;
+    ~FencedBuffer() { munmap(all_, inside_ + 2 * page_); }
 
     [[nodiscard]] std::uint8_t* begin() const { return begin_; }
     /** Makes the buffer read-only. */
