@@ -20,10 +20,10 @@
 
 #include <optional>
 
+#include "ecc/curve.hpp"
 #include "ecc/field/engine.hpp"
 #include "ecc/field/order.hpp"
 #include "ecc/multiples.hpp"
-#include "ecc/params.hpp"
 #include "frame/declassify.hpp"
 
 namespace vrx::ecc {

@@ -2,7 +2,7 @@
 #ifndef VRX_ECC_GENERATE_HPP
 #define VRX_ECC_GENERATE_HPP
 
-#include "ecc/params.hpp"
+#include "ecc/curve.hpp"
 
 namespace vrx::ecc {
 

@@ -60,7 +60,7 @@ LAYERS = [
         ifma_lanes lane_points comb ladder lane_methods engine engine_of engine_words engine_adx engine_ifma""",
           ("src/ecc/field/tables", "src/ecc/uint256", "src/frame")),
     Layer("src/ecc/tables", "a b c"),
-    Layer("src/ecc", "residue params point multiples domain multiply generate sign agree octets",
+    Layer("src/ecc", "residue curve point multiples domain multiply generate sign agree octets",
           ("src/ecc/tables", "src/ecc/field", "src/ecc/bigdigits", "src/gostr3411", "src/gost28147", "src/tz",
             "src/frame", "include/vrx")),
     # The notice of the library asks the arithmetic for its own, so this one file stands above the rest of its folder.

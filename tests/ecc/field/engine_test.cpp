@@ -1,9 +1,9 @@
 // Compares point multiplication by every engine with affine point addition.
 #include "ecc/field/engines.hpp"
 
+#include "ecc/curve.hpp"
 #include "ecc/field/comb_tables.hpp"
 #include "ecc/field/words_support.hpp"
-#include "ecc/params.hpp"
 
 using namespace vrx::test;
 using namespace vrx::field;

@@ -1,6 +1,6 @@
 // The built-in parameter sets, and the curve equation of any set.
-#ifndef VRX_ECC_PARAMS_HPP
-#define VRX_ECC_PARAMS_HPP
+#ifndef VRX_ECC_CURVE_HPP
+#define VRX_ECC_CURVE_HPP
 
 #include <span>
 

@@ -1,5 +1,5 @@
 // The built-in parameter sets, their identifiers and tables, and the functions that look them up.
-#include "ecc/params.hpp"
+#include "ecc/curve.hpp"
 
 #include <string_view>
 
