@@ -177,7 +177,7 @@ TEST_P(EveryEngine, a_flipped_bit_anywhere_in_the_table_is_noticed) {
     }
 }
 
-TEST_P(EveryEngine, a_difference_that_s_boxes_could_make_elsewhere_is_noticed) {
+TEST_P(EveryEngine, one_entry_changed_to_another_s_box_output_is_detected) {
     const Engine& e = *GetParam();
     const Bytes data = random_.bytes(70 * block);
     Bytes expected(data.size());

@@ -151,7 +151,7 @@ TEST(Kernel, only_the_state_of_a_mac_step_is_written) {
     EXPECT_NE(state, s.state);
 }
 
-TEST(Kernel, a_mac_of_zero_state_and_zero_data_is_the_16_round_image_of_the_zero_block) {
+TEST(Kernel, mac_of_a_zero_block_is_its_16_round_image) {
     const Sample s;
     const Bytes zero(8);
     Bytes state(8);
@@ -229,7 +229,7 @@ TEST(Kernel, the_encrypt_flag_counts_by_its_low_8_bits) {
     }
 }
 
-TEST(Kernel, decrypting_feedback_in_place_feeds_back_the_plaintext) {
+TEST(Kernel, decrypting_cfb_in_place_feeds_back_plaintext) {
     const Sample s;
     const Bytes gamma = s.encrypted(s.state);
     const std::string plain = hex(exclusive_or(s.block, gamma));
@@ -247,7 +247,7 @@ TEST(Kernel, decrypting_feedback_in_place_feeds_back_the_plaintext) {
     EXPECT_EQ(hex(feedback), plain);
 }
 
-TEST(Kernel, encrypting_feedback_feeds_back_the_ciphertext_also_in_place) {
+TEST(Kernel, encrypting_cfb_feeds_back_ciphertext_even_in_place) {
     const Sample s;
     const std::string cipher = hex(exclusive_or(s.block, s.encrypted(s.state)));
     Bytes block = s.block;

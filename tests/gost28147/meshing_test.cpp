@@ -43,7 +43,7 @@ struct Sample {
 
 // --- One step --------------------------------------------------------------------------------------------------------
 
-TEST(MeshingStep, the_key_becomes_the_decrypted_constant_and_the_vector_its_encryption_under_that) {
+TEST(MeshingStep, new_key_decrypts_the_constant_and_encrypts_the_iv) {
     Sample s;
     const std::string key = hex(s.meshed_key());
     const std::string iv = hex(s.meshed_iv());
@@ -73,7 +73,7 @@ TEST(MeshingStep, equals_the_model_at_any_address_step_after_step) {
         }
 }
 
-TEST(MeshingStep, a_table_that_is_not_deployed_fails_twice_and_changes_nothing) {
+TEST(MeshingStep, undeployed_table_fails_twice_and_changes_nothing) {
     Sample s;
     const vrx_tz closed = s.closed();
     const Bytes key = s.key;
@@ -84,7 +84,7 @@ TEST(MeshingStep, a_table_that_is_not_deployed_fails_twice_and_changes_nothing) 
     EXPECT_EQ(s.iv, iv);
 }
 
-TEST(MeshingStep, null_arguments_fail_as_they_do_in_the_codebook_calls) {
+TEST(MeshingStep, null_arguments_fail_as_in_the_ecb_calls) {
     Sample s;
     const std::string bad_params = "VRX_Gost_SS_m: bad params\n";
     const Bytes key = s.key;
@@ -126,7 +126,7 @@ TEST(MeshingStep, a_parameter_block_is_meshed_in_place_at_any_address) {
     }
 }
 
-TEST(MeshingStep, a_parameter_block_with_a_table_that_is_not_deployed_stays_as_it_is) {
+TEST(MeshingStep, undeployed_table_leaves_the_parameter_block_unchanged) {
     Sample s;
     vrx_crpt_table_rec record{s.closed(), 1, 2, 1, 3};
     Bytes raw(sizeof record);
@@ -326,7 +326,7 @@ TEST_P(EveryMode, long_messages_in_random_pieces_equal_the_model) {
     }
 }
 
-TEST(Meshing, a_padded_last_block_counts_8_bytes_and_its_unused_stream_is_not_counted_again) {
+TEST(Meshing, a_padded_last_block_counts_8_bytes_once) {
     const Sample s;
     for (const std::uint32_t mode : {unsigned{VRX_MODE_GAMM}, unsigned{VRX_MODE_GFB}}) {
         vrx_crpt_ctx ctx = open_context(s, mode, 1);
@@ -365,7 +365,7 @@ TEST(Meshing, a_mac_keeps_its_state_and_meshes_key_and_vector) {
     EXPECT_EQ(hex({ctx.iv, 8}), hex(s.meshed_iv()));
 }
 
-TEST(Meshing, a_failed_meshing_logs_twice_and_is_passed_over_by_the_block_modes) {
+TEST(Meshing, failed_meshing_logs_twice_and_block_modes_ignore_it) {
     // The codebook reports the table of its own two calls as well; CBC is silent.
     for (const std::uint32_t mode : {unsigned{VRX_MODE_SS}, unsigned{VRX_MODE_CBC}}) {
         Sample s;

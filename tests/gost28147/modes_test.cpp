@@ -379,7 +379,7 @@ TEST(Modes, the_other_modes_fail_silently_on_their_arguments) {
     }
 }
 
-TEST(Modes, an_empty_input_is_reported_before_the_table_is_looked_at) {
+TEST(Modes, empty_input_is_reported_before_the_table_is_checked) {
     for (const Function function : modes) {
         const Call call{function, 1, VRX_FLAG_PAD, 0};
         Spoilt s;
@@ -407,7 +407,7 @@ TEST(Modes, codebook_takes_no_vector) {
     EXPECT_EQ(s.run(call, true, true, true, false), (Outcome{VRX_OK, ""}));
 }
 
-TEST(Modes, an_output_as_long_as_the_input_suffices_and_its_length_is_set) {
+TEST(Modes, output_as_long_as_the_input_suffices) {
     for (const Function function : ciphers)
         for (const std::uint32_t capacity : {16u, 17u, 32u}) {
             Spoilt s;
@@ -420,7 +420,7 @@ TEST(Modes, an_output_as_long_as_the_input_suffices_and_its_length_is_set) {
         }
 }
 
-TEST(Modes, a_mac_needs_a_record_of_exactly_8_bytes_and_keeps_its_length) {
+TEST(Modes, mac_output_must_be_8_bytes_and_keeps_its_length) {
     for (const Function function : {Function::imito, Function::imito_low})
         for (const std::uint32_t length : {0u, 4u, 7u, 9u, 16u, 0x108u, 0xFFFFFFFFu}) {
             Spoilt s;
@@ -476,14 +476,14 @@ TEST(Modes, the_dispatcher_takes_the_mode_from_the_low_8_bits) {
         }
 }
 
-TEST(Modes, the_dispatcher_refuses_other_modes_silently_and_before_anything_else) {
+TEST(Modes, dispatcher_refuses_unknown_modes_first_and_silently) {
     LogCapture log;
     for (const int mode : {0, 5, 6, 255, 256, -256, 0x105})
         EXPECT_EQ(do_cipher_low(nullptr, mode, nullptr, nullptr, nullptr, nullptr, 0, 0), VRX_ERR_BAD_PARAMS);
     EXPECT_EQ(log.take(), "");
 }
 
-TEST(Modes, the_dispatchers_equal_the_functions_they_call_failures_included) {
+TEST(Modes, dispatchers_equal_the_functions_they_call) {
     Random random;
     LogCapture log;
     TwinMemory memory(512);
@@ -610,7 +610,7 @@ TEST(MakeLastBlock, no_bytes_are_no_blocks) {
     EXPECT_EQ(full, 0u);
 }
 
-TEST(MakeLastBlock, a_partial_block_without_the_flag_fails_silently_and_only_counts_blocks) {
+TEST(MakeLastBlock, partial_block_without_flag_fails_but_counts_blocks) {
     LogCapture log;
     for (const int flags : {0, 1, 4, 0x100, 0x200, -256, 0xFD})
         for (const std::uint32_t length : {1u, 7u, 9u, 23u}) {
@@ -635,7 +635,7 @@ TEST(MakeLastBlock, a_partial_block_with_the_flag_is_padded_with_zeros) {
     }
 }
 
-TEST(Modes, a_partial_counter_block_is_the_beginning_of_the_padded_one) {
+TEST(Modes, partial_cnt_block_is_a_prefix_of_the_padded_one) {
     for (const std::uint32_t length : {5u, 12u, 31u}) {
         Spoilt partial;
         Spoilt whole;
@@ -663,7 +663,7 @@ TEST(Modes, a_mac_pads_with_zeros) {
     EXPECT_EQ(partial.output, whole.output);
 }
 
-TEST(Modes, an_encrypted_partial_feedback_block_leaves_the_padded_ciphertext_in_the_register) {
+TEST(Modes, encrypting_a_partial_cfb_block_leaves_padded_ciphertext) {
     Spoilt s;
     Bytes gamma = s.iv;
     model::encr_64(gamma.data(), gamma.data(), s.key.data(), s.table.substitution);
@@ -675,7 +675,7 @@ TEST(Modes, an_encrypted_partial_feedback_block_leaves_the_padded_ciphertext_in_
     EXPECT_EQ(hex({s.output.data(), 3}), hex({expected.data(), 3}));
 }
 
-TEST(Modes, a_decrypted_partial_feedback_block_leaves_plaintext_and_gamma_in_the_register) {
+TEST(Modes, decrypting_a_partial_cfb_block_leaves_plaintext_and_gamma) {
     Spoilt s;
     Bytes gamma = s.iv;
     model::encr_64(gamma.data(), gamma.data(), s.key.data(), s.table.substitution);
@@ -746,7 +746,7 @@ TEST(Modes, the_padded_block_is_copied_before_any_block_is_written) {
     }
 }
 
-TEST(Modes, a_whole_buffer_may_carry_both_counter_words_across_their_ends) {
+TEST(Modes, both_counter_words_wrap_within_one_buffer) {
     Random random;
     LogCapture log;
     TwinMemory memory(4096);

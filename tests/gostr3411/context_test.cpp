@@ -80,7 +80,7 @@ TEST_F(ContextTest, every_length_after_every_count) {
         }
 }
 
-TEST_F(ContextTest, full_buffer_waits_for_a_byte_but_one_filled_exactly_is_absorbed) {
+TEST_F(ContextTest, full_buffer_waits_but_one_filled_exactly_is_absorbed) {
     const Bytes data = random.bytes(96);
     const std::span<const std::uint8_t> all(data);
     update(all.subspan(0, 32));
@@ -110,7 +110,7 @@ TEST_F(ContextTest, bytes_behind_count_keep_what_the_buffer_held) {
     EXPECT_EQ(std::memcmp(ctx.buffer + 3, &data[3], 29), 0) << "the second block went through the buffer";
 }
 
-TEST_F(ContextTest, final_keeps_count_and_buffer_and_goes_on_from_them) {
+TEST_F(ContextTest, hash_continues_after_final_from_count_and_buffer) {
     update(random.bytes(37));
     const Octets first = final();
     EXPECT_EQ(ctx.count, 5U);
@@ -198,13 +198,13 @@ protected:
     }
 };
 
-TEST_F(ExtraRecordsTest, built_in_ones_come_first_then_the_first_of_the_callers) {
+TEST_F(ExtraRecordsTest, built_in_records_take_precedence_over_the_callers) {
     EXPECT_TRUE(opens_with(TZ_3411_94[1], VRX_PAR_HASH_1_OID, VRX_PAR_OID_SIZE, 3));
     EXPECT_TRUE(opens_with(second, own_oid, sizeof own_oid, 3));
     EXPECT_TRUE(opens_with(second, own_oid, sizeof own_oid, 2));
 }
 
-TEST_F(ExtraRecordsTest, no_more_are_read_than_counted_and_none_without_a_pointer) {
+TEST_F(ExtraRecordsTest, only_counted_records_are_read_and_none_from_null) {
     EXPECT_EQ(GOSTR3411_Init_more_oids(&ctx, own_oid, sizeof own_oid, records, 1), VRX_ERR_UNSUPPORTED_OID);
     EXPECT_EQ(GOSTR3411_Init_more_oids(&ctx, own_oid, sizeof own_oid, records, 0), VRX_ERR_UNSUPPORTED_OID);
     EXPECT_EQ(GOSTR3411_Init_more_oids(&ctx, own_oid, sizeof own_oid, nullptr, 3), VRX_ERR_UNSUPPORTED_OID);

@@ -51,7 +51,7 @@ Bytes bytes_of(const Record& record) {
     return {first, first + sizeof record};
 }
 
-TEST_P(EveryHashEngine, makes_the_same_steps_over_any_number_of_blocks_at_any_place) {
+TEST_P(EveryHashEngine, same_steps_for_any_number_of_blocks_at_any_address) {
     const With with(*GetParam());
     for (int turn = 0; turn < 2000; ++turn) {
         const vrx_tz& table = *tables_[turn % 4];

@@ -151,7 +151,7 @@ TEST_F(HmacTest, final_without_out_leaves_the_mac_in_the_context) {
     EXPECT_EQ(octets(ctx.digest), model_hmac(set, key, message));
 }
 
-TEST_F(HmacTest, final_uses_the_contexts_table_and_reset_that_of_the_parameter_set) {
+TEST_F(HmacTest, final_uses_the_context_table_reset_the_parameter_set) {
     const Bytes message = random.bytes(70);
     open(random.bytes(9));
     vrx_gostr3411_par own = GOSTR3411_OIDS[1];
@@ -199,7 +199,7 @@ TEST_F(HmacTest, unknown_identifier_leaves_no_parameter_set) {
     EXPECT_EQ(ctx.par, nullptr);
 }
 
-TEST_F(HmacTest, length_is_written_even_when_the_one_shot_fails_but_no_byte_of_the_mac) {
+TEST_F(HmacTest, failed_one_shot_writes_the_length_but_no_mac) {
     const Bytes data = random.bytes(5);
     const Octets untouched = random.value<Octets>();
     Octets out = untouched;

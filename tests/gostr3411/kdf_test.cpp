@@ -137,7 +137,7 @@ TEST_F(PbaTest, equals_the_model_for_all_shapes_of_input) {
             }
 }
 
-TEST_F(PbaTest, every_output_length_is_a_beginning_of_the_longer_ones) {
+TEST_F(PbaTest, shorter_outputs_are_prefixes_of_longer_ones) {
     const Bytes password = random.bytes(14);
     const Bytes salt = random.bytes(8);
     const Bytes longest = model(password, salt, 2, 1, 100);
@@ -146,7 +146,7 @@ TEST_F(PbaTest, every_output_length_is_a_beginning_of_the_longer_ones) {
                   Bytes(longest.begin(), longest.begin() + static_cast<int>(length)));
 }
 
-TEST_F(PbaTest, further_blocks_go_on_from_the_last_hash_also_with_a_buffer_left_full) {
+TEST_F(PbaTest, further_blocks_continue_the_hash_even_with_a_full_buffer) {
     const Bytes password = random.bytes(40);  // an input of more than a block: it ends in the buffer
     EXPECT_EQ(hex(derive(password, password, 1, 3, 96)), hex(model(password, password, 1, 3, 96)));
     EXPECT_EQ(hex(derive(password, {}, 1, 3, 96)), hex(model(password, {}, 1, 3, 96)));
@@ -158,7 +158,7 @@ TEST_F(PbaTest, blocks_are_added_modulo_2_to_256) {
     EXPECT_EQ(hex(derive(ones, ones, 2, 255, 160)), hex(model(ones, ones, 2, 255, 160)));
 }
 
-TEST_F(PbaTest, given_identifier_is_ignored_and_the_default_pointer_decides) {
+TEST_F(PbaTest, given_identifier_is_ignored_for_the_default) {
     const RegistryGuard guard;
     const Bytes password = random.bytes(14);
     const Bytes salt = random.bytes(8);
@@ -195,7 +195,7 @@ TEST_F(PbaTest, low_8_bits_of_the_diversifier_count) {
     EXPECT_EQ(derive(password, password, 1, -1, 32), derive(password, password, 1, 255, 32));
 }
 
-TEST_F(PbaTest, negative_lengths_count_as_none_and_null_pointers_go_with_them) {
+TEST_F(PbaTest, negative_lengths_count_as_zero_and_allow_null) {
     const Bytes text = random.bytes(14);
     const Bytes expected = model(text, {}, 1, 1, 32);
     Bytes out(32);

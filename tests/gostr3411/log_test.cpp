@@ -225,7 +225,7 @@ INSTANTIATE_TEST_SUITE_P(families, LogTest,
                                          Family{"hmac", hmac_rows}, Family{"derivation", kdf_rows}),
                          [](const auto& suite) { return suite.param.name; });
 
-TEST_P(LogTest, of_each_failing_call_is_exactly_as_listed_and_nothing_is_written) {
+TEST_P(LogTest, failing_calls_log_the_listed_line_and_write_nothing) {
     for (const Row& row : GetParam().rows()) {
         SCOPED_TRACE(row.call);
         const RegistryGuard guard;

@@ -105,7 +105,7 @@ TEST_F(Absorption, carry_passes_through_a_message_word_of_all_ones) {
     }
 }
 
-TEST_F(Absorption, of_blocks_of_all_ones_carries_everywhere_and_drops_the_last) {
+TEST_F(Absorption, blocks_of_all_ones_carry_through_every_word) {
     Octets ones{};
     ones.fill(0xff);
     model.sum = ones;

@@ -126,7 +126,7 @@ TEST_F(Sha1Test, count_is_in_bytes_with_the_high_word_first) {
     EXPECT_LT(offsetof(sha_context, count_hi), offsetof(sha_context, count_lo));
 }
 
-TEST_F(Sha1Test, one_call_of_2_to_32_bytes_counts_one_carry_at_the_most_but_processes_them_all) {
+TEST_F(Sha1Test, one_call_of_2_to_32_bytes_is_hashed_but_counts_one_carry) {
     constexpr std::size_t size = (std::size_t{1} << 32) + 5;
     void* room = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     ASSERT_NE(room, MAP_FAILED);

@@ -152,7 +152,7 @@ void on_fault(int) {
 
 }  // namespace turns
 
-TEST_P(DeployTest, flag_is_cleared_before_the_first_entry_is_written_and_set_after_the_last) {
+TEST_P(DeployTest, flag_is_clear_while_entries_are_written) {
     turns::page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     if (turns::page != offsetof(vrx_tz, initialised)) GTEST_SKIP() << "needs pages of 4096 bytes";
     const char* const preloaded = std::getenv("LD_PRELOAD");

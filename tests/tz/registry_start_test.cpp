@@ -75,7 +75,7 @@ constexpr CipherRow cipher_rows[] = {
     {VRX_PAR_CIPHER_SD_OID, "1.2.643.2.2.31.9", "id-Gost28147-89-CryptoPro-Simple-D-ParamSet", &TZ_28147_89[4], 3, 0},
 };
 
-TEST(records, of_the_cipher_are_as_listed_and_point_at_the_exported_constants) {
+TEST(records, cipher_records_match_the_list_and_exported_constants) {
     static_assert(std::size(cipher_rows) == std::size(GOST28147_CRYPTO_PRO_OIDS));
     for (std::size_t i = 0; i < std::size(cipher_rows); ++i) {
         SCOPED_TRACE(i);
@@ -102,7 +102,7 @@ constexpr HashRow hash_rows[] = {
     {VRX_PAR_HASH_1_OID, "1.2.643.2.2.30.1", "id-GostR3411-94-CryptoProParamSet", &TZ_3411_94[1]},
 };
 
-TEST(records, of_the_hash_are_as_listed_and_point_at_the_exported_constants) {
+TEST(records, hash_records_match_the_list_and_exported_constants) {
     static_assert(std::size(hash_rows) == std::size(GOSTR3411_OIDS));
     for (std::size_t i = 0; i < std::size(hash_rows); ++i) {
         SCOPED_TRACE(i);

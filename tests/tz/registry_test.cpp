@@ -96,7 +96,7 @@ protected:
 
 // Accessors.
 
-TEST_F(Registry, records_are_given_by_number_and_null_beyond_silently) {
+TEST_F(Registry, records_are_found_by_number_and_null_beyond_the_last) {
     for (std::uint32_t i = 0; i < 600; ++i) {
         EXPECT_EQ(get_GOST28147_par(i), i < 10 ? &builtin[i] : nullptr) << i;
         EXPECT_EQ(get_GOSTR3411_par(i), i < 2 ? &GOSTR3411_OIDS[i] : nullptr) << i;
@@ -143,7 +143,7 @@ void expect_same_but(const Record& a, const Record& b, bool mode, bool key_meshi
     EXPECT_EQ(a.next, b.next);
 }
 
-TEST_F(Registry, mode_and_key_meshing_take_the_low_8_bits_and_nothing_else_changes) {
+TEST_F(Registry, mode_and_key_meshing_take_only_the_low_8_bits) {
     for (const int value : {0, 1, 2, 5, 127, 128, 255, 256, 257, 511, -1, -2, -256, 0x12345678, INT32_MAX, INT32_MIN}) {
         Record record = own.at(0);
         EXPECT_EQ(oidSetModeGOST28147Par(&record, value), VRX_OK);
@@ -156,7 +156,7 @@ TEST_F(Registry, mode_and_key_meshing_take_the_low_8_bits_and_nothing_else_chang
     }
 }
 
-TEST_F(Registry, identifier_and_texts_are_kept_as_pointers_and_nothing_else_changes) {
+TEST_F(Registry, identifier_and_texts_are_kept_as_pointers) {
     Record record = own.at(0);
     const char dotted[] = "1.2.3.4";
     const char name[] = "a name";
@@ -174,7 +174,7 @@ TEST_F(Registry, identifier_and_texts_are_kept_as_pointers_and_nothing_else_chan
     expect_same_but(record, own.at(0), false, false, true);
 }
 
-TEST_F(Registry, copy_lies_on_the_heap_has_every_field_but_the_link_and_is_freed_by_the_caller) {
+TEST_F(Registry, copy_is_on_the_heap_with_every_field_but_the_link) {
     register_builtins();
     for (Record* source : {&builtin[0], &builtin[4], &builtin[9], &own.at(1)}) {
         const Record before = *source;
@@ -235,7 +235,7 @@ TEST_F(Registry, registering_an_only_record_again_changes_nothing) {
     EXPECT_EQ(listed(), owned({0}));
 }
 
-TEST_F(Registry, registering_a_listed_record_again_cuts_the_list_behind_it) {
+TEST_F(Registry, registering_a_listed_record_again_cuts_the_list_after_it) {
     register_own({0, 1, 2, 3});
     register_own({1});
     EXPECT_EQ(listed(), owned({0, 1}));
@@ -243,7 +243,7 @@ TEST_F(Registry, registering_a_listed_record_again_cuts_the_list_behind_it) {
     EXPECT_EQ(own.at(3).next, &own.at(1)) << "the former last one has got its new link";
 }
 
-TEST_F(Registry, registering_the_head_again_cuts_the_list_down_to_it) {
+TEST_F(Registry, registering_the_head_again_drops_the_rest) {
     register_own({0, 1, 2});
     register_own({0});
     EXPECT_EQ(listed(), owned({0}));
@@ -277,7 +277,7 @@ TEST_F(Registry, registering_the_builtins_again_drops_what_was_appended) {
     EXPECT_EQ(listed(), all_ten);
 }
 
-TEST_F(Registry, registering_the_builtins_again_keeps_what_comes_before_them) {
+TEST_F(Registry, registering_the_builtins_again_keeps_earlier_records) {
     register_own({0, 1});
     register_builtins();
     EXPECT_EQ(listed(), owned({0, 1}) + all_ten);
@@ -347,7 +347,7 @@ TEST_F(Registry, bytes_are_read_only_where_the_lengths_agree) {
     EXPECT_EQ(hash, nullptr);
 }
 
-TEST_F(Registry, zero_bytes_within_identifiers_are_compared_like_others) {
+TEST_F(Registry, zero_bytes_in_identifiers_are_significant) {
     const std::uint8_t first[] = {0x06, 0x00, 0x01};
     const std::uint8_t second[] = {0x06, 0x00, 0x02};
     oidSetOIDGOST28147Par(&own.at(0), first, 3, "", "");
@@ -450,7 +450,7 @@ TEST_F(Registry, all_but_the_head_can_be_removed_one_by_one) {
     EXPECT_EQ(listed(), numbers({0}));
 }
 
-TEST_F(Registry, head_asked_for_stays_and_the_list_is_cut_down_to_it) {
+TEST_F(Registry, removing_the_head_keeps_it_and_drops_the_rest) {
     // Deliberate: the head record cannot be removed.
     register_builtins();
     EXPECT_EQ(unregister(VRX_PAR_CIPHER_0_OID), VRX_OK);

@@ -16,7 +16,7 @@ namespace {
 
 using vrx::test::Random;
 
-TEST(Deployment, every_variant_writes_what_the_rule_says_at_any_address) {
+TEST(Deployment, every_variant_equals_the_rule_at_any_address) {
     Random random;
     for (const vrx::tz::Deployment* d : vrx::test::offered_of(vrx::tz::deployments))
         for (int turn = 0; turn < 300; ++turn) {
@@ -93,7 +93,7 @@ TEST(Recovery, built_in_tables_are_known_by_their_address_alone) {
     for (const vrx_tz& table : TZ_3411_94) check(table);
 }
 
-TEST(Recovery, an_address_beside_the_built_in_tables_is_none_of_them) {
+TEST(Recovery, address_outside_the_built_in_tables_matches_none) {
     const auto at = [](const void* place) { return vrx::tz::built_in_sboxes(*static_cast<const vrx_tz*>(place)); };
     const auto address = [](const void* place) { return reinterpret_cast<std::uintptr_t>(place); };
     for (const std::span<const vrx_tz> set :
