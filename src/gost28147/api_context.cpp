@@ -1,4 +1,4 @@
-// Contexts, messages in pieces of any length: checks, the retried calls, and what is logged.
+// The functions of vrx/context.h, for messages in pieces of any length: checks, retried calls and log lines.
 #include "vrx/context.h"
 
 #include <algorithm>
@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::uint32_t block_size = VRX_BLOCK_SIZE;
 
-/** The engine call on a piece. Deliberate: a failing call is made a second time, and the second code counts. */
+/** Calls the engine on a piece. Deliberate: a failed call is retried, and the second return code counts. */
 int run_engine(vrx_crpt_ctx& ctx, const std::uint8_t* from, std::uint8_t* to, std::uint32_t length) {
     const auto once = [&] {
         const vrx_data in{length, const_cast<std::uint8_t*>(from)};
@@ -30,8 +30,8 @@ int run_engine(vrx_crpt_ctx& ctx, const std::uint8_t* from, std::uint8_t* to, st
 }
 
 /**
- * The whole sections that vrx_crpt_context_engine() can hand on: modes that ignore the flags, where the one-shot
- * function would find nothing wrong. The count of bytes; 0 where it has to go piece by piece.
+ * Processes whole sections for vrx_crpt_context_engine() at once, in modes that ignore the flags, if the one-shot
+ * function would accept them. @return the number of bytes; 0 if the caller must go piece by piece
  */
 std::uint32_t engine_sections(vrx_crpt_ctx& ctx, const vrx_data& in, const vrx_data& out) {
     if (ctx.mode != VRX_MODE_SS && ctx.mode != VRX_MODE_CBC) return 0;
@@ -40,13 +40,13 @@ std::uint32_t engine_sections(vrx_crpt_ctx& ctx, const vrx_data& in, const vrx_d
     return stream::sections(ctx, in.data, out.data, in.length);
 }
 
-/** What the streaming modes ask of a context and an input before they look at anything else. */
+/** The first checks of the streaming modes: the context and its state. */
 int check_stream(const vrx_crpt_ctx* ctx) {
     if (ctx == nullptr) return VRX_ERR_BAD_PARAMS;
     return ctx->initialised == 0 ? VRX_ERR_CONTEXT_STATE : VRX_OK;
 }
 
-/** The checks of counter mode and cipher feedback. */
+/** The checks of CNT and CFB. */
 int check_stream(const vrx_crpt_ctx* ctx, const vrx_data* in, const vrx_data* out) {
     if (const int rc = check_stream(ctx)) return rc;
     if (out == nullptr || in == nullptr || in->data == nullptr || out->data == nullptr) return VRX_ERR_BAD_PARAMS;
@@ -54,7 +54,7 @@ int check_stream(const vrx_crpt_ctx* ctx, const vrx_data* in, const vrx_data* ou
     return ctx->table.initialised == 0 ? VRX_ERR_FAILED : VRX_OK;
 }
 
-/** Modes 1, 4 and unknown ones: whole blocks go to the engine call, the rest waits in the context. */
+/** Modes 1, 4 and unknown ones: passes whole blocks to the engine call and keeps the rest in the context. */
 int update_blocks(vrx_crpt_ctx& ctx, const vrx_data& in, vrx_data& out) {
     const std::uint32_t held = ctx.block_len;
     const std::uint64_t whole = (std::uint64_t{held} + in.length) / block_size * block_size;
@@ -115,7 +115,7 @@ int old_crpt_init_context(vrx_crpt_ctx* ctx, int direction, const old_crpt_param
     if (p == nullptr || p->first == 0 || p->second == 0 || p->table == nullptr || p->table->data == nullptr ||
         p->key == nullptr || p->key->length == 0 || p->key->data == nullptr)
         return VRX_ERR_BAD_PARAMS;
-    vrx_crpt_table_rec record;  // it may lie at any address
+    vrx_crpt_table_rec record;  // copied, since it may be unaligned
     std::memcpy(&record, p->table->data, sizeof record);
     ctx->direction = vrx::low8(direction);
     ctx->mesh_count = 0;
@@ -171,7 +171,7 @@ int vrx_crpt_final(vrx_crpt_ctx* ctx) {
     vrx_data in{0, held.value};
     ctx->flags = VRX_FLAG_PAD;
     if (ctx->mode == VRX_MODE_IMITO) {
-        // Deliberate: whatever this returns, the message is finished.
+        // Deliberate: the message is finished whatever this returns.
         static_cast<void>(vrx_crpt_IMITO_ctx(ctx, &in));
         ctx->initialised = 0;
         return VRX_OK;
@@ -195,7 +195,7 @@ int vrx_crpt_context_engine(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out
     const auto engine = [ctx](const vrx_data* from, vrx_data* to) {
         return vrx_crpt_crypto_engine(ctx->mode, &ctx->table, from, to, ctx->iv, ctx->key, ctx->direction, ctx->flags);
     };
-    // Missing records are the one-shot function's to refuse.
+    // The one-shot function refuses missing records.
     if (!meshes(*ctx) || in == nullptr || out == nullptr) {
         const int rc = engine(in, out);
         if (rc == VRX_OK) ctx->flags = 0;
@@ -224,7 +224,7 @@ int vrx_crpt_context_engine(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out
         if (std::uint64_t{ctx->mesh_count} + remaining <= VRX_MESHING_SECTION) {
             ctx->flags = static_cast<std::uint8_t>(ctx->flags | final_flag);
         } else {
-            // Deliberate: the first piece loses its mark where the last call's is set.
+            // Deliberate: the first piece loses its flag if the final flag is set.
             ctx->flags = final_flag != 0 ? 0 : ctx->flags & VRX_FLAG_FIRST;
             from.length = std::min(room, remaining);
         }

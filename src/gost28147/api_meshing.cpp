@@ -1,4 +1,4 @@
-// Key meshing for callers, with what is logged if a table is not deployed.
+// The key meshing functions of vrx/context.h. They log a table that is not deployed.
 #include <cstring>
 
 #include "frame/wipe.hpp"
@@ -9,7 +9,7 @@ int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz* table, std::uint8_t* iv
     vrx::Secret<std::uint8_t[VRX_KEY_SIZE]> next_key;
     const vrx_data constant{VRX_KEY_SIZE, const_cast<std::uint8_t*>(vrx::gost28147::meshing_constant)};
     vrx_data out{VRX_KEY_SIZE, next_key.value};
-    // Deliberate: a failing step is made a second time, and logs a second time.
+    // Deliberate: a failed step is retried, and logs a second time.
     if (VRX_Gost_SS_m(table, &constant, &out, key, 0) != VRX_OK)
         if (const int rc = VRX_Gost_SS_m(table, &constant, &out, key, 0)) return rc;
     std::memcpy(key, next_key.value, VRX_KEY_SIZE);
@@ -32,7 +32,7 @@ int vrx_make_key_meshing(vrx_crpt_ctx* ctx) {
 }
 
 int vrx_crpt_crypto_pro_key_meshing(old_crpt_params* p) {
-    vrx_tz table;  // the record that begins with it may lie at any address
+    vrx_tz table;  // copied, since the record that starts with it may be unaligned
     std::memcpy(&table, p->table->data, sizeof table);
     return vrx_crpt_crypto_pro_key_meshing_engine(&table, p->iv, reinterpret_cast<std::uint32_t*>(p->key->data));
 }

@@ -1,4 +1,4 @@
-// The one-shot modes over whole buffers: checks, and the split into whole blocks and a padded last one.
+// The functions of vrx/modes.h: checks, and the split of a buffer into whole blocks and a padded last one.
 #include "vrx/modes.h"
 
 #include <cstring>
@@ -13,10 +13,10 @@ namespace log = vrx::log;
 
 namespace {
 
-/** The first of the common checks that fails, in their order. */
+/** The first of the common checks that fails. */
 enum class Fault { none, null_argument, null_data, length, table };
 
-/** The checks of the modes that write `out`. Extra pointers (key, iv) may not be NULL either. */
+/** The checks of the modes that write `out`. The extra pointers (key, iv) must not be NULL either. */
 template <typename... Pointer>
 Fault check(const vrx_tz* table, const vrx_data* in, const vrx_data* out, const Pointer*... pointers) {
     if (table == nullptr || in == nullptr || out == nullptr || ((pointers == nullptr) || ...))
@@ -63,7 +63,10 @@ struct Pieces {
     }
 };
 
-/** Whole blocks from in to out, then the padded block in its own place, of which the input's bytes are written. */
+/**
+ * Processes whole blocks from in to out, then the padded block in a buffer of its own, of which only the bytes of the
+ * input are written.
+ */
 int run(Mode mode, Cipher cipher, std::uint8_t* reg, const vrx_data& in, vrx_data& out, Pieces& pieces) {
     bulk::run(mode, {cipher, reg, in.data, out.data, pieces.blocks});
     if (pieces.tail != 0) {
@@ -136,7 +139,7 @@ int VRX_Gost_GFB_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std::
     if (const int rc = code(check(table, in, out, key, iv))) return rc;
     Pieces pieces;
     if (const int rc = pieces.split(*in, flags)) return rc;
-    // Deliberate: decrypting in place, the padded block included, feeds back plaintext.
+    // Deliberate: in-place decryption, including that of the padded block, feeds back plaintext.
     return run(vrx::low8(direction) != 0 ? Mode::cfb_encrypt : Mode::cfb_decrypt_rereading, {*table, Key(key)}, iv, *in,
                *out, pieces);
 }

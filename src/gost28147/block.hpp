@@ -1,4 +1,4 @@
-// GOST 28147-89 on one block: key, rounds, encryption, decryption and the rounds of the MAC (RFC 5830).
+// GOST 28147-89 on one block: the key, encryption, decryption and the 16 rounds of the MAC (RFC 5830).
 #ifndef VRX_GOST28147_BLOCK_HPP
 #define VRX_GOST28147_BLOCK_HPP
 
@@ -28,22 +28,22 @@ inline void store_block(std::uint8_t* bytes, Block b) {
     store_le32(bytes + 4, b.n2);
 }
 
-/** Both words as one, n1 in its lower half. */
+/** Both words as one 64-bit word, with n1 in its lower half. */
 constexpr std::uint64_t joined(Block b) { return std::uint64_t{b.n2} << 32 | b.n1; }
 constexpr Block parted(std::uint64_t words) {
     return {static_cast<std::uint32_t>(words), static_cast<std::uint32_t>(words >> 32)};
 }
 
 /**
- * Both words in one store: the next call may load them together, and would wait for two stores to leave the processor
- * where it can forward one.
+ * Writes both words with one store. The next call may load them together, and store forwarding works for a single store
+ * only.
  */
 inline void store_register(std::uint8_t* reg, Block b) {
     const std::uint64_t words = joined(b);
     std::memcpy(reg, &words, sizeof words);
 }
 
-/** The caller's eight key words, at any address. A view: the words are never copied to memory of the library. */
+/** A view of the caller's eight key words, at any address. They are never copied to memory of the library. */
 class Key {
 public:
     explicit Key(const std::uint32_t* words) : words_(words) {}
@@ -65,9 +65,9 @@ inline constexpr std::array<std::uint8_t, 32> decryption_order = {0, 1, 2, 3, 4,
 inline constexpr std::array<std::uint8_t, 16> mac_order = {0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6, 7};
 
 /**
- * half ^ f(v): what a round does to the half that it changes. The look-ups of bytes 1 and 2 arrive last, so they are
- * joined first and added at the end: the chain from v to the result is then one exclusive-or shorter. The empty
- * statement keeps the compilers from ordering the terms anew.
+ * half ^ f(v), the change that a round makes to one half. The look-ups of bytes 1 and 2 arrive last, so their XOR joins
+ * the rest at the end. This makes the dependency chain from v to the result one XOR shorter. The empty asm statement
+ * keeps compilers from reordering the terms.
  */
 [[gnu::always_inline]] inline std::uint32_t mixed(std::uint32_t half, std::uint32_t v, const vrx_tz& table) {
     const auto byte = [v](unsigned k) -> std::size_t { return std::uint64_t{v} >> 8 * k & 255; };
@@ -91,13 +91,13 @@ template <const auto& order>
     return b;
 }
 
-/** E(b). The last of the 32 rounds does not exchange the halves, so they come out crosswise. */
+/** E(b). The last of the 32 rounds does not swap the halves, so n1 and n2 come out exchanged. */
 Block encrypt(Block b, Key key, const vrx_tz& table);
 
 /** D(b), the inverse of encrypt(). */
 Block decrypt(Block b, Key key, const vrx_tz& table);
 
-/** M(b): 16 rounds with their exchanges. */
+/** M(b): 16 rounds, each with its swap. */
 Block mac_rounds(Block b, Key key, const vrx_tz& table);
 
 }  // namespace vrx::gost28147

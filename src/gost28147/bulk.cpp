@@ -10,25 +10,28 @@ namespace vrx::gost28147::bulk {
 namespace {
 
 /**
- * Whether blocks may be read before earlier ones are written. A step of an engine reads all its input first, so that is
- * the same as block by block unless a block's output falls on later input of the same step: out is past in, by less
- * than the widest step and less than the run.
+ * Whether blocks may be read before earlier ones are written. A step of an engine reads all its input first. The result
+ * differs from that of the plain order only if a block's output overwrites later input of the same step, that is, if
+ * out lies after in by less than the widest step and less than the run.
  */
 bool may_run_side_by_side(const Run& run) {
     const auto ahead = reinterpret_cast<std::uintptr_t>(run.out) - reinterpret_cast<std::uintptr_t>(run.in);
     return ahead == 0 || ahead >= VRX_BLOCK_SIZE * std::min(run.blocks, widest_step);
 }
 
-/** The mode that does the same without reading again: only where a block's output touches its input is there none. */
+/**
+ * The equivalent mode that does not reread its input, if there is one. There is none if a block's output partly
+ * overlaps its own input.
+ */
 Mode without_rereading(const Run& run) {
-    // In place the feedback is the output, as in encryption.
+    // In place, the feedback is the output, as in encryption.
     if (run.in == run.out) return Mode::cfb_encrypt;
     const auto distance = run.out - run.in;
     const bool apart = distance >= VRX_BLOCK_SIZE || distance <= -VRX_BLOCK_SIZE;
     return apart ? Mode::cfb_decrypt : Mode::cfb_decrypt_rereading;
 }
 
-/** Fewer blocks do not pay for what an engine prepares. */
+/** With fewer blocks, an engine's set-up costs more than it saves. */
 constexpr std::size_t shortest_chain = 4;
 
 }  // namespace

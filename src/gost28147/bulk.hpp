@@ -1,7 +1,7 @@
-// The modes over runs of whole blocks, through an engine where one pays. Nothing is checked here.
+// The modes over runs of whole blocks, with an engine if the run is long enough. Arguments are not checked.
 //
-// in and out may be the same bytes. Where they overlap otherwise the blocks are taken in order, each read whole before
-// it is written.
+// in and out may be the same buffer. If they overlap otherwise, the blocks are processed in order, and each is read
+// completely before it is written.
 #ifndef VRX_GOST28147_BULK_HPP
 #define VRX_GOST28147_BULK_HPP
 
@@ -12,8 +12,8 @@ namespace vrx::gost28147::bulk {
 void run(Mode mode, const Run& run);
 
 /**
- * A parallelizable mode over whole sections of 1024 bytes with CryptoPro key meshing: before each, `key` and the
- * register are meshed. `run.cipher.key` is `key`.
+ * A parallelizable mode over whole sections of 1024 bytes with CryptoPro key meshing: meshes `key` and the register
+ * before each section. `run.cipher.key` must be a view of `key`.
  */
 void run_sections(Mode mode, const Run& run, std::uint32_t* key);
 

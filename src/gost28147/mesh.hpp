@@ -1,4 +1,4 @@
-// CryptoPro key meshing (RFC 4357, section 2.3.2): its constant, its step, and when a context is due for one.
+// CryptoPro key meshing (RFC 4357, section 2.3.2): the constant, the step, and the count of bytes in a context.
 #ifndef VRX_GOST28147_MESH_HPP
 #define VRX_GOST28147_MESH_HPP
 
@@ -18,13 +18,13 @@ inline constexpr std::uint8_t meshing_constant[VRX_KEY_SIZE] = {
     0x69, 0x00, 0x72, 0x22, 0x64, 0xC9, 0x04, 0x23, 0x8D, 0x3A, 0xDB, 0x96, 0x46, 0xE9, 0x2A, 0xC4,
     0x18, 0xFE, 0xAC, 0x94, 0x00, 0xED, 0x07, 0x12, 0xC0, 0x86, 0xDC, 0xC2, 0xEF, 0x4C, 0xA9, 0x2B};
 
-/** Blocks under one key. */
+/** The number of blocks under one key. */
 inline constexpr std::size_t section_blocks = VRX_MESHING_SECTION / VRX_BLOCK_SIZE;
 
 /**
- * K = D(K, C), then register = E(K, register). The codebook does not use its register, but it is meshed all the same.
+ * K = D(K, C), then register = E(K, register). ECB does not use its register, but it is meshed all the same.
  *
- * @param run_blocks  what runs the codebook: plain::run or bulk::run.
+ * @param run_blocks  the function that runs ECB: plain::run or bulk::run.
  */
 template <typename RunBlocks>
 void mesh(const vrx_tz& table, std::uint32_t* key, std::uint8_t* reg, RunBlocks run_blocks) {
@@ -38,8 +38,8 @@ void mesh(const vrx_tz& table, std::uint32_t* key, std::uint8_t* reg, RunBlocks 
 inline bool meshes(const vrx_crpt_ctx& ctx) { return ctx.key_meshing == 1; }
 
 /**
- * Blocks, at most `wanted`, that vrx_make_key_meshing() would count without meshing before any of them. A count that
- * never meets 1024 exactly, which only a caller can set, never meshes.
+ * The number of blocks, at most `wanted`, that vrx_make_key_meshing() would count before the next meshing. A count that
+ * never equals 1024, which only a caller can set, never meshes.
  */
 inline std::size_t blocks_before_meshing(const vrx_crpt_ctx& ctx, std::size_t wanted) {
     const std::uint32_t left = VRX_MESHING_SECTION - ctx.mesh_count;
@@ -47,7 +47,7 @@ inline std::size_t blocks_before_meshing(const vrx_crpt_ctx& ctx, std::size_t wa
     return std::min<std::size_t>(wanted, left / VRX_BLOCK_SIZE);
 }
 
-/** Counts blocks that blocks_before_meshing() allowed. */
+/** Counts blocks that blocks_before_meshing() allows. */
 inline void count_blocks(vrx_crpt_ctx& ctx, std::size_t blocks) {
     if (meshes(ctx)) ctx.mesh_count += static_cast<std::uint32_t>(blocks * VRX_BLOCK_SIZE);
 }

@@ -1,4 +1,4 @@
-// What the modes work with: cipher, mode, a run of whole blocks, and the counter.
+// The types that every engine works with: the cipher, the mode, a run of whole blocks; and the counter's step.
 #ifndef VRX_GOST28147_MODE_HPP
 #define VRX_GOST28147_MODE_HPP
 
@@ -10,24 +10,24 @@
 
 namespace vrx::gost28147 {
 
-/** What every mode encrypts with. */
+/** The table and key that every mode encrypts with. */
 struct Cipher {
     const vrx_tz& table;
     Key key;
 };
 
 enum class Mode {
-    // Parallelizable: no block depends on the result of the one before it.
+    // Parallelizable: no block depends on the result of the previous one.
     ecb_encrypt,
     ecb_decrypt,
     cbc_decrypt,
     counter,      // the counter is stepped before each block
-    cfb_decrypt,  // standard feedback: the ciphertext block, also in place
-    // Chained: each block waits for the one before it.
+    cfb_decrypt,  // standard CFB: feeds back the ciphertext block, even in place
+    // Chained: each block depends on the previous one.
     cbc_encrypt,
     cfb_encrypt,
     mac,
-    // Feedback read from the input block after the output block was written: in place it is the plaintext.
+    // CFB that reads the feedback from the input after writing the output: in place it feeds back plaintext.
     cfb_decrypt_rereading
 };
 
@@ -39,8 +39,8 @@ constexpr bool has_register(Mode mode) { return mode > Mode::ecb_decrypt; }
 constexpr bool keeps_ciphertext(Mode mode) { return mode == Mode::cbc_decrypt || mode == Mode::cfb_decrypt; }
 
 /**
- * A run of whole blocks. `reg` is the chaining value, counter, feedback or MAC state, which goes in and comes out; the
- * codebook has none. The MAC has no `out`. `in` and `out` may be the same bytes.
+ * A run of whole blocks. `reg` is the chaining value, counter, feedback or MAC state, and is updated; ECB has none. The
+ * MAC has no `out`. `in` and `out` may be the same buffer.
  */
 struct Run {
     Cipher cipher;

@@ -3,8 +3,8 @@
 namespace vrx::gost28147::plain {
 namespace {
 
-// Where text is joined with key stream it is loaded after the call that makes the stream: loaded before, it would be
-// kept on the stack meanwhile, and left there.
+// Text is loaded after the call that generates the key stream. If it were loaded before, the compiler would spill it to
+// the stack and leave it there.
 
 /** out = f(in) for each block. */
 template <typename Function>
@@ -14,7 +14,7 @@ void codebook(const Run& run, Function f) {
     for (std::size_t n = run.blocks; n != 0; --n, in += VRX_BLOCK_SIZE, out += VRX_BLOCK_SIZE) store_block(out, f(in));
 }
 
-/** out = f(in, register) for each block, where f changes the register. It is written back after the last block. */
+/** out = f(in, register) for each block, where f updates the register. It is written back after the last block. */
 template <typename Function>
 void with_register(const Run& run, Function f) {
     Block reg = load_block(run.reg);

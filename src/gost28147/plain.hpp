@@ -1,4 +1,4 @@
-// The modes block by block: their definition, used for short runs and for overlapping buffers.
+// The modes block by block: the reference for all engines, used for short runs and overlapping buffers.
 #ifndef VRX_GOST28147_PLAIN_HPP
 #define VRX_GOST28147_PLAIN_HPP
 
@@ -6,7 +6,7 @@
 
 namespace vrx::gost28147::plain {
 
-/** Blocks in order, each read whole before it is written. */
+/** Processes the blocks in order, and reads each completely before writing it. */
 void run(Mode mode, const Run& run);
 
 }  // namespace vrx::gost28147::plain

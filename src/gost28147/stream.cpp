@@ -14,7 +14,7 @@ using Buffer = Blockwise<VRX_BLOCK_SIZE>;
 
 Cipher cipher_of(const vrx_crpt_ctx& ctx) { return {ctx.table, Key(ctx.key)}; }
 
-/** Counts one block, after a meshing if one is due. */
+/** Meshes if it is due, and counts one block. */
 void mesh_step(vrx_crpt_ctx& ctx) {
     if (!meshes(ctx)) return;
     if (ctx.mesh_count == VRX_MESHING_SECTION) {
@@ -25,9 +25,9 @@ void mesh_step(vrx_crpt_ctx& ctx) {
 }
 
 /**
- * Whole blocks of a message, with meshing and counting: each stretch under one key goes to the engines, and so do
- * sections that wait for a meshing and fill themselves. A block that is left waiting goes through mesh_step() by
- * itself. Inlined: short pieces would notice the call.
+ * Processes whole blocks of a message, with meshing and counting. Runs under one key go to the engines, and so do whole
+ * sections that start with a meshing. Any other block before which a meshing is due goes through mesh_step() alone.
+ * Inlined, because the call would slow down short pieces.
  */
 [[gnu::always_inline]] inline void run_blocks(Mode mode, vrx_crpt_ctx& ctx, std::uint8_t* reg, const std::uint8_t* in,
                                               std::uint8_t* out, std::size_t blocks) {
@@ -48,7 +48,9 @@ void mesh_step(vrx_crpt_ctx& ctx) {
     }
 }
 
-/** The last bytes of a piece, fewer than a block: key stream is made for a whole one, and what it leaves is kept. */
+/**
+ * The last bytes of a piece, fewer than a block. Generates the key stream of a whole block and keeps what is unused.
+ */
 void run_tail(Mode mode, vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t tail) {
     if (tail == 0) return;
     mesh_step(ctx);
@@ -67,7 +69,7 @@ void counter(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::
         bulk::run(Mode::ecb_encrypt, {cipher_of(ctx), nullptr, ctx.iv, ctx.iv, 1});
         ctx.flags = 0;
     }
-    // Key stream that an earlier piece left.
+    // Use up the key stream that an earlier piece left.
     const std::uint8_t* const end = in + length;
     if (ctx.block_len != 0) {
         Buffer left(ctx.block, VRX_BLOCK_SIZE - ctx.block_len);
@@ -85,7 +87,7 @@ void cfb(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size
     const bool encrypting = ctx.direction != 0;
     const Mode mode = encrypting ? Mode::cfb_encrypt : Mode::cfb_decrypt;
     const std::uint8_t* const end = in + length;
-    // A block that an earlier piece began: key stream is used, ciphertext takes its place.
+    // Continue a block that an earlier piece began. Ciphertext replaces the key stream that is used.
     if (ctx.block_len != 0) {
         Buffer begun(ctx.block, VRX_BLOCK_SIZE - ctx.block_len);
         begun.fill(length, [&](std::uint8_t& gamma) {
@@ -101,7 +103,7 @@ void cfb(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size
 
     const auto rest = static_cast<std::size_t>(end - in);
     const std::size_t tail = rest % VRX_BLOCK_SIZE;
-    // Where the output lies ahead of the input and overlaps it, the input is moved there first and processed in place.
+    // If the output starts inside the input, move the input there first and process it in place.
     if (const auto ahead = reinterpret_cast<std::uintptr_t>(out) - reinterpret_cast<std::uintptr_t>(in);
         ahead != 0 && ahead < rest) {
         std::memmove(out, in, rest);

@@ -1,4 +1,4 @@
-// Messages in pieces over a context record: what follows the checks. Nothing is checked here.
+// Messages in pieces over a context record, after the checks of the API functions. Arguments are not checked.
 #ifndef VRX_GOST28147_STREAM_HPP
 #define VRX_GOST28147_STREAM_HPP
 
@@ -12,15 +12,15 @@ namespace vrx::gost28147::stream {
 /** Counter mode. */
 void counter(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t length);
 
-/** Cipher feedback in the direction of the context. The input counts as read before the output is written. */
+/** CFB in the direction of the context. The result is as if the input were read before the output is written. */
 void cfb(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t length);
 
-/** The MAC; `finish` pads what is then left of a message shorter than a block. */
+/** The MAC. `finish` pads and absorbs a last partial block. */
 void mac(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::size_t length, bool finish);
 
 /**
- * Whole sections of ECB and of CBC decryption in a context that is due for a meshing. The count of bytes; 0 for the
- * mode that chains.
+ * Processes whole sections of ECB and of CBC decryption in a context that is due for a meshing. @return the number of
+ * bytes; 0 for CBC encryption, which is chained
  */
 std::uint32_t sections(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::uint32_t length);
 

@@ -1,4 +1,4 @@
-// Look-ups in the general registers, for any table; everything linear by shuffles.
+// AVX2 engine of the hash step: look-ups through general registers, for any table, and linear maps with shuffles.
 #include <immintrin.h>
 
 #include "gostr3411/engine.hpp"
@@ -9,8 +9,8 @@
 namespace vrx::gostr3411 {
 namespace {
 
-// A map as shuffles. A register holds one part of the argument in both lanes, so a shuffle brings to each octet of the
-// result one of its terms from there, or 0. All parts of the argument shuffled often enough, the sum is the result.
+// A linear map as shuffles. A register holds one part of the argument in both lanes, so a shuffle moves one term, or 0,
+// to each octet of the result. The sum of enough shuffles of all parts is the result.
 
 template <std::size_t count>
 struct Shuffles {
@@ -30,7 +30,7 @@ inline constexpr auto shuffles = [] {
     return s;
 }();
 
-/** The sum of shuffles first to last - 1, with as few sums as possible behind one another. */
+/** The sum of shuffles first to last - 1, as a tree with the fewest levels. */
 template <std::size_t first, std::size_t last, std::size_t count>
 [[gnu::always_inline]] inline __m256i shuffled(__m256i twice, const Shuffles<count>& s) {
     if constexpr (last - first == 1) {
@@ -41,13 +41,13 @@ template <std::size_t first, std::size_t last, std::size_t count>
     }
 }
 
-/** What a part of the argument contributes to map(argument). */
+/** The contribution of one part of the argument to map(argument). */
 template <const OctetMap& map, Part part>
 [[gnu::always_inline]] inline __m256i share(__m256i twice) {
     return shuffled<0, most_terms(map, part)>(twice, shuffles<map, part>);
 }
 
-/** A number for such maps. */
+/** A 256-bit number in the form that these maps take. */
 struct Twice {
     __m256i low;
     __m256i high;
@@ -92,8 +92,8 @@ struct Blocks {
     std::uint32_t n2[4];
 };
 
-// Substitutions: the sum of half and the entries for t, in two halves that come at the same time. The empty statements
-// keep the compilers from making one chain of them. Indices are 64 bits wide, as addresses are.
+// Substitutions: the XOR of half and the entries for t, as two sums that finish at the same time. The empty asm
+// statements keep compilers from making one chain of them. Indices are 64 bits wide, like addresses.
 
 /** Four look-ups in any table. */
 struct Four {
@@ -110,7 +110,7 @@ struct Four {
     }
 };
 
-/** Three in a built-in table of 33 KiB: an exclusive-or fewer to wait for. */
+/** Three look-ups in a built-in table of 33 KiB, which make the dependency chain one XOR shorter. */
 struct Three {
     const WideTable& table;
 
@@ -136,7 +136,7 @@ template <std::size_t... order, typename LookUps>
     ((i++ % 2 == 0 ? round(b.n2, b.n1, order) : round(b.n1, b.n2, order)), ...);
 }
 
-/** Four halves of blocks in both lanes. */
+/** The halves of all four blocks, in both lanes. */
 [[gnu::always_inline]] inline __m256i gathered(const std::uint32_t (&half)[4]) {
     const auto pair = [](std::uint32_t low, std::uint32_t high) {
         return static_cast<long long>(std::uint64_t{high} << 32 | low);
@@ -145,16 +145,16 @@ template <std::size_t... order, typename LookUps>
 }
 
 /**
- * Four chains of look-ups side by side in the general registers. A round cannot begin before the look-ups of the last
- * one have come: an addition, an index, a load and three exclusive-ors, which take 10 cycles with four look-ups and 9
- * with three. For the four blocks it costs 20 loads and 32 other instructions, or 16 and 24. Everything else is linear:
+ * Four interleaved chains of look-ups in the general registers. A round depends on the look-ups of the previous one: an
+ * addition, an index, a load and three XORs. The latency is 10 cycles with four look-ups and 9 with three. The cost for
+ * the four blocks is 20 loads and 32 other instructions, or 16 and 24. Everything else is linear:
  *
  *     keys    P(A^j(H)) + P(A^2j(M)) + constant    12 shuffles that take H, 13 that take M
  *     result  psi^61(H) + psi^62(M)                28 shuffles
  *             + psi^74(S)                          13 shuffles
  *
- * Only the keys of H and psi^74(S) stand between the rounds of one step and those of the next. The others wait for
- * nothing that the rounds compute, and there is room for them meanwhile.
+ * Only the keys of H and psi^74(S) are on the critical path between the rounds of two steps. The other maps do not
+ * depend on the rounds, so they run in parallel with them.
  */
 template <typename LookUps>
 void steps(Number& hash, const std::uint8_t* blocks, std::size_t count, const Substitution& s) {
@@ -173,7 +173,7 @@ void steps(Number& hash, const std::uint8_t* blocks, std::size_t count, const Su
         const __m256i known = _mm256_xor_si256(h.mapped<psi_61>(), m.mapped<psi_62>());
         for (int pass = 0; pass < 3; ++pass) rounds<0, 1, 2, 3, 4, 5, 6, 7>(b, keys, look_ups);
         rounds<7, 6, 5, 4, 3, 2, 1, 0>(b, keys, look_ups);
-        // The last round does not exchange the halves: n2, which is ready a round earlier, holds the first ones.
+        // The last round does not swap the halves. n2, which is ready a round earlier, holds the first halves.
         const __m256i first = _mm256_xor_si256(known, share<psi_74, Part::halves1>(gathered(b.n2)));
         number = _mm256_xor_si256(first, share<psi_74, Part::halves2>(gathered(b.n1)));
     }

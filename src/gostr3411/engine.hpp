@@ -1,4 +1,4 @@
-// Engines of the step function, each in a file of its own.
+// The engines of the step function, and the choice of one.
 #ifndef VRX_GOSTR3411_ENGINE_HPP
 #define VRX_GOSTR3411_ENGINE_HPP
 
@@ -16,7 +16,7 @@ namespace vrx::gostr3411 {
 
 class Substitution;
 
-/** Takes in blocks, a step each. Working values are left on the stack. */
+/** Absorbs blocks, one step each. Leaves working values on the stack. */
 using Steps = void (*)(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
 
 Steps prepare_baseline(Substitution& s) noexcept;
@@ -25,7 +25,7 @@ Steps prepare_avx2_wide(Substitution& s) noexcept;
 Steps prepare_vbmi(Substitution& s) noexcept;
 
 struct Engine : cpu::EngineInfo {
-    /** Looks at the table, once for all steps. @return what runs them */
+    /** Inspects the table, once for all steps. @return the function that runs the steps */
     Steps (*prepare)(Substitution& s) noexcept;
 };
 
@@ -40,7 +40,7 @@ extern cpu::Choice<engines> choice;
 /** The engine that runs. */
 inline const Engine& engine() noexcept { return choice(); }
 
-/** A table as an engine reads it. It is looked at once a call, and must then stay as it is. */
+/** A table as an engine reads it. The engine inspects it once a call, so it must not change during the call. */
 class Substitution {
 public:
     explicit Substitution(const vrx_tz& t) : table(t), steps_(engine().prepare(*this)) {}
@@ -49,14 +49,14 @@ public:
 
     /** h = f(... f(h, first block) ..., last block) */
     void steps(Number& h, const std::uint8_t* blocks, std::size_t count) const { steps_(h, blocks, count, *this); }
-    /** Which of them runs: tests ask. */
+    /** The function that runs, for tests. */
     [[nodiscard]] Steps way() const { return steps_; }
 
     const vrx_tz& table;
-    /** Where an engine found S-boxes: the library's own, or in `found`. */
+    /** The S-boxes that an engine found: the library's own, or those in `found`. */
     const tz::SBoxes* sboxes = nullptr;
     tz::SBoxes found;
-    /** The library's own table for three look-ups, where an engine found it to fit. */
+    /** The library's own table for three look-ups, if it is equivalent. */
     const WideTable* wide = nullptr;
 
 private:

@@ -7,13 +7,13 @@
 
 namespace vrx::gostr3411 {
 
-/** The inner and the outer hash of a key, each with its pad taken in: what every message under the key begins with. */
+/** The inner and the outer hash state of a key after its pad, with which every message under the key starts. */
 struct Keyed {
     State inner;
     State outer;
 };
 
-/** From the key's pads, each one block. */
+/** The states after the key's pads, of one block each. */
 [[nodiscard]] Keyed keyed(const std::uint8_t* ipad_key, const std::uint8_t* opad_key, const Substitution& by);
 
 /** The MAC of a message of 32 bytes. */

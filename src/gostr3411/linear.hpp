@@ -1,5 +1,5 @@
-// The linear transforms of the step function as maps over octets, computed from their rules: what engines make their
-// shuffles from.
+// The linear transforms of the step function as maps over octets, computed from their definitions. The engines derive
+// their shuffles from them.
 #ifndef VRX_GOSTR3411_LINEAR_HPP
 #define VRX_GOSTR3411_LINEAR_HPP
 
@@ -10,12 +10,11 @@
 
 namespace vrx::gostr3411 {
 
-/** 32 octets, or whatever stands for them. */
+/** 32 elements, one for each octet of a number. */
 template <typename Octet>
 using Octets = std::array<Octet, 32>;
 
-/** For each octet of the result the octets of the argument that it is the sum of, modulo 2: bit i stands for octet i.
- */
+/** For each octet of the result, a mask of the octets of the argument whose XOR it is. Bit i stands for octet i. */
 using OctetMap = Octets<std::uint32_t>;
 
 constexpr OctetMap identity() {
@@ -24,7 +23,7 @@ constexpr OctetMap identity() {
     return y;
 }
 
-/** A, `times` over: the lowest 64 bits leave, their sum with the next 64 comes in on top. */
+/** A, applied `times` times: drops the lowest 64 bits and appends their XOR with the next 64 on top. */
 template <typename Octet>
 constexpr Octets<Octet> transform_a(Octets<Octet> y, unsigned times) {
     for (; times != 0; --times) {
@@ -45,7 +44,7 @@ constexpr Octets<Octet> transform_p(const Octets<Octet>& y) {
     return out;
 }
 
-/** psi, `times` over: the words of 16 bits move down by one, the sum of six of them comes in on top. */
+/** psi, applied `times` times: moves the 16-bit words down by one and appends the XOR of six of them on top. */
 constexpr OctetMap psi(OctetMap y, unsigned times) {
     for (; times != 0; --times) {
         OctetMap out{};
@@ -56,18 +55,18 @@ constexpr OctetMap psi(OctetMap y, unsigned times) {
     return y;
 }
 
-// The step is psi^61(H) + psi^62(M) + psi^74(S), since psi^61(H + psi(M + psi^12(S))) is.
+// The step is psi^61(H + psi(M + psi^12(S))) = psi^61(H) + psi^62(M) + psi^74(S).
 inline constexpr OctetMap psi_61 = psi(identity(), 61);
 inline constexpr OctetMap psi_62 = psi(identity(), 62);
 inline constexpr OctetMap psi_74 = psi(identity(), 74);
 
-// Key j, of 0 to 3, is P(A^j(H)) + P(A^2j(M)) + a constant.
+// Key j, from 0 to 3, is P(A^j(H)) + P(A^2j(M)) + a constant.
 template <unsigned j>
 inline constexpr OctetMap key_of_h = transform_p(transform_a(identity(), j));
 template <unsigned j>
 inline constexpr OctetMap key_of_m = transform_p(transform_a(identity(), 2 * j));
 
-/** C3 of RFC 5831, section 6.1, from octet 0; it joins key 2. C2 and C4 are 0. */
+/** C3 of RFC 5831, section 6.1, from octet 0; it is added to key 2. C2 and C4 are 0. */
 constexpr Octets<std::uint8_t> c3() {
     Octets<std::uint8_t> octets{};
     for (unsigned i = 0; i < octets.size(); ++i) octets[i] = (0xb19655aaU >> i & 1) != 0 ? 0xff : 0;
@@ -77,7 +76,7 @@ constexpr Octets<std::uint8_t> key_constant(unsigned j) {
     return j < 2 ? Octets<std::uint8_t>{} : transform_p(transform_a(c3(), j - 2));
 }
 
-/** The registers of 16 octets that engines keep a 256-bit number in. */
+/** The 16-octet registers that hold parts of a 256-bit number. */
 enum class Part {
     low,      // octets 0 to 15
     high,     // 16 to 31
@@ -85,7 +84,7 @@ enum class Part {
     halves2   // the second halves
 };
 
-/** The octet of the number that stands in a place of a part. */
+/** The octet of the number at a place of a part. */
 constexpr unsigned octet_at(Part part, unsigned place) {
     switch (part) {
         case Part::low:
@@ -100,15 +99,14 @@ constexpr unsigned octet_at(Part part, unsigned place) {
     return 8 * (place / 4) + 4 + place % 4;
 }
 
-/** The places of a part where octet `out` of a result finds its terms, one after the other. Bit i stands for place i.
- */
+/** The places of a part that hold the terms of octet `out` of a result. Bit i stands for place i. */
 constexpr unsigned places(const OctetMap& map, Part part, std::size_t out) {
     unsigned set = 0;
     for (unsigned place = 0; place < 16; ++place) set |= (map[out] >> octet_at(part, place) & 1U) << place;
     return set;
 }
 
-/** The most terms that any octet of the result finds in a part. */
+/** The largest number of terms that an octet of the result has in a part. */
 constexpr std::size_t most_terms(const OctetMap& map, Part part) {
     int most = 0;
     for (std::size_t out = 0; out < map.size(); ++out)

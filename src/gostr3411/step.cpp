@@ -41,7 +41,7 @@ using Keys = std::array<std::array<std::uint32_t, 8>, 4>;
 
 // Encryption (section 6.2; GOST 28147-89 in simple substitution, RFC 5830)
 
-/** The four blocks under encryption. Their rounds are independent: side by side one hides the latency of another. */
+/** The four blocks under encryption. Their rounds are independent, so interleaving them hides latency. */
 struct Blocks {
     std::array<std::uint32_t, 4> n1;
     std::array<std::uint32_t, 4> n2;
@@ -63,7 +63,7 @@ template <std::size_t... order>
     ((i++ % 2 == 0 ? round(b.n2, b.n1, order) : round(b.n1, b.n2, order)), ...);
 }
 
-/** Each quarter of h under its key. The last round does not exchange the halves, so they come out crosswise. */
+/** Encrypts each quarter of h under its key. The last round does not swap the halves, so n1 and n2 are exchanged. */
 [[gnu::always_inline]] inline Number encrypt(const Number& h, const Keys& keys, const vrx_tz& table) {
     Blocks b;
     for (std::size_t j = 0; j < keys.size(); ++j) {
@@ -84,23 +84,23 @@ template <std::size_t... order>
 // where + is exclusive-or. With x for one place, psi^n is x^n modulo x^16 + x^15 + x^12 + x^3 + x^2 + x + 1. The
 // sequence is kept as 64-bit words of four places, the first one lowest.
 
-/** The four places that begin `place` places (1 to 3) into the words a, b. */
+/** Four places of the words a, b, from place `place` (1 to 3) on. */
 constexpr std::uint64_t window(std::uint64_t a, std::uint64_t b, unsigned place) {
     return a >> 16 * place ^ b << (64 - 16 * place);
 }
 
-/** The next four places of the sequence behind the sixteen at w. */
+/** The next four places of the sequence after the sixteen at w. */
 constexpr std::uint64_t next(const std::uint64_t* w) {
     const std::uint64_t pair = w[0] ^ window(w[0], w[1], 1);  // y(n) + y(n + 1)
     const std::uint64_t next_pair = w[1] ^ window(w[1], w[2], 1);
     std::uint64_t sum = pair ^ window(pair, next_pair, 2) ^ w[3];
-    // y(n + 15) is the place before in the result itself: a running sum, which begins with the last place of w.
+    // y(n + 15) is the previous place of the result itself: a running sum that starts with the last place of w.
     sum ^= w[3] >> 48;
     sum ^= sum << 16;
     return sum ^ sum << 32;
 }
 
-/** The sequence that begins with y, `more` words long behind it. */
+/** The sequence that starts with y, continued by `more` words. */
 template <std::size_t more>
 constexpr std::array<std::uint64_t, 4 + more> sequence(const Number& y) {
     std::array<std::uint64_t, 4 + more> w{y[0], y[1], y[2], y[3]};

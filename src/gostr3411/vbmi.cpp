@@ -1,4 +1,5 @@
-// Four blocks in the four words of a register, S-boxes in two others; everything linear by permutes.
+// AVX-512 VBMI engine of the hash step: four blocks in one register, S-boxes in two more, and linear maps with
+// permutes.
 #include <immintrin.h>
 
 #include "gostr3411/engine.hpp"
@@ -13,9 +14,9 @@ namespace {
 
 using tz::Tables;
 
-// A map as permutes. The argument, or a part of it, stands at the beginning of a register whose last byte is 0. A
-// permute brings to each octet of the result two of its terms, one in the lower and one in the upper half of a
-// register: when all are added up, so are the halves.
+// A linear map as permutes. The argument, or a part of it, is at the start of a register whose last byte is 0. A
+// permute moves two terms to each octet of the result, one in the lower and one in the upper half of a register. After
+// all permutes are added, the two halves are added.
 
 constexpr std::uint8_t zero = 63;
 
@@ -24,7 +25,7 @@ struct Permutes {
     alignas(64) std::uint8_t index[count][64];
 };
 
-/** Of terms that `nth(out, term)` finds. */
+/** The permutes for the terms that `nth(out, term)` finds. */
 template <std::size_t terms, typename Nth>
 constexpr auto permutes_in_halves(Nth nth) {
     Permutes<(terms + 1) / 2> p{};
@@ -59,7 +60,7 @@ inline constexpr auto of_part = permutes_in_halves<gostr3411::most_terms(map, pa
 
 constexpr int exclusive_or = 0x96;  // of ternary logic: a ^ b ^ c
 
-/** sum + what the permutes bring */
+/** sum + the results of the permutes */
 template <std::size_t count>
 [[gnu::always_inline]] inline __m512i permuted(__m512i argument, const Permutes<count>& p, __m512i sum) {
     const auto term = [&](std::size_t i) __attribute__((always_inline)) {
@@ -72,7 +73,7 @@ template <std::size_t count>
     return sum;
 }
 
-/** The keys word by word: register `half` holds words 4 half to 4 half + 3, of each those of all four keys. */
+/** The keys word by word: register `half` holds words 4 half to 4 half + 3 of all four keys. */
 template <std::size_t terms>
 struct KeyPermutes {
     Permutes<terms> half[2];
@@ -116,7 +117,7 @@ constexpr Constants constants = [] {
     return c;
 }();
 
-/** The eight words of each of the four keys, side by side. */
+/** The eight words of each of the four keys, interleaved. */
 struct Keys {
     alignas(64) std::uint32_t word[8][4];
 
@@ -137,9 +138,9 @@ __m512i load_number(const void* from) {
 }
 
 /**
- * A round of four blocks, one in each word of a register, their halves kept rotated right by 11 bits: the round that
- * the cipher's engine describes, eight instructions behind one another. Nothing else runs beside it, so what counts is
- * how long they take: 8 cycles where each takes one and a permute three.
+ * A round of four blocks, one in each word of a register, with halves kept rotated right by 11 bits. It is the round
+ * that gost28147/engine/vbmi.cpp explains: a dependency chain of eight instructions. No other blocks are interleaved,
+ * so only the latency counts: 8 cycles if a permute takes three and everything else one.
  */
 [[gnu::always_inline]] inline __m128i round(const Tables& tables, __m128i half, __m128i other, __m128i key) {
     const __m128i nibbles = _mm_set1_epi32(0x0f0f0f0f);
@@ -157,10 +158,9 @@ __m512i load_number(const void* from) {
 }  // namespace
 
 /**
- * One chain of 32 rounds, and between the chains of two steps what is linear and has to be waited for: 4 permutes that
- * make the keys of H, and 4 that make psi^74 of the later halves of S. During the rounds there is room for the others,
- * 6 for the keys of the next M, 14 for psi^61(H) + psi^62(M), and those for the earlier halves of S. No address depends
- * on what is hashed.
+ * One chain of 32 rounds a step. The critical path between two steps has 4 permutes that make the keys of H, and 4 that
+ * make psi^74 of the later halves of S. The others run in parallel with the rounds: 6 for the keys of the next M, 14
+ * for psi^61(H) + psi^62(M), and those for the earlier halves of S. No address depends on the hashed data.
  */
 void steps_vbmi(Number& hash, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
     const Tables tables(*s.sboxes);
@@ -185,7 +185,7 @@ void steps_vbmi(Number& hash, const std::uint8_t* blocks, std::size_t count, con
             n2 = round(tables, n2, n1, keys[k - 1]);
             n1 = round(tables, n1, n2, keys[k - 2]);
         }
-        // The last round does not exchange the halves: n2, which is ready a round earlier, holds the first ones.
+        // The last round does not swap the halves. n2, which is ready a round earlier, holds the first halves.
         sum = permuted(_mm512_zextsi128_si512(_mm_rol_epi32(n2, 11)), of_part<psi_74, Part::halves1>, sum);
         sum = permuted(_mm512_zextsi128_si512(_mm_rol_epi32(n1, 11)), of_part<psi_74, Part::halves2>, sum);
         h = _mm512_zextsi256_si512(_mm256_xor_si256(_mm512_castsi512_si256(sum), _mm512_extracti64x4_epi64(sum, 1)));

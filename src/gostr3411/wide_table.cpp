@@ -10,7 +10,7 @@ namespace vrx::gostr3411 {
 namespace {
 
 constexpr WideTable widened(tz::Numeric num) {
-    // The outputs of each S-box at their places after the rotation.
+    // The outputs of each S-box at their positions after the rotation.
     std::uint32_t output[8][16]{};
     for (unsigned n = 0; n < 8; ++n)
         for (unsigned i = 0; i < 16; ++i)

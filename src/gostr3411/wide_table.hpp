@@ -1,4 +1,4 @@
-// The built-in tables of the hash for three look-ups a round instead of four.
+// The built-in tables of the hash, in a form with three look-ups a round instead of four.
 #ifndef VRX_GOSTR3411_WIDE_TABLE_HPP
 #define VRX_GOSTR3411_WIDE_TABLE_HPP
 
@@ -9,8 +9,7 @@
 namespace vrx::gostr3411 {
 
 /**
- * A table as three look-ups instead of four: of the lower 12 bits of a word, of the 8 above them, and of the upper 12.
- * 33 KiB.
+ * A table for three look-ups a round: of the lower 12 bits of a word, of the 8 above them, and of the upper 12. 33 KiB.
  */
 struct WideTable {
     alignas(64) std::uint32_t low[4096];
@@ -18,7 +17,9 @@ struct WideTable {
     std::uint32_t high[4096];
 };
 
-/** Of a table that has the entries of one of the hash's built-in tables; nullptr for any other table. */
+/**
+ * The wide table that is equivalent to `table`, if that has the entries of a built-in table of the hash; else nullptr.
+ */
 const WideTable* built_in_wide_table(const vrx_tz& table) noexcept;
 
 }  // namespace vrx::gostr3411

@@ -7,15 +7,14 @@
 namespace vrx::sha1 {
 namespace {
 
-/** Twenty groups of four steps. A vector holds its first element in the highest lane: A, B, C, D, or W(t) to W(t + 3).
- */
+/** Twenty groups of four steps. A vector, A to D or W(t) to W(t + 3), holds its first element in the highest lane. */
 struct Working {
     __m128i abcd;
-    __m128i before;  // abcd before the last group: E of the next one comes from its A
+    __m128i before;  // abcd before the last group; its A yields E of the next one
     __m128i w[4];    // the last four groups of the schedule
 };
 
-/** Group g and those behind it. */
+/** Group g and those after it. */
 template <int g>
 [[gnu::always_inline]] inline void groups(Working& x, __m128i e) {
     __m128i& w = x.w[g % 4];

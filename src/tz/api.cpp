@@ -1,3 +1,4 @@
+// The functions of vrx/tz.h, which deploy S-boxes, and those that find a built-in table.
 #include <array>
 #include <cctype>
 #include <cstring>
@@ -11,7 +12,7 @@ namespace {
 
 namespace log = vrx::log;
 
-/** The value of one character of a TZ string. Deliberate: whatever is no digit counts as a capital letter. */
+/** The value of one character of a TZ string. Deliberate: anything but a digit counts as a capital letter. */
 unsigned nibble(char c) {
     const int code = static_cast<unsigned char>(c);
     return static_cast<unsigned>(std::isdigit(code) != 0 ? c - '0' : c - 55);

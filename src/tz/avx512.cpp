@@ -1,3 +1,4 @@
+// AVX-512 variant of deploy(): one store for each row of a table.
 #include <immintrin.h>
 
 #include "tz/deployments.hpp"

@@ -19,7 +19,7 @@ constexpr std::uint32_t entry(Numeric num, unsigned k, unsigned x) {
     return std::rotl((low | high << 4) << (8 * k), 11);
 }
 
-/** Fill a table; its flag stays 0 until the last entry is written. The bytes behind the flag are not touched. */
+/** Fills a table. Its flag is 0 until the last entry is written. The bytes after the flag are not changed. */
 constexpr void deploy(Numeric num, vrx_tz& out) {
     out.initialised = 0;
     for (unsigned k = 0; k < 4; ++k)

@@ -10,13 +10,13 @@
 
 namespace vrx::tz {
 
-// The sixteen entries of a table whose odd S-box has the same input are a row: the entries of the even S-box, each OR
-// the one entry of the odd one. So a row costs an OR with a repeated word. Deploying stores the rows, recovering
-// compares them.
+// A row is the sixteen entries of a table with the same input to the odd S-box: the entries of the even S-box, each
+// ORed with the one entry of the odd one. A row therefore costs an OR with a repeated word. Deploying stores the rows,
+// and recovering compares them.
 
 /** deploy() of deploy.hpp. Cost: 64 times an OR and a store of 64 bytes. */
 void deploy_avx512(Numeric num, vrx_tz& out) noexcept;
-/** The same in halves of 32 bytes. */
+/** deploy() with rows in halves of 32 bytes. */
 void deploy_avx2(Numeric num, vrx_tz& out) noexcept;
 void deploy_baseline(Numeric num, vrx_tz& out) noexcept;
 
@@ -32,7 +32,7 @@ inline constexpr std::array<Deployment, 3> deployments{{
 
 extern cpu::Choice<deployments> choice;
 
-/** deploy() by the best of them. */
+/** deploy() with the best engine of this CPU. */
 inline void deploy_fast(Numeric num, vrx_tz& out) noexcept { choice().run(num, out); }
 
 }  // namespace vrx::tz

@@ -1,4 +1,5 @@
-// The S-boxes of a deployed table, found again in registers. Include inside a region of frame/region_avx512.hpp.
+// Recovers the S-boxes of a deployed table in AVX-512 registers. Include this inside a region of
+// frame/region_avx512.hpp.
 #ifndef VRX_TZ_RECOVER_AVX512_HPP
 #define VRX_TZ_RECOVER_AVX512_HPP
 
@@ -20,13 +21,13 @@ template <typename Use>
     const __m512i even = even_entries(num, m);
     alignas(64) std::uint32_t odd[16];
     _mm512_store_si512(odd, odd_entries(num, m));
-    asm("" : "+m"(odd));  // a word repeated from memory costs a load, from a register two shuffles
+    asm("" : "+m"(odd));  // repeating a word costs one load from memory, but two shuffles from a register
 #pragma GCC unroll 16
     for (unsigned h = 0; h < 16; ++h) use(h, _mm512_or_si512(even, repeated(odd[h])));
 }
 
 struct Transposition {
-    alignas(64) std::uint8_t index[64];  // where byte 16m + i of SBoxes stands in a numeric TZ
+    alignas(64) std::uint8_t index[64];  // the position of byte 16m + i of SBoxes in a numeric TZ
 };
 inline constexpr Transposition transposition = [] {
     Transposition t{};
@@ -50,15 +51,15 @@ struct Tables {
 };
 
 /**
- * The S-boxes that a table claims to come from, and the proof, table by table, that they expand to nothing else. The
- * entries on the diagonal of table m, t[17i], hold the outputs of both S-boxes for the input i. Cost: 64 loads for the
- * diagonal; for each of 64 rows an OR, and a ternary-logic instruction that loads. The proof is not needed before the
- * first result is written, so where there are few blocks it is done between the rounds.
+ * The candidate S-boxes of a table, and the check, table by table, that they expand to exactly its entries. The entries
+ * on the diagonal of table m, t[17i], hold the outputs of both S-boxes for the input i. Cost: 64 loads for the
+ * diagonal, and an OR and a ternary-logic instruction with a load for each of 64 rows. The check must finish before the
+ * first result is written, so for short runs it is interleaved with the rounds.
  */
 class Claim {
 public:
     [[gnu::always_inline]] explicit Claim(const vrx_tz& table) : table_(table) {
-        // In two halves, so that fewer merges wait for each other.
+        // In two halves, for a shorter dependency chain of merges.
         __m512i diagonal[4][2] = {};
 #pragma GCC unroll 8
         for (unsigned i = 0; i < 8; ++i)
@@ -92,7 +93,7 @@ public:
         constexpr int any = 0xfe;
         wrong_ = _mm512_ternarylogic_epi32(wrong_, wrong[0], wrong[1], any);
     }
-    /** Whether every comparison so far went well. */
+    /** Whether every comparison so far found equal entries. */
     [[nodiscard]] bool holds() const { return _mm512_test_epi32_mask(wrong_, wrong_) == 0; }
 
 private:

@@ -22,7 +22,7 @@ __m256i twice(const void* from) {
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(from)));
 }
 
-/** Four blocks in the order of memory. */
+/** Four blocks in memory order. */
 struct Vector {
     static constexpr std::size_t blocks = 4;
     static constexpr bool partial = false;
@@ -35,7 +35,7 @@ struct Vector {
     }
     void store(std::uint8_t* to, std::ptrdiff_t) const { gost28147::store(to, v); }
 
-    /** The counters after n + 1 to n + 4 steps. The sum of word 1 went round where it is less than what was added. */
+    /** The counters after n + 1 to n + 4 steps. The sum of word 1 overflowed if it is less than what was added. */
     static Vector counters(Block reg, std::size_t n) {
         const __m256i steps = gost28147::load(&counter_steps.words[2 * n]);
         const __m256i sum = _mm256_add_epi32(repeated(reg), steps);
@@ -57,7 +57,7 @@ struct Plane {
     __m256i v;
 
     static Plane repeated(std::uint8_t byte) { return {_mm256_set1_epi8(static_cast<char>(byte))}; }
-    /** Both blocks of each lane byte by byte: 0 8 1 9 ... */
+    /** Interleaves the bytes of both blocks of each lane: 0 8 1 9 ... */
     [[nodiscard]] Plane pairs() const {
         const __m128i order = _mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15);
         return {_mm256_shuffle_epi8(v, _mm256_broadcastsi128_si256(order))};
@@ -88,8 +88,8 @@ Plane operator|(Plane a, Plane b) { return {_mm256_or_si256(a.v, b.v)}; }
 Plane operator^(Plane a, Plane b) { return {_mm256_xor_si256(a.v, b.v)}; }
 
 /**
- * The S-boxes for shuffles. The 11-bit rotation moves byte m to byte m + 1 and its bits up by 3, the upper three of
- * them into byte m + 2. a is an output of S-box 2m, b one of S-box 2m + 1.
+ * The S-boxes as operands of shuffles. The 11-bit rotation moves byte m to byte m + 1 and its bits up by 3, the upper
+ * three of them into byte m + 2. a is an output of S-box 2m, b one of S-box 2m + 1.
  */
 struct Shuffles {
     __m256i even[4];      // a << 3
@@ -108,9 +108,9 @@ struct Shuffles {
 };
 
 /**
- * Rounds on planes of bytes, where a shuffle looks up 32 bytes in one S-box. A round of 32 blocks costs 18 instructions
- * for the addition, 12 that take nibbles out, 12 shuffles and 12 exclusive-ors: 54, of which four can begin in a cycle.
- * Two groups of 32 blocks side by side fill the time in which one waits for its carries.
+ * Rounds on planes of bytes, where a shuffle looks up 32 bytes in one S-box. A round of 32 blocks costs 54
+ * instructions, of which four can start in a cycle: 18 for the addition, 12 that extract nibbles, 12 shuffles and 12
+ * XORs. Two interleaved groups of 32 blocks hide the latency of the carries.
  */
 struct Shuffled {
     using Vector = gost28147::Vector;
@@ -159,7 +159,7 @@ struct Bytes {
 }  // namespace
 
 bool shuffle_planes(Mode mode, const Run& run) noexcept {
-    // There are more planes than registers: text stays on the stack.
+    // There are more planes than registers, so text is spilled to the stack.
     constexpr std::size_t deepest = 3584;
     const bool done = side_by_side(mode, run);
     wipe_stack<deepest>();

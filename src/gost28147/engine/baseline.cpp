@@ -1,4 +1,4 @@
-// Baseline engine: table look-ups on up to eight interleaved blocks, for any table and any processor.
+// Baseline engine: table look-ups on up to eight interleaved blocks, for any table and any CPU.
 #include "gost28147/engine/chain.hpp"
 #include "gost28147/engine/parallel.hpp"
 #include "gost28147/engine/schedule.hpp"
@@ -23,8 +23,8 @@ struct Vector {
 };
 
 /**
- * half ^= f(x + k) in the order that keeps the most units busy: of the compilers one joins loads and exclusive-ors that
- * should stand apart, and the other has too few registers for six blocks. Twelve instructions.
+ * half ^= f(x + k) in assembly, in the order that keeps the most units busy. One compiler fuses loads and XORs that
+ * should stay apart, and the other runs out of registers with six blocks. Cost: 12 instructions.
  */
 [[gnu::always_inline]] inline void round(std::uint32_t& half, std::uint32_t x, const std::uint32_t& k,
                                          const vrx_tz& table) {
@@ -48,7 +48,10 @@ struct Vector {
         : "cc");
 }
 
-/** Some blocks side by side, a round of each in turn: a chain of look-ups takes ten cycles a round, its work three. */
+/**
+ * Interleaved blocks, one round of each in turn. The look-ups of a round have a latency of ten cycles, but occupy the
+ * CPU for three.
+ */
 struct Interleaved {
     using Vector = gost28147::Vector;
     const vrx_tz& table;
@@ -74,7 +77,7 @@ struct Interleaved {
                 for (std::size_t i = 0; i < count; ++i) round(n1[i], n2[i], words[k + 1], table);
             }
         }
-        // The last round does not exchange the halves, so they come out crosswise.
+        // The last round does not swap the halves, so n1 and n2 come out exchanged.
 #pragma GCC unroll 8
         for (std::size_t i = 0; i < count; ++i) v[i].b = {n2[i], n1[i]};
     }

@@ -1,6 +1,6 @@
-// The chained modes over look-ups, with as short a dependency chain as possible.
+// The chained modes with table look-ups, optimised for the shortest dependency chain.
 //
-// Everything is a template over `Bytes`, a type of the including file that says how byte 2 is taken out of a word.
+// Everything is a template over `Bytes`, a type of the including file that extracts byte 2 of a word.
 #ifndef VRX_GOST28147_ENGINE_CHAIN_HPP
 #define VRX_GOST28147_ENGINE_CHAIN_HPP
 

@@ -1,8 +1,8 @@
-// The parallelizable modes over an engine's rounds: a step of several blocks, and the ladder of step sizes.
+// The parallelizable modes on top of an engine's rounds: steps of several blocks, and the choice of step sizes.
 //
-// An engine includes this inside the region of its file in which its instructions are allowed. All functions are
-// templates over a type of that file, so no other file can end up with their code. That type, `Rounds`, names its
-// `Vector` of blocks and encrypts or decrypts an array of them with run(v).
+// An engine includes this inside the region of its file that enables its instructions. All functions are templates over
+// a type of that file, so the linker cannot share their code with another file. That type, `Rounds`, names its `Vector`
+// of blocks and encrypts or decrypts an array of them with run(v).
 #ifndef VRX_GOST28147_ENGINE_PARALLEL_HPP
 #define VRX_GOST28147_ENGINE_PARALLEL_HPP
 
@@ -12,7 +12,7 @@
 
 namespace vrx::gost28147 {
 
-/** 1 to 128 steps from the counter 0: the counter after n more steps is the sum with entry n - 1. */
+/** The counters after 1 to 128 steps from 0. The sum of a counter and entry n - 1 is the counter after n more steps. */
 struct CounterSteps {
     alignas(64) std::uint32_t words[2 * widest_step];
 };
@@ -26,7 +26,7 @@ inline constexpr CounterSteps counter_steps = [] {
     return steps;
 }();
 
-/** The place of vector i, and the blocks from there on: what a partial vector loads and stores. */
+/** The address of vector i, and the number of blocks from there on, which a partial vector loads or stores. */
 template <typename Vector>
 constexpr std::size_t offset(std::size_t i) {
     return i * Vector::blocks * VRX_BLOCK_SIZE;
@@ -36,7 +36,7 @@ constexpr std::ptrdiff_t left(std::size_t blocks, std::size_t i) {
     return static_cast<std::ptrdiff_t>(blocks - i * Vector::blocks);
 }
 
-/** Input vector i, and the one that begins a block earlier: the block before the first is the register. */
+/** Input vector i, and the vector that starts one block earlier. The block before the first is the register. */
 template <typename Vector>
 [[gnu::always_inline]] inline Vector input(const Run& run, std::size_t blocks, std::size_t i) {
     return Vector::load(run.in + offset<Vector>(i), left<Vector>(blocks, i));
@@ -56,8 +56,8 @@ template <typename Vector>
  *     counter          X = register + 1, + 2, ...       Y = input
  *     CFB decryption   X = input one block earlier      Y = input
  *
- * load_step() makes X, finish_step() takes C(X), steps the register and writes. All is read before the first byte is
- * written.
+ * load_step() makes X. finish_step() takes C(X), updates the register and writes. All input is read before the first
+ * byte is written.
  */
 template <typename Vector, std::size_t count>
 [[gnu::always_inline]] inline void load_step(Vector (&v)[count], Mode mode, const Block& reg, const Run& run,
@@ -93,7 +93,10 @@ template <typename Vector, std::size_t count>
     for (std::size_t i = 0; i < count; ++i) v[i].store(run.out + offset<Vector>(i), left<Vector>(blocks, i));
 }
 
-/** A step. Between steps the register is one word: a compiler that keeps two of them in memory may load them as one. */
+/**
+ * One step. Between steps the register is one 64-bit word. A compiler that kept two words in memory might load them as
+ * one, which defeats store forwarding.
+ */
 template <std::size_t count, typename Rounds>
 [[gnu::always_inline]] inline void step(const Rounds& rounds, Mode mode, std::uint64_t& reg, const Run& run,
                                         std::size_t blocks) {
@@ -105,11 +108,11 @@ template <std::size_t count, typename Rounds>
     reg = joined(r);
 }
 
-/** The next of some step sizes, or 0. */
+/** The second of some step sizes, or 0. */
 template <std::size_t size = 0, std::size_t...>
 inline constexpr std::size_t first_of = size;
 
-/** What is left for partial vectors: one step, of the smallest size that holds it. */
+/** Processes the rest with partial vectors, in one step of the smallest size that holds it. */
 template <std::size_t count, std::size_t... smaller, typename Rounds>
 [[gnu::always_inline]] inline void last_step(const Rounds& rounds, Mode mode, std::uint64_t& reg, const Run& rest) {
     if (rest.blocks > first_of<smaller...> * Rounds::Vector::blocks)
@@ -118,7 +121,7 @@ template <std::size_t count, std::size_t... smaller, typename Rounds>
         last_step<smaller...>(rounds, mode, reg, rest);
 }
 
-/** Steps of `count` vectors while they are full, and then smaller ones. */
+/** Takes steps of `count` vectors while they are full, and then smaller ones. */
 template <std::size_t count, std::size_t... smaller, typename Rounds>
 [[gnu::always_inline]] inline void full_steps(const Rounds& rounds, Mode mode, std::uint64_t& reg, Run& rest) {
     constexpr std::size_t full = count * Rounds::Vector::blocks;
@@ -127,9 +130,10 @@ template <std::size_t count, std::size_t... smaller, typename Rounds>
 }
 
 /**
- * A run in steps of so many vectors, the widest first. The register is loaded before and stored after them.
+ * Processes a run in steps of the given numbers of vectors, the widest first. The register is loaded before the first
+ * and stored after the last step.
  *
- * @return what is left: fewer blocks than the smallest step where there are no partial vectors, else none.
+ * @return the number of blocks left: fewer than the smallest step without partial vectors, else 0.
  */
 template <std::size_t count, std::size_t... smaller, typename Rounds>
 [[gnu::always_inline]] inline Run in_steps(const Rounds& rounds, Mode mode, const Run& run) {
@@ -137,7 +141,7 @@ template <std::size_t count, std::size_t... smaller, typename Rounds>
     std::uint64_t reg = has_register(mode) ? joined(load_block(run.reg)) : 0;
     Run rest = run;
     if constexpr (Vector::partial) {
-        // A step of this size is taken, if only for a part, where the next smaller one does not hold the rest.
+        // Take a step of this size, even a partial one, if the next smaller one does not hold the rest.
         for (std::size_t n; rest.blocks > first_of<smaller...> * Vector::blocks; rest.skip(n)) {
             n = std::min(rest.blocks, count * Vector::blocks);
             step<count>(rounds, mode, reg, rest, n);

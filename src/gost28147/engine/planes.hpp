@@ -1,6 +1,7 @@
 // Rounds on planes of bytes, shared by the engines that look bytes up with shuffles or permutes.
 //
-// Include this inside a region, as parallel.hpp. `Plane` is a register of that region with the operations named below.
+// Include this inside a region, like parallel.hpp. `Plane` is a register of that region with the operations named
+// below.
 #ifndef VRX_GOST28147_ENGINE_PLANES_HPP
 #define VRX_GOST28147_ENGINE_PLANES_HPP
 
@@ -14,7 +15,7 @@ template <typename Plane>
 struct Planes {
     Plane p[8];
 
-    /** The pairs of bytes inside each vector are brought together, the rest is a transposition of 8 by 8 pairs. */
+    /** Brings the pairs of bytes in each vector together. The rest is an 8 by 8 transposition of pairs. */
     template <typename Vector>
     [[gnu::always_inline]] void load(const Vector* v) {
         Plane a[8];
@@ -31,7 +32,7 @@ struct Planes {
         for (unsigned i = 0; i < 4; ++i) Plane::template unpack<64>(b[i], b[i + 4], p[2 * i], p[2 * i + 1]);
     }
 
-    /** The blocks again with their halves exchanged, which the last round does not do. */
+    /** The inverse, with the halves swapped, since the last round does not swap them. */
     template <typename Vector>
     [[gnu::always_inline]] void store(Vector* v) const {
         Plane a[8];
@@ -56,7 +57,7 @@ struct Planes {
     }
 };
 
-/** The bytes of the key words as planes: minus the byte, and whether it is other than 0. */
+/** The bytes of the key words as planes: the negated byte, and whether it is nonzero. */
 template <typename Plane>
 class KeyPlanes {
 public:
@@ -70,7 +71,7 @@ public:
             for (unsigned k = 0; k < 4; ++k) {
                 const std::uint32_t minus = 0U - (key[i] >> 8 * k & 0xff);
                 word_[i].minus[k] = Plane::repeated(static_cast<std::uint8_t>(minus));
-                // A comparison may become a branch on the key; this does not.
+                // Not a comparison, which a compiler may turn into a branch on the key.
                 if (k < 3) word_[i].some[k] = Plane::repeated(static_cast<std::uint8_t>(minus >> 8));
             }
     }
@@ -78,7 +79,7 @@ public:
     KeyPlanes& operator=(const KeyPlanes&) = delete;
     ~KeyPlanes() { wipe(this, sizeof *this); }
 
-    /** Round 0 to 31. */
+    /** The planes of round 0 to 31. */
     [[nodiscard]] const Word& of_round(unsigned number, bool decrypting) const {
         const unsigned k = number % 8;
         return word_[number / 8 < (decrypting ? 1U : 3U) ? k : 7 - k];
@@ -89,8 +90,8 @@ private:
 };
 
 /**
- * t = x + K byte by byte. With m = -(K + carry in) the sum is x - m, and it carries where x >= m. Only where K and the
- * carry are both 0 does m not stand for 256. Cost: 18 instructions.
+ * t = x + K byte by byte. With m = -(K + carry in) the sum is x - m, and it carries if x >= m. m = 0 means 256 unless K
+ * and the carry are both 0. Cost: 18 instructions.
  */
 template <typename Plane>
 [[gnu::always_inline]] inline void add(Plane (&t)[4], const Plane* x, const typename KeyPlanes<Plane>::Word& key) {

@@ -1,4 +1,4 @@
-// The key words in the order of the rounds.
+// The key schedule: the key words in the order of the rounds.
 #ifndef VRX_GOST28147_ENGINE_SCHEDULE_HPP
 #define VRX_GOST28147_ENGINE_SCHEDULE_HPP
 
@@ -24,7 +24,7 @@ public:
     void set(const Schedule& other) { set(Key(other.forward_)); }
     void store(std::uint32_t* words) const { std::memcpy(words, forward_, sizeof forward_); }
 
-    /** The words of pass 0 to 3. Encryption turns the order round before its last pass, decryption after its first. */
+    /** The words of pass 0 to 3. Encryption reverses the order before its last pass, decryption after its first. */
     [[nodiscard]] const std::uint32_t* pass(unsigned number, bool decrypting) const {
         return number < (decrypting ? 1U : 3U) ? forward_ : backward_;
     }

@@ -23,8 +23,8 @@ using tz::Tables;
 using vbmi::Vector;
 
 /**
- * A meshing that rides along with a section: D(K, C), the key after K, in the first four blocks, and E(K, register) in
- * the fifth.
+ * A meshing that is computed together with a section: D(K, C), the key after K, in the first four blocks, and E(K,
+ * register) in the fifth.
  */
 struct Meshing {
     const Schedule& schedule;
@@ -38,7 +38,7 @@ struct Meshing {
     Meshing& operator=(const Meshing&) = delete;
     ~Meshing() { wipe(v, sizeof v); }
 
-    /** Takes the results. */
+    /** Stores the results. */
     void finish(Schedule& next, Block& reg) const {
         Secret<std::uint8_t[64]> bytes;
         v[0].store(bytes.value, 8);
@@ -72,7 +72,7 @@ template <std::size_t count>
         n1[i] = _mm512_ror_epi32(_mm512_castps_si512(_mm512_shuffle_ps(a, b, 0x88)), 11);
         n2[i] = _mm512_ror_epi32(_mm512_castps_si512(_mm512_shuffle_ps(a, b, 0xdd)), 11);
     };
-    // The last round does not exchange the halves, so they come out crosswise.
+    // The last round does not swap the halves, so n1 and n2 come out exchanged.
     const auto join = [&](std::size_t i, Vector * pair) __attribute__((always_inline)) {
         n1[i] = _mm512_rol_epi32(n1[i], 11);
         n2[i] = _mm512_rol_epi32(n2[i], 11);
@@ -104,7 +104,7 @@ template <std::size_t count>
 #pragma GCC unroll 8
             for (std::size_t i = 0; i < pairs; ++i) n1[i] = round(n1[i], n2[i], repeated(words[k + 1]));
             if (meshing != nullptr) {
-                // Block 4 of the first vector, word 8 after the split, is the one that is encrypted.
+                // Only block 4 of the first vector, word 8 after the split, is encrypted.
                 const std::uint32_t* const down = meshing->schedule.pass(pass, true);
                 const std::uint32_t* const up = meshing->schedule.pass(pass, false);
                 const auto key = [&](unsigned j) __attribute__((always_inline)) {
@@ -133,7 +133,7 @@ struct Permutes {
     }
 };
 
-/** The same, with a meshing. */
+/** A cipher that also computes a meshing. */
 struct MeshingPermutes {
     using Vector = vbmi::Vector;
     const Tables& tables;
@@ -147,7 +147,7 @@ struct MeshingPermutes {
     }
 };
 
-/** The S-boxes of a table, if it is a built-in one `known`; false where it has none. */
+/** The S-boxes of a table, which are `known` if it is built in; false if it has none. */
 bool find_tables(const vrx_tz& table, const tz::SBoxes* known, Tables& out) {
     if (known != nullptr) {
         out = Tables(*known);
@@ -159,7 +159,10 @@ bool find_tables(const vrx_tz& table, const tz::SBoxes* known, Tables& out) {
     return claim.holds();
 }
 
-/** A step between whose rounds the table is checked; false, with nothing written, if no S-boxes made it. */
+/**
+ * A step that checks the table between its rounds. Returns false, with nothing written, if no S-boxes expand to the
+ * table.
+ */
 template <std::size_t count>
 [[gnu::always_inline]] inline bool claimed_step(Mode mode, const Run& run) {
     const Schedule schedule(run.cipher.key);
@@ -196,7 +199,7 @@ bool permute_sections(Mode mode, const Run& run, std::uint32_t* key) noexcept {
     Schedule schedule(run.cipher.key);
     Schedule next(run.cipher.key);
     Block reg = load_block(run.reg);
-    // The first two meshings have nothing to ride with: K(1) before E(K(1), register) and K(2).
+    // The first two meshings have no section to be computed with: K(1) before E(K(1), register) and K(2).
     const auto mesh_alone = [&](Schedule& to, Block& r) {
         Meshing meshing(schedule, reg);
         Vector nothing[2] = {};

@@ -22,7 +22,7 @@ struct Plane {
     __m512i v;
 
     static Plane repeated(std::uint8_t byte) { return {_mm512_set1_epi8(static_cast<char>(byte))}; }
-    /** Both blocks of each lane byte by byte: 0 8 1 9 ... */
+    /** Interleaves the bytes of both blocks of each lane: 0 8 1 9 ... */
     [[nodiscard]] Plane pairs() const {
         const __m128i order = _mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15);
         return {_mm512_shuffle_epi8(v, _mm512_broadcast_i32x4(order))};
@@ -51,7 +51,7 @@ Plane operator-(Plane a, Plane b) { return {_mm512_sub_epi8(a.v, b.v)}; }
 Plane operator&(Plane a, Plane b) { return {_mm512_and_si512(a.v, b.v)}; }
 Plane operator|(Plane a, Plane b) { return {_mm512_or_si512(a.v, b.v)}; }
 
-/** The look-up tables byte by byte: bytes[k][m] are the bytes m of the 256 words of table k. */
+/** The look-up tables split into bytes: bytes[k][m] holds byte m of the 256 words of table k. */
 struct TableBytes {
     alignas(64) std::uint8_t bytes[4][4][256];
 
@@ -68,10 +68,10 @@ struct TableBytes {
 };
 
 /**
- * Rounds on planes of bytes with a table of any content. Two permutes look up 64 bytes in the 256 bytes of a table, one
- * in its lower and one in its upper half; the highest bit of the index says which result is kept. There are sixteen
- * such tables, for each byte of the sum and each byte of the result, so a round of 64 blocks costs 32 permutes, 16
- * instructions of ternary logic and 20 for the addition. No address depends on the data.
+ * Rounds on planes of bytes with a table of any content. Two permutes look up 64 bytes in a table of 256 bytes, one in
+ * its lower and one in its upper half. The highest bit of the index selects the result. There are sixteen such tables,
+ * one for each byte of the sum and each byte of the result. A round of 64 blocks therefore costs 32 permutes, 16
+ * ternary-logic instructions and 20 for the addition. No address depends on the data.
  */
 struct Permuted {
     using Vector = vbmi::Vector;
