@@ -151,7 +151,7 @@ TEST(Update, a_table_that_is_not_deployed_fails) {
         const vrx_crpt_ctx before = ctx;
         EXPECT_EQ(update(ctx, counted(8), 8).rc, VRX_ERR_FAILED);
         EXPECT_EQ(difference(ctx, before), "");
-        // Only the codebook has a message, and it is called twice.
+        // Only ECB logs a line, and it is called twice.
         EXPECT_EQ(s.log.take(), mode == VRX_MODE_SS ? not_deployed + not_deployed : "");
     }
 }

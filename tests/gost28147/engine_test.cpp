@@ -1,4 +1,4 @@
-// Every engine beside the modes block by block: all lengths, places, overlaps and tables, and which way was taken.
+// Every engine compared with the plain modes: all lengths, addresses, overlaps and tables, and which code path ran.
 #include "gost28147/engine/list.hpp"
 
 #include <gtest/gtest.h>
@@ -32,7 +32,7 @@ struct Named {
     Mode mode;
 };
 
-/** Every mode: bulk::run() is compared with plain::run(). */
+/** Compares bulk::run() with plain::run() in every mode. */
 constexpr Named all_modes[] = {{"ecb_encrypt", Mode::ecb_encrypt},
                                {"ecb_decrypt", Mode::ecb_decrypt},
                                {"cbc_encrypt", Mode::cbc_encrypt},
@@ -45,7 +45,7 @@ constexpr Named all_modes[] = {{"ecb_encrypt", Mode::ecb_encrypt},
 
 constexpr Mode modes[] = {Mode::ecb_encrypt, Mode::ecb_decrypt, Mode::cbc_decrypt, Mode::counter, Mode::cfb_decrypt};
 
-/** A record at an address that is a multiple of 4 and of nothing more. */
+/** A record at an address that is a multiple of 4 but not of 8. */
 class AtOddPlace {
 public:
     explicit AtOddPlace(const vrx_tz& table) { std::memcpy(room_ + 1, &table, sizeof table); }
@@ -59,7 +59,7 @@ private:
 
 using WayOf = bool (*)(Mode, const Run&) noexcept;
 
-/** Runs over an engine. @return the way that it took */
+/** Runs an engine. @return the code path that it took */
 WayOf way_taken(const Engine& e, Mode mode, const Run& run) {
     const auto way =
         std::ranges::find_if(e.ways, [&](const Way& w) { return run.blocks >= w.fewest && w.run(mode, run); });
@@ -77,7 +77,7 @@ protected:
     const vrx_tz* tables_[3] = {&TZ_28147_89[1], &sound_.table(), &strange_.table()};
 };
 
-/** Runs both ways in the same places of two copies, which then have to be the same, and the registers too. */
+/** Runs both at the same offsets of two copies of memory, and compares the copies and the registers. */
 void expect_same(const Named& f, Cipher c, const Bytes& memory, std::size_t in, std::size_t out, std::size_t blocks,
                  const Bytes& reg) {
     Bytes fast = memory;
@@ -160,7 +160,8 @@ TEST_P(EveryEngine, a_flipped_bit_anywhere_in_the_table_is_noticed) {
     const WayOf trusting = way_taken(e, Mode::ecb_encrypt, {{table, key_}, nullptr, data.data(), got.data(), 40});
     for (std::size_t bit = 0; bit < 8 * sizeof table; ++bit) {
         bytes[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
-        // One number of blocks where the check comes before the rounds, and one where it is done between them.
+        // One number of blocks for which the table is checked before the rounds, and one for which it is checked
+        // between them.
         for (const std::size_t blocks : {40U, 32U}) {
             plain::run(Mode::ecb_encrypt, {{table, key_}, nullptr, data.data(), expected.data(), blocks});
             const WayOf way =
@@ -237,7 +238,7 @@ TEST_P(EveryEngine, sections_are_meshed_as_one_by_one) {
                 }
 }
 
-/** Whole sections never come together in a context that is fed less than a section at a time. */
+/** A context that is fed less than a section at a time never processes whole sections. */
 TEST_P(EveryEngine, contexts_with_a_border_at_every_position) {
     const With with(*GetParam());
     const Bytes iv = random_.bytes(block);
@@ -326,7 +327,7 @@ TEST_P(EveryEngine, nothing_beside_the_buffers_is_touched) {
 
 INSTANTIATE_TEST_SUITE_P(engines, EveryEngine, vrx::test::each_of(engines), vrx::test::engine_name);
 
-/** Which way an engine goes over so many blocks of a table. */
+/** The code path that an engine takes for a number of blocks with a table. */
 WayOf way_of(const Engine& e, const vrx_tz& table, std::size_t blocks) {
     const std::uint32_t key[VRX_KEY_WORDS] = {};
     Bytes data(blocks * block);

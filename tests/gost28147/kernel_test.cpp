@@ -1,4 +1,4 @@
-// One block: the exported kernels.
+// The exported functions for one block.
 #include "vrx/kernel.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Published answers, each through kernels, one-shot modes, contexts and the model, in every way to cut and place it.
+// Published answers, checked with kernels, one-shot modes, contexts and the model, for all cuts and addresses.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,14 +16,14 @@ using namespace vrx::test;
 
 const std::string folder = VRX_TEST_DATA "/";
 
-/** Substitution as a block of answers names it: a published set, or octets of the source's own. */
+/** The S-boxes of a block of answers: a published set, or octets that the source gives. */
 TestTable table_of(const KatBlock& block) {
     if (block.has("sbox")) return published_table(block.text("sbox"));
     Bytes octets = block.octets("sbox_octets");
     EXPECT_EQ(octets.size(), std::size_t{VRX_NUM_TZ_SIZE});
     const model::SBoxes boxes = model::s_boxes_of_octets(octets);
     TestTable table{"octets", {}, model::Substitution(boxes)};
-    // The ASN.1 form has the nibbles of each octet the other way round.
+    // The ASN.1 form swaps the nibbles of each octet.
     EXPECT_EQ(vrx_crpt_swap_num_TZ(octets.data()), VRX_OK);
     EXPECT_TRUE(std::ranges::equal(octets, model::numeric_form(boxes)));
     EXPECT_EQ(vrx_crpt_deploy_TZ(octets.data(), &table.record), VRX_OK);
@@ -59,7 +59,7 @@ struct Answer {
     int mode;
     int direction;
     Bytes key;
-    Bytes iv;  // empty in codebook mode
+    Bytes iv;  // empty in ECB mode
     bool meshing;
     Bytes input;
     Bytes expected;
@@ -106,7 +106,7 @@ Bytes by_model(const Answer& a) {
     return output;
 }
 
-/** The dispatcher, piece by piece; with key meshing a piece ends where a section does. */
+/** The dispatcher, piece by piece. With key meshing, a piece ends where its section ends. */
 Bytes by_modes(const Answer& a, const Pieces& pieces, bool in_place, std::size_t offset) {
     Placed key(a.key, offset);
     Placed iv(a.iv.empty() ? Bytes(8) : a.iv, offset);
@@ -153,19 +153,19 @@ Bytes by_context(const Answer& a, const Pieces& pieces, bool in_place, std::size
     return output.bytes();
 }
 
-/** Distances from an aligned address where there are many cuts besides. */
+/** Offsets from an aligned address for tests with many cuts. */
 constexpr std::array<std::size_t, 3> context_offsets{0, 1, 6};
 
 // --- The checks ------------------------------------------------------------------------------------------------------
 
 void expect_from_modes(const Answer& a) {
-    // A piece that is not the last one is whole blocks, and no piece crosses a meshing.
+    // All pieces but the last consist of whole blocks, and no piece crosses a meshing.
     std::vector<Pieces> cuts;
     const std::uint32_t longest = a.meshing ? VRX_MESHING_SECTION : a.size();
     for (std::uint32_t size = 8; size < std::min(a.size(), longest); size += 8)
         if (a.size() <= longest || longest % size == 0) cuts.push_back(equal_pieces(a.size(), size));
     cuts.push_back(equal_pieces(a.size(), longest));
-    // Decrypted in place, feedback takes the plaintext for the ciphertext: that is its documented behaviour.
+    // In-place CFB decryption feeds back plaintext: this is documented behaviour.
     const bool may_be_in_place = a.mode != VRX_MODE_GFB || a.direction != 0 || a.size() <= 8;
     for (const Pieces& pieces : cuts)
         for (const bool in_place : {false, true})
@@ -229,7 +229,7 @@ void expect_mac(const KatBlock& block) {
             message.insert(message.end(), unit.begin(), unit.end());
     }
     const auto total = static_cast<std::uint32_t>(message.size());
-    // Sources print the first octets of the state, as many as they use.
+    // Sources print only those first octets of the state that they use.
     const auto printed = [&](const std::uint8_t* state) { return hex({state, expected.size() / 2}); };
 
     {

@@ -1,4 +1,4 @@
-// CryptoPro key meshing: the step, the counting, and messages that cross the 1024-byte borders.
+// CryptoPro key meshing: the step, the count of bytes, and messages longer than 1024 bytes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,7 +15,7 @@ using namespace vrx::test;
 
 const std::string not_deployed = "VRX_Gost_SS_m: TZ not initialized\n";
 
-/** The arguments of one meshing, and a table that refuses it. */
+/** The arguments of one meshing, and a table that is not deployed. */
 struct Sample {
     TestTable table = published_table("id-Gost28147-89-CryptoPro-A-ParamSet");
     Bytes key = unhex("0123456789abcdeffedcba98765432100011223344556677ffeeddccbbaa9988");
@@ -27,7 +27,7 @@ struct Sample {
         record.initialised = 0;
         return record;
     }
-    /** The constant under decryption by `key`. */
+    /** The constant, decrypted with `key`. */
     [[nodiscard]] Bytes meshed_key() const {
         Bytes meshed(model::meshing_constant.begin(), model::meshing_constant.end());
         for (std::size_t at = 0; at < 32; at += 8)
@@ -95,7 +95,7 @@ TEST(MeshingStep, null_arguments_fail_as_in_the_ecb_calls) {
     EXPECT_EQ(s.log.take(), bad_params + bad_params);
     EXPECT_EQ(s.key, key);
     EXPECT_EQ(s.iv, iv);
-    // The vector comes second, when the key was meshed already.
+    // The IV comes second, after the key has been meshed.
     const std::string meshed = hex(s.meshed_key());
     EXPECT_EQ(vrx_crpt_crypto_pro_key_meshing_engine(&s.table.record, nullptr, key_at(s.key.data())),
               VRX_ERR_BAD_PARAMS);
@@ -193,7 +193,7 @@ TEST(MeshingCount, a_failed_meshing_closes_the_context) {
     EXPECT_EQ(vrx_make_key_meshing(&ctx), VRX_ERR_FAILED);
     EXPECT_EQ(difference(ctx, expected), "");
     EXPECT_EQ(s.log.take(), not_deployed + not_deployed);
-    // It is not the state that is checked: the step runs on a closed context too.
+    // The state is not checked: the step also runs on a closed context.
     EXPECT_EQ(vrx_make_key_meshing(&ctx), VRX_ERR_FAILED);
     EXPECT_EQ(s.log.take(), not_deployed + not_deployed);
 }
@@ -247,7 +247,7 @@ TEST_P(EveryMode, meshing_waits_for_the_first_byte_behind_a_section) {
     EXPECT_EQ(key_after({1024, 1024}), one);
     EXPECT_EQ(key_after({2056}), two);
     EXPECT_EQ(key_after({1, 2047, 8}), two);
-    // Counter and feedback need a block for every byte, the others wait for a whole one.
+    // CNT and CFB start a block with its first byte; the other modes wait for a whole block.
     const bool at_once = GetParam() == VRX_MODE_GAMM || GetParam() == VRX_MODE_GFB;
     EXPECT_EQ(key_after({1025}), at_once ? one : none);
 }
@@ -366,7 +366,7 @@ TEST(Meshing, a_mac_keeps_its_state_and_meshes_key_and_vector) {
 }
 
 TEST(Meshing, failed_meshing_logs_twice_and_block_modes_ignore_it) {
-    // The codebook reports the table of its own two calls as well; CBC is silent.
+    // The two calls of ECB report the table as well. CBC is silent.
     for (const std::uint32_t mode : {unsigned{VRX_MODE_SS}, unsigned{VRX_MODE_CBC}}) {
         Sample s;
         vrx_crpt_ctx ctx = open_context(s, mode, 1);

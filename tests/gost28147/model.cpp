@@ -32,13 +32,13 @@ void store_block(std::uint8_t* bytes, Block block) {
 
 Block operator^(Block a, Block b) { return {a.n1 ^ b.n1, a.n2 ^ b.n2}; }
 
-/** One round for each digit of `order`, the number of its key word, each with the exchange of the halves behind it. */
+/** One round for each digit of `order`, the number of its key word. Every round ends with a swap of the halves. */
 Block rounds(Block block, const std::uint8_t* key, const Substitution& f, std::string_view order) {
     for (const char digit : order) block = {block.n2 ^ f(block.n1 + load(key + 4 * (digit - '0'))), block.n1};
     return block;
 }
 
-/** After the last of 32 rounds the halves are not exchanged. */
+/** The last of the 32 rounds does not swap the halves. */
 Block exchanged(Block block) { return {block.n2, block.n1}; }
 
 Block encrypted(Block block, const std::uint8_t* key, const Substitution& f) {
@@ -165,7 +165,7 @@ void gamm_64(const std::uint8_t* in, std::uint8_t* out, std::uint8_t* counter, c
 void gfb_64(const std::uint8_t* in, std::uint8_t* out, std::uint8_t* feedback, const std::uint8_t* key,
             const Substitution& f, int encrypt) {
     store_block(out, load_block(in) ^ encrypted(load_block(feedback), key, f));
-    // Read after out was written: in place the feedback of a decryption is the decrypted block.
+    // Read after out is written: in-place decryption feeds back the decrypted block.
     store_block(feedback, load_block(low_byte(encrypt) ? out : in));
 }
 
@@ -187,7 +187,7 @@ struct Verdict {
     const char* text = "";
 };
 
-/** The checks that all modes share. Codebook and MAC pass their key once more in place of a vector. */
+/** The checks that all modes share. ECB and MAC pass their key again in place of an IV. */
 Verdict check(const Table* table, const vrx_data* in, const vrx_data* out, const std::uint8_t* iv,
               const std::uint8_t* key, bool is_mac = false) {
     if (table == nullptr || in == nullptr || out == nullptr || iv == nullptr || key == nullptr)
@@ -199,7 +199,7 @@ Verdict check(const Table* table, const vrx_data* in, const vrx_data* out, const
     return {};
 }
 
-/** Codebook and CBC insist on whole blocks. */
+/** ECB and CBC require whole blocks. */
 Verdict check_whole_blocks(const Table* table, const vrx_data* in, const vrx_data* out, const std::uint8_t* iv,
                            const std::uint8_t* key) {
     const Verdict verdict = check(table, in, out, iv, key);
@@ -220,7 +220,7 @@ struct Cut {
     }
 };
 
-/** Counter and feedback: `step` on every whole block, then on the padded one in place. */
+/** CNT and CFB: `step` on every whole block, then on the padded one in place. */
 template <typename Step>
 int stream(Cut& cut, const vrx_data* in, vrx_data* out, Step step) {
     for (std::uint32_t i = 0; i < cut.full_blocks; ++i) step(in->data + 8 * i, out->data + 8 * i);
@@ -387,14 +387,14 @@ int reset(Log& log, Context* ctx) {
 
 namespace {
 
-/** A step that is run again when it fails; the second status counts. */
+/** A step that is retried once if it fails. The second status counts. */
 template <typename Step>
 int twice_on_failure(Step step) {
     const int rc = step();
     return rc == VRX_OK ? rc : step();
 }
 
-/** Codebook, CBC and unknown modes: whole blocks go to the engine, the rest waits in the context. */
+/** ECB, CBC and unknown modes: passes whole blocks to the engine and keeps the rest in the context. */
 int buffered(Log& log, Context* ctx, const vrx_data* in, vrx_data* out) {
     vrx_crpt_ctx& r = ctx->record;
     const std::uint32_t held = r.block_len;
@@ -530,7 +530,7 @@ int context_engine(Log& log, Context* ctx, const vrx_data* in, vrx_data* out) {
 
 namespace {
 
-/** The checks of counter and feedback contexts. */
+/** The checks of CNT and CFB contexts. */
 int check_stream(const Context* ctx, const vrx_data* in, const vrx_data* out) {
     if (ctx == nullptr) return VRX_ERR_BAD_PARAMS;
     if (ctx->record.initialised == 0) return VRX_ERR_CONTEXT_STATE;
@@ -592,7 +592,7 @@ int cfb_ctx(Log& log, Context* ctx, const vrx_data* in, vrx_data* out) {
         }
         std::memcpy(r.iv, r.block, 8);
     }
-    // From here on the input counts as read before the first byte of output is written.
+    // From here on, the result is as if the input were read before the first byte of output is written.
     const std::vector<std::uint8_t> rest(in->data + held, in->data + length);
     std::vector<std::uint8_t> result(rest.size());
     std::size_t done = 0;

@@ -1,8 +1,8 @@
-// GOST 28147-89 told a second time, slowly and plainly: the reference of the tests and fuzzers.
+// Slow reference implementation of GOST 28147-89 for tests and fuzzers.
 //
-// It shares nothing with the library but the record types. Rounds substitute nibble by nibble from the published
-// S-boxes. Every function takes what its namesake in the library takes (keys as their 32 bytes), checks, reads and
-// writes memory in the same order, returns the same code, and appends to a text what the library has to log.
+// It shares only the record types with the library. Rounds substitute nibble by nibble from the published S-boxes.
+// Every function takes the arguments of its namesake in the library (keys as 32 bytes), checks them, reads and writes
+// memory in the same order, and returns the same code. It appends to a string what the library must log.
 #ifndef VRX_TESTS_GOST28147_MODEL_HPP
 #define VRX_TESTS_GOST28147_MODEL_HPP
 
@@ -29,11 +29,11 @@ SBoxes s_boxes_of_octets(std::span<const std::uint8_t> octets);
 /** The library's numeric form: the same octets with their nibbles exchanged. */
 std::array<std::uint8_t, VRX_NUM_TZ_SIZE> numeric_form(const SBoxes& boxes);
 
-/** What a round does to the sum of half and key word: substitution, then rotation by 11 bits to the left. */
+/** The round function on the sum of a half and a key word: substitution, then rotation left by 11 bits. */
 class Substitution {
 public:
     explicit Substitution(const SBoxes& boxes) : boxes_(boxes) {}
-    /** By look-up tables that no S-boxes need to have produced. */
+    /** With look-up tables of any content. */
     explicit Substitution(const vrx_tz& tables) : tables_(tables) {}
     std::uint32_t operator()(std::uint32_t value) const;
 
@@ -79,7 +79,7 @@ int cipher_low(Log& log, const Table* table, int mode, const vrx_data* in, vrx_d
 
 // --- Contexts --------------------------------------------------------------------------------------------------------
 
-/** A context: the record as the library has to leave it, and what its table means. */
+/** A context: the record as the library must leave it, and the substitution of its table. */
 struct Context {
     vrx_crpt_ctx record;
     const Substitution* substitution;

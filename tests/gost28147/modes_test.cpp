@@ -1,4 +1,4 @@
-// A whole buffer in one call: the one-shot modes.
+// The one-shot modes: a whole buffer in one call.
 #include "vrx/modes.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ std::string name_of(const testing::TestParamInfo<Function>& mode) {
 class EveryMode : public testing::TestWithParam<Function> {};
 INSTANTIATE_TEST_SUITE_P(Modes, EveryMode, testing::ValuesIn(modes), name_of);
 
-/** Without the MAC, which has no output and no direction. */
+/** All modes but the MAC, which has no output and no direction. */
 class EveryCipher : public testing::TestWithParam<Function> {};
 INSTANTIATE_TEST_SUITE_P(Modes, EveryCipher, testing::ValuesIn(ciphers), name_of);
 
@@ -59,7 +59,7 @@ TEST_P(EveryMode, all_lengths_directions_and_flags_equal_the_model) {
 }
 
 TEST_P(EveryMode, nothing_outside_the_buffers_is_read_or_written) {
-    // Each buffer ends where its memory ends, so that sanitizers see every step too far.
+    // Each buffer ends where its memory ends, so that sanitizers detect any access beyond it.
     Random random;
     const TestTable& table = any_table(random);
     const bool whole = GetParam() == Function::ss || GetParam() == Function::cbc;
@@ -214,7 +214,7 @@ TEST_P(EveryCipher, decryption_inverts_encryption) {
 
 constexpr unsigned defect_count = 11;
 
-/** Every set of wrong arguments: the first wrong one decides. */
+/** Every combination of invalid arguments: the first invalid one decides. */
 void expect_first_defect_decides(Function function, LogCapture& log) {
     Random random;
     TwinMemory memory(512);
@@ -274,19 +274,19 @@ TEST_P(EveryMode, codes_are_the_same_without_a_log) {
     EXPECT_EQ(run_library(call, nullptr, &in, &out, iv, key), VRX_ERR_BAD_PARAMS);
 }
 
-/** A call with everything in order, to be spoilt; and what it returns and logs. */
+/** A valid call, which tests make invalid, and what it returns and logs. */
 struct Spoilt {
     TestTable table = published_table("id-Gost28147-89-CryptoPro-C-ParamSet");
     Bytes input = Bytes(32, 0x11);
     Bytes output = Bytes(32, 0x22);
     Bytes iv = Bytes(8, 0x33);
-    // Words all alike would make decryption the same as encryption.
+    // With equal key words, decryption would be the same as encryption.
     Bytes key = unhex("0123456789abcdeffedcba98765432100011223344556677ffeeddccbbaa9988");
     vrx_data in{16, input.data()};
     vrx_data out{32, output.data()};
     LogCapture log;
 
-    /** Code and log of a call; where it fails, nothing may have changed. */
+    /** The code and log of a call. A call that fails must not change anything. */
     std::pair<int, std::string> run(const Call& call, bool with_table = true, bool with_in = true, bool with_out = true,
                                     bool with_iv = true, bool with_key = true) {
         const Bytes before = output;
@@ -415,7 +415,7 @@ TEST(Modes, output_as_long_as_the_input_suffices) {
             EXPECT_EQ(s.run({function, 1, 0, 0}).first, VRX_OK);
             EXPECT_EQ(s.out.length, 16u);
             EXPECT_EQ(s.in.length, 16u);
-            // Nothing behind the written bytes changes.
+            // Nothing after the written bytes changes.
             EXPECT_EQ(hex({s.output.data() + 16, 16}), "22222222222222222222222222222222");
         }
 }
@@ -647,7 +647,7 @@ TEST(Modes, partial_cnt_block_is_a_prefix_of_the_padded_one) {
         EXPECT_EQ(partial.out.length, length);
         EXPECT_EQ(hex({partial.output.data(), length}), hex({whole.output.data(), length}));
         EXPECT_EQ(partial.output[length], 0x22);
-        // A whole step of the counter was used up.
+        // The counter has taken a whole step.
         EXPECT_EQ(partial.iv, whole.iv);
     }
 }
@@ -731,7 +731,7 @@ TEST(Modes, the_first_flag_clears_the_whole_mac_state) {
 }
 
 TEST(Modes, the_padded_block_is_copied_before_any_block_is_written) {
-    // The output of the first block lies over the tail of the input.
+    // The output of the first block overlaps the tail of the input.
     for (const Function function : {Function::gamm, Function::gfb}) {
         Spoilt apart;
         apart.in.length = 13;

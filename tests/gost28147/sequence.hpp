@@ -1,4 +1,4 @@
-// Sequences of calls on a context, drawn at random or as a fuzzer decides.
+// Sequences of calls on a context, chosen at random or by a fuzzer.
 #ifndef VRX_TESTS_GOST28147_SEQUENCE_HPP
 #define VRX_TESTS_GOST28147_SEQUENCE_HPP
 
@@ -9,7 +9,7 @@
 
 namespace vrx::test {
 
-/** Draws calls of every kind, right and wrong ones, and runs them on library and model. */
+/** Draws valid and invalid calls of every kind, and runs them on library and model. */
 class Sequence {
 public:
     explicit Sequence(Random& random) : random_(random), twins_(random) {}
@@ -27,7 +27,7 @@ public:
         p.key_meshing = meshing();
         p.first = random_.word() | 1;
         p.second = random_.word() | 0x80000000;
-        p.key_length = 1 + random_.below(64);  // its value is not looked at
+        p.key_length = 1 + random_.below(64);  // its value is ignored
         p.table_length = random_.below(2) != 0 ? random_.word() : 0;
         switch (random_.below(16)) {
             case 0:
@@ -142,7 +142,7 @@ private:
     bool size_query() {
         Buffers at;
         at.in = 100;
-        // Only the count is looked at.
+        // Only the count matters.
         at.length = twins_.record().mode == VRX_MODE_IMITO ? 5 : random_.coin() ? random_.below(100) : 0xFFFFFFF0;
         at.capacity = random_.word();
         at.null_out_data = true;
@@ -203,11 +203,11 @@ private:
             default:
                 break;
         }
-        // The engine checks its capacity for the first section only, and gets room for all of it.
+        // The engine checks the capacity for the first section only, so it gets room for everything.
         return twins_.run(stream, at).has_value();
     }
 
-    /** Where the output may lie: apart, in place, or over the input where the result is defined. */
+    /** A place for the output: apart, in place, or at an overlap for which the result is defined. */
     std::size_t place(const Buffers& at, bool by_engine, bool feedback, bool nothing_held) {
         if (random_.below(3) == 0) return 5600 - at.in > at.length ? 5600 + random_.below(8) : 0;
         if (by_engine && !nothing_held) return 0;

@@ -1,4 +1,4 @@
-// The substitution tables that the cipher is tested with, each with what it means to the model.
+// The substitution tables that the cipher is tested with, each with its form for the model.
 #ifndef VRX_TESTS_GOST28147_TABLES_HPP
 #define VRX_TESTS_GOST28147_TABLES_HPP
 
@@ -33,7 +33,7 @@ const std::vector<TestTable>& test_tables();
 
 const TestTable& any_table(Random& random);
 
-/** A key at any address, as the library takes it. */
+/** A key at any address, as the type that the library takes. */
 inline const std::uint32_t* key_at(const std::uint8_t* bytes) {
     return static_cast<const std::uint32_t*>(static_cast<const void*>(bytes));
 }

@@ -1,4 +1,4 @@
-// A one-shot function of the library beside its model, on twin memories.
+// Compares a call of a one-shot function with the model, on two copies of memory.
 #ifndef VRX_TESTS_GOST28147_TWIN_CALL_HPP
 #define VRX_TESTS_GOST28147_TWIN_CALL_HPP
 
@@ -15,7 +15,7 @@ namespace vrx::test {
 
 enum class Function { ss, cbc, gamm, gfb, imito, cipher_low, imito_low };
 
-/** What a call is told besides memory. */
+/** The arguments of a call other than memory. */
 struct Call {
     Function function = Function::ss;
     int direction = 1;
@@ -69,7 +69,7 @@ inline int run_model(model::Log& log, const Call& c, const model::Table* table, 
     }
 }
 
-/** Memory arguments as distances into a twin memory, and which of them are NULL. */
+/** Memory arguments as offsets into a twin memory, and which of them are NULL. */
 struct Place {
     std::size_t in = 0;
     std::size_t out = 0;  // of a MAC: its state

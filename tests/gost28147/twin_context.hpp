@@ -1,4 +1,4 @@
-// A context of the library beside its model: the two have to agree on everything after every call.
+// A context of the library and its model, which must agree on everything after every call.
 #ifndef VRX_TESTS_GOST28147_TWIN_CONTEXT_HPP
 #define VRX_TESTS_GOST28147_TWIN_CONTEXT_HPP
 
@@ -17,7 +17,7 @@ std::string difference(const vrx_crpt_ctx& actual, const vrx_crpt_ctx& expected)
 /** The functions that take a context and buffers. */
 enum class Stream { update, cnt, cfb, imito, engine };
 
-/** Where a call finds its buffers in the twin memory, and which of them are NULL. */
+/** The offsets of a call's buffers in the twin memory, and which of them are NULL. */
 struct Buffers {
     std::size_t in = 0;
     std::size_t out = 0;
@@ -27,7 +27,7 @@ struct Buffers {
     bool one_record = false;  // the same vrx_data as input and output
 };
 
-/** What an older initialisation is told, besides the table. */
+/** The arguments of the older initialisation other than the table. */
 struct OldParams {
     std::uint32_t first = 1;
     std::uint32_t second = 1;
@@ -42,7 +42,7 @@ public:
     /** Both records start from the same random bytes. */
     explicit TwinContext(Random& random, std::size_t memory = 9000);
 
-    // Each call returns its code, or nothing where library and model differ (that is then reported).
+    // Each call returns its code, or nothing if library and model differ (which is then reported).
     std::optional<int> init(const TestTable& table, bool deployed, int direction, std::uint32_t mode,
                             std::uint32_t key_meshing, bool with_iv);
     std::optional<int> old_init(const TestTable& table, bool deployed, int direction, OldParams p);
@@ -59,7 +59,7 @@ public:
     }
     [[nodiscard]] const vrx_crpt_ctx& record() const { return library_; }
     [[nodiscard]] TwinMemory& memory() { return memory_; }
-    /** Output of the last run. */
+    /** The output of the last run. */
     [[nodiscard]] std::uint32_t out_length() const { return out_length_; }
 
 private:

@@ -1,4 +1,4 @@
-// Keys, the keys that meshing makes of them, and plaintext do not stay on the stack. Each call runs on one of its own.
+// Neither keys, nor meshed keys, nor plaintext stay on the stack. Each call runs on a stack of its own.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -21,9 +21,9 @@ struct Secrets {
 
 struct Call {
     const char* name;
-    /** Where the plaintext is: in the data, or in what becomes of them. */
+    /** Whether the plaintext is the input or the output. */
     enum { before, after } plaintext;
-    /** What comes before, unobserved. */
+    /** Preparation that is not observed. */
     std::function<void(Secrets&)> prepare;
     std::function<void(Secrets&)> run;
 };
@@ -42,7 +42,7 @@ Call mode(const char* name, int mode, int direction, std::uint32_t size) {
             }};
 }
 
-/** By a table that no S-boxes expand to, which goes another way. */
+/** With a table that no S-boxes expand to, which takes another code path. */
 Call by_own_table(const char* name, int direction) {
     return {name, direction != 0 ? Call::before : Call::after, nothing, [=](Secrets& s) {
                 static const vrx_tz own = [] {
@@ -60,7 +60,7 @@ void init(Secrets& s, std::uint32_t mode, int direction) {
     refused |= vrx_crpt_init_context(&s.ctx, direction, get_GOST28147_par(1)->tz, mode, 0, 1, 0, s.iv, s.key);
 }
 
-/** In pieces, over two borders where the key is meshed. */
+/** In pieces, across two meshings. */
 Call context(const char* name, std::uint32_t mode, int direction) {
     return {name, direction != 0 ? Call::before : Call::after, [=](Secrets& s) { init(s, mode, direction); },
             [mode](Secrets& s) {
@@ -125,7 +125,7 @@ std::string left_by(const Call& call) {
     // The first run is for what happens once: functions of the C library are found, with all registers put aside.
     for (int run = 0; run < 2; ++run) {
         secrets = random.value<Secrets>();
-        secrets.text[1023] = 0;  // what 1023 bytes are padded with
+        secrets.text[1023] = 0;  // the padding of 1023 bytes
         call.prepare(secrets);
         if (run == 0) call.run(secrets);
     }
@@ -141,7 +141,7 @@ std::string left_by(const Call& call) {
             Bytes twice(word, word + 4);
             twice.insert(twice.end(), word, word + 4);
             wanted.emplace_back(std::string(what) + ", a word", twice);
-            // As the engines that keep bytes apart have it: negated, each in all bytes of a vector.
+            // In the form of the engines that work on planes of bytes: negated, and repeated in all bytes of a vector.
             Bytes planes(4, static_cast<std::uint8_t>(-word[0]));
             planes.insert(planes.end(), 4, static_cast<std::uint8_t>(-word[1]));
             if (word[0] != word[1]) wanted.emplace_back(std::string(what) + ", bytes", planes);
@@ -166,7 +166,7 @@ TEST_P(CipherWiping, nothing_is_left_of_keys_and_plaintext) { EXPECT_EQ(left_by(
 INSTANTIATE_TEST_SUITE_P(All, CipherWiping, testing::ValuesIn(calls),
                          [](const auto& call) { return std::string(call.param.name); });
 
-// The instrument: a key that is left is found.
+// The instrument finds a key that is left on the stack.
 TEST(CipherWipingControl, a_key_left_on_the_stack_is_found) {
     EXPECT_EQ(left_by({"", Call::before, nothing,
                        [](Secrets& s) {

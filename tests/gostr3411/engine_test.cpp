@@ -1,5 +1,5 @@
-// Every engine beside the step function for any processor: all lengths, places, overlaps and tables, and which way was
-// taken.
+// Every engine compared with the portable step function: all lengths, addresses, overlaps and tables, and which code
+// path ran.
 #include "gostr3411/engine.hpp"
 
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ using With = vrx::test::WithEngine<vrx::gostr3411::choice>;
 
 class EveryHashEngine : public vrx::test::EachEngine<vrx::gostr3411::choice> {
 protected:
-    /** What `work` returns with the engine has to be what it returns with the step function for any processor. */
+    /** `work` must return the same with the engine as with the portable step function. */
     template <typename Work>
     void expect_same(Work work) {
         const auto result_with = [&](const Engine& e) {
@@ -104,7 +104,7 @@ TEST_P(EveryHashEngine, leaves_every_field_of_a_context_the_same) {
                 trace.insert(trace.end(), record.begin(), record.end());
             };
             for (unsigned calls = pieces.below(6); calls != 0; --calls) {
-                // A caller may poke at the table of its record: one entry, or all of them.
+                // A caller may change the table of its record: one entry, or all of them.
                 const std::uint32_t poke = pieces.below(4);
                 if (poke == 0) ctx.table.t[pieces.below(4)][pieces.below(256)] ^= 1U << pieces.below(32);
                 if (poke == 1) ctx.table = *tables_[pieces.below(4)];
@@ -233,7 +233,7 @@ TEST_P(EveryHashEngine, touches_nothing_beside_the_buffers) {
         }
 }
 
-/** Once it has the S-boxes, the engine without addresses that depend on secrets has no use for the table. */
+/** The engine without secret-dependent addresses does not read the table once it has the S-boxes. */
 TEST(HashEngine, permutes_read_nothing_of_the_table) {
     if (!offered(engines[0])) GTEST_SKIP() << "this processor does not offer " << engines[0].name;
     const With with(engines[0]);

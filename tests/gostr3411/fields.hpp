@@ -28,7 +28,7 @@ inline void expect_fields(const GOSTR3411_CTX& ctx, const ModelContext& model, c
     EXPECT_EQ(ctx.count, model.count);
 }
 
-/** Give a context the fields of its model. */
+/** Copies the fields of the model to a context. */
 inline void put_fields(GOSTR3411_CTX& ctx, const ModelContext& model) {
     std::memcpy(ctx.sum, model.sum.data(), sizeof ctx.sum);
     std::memcpy(ctx.hash, model.hash.data(), sizeof ctx.hash);
@@ -37,7 +37,7 @@ inline void put_fields(GOSTR3411_CTX& ctx, const ModelContext& model) {
     ctx.count = static_cast<std::uint32_t>(model.count);
 }
 
-/** The round of a table that need not come from S-boxes. */
+/** The round function of a table of any content. */
 inline Substitution on_table(const vrx_tz& table) {
     return [table](std::uint32_t v) {
         std::uint32_t sum = 0;

@@ -71,7 +71,7 @@ TEST(known_answers, of_the_hash_over_all_cuts_at_odd_addresses) {
             EXPECT_EQ(GOSTR3411_Final(&ctx, out.data()), VRX_OK);
             EXPECT_EQ(hex(out), digest) << "cut at " << cut;
         }
-        if (message.empty()) return;  // only to be had in pieces
+        if (message.empty()) return;  // available in pieces only
         in_pieces(message, message.size(), [&](std::span<const std::uint8_t> data) {
             Digest out{};
             EXPECT_EQ(GOSTR3411_Transform(set.oid, set.oid_length, data.data(), length32(data), out.data()), VRX_OK);
@@ -127,7 +127,7 @@ TEST(known_answers, of_pbkdf2) {
     for_each_block(folder + "pbkdf2.kat", [](const KatBlock& block) {
         EXPECT_EQ(block.text("type"), "pbkdf2");
         const std::string derived = block.text("derived");
-        // A source may print a part only.
+        // A source may print only a part.
         EXPECT_EQ(pbkdf2(block, hash_set(block.text("sbox"))).substr(0, derived.size()), derived);
     });
 }

@@ -22,7 +22,7 @@ struct Row {
     std::string log;
 };
 
-// What the calls are made of.
+// The arguments of the calls.
 const std::uint8_t* const oid = VRX_PAR_HASH_1_OID;
 constexpr std::uint32_t oid_len = VRX_PAR_OID_SIZE;
 const std::uint8_t unknown_oid[VRX_PAR_OID_SIZE] = {6, 7, 0x2a, 0x85, 3, 2, 2, 0x1e, 2};
@@ -175,7 +175,7 @@ std::vector<Row> hmac_rows() {
 }
 
 std::vector<Row> kdf_rows() {
-    // A line that ends in a code, not in a line end.
+    // A line that ends with a code, without a newline.
     const std::string update_returned =
         update_bad + "GOSTR3411_Update" + code_2 + "GOSTR3411_HMAC_Update returned 0xfffffffe";
     return {

@@ -1,4 +1,4 @@
-// Messages of the known answers, and the ways to hand a message over in pieces.
+// The messages of the known answers, and their division into pieces.
 #ifndef VRX_TESTS_GOSTR3411_MESSAGES_HPP
 #define VRX_TESTS_GOSTR3411_MESSAGES_HPP
 

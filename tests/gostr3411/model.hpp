@@ -1,4 +1,4 @@
-// GOST R 34.11-94 as RFC 5831 writes it down: octet by octet, on the S-boxes themselves, one place of psi at a time.
+// Slow reference implementation of GOST R 34.11-94 after RFC 5831: octet by octet, with the S-boxes themselves.
 #ifndef VRX_TESTS_GOSTR3411_MODEL_HPP
 #define VRX_TESTS_GOSTR3411_MODEL_HPP
 
@@ -55,7 +55,7 @@ struct ModelStep {
 
 namespace model {
 
-/** A: the lowest 64 bits leave, their sum with the next 64 comes in on top. */
+/** A: drops the lowest 64 bits and appends their XOR with the next 64 on top. */
 inline Octets a(const Octets& y) {
     Octets out{};
     for (std::size_t i = 0; i < 32; ++i) out[i] = i < 24 ? y[i + 8] : y[i - 24] ^ y[i - 16];
@@ -89,7 +89,7 @@ inline void put_word(std::uint8_t* octets, std::uint32_t value) {
     for (unsigned i = 0; i < 4; ++i, value /= 256) octets[i] = static_cast<std::uint8_t>(value % 256);
 }
 
-/** GOST 28147-89 on one block: every round exchanges the halves, the last one does not. */
+/** GOST 28147-89 on one block. Every round but the last swaps the halves. */
 inline void encrypt(const Substitution& substitute, const Octets& key, const std::uint8_t* in, std::uint8_t* out) {
     std::uint32_t n1 = word(in);
     std::uint32_t n2 = word(in + 4);
@@ -103,7 +103,7 @@ inline void encrypt(const Substitution& substitute, const Octets& key, const std
     put_word(out + 4, n1);
 }
 
-/** psi, `times` over: the words move down by one, and the sum of six of them comes in on top. */
+/** psi, applied `times` times: moves the words down by one and appends the XOR of six of them on top. */
 inline Octets psi(Octets y, int times) {
     for (; times > 0; --times) {
         std::array<std::uint8_t, 2> top{};
@@ -192,7 +192,7 @@ inline Octets model_digest(const Substitution& substitute, std::span<const std::
     return ctx.final();
 }
 
-/** RFC 2104 with blocks and digests of 32 octets. */
+/** HMAC (RFC 2104) with blocks and digests of 32 octets. */
 inline Octets model_hmac(const Substitution& substitute, std::span<const std::uint8_t> key,
                          std::span<const std::uint8_t> message) {
     Octets k{};
@@ -223,7 +223,9 @@ inline Octets model_pbkdf2(const Substitution& substitute, std::span<const std::
     return t;
 }
 
-/** The derivation of PKCS #12 (RFC 7292, appendix B); the hash of a further block goes on from the last one's end. */
+/**
+ * The PKCS #12 derivation (RFC 7292, appendix B). The hash of each further block continues that of the previous one.
+ */
 inline Bytes model_pba(const Substitution& substitute, std::span<const std::uint8_t> password,
                        std::span<const std::uint8_t> salt, unsigned iterations, int id, std::size_t out_len) {
     const auto repeated = [](std::span<const std::uint8_t> text) {

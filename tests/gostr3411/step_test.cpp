@@ -1,4 +1,4 @@
-// The step function and the absorption of a block, against the model.
+// The step function and the absorption of a block, compared with the model.
 #include <gtest/gtest.h>
 
 #include "fields.hpp"

@@ -1,4 +1,4 @@
-// Keys, passwords and what is derived from them do not stay on the stack.
+// Keys, passwords and derived secrets do not stay on the stack or the heap.
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -10,12 +10,12 @@
 #include "support/own_stack.hpp"
 #include "support/random.hpp"
 
-// What free() is given, looked at before. The linker leads the library's calls here.
+// Records what free() is given. The linker redirects the library's calls here.
 namespace {
 
 using vrx::test::Bytes;
 
-/** What was on the heap when it was given back. */
+/** The content of the heap block that was freed. */
 Bytes* freed = nullptr;
 
 }  // namespace
@@ -23,7 +23,7 @@ Bytes* freed = nullptr;
 extern "C" void __real_free(void* memory);
 extern "C" void __wrap_free(void* memory) {
     if (freed != nullptr && memory != nullptr) {
-        Bytes* const kept = std::exchange(freed, nullptr);  // what follows gives memory back, too
+        Bytes* const kept = std::exchange(freed, nullptr);  // the code below frees memory, too
         const auto* first = static_cast<const std::uint8_t*>(memory);
         kept->insert(kept->end(), first, first + malloc_usable_size(memory));
         freed = kept;
@@ -35,7 +35,7 @@ namespace {
 
 using namespace vrx::test;
 
-/** What is on the heap when the call gives it back. */
+/** The content of the heap block that the call frees. */
 Bytes heap_after(const std::function<void()>& call) {
     Bytes memory;
     freed = &memory;
@@ -46,7 +46,7 @@ Bytes heap_after(const std::function<void()>& call) {
 
 class WipeTest : public testing::Test {
 protected:
-    /** The two pads of a key of up to 32 bytes and the hashes that begin with them. */
+    /** The two pads of a key of up to 32 bytes and the hashes that start with them. */
     void add_derived(const Bytes& key) {
         secrets.push_back(key);
         for (const std::uint8_t pad : std::to_array<std::uint8_t>({0x00, 0x36, 0x5c})) {
@@ -73,7 +73,7 @@ protected:
     std::uint32_t size = 0;
 };
 
-// The instrument: a secret on the stack is seen.
+// The instrument finds a secret on the stack.
 TEST_F(WipeTest, a_key_left_on_the_stack_is_found) {
     const Bytes key = random.bytes(32);
     const Bytes stack = stack_after([&] {
@@ -105,7 +105,7 @@ TEST_F(WipeTest, hmac_leaves_nothing_of_a_long_key_and_its_hash) {
     expect_none_left([&] {
         GOSTR3411_HMAC(nullptr, 0, message.data(), length32(message), key.data(), length32(key), out.data(), &size);
     });
-    // Also where a later argument is refused.
+    // The same if a later argument is refused.
     expect_none_left([&] { GOSTR3411_HMAC(nullptr, 0, nullptr, 0, key.data(), length32(key), out.data(), &size); });
 }
 
@@ -141,7 +141,7 @@ TEST_F(WipeTest, pkcs12_derivation_leaves_nothing_of_password_and_result) {
 TEST_F(WipeTest, pkcs12_derivation_leaves_nothing_on_the_heap) {
     const Bytes password = random.bytes(70);
     const std::uint8_t oid[1] = {};
-    // Of two blocks of result the second one begins with the password and the first one added up.
+    // The second block of the result starts with the sum of the password and the first block.
     Bytes keys(64);
     const Bytes heap = heap_after(
         [&] { GOSTR3411_PBA_Derive(password.data(), 70, message.data(), 8, 3, 1, oid, 1, keys.data(), 64); });
@@ -150,7 +150,7 @@ TEST_F(WipeTest, pkcs12_derivation_leaves_nothing_on_the_heap) {
     EXPECT_FALSE(holds_part_of(heap, password));
 }
 
-// The instrument: what is not wiped is found.
+// The instrument finds what is not wiped.
 TEST_F(WipeTest, a_password_left_on_the_heap_is_found) {
     const Bytes password = random.bytes(70);
     const Bytes heap = heap_after([&] {

@@ -1,4 +1,4 @@
-// SHA-1: every field after every call, every variant of the compression, against the standard read line by line.
+// SHA-1: every field after every call and every compression function, compared with the model.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -65,7 +65,7 @@ protected:
         const Bytes now = data();
         return {now.begin() + from, now.end()};
     }
-    /** Go on as if so many bytes, a multiple of 64, had been taken in. */
+    /** Continues as if the given number of bytes, a multiple of 64, had been hashed. */
     void preset(std::uint64_t count) {
         ctx.count_hi = static_cast<std::uint32_t>(count >> 32);
         ctx.count_lo = static_cast<std::uint32_t>(count);

@@ -1,4 +1,4 @@
-// SHA-1: published answers over all cuts, by every variant of the compression.
+// SHA-1: published answers for all cuts, with every compression function.
 #include <gtest/gtest.h>
 
 #include <algorithm>

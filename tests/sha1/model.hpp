@@ -1,4 +1,4 @@
-// SHA-1 as RFC 3174 writes it down, in 64-bit arithmetic.
+// Slow reference implementation of SHA-1 after RFC 3174, in 64-bit arithmetic.
 #ifndef VRX_TESTS_SHA1_MODEL_HPP
 #define VRX_TESTS_SHA1_MODEL_HPP
 
@@ -49,7 +49,7 @@ inline Words model_compress(const Words& h, std::span<const std::uint8_t> block)
 
 inline constexpr Words initial = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0};
 
-/** A running SHA-1. */
+/** A SHA-1 context. */
 struct Sha1Model {
     Words digest = initial;
     Bytes held; /**< what data begins with */

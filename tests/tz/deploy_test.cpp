@@ -27,7 +27,7 @@ using Numeric = std::array<std::uint8_t, VRX_NUM_TZ_SIZE>;
 
 Numeric random_numeric(Random& random) { return random.value<Numeric>(); }
 
-/** Deployment under one of its names. */
+/** Deployment with one of its functions. */
 struct Deploy {
     const char* name;
     int (*run)(const std::uint8_t*, vrx_tz*);
@@ -103,7 +103,7 @@ TEST_P(DeployTest, numeric_tz_may_lie_at_an_odd_address_and_stays_unchanged) {
     Random random;
     const Bytes octets = random.bytes(VRX_NUM_TZ_SIZE);
     for (std::size_t shift = 0; shift < 8; ++shift) {
-        // Nothing lies behind the last byte.
+        // Nothing follows the last byte.
         Bytes memory(shift + VRX_NUM_TZ_SIZE);
         std::copy(octets.begin(), octets.end(), memory.begin() + static_cast<std::ptrdiff_t>(shift));
         const Bytes before = memory;
@@ -127,8 +127,8 @@ TEST_P(DeployTest, null_pointer_is_refused_and_the_record_stays_untouched) {
 }
 
 /**
- * A record across two pages: the entries fill the first, the flag begins the second. The page whose turn it is not is
- * write-protected, so that each change of turn is a fault, at which the record can be looked at.
+ * A record across two pages: the entries fill the first, and the flag starts the second. Only one page is writable at a
+ * time, so each switch to the other causes a fault, and its handler inspects the record.
  */
 namespace turns {
 

@@ -1,4 +1,4 @@
-// Substitution as the standard draws it: eight boxes side by side, each on its nibble, then a rotation.
+// Slow reference implementation of the substitution: eight S-boxes, each on its nibble, then a rotation.
 #ifndef VRX_TESTS_TZ_MODEL_HPP
 #define VRX_TESTS_TZ_MODEL_HPP
 
@@ -24,7 +24,7 @@ inline Boxes boxes_of(std::span<const std::uint8_t, VRX_NUM_TZ_SIZE> num) {
     return boxes;
 }
 
-/** The nibbles from `first` to `last` of v substituted, the others dropped; all rotated left by 11 bits. */
+/** Substitutes the nibbles from `first` to `last` of v, clears the others, and rotates left by 11 bits. */
 inline std::uint32_t substituted(const Boxes& boxes, std::uint32_t v, unsigned first = 0, unsigned last = 7) {
     std::uint64_t sum = 0;
     std::uint64_t place = 1;
@@ -45,13 +45,13 @@ inline vrx_tz deployed(const Boxes& boxes) {
 
 using Numeric = std::array<std::uint8_t, VRX_NUM_TZ_SIZE>;
 
-/** What a character counts: digits their value, all others their code less 55, whatever they are. */
+/** The value of a character: that of a digit, or the code minus 55 of any other character. */
 inline int value_of(unsigned code) {
     const int c = static_cast<int>(code);
     return code >= '0' && code <= '9' ? c - '0' : c - 55;
 }
 
-/** first + 16 second where both are nibbles; else their bits laid over each other, and the low 8 bits of that. */
+/** first + 16 second if both are nibbles; otherwise the low 8 bits of the OR of first and 16 second. */
 inline std::uint8_t byte_of(unsigned first, unsigned second) {
     return static_cast<std::uint8_t>(value_of(second) * 16 | value_of(first));
 }

@@ -1,4 +1,4 @@
-// The registry as a process finds it, before anything was called.
+// The registry at the start of a process, before any call.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// The registered list, its searches, and the accessors.
+// The list of registered sets, its searches, and the accessors.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -22,7 +22,7 @@ using Chain = std::vector<const Record*>;
 
 auto& builtin = GOST28147_CRYPTO_PRO_OIDS;
 
-/** The registered list in order; an endless one is cut off. */
+/** The registered records in order. A circular list is cut off. */
 Chain listed() {
     Chain chain;
     for (const Record* r = GOST28147_OIDS; r != nullptr && chain.size() < 100; r = r->next) chain.push_back(r);
@@ -51,7 +51,7 @@ struct Found {
 
 void PrintTo(const Found& found, std::ostream* out) { *out << "{" << found.rc << ", " << found.record << "}"; }
 
-/** What a search yields. The identifier is copied to memory that ends with it. */
+/** The result of a search. The identifier is copied to memory that ends with it. */
 Found find(const std::uint8_t* oid, std::uint32_t length = VRX_PAR_OID_SIZE) {
     const Bytes copy(oid, oid + length);
     Record never_written;
@@ -70,7 +70,7 @@ const Found not_found{VRX_ERR_FAILED, nullptr};
 
 class Registry : public testing::Test {
 protected:
-    /** Records of the caller, with identifiers of their own and rubbish in `next`. */
+    /** Caller-supplied records, with custom identifiers and garbage in `next`. */
     Registry() {
         for (std::size_t i = 0; i < own.size(); ++i) {
             own_oids.at(i) = {0x06, 0x01, static_cast<std::uint8_t>(0x70 + i)};
@@ -326,7 +326,7 @@ TEST_F(Registry, search_compares_length_and_every_byte) {
             Bytes other = oid;
             other[i] = static_cast<std::uint8_t>(other[i] ^ 1U << bit);
             const Found found = find(other.data());
-            // Only a change of the last arc can lead to another set.
+            // Only a change of the last arc can yield another set.
             if (i + 1 < oid.size() || other[i] > 9) {
                 EXPECT_EQ(found, not_found) << i << " " << bit;
             } else {

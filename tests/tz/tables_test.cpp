@@ -34,7 +34,7 @@ const std::map<std::string, const vrx_tz*> builtin = {
     {"id-GostR3411-94-CryptoProParamSet", &TZ_3411_94[1]},
 };
 
-/** The parameter set of a block is what the registry says under its identifier. */
+/** The parameter set of a block is the one that the registry has for its identifier. */
 void expect_registered(const KatBlock& block, const vrx_tz* table) {
     const Bytes oid = block.octets("oid");
     const auto length = static_cast<std::uint32_t>(oid.size());
@@ -73,7 +73,7 @@ TEST(tables, are_the_published_boxes_deployed_byte_for_byte) {
         const vrx_tz expected = deployed(boxes);
         EXPECT_EQ(std::memcmp(table, &expected, sizeof *table), 0);
 
-        // The published octets have the nibbles the other way round.
+        // The published octets have their nibbles swapped.
         Bytes octets = block.octets("octets");
         ASSERT_EQ(octets.size(), std::size_t{VRX_NUM_TZ_SIZE});
         vrx_crpt_swap_num_TZ(octets.data());
@@ -146,7 +146,7 @@ TEST(by_name, matching_is_exact) {
         }
         for (std::size_t i = 0; i < good.size(); ++i) {
             std::string other = good;
-            other[i] = static_cast<char>(other[i] ^ 0x20);  // for letters the other case
+            other[i] = static_cast<char>(other[i] ^ 0x20);  // flips the case of letters
             EXPECT_EQ(TZ_by_name(other.c_str()), nullptr) << other;
             EXPECT_EQ(hash_TZ_by_name(other.c_str()), nullptr) << other;
         }

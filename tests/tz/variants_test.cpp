@@ -1,4 +1,4 @@
-// The ways to deploy a table and to find its S-boxes again.
+// All implementations that deploy a table and that recover its S-boxes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -99,7 +99,7 @@ TEST(Recovery, address_outside_the_built_in_tables_matches_none) {
     for (const std::span<const vrx_tz> set :
          {std::span<const vrx_tz>(TZ_28147_89), std::span<const vrx_tz>(TZ_3411_94)}) {
         const auto* const first = reinterpret_cast<const std::uint8_t*>(set.data());
-        // Inside a table, and right behind the last one, unless the other set begins there.
+        // Inside a table, and right after the last one, unless the other set starts there.
         EXPECT_EQ(at(first + 4), nullptr);
         EXPECT_EQ(at(first + set.size_bytes() - 4), nullptr);
         const std::uint8_t* const end = first + set.size_bytes();
