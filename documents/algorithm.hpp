@@ -18,8 +18,8 @@ struct Algorithm {
     std::string oid;                            // dotted
     bool known = false;                         // GOST R 34.10-2001, and all named parameter sets are built in
     const EcParamSet* curve = nullptr;          // nullptr if not named: a certificate may inherit it from its issuer
-    const vrx_gostr3411_par* hash = nullptr;    // nullptr when it names none
-    const vrx_gost28147_par* cipher = nullptr;  // nullptr when it names none
+    const vrx_gostr3411_par* hash = nullptr;    // nullptr if not named
+    const vrx_gost28147_par* cipher = nullptr;  // nullptr if not named
 };
 
 /** The result of reading a structure. */

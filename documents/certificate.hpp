@@ -63,7 +63,7 @@ Content read_certificate(Part octets, Certificate& certificate);
  */
 bool read_signed(Part octets, Signed& result, Part& inner);
 
-/** One extension. */
+/** An X.509 extension. */
 struct Extension {
     std::string oid;  // dotted
     bool critical;

@@ -68,7 +68,7 @@ const char* full_curve_name(const EcParamSet& set);
 /** The name of a built-in table. */
 const char* table_name(const vrx_tz* table);
 
-/** The S-boxes of a table as the text of 128 characters that the library deploys. */
+/** Convert a table to the 128 hexadecimal digits from which the library can deploy it. */
 std::string table_text(const vrx_tz& table);
 
 }  // namespace vrx::app

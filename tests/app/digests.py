@@ -6,7 +6,7 @@ import subprocess
 
 from program import Done, ProgramTest
 
-SETS = {"test": "GOST94", "cryptopro": "GOST94-CRYPTOPRO"}  # the parameter sets, and the tags of their lines
+SETS = {"test": "GOST94", "cryptopro": "GOST94-CRYPTOPRO"}  # the tag of each parameter set in lists
 
 
 def set_name(sbox):

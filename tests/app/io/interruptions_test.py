@@ -147,7 +147,7 @@ class TwoPrograms(ProgramTest):
 
 
 class ChangingFiles(ProgramTest):
-    """Inputs that change during a run, while it waits for its reader and part of the input is unread."""
+    """Inputs that change during a run. The run blocks on its full output pipe, so part of the input is unread."""
 
     def half_way(self, *options):
         self.data = random.Random(2).randbytes(SIZE // 8 * 8)

@@ -1,4 +1,4 @@
-// DER and base64: one way to write each value, and no read past the end.
+// Tests that DER and base64 have one encoding for each value, and that readers never read past the end.
 #include "keys/der.hpp"
 
 #include <gtest/gtest.h>
