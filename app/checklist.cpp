@@ -312,7 +312,7 @@ void add_ids(const std::vector<std::string>& files, std::vector<FileId>& ids) {
 }  // namespace
 
 std::vector<Option> list_options(ListOptions& options, const char* check_help) {
-    return {text_option("out", 'o', "OUT", "where the list goes; without it to standard output", options.out),
+    return {text_option("out", 'o', "OUT", "where the list goes; default: standard output", options.out),
             flag_option("check", 'c', check_help, options.check),
             flag_option("quiet", 0, "with --check: no line for a file that passes", options.quiet),
             flag_option("status", 0, "with --check: no lines, the exit code tells", options.status),

@@ -42,19 +42,18 @@ vrx_data record(std::span<std::uint8_t> data) { return {static_cast<std::uint32_
 }  // namespace
 
 std::vector<Option> cipher_options(CipherOptions& options) {
-    return {
-        text_option("key", 'k', "FILE", "the key: 32 bytes, or 64 hexadecimal digits with an optional newline",
-                    options.key),
-        text_option("params", 'p', "SET",
-                    "parameter set: test, A, B, C, D, 0S, SA, SB, SC, SD, a name or an object\n"
-                    "identifier as 'vrx params' lists them; without it CryptoPro-A",
-                    options.parameters),
-        flag_option("mesh", 0, "switch CryptoPro key meshing on; without it as the parameter set says", options.mesh),
-        flag_option("no-mesh", 0, "switch key meshing off", options.no_mesh),
-        text_option("table", 't', "FILE",
-                    "S-boxes in place of those of the parameter set: 64 bytes, or 128\n"
-                    "hexadecimal digits with an optional newline",
-                    options.table)};
+    return {text_option("key", 'k', "FILE", "the key: 32 bytes, or 64 hexadecimal digits with an optional newline",
+                        options.key),
+            text_option("params", 'p', "SET",
+                        "parameter set: test, A, B, C, D, 0S, SA, SB, SC, SD, a name or an object\n"
+                        "identifier as 'vrx params' lists them; default: CryptoPro-A",
+                        options.parameters),
+            flag_option("mesh", 0, "switch CryptoPro key meshing on; default: as in the parameter set", options.mesh),
+            flag_option("no-mesh", 0, "switch key meshing off", options.no_mesh),
+            text_option("table", 't', "FILE",
+                        "S-boxes in place of those of the parameter set: 64 bytes, or 128\n"
+                        "hexadecimal digits with an optional newline",
+                        options.table)};
 }
 
 Cipher::Cipher(const Command& command, const CipherOptions& options) {

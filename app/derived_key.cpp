@@ -18,8 +18,8 @@ Option ukm_option(std::optional<std::string>& ukm) {
 
 Option derived_key_option(std::string& out) {
     return text_option("out", 'o', "FILE",
-                       "a new file, readable by its owner alone, for the 32 bytes; without it\n"
-                       "hexadecimal digits go to standard output",
+                       "a new file, readable by its owner only, for the 32 bytes; default:\n"
+                       "hexadecimal digits to standard output",
                        out);
 }
 

@@ -10,7 +10,7 @@ namespace vrx::app {
 
 std::vector<Option> digest_options(std::string& set, ListOptions& lists, const char* check_help) {
     std::vector<Option> options{
-        text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; without it cryptopro", set)};
+        text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; default: cryptopro", set)};
     for (Option& option : form_options(lists)) options.push_back(std::move(option));
     for (Option& option : list_options(lists, check_help)) options.push_back(std::move(option));
     return options;

@@ -9,8 +9,8 @@ namespace vrx::app {
 
 std::vector<Option> key_form_options(KeyForm& form, const char* curve_help) {
     return {text_option("format", 'f', "FORMAT",
-                        "how keys are written, pem, der or raw; without it pem. PEM and DER\n"
-                        "are told apart when a key is read",
+                        "the key format, pem, der or raw; default: pem. PEM and DER\n"
+                        "are detected when a key is read",
                         form.format),
             text_option("curve", 'c', "CURVE", curve_help, form.curve)};
 }
@@ -22,7 +22,7 @@ std::vector<Option> password_options(PasswordOptions& options) {
             text_option("encoding", 0, "FORM",
                         "what becomes of the password: text, its bytes as they are, which is the\n"
                         "default; hex, the bytes that its hexadecimal digits stand for; bmp, the\n"
-                        "BMPString that PKCS #12 wants, made from UTF-8, with two zero bytes behind it",
+                        "BMPString that PKCS #12 wants, made from UTF-8, with two zero bytes appended",
                         options.encoding)};
 }
 

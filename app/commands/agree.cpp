@@ -20,7 +20,7 @@ int run(const Command& self, int argc, char** argv) {
                                 ukm_option(ukm_text)};
     for (Option& option : key_form_options(form, "the curve of raw keys")) options.push_back(std::move(option));
     options.push_back(
-        text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; without it cryptopro", set));
+        text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; default: cryptopro", set));
     options.push_back(derived_key_option(out));
     if (!parse(self, options, 0, argc, argv)) return exit_done;
     if (!key_path) throw WrongUse(self, "your private key is needed, --key FILE");

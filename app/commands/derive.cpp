@@ -10,7 +10,8 @@
 namespace vrx::app {
 namespace {
 
-// RFC 8018, section 4.1, asks for salts of eight bytes. Its thousand iterations (section 4.2) are from the year 2000.
+// RFC 8018 asks for salts of at least eight bytes (section 4.1). Its minimum of 1000 iterations (section 4.2) is
+// outdated.
 constexpr std::size_t shortest_salt = 8;
 constexpr std::uint64_t fewest_iterations = 10'000;
 
@@ -57,19 +58,20 @@ Derivation derivation(const Command& self, const Choice& choice) {
     result.id = static_cast<std::int32_t>(number(self, "--id", choice.id.value_or("1"), 0, 255));
     result.length = number(self, "--length", choice.length.value_or("32"), 1, std::numeric_limits<std::int32_t>::max());
     if (!result.pkcs12 && result.length != VRX_PBKDF2_SIZE)
-        throw WrongUse(self, "pbkdf2 gives 32 bytes, no more and no fewer; derive again with another salt for more");
+        throw WrongUse(self, "pbkdf2 derives exactly 32 bytes; for more, derive again with another salt");
     return result;
 }
 
 void warn_of_weak_choices(const Derivation& choice) {
     if (choice.iterations < fewest_iterations)
-        say("warning: so few iterations, " + std::to_string(choice.iterations) +
-            ", make passwords quick to guess; take " + std::to_string(fewest_iterations) + " or more");
+        say("warning: with only " + std::to_string(choice.iterations) + " iteration" +
+            (choice.iterations == 1 ? "" : "s") + ", passwords are quick to guess; use " +
+            std::to_string(fewest_iterations) + " or more");
     if (choice.salt.size() < shortest_salt)
         say("warning: a salt of " + std::to_string(8 * choice.salt.size()) +
-            " bits is short, so tables of guessed passwords may be made in advance; take 64 random bits or more");
+            " bits is so short that attackers can precompute keys for it; use 64 random bits or more");
     if (choice.pkcs12 && choice.length > VRX_HASH_SIZE)
-        say("warning: beyond 32 bytes the result is not that of PKCS #12");
+        say("warning: a result longer than 32 bytes is not compatible with PKCS #12");
 }
 
 void derive(const Derivation& choice, SecretBytes& password, std::span<std::uint8_t> out) {
@@ -102,17 +104,16 @@ int run(const Command& self, int argc, char** argv) {
     std::string out = "-";
     bool raw = false;
     std::vector<Option> options{
-        text_option("kdf", 0, "KDF", "pbkdf2, of PKCS #5 (RFC 8018); or pba, of PKCS #12 (RFC 7292, appendix B)",
-                    choice.kdf),
-        text_option("salt", 0, "HEX", "the salt, two digits for each byte", choice.salt),
-        text_option("iterations", 'n', "N", "how often to hash", choice.iterations),
-        text_option("id", 0, "N", "what the result of pba is for: 1 a key, which is the default, 2 an IV, 3 a MAC key",
-                    choice.id),
-        text_option("length", 'l', "N", "bytes of the result; without it 32, and with pbkdf2 always", choice.length)};
+        text_option("kdf", 0, "KDF", "pbkdf2 (PKCS #5, RFC 8018) or pba (PKCS #12, RFC 7292, appendix B)", choice.kdf),
+        text_option("salt", 0, "HEX", "the salt, in hexadecimal", choice.salt),
+        text_option("iterations", 'n', "N", "the iteration count", choice.iterations),
+        text_option("id", 0, "N", "the purpose for pba: 1 a key (the default), 2 an IV, 3 a MAC key", choice.id),
+        text_option("length", 'l', "N", "bytes to derive; default: 32, which is the only size of pbkdf2",
+                    choice.length)};
     for (Option& option : password_options(password_choice)) options.push_back(std::move(option));
     options.push_back(text_option("out", 'o', "FILE",
-                                  "a new file for the result that only its owner can read; it must not exist\n"
-                                  "yet; without it to standard output",
+                                  "a new file, readable by its owner only, for the result; default: standard\n"
+                                  "output",
                                   out));
     options.push_back(flag_option("raw", 0, "write bytes instead of hexadecimal digits and a newline", raw));
     if (!parse(self, options, 0, argc, argv)) return exit_done;
@@ -143,8 +144,8 @@ const Command derive_command{
     R"(Derive a key from a password with GOST R 34.11-94 (parameter set cryptopro), and print its hexadecimal digits.
 
 The program asks for the password on the terminal, which does not show it, or reads it from a file or a descriptor.
-It is never an argument, because every user of the system can see those. The same password, salt and iterations
-give the same key again: store the salt and the iterations, and remember the password.)",
+The password is never an argument, because every user of the system can see arguments. To derive the same key
+again you need the same password, salt and iteration count: store the salt and the count, and remember the password.)",
     R"(od -An -N16 -tx1 /dev/urandom | tr -d ' \n' > salt
 vrx derive --kdf pbkdf2 --salt $(cat salt) --iterations 100000 --out my.key)",
     run};

@@ -16,7 +16,7 @@ int run(const Command& self, int argc, char** argv) {
     std::string out = "-";
     const std::vector<Option> options{
         text_option("key", 'k', "FILE", "the key: 32 bytes, or 64 hexadecimal digits", key_path), ukm_option(ukm_text),
-        text_option("params", 'p', "SET", "parameter set of the cipher; without it CryptoPro-A", params),
+        text_option("params", 'p', "SET", "parameter set of the cipher; default: CryptoPro-A", params),
         derived_key_option(out)};
     if (!parse(self, options, 0, argc, argv)) return exit_done;
     if (!key_path) throw WrongUse(self, "a key is needed, --key FILE");

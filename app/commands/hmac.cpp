@@ -15,7 +15,7 @@ FileId load_hmac_key(const std::string& path, bool hex, SecretBytes& key) {
     if (hex) decode_hex(key, "what the key file " + file.shown() + " holds");
     if (key.bytes().empty())
         throw Failure("the key file " + file.shown() +
-                      " holds no key; with an empty one anybody could make these MACs, so take another");
+                      " holds no key; anyone could forge MACs made with an empty key, so use another file");
     warn_if_others_can_read(file, "key");
     return file.id();
 }
@@ -39,9 +39,8 @@ int run(const Command& self, int argc, char** argv) {
     std::string set = "cryptopro";
     ListOptions lists;
     std::vector<Option> options{
-        text_option("key", 'k', "FILE", "the key: all bytes of the file, also a newline", key_path),
-        flag_option("hex-key", 'x', "the file holds the key as hexadecimal digits, with an optional newline",
-                    hex_key)};
+        text_option("key", 'k', "FILE", "the key: all bytes of the file, including any newline", key_path),
+        flag_option("hex-key", 'x', "the file holds the key as hexadecimal digits, with an optional newline", hex_key)};
     for (Option& option : digest_options(set, lists, "read lists of MACs from the FILEs and verify them"))
         options.push_back(std::move(option));
     const auto files = parse_with_lists(self, options, lists, argc, argv);
@@ -65,11 +64,11 @@ const Command hmac_command{
     "hmac",
     "[FILE]...",
     "authenticate files with HMAC GOST R 34.11-94",
-    R"(Print the HMAC (RFC 2104) with GOST R 34.11-94 of each FILE, or of standard input, in lines as sha256sum writes
-them; or verify such lines.
+    R"(Print the HMAC (RFC 2104) with GOST R 34.11-94 of each FILE, or of standard input, in the format of
+sha256sum; or verify such lists.
 
-A key may have any length from one byte on; 32 bytes are as good as any more. With --check the exit code is 1 when
-a file differs or a line is not understood, and 2 when a file cannot be read.)",
+A key may have any length from one byte on; more than 32 bytes add no security. With --check the exit code is 1 if a
+file differs or a line is malformed, and 2 if a file cannot be read.)",
     R"(vrx hmac --key my.key *.iso > macs
 vrx hmac --key my.key --check macs)",
     run};

@@ -26,8 +26,8 @@ int run(const Command& self, int argc, char** argv) {
     CipherOptions cipher_choice;
     ListOptions list_choice;
     std::vector<Option> options = cipher_options(cipher_choice);
-    options.push_back(text_option("iv", 0, "HEX", "the value that the MAC starts from, 16 digits; without it zero",
-                                  cipher_choice.iv));
+    options.push_back(
+        text_option("iv", 0, "HEX", "the initial value of the MAC, 16 digits; default: zero", cipher_choice.iv));
     for (Option& option : list_options(list_choice, "read lists of MACs from the FILEs and verify them"))
         options.push_back(std::move(option));
 

@@ -11,7 +11,7 @@ int run(const Command& self, int argc, char** argv) {
     KeyForm form;
     std::string out = "-";
     std::vector<Option> options = key_form_options(form, "the curve of a raw key");
-    options.push_back(text_option("out", 'o', "FILE", "where the public key goes; without it to standard output", out));
+    options.push_back(text_option("out", 'o', "FILE", "where the public key goes; default: standard output", out));
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;
 

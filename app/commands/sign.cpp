@@ -23,8 +23,8 @@ int run(const Command& self, int argc, char** argv) {
     std::vector<Option> options{text_option("key", 'k', "FILE", "the private key", key_path)};
     for (Option& option : key_form_options(form, "the curve of a raw key")) options.push_back(std::move(option));
     options.push_back(
-        text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; without it cryptopro", set));
-    options.push_back(text_option("out", 'o', "FILE", "where the signature goes; without it to standard output", out));
+        text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; default: cryptopro", set));
+    options.push_back(text_option("out", 'o', "FILE", "the file for the signature; default: standard output", out));
     options.push_back(flag_option("hex", 'x', "write hexadecimal digits and a newline", hex));
     options.push_back(flag_option("base64", 0, "write base64 and a newline", base64));
     const auto operands = parse(self, options, 1, argc, argv);
@@ -44,8 +44,7 @@ int run(const Command& self, int argc, char** argv) {
     const int code = vrx_hedged_sign(key->set, digest.data(), key->d, &signature);
     if (code == VRX_ERR_FAILED)
         throw Failure(
-            "the signature did not verify once it was made, so it was thrown away; processor or memory may be "
-            "faulty, check the machine");
+            "the new signature did not verify and was discarded; the CPU or memory may be faulty, check the machine");
     check("the signature", code);
     check("the signature", ecUnloadSignValue(&signature, octets.data()));
     if (hex) {
@@ -67,7 +66,7 @@ const Command sign_command{
     "sign",
     "[FILE]",
     "sign a file with GOST R 34.10-2001",
-    R"(Sign the GOST R 34.11-94 digest of FILE, or of standard input. The signature is 64 bytes: s and then r, each most
+    R"(Sign the GOST R 34.11-94 digest of FILE, or of standard input. The signature is 64 bytes: s, then r, each most
 significant byte first.)",
     R"(vrx keypair --curve A --out my.pem
 vrx sign --key my.pem -o letter.sig letter.txt)",

@@ -281,9 +281,8 @@ Seconds seconds_of(const Command& self, const std::string& text) {
     const auto units = to_number(whole);
     const auto tenths = to_number(part);
     if (!units || !tenths || part.size() != 1 || *units > 3600 || (*units == 0 && *tenths == 0))
-        throw WrongUse(self,
-                       "--seconds takes a number from 0.1 to 3600, with one digit behind the point at the most, not " +
-                           in_quotes(text));
+        throw WrongUse(
+            self, "--seconds takes a number from 0.1 to 3600, with at most one decimal place, not " + in_quotes(text));
     return Seconds(static_cast<double>(*units) + static_cast<double>(*tenths) / 10);
 }
 
@@ -292,8 +291,8 @@ int run(const Command& self, int argc, char** argv) {
     std::optional<std::string> plot;
     const auto operands =
         parse(self,
-              {text_option("seconds", 's', "NUMBER", "how long to measure, in all; without it 15", seconds),
-               text_option("plot", 'p', "FILE", "draw a chart too, as an SVG picture in FILE", plot)},
+              {text_option("seconds", 's', "NUMBER", "total time in seconds; default: 15", seconds),
+               text_option("plot", 'p', "FILE", "also draw a chart, as an SVG picture in FILE", plot)},
               0, argc, argv);
     if (!operands) return exit_done;
     const Seconds time = seconds_of(self, seconds);
@@ -322,8 +321,8 @@ const Command speed_command{
     "speed",
     "",
     "measure every algorithm on this machine",
-    R"(Measure the cipher in all its modes, the hashes, signatures, key agreement and derivation, by one thread and on 64
-KiB of data at a time. Says which engine of the library this processor runs. Takes about 15 seconds.)",
+    R"(Measure the cipher in all its modes, the hashes, signatures, key agreement and derivation, with one thread and 64
+KiB of data per call. Prints which engine of the library this CPU runs. Takes about 15 seconds.)",
     R"(vrx speed --seconds 2 --plot speed.svg)",
     run};
 

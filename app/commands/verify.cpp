@@ -192,7 +192,7 @@ int run(const Command& self, int argc, char** argv) {
         text_option("signature", 'S', "FILE", "the signature", signature_path)};
     for (Option& option : key_form_options(form, "the curve of a raw key")) options.push_back(std::move(option));
     options.push_back(text_option("set", 's', "SET",
-                                  "parameter set of the hash: cryptopro or test; without it the one that the\n"
+                                  "parameter set of the hash: cryptopro or test; default: the one that the\n"
                                   "certificate names, or cryptopro",
                                   set));
     options.push_back(list_option("ca", 'A', "FILE",
@@ -203,7 +203,7 @@ int run(const Command& self, int argc, char** argv) {
         list_option("crl", 0, "FILE", "revocation lists of the authorities; may be repeated", trust.lists));
     options.push_back(text_option("time", 'T', "TIME",
                                   "when the signature was made, in UTC, like 2026-02-28 or '2026-02-28 23:59:59';\n"
-                                  "without it now. With 'any' dates are not checked",
+                                  "default: now. With 'any' dates are not checked",
                                   trust.time));
     options.push_back(flag_option("status", 0, "print lines for programs, each a word and a value", status));
     const auto operands = parse(self, options, 1, argc, argv);

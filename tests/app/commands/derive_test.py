@@ -94,7 +94,7 @@ class Keys(HashTest):
         self.assertEqual((long[:64], len(long)), (short[:64], 201))
         self.assertEqual(len(self.derive("pba", b"secret", b"saltsalt", 1, "--length", "100000", "--raw")), 100_000)
         done = self.run_vrx(*PBA, "--length", "33", "--password-fd", "0", stdin=b"secret")
-        self.assertEqual((done.code, done.err), (0, b"vrx: warning: beyond 32 bytes the result is not that of PKCS #12\n"))
+        self.assertEqual((done.code, done.err), (0, b"vrx: warning: a result longer than 32 bytes is not compatible with PKCS #12\n"))
 
     def test_bmp_strings(self):
         for text in ("secret", "пароль", "€uro \u07ff\u0800\ud7ff\ue000\uffff", ""):
@@ -285,9 +285,9 @@ class Choices(ProgramTest):
 
     def test_weak_choices_draw_a_warning(self):
         for kdf in ("pbkdf2", "pba"):
-            for salt, iterations, says in [(SALT, "9999", [b"so few iterations, 9999,"]), (SALT, "1", [b"so few iterations, 1,"]),
-                                           (SALT[2:], "10000", [b"a salt of 56 bits is short"]),
-                                           ("00", "2", [b"so few iterations, 2,", b"a salt of 8 bits is short"]),
+            for salt, iterations, says in [(SALT, "9999", [b"with only 9999 iterations,"]), (SALT, "1", [b"with only 1 iteration,"]),
+                                           (SALT[2:], "10000", [b"a salt of 56 bits is so short"]),
+                                           ("00", "2", [b"with only 2 iterations,", b"a salt of 8 bits is so short"]),
                                            (SALT, "10000", []), (SALT * 5, "20000", [])]:
                 done = self.derive(kdf, salt, iterations)
                 lines = done.err.splitlines()
@@ -313,7 +313,7 @@ class Choices(ProgramTest):
         for text in ("0", "", "-1", "1e6", " 1", "1 ", "+1", "18446744073709551616", "0x10"):
             self.refused(*DERIVE, "--iterations", text, says=f"--iterations takes a number from 1 to 18446744073709551615, not '{text}'")
         for length in ("0", "1", "31", "33", "64"):
-            self.refused(*DERIVE, "--length", length, says="--length takes a number" if length == "0" else "pbkdf2 gives 32 bytes, no more")
+            self.refused(*DERIVE, "--length", length, says="--length takes a number" if length == "0" else "pbkdf2 derives exactly 32 bytes")
 
 
 class Results(ProgramTest):
