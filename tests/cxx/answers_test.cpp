@@ -5,12 +5,13 @@
 
 #include "support/hex.hpp"
 #include "support/kat.hpp"
+#include "support/project.hpp"
 
 using namespace vrx::test;
 
 namespace {
 
-const std::string tests = VRX_TESTS "/";
+const std::string tests = in_project("tests/");
 
 const vrx_gost28147_par& cipher_set_named(const std::string& name) {
     // The sets of RFC 4357 come first; those without key meshing have other names.

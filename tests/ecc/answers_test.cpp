@@ -1,12 +1,13 @@
 // Known-answer tests: signatures, key pairs, multiples, sums, key agreement, key wrap, enveloped messages.
 #include "ecc_support.hpp"
 #include "support/kat.hpp"
+#include "support/project.hpp"
 
 using namespace vrx::test;
 
 namespace {
 
-const std::string data = VRX_TEST_DATA "/";
+const std::string data = in_project("tests/ecc/");
 
 struct Digest {
     std::uint32_t words[VRX_ECC_DIGEST_WORDS];

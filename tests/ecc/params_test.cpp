@@ -4,6 +4,7 @@
 #include "support/child_process.hpp"
 #include "support/log_capture.hpp"
 #include "support/memory_map.hpp"
+#include "support/project.hpp"
 
 #include <fstream>
 #include <sstream>
@@ -171,7 +172,7 @@ TEST(generators, print_the_numbers_byte_for_byte_and_set_them_anew) {
         std::fflush(stdout);
     });
     EXPECT_TRUE(passed(run));
-    EXPECT_EQ(run.out, vrx_copyright_notice() + std::string("\n") + contents(VRX_TEST_DATA "/numbers.expected"));
+    EXPECT_EQ(run.out, vrx_copyright_notice() + std::string("\n") + contents(in_project("tests/ecc/numbers.expected")));
     EXPECT_EQ(run.err, "");
 }
 
@@ -227,7 +228,7 @@ std::string as_printed(const std::string& table) {
 }
 
 TEST(generators, print_the_tables_byte_for_byte_and_fill_them) {
-    const std::string sources = VRX_TEST_DATA "/../../src/ecc/tables/";
+    const std::string sources = in_project("src/ecc/tables/");
     const struct {
         std::uint32_t index;
         std::string file;
@@ -259,7 +260,7 @@ TEST(generators, table_of_the_test_set_uses_the_formulas_for_a_minus_3) {
         EXPECT_EQ(cp_ecc_par[0].has_precomp, 0u);
     });
     EXPECT_TRUE(passed(run));
-    EXPECT_EQ(run.out, contents(VRX_TEST_DATA "/table_test.expected"));
+    EXPECT_EQ(run.out, contents(in_project("tests/ecc/table_test.expected")));
 }
 
 }  // namespace

@@ -18,6 +18,7 @@
 
 #include "support/child_process.hpp"
 #include "support/fenced_buffer.hpp"
+#include "support/project.hpp"
 #include "support/random.hpp"
 #include "support/registry_guard.hpp"
 #include "vrx.h"
@@ -792,7 +793,7 @@ TEST(Fences, every_function_with_pointer_arguments_is_tested) {
                                &hash_calls(), &arithmetic_calls(), &curve_calls(), &printing_calls()})
         for (const auto& [name, call] : *calls) called.insert(name);
     std::set<std::string> exported;
-    std::ifstream file(VRX_EXPORTS);
+    std::ifstream file(in_project("tests/abi/exports.txt"));
     for (std::string line; std::getline(file, line);) {
         std::istringstream fields(line);
         std::string kind, name;

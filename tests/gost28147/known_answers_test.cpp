@@ -8,13 +8,14 @@
 #include "gost28147/tables.hpp"
 #include "support/hex.hpp"
 #include "support/kat.hpp"
+#include "support/project.hpp"
 #include "vrx/context.h"
 
 namespace {
 
 using namespace vrx::test;
 
-const std::string folder = VRX_TEST_DATA "/";
+const std::string folder = in_project("tests/gost28147/");
 
 /** The S-boxes of a block of answers: a published set, or octets that the source gives. */
 TestTable table_of(const KatBlock& block) {

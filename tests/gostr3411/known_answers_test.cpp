@@ -5,12 +5,13 @@
 
 #include "messages.hpp"
 #include "model.hpp"
+#include "support/project.hpp"
 
 namespace {
 
 using namespace vrx::test;
 
-const std::string folder = VRX_TEST_DATA "/";
+const std::string folder = in_project("tests/gostr3411/");
 
 Octets number(const Bytes& octets) {
     Octets out{};

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "support/kat.hpp"
+#include "support/project.hpp"
 #include "tz/model.hpp"
 
 namespace vrx::test {
@@ -25,7 +26,7 @@ inline Substitution on_boxes(const Boxes& boxes) {
 
 /** The S-boxes of a parameter set, in the file of tests/tz. */
 inline Boxes boxes_of_set(const std::string& name) {
-    for (const KatBlock& block : read_kat(VRX_SBOX_KAT)) {
+    for (const KatBlock& block : read_kat(in_project("tests/tz/sbox.kat"))) {
         if (block.text("sbox") != name) continue;
         Boxes boxes{};
         for (unsigned r = 0; r < 8; ++r) {

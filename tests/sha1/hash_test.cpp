@@ -5,6 +5,7 @@
 #include <array>
 
 #include "support/kat.hpp"
+#include "support/project.hpp"
 #include "vrx/sha1.h"
 
 namespace {
@@ -29,7 +30,7 @@ Digest streamed(std::span<const std::uint8_t> message, std::size_t piece) {
 }
 
 TEST(sha1, known_answers_over_all_cuts_at_odd_addresses) {
-    for_each_block(VRX_TEST_DATA "/hash.kat", [](const KatBlock& block) {
+    for_each_block(in_project("tests/sha1/hash.kat"), [](const KatBlock& block) {
         EXPECT_EQ(block.text("type"), "sha1");
         const Bytes message = block.octets("message");
         const std::string digest = block.text("digest");

@@ -9,6 +9,7 @@
 #include "model.hpp"
 #include "support/kat.hpp"
 #include "support/memory_map.hpp"
+#include "support/project.hpp"
 #include "support/random.hpp"
 #include "support/registry_guard.hpp"
 #include "vrx/modes.h"
@@ -58,7 +59,7 @@ void expect_registered(const KatBlock& block, const vrx_tz* table) {
 TEST(tables, are_the_published_boxes_deployed_byte_for_byte) {
     const vrx::test::RegistryGuard guard;
     std::map<const vrx_tz*, int> met;
-    vrx::test::for_each_block(VRX_TEST_DATA "/sbox.kat", [&](const KatBlock& block) {
+    vrx::test::for_each_block(vrx::test::in_project("tests/tz/sbox.kat"), [&](const KatBlock& block) {
         EXPECT_EQ(block.text("type"), "sbox");
         const vrx_tz* const table = builtin.at(block.text("sbox"));
         ++met[table];
