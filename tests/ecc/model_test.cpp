@@ -2,6 +2,7 @@
 #include "model.hpp"
 #include "any_record.hpp"
 #include "support/kat.hpp"
+#include "support/sanitizers.hpp"
 
 using namespace vrx::test;
 namespace model = vrx::test::model;
@@ -202,7 +203,7 @@ TEST_P(sets, public_key_check_tests_the_equation_only) {
 class any_record : public testing::Test, public AnyRecord {};
 
 TEST_F(any_record, jacobian_formulas_agree_digit_for_digit) {
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < repetitions(20000); ++i) {
         const EcParamSet set = any_set();
         const Curve curve(set);
         const EcPointJ p = any_point_j(set);
@@ -222,7 +223,7 @@ TEST_F(any_record, jacobian_formulas_agree_digit_for_digit) {
 }
 
 TEST_F(any_record, affine_sum_agrees_digit_for_digit) {
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < repetitions(20000); ++i) {
         const EcParamSet set = any_set();
         const Curve curve(set);
         const EcPoint p = any_point(set);
@@ -236,7 +237,7 @@ TEST_F(any_record, affine_sum_agrees_digit_for_digit) {
 }
 
 TEST_F(any_record, multiples_agree_digit_for_digit) {
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < repetitions(300); ++i) {
         const EcParamSet set = any_set();
         const Curve curve(set);
         const Digits k = random.below(4) == 0 ? Digits(random.below(300)) : edgy(random);
@@ -254,7 +255,7 @@ TEST_F(any_record, multiples_agree_digit_for_digit) {
 }
 
 TEST_F(any_record, signatures_and_their_verification_follow_the_record) {
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < repetitions(200); ++i) {
         EcParamSet set = any_set();
         set.p[8] = 0;
         if (Digits(set.q) == Digits() || Digits(set.q) == Digits(1)) continue;  // no k but 0

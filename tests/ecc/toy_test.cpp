@@ -3,6 +3,7 @@
 
 #include "ecc/multiples.hpp"
 #include "ecc_support.hpp"
+#include "support/sanitizers.hpp"
 
 using namespace vrx::test;
 
@@ -297,7 +298,7 @@ TEST_P(toy_keys, signatures_with_all_nonces_keys_and_digests) {
     const std::vector<long> base = base_multiples(group, set.has_precomp == 1);
     // All triples on small curves, two digests on large ones.
     std::vector<long> digests{0, q - 1};
-    if (q < 40)
+    if (q < 40 && !vrx::test::sanitized)
         for (long e = 1; e <= q; ++e) digests.push_back(e);
     long wrong_by_coincidence = 0, total = 0;
     for (long d = 1; d < q; ++d)
@@ -330,7 +331,7 @@ TEST_P(toy_keys, signatures_with_all_nonces_keys_and_digests) {
 TEST_P(toy_signatures, verification_of_all_signatures_and_digests) {
     const std::vector<long> base = base_multiples(group, set.has_precomp == 1);
     for (long d = 0; d < q; d += 3)
-        for (long e = 1; e < q; ++e)
+        for (long e = 1; e < q; e += vrx::test::sanitized ? 5 : 1)
             for (long r = 0; r < 2 * q + 2; ++r)
                 for (long s = 0; s < q + 2; ++s) {
                     EcSignature sig;

@@ -7,6 +7,7 @@
 
 #include "gost28147/sample_context.hpp"
 #include "gost28147/sequence.hpp"
+#include "support/sanitizers.hpp"
 #include "vrx/context.h"
 
 namespace {
@@ -15,7 +16,7 @@ using namespace vrx::test;
 
 TEST(Context, random_sequences_of_calls_equal_the_model) {
     Random random;
-    for (int sequence = 0; sequence < 12000; ++sequence) {
+    for (int sequence = 0; sequence < repetitions(12000); ++sequence) {
         Sequence calls(random);
         ASSERT_TRUE(calls.open()) << "sequence " << sequence;
         for (int step = 0; step < 20; ++step) ASSERT_TRUE(calls.step()) << "sequence " << sequence << ", step " << step;
