@@ -21,7 +21,7 @@ PARALLEL = ["ecb_encrypt", "ecb_decrypt", "counter", "cbc_decrypt", "cfb_decrypt
 CHAINED = ["cbc_encrypt", "cfb_encrypt", "mac"]
 OTHER_COUNTER = ["libgcrypt", "crypto++"]  # their counter mode is not that of GOST 28147-89
 SIZES = {16: "16 B", 64: "64 B", 256: "256 B", 1024: "1 KiB", 8192: "8 KiB", 65536: "64 KiB", 1 << 20: "1 MiB"}
-ENGINES = ["vbmi", "avx2_wide", "avx2", "baseline"]
+ENGINES = ["vbmi_chain", "vbmi", "avx2_wide", "avx2", "baseline"]
 
 
 class Machine:

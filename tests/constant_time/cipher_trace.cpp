@@ -37,7 +37,8 @@ int main(int argc, char** argv) {
     if (name == "control") {
         vrx::gost28147::choice.use(vrx::gost28147::engines.back());
         const auto look_up = [&](CipherSecrets& s) { run_mode(parallel_modes.front(), built_in, s, 5); };
-        return is_constant("look-ups", look_up) ? 1 : 0;
+        const auto chain = [&](CipherSecrets& s) { run_chain_of(chained_modes.front(), built_in, s, 5); };
+        return is_constant("look-ups", look_up) || is_constant("look-ups in a chain", chain) ? 1 : 0;
     }
     const auto* engine = offered_named(vrx::gost28147::engines, name);
     if (engine == nullptr) {
@@ -53,5 +54,10 @@ int main(int argc, char** argv) {
                 constant &= is_constant("blocks", [&](CipherSecrets& s) { run_mode(mode, *table, s, blocks); });
             constant &= is_constant("sections", [&](CipherSecrets& s) { run_sections(mode, *table, s); });
         }
+    if (engine->chain == vrx::gost28147::chain_permutes)
+        for (const vrx_tz* table : {&built_in, &own})
+            for (const auto mode : chained_modes)
+                for (const std::size_t blocks : {1U, 4U, 33U})
+                    constant &= is_constant("chain", [&](CipherSecrets& s) { run_chain_of(mode, *table, s, blocks); });
     return constant ? 0 : 1;
 }

@@ -20,14 +20,23 @@ struct CipherSecrets {
     std::uint8_t data[2 * VRX_MESHING_SECTION];
 };
 
-constexpr std::array parallel_modes{gost28147::Mode::ecb_encrypt, gost28147::Mode::ecb_decrypt,
-                                    gost28147::Mode::cbc_decrypt, gost28147::Mode::counter,
-                                    gost28147::Mode::cfb_decrypt};
+inline constexpr std::array parallel_modes{gost28147::Mode::ecb_encrypt, gost28147::Mode::ecb_decrypt,
+                                           gost28147::Mode::cbc_decrypt, gost28147::Mode::counter,
+                                           gost28147::Mode::cfb_decrypt};
+
+/** Each block waits for the one before it. */
+inline constexpr std::array chained_modes{gost28147::Mode::cbc_encrypt, gost28147::Mode::cfb_encrypt,
+                                          gost28147::Mode::mac};
 
 /** Runs a mode in place, on the engine in use. */
 inline void run_mode(gost28147::Mode mode, const vrx_tz& table, CipherSecrets& secrets, std::size_t blocks) {
     using namespace gost28147;
     engine().parallel(mode, {{table, Key(secrets.key)}, secrets.reg, secrets.data, secrets.data, blocks});
+}
+
+inline void run_chain_of(gost28147::Mode mode, const vrx_tz& table, CipherSecrets& secrets, std::size_t blocks) {
+    using namespace gost28147;
+    engine().chain(mode, {{table, Key(secrets.key)}, secrets.reg, secrets.data, secrets.data, blocks});
 }
 
 inline void run_sections(gost28147::Mode mode, const vrx_tz& table, CipherSecrets& secrets) {

@@ -1,6 +1,7 @@
-// The chained modes with table look-ups, optimised for the shortest dependency chain.
+// The chained modes, with table look-ups optimised for the shortest dependency chain or with other rounds.
 //
-// Everything is a template over `Bytes`, a type of the including file that extracts byte 2 of a word.
+// Everything is a template over a type of the including file: `Bytes` extracts byte 2 of a word, and `Rounds` is
+// EarlyRounds or has the same run().
 #ifndef VRX_GOST28147_ENGINE_CHAIN_HPP
 #define VRX_GOST28147_ENGINE_CHAIN_HPP
 
@@ -57,8 +58,8 @@ private:
 };
 
 /** A chained mode, at least one block. Words of the key are left on the stack, as many as the compiler kept there. */
-template <typename Bytes>
-[[gnu::noinline]] void chain_blocks(const EarlyRounds<Bytes>& rounds, Mode mode, const Run& run) {
+template <typename Rounds>
+[[gnu::noinline]] void chain_blocks(const Rounds& rounds, Mode mode, const Run& run) {
     Block r = load_block(run.reg);
     const std::uint8_t* in = run.in;
     std::uint8_t* out = run.out;

@@ -49,8 +49,14 @@ bool permute_words(Mode mode, const Run& run) noexcept;
 bool permute_sections(Mode mode, const Run& run, std::uint32_t* key) noexcept;
 void chain_baseline(Mode mode, const Run& run) noexcept;
 void chain_bmi(Mode mode, const Run& run) noexcept;
+/** Permutes for tables made from S-boxes, else chain_bmi. */
+void chain_permutes(Mode mode, const Run& run) noexcept;
 
-inline constexpr std::array<Engine, 3> engines{{
+inline constexpr std::array<Engine, 4> engines{{
+    {cpu::named(cpu::cipher_engines, "vbmi_chain"),
+     {{{5, permute_words}, {32, permute_planes}, {0, look_up}}},
+     permute_sections,
+     chain_permutes},
     {cpu::named(cpu::cipher_engines, "vbmi"),
      {{{5, permute_words}, {32, permute_planes}, {0, look_up}}},
      permute_sections,

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "frame/wipe.hpp"
 #include "gost28147/engine/list.hpp"
 #include "gost28147/engine/schedule.hpp"
 #include "gost28147/mesh.hpp"
@@ -11,6 +12,7 @@
 
 #include "frame/region_avx512.hpp"
 
+#include "gost28147/engine/chain.hpp"
 #include "gost28147/engine/parallel.hpp"
 #include "gost28147/engine/vbmi_vector.hpp"
 #include "tz/recover_avx512.hpp"
@@ -21,6 +23,10 @@ namespace {
 using tz::repeated;
 using tz::Tables;
 using vbmi::Vector;
+
+// Operations of ternary logic.
+constexpr int and_or = 0xea;        // a & b | c
+constexpr int exclusive_or = 0x96;  // a ^ b ^ c
 
 /**
  * A meshing that is computed together with a section: D(K, C), the key after K, in the first four blocks, and E(K,
@@ -81,8 +87,6 @@ template <std::size_t count>
     };
     const __m512i nibbles = repeated(0x0f0f0f0f);
     const __m512i places = repeated(0x30201000);
-    constexpr int and_or = 0xea;        // a & b | c
-    constexpr int exclusive_or = 0x96;  // a ^ b ^ c
     const auto round = [&](__m512i half, __m512i other, __m512i key) __attribute__((always_inline)) {
         const __m512i t = _mm512_add_epi32(_mm512_rol_epi32(other, 11), key);
         const __m512i even = _mm512_ternarylogic_epi32(t, nibbles, places, and_or);
@@ -180,7 +184,57 @@ template <std::size_t count>
     return true;
 }
 
+/** The rounds of one block in the first words of two registers, for chained modes. */
+struct OneBlock {
+    const Tables& tables;
+    const Schedule& schedule;
+
+    /** The rounds of one of the orders of encryption, joined with what comes next. */
+    template <const auto& order>
+    [[gnu::always_inline]] Block run(Block b, Block next = {0, 0}) const {
+        __m128i n1 = _mm_ror_epi32(_mm_cvtsi32_si128(static_cast<int>(b.n1)), 11);
+        __m128i n2 = _mm_ror_epi32(_mm_cvtsi32_si128(static_cast<int>(b.n2)), 11);
+#pragma GCC unroll 1
+        for (unsigned pass = 0; pass < order.size() / VRX_KEY_WORDS; ++pass) {
+            const std::uint32_t* const words = schedule.pass(pass, false);
+#pragma GCC unroll 4
+            for (unsigned k = 0; k < VRX_KEY_WORDS; k += 2) {
+                n2 = round(n2, n1, words[k]);
+                n1 = round(n1, n2, words[k + 1]);
+            }
+        }
+        return Block{word(n1), word(n2)} ^ next;
+    }
+
+private:
+    static std::uint32_t word(__m128i rotated) {
+        return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_rol_epi32(rotated, 11)));
+    }
+    [[gnu::always_inline]] static __m128i looked_up(__m512i table, __m128i index) {
+        return _mm512_castsi512_si128(_mm512_permutexvar_epi8(_mm512_castsi128_si512(index), table));
+    }
+
+    /** As in rounds(). */
+    [[gnu::always_inline]] __m128i round(__m128i half, __m128i other, std::uint32_t key) const {
+        const __m128i nibbles = _mm_set1_epi32(0x0f0f0f0f);
+        const __m128i places = _mm_set1_epi32(0x30201000);
+        const __m128i t = _mm_add_epi32(_mm_rol_epi32(other, 11), _mm_set1_epi32(static_cast<int>(key)));
+        const __m128i even = _mm_ternarylogic_epi32(t, nibbles, places, and_or);
+        const __m128i odd = _mm_ternarylogic_epi32(_mm_srli_epi32(t, 4), nibbles, places, and_or);
+        return _mm_ternarylogic_epi32(half, looked_up(tables.even, even), looked_up(tables.odd, odd), exclusive_or);
+    }
+};
+
 }  // namespace
+
+void chain_permutes(Mode mode, const Run& run) noexcept {
+    constexpr std::size_t deepest = 512;
+    Tables tables;
+    if (!find_tables(run.cipher.table, tz::built_in_sboxes(run.cipher.table), tables)) return chain_bmi(mode, run);
+    const Schedule schedule(run.cipher.key);
+    chain_blocks(OneBlock{tables, schedule}, mode, run);
+    wipe_stack<deepest>();
+}
 
 bool permute_words(Mode mode, const Run& run) noexcept {
     const tz::SBoxes* const known = tz::built_in_sboxes(run.cipher.table);
