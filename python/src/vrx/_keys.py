@@ -62,8 +62,8 @@ class _Hedge:
         _system(fresh, 32)
         for i, octet in enumerate((ctypes.c_ubyte * 36).from_buffer(number)):
             masked[i] ^= octet
-        seed[36:68] = digest
-        seed[100:136] = bytes(record.q)
+        seed[36:68] = list(digest)
+        seed[100:136] = list(bytes(record.q))
         self._update(0, seed)
         self._update(1, seed)
         wipe(seed)
