@@ -111,8 +111,8 @@ void gost_r_3411_94_hash_bytes(const vrx_tz* table, std::uint32_t* hash, std::ui
 }
 
 void gost_r_3411_94_compress(std::uint32_t* hash, const std::uint32_t* block, const vrx_tz* table) {
-    const Number m = load(block);
-    Number h = load(hash);
+    const Uint256 m = load(block);
+    Uint256 h = load(hash);
     Substitution(*table).steps(h, reinterpret_cast<const std::uint8_t*>(&m), 1);
     store(hash, h);
 }

@@ -157,7 +157,7 @@ template <std::size_t... order, typename LookUps>
  * depend on the rounds, so they run in parallel with them.
  */
 template <typename LookUps>
-void steps(Number& hash, const std::uint8_t* blocks, std::size_t count, const Substitution& s) {
+void steps(Uint256& hash, const std::uint8_t* blocks, std::size_t count, const Substitution& s) {
     const LookUps look_ups(s);
     __m256i number = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(hash.data()));
     for (; count != 0; --count, blocks += sizeof hash) {
@@ -182,11 +182,11 @@ void steps(Number& hash, const std::uint8_t* blocks, std::size_t count, const Su
 
 }  // namespace
 
-void steps_avx2(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
+void steps_avx2(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
     steps<Four>(h, blocks, count, s);
 }
 
-void steps_avx2_wide(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
+void steps_avx2_wide(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
     steps<Three>(h, blocks, count, s);
 }
 

@@ -17,7 +17,7 @@ namespace vrx::gostr3411 {
 class Substitution;
 
 /** Absorbs blocks, one step each. Leaves working values on the stack. */
-using Steps = void (*)(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
+using Steps = void (*)(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
 
 Steps prepare_baseline(Substitution& s) noexcept;
 Steps prepare_avx2(Substitution& s) noexcept;
@@ -48,7 +48,7 @@ public:
     Substitution& operator=(const Substitution&) = delete;
 
     /** h = f(... f(h, first block) ..., last block) */
-    void steps(Number& h, const std::uint8_t* blocks, std::size_t count) const { steps_(h, blocks, count, *this); }
+    void steps(Uint256& h, const std::uint8_t* blocks, std::size_t count) const { steps_(h, blocks, count, *this); }
     /** The function that runs, for tests. */
     [[nodiscard]] Steps way() const { return steps_; }
 
@@ -63,10 +63,10 @@ private:
     Steps steps_;
 };
 
-void steps_baseline(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
-void steps_avx2(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
-void steps_avx2_wide(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
-void steps_vbmi(Number& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
+void steps_baseline(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
+void steps_avx2(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
+void steps_avx2_wide(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
+void steps_vbmi(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
 
 }  // namespace vrx::gostr3411
 

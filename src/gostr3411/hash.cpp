@@ -11,8 +11,8 @@ constexpr std::size_t block_size = VRX_HASH_BLOCK_SIZE;
 constexpr std::uint32_t block_bits = 8 * VRX_HASH_BLOCK_SIZE;
 
 /** a + b modulo 2^256 */
-constexpr Number add(const Number& a, const Number& b) {
-    Number sum{};
+constexpr Uint256 add(const Uint256& a, const Uint256& b) {
+    Uint256 sum{};
     std::uint64_t carry = 0;
     for (std::size_t i = 0; i < sum.size(); ++i) {
         const std::uint64_t partial = a[i] + carry;
@@ -23,14 +23,14 @@ constexpr Number add(const Number& a, const Number& b) {
 }
 
 /** What a block does to the sum and to the length. */
-void count(State& s, const Number& block, std::uint32_t bits) {
+void count(State& s, const Uint256& block, std::uint32_t bits) {
     s.sum = add(s.sum, block);
     s.length[0] += bits;
 }
 
 /** Steps over numbers behind one another. */
 template <std::size_t n>
-void run(State& s, const Number (&blocks)[n], const Substitution& by) {
+void run(State& s, const Uint256 (&blocks)[n], const Substitution& by) {
     by.steps(s.hash, reinterpret_cast<const std::uint8_t*>(blocks), n);
 }
 
@@ -46,7 +46,7 @@ void store(GOSTR3411_CTX& ctx, const State& s) {
 
 }  // namespace
 
-void absorb(State& s, const Number& block, std::uint32_t bits, const Substitution& by) {
+void absorb(State& s, const Uint256& block, std::uint32_t bits, const Substitution& by) {
     count(s, block, bits);
     run(s, {block}, by);
 }
@@ -63,7 +63,7 @@ void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const Substi
 
 void close(State& s, const Substitution& by) { run(s, {s.length, s.sum}, by); }
 
-void close(State& s, const Number& last, std::uint32_t bits, const Substitution& by) {
+void close(State& s, const Uint256& last, std::uint32_t bits, const Substitution& by) {
     count(s, last, bits);
     run(s, {last, s.length, s.sum}, by);
 }
@@ -72,7 +72,7 @@ void finish(State& s, const std::uint8_t* data, std::size_t len, const Substitut
     absorb(s, data, len / block_size, by);
     const std::size_t rest = len % block_size;
     if (rest == 0) return close(s, by);
-    Number last{};
+    Uint256 last{};
     std::memcpy(&last, data + len - rest, rest);
     close(s, last, static_cast<std::uint32_t>(8 * rest), by);
 }

@@ -11,13 +11,13 @@ namespace vrx::gostr3411 {
 
 /** H, the sum of the blocks and the length in bits (RFC 5831, section 5). */
 struct State {
-    Number hash;
-    Number sum;
-    Number length;
+    Uint256 hash;
+    Uint256 sum;
+    Uint256 length;
 };
 
 /** Take in a block that stands for so many bits of the message. The length counts modulo 2^64. */
-void absorb(State& s, const Number& block, std::uint32_t bits, const Substitution& by);
+void absorb(State& s, const Uint256& block, std::uint32_t bits, const Substitution& by);
 
 /** Take in whole blocks. */
 void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const Substitution& by);
@@ -26,7 +26,7 @@ void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const Substi
 void close(State& s, const Substitution& by);
 
 /** Take in a last block as absorb() does, and close. */
-void close(State& s, const Number& last, std::uint32_t bits, const Substitution& by);
+void close(State& s, const Uint256& last, std::uint32_t bits, const Substitution& by);
 
 /** Take in the rest of the message, of any length, and close it. */
 void finish(State& s, const std::uint8_t* data, std::size_t len, const Substitution& by);

@@ -10,7 +10,7 @@ State begun_with(const std::uint8_t* block, const Substitution& by) {
 }
 
 /** The digest of a message whose last block is whole. */
-Number continued(State s, const Number& last, const Substitution& by) {
+Uint256 continued(State s, const Uint256& last, const Substitution& by) {
     close(s, last, 8 * VRX_HASH_BLOCK_SIZE, by);
     return s.hash;
 }
@@ -21,7 +21,7 @@ Keyed keyed(const std::uint8_t* ipad_key, const std::uint8_t* opad_key, const Su
     return {begun_with(ipad_key, by), begun_with(opad_key, by)};
 }
 
-Number mac(const Keyed& key, const Number& message, const Substitution& by) {
+Uint256 mac(const Keyed& key, const Uint256& message, const Substitution& by) {
     return continued(key.outer, continued(key.inner, message, by), by);
 }
 

@@ -17,7 +17,7 @@ struct Keyed {
 [[nodiscard]] Keyed keyed(const std::uint8_t* ipad_key, const std::uint8_t* opad_key, const Substitution& by);
 
 /** The MAC of a message of 32 bytes. */
-[[nodiscard]] Number mac(const Keyed& key, const Number& message, const Substitution& by);
+[[nodiscard]] Uint256 mac(const Keyed& key, const Uint256& message, const Substitution& by);
 
 /** The MAC of a message of any length. */
 void mac(const Keyed& key, const std::uint8_t* data, std::size_t len, std::uint8_t* out, const Substitution& by);

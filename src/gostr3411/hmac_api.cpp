@@ -11,7 +11,7 @@ using namespace vrx::gostr3411;
 
 namespace {
 
-using Block = std::array<std::uint8_t, VRX_HASH_BLOCK_SIZE>;
+using Pad = std::array<std::uint8_t, VRX_HASH_BLOCK_SIZE>;
 
 int find_par(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411_par*& par) {
     if (oid == nullptr) {
@@ -23,7 +23,7 @@ int find_par(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411
 }
 
 /** K of RFC 2104: the key itself, padded with zeros, or the digest of one that does not fit. */
-int make_block_key(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz* table, Block& k) {
+int make_block_key(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz* table, Pad& k) {
     k.fill(0);
     if (key_len <= k.size()) {
         if (key_len != 0) std::memcpy(k.data(), key, key_len);
@@ -40,7 +40,7 @@ int make_block_key(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz*
 /** What GOSTR3411_HMAC_Init() and GOSTR3411_HMAC() begin with, up to the start of the inner hash. */
 int make_pads(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz* table, std::uint8_t* ipad_key,
               std::uint8_t* opad_key) {
-    Block k;
+    Pad k;
     if (const int rc = make_block_key(key, key_len, table, k)) return rc;
     for (std::size_t i = 0; i < k.size(); ++i) {
         ipad_key[i] = k[i] ^ 0x36;
@@ -105,8 +105,8 @@ int GOSTR3411_HMAC(const std::uint8_t* oid, std::uint32_t oid_len, const std::ui
     const vrx_gostr3411_par* par = nullptr;
     if (const int rc = find_par(oid, oid_len, par)) return rc;
     return vrx::leaving_no_trace([&]() -> int {
-        Block ipad_key;
-        Block opad_key;
+        Pad ipad_key;
+        Pad opad_key;
         if (const int rc = make_pads(key, key_len, par->tz, ipad_key.data(), opad_key.data())) return rc;
         if (const int rc = checks::update(data, data_len)) return log::failed("GOSTR3411_Update", 3, rc);
         if (const int rc = checks::final(out)) return log::failed("GOSTR3411_Final", 2, rc);

@@ -14,7 +14,7 @@ using namespace vrx::gostr3411;
 
 namespace {
 
-using Block = std::array<std::uint8_t, VRX_HASH_SIZE>;
+using Digest = std::array<std::uint8_t, VRX_HASH_SIZE>;
 
 /** Blocks of 32 bytes that hold so many bytes. */
 constexpr std::size_t blocks(std::int32_t bytes) {
@@ -34,7 +34,7 @@ std::uint8_t* repeat(const std::uint8_t* text, std::int32_t len, std::uint8_t* o
 }
 
 /** n = n + b + 1 modulo 2^256, both most significant byte first. */
-void add_and_increment(std::uint8_t* n, const Block& b) {
+void add_and_increment(std::uint8_t* n, const Digest& b) {
     unsigned carry = 1;
     for (std::size_t i = b.size(); i-- != 0;) {
         carry += static_cast<unsigned>(n[i]) + b[i];
@@ -63,7 +63,7 @@ public:
     [[nodiscard]] std::uint32_t size() const { return static_cast<std::uint32_t>(size_); }
 
     /** Every block becomes itself + b + 1. */
-    void advance(const Block& b) {
+    void advance(const Digest& b) {
         for (std::size_t i = 0; i < size_; i += b.size()) add_and_increment(bytes_ + i, b);
     }
 
@@ -73,13 +73,13 @@ private:
 };
 
 /** `iterations` - 1 times a = H(a). The last hash stays in ctx as its end left it. */
-void iterate(GOSTR3411_CTX& ctx, Block& a, std::uint64_t iterations) {
+void iterate(GOSTR3411_CTX& ctx, Digest& a, std::uint64_t iterations) {
     if (iterations < 2) return;
     const Substitution by(ctx.table);
     State s{};
     s.hash = load(a.data());
     for (std::uint64_t k = 2; k <= iterations; ++k) {
-        const Number message = s.hash;
+        const Uint256 message = s.hash;
         s = {};
         close(s, message, 8 * VRX_HASH_BLOCK_SIZE, by);
     }
@@ -110,8 +110,8 @@ int GOSTR3411_PKCS5_PBKDF2(const std::uint8_t* password, std::uint32_t password_
         // Every iteration begins with the same two states: no pad is hashed again.
         const Substitution by(ctx.hash.table);
         const Keyed key = keyed(ctx.ipad_key, ctx.opad_key, by);
-        Number u = load(ctx.digest);
-        Number t = u;
+        Uint256 u = load(ctx.digest);
+        Uint256 t = u;
         for (std::uint64_t k = 2; k <= iterations; ++k) {
             u = mac(key, u, by);
             t = t ^ u;
@@ -134,9 +134,9 @@ int GOSTR3411_PBA_Derive(const std::uint8_t* password, std::int32_t password_len
     if (input.bytes() == nullptr) return VRX_ERR_FAILED;
 
     return vrx::leaving_no_trace([&]() -> int {
-        Block diversifier;
+        Digest diversifier;
         diversifier.fill(vrx::low8(id));
-        Block a;
+        Digest a;
         for (std::int32_t left = out_len; left > 0; left -= static_cast<std::int32_t>(a.size())) {
             // Deliberate: the hash of a further block is not begun anew, it goes on from the end of the last one.
             update(ctx, diversifier.data(), diversifier.size());

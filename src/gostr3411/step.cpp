@@ -10,15 +10,15 @@ namespace {
 // Key generation (RFC 5831, section 6.1)
 
 /** A(y4 | y3 | y2 | y1) = (y1 ^ y2) | y4 | y3 | y2 */
-constexpr Number transform_a(const Number& y) { return {y[1], y[2], y[3], y[0] ^ y[1]}; }
+constexpr Uint256 transform_a(const Uint256& y) { return {y[1], y[2], y[3], y[0] ^ y[1]}; }
 
-constexpr Number c3 = {0xff00ff00ff00ff00, 0x00ff00ff00ff00ff, 0xff0000ff00ffff00, 0xff00ffff000000ff};
+constexpr Uint256 c3 = {0xff00ff00ff00ff00, 0x00ff00ff00ff00ff, 0xff0000ff00ffff00, 0xff00ffff000000ff};
 
 /** The cipher keys K1 to K4, each as eight words. */
 using Keys = std::array<std::array<std::uint32_t, 8>, 4>;
 
 /** P(w): octet i + 4k of the key is octet 8i + k of w, so that word k gathers octet k of each of the four words. */
-[[gnu::always_inline]] inline void transform_p(std::array<std::uint32_t, 8>& key, const Number& w) {
+[[gnu::always_inline]] inline void transform_p(std::array<std::uint32_t, 8>& key, const Uint256& w) {
     const auto word = [&w](std::size_t i) { return _mm_cvtsi64_si128(static_cast<long long>(w[i])); };
     const __m128i low = _mm_unpacklo_epi8(word(0), word(1));
     const __m128i high = _mm_unpacklo_epi8(word(2), word(3));
@@ -26,9 +26,9 @@ using Keys = std::array<std::array<std::uint32_t, 8>, 4>;
     std::memcpy(&key, halves, sizeof key);
 }
 
-[[gnu::always_inline]] inline void generate(Keys& keys, const Number& h, const Number& m) {
-    Number u = h;
-    Number v = m;
+[[gnu::always_inline]] inline void generate(Keys& keys, const Uint256& h, const Uint256& m) {
+    Uint256 u = h;
+    Uint256 v = m;
     transform_p(keys[0], u ^ v);
 #pragma GCC unroll 4
     for (std::size_t j = 1; j < keys.size(); ++j) {
@@ -64,7 +64,7 @@ template <std::size_t... order>
 }
 
 /** Encrypts each quarter of h under its key. The last round does not swap the halves, so n1 and n2 are exchanged. */
-[[gnu::always_inline]] inline Number encrypt(const Number& h, const Keys& keys, const vrx_tz& table) {
+[[gnu::always_inline]] inline Uint256 encrypt(const Uint256& h, const Keys& keys, const vrx_tz& table) {
     Blocks b;
     for (std::size_t j = 0; j < keys.size(); ++j) {
         b.n1[j] = static_cast<std::uint32_t>(h[j]);
@@ -72,7 +72,7 @@ template <std::size_t... order>
     }
     for (int pass = 0; pass < 3; ++pass) rounds<0, 1, 2, 3, 4, 5, 6, 7>(b, keys, table);
     rounds<7, 6, 5, 4, 3, 2, 1, 0>(b, keys, table);
-    Number s;
+    Uint256 s;
     for (std::size_t j = 0; j < keys.size(); ++j) s[j] = b.n2[j] | std::uint64_t{b.n1[j]} << 32;
     return s;
 }
@@ -102,27 +102,27 @@ constexpr std::uint64_t next(const std::uint64_t* w) {
 
 /** The sequence that starts with y, continued by `more` words. */
 template <std::size_t more>
-constexpr std::array<std::uint64_t, 4 + more> sequence(const Number& y) {
+constexpr std::array<std::uint64_t, 4 + more> sequence(const Uint256& y) {
     std::array<std::uint64_t, 4 + more> w{y[0], y[1], y[2], y[3]};
 #pragma GCC unroll 5
     for (std::size_t i = 0; i < more; ++i) w[4 + i] = next(&w[i]);
     return w;
 }
 
-constexpr Number psi(const Number& y) {
+constexpr Uint256 psi(const Uint256& y) {
     const auto w = sequence<1>(y);
     return {window(w[0], w[1], 1), window(w[1], w[2], 1), window(w[2], w[3], 1), window(w[3], w[4], 1)};
 }
 
-constexpr Number psi_12(const Number& y) {
+constexpr Uint256 psi_12(const Uint256& y) {
     const auto w = sequence<3>(y);
     return {w[3], w[4], w[5], w[6]};
 }
 
 /** x^61 = x^5 + x^10 + x^11 + x^20: four windows instead of 61 shifts. */
-constexpr Number psi_61(const Number& y) {
+constexpr Uint256 psi_61(const Uint256& y) {
     const auto w = sequence<5>(y);
-    Number out{};
+    Uint256 out{};
 #pragma GCC unroll 4
     for (std::size_t i = 0; i < out.size(); ++i)
         out[i] =
@@ -130,21 +130,21 @@ constexpr Number psi_61(const Number& y) {
     return out;
 }
 
-constexpr Number psi_times(Number y, int times) {
+constexpr Uint256 psi_times(Uint256 y, int times) {
     for (; times != 0; --times) y = psi(y);
     return y;
 }
 
-constexpr Number sample = {0x0123456789abcdef, 0x8877665544332211, 0xfedcba9876543210, 0x13579bdf02468ace};
+constexpr Uint256 sample = {0x0123456789abcdef, 0x8877665544332211, 0xfedcba9876543210, 0x13579bdf02468ace};
 static_assert(psi_12(sample) == psi_times(sample, 12));
 static_assert(psi_61(sample) == psi_times(sample, 61));
 
 }  // namespace
 
-Number step(const Number& h, const Number& m, const vrx_tz& table) {
+Uint256 step(const Uint256& h, const Uint256& m, const vrx_tz& table) {
     Keys keys;
     generate(keys, h, m);
-    const Number s = encrypt(h, keys, table);
+    const Uint256 s = encrypt(h, keys, table);
     return psi_61(h ^ psi(m ^ psi_12(s)));
 }
 

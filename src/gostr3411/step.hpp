@@ -12,18 +12,18 @@
 namespace vrx::gostr3411 {
 
 /** A 256-bit number, least significant word first: in memory its 32 octets, least significant octet first. */
-using Number = std::array<std::uint64_t, 4>;
+using Uint256 = std::array<std::uint64_t, 4>;
 
 /** The number whose octets lie at any address. */
-inline Number load(const void* octets) {
-    Number n;
+inline Uint256 load(const void* octets) {
+    Uint256 n;
     std::memcpy(&n, octets, sizeof n);
     return n;
 }
 
-inline void store(void* octets, const Number& n) { std::memcpy(octets, &n, sizeof n); }
+inline void store(void* octets, const Uint256& n) { std::memcpy(octets, &n, sizeof n); }
 
-constexpr Number operator^(const Number& a, const Number& b) {
+constexpr Uint256 operator^(const Uint256& a, const Uint256& b) {
     return {a[0] ^ b[0], a[1] ^ b[1], a[2] ^ b[2], a[3] ^ b[3]};
 }
 
@@ -32,7 +32,7 @@ constexpr Number operator^(const Number& a, const Number& b) {
  *
  * @param table  any deployed table, also one that no S-boxes produced; its flag is not looked at.
  */
-[[nodiscard]] Number step(const Number& h, const Number& m, const vrx_tz& table);
+[[nodiscard]] Uint256 step(const Uint256& h, const Uint256& m, const vrx_tz& table);
 
 }  // namespace vrx::gostr3411
 

@@ -162,7 +162,7 @@ __m512i load_number(const void* from) {
  * make psi^74 of the later halves of S. The others run in parallel with the rounds: 6 for the keys of the next M, 14
  * for psi^61(H) + psi^62(M), and those for the earlier halves of S. No address depends on the hashed data.
  */
-void steps_vbmi(Number& hash, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
+void steps_vbmi(Uint256& hash, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
     const Tables tables(*s.sboxes);
     __m512i h = load_number(hash.data());
     for (; count != 0; --count, blocks += sizeof hash) {

@@ -58,8 +58,8 @@ TEST_P(EveryHashEngine, same_steps_for_any_number_of_blocks_at_any_address) {
         const std::size_t count = random_.below(6);
         const Bytes data = random_.bytes(count * block + 64);
         const std::uint8_t* const blocks = data.data() + random_.below(64);
-        auto h = random_.value<Number>();
-        Number expected = h;
+        auto h = random_.value<Uint256>();
+        Uint256 expected = h;
         for (std::size_t i = 0; i < count; ++i) expected = step(expected, load(blocks + i * block), table);
         Substitution(table).steps(h, blocks, count);
         ASSERT_EQ(h, expected) << turn;
@@ -70,10 +70,10 @@ TEST_P(EveryHashEngine, takes_single_bits_through_every_linear_map) {
     const With with(*GetParam());
     const Substitution by(TZ_3411_94[1]);
     for (unsigned bit = 0; bit < 512; ++bit) {
-        Number h{};
-        Number m{};
+        Uint256 h{};
+        Uint256 m{};
         (bit < 256 ? h : m).at(bit % 256 / 64) = std::uint64_t{1} << bit % 64;
-        const Number expected = step(h, m, TZ_3411_94[1]);
+        const Uint256 expected = step(h, m, TZ_3411_94[1]);
         by.steps(h, static_cast<const std::uint8_t*>(static_cast<const void*>(&m)), 1);
         ASSERT_EQ(h, expected) << bit;
     }
@@ -185,12 +185,12 @@ TEST_P(EveryHashEngine, notices_a_flipped_bit_anywhere_in_the_table) {
     vrx_tz table = TZ_3411_94[1];
     auto* const bytes = static_cast<std::uint8_t*>(static_cast<void*>(&table));
     const Steps trusting = Substitution(table).way();
-    const auto m = random_.value<Number>();
-    auto h = random_.value<Number>();
+    const auto m = random_.value<Uint256>();
+    auto h = random_.value<Uint256>();
     for (std::size_t bit = 0; bit < 8 * sizeof table; ++bit) {
         bytes[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
         const Substitution by(table);
-        const Number expected = step(h, m, table);
+        const Uint256 expected = step(h, m, table);
         by.steps(h, static_cast<const std::uint8_t*>(static_cast<const void*>(&m)), 1);
         ASSERT_EQ(h, expected) << "bit " << bit;
         if (trusting == steps_vbmi || trusting == steps_avx2_wide) {
@@ -246,9 +246,9 @@ TEST(HashEngine, permutes_read_nothing_of_the_table) {
     ASSERT_EQ(by.way(), steps_vbmi);
     room.close();
     for (int turn = 0; turn < 100; ++turn) {
-        auto h = random.value<Number>();
-        const auto m = random.value<Number>();
-        const Number expected = step(h, m, sound);
+        auto h = random.value<Uint256>();
+        const auto m = random.value<Uint256>();
+        const Uint256 expected = step(h, m, sound);
         by.steps(h, static_cast<const std::uint8_t*>(static_cast<const void*>(&m)), 1);
         ASSERT_EQ(h, expected);
     }

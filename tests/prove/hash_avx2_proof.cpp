@@ -10,7 +10,7 @@ TEST(hash_avx2, steps_are_those_of_the_standard_for_all_tables) {
     prove::prove_step<prove::UnknownTable<vrx_tz>>(
         "avx2, any table", [](prove::Octets& h, const prove::Octets& m, const prove::UnknownTable<vrx_tz>& unknown) {
             const Substitution s(unknown.table);
-            Number number;
+            Uint256 number;
             std::memcpy(&number, &h, sizeof number);
             steps_avx2(number, m.data(), 1, s);
             std::memcpy(&h, &number, sizeof number);

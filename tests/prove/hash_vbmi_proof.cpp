@@ -12,7 +12,7 @@ TEST(hash_vbmi, steps_are_those_of_the_standard_for_all_s_boxes) {
         const tz::SBoxes sboxes = tz::sboxes(tz::Numeric(boxes.num));
         Substitution s(table);
         s.sboxes = &sboxes;
-        Number number;
+        Uint256 number;
         std::memcpy(&number, &h, sizeof number);
         steps_vbmi(number, m.data(), 1, s);
         std::memcpy(&h, &number, sizeof number);
