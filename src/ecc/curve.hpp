@@ -25,14 +25,14 @@ std::span<const DecimalSet, VRX_ECC_SET_COUNT> decimal_sets();
 /** The original built-in set of a curve, without identifiers. cp_ecc_par is writable, this is not. */
 const EcParamSet& original_set(field::CurveId curve);
 
-/** Whether y^2 = (x^2 + a) x + b modulo p. */
+/** True if y^2 = (x^2 + a) x + b modulo p. */
 inline bool on_curve(const EcParamSet& set, const EcPoint& point) {
     const Residue x(point.x, set.p);
     const Residue y(point.y, set.p);
     return y * y == (x * x + Residue(set.a, set.p)) * x + Residue(set.b, set.p);
 }
 
-/** Whether the set has a table. Built-in sets have one if a = p - 3. */
+/** True if the set has a table. Built-in sets have one if a = p - 3. */
 inline bool has_table(const EcParamSet& set) { return set.has_precomp == 1; }
 
 }  // namespace vrx::ecc

@@ -135,7 +135,7 @@ public:
     [[nodiscard]] static constexpr bool has_table() { return Curve::a == -3; }
     [[nodiscard]] static const EcPoint& base_point() { return original_set(Curve::id).G; }
 
-    /** k as a scalar, or nullopt if it is not from 1 to q - 1. Declassifies which. */
+    /** k as a scalar, or nullopt if it is not from 1 to q - 1. Declassifies whether it is. */
     [[nodiscard]] std::optional<Scalar> scalar(const Number& k) const {
         const field::Nine n = to_nine(k);
         field::Words difference{};
@@ -166,7 +166,7 @@ public:
         return multiple(p, k);
     }
 
-    /** Whether x(z1 G + z2 Q) mod q = r. For public operands: not constant-time. */
+    /** True if x(z1 G + z2 Q) mod q = r. For public operands: not constant-time. */
     [[nodiscard]] std::optional<bool> sum_has_remainder(const Scalar& z1, const EcPoint& public_key, const Scalar& z2,
                                                         const Scalar& r) const {
         using field::Answer;
@@ -230,7 +230,7 @@ public:
     /** k P on any curve. */
     [[nodiscard]] std::optional<Point> affine_multiple(const EcPoint& p, const Scalar& k) const;
 
-    /** Whether x(z1 G + z2 Q) mod q = r. */
+    /** True if x(z1 G + z2 Q) mod q = r. */
     [[nodiscard]] std::optional<bool> sum_has_remainder(const Scalar& z1, const EcPoint& public_key, const Scalar& z2,
                                                         const Scalar& r) const;
 

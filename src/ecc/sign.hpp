@@ -34,12 +34,12 @@ std::optional<EcSignature> sign(const Domain& domain, const std::uint32_t* diges
     return sig;
 }
 
-/** Whether x(z1 G + z2 Q) mod q = r for z1 = s / e and z2 = -r / e. s may be q or more, r may not. */
+/** True if x(z1 G + z2 Q) mod q = r for z1 = s / e and z2 = -r / e. s may be q or more, but r must be below q. */
 template <typename Domain>
 std::optional<bool> verify(const Domain& domain, const std::uint32_t* digest, const EcPoint& public_key,
                            const EcSignature& sig) {
     const auto r = domain.signature_r(load(sig.r));
-    // r = 0 must be rejected: an infinite sum (s = 0), or a base point with x = 0 (s = +-e), would pass.
+    // r = 0 must be rejected. Otherwise an infinite sum (s = 0) or a base point with x = 0 (s = +-e) would pass.
     if (!r) return false;
     const auto v = digest_number(domain, digest).inverse_vartime();
     return domain.sum_has_remainder(domain.remainder(load(sig.s)) * v, public_key, -(*r * v), *r);

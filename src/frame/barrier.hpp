@@ -7,13 +7,13 @@
 namespace vrx {
 
 /**
- * The same value, of which the compiler knows nothing. A compiler that knows that a mask is all ones or zero may
- * replace `x & mask` by a branch, or a choice between two addresses. Emits no instruction. Vector types need the
- * constraint of their register class, so each has a barrier of its own: see IfmaLanes::opaque().
+ * Returns the same value, but the compiler can no longer tell what it is. A compiler that knows that a mask is all ones
+ * or zero may replace `x & mask` by a branch, or by a choice between two addresses. Emits no instruction. Vector types
+ * need the constraint of their register class, so each has its own barrier, such as IfmaLanes::opaque().
  */
 template <std::integral T>
 [[nodiscard, gnu::always_inline]] constexpr T value_barrier(T value) {
-    // Not std::is_constant_evaluated(), which is a call and a branch without optimisation.
+    // The builtin instead of std::is_constant_evaluated(), which is a call and a branch in unoptimised builds.
     if (!__builtin_is_constant_evaluated()) asm("" : "+r"(value));
     return value;
 }

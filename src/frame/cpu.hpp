@@ -38,14 +38,14 @@ struct Leaf {
     unsigned eax, ebx, ecx, edx;
 };
 
-/** What CPUID and XCR0 report. */
+/** The values that CPUID and XCR0 report. */
 struct Answers {
     Leaf leaf0, leaf1, leaf7;
     Leaf cache;           // of the L1 data cache: leaf 4, on AMD CPUs 8000001Dh
     std::uint32_t saved;  // XCR0: register sets that the operating system saves
 };
 
-/** Derives the features from these. */
+/** Derives the features from what CPUID and XCR0 report. */
 [[nodiscard]] std::uint32_t features(const Answers& answers);
 
 /**
@@ -55,7 +55,7 @@ struct Answers {
  */
 [[nodiscard]] std::uint32_t features();
 
-/** Whether this CPU supports all features of a set. As slow as features(). */
+/** True if this CPU supports all features of a set. As slow as features(). */
 [[nodiscard]] inline bool offers(std::uint32_t set) { return (set & ~features()) == 0; }
 
 /** An entry of a list of engines, dereferenced if it is a pointer. */

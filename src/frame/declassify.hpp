@@ -8,12 +8,12 @@
 namespace vrx {
 
 /**
- * Declassifies a bit: returns whether it is 1. For a checker that tracks secrets through memory the secret ends here,
- * in one read at an address that depends on the bit.
+ * Declassifies a bit and returns it as a bool. This reads memory at an address that depends on the bit. A checker that
+ * tracks secrets through memory reports this one read, and treats the result as public.
  */
 [[nodiscard]] bool declassify(std::uint64_t bit);
 
-/** Whether all words of a secret number are zero, declassified. */
+/** Declassifies whether all words of a secret number are zero. */
 [[nodiscard]] bool is_publicly_zero(std::span<const std::uint32_t> words);
 
 }  // namespace vrx

@@ -27,9 +27,8 @@ struct EngineInfo {
 // Best first; the last one runs everywhere.
 
 inline constexpr EngineInfo cipher_engines[] = {
-    // As vbmi, with vectors for chained modes, too: eight dependent instructions a round, three cycles for a permute.
-    // It
-    // is slower than look-ups where each of the others takes two cycles.
+    // Like vbmi, with vector instructions for chained modes, too: a chain of eight instructions a round. Look-ups are
+    // faster on CPUs where a vector addition or shift takes two cycles.
     {"vbmi_chain", "AVX-512 VBMI", avx512_region, single_cycle_simd},
     {"vbmi", "AVX-512 VBMI", avx512_region},
     {"avx2", "AVX2", avx2_region},

@@ -14,7 +14,7 @@ inline void wipe(void* bytes, std::size_t count) {
     asm volatile("" : : "r"(bytes) : "memory");
 }
 
-/** Zero the stack below the caller's frame, which may hold data of functions that have returned. */
+/** Zeroes the stack below the caller's frame, which may hold data of functions that have returned. */
 template <std::size_t depth = 2048>
 [[gnu::noinline]] void wipe_stack() {
     std::byte left[depth];

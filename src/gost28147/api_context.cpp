@@ -171,7 +171,7 @@ int vrx_crpt_final(vrx_crpt_ctx* ctx) {
     vrx_data in{0, held.value};
     ctx->flags = VRX_FLAG_PAD;
     if (ctx->mode == VRX_MODE_IMITO) {
-        // Deliberate: the message is finished whatever this returns.
+        // Deliberate: the message is finished even if this fails.
         static_cast<void>(vrx_crpt_IMITO_ctx(ctx, &in));
         ctx->initialised = 0;
         return VRX_OK;

@@ -13,7 +13,7 @@ namespace log = vrx::log;
 
 namespace {
 
-/** The first of the common checks that fails. */
+/** The first of the common checks that failed. */
 enum class Fault { none, null_argument, null_data, length, table };
 
 /** The checks of the modes that write `out`. The extra pointers (key, iv) must not be NULL either. */

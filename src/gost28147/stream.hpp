@@ -12,7 +12,7 @@ namespace vrx::gost28147::stream {
 /** Counter mode. */
 void counter(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t length);
 
-/** CFB in the direction of the context. The result is as if the input were read before the output is written. */
+/** CFB in the direction of the context. If buffers overlap, all input counts as read before any output is written. */
 void cfb(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t length);
 
 /** The MAC. `finish` pads and absorbs a last partial block. */

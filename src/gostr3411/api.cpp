@@ -12,7 +12,7 @@ using namespace vrx::gostr3411;
 
 namespace {
 
-/** The record with an identifier, built-in ones first; NULL when there is none. */
+/** Finds a record by its identifier, first among the built-in ones. Returns nullptr if there is none. */
 const vrx_gostr3411_par* find(std::span<const std::uint8_t> oid, std::span<const vrx_gostr3411_par> extra) {
     for (const auto records : {std::span<const vrx_gostr3411_par>(GOSTR3411_OIDS), extra})
         for (const vrx_gostr3411_par& record : records)
@@ -20,7 +20,7 @@ const vrx_gostr3411_par* find(std::span<const std::uint8_t> oid, std::span<const
     return nullptr;
 }
 
-/** The table that GOSTR3411_Init_more_oids() opens a context with, or NULL and the code of the failure, logged. */
+/** The table of an identifier, for GOSTR3411_Init_more_oids(). On failure, logs, sets rc and may return nullptr. */
 const vrx_tz* find_table(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411_par* extra,
                          std::uint32_t extra_count, int& rc) {
     if (oid == nullptr || oid_len == 0) {
@@ -36,7 +36,7 @@ const vrx_tz* find_table(const std::uint8_t* oid, std::uint32_t oid_len, const v
     return record->tz;
 }
 
-/** Hash a whole message, without the copy of the table that a context would need. */
+/** Hashes a whole message with the caller's table. A context would hold a copy of it. */
 int transform(const vrx_tz& table, const std::uint8_t* data, std::uint32_t len, std::uint8_t* out) {
     if (const int rc = checks::update(data, len)) return log::failed("GOSTR3411_Update", rc);
     if (const int rc = checks::final(out)) return log::failed("GOSTR3411_Final", rc);

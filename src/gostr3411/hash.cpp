@@ -22,13 +22,13 @@ constexpr Uint256 add(const Uint256& a, const Uint256& b) {
     return sum;
 }
 
-/** What a block does to the sum and to the length. */
+/** Adds a block to the sum, and its bits to the length. */
 void count(State& s, const Uint256& block, std::uint32_t bits) {
     s.sum = add(s.sum, block);
     s.length[0] += bits;
 }
 
-/** Steps over numbers behind one another. */
+/** Runs one step for each block, in order. */
 template <std::size_t n>
 void run(State& s, const Uint256 (&blocks)[n], const Substitution& by) {
     by.steps(s.hash, reinterpret_cast<const std::uint8_t*>(blocks), n);
@@ -52,7 +52,7 @@ void absorb(State& s, const Uint256& block, std::uint32_t bits, const Substituti
 }
 
 void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const Substitution& by) {
-    // The two passes over a piece find it in the nearest cache.
+    // Pieces fit the L1 cache, so the second pass over a piece does not load it again from further away.
     constexpr std::size_t piece = 128;
     for (std::size_t n; blocks != 0; blocks -= n, data += n * block_size) {
         n = std::min(blocks, piece);
@@ -91,7 +91,7 @@ void init(GOSTR3411_CTX& ctx, const vrx_tz& table) {
 void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {
     Input rest{data, len};
     Blockwise<block_size, Last::deferred> buffer(ctx.buffer, ctx.count);
-    // A buffer that is full already waited for this call's first byte.
+    // The buffer may already be full: a full block is processed only when another byte follows.
     buffer.fill(rest);
     ctx.count = static_cast<std::uint32_t>(buffer.filled());
     if (!buffer.full()) return;

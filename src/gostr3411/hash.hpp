@@ -1,4 +1,4 @@
-// GOST R 34.11-94 over blocks, over whole messages, and over messages in pieces.
+// GOST R 34.11-94 for blocks, for whole messages, and for messages in pieces.
 #ifndef VRX_GOSTR3411_HASH_HPP
 #define VRX_GOSTR3411_HASH_HPP
 
@@ -9,41 +9,41 @@
 
 namespace vrx::gostr3411 {
 
-/** H, the sum of the blocks and the length in bits (RFC 5831, section 5). */
+/** The hash value H, the sum of the blocks, and the length in bits (RFC 5831, section 5). */
 struct State {
     Uint256 hash;
     Uint256 sum;
     Uint256 length;
 };
 
-/** Take in a block that stands for so many bits of the message. The length counts modulo 2^64. */
+/** Absorbs a block that holds `bits` bits of the message. The length is counted modulo 2^64. */
 void absorb(State& s, const Uint256& block, std::uint32_t bits, const Substitution& by);
 
-/** Take in whole blocks. */
+/** Absorbs whole blocks. */
 void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const Substitution& by);
 
-/** Take in the length and the sum, which close every message. s.hash is the digest then. */
+/** Absorbs the length and the sum, which end every message. s.hash is then the digest. */
 void close(State& s, const Substitution& by);
 
-/** Take in a last block as absorb() does, and close. */
+/** Absorbs the last block, as absorb() does, and closes. */
 void close(State& s, const Uint256& last, std::uint32_t bits, const Substitution& by);
 
-/** Take in the rest of the message, of any length, and close it. */
+/** Absorbs the rest of the message, of any length, and closes. */
 void finish(State& s, const std::uint8_t* data, std::size_t len, const Substitution& by);
 
-// A message in pieces. Nothing is checked.
+// Messages in pieces, in a context. Arguments are not checked.
 
-/** Everything but the table begins anew. */
+/** Resets the context, except for its table. */
 void start(GOSTR3411_CTX& ctx);
 
-/** The same, with a copy of a table, which may be the context's own. */
+/** Resets the context and copies `table` into it. `table` may be the context's own. */
 void init(GOSTR3411_CTX& ctx, const vrx_tz& table);
 
 void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len);
 
 void final(GOSTR3411_CTX& ctx, std::uint8_t out[VRX_HASH_SIZE]);
 
-/** Go on from a state, with nothing in the buffer. */
+/** Sets the context to a state, with an empty buffer. */
 void resume(GOSTR3411_CTX& ctx, const State& s);
 
 }  // namespace vrx::gostr3411

@@ -7,13 +7,13 @@
 
 namespace vrx::gostr3411 {
 
-/** The inner and the outer hash state of a key after its pad, with which every message under the key starts. */
+/** The inner and outer hash states after the key's pads. Every message under the key starts from them. */
 struct Keyed {
     State inner;
     State outer;
 };
 
-/** The states after the key's pads, of one block each. */
+/** Computes these states from the key XORed with ipad and with opad, one block each. */
 [[nodiscard]] Keyed keyed(const std::uint8_t* ipad_key, const std::uint8_t* opad_key, const Substitution& by);
 
 /** The MAC of a message of 32 bytes. */

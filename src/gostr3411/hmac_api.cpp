@@ -22,7 +22,7 @@ int find_par(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411
     return VRX_OK;
 }
 
-/** K of RFC 2104: the key itself, padded with zeros, or the digest of one that does not fit. */
+/** The key as one block (K in RFC 2104): padded with zeros, and hashed first if it is longer than a block. */
 int make_block_key(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz* table, Pad& k) {
     k.fill(0);
     if (key_len <= k.size()) {
@@ -37,7 +37,7 @@ int make_block_key(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz*
     return VRX_OK;
 }
 
-/** What GOSTR3411_HMAC_Init() and GOSTR3411_HMAC() begin with, up to the start of the inner hash. */
+/** The common first part of GOSTR3411_HMAC_Init() and GOSTR3411_HMAC(): XORs the key with both pads. */
 int make_pads(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz* table, std::uint8_t* ipad_key,
               std::uint8_t* opad_key) {
     Pad k;
@@ -50,7 +50,7 @@ int make_pads(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz* tabl
     return VRX_OK;
 }
 
-/** The table and the first block of a message under the context's key. */
+/** Starts the inner hash: sets the table, and hashes the key block XORed with ipad. */
 void begin(GOSTR3411_HMAC_CTX& ctx, const vrx_tz& table) {
     init(ctx.hash, table);
     update(ctx.hash, ctx.ipad_key, sizeof ctx.ipad_key);
@@ -90,7 +90,7 @@ int GOSTR3411_HMAC_Final(GOSTR3411_HMAC_CTX* ctx, std::uint8_t* out, std::uint32
     *out_len = VRX_HMAC_SIZE;
     return vrx::leaving_no_trace([&] {
         final(ctx->hash, ctx->digest);
-        start(ctx->hash);  // with the table that the context holds, whatever its parameter set says by now
+        start(ctx->hash);  // keeps the table in the context, even if the caller has changed ctx->par
         update(ctx->hash, ctx->opad_key, sizeof ctx->opad_key);
         update(ctx->hash, ctx->digest, sizeof ctx->digest);
         final(ctx->hash, ctx->digest);

@@ -11,10 +11,10 @@
 
 namespace vrx::gostr3411 {
 
-/** A 256-bit number, least significant word first: in memory its 32 octets, least significant octet first. */
+/** A 256-bit number, least significant word first. In memory these are its 32 octets, least significant first. */
 using Uint256 = std::array<std::uint64_t, 4>;
 
-/** The number whose octets lie at any address. */
+/** Loads a number from its octets, at any address. */
 inline Uint256 load(const void* octets) {
     Uint256 n;
     std::memcpy(&n, octets, sizeof n);
@@ -28,9 +28,9 @@ constexpr Uint256 operator^(const Uint256& a, const Uint256& b) {
 }
 
 /**
- * f(h, m), for any processor. Working values are left on the stack: who hashes secrets does so in leaving_no_trace().
+ * f(h, m), for any CPU. Leaves working values on the stack: to hash secrets, call it inside leaving_no_trace().
  *
- * @param table  any deployed table, also one that no S-boxes produced; its flag is not looked at.
+ * @param table  a table with any content, not only one made from S-boxes. Its flag is ignored.
  */
 [[nodiscard]] Uint256 step(const Uint256& h, const Uint256& m, const vrx_tz& table);
 

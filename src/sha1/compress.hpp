@@ -1,4 +1,4 @@
-// The compression function of SHA-1 (RFC 3174, section 6.1), in variants for different processors.
+// The compression function of SHA-1 (RFC 3174, section 6.1): its engines, and the choice of one.
 #ifndef VRX_SHA1_COMPRESS_HPP
 #define VRX_SHA1_COMPRESS_HPP
 
@@ -15,7 +15,7 @@ using Digest = std::array<std::uint32_t, 5>;
 
 inline constexpr std::size_t block_size = 64;
 
-/** Take in blocks of the message, that lie at any address. Working values are left on the stack. */
+/** Processes blocks of the message, at any address. Leaves working values on the stack. */
 using Compress = void (*)(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept;
 
 void compress_sha_ni(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept;
@@ -31,7 +31,7 @@ inline constexpr std::array<Engine, 2> engines{{
 }};
 
 extern cpu::Choice<engines> choice;
-/** The engine that runs. */
+/** The selected engine. */
 inline const Engine& engine() noexcept { return choice(); }
 
 inline void compress(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept {

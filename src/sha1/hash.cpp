@@ -8,14 +8,14 @@ using namespace vrx::sha1;
 
 namespace {
 
-/** Words between host order and the order of the message and the digest. */
+/** Converts words between host byte order and big-endian, the order of the message and the digest. */
 void swap(std::uint32_t* words, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) words[i] = __builtin_bswap32(words[i]);
 }
 
 std::uint8_t* bytes(sha_context* ctx) { return reinterpret_cast<std::uint8_t*>(ctx->data); }
 
-/** Bytes that wait for a whole block. */
+/** The number of buffered bytes, less than a block. */
 std::size_t held(const sha_context* ctx) { return ctx->count_lo % block_size; }
 
 void process(sha_context* ctx, const std::uint8_t* data, std::size_t blocks) {
@@ -41,7 +41,7 @@ void shaTransform(sha_context* ctx) {
 
 void shaUpdate(sha_context* ctx, const std::uint8_t* buffer, std::uint64_t count) {
     const std::size_t before = held(ctx);
-    // Deliberate: one carry at the most, a call of 2^32 bytes or more miscounts.
+    // Deliberate: at most one carry, so the count is wrong after a call with 2^32 bytes or more.
     const std::uint32_t count_lo = ctx->count_lo + static_cast<std::uint32_t>(count);
     if (count_lo < ctx->count_lo) ++ctx->count_hi;
     ctx->count_lo = count_lo;

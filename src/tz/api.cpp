@@ -18,7 +18,7 @@ unsigned nibble(char c) {
     return static_cast<unsigned>(std::isdigit(code) != 0 ? c - '0' : c - 55);
 }
 
-/** A built-in set by number. */
+/** Finds a built-in set by number. */
 const vrx_tz* by_id(std::span<const vrx_tz> set, std::uint32_t id, log::Name self) {
     const std::uint8_t index = vrx::low8(id);
     if (index < set.size()) return &set[index];
@@ -26,7 +26,7 @@ const vrx_tz* by_id(std::span<const vrx_tz> set, std::uint32_t id, log::Name sel
     return nullptr;
 }
 
-/** A built-in set by name; names[i] is that of set[i]. */
+/** Finds a built-in set by name; names[i] is the name of set[i]. */
 const vrx_tz* by_name(std::span<const vrx_tz> set, std::span<const char* const> names, const char* name,
                       log::Name self) {
     if (name == nullptr) {

@@ -21,7 +21,7 @@ template <typename Use>
     const __m512i even = even_entries(num, m);
     alignas(64) std::uint32_t odd[16];
     _mm512_store_si512(odd, odd_entries(num, m));
-    asm("" : "+m"(odd));  // repeating a word costs one load from memory, but two shuffles from a register
+    asm("" : "+m"(odd));  // broadcasting a word costs one load from memory, but two shuffles from a register
 #pragma GCC unroll 16
     for (unsigned h = 0; h < 16; ++h) use(h, _mm512_or_si512(even, repeated(odd[h])));
 }
@@ -51,10 +51,10 @@ struct Tables {
 };
 
 /**
- * The candidate S-boxes of a table, and the check, table by table, that they expand to exactly its entries. The entries
- * on the diagonal of table m, t[17i], hold the outputs of both S-boxes for the input i. Cost: 64 loads for the
- * diagonal, and an OR and a ternary-logic instruction with a load for each of 64 rows. The check must finish before the
- * first result is written, so for short runs it is interleaved with the rounds.
+ * The candidate S-boxes of a table, and the check that they expand to exactly its entries, one of the four tables at a
+ * time. The entries t[17i] on the diagonal of table m hold the outputs of both S-boxes for the input i. Cost: 64 loads
+ * for the diagonal, and an OR and a ternary-logic instruction with a load for each of 64 rows. The check must finish
+ * before the first result is written, so for short runs it is interleaved with the rounds.
  */
 class Claim {
 public:
@@ -93,7 +93,7 @@ public:
         constexpr int any = 0xfe;
         wrong_ = _mm512_ternarylogic_epi32(wrong_, wrong[0], wrong[1], any);
     }
-    /** Whether every comparison so far found equal entries. */
+    /** True if every comparison so far found equal entries. */
     [[nodiscard]] bool holds() const { return _mm512_test_epi32_mask(wrong_, wrong_) == 0; }
 
 private:

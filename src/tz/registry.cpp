@@ -59,7 +59,7 @@ bool matches(const Record& record, const std::uint8_t* oid, std::uint32_t length
     return record.oid_length == length && (length == 0 || std::memcmp(record.oid, oid, length) == 0);
 }
 
-/** The link that holds the first registered record with an identifier, or the list's closing NULL link. */
+/** The link that points to the first registered record with an identifier, or the NULL link at the end of the list. */
 vrx_gost28147_par** find_link(const std::uint8_t* oid, std::uint32_t length) {
     vrx_gost28147_par** link = &GOST28147_OIDS;
     while (*link != nullptr && !matches(**link, oid, length)) link = &(*link)->next;

@@ -22,12 +22,12 @@ constexpr SBoxes sboxes(Numeric num) {
     return out;
 }
 
-/** The S-boxes of a built-in table, known by its address; nullptr for any other table. */
+/** The S-boxes of a built-in table, which is recognised by its address; nullptr for any other table. */
 const SBoxes* built_in_sboxes(const vrx_tz& table) noexcept;
 
 /**
- * Reads the S-boxes out of a table; false where they do not expand to exactly its 1024 entries. The entries T[17i] of a
- * table hold the outputs of both of its S-boxes for the input i.
+ * Recovers the S-boxes of a table. Returns false if they do not expand to exactly its 1024 entries. The entry
+ * t[m][17i] holds the outputs of S-boxes 2m and 2m + 1 for the input i.
  */
 [[nodiscard]] bool recover_avx2(const vrx_tz& table, SBoxes& out) noexcept;
 

@@ -109,7 +109,7 @@ constexpr std::size_t chunks_for(std::size_t n) { return n + n / 63 + 1; }
 
 void print_digit(Digit digit) { std::printf("%08x ", digit); }
 
-/** The number of digits to print without leading zeros: at least one, if there is one. */
+/** The number of digits to print without leading zeros: at least one, unless ndigits is 0. */
 std::uint64_t trimmed(const Digit* a, std::uint64_t ndigits) {
     return std::min(std::max(mpSizeof(a, ndigits), std::uint64_t{1}), ndigits);
 }

@@ -12,7 +12,7 @@ namespace uint256 = vrx::uint256;
 
 namespace {
 
-/** Whether a = 1. */
+/** True if a = 1. */
 bool is_one(const Word* a, std::size_t n) { return a[0] == 1 && significant(a, n) == 1; }
 
 }  // namespace
@@ -47,7 +47,7 @@ int mpModAdd(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, c
         mod.reduce(x, n);
         mod.reduce(y, n);
         add(x, x, y, n);
-        // Deliberate: the sum is modulo 2^(32 ndigits). The word of an odd last digit is half empty.
+        // Deliberate: the sum is modulo 2^(32 ndigits). If the number of digits is odd, the last word is half empty.
         if (ndigits % 2 != 0) x[n - 1] &= 0xffffffff;
         if (compare(x, modulus, n) >= 0) subtract(x, x, modulus, n);
         store(w, ndigits, x, n);

@@ -94,7 +94,7 @@ int mpRabinMiller(const std::uint32_t* w, std::uint64_t ndigits, std::uint64_t t
     mpShiftRight(numbers.odd, numbers.minus_one, a, ndigits);
     const Digit limit = mpSizeof(w, ndigits) == 1 ? w[0] - 2 : ~Digit{0};
     for (std::uint64_t round = 0; round < t; ++round) {
-        // From 2 to limit, so below w.
+        // The base is from 2 to limit, so it is below w.
         mpSetDigit(numbers.base, limit > 2 ? draw_up_to(limit - 2) + 2 : 2, ndigits);
         if (!passes(w, a, numbers)) return 0;
     }

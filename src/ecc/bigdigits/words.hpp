@@ -75,17 +75,17 @@ inline void store(Digit* digits, std::uint64_t ndigits, const Word* w, std::size
     std::fill_n(digits + there, ndigits - there, Digit{0});
 }
 
-/** Words that are about a third more than the deepest operation but inversion needs, and what that needs. */
+// Stack depths in words, about a third more than the deepest operation needs. Inversion needs more than all others.
 inline constexpr std::size_t usual_frames = 161;
 inline constexpr std::size_t inversion_frames = 241;
 
-/** Clear the stack below the caller's frame: there the functions that it called kept what did not fit in registers. */
+/** Wipes the stack below the caller's frame, where the functions that it called spilled registers. */
 template <std::size_t words>
 [[gnu::noinline]] void wipe_frames_below() {
     static_assert(words % 2 == 1, "leaves no gap below the return address");
     Word frames[words];
     std::size_t size = sizeof frames;
-    asm("" : "+r"(size));  // what the compiler makes of a size that it knows is three times as slow
+    asm("" : "+r"(size));  // for a size that the compiler knows, it emits code that is three times slower
     wipe(frames, size);
 }
 
@@ -94,7 +94,7 @@ template <typename F>
     return f();
 }
 
-/** The result of f, which leaves no trace on the stack. Its arrays belong to the caller's frame, in a Workspace. */
+/** Returns f(), and wipes the stack that f used. Arrays belong in a Workspace in the caller's frame. */
 template <std::size_t frames = usual_frames, typename F>
 auto without_trace(F f) {
     const auto result = in_own_frame(f);
@@ -102,7 +102,7 @@ auto without_trace(F f) {
     return result;
 }
 
-/** Stack memory for the temporaries of one call; what was taken of it is wiped in the end. */
+/** Stack memory for the temporaries of one call. The destructor wipes the part that was taken. */
 template <std::size_t capacity>
 class Workspace {
 public:
@@ -159,7 +159,7 @@ inline std::size_t bit_length(const Word* u, std::size_t n) {
     return n == 0 ? 0 : n * word_bits - static_cast<std::size_t>(std::countl_zero(u[n - 1]));
 }
 
-/** w = u + v; the carry is returned. w may be u or v. */
+/** w = u + v. Returns the carry. w may be u or v. */
 inline Word add(Word* w, const Word* u, const Word* v, std::size_t n) {
     Word carry = 0;
     for (std::size_t i = 0; i < n; ++i) {
@@ -170,7 +170,7 @@ inline Word add(Word* w, const Word* u, const Word* v, std::size_t n) {
     return carry;
 }
 
-/** w = u - v; the borrow is returned. w may be u or v. */
+/** w = u - v. Returns the borrow. w may be u or v. */
 inline Word subtract(Word* w, const Word* u, const Word* v, std::size_t n) {
     Word borrow = 0;
     for (std::size_t i = 0; i < n; ++i) {
@@ -181,7 +181,7 @@ inline Word subtract(Word* w, const Word* u, const Word* v, std::size_t n) {
     return borrow;
 }
 
-/** w = w - x; the borrow is returned. */
+/** w = w - x. Returns the borrow. */
 inline Word subtract_word(Word* w, std::size_t n, Word x) {
     for (std::size_t i = 0; i < n && x != 0; ++i) {
         const Word borrow = w[i] < x;
@@ -191,7 +191,7 @@ inline Word subtract_word(Word* w, std::size_t n, Word x) {
     return x;
 }
 
-/** w = u 2^shift for a shift below 64; the word shifted out is returned. w may be u. */
+/** w = u 2^shift for a shift below 64. Returns the word shifted out. w may be u. */
 inline Word shift_left(Word* w, const Word* u, std::size_t n, unsigned shift) {
     Word out = 0;
     for (std::size_t i = 0; i < n; ++i) {

@@ -18,7 +18,7 @@ struct Engine : cpu::EngineInfo {
     /** r = k Q. Returns false if the formulas do not cover k and Q; r is then undefined. */
     bool (*multiply)(CurveId curve, const Words& k, const AffinePoint& q, AffinePoint& r);
 
-    /** Whether x(z1 G + z2 Q) mod q = r, for 0 < r < q. z1 may be 0. For public operands: not constant-time. */
+    /** True if x(z1 G + z2 Q) mod q = r, for 0 < r < q. z1 may be 0. For public operands: not constant-time. */
     Answer (*sum_has_remainder)(CurveId curve, const Words& z1, const Words& z2, const AffinePoint& q, const Words& r);
 };
 

@@ -55,13 +55,13 @@ constexpr Words inverse_element(const Words& a) {
     return S::to_montgomery(inverse(S::from_montgomery(a), modulus));
 }
 
-/** Whether a < m. Callers branch on the result. */
+/** True if a < m. Callers branch on the result. */
 constexpr bool is_below(const Words& a, const Words& m) {
     Words difference{};
     return sub(difference, a, m) != 0;
 }
 
-/** Whether both coordinates are below p and y^2 = (x^2 + a) x + b. Not constant-time: branches on the coordinates. */
+/** True if both coordinates are below p and y^2 = (x^2 + a) x + b. Not constant-time: branches on the coordinates. */
 template <typename Curve>
 constexpr bool is_on_curve(const AffinePoint& point) {
     using S = typename Curve::Field;
@@ -125,9 +125,9 @@ constexpr HomogeneousPoint with_y(const LadderResult& l, const Words& x, const W
 enum class Answer : std::uint8_t { no, yes, not_covered };
 
 /**
- * Whether x(P + Q) mod q = r, for 0 < r < q, where x(P + Q) = x / zz. For public operands: not constant-time.
+ * True if x(P + Q) mod q = r, for 0 < r < q, where x(P + Q) = x / zz. For public operands: not constant-time.
  *
- * The numbers below p that are r modulo q are r, and r + q if that is below p (q > p / 2).
+ * Two numbers below p may equal r modulo q: r, and r + q if that is below p. There are no more, because q > p / 2.
  */
 template <typename Curve>
 constexpr Answer has_remainder(const Words& x, const Words& zz, const Words& r) {
@@ -142,7 +142,7 @@ constexpr Answer has_remainder(const Words& x, const Words& zz, const Words& r) 
     return is_x(r) || (!beyond && is_x(other)) ? Answer::yes : Answer::no;
 }
 
-/** Whether x(P + Q) mod q = r, for P other than Q and -Q. For public operands: not constant-time. */
+/** True if x(P + Q) mod q = r, for P other than Q and -Q. For public operands: not constant-time. */
 template <typename Curve>
 constexpr Answer sum_has_remainder(const XyzzPoint& p, const XyzzPoint& q, const Words& r) {
     using S = typename Curve::Field;

@@ -45,7 +45,7 @@ using DoubleWord = typename DoubleWordOf<Word>::Type;
 template <typename Word>
 using Given = std::type_identity_t<Word>;
 
-/** Whether the sums of these words are in assembly. */
+/** True if sums of these words use assembly. */
 template <typename Word, std::size_t count>
 inline constexpr bool has_assembly = std::is_same_v<WordsOf<Word, count>, Words>;
 

@@ -1,7 +1,7 @@
-// The chained modes, with table look-ups optimised for the shortest dependency chain or with other rounds.
+// The chained modes, and rounds with table look-ups whose dependency chain is as short as possible.
 //
-// Everything is a template over a type of the including file: `Bytes` extracts byte 2 of a word, and `Rounds` is
-// EarlyRounds or has the same run().
+// Everything is a template over a type of the including file. `Bytes` extracts byte 2 of a word. `Rounds` is
+// EarlyRounds or another type with the same run().
 #ifndef VRX_GOST28147_ENGINE_CHAIN_HPP
 #define VRX_GOST28147_ENGINE_CHAIN_HPP
 
@@ -11,13 +11,13 @@
 namespace vrx::gost28147 {
 
 /**
- * A chain of rounds with one of the four look-ups a step ahead. The low byte of x + K needs no addition where table 0
- * stands twice in a row: it is entry (byte of x) of the 256 that begin at entry (byte of K). So it has arrived when the
- * other three come, and only two exclusive-ors follow them:
+ * A chain of rounds in which one of the four look-ups does not wait for the addition x + K. `twice_` holds table 0
+ * twice in a row. If k0 and x0 are the low bytes of K and x, its entry k0 + x0 is the entry of table 0 for the low byte
+ * of x + K. This look-up finishes before the other three, so only two XORs follow those. The latency of a round is
  *
- *     x + K (1 cycle), byte (1), load (5), exclusive-or (2)
+ *     x + K (1 cycle), byte (1), load (5), XOR (2)
  *
- * nine cycles a round instead of ten. Cost: a copy of 2 KiB, which pays from four blocks.
+ * nine cycles instead of ten. Cost: a copy of 2 KiB, which pays off from four blocks on.
  */
 template <typename Bytes>
 class EarlyRounds {
@@ -27,7 +27,7 @@ public:
         std::memcpy(twice_ + 256, table.t[0], sizeof table.t[0]);
     }
 
-    /** The rounds, joined with what comes next: half of it before the last round, where the chain does not see it. */
+    /** The rounds, and the XOR with `next`. One half is XORed before the last round, so it adds no latency. */
     template <const auto& order>
     [[gnu::always_inline]] Block run(Block b, Block next = {0, 0}) const {
         constexpr std::size_t last = order.size() - 1;
@@ -40,7 +40,7 @@ public:
 
 private:
     [[gnu::always_inline]] std::uint32_t mixed(std::uint32_t half, std::uint32_t x, std::uint32_t k) const {
-        // The empty statements keep the compilers from ordering the terms anew.
+        // The empty asm statements keep compilers from reordering the terms.
         const std::uint32_t* row = twice_ + (k & 255);
         asm("" : "+r"(row));
         std::uint32_t early = half ^ row[x & 255];
@@ -57,7 +57,7 @@ private:
     alignas(64) std::uint32_t twice_[512];
 };
 
-/** A chained mode, at least one block. Words of the key are left on the stack, as many as the compiler kept there. */
+/** Runs a chained mode on at least one block. The compiler may leave words of the key on the stack. */
 template <typename Rounds>
 [[gnu::noinline]] void chain_blocks(const Rounds& rounds, Mode mode, const Run& run) {
     Block r = load_block(run.reg);
@@ -92,7 +92,7 @@ template <typename Rounds>
     store_register(run.reg, r);
 }
 
-/** At least one block. The table of the early rounds is public, and lies above what is wiped. */
+/** Runs a chained mode on at least one block, and wipes the stack below. The table in `rounds` is public: not wiped. */
 template <typename Bytes>
 void run_chain(Mode mode, const Run& run) {
     constexpr std::size_t deepest = 512;

@@ -1,4 +1,4 @@
-// The engines: vectorised or interleaved implementations of runs of blocks, and which of them runs.
+// The cipher engines: vectorised or interleaved implementations of runs of blocks, and the choice of one.
 #ifndef VRX_GOST28147_ENGINE_LIST_HPP
 #define VRX_GOST28147_ENGINE_LIST_HPP
 
@@ -12,30 +12,30 @@
 
 namespace vrx::gost28147 {
 
-/** How an engine runs a parallelizable mode. */
+/** A method by which an engine runs a parallelizable mode. */
 struct Way {
-    /** Runs of fewer blocks do not pay for what it prepares. */
+    /** The minimum number of blocks: below it, the set-up costs more than it saves. */
     std::size_t fewest;
-    /** False, with nothing written, if it does not cover the table. */
+    /** Returns false, with nothing written, if the method does not support the table. */
     bool (*run)(Mode mode, const Run& run) noexcept;
 };
 
 struct Engine : cpu::EngineInfo {
-    /** In order of preference; the last one covers every run. */
+    /** In order of preference; the last one supports every run. */
     std::array<Way, 3> ways;
-    /** Sections of 128 blocks, a meshing of `key` and register before each; false as above. May be missing. */
+    /** Runs sections of 128 blocks, and meshes `key` and the register before each. Returns false as above. Optional. */
     bool (*sections)(Mode mode, const Run& run, std::uint32_t* key) noexcept;
-    /** Chained modes, at least one block; `out` is anywhere. */
+    /** Runs a chained mode on at least one block. `out` may overlap `in` in any way. */
     void (*chain)(Mode mode, const Run& run) noexcept;
 
-    /** Parallelizable modes. `out` is `in`, lies before it, or at least widest_step blocks after it. */
+    /** Runs a parallelizable mode. `out` is `in`, precedes it, or starts at least widest_step blocks after it. */
     void parallel(Mode mode, const Run& run) const noexcept {
         for (const Way& way : ways)
             if (run.blocks >= way.fewest && way.run(mode, run)) return;
     }
 };
 
-/** No engine reads more blocks than these before it writes the first of them. */
+/** The maximum number of blocks that an engine reads before it writes the first of them. */
 inline constexpr std::size_t widest_step = 128;
 
 /** Four look-ups a round, for any table. */
@@ -66,7 +66,7 @@ inline constexpr std::array<Engine, 4> engines{{
 }};
 
 extern cpu::Choice<engines> choice;
-/** The engine that runs. */
+/** The selected engine. */
 inline const Engine& engine() noexcept { return choice(); }
 
 }  // namespace vrx::gost28147

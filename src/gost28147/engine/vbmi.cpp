@@ -24,13 +24,13 @@ using tz::repeated;
 using tz::Tables;
 using vbmi::Vector;
 
-// Operations of ternary logic.
+// Truth tables for the ternary-logic instruction.
 constexpr int and_or = 0xea;        // a & b | c
 constexpr int exclusive_or = 0x96;  // a ^ b ^ c
 
 /**
- * A meshing that is computed together with a section: D(K, C), the key after K, in the first four blocks, and E(K,
- * register) in the fifth.
+ * A meshing that is computed together with a section. The first four blocks become D(K, C), the key that follows K. The
+ * fifth becomes E(K, register).
  */
 struct Meshing {
     const Schedule& schedule;
@@ -55,16 +55,17 @@ struct Meshing {
 
 /**
  * The 32 rounds. A permute looks up 64 bytes at once in a table of 64: the index of byte j of a word is one of its
- * nibbles and 16j, so one permute serves the four even S-boxes and one the four odd ones. The halves are kept rotated
- * right by 11 bits, u = ror(x, 11), which makes a round
+ * nibbles plus 16j. So one permute serves the four even S-boxes and one the four odd ones. The halves are kept rotated
+ * right by 11 bits, u = ror(x, 11). A round is then
  *
  *     t  = rol(u, 11) + K
  *     u' = u' ^ even[t & 0f0f0f0f | 30201000] ^ odd[t >> 4 & 0f0f0f0f | 30201000]
  *
- * eight instructions for 16 blocks: rotate, add, shift, two permutes, and three of ternary logic that join the index
- * twice and the result once. Four of them shift or permute, of which a processor begins one or two in a cycle: 16
- * blocks take two to four cycles a round, once enough vectors run side by side to hide a latency of 8 to 15. The table
- * check of a claim and a meshing go in between, where they cost little or nothing.
+ * of eight instructions for 16 blocks: a rotation, an addition, a shift, two permutes, and three ternary-logic
+ * instructions. Two of those make the indices, and one adds up the result. Four of the eight shift or permute, and a
+ * CPU starts one or two such instructions per cycle. So 16 blocks take two to four cycles a round, if enough vectors
+ * are interleaved to hide a latency of 8 to 15 cycles. The table check of `claim` and the meshing are interleaved with
+ * the rounds, where they cost little or nothing.
  */
 template <std::size_t count>
 [[gnu::always_inline]] inline void rounds(const Tables& tables, const Schedule& schedule, bool decrypting,
@@ -151,7 +152,7 @@ struct MeshingPermutes {
     }
 };
 
-/** The S-boxes of a table, which are `known` if it is built in; false if it has none. */
+/** The S-boxes of a table: `known` unless nullptr, else recovered. Returns false if no S-boxes expand to the table. */
 bool find_tables(const vrx_tz& table, const tz::SBoxes* known, Tables& out) {
     if (known != nullptr) {
         out = Tables(*known);
@@ -189,7 +190,7 @@ struct OneBlock {
     const Tables& tables;
     const Schedule& schedule;
 
-    /** The rounds of one of the orders of encryption, joined with what comes next. */
+    /** The rounds in one of the key orders, and the XOR with `next`. */
     template <const auto& order>
     [[gnu::always_inline]] Block run(Block b, Block next = {0, 0}) const {
         __m128i n1 = _mm_ror_epi32(_mm_cvtsi32_si128(static_cast<int>(b.n1)), 11);
@@ -214,7 +215,7 @@ private:
         return _mm512_castsi512_si128(_mm512_permutexvar_epi8(_mm512_castsi128_si512(index), table));
     }
 
-    /** As in rounds(). */
+    /** The round that rounds() explains. */
     [[gnu::always_inline]] __m128i round(__m128i half, __m128i other, std::uint32_t key) const {
         const __m128i nibbles = _mm_set1_epi32(0x0f0f0f0f);
         const __m128i places = _mm_set1_epi32(0x30201000);
