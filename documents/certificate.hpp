@@ -40,7 +40,7 @@ struct Certificate : Signed {
     Part serial;
     Part issuer_octets;  // contents of the Names
     Part subject_octets;
-    std::string issuer;  // as read_name() writes them
+    std::string issuer;  // as read_name() formats them
     std::string subject;
     bool self_issued;
     Time not_before;
@@ -49,7 +49,7 @@ struct Certificate : Signed {
     PublicOctets key;
     Extensions extensions;
 
-    /** Whether the certificate allows this use of its key; true if it does not restrict the use. */
+    /** True if the certificate allows this use of its key, or does not restrict the use. */
     [[nodiscard]] bool allows(KeyUsage usage) const;
 };
 

@@ -27,7 +27,7 @@ struct WorkingKey {
 /** The key of a certificate; std::nullopt if it is not a point on its curve. @param set  the curve if it names none. */
 std::optional<WorkingKey> working_key(const Certificate& certificate, const EcParamSet* set);
 
-/** Whether a signature verifies with a key, with r and s from 1 to q - 1. */
+/** True if a signature verifies with a key, and r and s are from 1 to q - 1. */
 bool is_signed_by(const Signed& what, const WorkingKey& key);
 
 /**

@@ -55,16 +55,16 @@ private:
 /** The dotted form of an object identifier's contents; std::nullopt if they are malformed or exceed 64 bits. */
 std::optional<std::string> dotted(std::span<const std::uint8_t> contents);
 
-/** Whether the octets are exactly one element, as in a DER file. */
+/** True if the octets are exactly one element, as in a DER file. */
 bool is_one_element(std::span<const std::uint8_t> octets, std::uint8_t wanted);
 
-/** Whether the contents of an INTEGER use the fewest octets possible. */
+/** True if the contents of an INTEGER use the fewest octets possible. */
 bool is_integer(Part contents);
 /** The value of an INTEGER from 0 to 2^31 - 1; std::nullopt for any other contents. */
 std::optional<std::uint32_t> small_number(Part contents);
 /** The value of a BOOLEAN, which DER encodes as 00 or FF; std::nullopt for any other contents. */
 std::optional<bool> truth(Part contents);
-/** Whether the octets are exactly one element, and all nested elements are well formed. */
+/** True if the octets are exactly one element, and all nested elements are well formed. */
 bool is_well_formed(Part octets);
 
 }  // namespace der

@@ -8,7 +8,7 @@ namespace vrx::documents {
 namespace {
 
 /**
- * Whether an extension may be critical: list number, issuer key, reason code, invalidity date. They do not affect the
+ * True if an extension may be critical: list number, issuer key, reason code, invalidity date. These do not affect the
  * verdict. Any other extension may limit the scope of a list.
  */
 bool is_understood(const std::string& oid) {

@@ -1,4 +1,4 @@
-// Reads points in time from certificates and from the command line. All are in UTC.
+// Reads times from certificates and from the command line. All are in UTC.
 #ifndef VRX_DOCUMENTS_TIME_HPP
 #define VRX_DOCUMENTS_TIME_HPP
 

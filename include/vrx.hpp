@@ -10,8 +10,7 @@
  *     vrx::Encryptor cipher(key, iv);
  *     if (const auto done = cipher.update(message); !done) std::puts(vrx::name(done.error()));
  *
- * The headers in vrx/cxx/ have the names of the C headers that they wrap, where the behaviour of each function is
- * described in full.
+ * Each header in vrx/cxx/ has the name of the C header that it wraps. The C header describes each function in full.
  */
 #ifndef VRX_HPP
 #define VRX_HPP

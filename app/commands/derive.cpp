@@ -121,7 +121,7 @@ int run(const Command& self, int argc, char** argv) {
     const Derivation derivation = app::derivation(self, choice);
     check_usage(self, password_choice);
     warn_of_weak_choices(derivation);
-    Output output = out == "-" ? Output(out) : Output(out, NewPrivateFile{});  // fail before the user types a password
+    Output output = out == "-" ? Output(out) : Output(out, NewPrivateFile{});  // first: errors come before the prompt
     SecretBytes password;
     get_password(password_choice, password);
     const SecretPages pages(derivation.length);

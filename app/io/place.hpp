@@ -44,9 +44,9 @@ public:
     [[nodiscard]] const char* name() const { return name_.c_str(); }
     /** The status of the existing file, from an open descriptor; std::nullopt if there is none. */
     [[nodiscard]] const std::optional<struct stat>& existing() const { return existing_; }
-    /** Whether the file found at first still has this name. */
+    /** True if the name still belongs to the file that was found first. */
     [[nodiscard]] bool is_unchanged() const;
-    /** Whether the path is a link in /proc to a pipe or another open file without a name. */
+    /** True if the path is a link in /proc to a pipe or another open file without a name. */
     [[nodiscard]] bool is_magic() const { return magic_; }
 
 private:

@@ -46,7 +46,7 @@ std::u32string from_utf8(std::string_view text);
 void append_utf8(std::string& text, char32_t character);
 
 /**
- * Whether a character could deceive the reader of a terminal: C0 and C1 controls, direction controls, zero-width
+ * True if a character could deceive the reader of a terminal: C0 and C1 controls, direction controls, zero-width
  * characters, line separators, surrogates and tags.
  */
 bool is_deceptive(char32_t character);

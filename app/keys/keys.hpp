@@ -75,7 +75,7 @@ void read_secret(Input& file, SecretBytes& secret);
  */
 void decode_hex(SecretBytes& secret, const std::string& what);
 
-/** Compare octets in constant time; only their number may be known from the time. */
+/** Compare octets in constant time: the time depends on their number alone. */
 [[nodiscard]] bool equal_in_constant_time(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b);
 
 /** A cipher key as the library expects it: bytes 0 to 3 of the file are word 0, least significant byte first. */

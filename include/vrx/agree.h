@@ -33,8 +33,8 @@ VRX_BEGIN_DECLS
  *
  * @param set       in: the curve parameter set of both keys.
  * @param hash_oid  in: DER identifier of a built-in hash parameter set, normally CryptoPro (VRX_PAR_HASH_1_OID).
- *                  Neither the record nor its data pointer is checked as the other pointers are: the record may not be
- *                  NULL.
+ *                  Unlike the other pointers, the record and its data pointer are not checked first. The record may not
+ *                  be NULL.
  * @param ukm       in: 8 public bytes, not all zero. Use a new value for each agreement.
  * @param d         in: your private key.
  * @param Q         in: the peer's public key.
@@ -50,10 +50,10 @@ VRX_API int ecMakeKEK(const EcParamSet *set, const vrx_data *hash_oid, const uin
 
 /**
  * Diversify a key (CryptoPro): eight rounds, each of which encrypts the key with itself in cipher feedback mode. The IV
- * of a round consists of two sums of key words, which one UKM byte selects.
+ * of a round consists of two sums of key words. A byte of the UKM assigns each key word to one of the sums.
  *
  * @param tz   in: a deployed table. If it is NULL or not deployed, the call fails.
- * @param key  in-out: the key, 32 bytes. After a failure, the key as the rounds before it left it.
+ * @param key  in-out: the key, 32 bytes. After a failure, the result of the rounds before it.
  * @param ukm  in: 8 bytes, any.
  * @return VRX_OK, or the code of VRX_Gost_GFB_m() (logged).
  */

@@ -1,7 +1,7 @@
 /**
  * @file bigdigits.h  Multiple-precision arithmetic on arrays of 32-bit digits.
  *
- * A number is an array of `ndigits` digits, least significant digit first, unsigned. Leading zero digits are normal.
+ * A number is an unsigned array of `ndigits` digits, least significant digit first. It may have leading zero digits.
  * Only mpIsNegative(), mpChs() and mpAbs() read an array as a two's-complement number of 32 ndigits bits.
  *
  * Unless a function says otherwise:
@@ -13,8 +13,8 @@
  * - A count of 0 is valid only where the function describes it, or where no digit has to be read.
  * - The functions log nothing and allocate nothing. They wipe their temporaries on the stack.
  *
- * Threads: the functions have no shared state and only read operands, moduli and divisors, so that any number of
- * threads may share them.
+ * Threads: no shared state. The functions only read operands, moduli and divisors, so any number of threads may share
+ * those.
  *
  * **Warning:** running times depend on the values. Do not use these functions on secrets that an attacker could learn
  * by measuring time.
@@ -414,7 +414,7 @@ VRX_API int mpChs(uint32_t *a, const uint32_t *b, uint64_t ndigits);
 VRX_API int mpAbs(uint32_t *a, const uint32_t *b, uint64_t ndigits);
 
 /* ---- Building blocks: modular arithmetic ------------------------------------------------------------------------- */
-/* Each function writes its result last: the result may also be the array of the modulus or the exponent. A modulus of 0
+/* Each function writes its result last, so it may also be the array of the modulus or the exponent. A modulus of 0
    is accepted; every remainder is then 0. */
 
 /**
@@ -535,8 +535,8 @@ VRX_API int mpModExp(uint32_t *y, const uint32_t *x, const uint32_t *e, const ui
    data and for the bases of a primality test only. */
 
 /**
- * Draw a digit evenly from lower to upper, both included. The first call in the process seeds the C library's generator
- * from the clock.
+ * Draw a uniformly random digit from lower to upper, inclusive. The first call in the process seeds the C library's
+ * generator from the clock.
  *
  * @param lower  in: the smallest digit.
  * @param upper  in: the largest digit.
@@ -550,9 +550,9 @@ VRX_API uint32_t spSimpleRand(uint32_t lower, uint32_t upper);
  * @param w        in: ndigits digits.
  * @param ndigits  in: digits in w.
  * @param t        in: number of rounds.
- * @return 0 if w is composite, 0 or 1; 1 if w passes all rounds. For t = 0 every w above 1 passes, and 2 passes always.
+ * @return 0 if w is composite, 0 or 1; 1 if w passes all rounds. For t = 0 every w above 1 passes, and 2 always passes.
  *
- * Every call with w above 1 seeds the C library's generator from the clock. For bases drawn evenly from all residues, a
+ * Every call with w above 1 seeds the C library's generator from the clock. For uniformly random bases below w, a
  * composite number passes a round with probability below 1/4. The bases here have only one digit, so that bound does
  * not hold for every number, and an adversary who knows the clock can choose composites that pass.
  */

@@ -13,8 +13,8 @@
  * **Warning:** blocks have only 64 bits. Encrypt far less than 2^32 blocks (32 GiB) under one key, with or without key
  * meshing. Near that limit equal blocks become likely, and they reveal relations between plaintexts.
  *
- * The caller owns every record. vrx_crpt_reset() and vrx_crpt_final() log their failures; the other functions log
- * nothing of their own, but VRX_Gost_SS_m() and the like log theirs when a context calls them. Buffers, keys and IVs
+ * The caller owns every record. vrx_crpt_reset() and vrx_crpt_final() log their failures. The other functions log
+ * nothing themselves, but the functions of modes.h that they call log their own failures. Buffers, keys and IVs
  * may lie at any address and may not overlap the context. The functions allocate nothing.
  *
  * A context holds the key until the caller wipes it: wipe the record after use.
@@ -34,7 +34,7 @@ VRX_BEGIN_DECLS
 #define VRX_MESHING_SECTION 1024 /**< bytes processed under one key when key meshing is on */
 
 /**
- * A cipher context. Its fields are public: the MAC is read from it. A new record holds whatever its memory held; the
+ * A cipher context. Its fields are public: the MAC is read from it. A new record is uninitialized; the
  * init functions fill it.
  */
 typedef struct vrx_crpt_ctx {
@@ -82,10 +82,10 @@ typedef struct old_crpt_params {
 /**
  * Open a context for a new message.
  *
- * **Warning:** check your arguments yourself, `direction` and `mode` above all. The function tests only ctx.
+ * **Warning:** the function checks only ctx. Check the other arguments yourself, above all `direction` and `mode`.
  *
  * @param ctx          out: the context; every field is set.
- * @param direction    in: low 8 bits non-zero: encrypt; zero: decrypt.
+ * @param direction    in: encrypt if its low 8 bits are not zero, otherwise decrypt.
  * @param table        in: the table, copied into the context; may not be NULL. Its flag is tested when data is
  *                     processed.
  * @param mode         in: VRX_MODE_SS to VRX_MODE_IMITO. Other numbers are stored, and fail at the first whole block.
@@ -108,8 +108,8 @@ VRX_API int vrx_crpt_init_context(vrx_crpt_ctx *ctx, int direction, const vrx_tz
  * writes nothing.
  *
  * Input and output may be the same buffer in modes 2 and 3, and in modes 1 and 4 while the context holds no bytes. Mode
- * 3 allows any overlap. It first processes the bytes that use up held key stream one by one; it then reads all of the
- * rest before it writes more output.
+ * 3 allows any overlap: it first uses up the key stream left from the previous piece, one byte at a time. Then it reads
+ * the rest of the input before it writes more output.
  *
  * **Warning:** after a failure in modes 1 and 4 or in an unknown mode, do not continue the message: open the context
  * anew. The failing block may have been tried twice, the held bytes overwritten and the key meshed. A failure in modes
@@ -163,7 +163,7 @@ VRX_API int vrx_crpt_final(vrx_crpt_ctx *ctx);
 VRX_API int vrx_crpt_reset(vrx_crpt_ctx *ctx);
 
 /**
- * Call the one-shot mode function that belongs to a mode number, as contexts do.
+ * Call the one-shot function of a mode, given by its number. Contexts use this function, too.
  *
  * **Warning:** mode 3 must not decrypt in place: the plaintext is wrong after the first block, as in VRX_Gost_GFB_m().
  *
@@ -173,7 +173,7 @@ VRX_API int vrx_crpt_reset(vrx_crpt_ctx *ctx);
  * @param out        out: the output; its length is the capacity on entry and the input's length after success.
  * @param iv         in-out: 8 bytes, as for the mode function. Mode 1 does not use it.
  * @param key        in: the key, eight words.
- * @param direction  in: non-zero: encrypt; zero: decrypt. Mode 2 does not use it.
+ * @param direction  in: encrypt if not zero, otherwise decrypt. Mode 2 does not use it.
  * @param flags      in: VRX_FLAG_FIRST, VRX_FLAG_PAD.
  * @return the code of the mode function; VRX_ERR_UNKNOWN_MODE for other numbers (not logged).
  */
@@ -223,7 +223,7 @@ VRX_API int vrx_crpt_CFB_ctx(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *ou
 
 /**
  * Process a piece in mode 5, whatever mode the context has. If VRX_FLAG_PAD is set in ctx->flags, the input may be
- * empty, and a message end shorter than a block is padded with zeros.
+ * empty, and a partial block at the end of the message is padded with zeros.
  *
  * @param ctx  in-out: the context.
  * @param in   in: the piece; at least one byte unless VRX_FLAG_PAD is set in ctx->flags.
@@ -265,7 +265,7 @@ VRX_API int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz *table, uint8_t 
  * p->table->length and reads a whole vrx_crpt_table_rec.
  *
  * @param ctx        in-out: the context; every field but `mac` is set.
- * @param direction  in: low 8 bits non-zero: encrypt; zero: decrypt.
+ * @param direction  in: encrypt if its low 8 bits are not zero, otherwise decrypt.
  * @param p          in: the parameter block and all that it points to.
  * @return VRX_OK, or VRX_ERR_BAD_PARAMS if ctx or p is NULL, p->first or p->second is 0, p's table or its data is NULL,
  *         or p's key is NULL or empty (not logged; the context is then closed).

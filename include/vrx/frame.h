@@ -6,10 +6,10 @@
  *
  * - Look-ups that return a pointer return NULL when they find nothing. Look-ups that return an `int` store NULL.
  * - mpModInv() returns 1 when there is no inverse.
- * - Comparisons and predicates return their answer, some of them -1.
+ * - Comparisons and predicates return their answer, which may be -1.
  *
- * A failure may also write to the diagnostics log. A function that calls another one often adds a line of its own after
- * the line of the function that failed, so two or three lines for one failure are usual. The return code does not
+ * A failure may also write to the diagnostics log. A function that fails often logs a line, and its caller another, so
+ * two or three lines for one failure are usual. The return code does not
  * depend on whether the log is on.
  *
  * Threads: the log is process-wide and unsynchronized. Set it before other threads call the library. The library

@@ -1,5 +1,5 @@
 /**
- * @file gostr3411.h  The hash GOST R 34.11-94 (RFC 5831) with a substitution table of the caller's choice.
+ * @file gostr3411.h  The hash GOST R 34.11-94 (RFC 5831) with built-in or custom substitution tables.
  *
  * Call GOSTR3411_Init() or a variant, GOSTR3411_Update() for each piece of the message, then GOSTR3411_Final(). The
  * GOSTR3411_Transform() functions hash a whole message in one call.
@@ -10,8 +10,8 @@
  * A digest is 32 bytes. The least significant byte of the 256-bit number comes first, as most programs print it. RFC
  * 5831 prints the number the other way round.
  *
- * Functions that return an `int` check their arguments before they write anything, and log every failure. Where one
- * function calls another, the log often gets a line of each: the called function's line comes first. GOSTR3411_Init()
+ * Functions that return an `int` check their arguments before they write anything, and log every failure. When one
+ * function calls another, both often log a line, the called function first. GOSTR3411_Init()
  * and GOSTR3411_Init_more_oids() add no line to those of the functions that they call.
  *
  * Object identifiers are complete DER encodings. Two are equal if their lengths and their bytes are equal. Data may lie

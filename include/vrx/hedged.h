@@ -1,11 +1,11 @@
 /**
  * @file hedged.h  Signatures with hedged nonces, which do not depend on the random source alone.
  *
- * One known nonce, or two signatures with the same nonce, reveal the private key. With ecSign() a random source that
- * repeats itself, as after restoring a snapshot of a virtual machine, is enough. Here the nonce is derived from the
- * private key, the digest and fresh random bytes, as in RFC 6979 with additional data (section 3.6) and with HMAC
- * GOST R 34.11-94. It stays secret, and differs between digests, if the random source is good or the private key is
- * secret. Threads: any number; each has its own generator.
+ * One known nonce, or two signatures with the same nonce, reveal the private key. ecSign() repeats a nonce if its
+ * random source repeats its output, for example after a virtual machine is restored from a snapshot. Here the nonce is
+ * derived from the private key, the digest and fresh random bytes, as in RFC 6979 with additional data (section 3.6)
+ * and HMAC GOST R 34.11-94. It stays secret, and differs between digests, if the random source is good or the private
+ * key is secret. Threads: any number; each has its own generator.
  *
  * This header is not part of vrx.h, and the library does not export its functions: they are compiled into your program.
  */
@@ -116,8 +116,8 @@ VRX_RANDOM_INLINE int vrx_hedge_start(const EcParamSet *set, const uint32_t dige
 /** @endcond */
 
 /**
- * Sign a digest as ecSign() does, with a hedged nonce, and verify the signature before returning it. A signature that
- * is invalid because of a hardware fault may reveal the private key.
+ * Sign a digest as ecSign() does, with a hedged nonce. The function verifies the signature before it returns it: a
+ * signature that a hardware fault made invalid may reveal the private key.
  *
  * @param set     in: curve.
  * @param digest  in: the 32 bytes of the hash in memory order.

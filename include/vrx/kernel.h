@@ -86,7 +86,7 @@ VRX_API void vrx_gost_gamm_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VR
  * @param feedback  in-out: before the first block, the IV.
  * @param key       in: the key, eight words.
  * @param table     in: a deployed table.
- * @param encrypt   in: low 8 bits non-zero: encrypt; zero: decrypt.
+ * @param encrypt   in: encrypt if its low 8 bits are not zero, otherwise decrypt.
  */
 VRX_API void vrx_gost_GFB_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VRX_BLOCK_SIZE],
                                uint8_t feedback[VRX_BLOCK_SIZE], const uint32_t key[VRX_KEY_WORDS], const vrx_tz *table,
@@ -101,7 +101,7 @@ VRX_API void vrx_gost_GFB_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VRX
  * @param chain    in-out: before the first block, the IV.
  * @param key      in: the key, eight words.
  * @param table    in: a deployed table.
- * @param encrypt  in: low 8 bits non-zero: encrypt; zero: decrypt.
+ * @param encrypt  in: encrypt if its low 8 bits are not zero, otherwise decrypt.
  */
 VRX_API void vrx_gost_cbc_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VRX_BLOCK_SIZE],
                                uint8_t chain[VRX_BLOCK_SIZE], const uint32_t key[VRX_KEY_WORDS], const vrx_tz *table,

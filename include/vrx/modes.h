@@ -27,7 +27,7 @@
  * Buffers, keys and IVs may lie at any address. The IV or MAC state may not overlap another argument. Input and output
  * may be the same buffer, except in cipher feedback decryption. If they overlap in another way, the blocks are
  * processed in order, and each block is read before it is written. A partial last block is read before anything is
- * written. An output that begins 1 to 7 bytes after the input is undefined.
+ * written. If the output begins 1 to 7 bytes after the input, the result is undefined.
  *
  * Threads: no shared state. The functions allocate nothing.
  *
@@ -53,7 +53,7 @@ VRX_BEGIN_DECLS
 /**
  * Encrypt or decrypt in counter mode. Both directions are the same operation.
  *
- * A partial block uses up a whole counter step. The rest of its key stream is lost to a later call.
+ * A partial block uses up a whole counter step. The next call does not use the rest of its key stream.
  *
  * @param table  in: a deployed table.
  * @param in     in: the input, at least one byte.
@@ -82,7 +82,7 @@ VRX_API int VRX_Gost_Gamm_m(const vrx_tz *table, const vrx_data *in, vrx_data *o
  *                   After a partial block, it holds the output for the whole padded block: the ciphertext after
  *                   encryption; plaintext bytes followed by key stream after decryption. No later call can continue it.
  * @param key        in: the key, eight words.
- * @param direction  in: low 8 bits non-zero: encrypt; zero: decrypt.
+ * @param direction  in: encrypt if its low 8 bits are not zero, otherwise decrypt.
  * @param flags      in: VRX_FLAG_PAD to allow a partial last block. VRX_FLAG_FIRST has no effect.
  * @return VRX_OK; VRX_ERR_BAD_PARAMS, VRX_ERR_BUFFER_LENGTH or VRX_ERR_FAILED as for every mode (not logged);
  *         VRX_ERR_BLOCK_MULTIPLE for a partial block without VRX_FLAG_PAD (logged).
@@ -99,7 +99,7 @@ VRX_API int VRX_Gost_GFB_m(const vrx_tz *table, const vrx_data *in, vrx_data *ou
  * @param iv         in-out: 8 bytes. In the first call of a message, the IV; on return, the last ciphertext block, with
  *                   which the next call continues.
  * @param key        in: the key, eight words.
- * @param direction  in: low 8 bits non-zero: encrypt; zero: decrypt.
+ * @param direction  in: encrypt if its low 8 bits are not zero, otherwise decrypt.
  * @return VRX_OK; VRX_ERR_BAD_PARAMS, VRX_ERR_BUFFER_LENGTH, VRX_ERR_FAILED or VRX_ERR_BLOCK_MULTIPLE as for every mode
  *         (not logged).
  */
@@ -132,7 +132,7 @@ VRX_API int VRX_Gost_Imito_m(const vrx_tz *table, const vrx_data *in, vrx_data *
  * @param in         in: the input, at least one block; its length is a multiple of 8.
  * @param out        out: the output; its length is the capacity on entry and the input's length after success.
  * @param key        in: the key, eight words.
- * @param direction  in: low 8 bits non-zero: encrypt; zero: decrypt.
+ * @param direction  in: encrypt if its low 8 bits are not zero, otherwise decrypt.
  * @return VRX_OK; VRX_ERR_BAD_PARAMS, VRX_ERR_BUFFER_LENGTH, VRX_ERR_FAILED or VRX_ERR_BLOCK_MULTIPLE as for every mode
  *         (all logged).
  */
@@ -150,7 +150,7 @@ VRX_API int VRX_Gost_SS_m(const vrx_tz *table, const vrx_data *in, vrx_data *out
  * @param out        out: the output; its length is the capacity on entry and the input's length after success.
  * @param iv         in-out: 8 bytes, as for the mode function. VRX_MODE_SS does not use it; it may then be NULL.
  * @param key        in: the key, eight words.
- * @param direction  in: low 8 bits non-zero: encrypt; zero: decrypt. VRX_MODE_GAMM does not use it.
+ * @param direction  in: encrypt if its low 8 bits are not zero, otherwise decrypt. VRX_MODE_GAMM does not use it.
  * @param flags      in: as for the mode function. VRX_MODE_SS and VRX_MODE_CBC do not use them.
  * @return the code of the mode function; VRX_ERR_BAD_PARAMS for an unknown mode (not logged).
  */

@@ -50,8 +50,9 @@ VRX_RANDOM_INLINE int vrx_kernel_random(void *buffer, size_t length) {
  *
  * @param buffer  out: the random bytes, at any address; may be NULL if length is 0.
  * @param length  in: bytes in buffer, any number.
- * @return 0, or -1 if the system refuses; errno then gives the reason, and part of the buffer may be filled. For 16 bytes
- *         and more also -1, with EIO, if the source is stuck: all bytes are equal, or the next draw repeats the first 16.
+ * @return 0, or -1 if the system call fails; errno then gives the reason, and part of the buffer may be filled. For 16
+ *         bytes or more, also -1 with errno EIO if the source is stuck: all bytes are equal, or a second draw repeats
+ *         the first 16.
  *
  * Threads: any number may call the function. It allocates nothing.
  */
@@ -63,7 +64,7 @@ static inline int vrx_system_random(void *buffer, uint32_t length)
 {
     const uint8_t *const bytes = (const uint8_t *)buffer;
     uint8_t again[16];
-    /* Both are found out over all bytes, so that nothing tells where they differ. */
+    /* Both loops read all bytes, so their running time does not reveal where bytes differ. */
     unsigned varies = 0, differs = 0;
     if (vrx_kernel_random(buffer, length) != 0) return -1;
     if (length < sizeof again) return 0;

@@ -17,11 +17,11 @@ inline namespace v1 {
  * Agree on a key (VKO GOST R 34.10-2001). Both sides derive the same key: each from its own private key and the peer's
  * public key.
  *
- * @param own       in: your private key, on whose curve the function works.
+ * @param own       in: your private key. The function uses its curve.
  * @param other     in: the peer's public key.
  * @param ukm       in: 8 public bytes, not all zero and the same on both sides. Use a new value for each agreement.
  * @param hash_oid  in: DER identifier of a built-in hash parameter set.
- * @return the key; Error::failed if ukm is zero or the peer's key is not on the curve of yours; Error::unsupported_oid
+ * @return the key; Error::failed if ukm is zero or the peer's key is not on your key's curve; Error::unsupported_oid
  *         if no hash parameter set has the identifier.
  */
 [[nodiscard]] inline Result<Key> agree(const PrivateKey &own, const PublicKey &other, const Ukm &ukm,

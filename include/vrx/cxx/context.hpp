@@ -86,7 +86,7 @@ public:
         detail::in_pieces(in, [&](const std::uint8_t *piece, std::uint32_t size) {
             if (rc != VRX_OK) return;
             const vrx_data from = detail::record({piece, size});
-            // Without a place to write to the function would only count.
+            // With a NULL output the function would only count, so pass the address of an unused byte.
             vrx_data to = out.empty() ? vrx_data{0, &nothing} : detail::record(out.subspan(written));
             rc = vrx_crpt_update(&ctx, &from, &to);
             written += to.length;

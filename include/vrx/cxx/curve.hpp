@@ -45,7 +45,7 @@ inline const Curve &curve(CurveId id) noexcept {
     const Curve *found = get_GOSTR3410_par(static_cast<std::uint32_t>(id));
     return found != nullptr ? *found : default_curve();
 }
-/** Get default_cp_ecc_par, initially CryptoPro-A. The library itself does not use it. */
+/** Get default_cp_ecc_par, initially CryptoPro-A. The library itself does not read it. */
 inline Curve *program_curve() noexcept { return default_cp_ecc_par; }
 /** Set default_cp_ecc_par, which program_curve() returns. */
 inline void set_program_curve(Curve *curve) noexcept { default_cp_ecc_par = curve; }
@@ -68,13 +68,13 @@ inline const Curve *find_curve(const char *dotted) noexcept {
 /** A number of nine digits, least significant first. Its destructor zeroes it. */
 class Scalar {
 public:
-    /** Hold zero. */
+    /** Construct zero. */
     Scalar() = default;
     /** Copy nine digits. */
     explicit Scalar(std::span<const std::uint32_t, VRX_ECC_DIGITS> digits) noexcept {
         std::ranges::copy(digits, value_.value.begin());
     }
-    /** Hold a number of one digit. */
+    /** Construct from one digit. */
     explicit Scalar(std::uint32_t digit) noexcept { value_.value[0] = digit; }
 
     /** Convert from big-endian octets. @return Error::buffer_length if there are more than 36. */

@@ -88,9 +88,9 @@ constexpr const char *text(Error error) noexcept {
 template <typename T>
 class [[nodiscard]] Result {
 public:
-    /** Hold a value. */
+    /** Construct from a value. */
     Result(T value) noexcept : value_(std::move(value)) {}  // NOLINT(google-explicit-constructor)
-    /** Hold an error. */
+    /** Construct from an error. */
     Result(Error error) noexcept : error_(error) {}  // NOLINT(google-explicit-constructor)
     /** Construct the value in place from these arguments. */
     template <typename... Arguments>
@@ -144,9 +144,9 @@ private:
 template <>
 class [[nodiscard]] Result<void> {
 public:
-    /** Hold success. */
+    /** Construct success. */
     Result() noexcept = default;
-    /** Hold an error. */
+    /** Construct from an error. */
     Result(Error error) noexcept : code_(static_cast<int>(error)) {}  // NOLINT(google-explicit-constructor)
     /** Convert a return code of a C function. */
     static Result of(int code) noexcept {

@@ -16,7 +16,7 @@ inline namespace v1 {
 /**
  * HMAC with GOST R 34.11-94 over a message in pieces.
  *
- * An object can be moved, not copied. Its destructor zeroes what was derived from the key.
+ * An object can be moved, not copied. Its destructor zeroes all data derived from the key.
  */
 class Hmac {
 public:

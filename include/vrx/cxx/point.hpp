@@ -18,7 +18,7 @@ inline namespace v1 {
 /** A point in Jacobian coordinates: (x / z^2, y / z^3). Its destructor zeroes it. */
 class JacobianPoint {
 public:
-    /** Hold the point at infinity. */
+    /** Construct the point at infinity. */
     JacobianPoint() = default;
     /** Copy a C record. */
     explicit JacobianPoint(const EcPointJ &point) noexcept : point_(point) {}
@@ -36,7 +36,7 @@ private:
 /** A point in affine coordinates. (0, 0) is the point at infinity. Nothing checks whether it is on a curve. */
 class Point {
 public:
-    /** Hold the point at infinity. */
+    /** Construct the point at infinity. */
     Point() noexcept : point_(Unfilled{}) { epSetZero(&native()); }
     /** Copy a C record. */
     explicit Point(const EcPoint &point) noexcept : point_(Unfilled{}) { epSetEqual(&native(), &point); }

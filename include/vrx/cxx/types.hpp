@@ -223,7 +223,7 @@ using PublicKeyOctets = Octets<struct PublicKeyMeaning, VRX_PUBLIC_KEY_SIZE>;
  */
 class Key {
 public:
-    /** Hold zeros, until you write a key to it. */
+    /** Construct a key of zeros, to be filled later. */
     Key() = default;
     /** Copy 32 bytes from a std::array, an array or a span. */
     explicit Key(std::span<const std::uint8_t, VRX_KEY_SIZE> bytes) noexcept { std::ranges::copy(bytes, begin()); }
