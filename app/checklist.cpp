@@ -229,13 +229,13 @@ std::string count_of(std::size_t count, const std::string& what) {
 /** Counts of the results for the lines of a list. */
 struct Tally {
     std::size_t lines = 0;
-    std::size_t not_understood = 0;
+    std::size_t malformed = 0;
     std::size_t passed = 0;
     std::size_t differ = 0;
     std::size_t unreadable = 0;
 
     [[nodiscard]] int exit_code() const {
-        if (not_understood + differ > 0 || (passed == 0 && unreadable == 0)) return exit_check_failed;
+        if (malformed + differ > 0 || (passed == 0 && unreadable == 0)) return exit_check_failed;
         return unreadable > 0 ? exit_trouble : exit_done;
     }
 };
@@ -247,10 +247,10 @@ Tally check_list(std::span<const CheckValue> kinds, Input& list, const ListOptio
         ++tally.lines;
         const auto line = parse_list_line(text, kinds);
         if (!line) {
-            ++tally.not_understood;
+            ++tally.malformed;
             if (!options.status)
                 say("line " + std::to_string(tally.lines) + " of " + list.shown() +
-                    " is not understood; it should be " + form(kinds));
+                    " is malformed; the format is " + form(kinds));
             continue;
         }
         const Verdict found = verdict(*line, options);
@@ -288,13 +288,13 @@ int check_lists(std::span<const CheckValue> kinds, const std::vector<std::string
         trouble |= tally.exit_code() == exit_trouble;
         if (options.status) continue;
         if (tally.lines == 0)
-            say(shown + " holds no line to check");
-        else if (tally.not_understood > 0)
-            say(shown + ": " + count_of(tally.not_understood, "line") + " not understood");
+            say(shown + " has no lines to check");
+        else if (tally.malformed > 0)
+            say(shown + ": " + count_of(tally.malformed, "malformed line"));
         if (tally.differ > 0) say(shown + ": " + count_of(tally.differ, kinds.front().name) + " did not match");
         if (tally.unreadable > 0) say(shown + ": " + count_of(tally.unreadable, "file") + " could not be read");
-        if (tally.lines > 0 && tally.not_understood + tally.passed + tally.differ + tally.unreadable == 0)
-            say(shown + ": none of its files is there, nothing was checked");
+        if (tally.lines > 0 && tally.malformed + tally.passed + tally.differ + tally.unreadable == 0)
+            say(shown + ": none of its files exists, so nothing was checked");
     }
     output.commit();
     return failed ? exit_check_failed : trouble ? exit_trouble : exit_done;
@@ -312,17 +312,17 @@ void add_ids(const std::vector<std::string>& files, std::vector<FileId>& ids) {
 }  // namespace
 
 std::vector<Option> list_options(ListOptions& options, const char* check_help) {
-    return {text_option("out", 'o', "OUT", "where the list goes; default: standard output", options.out),
+    return {text_option("out", 'o', "OUT", "output file for the list; default: standard output", options.out),
             flag_option("check", 'c', check_help, options.check),
-            flag_option("quiet", 0, "with --check: no line for a file that passes", options.quiet),
-            flag_option("status", 0, "with --check: no lines, the exit code tells", options.status),
-            flag_option("ignore-missing", 0, "with --check: no failure for files that are not there",
+            flag_option("quiet", 0, "with --check: print no line for a file that passes", options.quiet),
+            flag_option("status", 0, "with --check: print nothing; the exit code tells the result", options.status),
+            flag_option("ignore-missing", 0, "with --check: ignore missing files",
                         options.ignore_missing)};
 }
 
 std::vector<Option> form_options(ListOptions& options) {
     return {flag_option("tag", 0, "write lines as BSD programs do; --check takes both forms", options.tag),
-            flag_option("reverse", 'r', "the last byte first, as some programs print it; for --check too",
+            flag_option("reverse", 'r', "print the last byte first, as some programs do; also for --check",
                         options.reverse)};
 }
 

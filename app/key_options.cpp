@@ -16,13 +16,13 @@ std::vector<Option> key_form_options(KeyForm& form, const char* curve_help) {
 }
 
 std::vector<Option> password_options(PasswordOptions& options) {
-    return {text_option("password-file", 0, "FILE", "read the password from a file, of one line", options.file),
-            text_option("password-fd", 0, "N", "read the password from a file descriptor that is open", options.fd),
+    return {text_option("password-file", 0, "FILE", "read the password from a file with one line", options.file),
+            text_option("password-fd", 0, "N", "read the password from an open file descriptor", options.fd),
             flag_option("confirm", 0, "ask for the password twice", options.confirm),
             text_option("encoding", 0, "FORM",
-                        "what becomes of the password: text, its bytes as they are, which is the\n"
-                        "default; hex, the bytes that its hexadecimal digits stand for; bmp, the\n"
-                        "BMPString that PKCS #12 wants, made from UTF-8, with two zero bytes appended",
+                        "how to encode the password: text (the default) uses its bytes unchanged;\n"
+                        "hex decodes its hexadecimal digits; bmp converts UTF-8 to the BMPString\n"
+                        "that PKCS #12 requires, with two zero bytes appended",
                         options.encoding)};
 }
 

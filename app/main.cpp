@@ -43,7 +43,7 @@ int print(const std::string& text) {
 std::string overview() {
     std::string text = R"(Usage: vrx COMMAND [OPTIONS] [FILE]...
 
-GOST cryptography for files. Where no FILE is named, or FILE is -, standard input is read.
+GOST cryptography for files. Without FILE, or if FILE is -, commands read standard input.
 
 Commands:
 )";
@@ -52,8 +52,8 @@ Commands:
         text += "  " + name + summary + "\n";
     };
     for (const Command* command : commands) line(command->name, command->summary);
-    line("help", "this list, or the help of a command or topic");
-    line("version", "the version of the program");
+    line("help", "this list, or help on a command or topic");
+    line("version", "print the version of the program");
     text += "\nTopics:\n";
     for (const Topic& topic : topics()) line(topic.name, topic.summary);
     return text + R"(
@@ -116,7 +116,7 @@ int run(int argc, char** argv) {
     } catch (const std::bad_alloc&) {
         say("there is not enough memory; free some, or raise the limit (ulimit -v)");
     } catch (const std::exception& error) {
-        say("unexpected failure, a fault of the program; please report it: ", error.what());
+        say("internal error, please report it: ", error.what());
     }
     return exit_trouble;
 }

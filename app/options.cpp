@@ -101,7 +101,7 @@ std::optional<std::vector<std::string>> parse(const Command& command, const std:
                 in_quotes(is_letter ? std::string{'-', static_cast<char>(optopt)} : argv[optind - 1]);
             if (found == ':') throw WrongUse(command, "option " + given + " needs a value");
             if (optopt >= first_value) throw WrongUse(command, "option " + given + " takes no value");
-            throw WrongUse(command, "there is no option " + given + ", or its name is shortened too much");
+            throw WrongUse(command, "there is no option " + given + ", or the abbreviation is ambiguous");
         }
         const auto option = found >= first_value ? all.begin() + (found - first_value)
                                                  : std::find_if(all.begin(), all.end(),

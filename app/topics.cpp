@@ -4,7 +4,7 @@ namespace vrx::app {
 namespace {
 
 constexpr Topic all[] = {
-    {"start", "what you have, and which command is for it",
+    {"start", "what you have, and which command to use",
      R"(Start
 
 What do you have?
@@ -48,7 +48,7 @@ a service to write in C++ or Python
 keys or data of GOST R 34.10-2012, 34.11-2012, 34.12-2015
     not supported; use libgcrypt or OpenSSL's GOST engine
 )"},
-    {"keys", "the kinds of keys, and which command makes and takes which",
+    {"keys", "the kinds of keys, and the commands for each",
      R"(Keys
 
 A key of the cipher GOST 28147-89 is 32 bytes. 'vrx keygen' makes a random one,
@@ -56,7 +56,7 @@ A key of the cipher GOST 28147-89 is 32 bytes. 'vrx keygen' makes a random one,
 diversify' one from another key. The file holds the 32 bytes, or 64 hexadecimal
 digits. 'vrx encrypt', 'vrx decrypt' and 'vrx mac' take it.
 
-A key of 'vrx hmac' is a file of any length. Every byte counts, also a newline.
+A key of 'vrx hmac' is a file of any length. Every byte counts, even a newline.
 With --hex-key the file holds hexadecimal digits.
 
 A key pair of GOST R 34.10-2001 is a private key, a number below the order of a
@@ -99,7 +99,7 @@ Lists of digests      lines as sha256sum and sha1sum write them, or with --tag
 The program detects PEM and DER, and the forms of cipher keys, S-boxes and
 signatures. 'vrx inspect FILE' says what a file is.
 )"},
-    {"parameters", "parameter sets, curves, modes and S-boxes, and which to take",
+    {"parameters", "parameter sets, curves, modes and S-boxes, and which to use",
      R"(Parameters
 
 The standards leave open the S-boxes of cipher and hash, the mode of the cipher,
@@ -121,8 +121,7 @@ are the same.
 
 Modes, each with its common name:
 
-  ss    ecb    each block by itself; for keys, not for text; whole blocks of
-               8 bytes
+  ss    ecb    each block alone: for keys, not for text; whole blocks of 8 bytes
   gamm  ctr    counter mode of GOST 28147-89; any length
   gfb   cfb    cipher feedback; any length
   cbc   cbc    block chaining; whole blocks of 8 bytes
@@ -134,11 +133,11 @@ WARNING: RFC 4357 does not define the S-boxes of Oscar-1-1, Oscar-1-0, RIC-1,
 Simple-C and Simple-D. Data that other programs mark with these identifiers may
 need other S-boxes: give them with --table.
 )"},
-    {"byte-orders", "in which order numbers are written, and how others do",
+    {"byte-orders", "the order of the bytes of numbers, here and elsewhere",
      R"(Byte orders
 
-GOST standards print numbers, programs exchange bytes, and they do not agree.
-Here
+GOST standards print numbers, programs exchange bytes, and their orders differ.
+This program uses these:
 
   digest              least significant byte of the number first. RFC 5831 and
                       gostsum print the last byte first, as 'vrx hash
@@ -156,21 +155,21 @@ Here
 docs/interop.md in the source tree compares all of them with the standards and
 with other programs.
 )"},
-    {"exit-codes", "what the exit code says",
+    {"exit-codes", "what the exit codes mean",
      R"(Exit codes
 
   0  done. For 'vrx verify' and --check: everything is valid.
   1  a check failed: a signature is not valid, a digest or MAC of a list
-     differs, a line of a list is malformed or a list checks nothing, a
-     file that 'vrx inspect' looks at is damaged or unknown.
+     differs, a line of a list is malformed, a list checks nothing, or a
+     file that 'vrx inspect' reads is damaged or unknown.
   2  wrong use, or a file that cannot be read or written. One sentence on
      standard error says what is wrong, with which file, and what to do. No file
-     is left half-written: one that was there before is still there.
+     is left half-written: an existing file keeps its old contents.
 
 A signal ends the program with the code that shells show as 128 plus its number
 (130 for Ctrl-C). Warnings do not change the code.
 )"},
-    {"secrets", "how keys and passwords are kept, and what that cannot do",
+    {"secrets", "how keys and passwords are protected, and the limits of that",
      R"(Secrets
 
   - Keys and passwords are never arguments, because every user of the system can

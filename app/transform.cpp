@@ -32,7 +32,7 @@ std::optional<Block> message_iv(const Cipher& cipher, bool encrypt, Input& input
         fill_random(iv);
         output.write(iv);
     } else if (input.read_full(iv) < iv.size()) {
-        throw Failure(input.shown() + " is too short to begin with an IV; give the one it was encrypted with by --iv");
+        throw Failure(input.shown() + " is too short to begin with an IV; if the IV is stored elsewhere, give it with --iv");
     }
     return iv;
 }

@@ -86,7 +86,7 @@ bool take_extensions(Part contents, Extensions& result) {
         const auto known =
             std::ranges::find_if(understood, [&](const Understood& u) { return u.oid == extension.oid; });
         if (known == std::end(understood)) {
-            if (extension.critical && result.not_understood.empty()) result.not_understood = extension.oid;
+            if (extension.critical && result.unsupported.empty()) result.unsupported = extension.oid;
         } else if (!known->read(extension.value, result)) {
             return false;
         }

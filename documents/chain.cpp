@@ -25,7 +25,7 @@ bool may_have_issued(const Certificate& issuer, const Certificate& subject) {
 
 Fault check_authority(const Certificate& issuer, std::size_t below, bool trusted) {
     if (issuer.version == 3 ? !issuer.extensions.is_authority : !trusted)
-        return {"not-an-authority", about(issuer) + " is not that of an authority"};
+        return {"not-an-authority", about(issuer) + " does not belong to a certificate authority"};
     if (!issuer.allows(KeyUsage::certificate_sign)) return {"key-usage", about(issuer) + " may not sign certificates"};
     if (issuer.extensions.path_length && *issuer.extensions.path_length < below)
         return {"path-length", about(issuer) + " allows fewer certificates below it"};
@@ -33,11 +33,11 @@ Fault check_authority(const Certificate& issuer, std::size_t below, bool trusted
 }
 
 Fault check_list(const RevocationList& list, const Certificate& certificate, const std::optional<Time>& time) {
-    if (!list.not_understood.empty())
+    if (!list.unsupported.empty())
         return {"crl-extension", "the revocation list of " + list.issuer + " has a critical extension, " +
-                                     list.not_understood + ", that is not understood"};
+                                     list.unsupported + ", which is not supported"};
     if (time && (*time < list.this_update || (list.next_update && *list.next_update < *time)))
-        return {"crl-time", "the revocation list of " + list.issuer + " is not for this time"};
+        return {"crl-time", "the revocation list of " + list.issuer + " is not valid at this time"};
     for (const Revoked& revoked : list.revoked)
         if (std::ranges::equal(revoked.serial, certificate.serial) && (!time || revoked.since <= *time))
             return {"revoked", about(certificate) + " was revoked on " + revoked.since};
@@ -54,7 +54,7 @@ Fault check_revocation(const Certificate& certificate, const Certificate& issuer
         if (Fault fault = check_list(list, certificate, time); !fault.none()) return fault;
     }
     if (!any && authorities.wants_lists)
-        return {"no-crl", "there is no revocation list of " + certificate.issuer + " that it has signed"};
+        return {"no-crl", "there is no revocation list with a valid signature of " + certificate.issuer + ""};
     return {};
 }
 
@@ -74,10 +74,10 @@ Fault check_links(const std::vector<const Certificate*>& links, const Authoritie
             if (Fault fault = check_revocation(certificate, issuer, *key, authorities, time); !fault.none())
                 return fault;
         key = working_key(certificate, set);
-        if (!key) return {"key", about(certificate) + " has no key that can be used here"};
+        if (!key) return {"key", about(certificate) + " has an invalid or unsupported key"};
         set = key->set;
         if (trusted && !is_signed_by(certificate, *key))
-            return {"chain-signature", about(certificate) + " is not signed by itself"};
+            return {"chain-signature", about(certificate) + " is not self-signed"};
         if (i == 0) continue;
         std::size_t below = 0;  // intermediate certificates below this one, except self-issued ones
         for (std::size_t k = 1; k < i; ++k) below += links[k]->self_issued ? 0U : 1U;
@@ -154,9 +154,9 @@ bool is_signed_by(const Signed& what, const WorkingKey& key) {
 }
 
 Fault check_alone(const Certificate& certificate, const std::optional<Time>& time) {
-    if (!certificate.extensions.not_understood.empty())
+    if (!certificate.extensions.unsupported.empty())
         return {"critical-extension", about(certificate) + " has a critical extension, " +
-                                          certificate.extensions.not_understood + ", that is not understood"};
+                                          certificate.extensions.unsupported + ", which is not supported"};
     if (time && *time < certificate.not_before)
         return {"not-yet-valid", about(certificate) + " is not valid before " + certificate.not_before + " UTC"};
     if (time && certificate.not_after < *time)

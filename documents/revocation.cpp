@@ -19,7 +19,7 @@ bool take_extensions(Part contents, RevocationList& list) {
     const auto extensions = read_extensions(contents);
     if (!extensions) return false;
     for (const Extension& extension : *extensions)
-        if (extension.critical && !is_understood(extension.oid)) list.not_understood = extension.oid;
+        if (extension.critical && !is_understood(extension.oid)) list.unsupported = extension.oid;
     return true;
 }
 

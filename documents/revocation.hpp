@@ -22,7 +22,7 @@ struct RevocationList : Signed {
     Time this_update;
     std::optional<Time> next_update;
     std::vector<Revoked> revoked;
-    std::string not_understood;  // an unsupported critical extension, dotted, or empty
+    std::string unsupported;  // an unsupported critical extension, dotted, or empty
 };
 
 /** Read a list in DER; false if it is malformed or anything follows it. */

@@ -144,7 +144,7 @@ def program_page(program):
             *filled("encrypts files with GOST 28147-89, authenticates them with its MAC or with HMAC, prints and "
                     "checks digests, signs files and verifies signatures with GOST R 34.10-2001, agrees on keys, and "
                     "derives keys from passwords."),
-            *paragraphs("Where no FILE is named, or FILE is -, standard input is read. Options and files may come in "
+            *paragraphs("Without FILE, or if FILE is -, commands read standard input. Options and files may come in "
                         "any order; behind -- everything is a file. A long option may be shortened as long as it is "
                         "clear which one is meant, and its value may follow it with = or as the next word.\n\n"
                         "A file that is written appears whole or not at all: it takes its name when everything is "

@@ -16,7 +16,7 @@ int run(const Command& self, int argc, char** argv) {
     std::string set = "cryptopro";
     std::string out = "-";
     std::vector<Option> options{text_option("key", 'k', "FILE", "your private key", key_path),
-                                text_option("peer", 'p', "FILE", "the other's public key", peer_path),
+                                text_option("peer", 'p', "FILE", "the peer's public key", peer_path),
                                 ukm_option(ukm_text)};
     for (Option& option : key_form_options(form, "the curve of raw keys")) options.push_back(std::move(option));
     options.push_back(
@@ -24,10 +24,10 @@ int run(const Command& self, int argc, char** argv) {
     options.push_back(derived_key_option(out));
     if (!parse(self, options, 0, argc, argv)) return exit_done;
     if (!key_path) throw WrongUse(self, "your private key is needed, --key FILE");
-    if (!peer_path) throw WrongUse(self, "the other's public key is needed, --peer FILE");
+    if (!peer_path) throw WrongUse(self, "the peer's public key is needed, --peer FILE");
     if (key_path == "-" && peer_path == "-") throw WrongUse(self, "standard input cannot be both keys");
     const Ukm ukm = ukm_of(self, ukm_text);
-    if (ukm == Ukm{}) throw WrongUse(self, "user keying material of zeros is not allowed");
+    if (ukm == Ukm{}) throw WrongUse(self, "the user keying material may not be all zeros");
 
     Secret<PrivateKey> key;
     PublicKey peer;
@@ -35,7 +35,7 @@ int run(const Command& self, int argc, char** argv) {
     load_public_key(*peer_path, form, peer);
     if (key->set != peer.set)
         throw Failure(std::string("the keys are on different curves, ") + curve_name(*key->set) + " and " +
-                      curve_name(*peer.set) + "; make a key on the other's curve with 'vrx keypair'");
+                      curve_name(*peer.set) + "; make a key on the peer's curve with 'vrx keypair'");
     const vrx_gostr3411_par& hash = *get_GOSTR3411_par(hash_set_index(set));
     const vrx_data oid{hash.oid_length, const_cast<std::uint8_t*>(hash.oid)};
     Secret<DerivedKey> agreed;
@@ -49,9 +49,10 @@ int run(const Command& self, int argc, char** argv) {
 const Command agree_command{
     "agree",
     "",
-    "agree on a key with somebody",
-    R"(Make the 32-byte key that you and the owner of another key pair share: VKO GOST R 34.10-2001 (RFC 4357, section
-5.2). Both sides need the same user keying material, which is public and best never the same twice.)",
+    "derive a key that you share with a peer",
+    R"(Derive a 32-byte key from your private key and a peer's public key, by VKO GOST R 34.10-2001 (RFC 4357, section
+5.2). The peer derives the same key from your public key and its private key. Both sides must use the same user
+keying material, 8 public bytes. Use new ones for each agreement.)",
     R"(vrx keypair --curve XchA --out mine.pem
 vrx keypair --curve XchA --out theirs.pem
 vrx pubkey -o theirs.pub theirs.pem

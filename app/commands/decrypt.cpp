@@ -12,8 +12,8 @@ int run(const Command& self, int argc, char** argv) { return run_transform(self,
 const Command decrypt_command{
     "decrypt",
     "[FILE]",
-    "decrypt what 'vrx encrypt' wrote",
-    R"(Decrypt FILE, or standard input, with GOST 28147-89. Give the same options as for the encryption.
+    "decrypt a file with GOST 28147-89",
+    R"(Decrypt FILE, or standard input, with GOST 28147-89. Use the same options as for encryption.
 
 Without --iv the first 8 bytes of the input are the IV (mode ss has none). The program cannot detect a wrong key
 or option; it exits with 0 and the output is wrong:

@@ -65,7 +65,7 @@ Derivation derivation(const Command& self, const Choice& choice) {
 void warn_of_weak_choices(const Derivation& choice) {
     if (choice.iterations < fewest_iterations)
         say("warning: with only " + std::to_string(choice.iterations) + " iteration" +
-            (choice.iterations == 1 ? "" : "s") + ", passwords are quick to guess; use " +
+            (choice.iterations == 1 ? "" : "s") + ", passwords can be guessed quickly; use " +
             std::to_string(fewest_iterations) + " or more");
     if (choice.salt.size() < shortest_salt)
         say("warning: a salt of " + std::to_string(8 * choice.salt.size()) +

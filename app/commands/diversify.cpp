@@ -36,7 +36,7 @@ int run(const Command& self, int argc, char** argv) {
 const Command diversify_command{
     "diversify",
     "",
-    "make another key of a key",
+    "derive another key from a key",
     R"(Diversify a 32-byte key with user keying material: CryptoPro KEK diversification (RFC 4357, section 6.5).)",
     R"(vrx keygen --out my.key
 vrx diversify --key my.key --ukm 5172be25f852a233 --out other.key)",

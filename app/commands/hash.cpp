@@ -25,11 +25,11 @@ const Command hash_command{
     "hash",
     "[FILE]...",
     "print or check GOST R 34.11-94 digests",
-    R"(Print the GOST R 34.11-94 digest of each FILE, or of standard input, in lines as sha256sum writes them; or verify
-such lines.
+    R"(Print the GOST R 34.11-94 digest of each FILE, or of standard input, in the format of sha256sum; or verify such
+lists.
 
-With --check the exit code is 1 when a file differs or a line is not understood, and 2 when a file cannot be
-read. Lines with a tag name their parameter set; --set is for those without.)",
+With --check the exit code is 1 if a file differs or a line is malformed, and 2 if a file cannot be read. A line with
+a tag names its parameter set; --set applies to lines without a tag.)",
     R"(vrx hash *.iso > sums
 vrx hash --check sums)",
     run};

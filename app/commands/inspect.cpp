@@ -90,7 +90,7 @@ void add_fingerprint(Report& report, const PublicKey& key) {
 void add_access(Report& report, const Input& file) {
     if (!S_ISREG(file.mode())) return;
     report.fact("access", (file.mode() & 077) == 0 ? "its owner alone"
-                                                   : "others than its owner too; take that away with chmod 600");
+                                                   : "not only its owner; to fix that, run chmod 600");
 }
 
 std::string written_as(const std::string& label, const char* structure) {
@@ -128,7 +128,7 @@ const EcParamSet* curve_of(const Algorithm& algorithm, const std::optional<std::
 /** Describe a file whose structure is valid but whose algorithm or parameters are unknown. */
 std::string foreign(const char* what, const Algorithm& algorithm) {
     const bool parameters = algorithm.oid == gost_key_oid;
-    return what + (parameters ? " of GOST R 34.10-2001 with parameters that are not known here"
+    return what + (parameters ? " of GOST R 34.10-2001 with unknown parameters"
                               : " of " + algorithm_name(algorithm.oid) + ", which this program does not use");
 }
 
@@ -183,20 +183,20 @@ void inspect_certificate(Report& report, const std::string& label, std::span<con
     if (const auto usage = certificate.extensions.key_usage)
         report.fact("key usage", documents::key_usage_text(*usage));
     if (certificate.extensions.is_authority) report.fact("authority", "may issue certificates");
-    if (!certificate.extensions.not_understood.empty())
-        report.fault("critical extension " + certificate.extensions.not_understood + ", which is not understood");
-    std::string checked = certificate.self_issued ? ", not checked" : ", not checked: that takes the issuer's key";
+    if (!certificate.extensions.unsupported.empty())
+        report.fault("critical extension " + certificate.extensions.unsupported + ", which is not supported");
+    std::string checked = certificate.self_issued ? ", not checked" : ", not checked: the issuer's key is not known";
     if (found == Content::known) {
         add_parameters(report, algorithm);
         report.fact("byte order", numbers_of_public);
         const EcParamSet* curve = curve_of(algorithm, option);
         PublicKey key;
         if (curve == nullptr)
-            report.fact("curve", "not named, it is that of the issuer's key; say which, --curve NAME");
+            report.fact("curve", "not named, so it is that of the issuer's key; give it with --curve NAME");
         else if (add_public_key(report, *curve, certificate.key) && make_public_key(*curve, certificate.key, key) &&
                  certificate.self_issued)
-            checked = documents::is_signed_by(certificate, {key.set, key.point}) ? ", by its own key, and valid"
-                                                                                 : ", NOT valid by its own key";
+            checked = documents::is_signed_by(certificate, {key.set, key.point}) ? ", self-signed, valid"
+                                                                                 : ", self-signed, NOT valid";
     }
     report.fact("signature", algorithm_name(certificate.signature_oid) + checked);
 }
@@ -210,12 +210,12 @@ void inspect_structure(Report& report, const Input& file, const std::string& lab
     if (may_be(certificate_label)) inspect_certificate(report, label, octets, option);
     if (report.knows() || label.empty()) return;
     if (label == encrypted_label) {
-        report.is("a private key that is encrypted with a password; this program cannot look inside");
+        report.is("a private key that is encrypted with a password; this program cannot decrypt it");
     } else if (label == private_label || label == public_label || label == certificate_label) {
-        report.is("a PEM file of the kind " + in_quotes(label) + ", but damaged");
-        report.fault("what stands between its lines is not well formed");
+        report.is("a PEM file with the label " + in_quotes(label) + ", but damaged");
+        report.fault("the data between its BEGIN and END lines is malformed");
     } else {
-        report.is("a PEM file of the kind " + in_quotes(label) + ", which this program does not read");
+        report.is("a PEM file with the label " + in_quotes(label) + ", which this program does not read");
     }
 }
 
@@ -247,7 +247,7 @@ void inspect_raw_public_key(Report& report, const Form& form, const PublicOctets
     report.fact("form", std::string(form.name) + ", raw: x, then y");
     std::string names;
     for (const EcParamSet* set : curves) names += (names.empty() ? "" : " or ") + std::string(curve_name(*set));
-    if (curves.size() > 1) names += ", whose numbers are the same; say which, --curve NAME, for a fingerprint";
+    if (curves.size() > 1) names += ", which have the same numbers; choose one with --curve NAME to get a fingerprint";
     report.fact("curve", names);
     report.fact("byte order", numbers_of_public);
     if (curves.size() == 1) add_public_key(report, *curves.front(), octets);
@@ -314,13 +314,13 @@ void inspect_32(Report& report, const Input& file, const Form& form, std::span<c
     if (!option) {
         report.is("32 bytes: a key of the cipher, or a raw private key of GOST R 34.10-2001, or a digest");
         report.fact("form", form.name);
-        report.fact("curve", "not named; if it is a private key say which, --curve NAME, for its fingerprint");
+        report.fact("curve", "not named; if it is a private key, give its curve with --curve NAME to get the fingerprint");
         return add_access(report, file);
     }
     Secret<PrivateOctets> octets;
     std::ranges::copy(bytes, octets->begin());
     const EcParamSet& curve = curve_by_name(*option);
-    report.is("a private key of GOST R 34.10-2001, if --curve says so rightly");
+    report.is("a private key of GOST R 34.10-2001, if --curve is correct");
     report.fact("form", std::string(form.name) + ", raw");
     report.fact("curve", curve_name(curve));
     report.fact("byte order", numbers_of_private);
@@ -341,8 +341,8 @@ Report inspect(const Input& file, SecretBytes& content, const std::optional<std:
         if (const auto label = der::decode_pem(content)) {
             inspect_structure(report, file, *label, content.bytes(), option);
         } else {
-            report.is("a PEM file that is cut short, damaged, or of several blocks");
-            report.fault("this program reads files of one whole block");
+            report.is("a PEM file that is truncated or damaged, or has several blocks");
+            report.fault("this program reads PEM files with exactly one block");
         }
         return report;
     }
@@ -369,7 +369,7 @@ bool inspect_file(const std::string& path, const std::optional<std::string>& opt
     const Report report = inspect(file, content, option);
     if (!report.knows()) {
         say(file.shown() + ", " + std::to_string(size) +
-            " bytes, is no key, certificate or signature that is known here; 'vrx help formats' says what is");
+            " bytes, is not a key, certificate or signature in a known format; 'vrx help formats' lists the formats");
         return false;
     }
     output.write(report.text(file.shown()));
@@ -402,14 +402,13 @@ int run(const Command& self, int argc, char** argv) {
 const Command inspect_command{
     "inspect",
     "[FILE]...",
-    "say what a key, certificate or signature file is",
-    R"(Say in plain words what each FILE, or standard input, is: a private or public key, an X.509 certificate, a
-signature, a key of the cipher, or S-boxes; its form, parameter sets, byte order and fingerprint. A secret is never
-printed.
+    "identify a key, certificate or signature file",
+    R"(Identify each FILE, or standard input: a private or public key, an X.509 certificate, a signature, a key of the
+cipher, or S-boxes. Prints its format, parameter sets, byte order and fingerprint, but never a secret.
 
-The fingerprint is the GOST R 34.11-94 digest (CryptoPro) of the public key as 'vrx pubkey --format der' writes it:
-a private key, its public key and their certificate have the same one. The exit code is 1 when a file is damaged
-or nothing that is known here, and 2 when one cannot be read.)",
+The fingerprint is the GOST R 34.11-94 digest (CryptoPro) of the public key as 'vrx pubkey --format der' writes it. A
+private key, its public key and their certificate have the same fingerprint. The exit code is 1 if a file is damaged
+or of an unknown kind, and 2 if a file cannot be read.)",
     R"(vrx keypair --curve A --out my.pem
 vrx inspect my.pem)",
     run};

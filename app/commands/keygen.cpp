@@ -43,8 +43,8 @@ int run(const Command& self, int argc, char** argv) {
 const Command keygen_command{"keygen",
                              "",
                              "make a key for the cipher",
-                             R"(Write 32 random bytes of the operating system to a new file that only its owner can read
-(permissions 600). A file that exists is never overwritten. 'vrx keypair' makes keys for signatures.)",
+                             R"(Write 32 random bytes from the operating system to a new file that only its owner can
+read (permissions 600). An existing file is never overwritten. 'vrx keypair' makes keys for signatures.)",
                              R"(vrx keygen --out my.key)",
                              run};
 

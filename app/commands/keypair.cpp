@@ -37,10 +37,10 @@ const Command keypair_command{
     "keypair",
     "",
     "make a key pair for signatures and key agreement",
-    R"(Write a new private key of GOST R 34.10-2001 to a file that only its owner can read (permissions 600). A file that
-exists is never overwritten. The file is PEM, PKCS #8 with the identifiers of RFC 4491, and names the curve; with
---format der it is the same in DER, with --format raw the 32 octets of the number alone, least significant
-first. 'vrx pubkey' prints the public key of the pair.
+    R"(Write a new private key of GOST R 34.10-2001 to a file that only its owner can read (permissions 600). An
+existing file is never overwritten. The key is written as PKCS #8 with the identifiers of RFC 4491, which names the
+curve: in PEM, or in DER with --format der. With --format raw, it is only the 32 octets of the number, least
+significant first. 'vrx pubkey' prints the public key of the pair.
 
 'vrx genkey' is the earlier name of this command and still works. 'vrx keygen' makes keys of the cipher.)",
     R"(vrx keypair --curve A --out my.pem)",

@@ -48,11 +48,11 @@ const Command mac_command{
     "mac",
     "[FILE]...",
     "authenticate files with the GOST 28147-89 MAC",
-    R"(Print the 8-byte MAC of each FILE, or of standard input, in lines as sha256sum writes them; or verify such lines.
+    R"(Print the 8-byte MAC of each FILE, or of standard input, in the format of sha256sum; or verify such lists.
 
-A message is padded with zero bytes to whole blocks, so its length should be known from elsewhere. An empty file has
-no MAC and is refused. With --check the exit code is 1 when a file differs or a line is not understood, and 2 when
-a file cannot be read.)",
+A message is padded with zero bytes to whole blocks, so zero bytes added to its end may go unnoticed: store its
+length, too. An empty file has no MAC and is refused. With --check the exit code is 1 if a file differs or a line is
+malformed, and 2 if a file cannot be read.)",
     R"(vrx mac --key my.key *.enc > macs
 vrx mac --key my.key --check macs)",
     run};

@@ -173,7 +173,7 @@ int run(const Command& self, int argc, char** argv) {
     std::string out = "-";
     const auto operands = parse(self,
                                 {flag_option("json", 'j', "print JSON, with the contents of the S-boxes", as_json),
-                                 text_option("out", 'o', "OUT", "where the list goes; default: standard output", out)},
+                                 text_option("out", 'o', "OUT", "output file for the list; default: standard output", out)},
                                 0, argc, argv);
     if (!operands) return exit_done;
     Output output(out);

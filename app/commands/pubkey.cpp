@@ -11,7 +11,7 @@ int run(const Command& self, int argc, char** argv) {
     KeyForm form;
     std::string out = "-";
     std::vector<Option> options = key_form_options(form, "the curve of a raw key");
-    options.push_back(text_option("out", 'o', "FILE", "where the public key goes; default: standard output", out));
+    options.push_back(text_option("out", 'o', "FILE", "output file for the public key; default: standard output", out));
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;
 
@@ -31,9 +31,9 @@ const Command pubkey_command{
     "pubkey",
     "[FILE]",
     "print the public key of a private key",
-    R"(Print the public key that belongs to the private key in FILE, in the same form: PEM or DER
-(SubjectPublicKeyInfo), or 64 raw octets, x and then y, each least significant octet first. PEM and DER are told
-apart when the key is read; --format says how the result is written.)",
+    R"(Print the public key that belongs to the private key in FILE. The result is SubjectPublicKeyInfo in PEM or DER,
+or 64 raw octets: x and then y, each least significant octet first. The command detects whether FILE is PEM or DER;
+--format chooses the format of the result.)",
     R"(vrx keypair --curve A --out my.pem
 vrx pubkey -o my.pub my.pem)",
     run};

@@ -37,11 +37,10 @@ const Command sha1_command{
     "sha1",
     "[FILE]...",
     "print or check SHA-1 digests",
-    R"(Print the SHA-1 digest of each FILE, or of standard input, in lines as sha1sum writes them; or verify such lines.
-SHA-1 finds accidents, not attacks: two files with one digest can be made.
+    R"(Print the SHA-1 digest of each FILE, or of standard input, in the format of sha1sum; or verify such lists. SHA-1
+detects accidental corruption, not tampering: attackers can make two files with the same digest.
 
-With --check the exit code is 1 when a file differs or a line is not understood, and 2 when a file cannot be
-read.)",
+With --check the exit code is 1 if a file differs or a line is malformed, and 2 if a file cannot be read.)",
     R"(vrx sha1 *.iso > sums
 vrx sha1 --check sums)",
     run};

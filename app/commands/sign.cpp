@@ -24,7 +24,7 @@ int run(const Command& self, int argc, char** argv) {
     for (Option& option : key_form_options(form, "the curve of a raw key")) options.push_back(std::move(option));
     options.push_back(
         text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; default: cryptopro", set));
-    options.push_back(text_option("out", 'o', "FILE", "the file for the signature; default: standard output", out));
+    options.push_back(text_option("out", 'o', "FILE", "output file for the signature; default: standard output", out));
     options.push_back(flag_option("hex", 'x', "write hexadecimal digits and a newline", hex));
     options.push_back(flag_option("base64", 0, "write base64 and a newline", base64));
     const auto operands = parse(self, options, 1, argc, argv);

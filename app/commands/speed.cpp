@@ -321,8 +321,8 @@ const Command speed_command{
     "speed",
     "",
     "measure every algorithm on this machine",
-    R"(Measure the cipher in all its modes, the hashes, signatures, key agreement and derivation, with one thread and 64
-KiB of data per call. Prints which engine of the library this CPU runs. Takes about 15 seconds.)",
+    R"(Measure the cipher in all its modes, the hashes, signatures, key agreement and key derivation, with one thread
+and 64 KiB of data per call. Prints which engines the library uses on this CPU. Takes about 15 seconds.)",
     R"(vrx speed --seconds 2 --plot speed.svg)",
     run};
 

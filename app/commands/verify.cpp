@@ -105,7 +105,7 @@ Trusted check_certificate(const Signer& signer, const Trust& trust, const std::o
         documents::Certificate authority;
         const Content found = documents::read_certificate(octets, authority);
         if (found == Content::other)
-            throw Failure("a certificate of an authority is not well formed; 'vrx inspect' shows which");
+            throw Failure("a certificate in a --ca file is malformed; 'vrx inspect' shows which");
         if (found == Content::known) authorities.certificates.push_back(authority);  // skip unsupported ones
     }
     std::vector<Octets> lists;
@@ -113,7 +113,7 @@ Trusted check_certificate(const Signer& signer, const Trust& trust, const std::o
     for (const Octets& octets : lists) {
         documents::RevocationList list;
         if (!documents::read_revocation_list(octets, list))
-            throw Failure("a revocation list is not well formed; ask its issuer for another");
+            throw Failure("a revocation list is malformed; ask its issuer for another");
         authorities.lists.push_back(list);
     }
     authorities.wants_lists = !lists.empty();
@@ -196,16 +196,16 @@ int run(const Command& self, int argc, char** argv) {
                                   "certificate names, or cryptopro",
                                   set));
     options.push_back(list_option("ca", 'A', "FILE",
-                                  "certificates of authorities, PEM or DER; those that are signed by themselves\n"
-                                  "are trusted, others may link them with --cert. May be repeated",
+                                  "certificates of authorities, PEM or DER: self-signed ones are trusted, others\n"
+                                  "may be intermediate. May be repeated",
                                   trust.authorities));
     options.push_back(
         list_option("crl", 0, "FILE", "revocation lists of the authorities; may be repeated", trust.lists));
     options.push_back(text_option("time", 'T', "TIME",
-                                  "when the signature was made, in UTC, like 2026-02-28 or '2026-02-28 23:59:59';\n"
-                                  "default: now. With 'any' dates are not checked",
+                                  "time of signing in UTC, like 2026-02-28 or '2026-02-28 23:59:59';\n"
+                                  "default: now. With 'any', dates are not checked",
                                   trust.time));
-    options.push_back(flag_option("status", 0, "print lines for programs, each a word and a value", status));
+    options.push_back(flag_option("status", 0, "for programs: print a keyword and a value in each line", status));
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;
     if (!key_path && !trust.certificate)
@@ -232,7 +232,7 @@ int run(const Command& self, int argc, char** argv) {
     const bool valid = in_range(signature.r, curve) && in_range(signature.s, curve) &&
                        ecVerify(&curve, digest.data(), &signer.certified.key.point, &signature) == VRX_OK;
     if (trust.certificate && trust.authorities.empty())
-        say("warning: nobody checked that the certificate is genuine; name the authorities that you trust, --ca FILE");
+        say("warning: the certificate was not checked against an authority; name those that you trust with --ca FILE");
     Output output("-");
     output.write(status ? status_text(valid, signer, trust, trusted, time)
                         : plain_text(valid, input, signer, trust, trusted));
@@ -245,15 +245,16 @@ int run(const Command& self, int argc, char** argv) {
 const Command verify_command{
     "verify",
     "[FILE]",
-    "verify a signature of GOST R 34.10-2001",
-    R"(Verify the signature of FILE, or of standard input, by the signer's public key. The signature file is 64 bytes, or
-the same as hexadecimal digits or base64. Prints one line; the exit code is 0 when the signature is valid, and 1
-when it is not.
+    "verify a GOST R 34.10-2001 signature",
+    R"(Verify the signature of FILE, or of standard input, with the signer's public key. The signature file holds 64
+bytes, as they are, in hexadecimal digits, or in base64. The command prints one line. The exit code is 0 if the
+signature is valid, and 1 if it is not.
 
-With --cert the key, its curve and the parameter set of the hash come from an X.509 certificate (RFC 4491), PEM or
-DER. It must be valid at the time of signing, be for signatures, and have no critical extension that is not understood.
-With --ca its chain is checked too (RFC 5280): names, dates, constraints, key usage, signatures, and with --crl that
-nothing was revoked. Without --ca anybody may have made the certificate.)",
+With --cert, the key, its curve and the parameter set of the hash come from an X.509 certificate (RFC 4491) in PEM or
+DER. The certificate must be valid at the time of signing, must allow signatures, and must not have an unsupported
+critical extension. With --ca, the command also checks the certificate chain (RFC 5280): names, dates, constraints,
+key usage and signatures. With --crl, it also checks that no certificate of the chain was revoked. Without --ca,
+anyone may have made the certificate.)",
     R"(vrx keypair --curve A --out my.pem
 vrx pubkey -o my.pub my.pem
 vrx sign --key my.pem -o letter.sig letter.txt

@@ -30,11 +30,11 @@ const char* advice(int error) {
         case EROFS:
             return "; write elsewhere";
         case EBADF:
-            return "; it is closed, or not open for this";
+            return "; it is closed, or was opened in the wrong mode";
         case EPIPE:
-            return "; what should read it has ended";
+            return "; the program that reads it has exited";
         case EIO:
-            return "; the device may be damaged, take another";
+            return "; the device may be damaged, use another";
         case ENOMEM:
         case EAGAIN:
             return "; free some memory, or raise the limit (ulimit -v)";
@@ -44,11 +44,11 @@ const char* advice(int error) {
         case ELOOP:
             return "; check the symbolic links";
         case ENAMETOOLONG:
-            return "; take a shorter name";
+            return "; use a shorter name";
         case ENXIO:
         case ENODEV:
         case ENOTTY:
-            return "; the device is not there, or not of the right kind";
+            return "; the device is missing, or of the wrong kind";
         default:
             return "; try another file or place";
     }
@@ -69,7 +69,7 @@ void check(const char* what, int code) {
     if (code == VRX_ERR_RANDOM) throw_bad_randomness();
     if (code != 0)
         throw Failure(std::string(what) + " failed with code " + std::to_string(code) +
-                      "; this is a fault of the program, please report it");
+                      "; this is a bug in the program, please report it");
 }
 
 void say(std::string_view sentence, std::string_view more) {

@@ -35,7 +35,7 @@ void write_terminal(int fd, std::string_view text) {
 
 NoEcho::NoEcho(int fd) {
     terminal = fd;
-    if (tcgetattr(fd, &terminal_before) != 0) throw SystemFailure("cannot silence the terminal", errno);
+    if (tcgetattr(fd, &terminal_before) != 0) throw SystemFailure("cannot turn off the terminal's echo", errno);
     struct sigaction action {};
     action.sa_handler = restore_terminal;
     for (std::size_t i = 0; i < deadly_signals.size(); ++i) {
@@ -52,7 +52,7 @@ NoEcho::NoEcho(int fd) {
     if (tcsetattr(fd, TCSAFLUSH, &silent) != 0) {
         const int error = errno;
         restore();
-        throw SystemFailure("cannot silence the terminal", error);
+        throw SystemFailure("cannot turn off the terminal's echo", error);
     }
 }
 

@@ -29,7 +29,7 @@ bool is_below(const std::uint32_t* a, const std::uint32_t* b) { return mpCompare
 /** The curve that a file names, or else the curve of --curve. Throws a Failure if they differ. */
 const EcParamSet& chosen_curve(const EcParamSet* named, const std::optional<std::string>& option,
                                const std::string& shown) {
-    if (named == nullptr && !option) throw Failure(shown + " does not name its curve; say which it is, --curve NAME");
+    if (named == nullptr && !option) throw Failure(shown + " does not name its curve; give it with --curve NAME");
     if (named == nullptr) return curve_by_name(*option);
     if (option && &curve_by_name(*option) != named)
         throw Failure(shown + " is a key on the curve " + curve_name(*named) + ", not on " + in_quotes(*option) +
@@ -55,7 +55,7 @@ void check_label(const Kind<Octets>& kind, const std::string& label, const std::
     const std::string needed = std::string(" where a ") + kind.name;
     if (label == private_label)
         throw Failure(shown + " holds a private key" + needed +
-                      " one is needed; 'vrx pubkey' makes the public key of it");
+                      " one is needed; 'vrx pubkey' writes its public key");
     if (label == public_label)
         throw Failure(shown + " holds a public key" + needed +
                       " one is needed; name the file that 'vrx keypair' wrote");
@@ -83,7 +83,7 @@ const EcParamSet& read_key(const Kind<Octets>& kind, Input& file, const KeyForm&
     }
     const auto label = decode_key_file(content);
     if (!label)
-        throw Failure(shown + " is not a whole key file in PEM form, nor DER; for one of raw octets use --format raw");
+        throw Failure(shown + " is not a complete key file in PEM or DER; if it holds raw octets, use --format raw");
     check_label(kind, *label, shown);
     Algorithm algorithm;
     const Content found = kind.read(content.bytes(), algorithm, octets);
@@ -96,7 +96,7 @@ const EcParamSet& read_key(const Kind<Octets>& kind, Input& file, const KeyForm&
 
 [[noreturn]] void refuse_point(const std::string& shown, const EcParamSet& curve) {
     throw Failure(shown + " holds a point that is not on the curve " + curve_name(curve) +
-                  "; it is damaged, or made for another curve");
+                  "; it is damaged, or belongs to another curve");
 }
 
 }  // namespace
@@ -130,8 +130,8 @@ FileId load_private_key(const std::string& path, const KeyForm& form, PrivateKey
     Secret<PrivateOctets> octets;
     const EcParamSet& curve = read_key(private_kind, file, form, *octets);
     if (!make_private_key(curve, *octets, key))
-        throw Failure(file.shown() + " holds a number that is no private key on the curve " + curve_name(curve) +
-                      "; it is damaged, or made for another curve");
+        throw Failure(file.shown() + " holds a number that is not a valid private key on the curve " + curve_name(curve) +
+                      "; it is damaged, or belongs to another curve");
     warn_if_others_can_read(file, "key");
     return file.id();
 }
@@ -157,11 +157,11 @@ void load_certified_key(const std::string& path, const std::optional<std::string
     if (label && (label->empty() || *label == certificate_label))
         found = documents::read_certificate(octets, certificate);
     if (found == Content::other)
-        throw Failure(shown + " is not one X.509 certificate in PEM or DER form; 'vrx inspect' says what it is");
+        throw Failure(shown + " is not a single X.509 certificate in PEM or DER form; 'vrx inspect' says what it is");
     const Algorithm& algorithm = certificate.algorithm;
     if (found == Content::foreign && algorithm.oid == gost_key_oid)
         throw Failure(shown +
-                      " is a certificate whose key has parameters that are not known here; this program cannot use it");
+                      " is a certificate for a key with unknown parameters; this program cannot use it");
     if (found == Content::foreign)
         throw Failure(shown + " is a certificate for a key of " + algorithm_name(algorithm.oid) +
                       ", not of GOST R 34.10-2001; this program cannot use it");

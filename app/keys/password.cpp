@@ -28,7 +28,7 @@ void read_password(Input& file, SecretBytes& password) {
     warn_if_others_can_read(file, "password");
     password.truncate(without_line_end(password.text()).size());
     if (password.text().find('\n') != std::string_view::npos)
-        throw Failure(file.shown() + " holds more than one line; a password is one line, so take away the others");
+        throw Failure(file.shown() + " holds more than one line; a password is one line, so remove the others");
 }
 
 int descriptor(const std::string& text) {

@@ -24,7 +24,7 @@ inline void fill_random(std::span<std::uint8_t> octets) {
     }
     if (vrx_system_random(octets.data(), static_cast<std::uint32_t>(octets.size())) == 0) return;
     if (errno == EIO) throw_bad_randomness();
-    throw SystemFailure("cannot draw random bytes from the system", errno);
+    throw SystemFailure("cannot get random bytes from the system", errno);
 }
 
 }  // namespace vrx::app

@@ -14,7 +14,7 @@
  * meshing. Near that limit equal blocks become likely, and they reveal relations between plaintexts.
  *
  * The caller owns every record. vrx_crpt_reset() and vrx_crpt_final() log their failures. The other functions log
- * nothing themselves, but the functions of modes.h that they call log their own failures. Buffers, keys and IVs
+ * nothing themselves, but the mode functions that they call, such as VRX_Gost_SS_m(), do. Buffers, keys and IVs
  * may lie at any address and may not overlap the context. The functions allocate nothing.
  *
  * A context holds the key until the caller wipes it: wipe the record after use.

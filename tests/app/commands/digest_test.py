@@ -215,8 +215,8 @@ class Lists(Samples):
 
 
 class Checks(Samples):
-    FORM = {"hash": "should be 64 hexadecimal digits, two blanks and a file name, or GOST94-CRYPTOPRO (file name) = 64 hex",
-            "sha1": "should be 40 hexadecimal digits, two blanks and a file name, or SHA1 (file name) = 40 hexadecimal d"}
+    FORM = {"hash": "is 64 hexadecimal digits, two blanks and a file name, or GOST94-CRYPTOPRO (file name) = 64 hex",
+            "sha1": "is 40 hexadecimal digits, two blanks and a file name, or SHA1 (file name) = 40 hexadecimal d"}
 
     def setUp(self):
         super().setUp()
@@ -280,20 +280,21 @@ class Checks(Samples):
                    tag, b"GOST94", b"\xff" * 100, bytes(100)]
             for line in bad:
                 with self.subTest(command=command, line=line[:60]):
-                    self.check(command, line + b"\n" + b, 1, "b: OK\n", "line 1 of 'list' is not understood; it " + self.FORM[command],
-                               "'list': 1 line not understood")
-            self.check(command, b + bad[1] + b"\n" + bad[2], 1, "b: OK\n", "line 2 of 'list'", "line 3 of 'list'", "2 lines")
+                    self.check(command, line + b"\n" + b, 1, "b: OK\n",
+                               "line 1 of 'list' is malformed; the format " + self.FORM[command],
+                               "'list': 1 malformed line")
+            self.check(command, b + bad[1] + b"\n" + bad[2], 1, "b: OK\n", "line 2 of 'list'", "line 3 of 'list'", "2 malformed lines")
             self.check(command, b"nonsense", 1, "", options=["--status"])
-            self.check(command, b"nonsense\n" + b, 1, "", "line 1", "1 line", options=["--quiet"])
+            self.check(command, b"nonsense\n" + b, 1, "", "line 1", "1 malformed line", options=["--quiet"])
 
     def test_lists_of_other_digests_are_rejected(self):
-        self.check("hash", self.vrx("sha1", "a"), 1, "", "line 1", "1 line")
-        self.check("hash", self.vrx("sha1", "--tag", "a"), 1, "", "line 1", "1 line")
-        self.check("sha1", self.vrx("hash", "--tag", "a"), 1, "", "line 1", "1 line")
+        self.check("hash", self.vrx("sha1", "a"), 1, "", "line 1", "1 malformed line")
+        self.check("hash", self.vrx("sha1", "--tag", "a"), 1, "", "line 1", "1 malformed line")
+        self.check("sha1", self.vrx("hash", "--tag", "a"), 1, "", "line 1", "1 malformed line")
 
     def test_an_empty_list_fails(self):
         for command in ("hash", "sha1"):
-            self.check(command, b"", 1, "", "'list' holds no line to check")
+            self.check(command, b"", 1, "", "'list' has no lines to check")
 
     def test_missing_files(self):
         os.mkdir(self.path("folder"))

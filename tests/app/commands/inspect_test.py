@@ -106,7 +106,7 @@ class Keys(InspectTest):
         self.write("other", self.pem("ENCRYPTED PRIVATE KEY", newer), 0o600)
         self.assertIn("encrypted with a password", self.facts("other")[0])
         self.write("other", self.pem("X509 CRL", newer))
-        self.assertEqual(self.facts("other")[0], "a PEM file of the kind 'X509 CRL', which this program does not read")
+        self.assertEqual(self.facts("other")[0], "a PEM file with the label 'X509 CRL', which this program does not read")
 
     def test_damaged_files(self):
         self.pair("a", "A")
@@ -116,7 +116,7 @@ class Keys(InspectTest):
         self.write("bad", self.pem("PUBLIC KEY", b"nonsense"))
         self.assertIn("but damaged", self.facts("bad", code=1)[0])
         self.write("bad", self.read("a.pub")[:-10])
-        self.assertIn("cut short, damaged, or of several blocks", self.facts("bad", code=1)[0])
+        self.assertIn("truncated or damaged, or has several blocks", self.facts("bad", code=1)[0])
 
 
 class Signatures(InspectTest):
@@ -135,7 +135,7 @@ class Signatures(InspectTest):
     def test_ranges(self):
         self.assertIn("in range for Test, A, B, C, XchA, XchB", self.facts(stdin=bytes(31) + b"\1" + bytes(31) + b"\1")[1]["curve"])
         for numbers in (b"\xff" * 64, bytes(64), bytes(63) + b"\1"):
-            self.refused("inspect", code=1, stdin=numbers, says="64 bytes, is no key, certificate or signature")
+            self.refused("inspect", code=1, stdin=numbers, says="64 bytes, is not a key, certificate or signature")
 
 
 class SBoxes(InspectTest):
@@ -166,12 +166,12 @@ class Certificates(InspectTest):
             self.assertEqual(facts["valid"], "2005-08-16 14:18:20 to 2015-08-16 14:18:20 UTC, which is over")
             self.assertTrue(facts["curve"].startswith("XchA "))
             self.assertEqual(facts["fingerprint"], self.facts("--curve", "XchA", "raw")[1]["fingerprint"])
-            self.assertEqual(facts["signature"], "GOST R 34.11-94 with GOST R 34.10-2001, by its own key, and valid")
+            self.assertEqual(facts["signature"], "GOST R 34.11-94 with GOST R 34.10-2001, self-signed, valid")
         serial = octets.index(bytes.fromhex("2bf5c61e"))
         for place in (serial, len(octets) - 1):
             changed = bytearray(octets)
             changed[place] ^= 1
-            self.assertIn("NOT valid by its own key", self.facts(stdin=bytes(changed))[1]["signature"])
+            self.assertIn("self-signed, NOT valid", self.facts(stdin=bytes(changed))[1]["signature"])
 
     def certificate(self, *parameter_sets, **fields):
         if "a.key" not in self.names():
@@ -202,7 +202,7 @@ class Certificates(InspectTest):
         self.assertIn("not checked", facts["signature"])
         _, facts = self.facts(stdin=self.certificate(CURVE_A, HASH_CRYPTOPRO, begin="20800101000000Z"))
         self.assertIn("not yet", facts["valid"])
-        self.assertIn("NOT valid by its own key", facts["signature"])
+        self.assertIn("self-signed, NOT valid", facts["signature"])
 
     def test_a_key_of_another_algorithm(self):
         rsa = "300d06092a864886f70d0101010500"
@@ -224,12 +224,12 @@ class Others(InspectTest):
         self.pair("a", "A")
         done = self.run_vrx("inspect", "a.pub", "letter", "none", "a.key")
         self.assertEqual((done.code, done.out.count(b"\n'") + 1), (2, 2))
-        self.assertIn(b"'letter', 12 bytes, is no key, certificate or signature", done.err)
+        self.assertIn(b"'letter', 12 bytes, is not a key, certificate or signature", done.err)
         self.assertIn(b"cannot open 'none'", done.err)
         self.assertEqual(self.run_vrx("inspect", "a.pub", "letter").code, 1)
         self.refused("inspect", "--curve", "D", "a.pub", says="there is no curve 'D'")
         for content in (b"", b"\n", b"x" * 100_000, bytes(33), b"00" * 33):
-            self.refused("inspect", code=1, stdin=content, says="is no key, certificate or signature that is known here")
+            self.refused("inspect", code=1, stdin=content, says="is not a key, certificate or signature in a known format")
 
 
 class LargeFiles(ProgramTest):

@@ -6,7 +6,7 @@ import subprocess
 from program import KEY, ProgramTest, main
 
 MAC = ["mac", "--key", "key"]
-FORM = "is not understood; it should be 16 hexadecimal digits, two blanks and a file name"
+FORM = "is malformed; the format is 16 hexadecimal digits, two blanks and a file name"
 
 
 class MacTest(ProgramTest):
@@ -125,13 +125,13 @@ class Checks(MacTest):
                b"MAC (a) = " + mac, b" (a) = " + mac, mac + b"  " + b"a" * 70_000]
         for line in bad:
             with self.subTest(line=line[:40]):
-                self.check(line + b"\n" + self.line("b"), 1, "b: OK\n", "line 1 of 'list' " + FORM, "1 line not understood")
+                self.check(line + b"\n" + self.line("b"), 1, "b: OK\n", "line 1 of 'list' " + FORM, "1 malformed line")
         self.check(self.line("b") + bad[1] + b"\n" + bad[2], 1, "b: OK\n", "line 2 of 'list'", "line 3 of 'list'",
-                   "2 lines not understood")
+                   "2 malformed lines")
         self.check(b"nonsense", 1, "", options=["--status"])
 
     def test_an_empty_list_fails(self):
-        self.check(b"", 1, "", "'list' holds no line to check")
+        self.check(b"", 1, "", "'list' has no lines to check")
 
     def test_missing_files(self):
         good = self.line("a") + self.mac["a"] + b"  none\n"

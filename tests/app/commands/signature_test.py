@@ -318,14 +318,14 @@ class WrongFiles(SignatureTest):
         self.refused("sign", "-k", "r.pub", *raw, "letter", says="'r.pub' holds 64 bytes; a raw private key is 32")
         self.refused("verify", "-k", "r.key", *raw, "-S", "sig", "letter",
                      says="'r.key' holds 32 bytes; a raw public key is 64")
-        self.refused("sign", "-k", "r.key", "letter", says="'r.key' is not a whole key file in PEM form")
+        self.refused("sign", "-k", "r.key", "letter", says="'r.key' is not a complete key file in PEM")
         self.refused("pubkey", "a.key", *raw, says="'a.key' holds")
         self.refused("verify", "-k", "r.pub", "--format", "raw", "--curve", "B", "-S", "sig", "letter",
                      says="'r.pub' holds a point that is not on the curve B")
 
     def test_keys_of_other_kinds(self):
         self.write("bad", self.der("a.key")[:-1], 0o600)
-        self.refused("sign", "-k", "bad", "letter", says="'bad' is not a whole key file in PEM form, nor DER")
+        self.refused("sign", "-k", "bad", "letter", says="'bad' is not a complete key file in PEM or DER")
         self.write("bad", self.pem("ENCRYPTED PRIVATE KEY", self.der("a.key")), 0o600)
         self.refused("sign", "-k", "bad", "letter", says="'bad' is encrypted with a password")
         self.write("bad", self.pem("RSA PRIVATE KEY", self.der("a.key")), 0o600)
@@ -350,7 +350,7 @@ class WrongFiles(SignatureTest):
             text = self.read(name)
             for size in range(0, len(text) - 1, 5):
                 self.write("bad", text[:size], 0o600)
-                self.refused(*command, says="'bad' is not a whole key file")
+                self.refused(*command, says="'bad' is not a complete key file")
 
     def test_every_flipped_bit_around_a_private_number_is_detected(self):
         octets = self.der("a.key")
@@ -386,7 +386,7 @@ class WrongFiles(SignatureTest):
         q = ORDER["A"]
         for d in (0, q, q + 1, 2**256 - 1):
             self.write("bad", d.to_bytes(32, "little"), 0o600)
-            self.refused("pubkey", "--format", "raw", "--curve", "A", "bad", says="no private key on the curve A")
+            self.refused("pubkey", "--format", "raw", "--curve", "A", "bad", says="not a valid private key on the curve A")
         p = 2**256 - 617
         for point in (bytes(64), (1).to_bytes(32, "little") * 2, (p + 1).to_bytes(32, "little") + bytes(32)):
             self.write("bad", point)
