@@ -1,0 +1,112 @@
+// What calls leave on the stack and in registers of their secrets. Usage: residue [--figures] FAMILY...
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <string>
+
+#include "ecc/field/engine.hpp"
+#include "gost28147/engine/list.hpp"
+#include "gostr3411/engine.hpp"
+#include "probes.hpp"
+#include "sha1/compress.hpp"
+#include "support/offered.hpp"
+
+namespace {
+
+using namespace vrx::test;
+
+constexpr int cannot_probe = 77;
+
+struct Figures {
+    std::size_t calls = 0;
+    std::size_t stack = 0;
+    std::size_t registers = 0;
+    std::size_t words = 0;  // of the call that leaves most on the stack
+    std::size_t deepest = 0;
+    std::size_t used = 0;
+
+    void add(const Residue& r) {
+        ++calls;
+        stack += r.stack != 0;
+        registers += r.vectors != 0 || r.general != 0 || r.signal != 0 || r.x87;
+        words = std::max(words, r.stack);
+        deepest = std::max(deepest, r.deepest);
+        used = std::max(used, r.used);
+    }
+};
+
+bool silent = false;
+
+void print(const char* what, const Figures& f) {
+    std::printf(
+        "%-20s %6zu calls: %5zu leave words on the stack (at most %zu, %zu bytes deep of %zu), %5zu in registers\n",
+        what, f.calls, f.stack, f.words, f.deepest, f.used, f.registers);
+}
+
+Figures probe_all(const char* family, const char* engine) {
+    Figures figures;
+    for (const Probe& p : probes_of(family)) {
+        const Residue r = probe(p);
+        figures.add(r);
+        if (!r.clean() && !silent)
+            std::printf(
+                "%s %s %s: %zu words on the stack, %zu bytes deep; %zu words in vector registers, %zu general "
+                "registers, %zu words in the frame of a signal%s\n",
+                family, engine, p.name.c_str(), r.stack, r.deepest, r.vectors, r.general, r.signal,
+                r.x87 ? ", x87" : "");
+    }
+    print((std::string(family) + "/" + engine).c_str(), figures);
+    return figures;
+}
+
+template <auto& choice>
+bool each_engine(const char* family, const auto& engines) {
+    bool clean = true;
+    for (const auto* engine : offered_of(engines)) {
+        const WithEngine<choice> with(*engine);
+        const Figures f = probe_all(family, engine->name);
+        clean = clean && f.stack == 0 && f.registers == 0;
+    }
+    return clean;
+}
+
+/** Everything has to be found. */
+bool control() {
+    bool found = true;
+    for (const Probe& p : probes_of("control")) {
+        const Residue r = probe(p);
+        const bool seen = p.name == "stack"    ? r.stack >= 8
+                          : p.name == "vector" ? r.vectors == 4 && r.signal >= 4
+                                               : r.general == 1 && r.signal >= 2;
+        if (!seen) std::printf("control %s was not found\n", p.name.c_str());
+        found = found && seen;
+    }
+    return found;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (!can_probe()) return cannot_probe;
+    bool clean = true;
+    for (int i = 1; i < argc; ++i) {
+        const std::string family = argv[i];
+        if (family == "--figures") {
+            silent = true;
+        } else if (family == "control") {
+            clean = control() && clean;
+        } else if (family == "cipher") {
+            clean = each_engine<vrx::gost28147::choice>("cipher", vrx::gost28147::engines) && clean;
+        } else if (family == "hash") {
+            clean = each_engine<vrx::gostr3411::choice>("hash", vrx::gostr3411::engines) && clean;
+        } else if (family == "sha1") {
+            clean = each_engine<vrx::sha1::choice>("sha1", vrx::sha1::engines) && clean;
+        } else if (family == "curves") {
+            clean = each_engine<vrx::field::choice>("curves", vrx::field::engines) && clean;
+        } else {
+            std::fputs("usage: residue [--figures] control | cipher | hash | sha1 | curves ...\n", stderr);
+            return 2;
+        }
+    }
+    return clean ? 0 : 1;
+}
