@@ -34,6 +34,7 @@ constexpr std::array flags = {
     Flag{avx512f, 7, ebx, 16, avx512_state},    Flag{avx512bw, 7, ebx, 30, avx512_state},
     Flag{avx512vl, 7, ebx, 31, avx512_state},   Flag{avx512vbmi, 7, ecx, 1, avx512_state},
     Flag{avx512ifma, 7, ebx, 21, avx512_state}, Flag{bmi1, 7, ebx, 3, sse_state},
+    Flag{avx, 1, ecx, 28, avx_state},
 };
 
 constexpr unsigned osxsave = 1U << 27;  // leaf 1, ecx: XCR0 can be read

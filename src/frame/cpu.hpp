@@ -22,6 +22,7 @@ inline constexpr std::uint32_t avx512vl = 1U << 8;
 inline constexpr std::uint32_t avx512vbmi = 1U << 9;
 inline constexpr std::uint32_t avx512ifma = 1U << 10;
 inline constexpr std::uint32_t bmi1 = 1U << 11;
+inline constexpr std::uint32_t avx = 1U << 14;
 /** Not an instruction set: vector additions and shifts take one cycle. On AMD CPUs from family 1Ah they take two. */
 inline constexpr std::uint32_t single_cycle_simd = 1U << 12;
 /** Not an instruction set either: the L1 data cache has at least 48 KiB. */

@@ -20,6 +20,7 @@ TEST(cpu, features_equal_those_of_the_compiler) {
     EXPECT_EQ(has(cpu::ssse3), __builtin_cpu_supports("ssse3") != 0);
     EXPECT_EQ(has(cpu::sse41), __builtin_cpu_supports("sse4.1") != 0);
     EXPECT_EQ(has(cpu::bmi2), __builtin_cpu_supports("bmi2") != 0);
+    EXPECT_EQ(has(cpu::avx), __builtin_cpu_supports("avx") != 0);
     EXPECT_EQ(has(cpu::avx2), __builtin_cpu_supports("avx2") != 0);
     EXPECT_EQ(has(cpu::avx512f), __builtin_cpu_supports("avx512f") != 0);
     EXPECT_EQ(has(cpu::avx512bw), __builtin_cpu_supports("avx512bw") != 0);
@@ -62,7 +63,8 @@ TEST(cpu, each_feature_has_its_own_bit) {
                                  cpu::avx512ifma,
                                  cpu::bmi1,
                                  cpu::single_cycle_simd,
-                                 cpu::large_l1};
+                                 cpu::large_l1,
+                                 cpu::avx};
     std::uint32_t seen = 0;
     for (const std::uint32_t feature : all) {
         EXPECT_TRUE(std::has_single_bit(feature));
@@ -83,7 +85,8 @@ constexpr Announced legacy[] = {
     {cpu::bmi1, 3, &cpu::Leaf::ebx, &cpu::Answers::leaf7},  {cpu::bmi2, 8, &cpu::Leaf::ebx, &cpu::Answers::leaf7},
     {cpu::adx, 19, &cpu::Leaf::ebx, &cpu::Answers::leaf7},  {cpu::sha, 29, &cpu::Leaf::ebx, &cpu::Answers::leaf7},
 };
-constexpr Announced avx[] = {{cpu::avx2, 5, &cpu::Leaf::ebx, &cpu::Answers::leaf7}};
+constexpr Announced avx[] = {{cpu::avx, 28, &cpu::Leaf::ecx, &cpu::Answers::leaf1},
+                             {cpu::avx2, 5, &cpu::Leaf::ebx, &cpu::Answers::leaf7}};
 constexpr Announced avx512[] = {
     {cpu::avx512f, 16, &cpu::Leaf::ebx, &cpu::Answers::leaf7},
     {cpu::avx512ifma, 21, &cpu::Leaf::ebx, &cpu::Answers::leaf7},

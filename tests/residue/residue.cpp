@@ -1,10 +1,12 @@
-// What calls leave on the stack and in registers of their secrets. Usage: residue [--figures] FAMILY...
+// What calls leave on the stack and in registers of their secrets. Usage: residue [--figures | --depths] FAMILY...
+// With --depths nothing is erased, so that the depths show to which it has to be.
 #include <cstdio>
 #include <cstring>
 #include <map>
 #include <string>
 
 #include "ecc/field/engine.hpp"
+#include "frame/secret_work.hpp"
 #include "gost28147/engine/list.hpp"
 #include "gostr3411/engine.hpp"
 #include "probes.hpp"
@@ -93,6 +95,10 @@ int main(int argc, char** argv) {
         const std::string family = argv[i];
         if (family == "--figures") {
             silent = true;
+        } else if (family == "--depths") {
+            silent = true;
+            static constexpr vrx::Eraser none = {{"none"}, [](std::size_t) noexcept {}};
+            vrx::eraser.use(none);
         } else if (family == "control") {
             clean = control() && clean;
         } else if (family == "cipher") {

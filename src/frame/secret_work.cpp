@@ -1,0 +1,103 @@
+// Assembly, since a compiler may put anything on the stack and into registers of what it compiles.
+#include "frame/secret_work.hpp"
+
+// The C++ compiler neither sees the registers nor the stack below the caller, so nothing of this can be optimised away.
+//
+// The stack pointer is moved first: what lies below it is nobody's, to a signal handler and to valgrind. Pages are
+// touched from the top down, as a thread's stack grows. All stores but the first are aligned.
+asm(R"(
+    .text
+
+    .macro vrx_erase_begin name
+    .globl \name
+    .hidden \name
+    .type \name, @function
+    .p2align 5
+\name:
+    .cfi_startproc
+    endbr64
+    mov %rsp, %rdx
+    .cfi_def_cfa_register %rdx
+    sub %rdi, %rsp
+    sub $32, %rsp
+    mov %rdx, %rax
+    and $-32, %rax
+    .endm
+
+    // Of general registers those that belong to the callee.
+    .macro vrx_erase_end name
+    mov %rdx, %rsp
+    .cfi_def_cfa_register %rsp
+    xor %eax, %eax
+    xor %ecx, %ecx
+    xor %edx, %edx
+    xor %esi, %esi
+    xor %edi, %edi
+    xor %r8d, %r8d
+    xor %r9d, %r9d
+    xor %r10d, %r10d
+    xor %r11d, %r11d
+    ret
+    .cfi_endproc
+    .size \name, . - \name
+    .endm
+
+    .macro vrx_erase_stack_avx
+    vpxor %xmm0, %xmm0, %xmm0
+    vmovdqu %ymm0, -32(%rdx)
+1:
+    vmovdqa %ymm0, -32(%rax)
+    vmovdqa %ymm0, -64(%rax)
+    vmovdqa %ymm0, -96(%rax)
+    vmovdqa %ymm0, -128(%rax)
+    sub $128, %rax
+    sub $128, %rdi
+    ja 1b
+    .endm
+
+    // A VEX instruction zeroes the upper parts as well; vzeroupper says so to SSE instructions that follow.
+    .macro vrx_erase_low_vectors
+    .irp n, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15
+    vpxor %xmm\n, %xmm\n, %xmm\n
+    .endr
+    vzeroupper
+    .endm
+
+    vrx_erase_begin vrx_erase_avx512
+    vrx_erase_stack_avx
+    vrx_erase_low_vectors
+    .irp n, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31
+    vpxord %xmm\n, %xmm\n, %xmm\n
+    .endr
+    .irp n, 0, 1, 2, 3, 4, 5, 6, 7
+    kxorw %k\n, %k\n, %k\n
+    .endr
+    vrx_erase_end vrx_erase_avx512
+
+    vrx_erase_begin vrx_erase_avx
+    vrx_erase_stack_avx
+    vrx_erase_low_vectors
+    vrx_erase_end vrx_erase_avx
+
+    vrx_erase_begin vrx_erase_sse2
+    pxor %xmm0, %xmm0
+    movdqu %xmm0, -32(%rdx)
+    movdqu %xmm0, -16(%rdx)
+2:
+    .irp at, 16, 32, 48, 64, 80, 96, 112, 128
+    movdqa %xmm0, -\at(%rax)
+    .endr
+    sub $128, %rax
+    sub $128, %rdi
+    ja 2b
+    .irp n, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15
+    pxor %xmm\n, %xmm\n
+    .endr
+    vrx_erase_end vrx_erase_sse2
+)");
+
+namespace vrx {
+
+constinit cpu::Choice<erasers> eraser;
+
+}  // namespace vrx

@@ -1,0 +1,75 @@
+// Work on secrets that leaves none of them behind: neither on the stack nor in registers.
+#ifndef VRX_FRAME_SECRET_WORK_HPP
+#define VRX_FRAME_SECRET_WORK_HPP
+
+#include <cstddef>
+#include <type_traits>
+
+#include "frame/choice.hpp"
+#include "frame/engines.hpp"
+
+namespace vrx {
+
+/**
+ * How far below their caller functions may leave secrets, in bytes, with every compiler and level of optimisation.
+ * tests/residue fails where one is too small. Without optimisation every variable has a place of its own.
+ */
+namespace depth {
+#if defined(__OPTIMIZE__)
+inline constexpr std::size_t sha1 = 512;
+inline constexpr std::size_t hash = 1792;
+inline constexpr std::size_t hmac = 3072;  // in one call, which holds the pads
+inline constexpr std::size_t derivation = 8192;
+#else
+inline constexpr std::size_t sha1 = 4096;
+inline constexpr std::size_t hash = 12288;
+inline constexpr std::size_t hmac = 16384;
+inline constexpr std::size_t derivation = 24576;
+#endif
+}  // namespace depth
+
+/** Zeroes what lies below the caller's frame, and all registers that a function may change, but for x87. */
+using Erase = void (*)(std::size_t depth) noexcept;
+
+extern "C" {
+[[gnu::visibility("hidden")]] void vrx_erase_avx512(std::size_t depth) noexcept;
+[[gnu::visibility("hidden")]] void vrx_erase_avx(std::size_t depth) noexcept;
+[[gnu::visibility("hidden")]] void vrx_erase_sse2(std::size_t depth) noexcept;
+}
+
+struct Eraser : cpu::EngineInfo {
+    Erase run;
+};
+
+/** The C library may use the widest registers of a CPU for copies, whatever the engines here do. */
+inline constexpr Eraser erasers[] = {
+    {{"avx512", "", cpu::avx512f | cpu::avx512vl}, vrx_erase_avx512},
+    {{"avx", "", cpu::avx}, vrx_erase_avx},
+    {{"sse2", ""}, vrx_erase_sse2},
+};
+
+extern cpu::Choice<erasers> eraser;
+
+/**
+ * What body() returns, which is none of the secrets. Its variables, all that the compiler kept next to them, and those
+ * of the functions that it calls are zeroed, and so are the registers.
+ *
+ * @tparam depth  how far below the caller they may lie: see the namespace
+ */
+template <std::size_t depth, typename Body>
+auto secret_work(Body body) {
+    static_assert(depth % 128 == 0 && depth != 0);
+    const auto apart = [&body]() __attribute__((noinline)) { return body(); };
+    if constexpr (std::is_void_v<decltype(body())>) {
+        apart();
+        eraser().run(depth);
+    } else {
+        const auto result = apart();
+        eraser().run(depth);
+        return result;
+    }
+}
+
+}  // namespace vrx
+
+#endif
