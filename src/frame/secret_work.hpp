@@ -21,10 +21,10 @@ inline constexpr std::size_t hash = 1792;
 inline constexpr std::size_t hmac = 3072;  // in one call, which holds the pads
 inline constexpr std::size_t derivation = 8192;
 #else
-inline constexpr std::size_t sha1 = 4096;
-inline constexpr std::size_t hash = 12288;
-inline constexpr std::size_t hmac = 16384;
-inline constexpr std::size_t derivation = 24576;
+inline constexpr std::size_t sha1 = 8192;
+inline constexpr std::size_t hash = 28672;
+inline constexpr std::size_t hmac = 32768;
+inline constexpr std::size_t derivation = 36864;
 #endif
 }  // namespace depth
 

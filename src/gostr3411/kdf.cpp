@@ -5,6 +5,7 @@
 
 #include "frame/bytes.hpp"
 #include "frame/log.hpp"
+#include "frame/secret_work.hpp"
 #include "frame/wipe.hpp"
 #include "gostr3411/hmac.hpp"
 #include "vrx/kdf.h"
@@ -94,19 +95,19 @@ int GOSTR3411_PKCS5_PBKDF2(const std::uint8_t* password, std::uint32_t password_
                            std::uint32_t oid_len, std::uint8_t* out, std::uint64_t out_len) {
     if (out_len < VRX_PBKDF2_SIZE)
         return log::condition("GOSTR3411_PKCS5_PBKDF2", "output key length < 32", VRX_ERR_FAILED);
-    vrx::Secret<GOSTR3411_HMAC_CTX> secret;
-    GOSTR3411_HMAC_CTX& ctx = secret.value;
-    if (const int rc = GOSTR3411_HMAC_Init(&ctx, oid, oid_len, password, password_len))
-        return log::returned("GOSTR3411_HMAC_Init", rc);
-    if (const int rc = GOSTR3411_HMAC_Update(&ctx, salt, static_cast<std::uint32_t>(salt_len)))
-        return log::returned("GOSTR3411_HMAC_Update", rc);
-    // These two calls cannot fail.
-    constexpr std::uint8_t first_block[] = {0, 0, 0, 1};
-    GOSTR3411_HMAC_Update(&ctx, first_block, sizeof first_block);
-    std::uint32_t size;
-    GOSTR3411_HMAC_Final(&ctx, nullptr, &size);
+    return vrx::secret_work<vrx::depth::derivation>([&]() -> int {
+        vrx::Secret<GOSTR3411_HMAC_CTX> secret;
+        GOSTR3411_HMAC_CTX& ctx = secret.value;
+        if (const int rc = GOSTR3411_HMAC_Init(&ctx, oid, oid_len, password, password_len))
+            return log::returned("GOSTR3411_HMAC_Init", rc);
+        if (const int rc = GOSTR3411_HMAC_Update(&ctx, salt, static_cast<std::uint32_t>(salt_len)))
+            return log::returned("GOSTR3411_HMAC_Update", rc);
+        // These two calls cannot fail.
+        constexpr std::uint8_t first_block[] = {0, 0, 0, 1};
+        GOSTR3411_HMAC_Update(&ctx, first_block, sizeof first_block);
+        std::uint32_t size;
+        GOSTR3411_HMAC_Final(&ctx, nullptr, &size);
 
-    return vrx::leaving_no_trace([&] {
         // Every iteration starts from the same two states, so the pads are hashed only once.
         const Substitution by(ctx.hash.table);
         const Keyed key = keyed(ctx.ipad_key, ctx.opad_key, by);
@@ -127,13 +128,13 @@ int GOSTR3411_PBA_Derive(const std::uint8_t* password, std::int32_t password_len
     const vrx_gostr3411_par* par = DEFAULT_GOSTR3411_OID;
     if (oid == nullptr)  // Deliberate: the test is inverted, so a given identifier is ignored.
         if (const int rc = oidFindGOSTR3411Par(oid, oid_len, &par)) return log::returned("oidFindGOSTR3411Par", rc);
-    vrx::Secret<GOSTR3411_CTX> secret;
-    GOSTR3411_CTX& ctx = secret.value;
-    if (const int rc = GOSTR3411_Init_ex(&ctx, par->tz)) return log::returned("GOSTR3411_Init_ex", rc);
-    Input input(salt, salt_len, password, password_len);
-    if (input.bytes() == nullptr) return VRX_ERR_FAILED;
+    return vrx::secret_work<vrx::depth::derivation>([&]() -> int {
+        vrx::Secret<GOSTR3411_CTX> secret;
+        GOSTR3411_CTX& ctx = secret.value;
+        if (const int rc = GOSTR3411_Init_ex(&ctx, par->tz)) return log::returned("GOSTR3411_Init_ex", rc);
+        Input input(salt, salt_len, password, password_len);
+        if (input.bytes() == nullptr) return VRX_ERR_FAILED;
 
-    return vrx::leaving_no_trace([&]() -> int {
         Digest diversifier;
         diversifier.fill(vrx::low8(id));
         Digest a;

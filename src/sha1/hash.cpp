@@ -1,6 +1,7 @@
 // SHA-1 contexts (RFC 3174): messages in pieces, and the padding.
 #include "frame/blockwise.hpp"
 #include "frame/bytes.hpp"
+#include "frame/secret_work.hpp"
 #include "sha1/compress.hpp"
 #include "vrx/sha1.h"
 
@@ -25,21 +26,7 @@ void process(sha_context* ctx, const std::uint8_t* data, std::size_t blocks) {
     std::memcpy(ctx->digest, &h, sizeof h);
 }
 
-}  // namespace
-
-void shaInit(sha_context* ctx) {
-    constexpr std::uint32_t initial[] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0};
-    std::memcpy(ctx->digest, initial, sizeof initial);
-    ctx->count_hi = 0;
-    ctx->count_lo = 0;
-}
-
-void shaTransform(sha_context* ctx) {
-    swap(ctx->data, VRX_SHA1_BLOCK_WORDS);
-    process(ctx, bytes(ctx), 1);
-}
-
-void shaUpdate(sha_context* ctx, const std::uint8_t* buffer, std::uint64_t count) {
+void update(sha_context* ctx, const std::uint8_t* buffer, std::uint64_t count) {
     const std::size_t before = held(ctx);
     // Deliberate: at most one carry, so the count is wrong after a call with 2^32 bytes or more.
     const std::uint32_t count_lo = ctx->count_lo + static_cast<std::uint32_t>(count);
@@ -57,7 +44,7 @@ void shaUpdate(sha_context* ctx, const std::uint8_t* buffer, std::uint64_t count
     block.keep(rest);
 }
 
-void shaFinal(sha_context* ctx, std::uint8_t* digest_out) {
+void final(sha_context* ctx, std::uint8_t* digest_out) {
     constexpr std::size_t length_at = 56;
     std::uint8_t* data = bytes(ctx);
     std::size_t used = held(ctx);
@@ -73,4 +60,28 @@ void shaFinal(sha_context* ctx, std::uint8_t* digest_out) {
     process(ctx, data, 1);
     swap(ctx->digest, VRX_SHA1_DIGEST_WORDS);
     std::memcpy(digest_out, ctx->digest, VRX_SHA1_SIZE);
+}
+
+}  // namespace
+
+void shaInit(sha_context* ctx) {
+    constexpr std::uint32_t initial[] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0};
+    std::memcpy(ctx->digest, initial, sizeof initial);
+    ctx->count_hi = 0;
+    ctx->count_lo = 0;
+}
+
+void shaTransform(sha_context* ctx) {
+    vrx::secret_work<vrx::depth::sha1>([&] {
+        swap(ctx->data, VRX_SHA1_BLOCK_WORDS);
+        process(ctx, bytes(ctx), 1);
+    });
+}
+
+void shaUpdate(sha_context* ctx, const std::uint8_t* buffer, std::uint64_t count) {
+    vrx::secret_work<vrx::depth::sha1>([=] { update(ctx, buffer, count); });
+}
+
+void shaFinal(sha_context* ctx, std::uint8_t* digest_out) {
+    vrx::secret_work<vrx::depth::sha1>([=] { final(ctx, digest_out); });
 }
