@@ -12,6 +12,7 @@ endif()
 
 set(VRX_SANITIZE "" CACHE STRING "Sanitizers for everything, e.g. address,undefined")
 if(VRX_SANITIZE)
+  target_compile_definitions(vrx_options INTERFACE VRX_SANITIZED)
   target_compile_options(vrx_options INTERFACE
     -fsanitize=${VRX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(vrx_options INTERFACE -fsanitize=${VRX_SANITIZE})

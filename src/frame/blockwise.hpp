@@ -5,8 +5,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <utility>
+
+#include "frame/secret_work.hpp"
 
 namespace vrx {
 
@@ -34,6 +35,8 @@ enum class Last {
  */
 template <std::size_t size, Last last = Last::at_once>
 class Blockwise {
+    static_assert(size <= 64, "of copy_secret()");
+
 public:
     Blockwise(std::uint8_t* block, std::size_t filled) : block_(block), filled_(filled) {}
 
@@ -44,7 +47,7 @@ public:
     /** Copies input until the block is full. */
     void fill(Input& in) {
         const std::size_t n = std::min(room(), in.length);
-        if (n != 0) std::memcpy(block_ + filled_, in.take(n), n);
+        if (n != 0) copy_secret(block_ + filled_, in.take(n), n);
         filled_ += n;
     }
 
@@ -63,7 +66,7 @@ public:
 
     /** Copies the rest of the input, less than a block, to the start of the buffer. */
     void keep(const Input& rest) {
-        if (rest.length != 0) std::memcpy(block_, rest.data, rest.length);
+        if (rest.length != 0) copy_secret(block_, rest.data, rest.length);
         filled_ = rest.length;
     }
 

@@ -94,6 +94,73 @@ asm(R"(
     pxor %xmm\n, %xmm\n
     .endr
     vrx_erase_end vrx_erase_sse2
+
+    // copy_secret() for at most 64 bytes: two overlapping loads of the largest size that fits, then as many stores.
+    .globl vrx_copy_short
+    .hidden vrx_copy_short
+    .type vrx_copy_short, @function
+    .p2align 5
+vrx_copy_short:
+    .cfi_startproc
+    endbr64
+    cmp $16, %rdx
+    jb 4f
+    cmp $32, %rdx
+    ja 3f
+    movdqu (%rsi), %xmm0
+    movdqu -16(%rsi, %rdx), %xmm1
+    movdqu %xmm0, (%rdi)
+    movdqu %xmm1, -16(%rdi, %rdx)
+    pxor %xmm0, %xmm0
+    pxor %xmm1, %xmm1
+    ret
+3:
+    movdqu (%rsi), %xmm0
+    movdqu 16(%rsi), %xmm1
+    movdqu -32(%rsi, %rdx), %xmm2
+    movdqu -16(%rsi, %rdx), %xmm3
+    movdqu %xmm0, (%rdi)
+    movdqu %xmm1, 16(%rdi)
+    movdqu %xmm2, -32(%rdi, %rdx)
+    movdqu %xmm3, -16(%rdi, %rdx)
+    .irp n, 0, 1, 2, 3
+    pxor %xmm\n, %xmm\n
+    .endr
+    ret
+4:
+    cmp $8, %edx
+    jb 5f
+    mov (%rsi), %rax
+    mov -8(%rsi, %rdx), %rcx
+    mov %rax, (%rdi)
+    mov %rcx, -8(%rdi, %rdx)
+    jmp 8f
+5:
+    cmp $4, %edx
+    jb 6f
+    mov (%rsi), %eax
+    mov -4(%rsi, %rdx), %ecx
+    mov %eax, (%rdi)
+    mov %ecx, -4(%rdi, %rdx)
+    jmp 8f
+6:
+    test %edx, %edx
+    jz 8f
+    movzbl (%rsi), %eax
+    movzbl -1(%rsi, %rdx), %ecx
+    mov %rdx, %r8
+    shr %r8d
+    movzbl (%rsi, %r8), %esi
+    mov %al, (%rdi)
+    mov %sil, (%rdi, %r8)
+    mov %cl, -1(%rdi, %rdx)
+    xor %esi, %esi
+8:
+    xor %eax, %eax
+    xor %ecx, %ecx
+    ret
+    .cfi_endproc
+    .size vrx_copy_short, . - vrx_copy_short
 )");
 
 namespace vrx {

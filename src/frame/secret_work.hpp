@@ -3,6 +3,7 @@
 #define VRX_FRAME_SECRET_WORK_HPP
 
 #include <cstddef>
+#include <cstring>
 #include <type_traits>
 
 #include "frame/choice.hpp"
@@ -16,8 +17,8 @@ namespace vrx {
  */
 namespace depth {
 #if defined(__OPTIMIZE__)
-inline constexpr std::size_t sha1 = 512;
-inline constexpr std::size_t hash = 1792;
+inline constexpr std::size_t sha1 = 256;  // on SHA instructions; twice that without
+inline constexpr std::size_t hash = 1280;  // next to a table that is looked at before
 inline constexpr std::size_t hmac = 3072;  // in one call, which holds the pads
 inline constexpr std::size_t derivation = 8192;
 #else
@@ -35,6 +36,7 @@ extern "C" {
 [[gnu::visibility("hidden")]] void vrx_erase_avx512(std::size_t depth) noexcept;
 [[gnu::visibility("hidden")]] void vrx_erase_avx(std::size_t depth) noexcept;
 [[gnu::visibility("hidden")]] void vrx_erase_sse2(std::size_t depth) noexcept;
+[[gnu::visibility("hidden")]] void vrx_copy_short(void* to, const void* from, std::size_t size) noexcept;
 }
 
 struct Eraser : cpu::EngineInfo {
@@ -54,11 +56,10 @@ extern cpu::Choice<erasers> eraser;
  * What body() returns, which is none of the secrets. Its variables, all that the compiler kept next to them, and those
  * of the functions that it calls are zeroed, and so are the registers.
  *
- * @tparam depth  how far below the caller they may lie: see the namespace
+ * @param depth  how far below the caller they may lie, a multiple of 128: see the namespace
  */
-template <std::size_t depth, typename Body>
-auto secret_work(Body body) {
-    static_assert(depth % 128 == 0 && depth != 0);
+template <typename Body>
+[[gnu::always_inline]] inline auto secret_work(std::size_t depth, Body body) {
     const auto apart = [&body]() __attribute__((noinline)) { return body(); };
     if constexpr (std::is_void_v<decltype(body())>) {
         apart();
@@ -68,6 +69,21 @@ auto secret_work(Body body) {
         eraser().run(depth);
         return result;
     }
+}
+
+template <std::size_t depth, typename Body>
+auto secret_work(Body body) {
+    static_assert(depth % 128 == 0 && depth != 0);
+    return secret_work(depth, body);
+}
+
+/** Copies up to 64 bytes and leaves none of them in registers: for calls that do no more than fill a buffer. */
+inline void copy_secret(void* to, const void* from, std::size_t size) {
+#if defined(VRX_SANITIZED)
+    if (size != 0) std::memcpy(to, from, size);  // the sanitizers look at the bounds here
+#else
+    vrx_copy_short(to, from, size);
+#endif
 }
 
 }  // namespace vrx

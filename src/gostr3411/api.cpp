@@ -41,9 +41,10 @@ const vrx_tz* find_table(const std::uint8_t* oid, std::uint32_t oid_len, const v
 int transform(const vrx_tz& table, const std::uint8_t* data, std::uint32_t len, std::uint8_t* out) {
     if (const int rc = checks::update(data, len)) return log::failed("GOSTR3411_Update", rc);
     if (const int rc = checks::final(out)) return log::failed("GOSTR3411_Final", rc);
+    const Substitution by(table);  // of nothing secret, and large
     vrx::secret_work<vrx::depth::hash>([&] {
         State s{};
-        finish(s, data, len, Substitution(table));
+        finish(s, data, len, by);
         store(out, s.hash);
     });
     return VRX_OK;
@@ -74,14 +75,17 @@ int GOSTR3411_Init_ex(GOSTR3411_CTX* ctx, const vrx_tz* table) {
 int GOSTR3411_Update(GOSTR3411_CTX* ctx, const std::uint8_t* data, std::uint32_t len) {
     if (ctx == nullptr) return log::bad_params("GOSTR3411_Update");
     if (const int rc = checks::update(data, len)) return rc;
-    vrx::secret_work<vrx::depth::hash>([&] { update(*ctx, data, len); });
+    if (waits(*ctx, data, len)) return VRX_OK;
+    const Substitution by(ctx->table);
+    vrx::secret_work<vrx::depth::hash>([&] { update(*ctx, data, len, by); });
     return VRX_OK;
 }
 
 int GOSTR3411_Final(GOSTR3411_CTX* ctx, std::uint8_t* out) {
     if (ctx == nullptr) return log::bad_params("GOSTR3411_Final");
     if (const int rc = checks::final(out)) return rc;
-    vrx::secret_work<vrx::depth::hash>([&] { final(*ctx, out); });
+    const Substitution by(ctx->table);
+    vrx::secret_work<vrx::depth::hash>([&] { final(*ctx, out, by); });
     return VRX_OK;
 }
 
@@ -106,9 +110,10 @@ int GOSTR3411_Transform_ex(const vrx_tz* table, const std::uint8_t* data, std::u
 
 void gost_r_3411_94_hash_bytes(const vrx_tz* table, std::uint32_t* hash, std::uint32_t* sum, std::uint32_t* length,
                                const std::uint8_t* block, std::uint32_t bits) {
+    const Substitution by(*table);
     vrx::secret_work<vrx::depth::hash>([&] {
         State s{load(hash), load(sum), load(length)};
-        absorb(s, load(block), bits, Substitution(*table));
+        absorb(s, load(block), bits, by);
         store(sum, s.sum);
         store(hash, s.hash);
         store(length, s.length);
@@ -116,10 +121,11 @@ void gost_r_3411_94_hash_bytes(const vrx_tz* table, std::uint32_t* hash, std::ui
 }
 
 void gost_r_3411_94_compress(std::uint32_t* hash, const std::uint32_t* block, const vrx_tz* table) {
+    const Substitution by(*table);
     vrx::secret_work<vrx::depth::hash>([&] {
         const Uint256 m = load(block);
         Uint256 h = load(hash);
-        Substitution(*table).steps(h, reinterpret_cast<const std::uint8_t*>(&m), 1);
+        by.steps(h, reinterpret_cast<const std::uint8_t*>(&m), 1);
         store(hash, h);
     });
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "frame/blockwise.hpp"
+#include "frame/secret_work.hpp"
 
 namespace vrx::gostr3411 {
 namespace {
@@ -88,7 +89,16 @@ void init(GOSTR3411_CTX& ctx, const vrx_tz& table) {
     std::memmove(&ctx.table, &table, sizeof table);
 }
 
-void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {
+bool waits(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {
+    Input rest{data, len};
+    Blockwise<block_size, Last::deferred> buffer(ctx.buffer, ctx.count);
+    if (len >= buffer.room()) return false;
+    buffer.fill(rest);
+    ctx.count = static_cast<std::uint32_t>(buffer.filled());
+    return true;
+}
+
+void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len, const Substitution& by) {
     Input rest{data, len};
     Blockwise<block_size, Last::deferred> buffer(ctx.buffer, ctx.count);
     // The buffer may already be full: a full block is processed only when another byte follows.
@@ -96,7 +106,6 @@ void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {
     ctx.count = static_cast<std::uint32_t>(buffer.filled());
     if (!buffer.full()) return;
     State s = load(ctx);
-    const Substitution by(ctx.table);
     absorb(s, ctx.buffer, 1, by);
     const std::size_t blocks = buffer.whole(rest);
     absorb(s, rest.take(blocks * block_size), blocks, by);
@@ -105,9 +114,8 @@ void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {
     ctx.count = static_cast<std::uint32_t>(buffer.filled());
 }
 
-void final(GOSTR3411_CTX& ctx, std::uint8_t* out) {
+void final(GOSTR3411_CTX& ctx, std::uint8_t* out, const Substitution& by) {
     State s = load(ctx);
-    const Substitution by(ctx.table);
     if (ctx.count == 0) {
         close(s, by);
     } else {

@@ -39,9 +39,18 @@ void start(GOSTR3411_CTX& ctx);
 /** Resets the context and copies `table` into it. `table` may be the context's own. */
 void init(GOSTR3411_CTX& ctx, const vrx_tz& table);
 
-void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len);
+/** Whether data fills the buffer in part: it is put there then, and nothing of it is left elsewhere. */
+[[nodiscard]] bool waits(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len);
 
-void final(GOSTR3411_CTX& ctx, std::uint8_t out[VRX_HASH_SIZE]);
+// `by` is the context's table.
+
+void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len, const Substitution& by);
+inline void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {
+    update(ctx, data, len, Substitution(ctx.table));
+}
+
+void final(GOSTR3411_CTX& ctx, std::uint8_t out[VRX_HASH_SIZE], const Substitution& by);
+inline void final(GOSTR3411_CTX& ctx, std::uint8_t out[VRX_HASH_SIZE]) { final(ctx, out, Substitution(ctx.table)); }
 
 /** Sets the context to a state, with an empty buffer. */
 void resume(GOSTR3411_CTX& ctx, const State& s);

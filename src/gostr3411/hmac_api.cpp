@@ -62,7 +62,7 @@ void begin(GOSTR3411_HMAC_CTX& ctx, const vrx_tz& table) {
 int GOSTR3411_HMAC_Init(GOSTR3411_HMAC_CTX* ctx, const std::uint8_t* oid, std::uint32_t oid_len,
                         const std::uint8_t* key, std::uint32_t key_len) {
     if (const int rc = find_par(oid, oid_len, ctx->par)) return rc;
-    return vrx::secret_work<vrx::depth::hash>([&]() -> int {
+    return vrx::secret_work<vrx::depth::hmac>([&]() -> int {
         const vrx_tz* table = ctx->par->tz;
         if (const int rc = make_pads(key, key_len, table, ctx->ipad_key, ctx->opad_key)) return rc;
         begin(*ctx, *table);
@@ -73,7 +73,7 @@ int GOSTR3411_HMAC_Init(GOSTR3411_HMAC_CTX* ctx, const std::uint8_t* oid, std::u
 int GOSTR3411_HMAC_Reset(GOSTR3411_HMAC_CTX* ctx) {
     const vrx_tz* table = ctx->par->tz;
     if (const int rc = checks::init_ex(table)) return log::failed("GOSTR3411_Init_ex", rc);
-    return vrx::secret_work<vrx::depth::hash>([&] {
+    return vrx::secret_work<vrx::depth::hmac>([&] {
         begin(*ctx, *table);
         return VRX_OK;
     });
@@ -81,15 +81,15 @@ int GOSTR3411_HMAC_Reset(GOSTR3411_HMAC_CTX* ctx) {
 
 int GOSTR3411_HMAC_Update(GOSTR3411_HMAC_CTX* ctx, const std::uint8_t* data, std::uint32_t len) {
     if (const int rc = checks::update(data, len)) return log::failed("GOSTR3411_Update", rc);
-    return vrx::secret_work<vrx::depth::hash>([&] {
-        update(ctx->hash, data, len);
-        return VRX_OK;
-    });
+    if (waits(ctx->hash, data, len)) return VRX_OK;
+    const Substitution by(ctx->hash.table);
+    vrx::secret_work<vrx::depth::hash>([&] { update(ctx->hash, data, len, by); });
+    return VRX_OK;
 }
 
 int GOSTR3411_HMAC_Final(GOSTR3411_HMAC_CTX* ctx, std::uint8_t* out, std::uint32_t* out_len) {
     *out_len = VRX_HMAC_SIZE;
-    return vrx::secret_work<vrx::depth::hash>([&] {
+    return vrx::secret_work<vrx::depth::hmac>([&] {
         final(ctx->hash, ctx->digest);
         start(ctx->hash);  // keeps the table in the context, even if the caller has changed ctx->par
         update(ctx->hash, ctx->opad_key, sizeof ctx->opad_key);

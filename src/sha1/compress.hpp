@@ -5,21 +5,23 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "frame/choice.hpp"
 #include "frame/engines.hpp"
 
 namespace vrx::sha1 {
 
-using Digest = std::array<std::uint32_t, 5>;
+/** A to E, wherever they are kept. */
+using Digest = std::span<std::uint32_t, 5>;
 
 inline constexpr std::size_t block_size = 64;
 
 /** Processes blocks of the message, at any address. Leaves working values on the stack. */
-using Compress = void (*)(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept;
+using Compress = void (*)(Digest h, const std::uint8_t* data, std::size_t blocks) noexcept;
 
-void compress_sha_ni(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept;
-void compress_portable(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept;
+void compress_sha_ni(Digest h, const std::uint8_t* data, std::size_t blocks) noexcept;
+void compress_portable(Digest h, const std::uint8_t* data, std::size_t blocks) noexcept;
 
 struct Engine : cpu::EngineInfo {
     Compress run;
@@ -34,7 +36,7 @@ extern cpu::Choice<engines> choice;
 /** The selected engine. */
 inline const Engine& engine() noexcept { return choice(); }
 
-inline void compress(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept {
+inline void compress(Digest h, const std::uint8_t* data, std::size_t blocks) noexcept {
     engine().run(h, data, blocks);
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <bit>
 #include <utility>
 
@@ -31,7 +32,7 @@ template <std::size_t t>
 
 /** Step t. The words A to E stay in place and rotate their roles: in step t, A is word -t modulo 5. */
 template <std::size_t t>
-[[gnu::always_inline]] constexpr void step(Digest& v, Schedule& w) {
+[[gnu::always_inline]] constexpr void step(std::array<std::uint32_t, 5>& v, Schedule& w) {
     const auto role = [&v](std::size_t letter) -> std::uint32_t& { return v[(letter + 80 - t) % 5]; };
     role(4) += std::rotl(role(0), 5) + mix<t>(role(1), role(2), role(3)) + scheduled<t>(w);
     role(1) = std::rotl(role(1), 30);
@@ -39,11 +40,12 @@ template <std::size_t t>
 
 }  // namespace
 
-void compress_portable(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept {
+void compress_portable(Digest h, const std::uint8_t* data, std::size_t blocks) noexcept {
     for (; blocks != 0; --blocks, data += block_size) {
         Schedule w;
         for (std::size_t i = 0; i < w.size(); ++i) w[i] = __builtin_bswap32(load_le32(data + 4 * i));
-        Digest v = h;
+        std::array<std::uint32_t, 5> v;
+        std::copy(h.begin(), h.end(), v.begin());
         [&]<std::size_t... t>(std::index_sequence<t...>) __attribute__((always_inline)) { (step<t>(v, w), ...); }
         (std::make_index_sequence<80>{});
         for (std::size_t i = 0; i < h.size(); ++i) h[i] += v[i];

@@ -29,7 +29,7 @@ template <int g>
 
 }  // namespace
 
-void compress_sha_ni(Digest& h, const std::uint8_t* data, std::size_t blocks) noexcept {
+void compress_sha_ni(Digest h, const std::uint8_t* data, std::size_t blocks) noexcept {
     const __m128i reversed = _mm_set_epi64x(0x0001020304050607, 0x08090a0b0c0d0e0f);
     __m128i abcd = _mm_shuffle_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(h.data())), 0x1b);
     __m128i e = _mm_set_epi32(static_cast<int>(h[4]), 0, 0, 0);

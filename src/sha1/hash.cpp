@@ -20,24 +20,22 @@ std::uint8_t* bytes(sha_context* ctx) { return reinterpret_cast<std::uint8_t*>(c
 std::size_t held(const sha_context* ctx) { return ctx->count_lo % block_size; }
 
 void process(sha_context* ctx, const std::uint8_t* data, std::size_t blocks) {
-    Digest h;
-    std::memcpy(&h, ctx->digest, sizeof h);
-    compress(h, data, blocks);
-    std::memcpy(ctx->digest, &h, sizeof h);
+    compress(Digest(ctx->digest), data, blocks);
 }
 
-void update(sha_context* ctx, const std::uint8_t* buffer, std::uint64_t count) {
-    const std::size_t before = held(ctx);
-    // Deliberate: at most one carry, so the count is wrong after a call with 2^32 bytes or more.
-    const std::uint32_t count_lo = ctx->count_lo + static_cast<std::uint32_t>(count);
-    if (count_lo < ctx->count_lo) ++ctx->count_hi;
-    ctx->count_lo = count_lo;
+/** What body() does, with nothing left of it. */
+template <typename Body>
+void traceless(Body body) {
+    const bool portable = engine().run == compress_portable;
+    vrx::secret_work(portable ? 2 * vrx::depth::sha1 : vrx::depth::sha1, body);
+}
 
+/** Takes in at least what completes the block that waits, of which `before` bytes have come. */
+void process_from(sha_context* ctx, std::size_t before, const std::uint8_t* buffer, std::uint64_t count) {
     vrx::Input rest{buffer, count};
     vrx::Blockwise<block_size> block(bytes(ctx), before);
     if (before != 0) {
         block.fill(rest);
-        if (!block.full()) return;
         process(ctx, bytes(ctx), 1);
     }
     if (const std::size_t blocks = block.whole(rest); blocks != 0) process(ctx, rest.take(blocks * block_size), blocks);
@@ -72,16 +70,23 @@ void shaInit(sha_context* ctx) {
 }
 
 void shaTransform(sha_context* ctx) {
-    vrx::secret_work<vrx::depth::sha1>([&] {
+    traceless([&] {
         swap(ctx->data, VRX_SHA1_BLOCK_WORDS);
         process(ctx, bytes(ctx), 1);
     });
 }
 
 void shaUpdate(sha_context* ctx, const std::uint8_t* buffer, std::uint64_t count) {
-    vrx::secret_work<vrx::depth::sha1>([=] { update(ctx, buffer, count); });
+    const std::size_t before = held(ctx);
+    // Deliberate: one carry at the most, a call of 2^32 bytes or more miscounts.
+    const std::uint32_t count_lo = ctx->count_lo + static_cast<std::uint32_t>(count);
+    if (count_lo < ctx->count_lo) ++ctx->count_hi;
+    ctx->count_lo = count_lo;
+
+    if (count < block_size - before) return vrx::copy_secret(bytes(ctx) + before, buffer, count);
+    traceless([=] { process_from(ctx, before, buffer, count); });
 }
 
 void shaFinal(sha_context* ctx, std::uint8_t* digest_out) {
-    vrx::secret_work<vrx::depth::sha1>([=] { final(ctx, digest_out); });
+    traceless([=] { final(ctx, digest_out); });
 }
