@@ -5,7 +5,7 @@
 
 #include "frame/bytes.hpp"
 #include "frame/log.hpp"
-#include "frame/wipe.hpp"
+#include "frame/secret_work.hpp"
 #include "vrx/agree.h"
 #include "vrx/gostr3411.h"
 #include "vrx/modes.h"
@@ -42,7 +42,7 @@ int ecMakeKEK(const EcParamSet* set, const vrx_data* hash_oid, const std::uint8_
     // Deliberate: not VRX_ERR_BAD_PARAMS.
     if (ukm == nullptr || set == nullptr || Q == nullptr || d == nullptr || kek == nullptr || all_zero(ukm))
         return log::bad_params("ecMakeKEK", VRX_ERR_FAILED);
-    return vrx::leaving_no_trace<multiple_stack>([&] {
+    return vrx::secret_work<vrx::depth::curves>([&] {
         const EcPoint point =
             with_domain(*set, [&](const auto& domain) { return shared_point(domain, ukm_number(ukm), load(d), *Q); });
         std::uint8_t octets[2 * octet_count];
@@ -53,8 +53,7 @@ int ecMakeKEK(const EcParamSet* set, const vrx_data* hash_oid, const std::uint8_
 }
 
 int ecDiversifyKEK(const vrx_tz* tz, std::uint8_t* key, const std::uint8_t* ukm) {
-    // The cipher leaves key words on the stack.
-    return vrx::leaving_no_trace<multiple_stack>([&]() -> int {
+    return vrx::secret_work<vrx::depth::diversification>([&]() -> int {
         std::uint32_t current[VRX_KEY_WORDS];
         std::uint8_t iv[VRX_BLOCK_SIZE];
         for (unsigned i = 0; i < VRX_UKM_SIZE; ++i) {

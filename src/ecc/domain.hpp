@@ -14,7 +14,7 @@
 // and no operand is infinite. For any other input its operations return nullopt. The algorithm passes that on to
 // with_domain(), which then runs it in General, where no operation returns nullopt.
 //
-// Callers wipe the temporaries on the stack; see multiple_stack.
+// Callers erase the temporaries on the stack; see depth::curves.
 #ifndef VRX_ECC_DOMAIN_HPP
 #define VRX_ECC_DOMAIN_HPP
 
@@ -27,9 +27,6 @@
 #include "frame/declassify.hpp"
 
 namespace vrx::ecc {
-
-/** The depth in bytes to which operations on domains, including engines, may leave parts of a scalar on the stack. */
-inline constexpr std::size_t multiple_stack = 14336;
 
 /** |n|, for a signed n. Constant-time. */
 inline Number magnitude(const Number& n) {

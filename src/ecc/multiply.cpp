@@ -4,30 +4,30 @@
 #include <cstdio>
 
 #include "ecc/domain.hpp"
-#include "frame/wipe.hpp"
+#include "frame/secret_work.hpp"
 #include "vrx/frame.h"
 
 using namespace vrx::ecc;
 
 namespace {
 
-/** The result of multiple(domain) in the domain of a set. Wipes the stack. */
+/** r = the result of multiple(domain) in the domain of a set. Nothing else is left of the scalar. */
 template <typename Multiple>
-EcPoint multiple_in_domain(const EcParamSet& set, const Multiple& multiple) {
-    return vrx::leaving_no_trace<multiple_stack>(
-        [&] { return with_domain(set, [&](const auto& domain) { return to_record(multiple(domain)); }); });
+void multiple_in_domain(EcPoint& r, const EcParamSet& set, const Multiple& multiple) {
+    vrx::secret_work<vrx::depth::curves>(
+        [&] { r = with_domain(set, [&](const auto& domain) { return to_record(multiple(domain)); }); });
 }
 
 }  // namespace
 
 int epMultPP(EcPoint* R, const std::uint32_t* k, const EcParamSet* set) {
-    *R = multiple_in_domain(*set, [&](const auto& domain) { return table_multiple(domain, load(k)); });
+    multiple_in_domain(*R, *set, [&](const auto& domain) { return table_multiple(domain, load(k)); });
     return VRX_OK;
 }
 
 int epMultJ(EcPoint* R, const EcPoint* P, const std::uint32_t* k, const EcParamSet* set) {
     if (vrx::is_publicly_zero({k, digit_count})) return VRX_ERR_FAILED;
-    *R = multiple_in_domain(*set, [&](const auto& domain) { return jacobian_multiple(domain, *P, load(k)); });
+    multiple_in_domain(*R, *set, [&](const auto& domain) { return jacobian_multiple(domain, *P, load(k)); });
     return VRX_OK;
 }
 
@@ -37,6 +37,6 @@ int epMult(EcPoint* R, const EcPoint* P, const std::uint32_t* k, const EcParamSe
         std::printf("epMult: bad arguments\n");
         return VRX_ERR_FAILED;
     }
-    *R = multiple_in_domain(*set, [&](const auto& domain) { return affine_multiple(domain, *P, load(k)); });
+    multiple_in_domain(*R, *set, [&](const auto& domain) { return affine_multiple(domain, *P, load(k)); });
     return VRX_OK;
 }

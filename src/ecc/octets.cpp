@@ -3,6 +3,7 @@
 
 #include "ecc/residue.hpp"
 #include "frame/log.hpp"
+#include "frame/secret_work.hpp"
 
 using namespace vrx::ecc;
 namespace log = vrx::log;
@@ -21,13 +22,13 @@ void store_big_endian(std::uint8_t* octets, const std::uint32_t* number) {
 
 int ecLoadPrivateKeyValue(const std::uint8_t* octets, std::uint32_t* d) {
     if (octets == nullptr || d == nullptr) return log::bad_params("ecLoadPrivateKeyValue");
-    load_octets(d, octets);
+    vrx::secret_work<vrx::depth::octets>([=] { load_octets(d, octets); });
     return VRX_OK;
 }
 
 int ecUnloadPrivateKeyValue(const std::uint32_t* d, std::uint8_t* octets) {
     if (d == nullptr || octets == nullptr) return log::bad_params("ecUnloadPrivateKeyValue");
-    store_octets(octets, d);
+    vrx::secret_work<vrx::depth::octets>([=] { store_octets(octets, d); });
     return VRX_OK;
 }
 

@@ -2,12 +2,14 @@
 #include "ecc/sign.hpp"
 
 #include "frame/log.hpp"
+#include "frame/secret_work.hpp"
 #include "frame/wipe.hpp"
 #include "vrx/frame.h"
 
 using namespace vrx::ecc;
-using vrx::leaving_no_trace;
 using vrx::Secret;
+using vrx::secret_work;
+namespace depth = vrx::depth;
 namespace log = vrx::log;
 
 namespace {
@@ -27,8 +29,8 @@ int ecSign(const EcParamSet* set, const std::uint32_t* digest, RND_FUNC rnd, con
     if (digest == nullptr || set == nullptr || sig == nullptr || d == nullptr) return log::bad_params("ecSign");
     Secret<Number> k;
     if (const int rc = random_scalar(rnd, k.value.digits, set->q)) return rc;
-    *sig = leaving_no_trace<multiple_stack>(
-        [&] { return with_domain(*set, [&](const auto& domain) { return sign(domain, digest, k.value, load(d)); }); });
+    secret_work<depth::curves>(
+        [&] { *sig = with_domain(*set, [&](const auto& domain) { return sign(domain, digest, k.value, load(d)); }); });
     return VRX_OK;
 }
 
@@ -48,8 +50,8 @@ int ecGenerateKeyPair(const EcParamSet* set, RND_FUNC rnd, std::uint32_t* d, EcP
 int ecGeneratePublicKey(const EcParamSet* set, const std::uint32_t* d, EcPoint* Q) {
     if (set == nullptr || d == nullptr || Q == nullptr) return log::bad_params("ecGeneratePublicKey");
     bool checked = false;
-    *Q = leaving_no_trace<multiple_stack>([&] {
-        return with_domain(*set, [&]<typename Domain>(const Domain& domain) {
+    secret_work<depth::curves>([&] {
+        *Q = with_domain(*set, [&]<typename Domain>(const Domain& domain) {
             checked = Domain::multiples_are_on_curve;
             return to_record(base_multiple(domain, load(d)));
         });
@@ -67,11 +69,11 @@ int Getbig_RND(RND_FUNC rnd, std::uint32_t* out, const std::uint32_t* q) {
     Secret<Number> n;
     static_assert(sizeof n.value == VRX_RND_SIZE);
     if (rnd(n.value.digits, VRX_RND_SIZE) != 0) return log::failed_step("RND_FUNC", VRX_ERR_FAILED);
-    return leaving_no_trace([&] {
+    secret_work<depth::scalar>([&] {
         store(out,
               with_order(q, [&](const auto& order) { return order.remainder(magnitude(n.value)).reduced().number(); }));
-        return VRX_OK;
     });
+    return VRX_OK;
 }
 
 int test_rnd(void* buffer, std::uint32_t length) {

@@ -28,7 +28,7 @@ constexpr Uint256 operator^(const Uint256& a, const Uint256& b) {
 }
 
 /**
- * f(h, m), for any CPU. Leaves working values on the stack: to hash secrets, call it inside leaving_no_trace().
+ * f(h, m), for any CPU. Leaves working values on the stack: to hash secrets, call it inside secret_work().
  *
  * @param table  a table with any content, not only one made from S-boxes. Its flag is ignored.
  */

@@ -27,7 +27,7 @@ void process(sha_context* ctx, const std::uint8_t* data, std::size_t blocks) {
 template <typename Body>
 void traceless(Body body) {
     const bool portable = engine().run == compress_portable;
-    vrx::secret_work(portable ? 2 * vrx::depth::sha1 : vrx::depth::sha1, body);
+    vrx::secret_work<vrx::Registers::low>(portable ? 2 * vrx::depth::sha1 : vrx::depth::sha1, body);
 }
 
 /** Takes in at least what completes the block that waits, of which `before` bytes have come. */
@@ -78,7 +78,7 @@ void shaTransform(sha_context* ctx) {
 
 void shaUpdate(sha_context* ctx, const std::uint8_t* buffer, std::uint64_t count) {
     const std::size_t before = held(ctx);
-    // Deliberate: one carry at the most, a call of 2^32 bytes or more miscounts.
+    // Deliberate: at most one carry, so the count is wrong after a call with 2^32 bytes or more.
     const std::uint32_t count_lo = ctx->count_lo + static_cast<std::uint32_t>(count);
     if (count_lo < ctx->count_lo) ++ctx->count_hi;
     ctx->count_lo = count_lo;

@@ -21,6 +21,6 @@ for build in "$@"; do
     cmake --build "$directory" --target residue >> "$directory.log" 2>&1
     echo "$compiler $level"
     "$directory/tests/residue/residue" control || failed=1
-    "$directory/tests/residue/residue" --figures cipher hash sha1 curves || failed=1
+    "$directory/tests/residue/residue" --figures cipher hash sha1 curves numbers || failed=1
 done
 exit $failed

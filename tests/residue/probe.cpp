@@ -241,6 +241,7 @@ Residue probe(const Probe& p) {
             found.deepest = std::max(found.deepest, below);
         }
     }
+    if (!p.registers) return found;
     static const auto components = vector_components();
     for (const Component& c : components)
         for (std::size_t i = c.offset; i < c.offset + c.size; i += 4)

@@ -81,6 +81,8 @@ using Body = std::function<void()>;
 struct Probe {
     std::string name;  // function/what/size
     std::function<Body(Arena&)> prepare;
+    /** Whether registers count, too. */
+    bool registers = true;
 };
 
 struct Residue {
@@ -92,7 +94,8 @@ struct Residue {
     std::size_t signal = 0;   // words of 4 bytes in the frame of a signal right after the call
     bool x87 = false;         // its state was changed
 
-    [[nodiscard]] bool clean() const { return stack == 0 && vectors == 0 && general == 0 && signal == 0 && !x87; }
+    [[nodiscard]] bool in_registers() const { return vectors != 0 || general != 0 || signal != 0 || x87; }
+    [[nodiscard]] bool clean() const { return stack == 0 && !in_registers(); }
 };
 
 /** Whether this processor and system let registers be looked at. */

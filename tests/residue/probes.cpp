@@ -55,8 +55,8 @@ Text text(Arena& a, std::uint32_t size, bool encrypts) {
 class Table {
 public:
     template <typename Prepare>
-    void add(const std::string& name, Prepare prepare) {
-        all.push_back({name, prepare});
+    void add(const std::string& name, Prepare prepare, bool registers = true) {
+        all.push_back({name, prepare, registers});
     }
     std::vector<Probe> all;
 };
@@ -472,6 +472,56 @@ void add_curves(Table& t) {
     });
 }
 
+/** Arithmetic with temporaries, whose operands are secret. Its results are secret, too, but not what is returned. */
+void add_numbers(Table& t) {
+    for (const std::uint32_t n : {1U, 2U, 8U, 9U, 10U, 16U, 17U, 32U, 64U}) {
+        const std::string name = "/" + std::to_string(n);
+        const auto three = [=](auto f) {
+            return [=](Arena& a) -> Body {
+                auto* w = a.cleared<std::uint32_t>(2 * n);
+                const auto* u = a.secret<std::uint32_t>(n);
+                const auto* v = a.secret<std::uint32_t>(n);
+                auto* m = a.open<std::uint32_t>(n);
+                m[0] |= 1;
+                m[n - 1] |= 0x80000000;
+                auto* returned = a.result<std::uint64_t>();
+                return [=] { *returned = static_cast<std::uint64_t>(f(w, u, v, m)); };
+            };
+        };
+        using Digits = const std::uint32_t*;
+        using Out = std::uint32_t*;
+        // Those for digits of a fixed number work in registers and leave parts of the operands there.
+        const bool columns = n == 8 || n == 9 || n == 16;
+        t.add("mpMultiply" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpMultiply(w, u, v, n); }),
+              !columns);
+        t.add("mpSquare" + name, three([=](Out w, Digits u, Digits, Digits) { return mpSquare(w, u, n); }), !columns);
+        t.add("mpDivide" + name, three([=](Out w, Digits u, Digits v, Digits) {
+                  return mpDivide(w, w + n, u, n, v, (n + 1) / 2);
+              }));
+        t.add("mpModulo" + name, three([=](Out w, Digits u, Digits, Digits m) { return mpModulo(w, u, n, m, n); }));
+        t.add("mpModAdd" + name,
+              three([=](Out w, Digits u, Digits v, Digits m) { return mpModAdd(w, u, v, m, n); }));
+        t.add("mpModSub" + name,
+              three([=](Out w, Digits u, Digits v, Digits m) { return mpModSub(w, u, v, m, n); }));
+        t.add("mpModMult" + name,
+              three([=](Out w, Digits u, Digits v, Digits m) { return mpModMult(w, u, v, m, n); }));
+        t.add("mpModInv" + name, three([=](Out w, Digits u, Digits, Digits m) { return mpModInv(w, u, m, n); }));
+        t.add("mpModExp" + name,
+              three([=](Out w, Digits u, Digits v, Digits m) { return mpModExp(w, u, v, m, n); }));
+        t.add("mpGcd" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpGcd(w, u, v, n); }));
+        t.add("mpSqrt" + name, three([=](Out w, Digits u, Digits, Digits) { return mpSqrt(w, u, n); }));
+        t.add("mpJacobi" + name, three([=](Out, Digits u, Digits, Digits m) { return mpJacobi(u, m, n); }));
+        t.add("mpShortDiv" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpShortDiv(w, u, v[0], n); }));
+        t.add("mpShortMod" + name, three([=](Out, Digits u, Digits v, Digits) { return mpShortMod(u, v[0], n); }));
+        // Without temporaries: nothing on the stack; registers hold parts of the operands.
+        t.add("mpAdd" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpAdd(w, u, v, n); }), false);
+        t.add("mpSubtract" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpSubtract(w, u, v, n); }),
+              false);
+        t.add("mpShortMult" + name, three([=](Out w, Digits u, Digits, Digits) { return mpShortMult(w, u, 5, n); }),
+              false);
+    }
+}
+
 void add_control(Table& t) {
     t.add("stack", [](Arena& a) -> Body {
         const auto* secret = a.secret<std::uint32_t>(8);
@@ -503,6 +553,7 @@ std::vector<Probe> probes_of(std::string_view family) {
     if (family == "hash") add_hash(t);
     if (family == "sha1") add_sha1(t);
     if (family == "curves") add_curves(t);
+    if (family == "numbers") add_numbers(t);
     if (family == "control") add_control(t);
     return t.all;
 }

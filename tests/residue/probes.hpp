@@ -9,7 +9,7 @@
 
 namespace vrx::test {
 
-/** Of the cipher, the hash, SHA-1 and the curves; and "control", each of which leaves something. */
+/** Of the cipher, the hash, SHA-1, the curves and the numbers; and "control", each of which leaves something. */
 std::vector<Probe> probes_of(std::string_view family);
 
 }  // namespace vrx::test

@@ -1,8 +1,9 @@
-// What calls leave on the stack and in registers of their secrets. Usage: residue [--figures | --depths] FAMILY...
+// What calls leave on the stack and in registers of their secrets.
+// Usage: residue [--figures] [--depths] FAMILY..., or residue --list for the functions that are called.
 // With --depths nothing is erased, so that the depths show to which it has to be.
 #include <cstdio>
 #include <cstring>
-#include <map>
+#include <set>
 #include <string>
 
 #include "ecc/field/engine.hpp"
@@ -30,7 +31,7 @@ struct Figures {
     void add(const Residue& r) {
         ++calls;
         stack += r.stack != 0;
-        registers += r.vectors != 0 || r.general != 0 || r.signal != 0 || r.x87;
+        registers += r.in_registers();
         words = std::max(words, r.stack);
         deepest = std::max(deepest, r.deepest);
         used = std::max(used, r.used);
@@ -72,6 +73,19 @@ bool each_engine(const char* family, const auto& engines) {
     return clean;
 }
 
+bool without_engines(const char* family) {
+    const Figures f = probe_all(family, "any");
+    return f.stack == 0 && f.registers == 0;
+}
+
+/** The functions that the probes call. */
+void list() {
+    std::set<std::string> names;
+    for (const char* family : {"cipher", "hash", "sha1", "curves", "numbers"})
+        for (const Probe& p : probes_of(family)) names.insert(p.name.substr(0, p.name.find('/')));
+    for (const std::string& name : names) std::puts(name.c_str());
+}
+
 /** Everything has to be found. */
 bool control() {
     bool found = true;
@@ -96,9 +110,12 @@ int main(int argc, char** argv) {
         if (family == "--figures") {
             silent = true;
         } else if (family == "--depths") {
-            silent = true;
-            static constexpr vrx::Eraser none = {{"none"}, [](std::size_t) noexcept {}};
+            static constexpr vrx::Eraser none = {{"none"}, [](std::size_t) noexcept {}, [](std::size_t) noexcept {}};
             vrx::eraser.use(none);
+        } else if (family == "--list") {
+            list();
+        } else if (family == "numbers") {
+            clean = without_engines("numbers") && clean;
         } else if (family == "control") {
             clean = control() && clean;
         } else if (family == "cipher") {
@@ -110,7 +127,7 @@ int main(int argc, char** argv) {
         } else if (family == "curves") {
             clean = each_engine<vrx::field::choice>("curves", vrx::field::engines) && clean;
         } else {
-            std::fputs("usage: residue [--figures] control | cipher | hash | sha1 | curves ...\n", stderr);
+            std::fputs("usage: residue --list | [--figures] [--depths] control | cipher | hash | sha1 | curves | numbers ...\n", stderr);
             return 2;
         }
     }

@@ -87,13 +87,13 @@ template <bool with_quotient>
     *remainder = rest >> shift;
 }
 
-/** The same, wiping the stack and the memory of the remainder. */
+/** The same, leaving no trace of d, which the compiler may keep in the frame of the caller, nor of the remainder. */
 template <bool with_quotient>
-Digit short_remainder(Digit* q, const Digit* u, Digit d, std::uint64_t n) {
+Digit short_remainder(Digit* q, const Digit* u, Digit& d, std::uint64_t n) {
     Workspace<1> space;
     Word* remainder = space.take(1);
-    short_division<with_quotient>(remainder, q, u, d, n);
-    wipe_frames_below<usual_frames>();
+    vrx::secret_work<vrx::depth::arithmetic>([&] { short_division<with_quotient>(remainder, q, u, d, n); });
+    vrx::wipe(&d, sizeof d);
     return low_digit(*remainder);
 }
 

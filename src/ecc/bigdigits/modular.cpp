@@ -184,7 +184,7 @@ int mpModInv(std::uint32_t* inv, const std::uint32_t* u, const std::uint32_t* m,
     if (ndigits == 0) return 1;
     const std::size_t n = words_for(ndigits);
     InverseSpace space;
-    return without_trace<inversion_frames>([&] {
+    return without_trace<vrx::depth::inversion>([&] {
         const Word* modulus = space.copy(m, ndigits);
         Word* x = space.take(n + 1);
         Word* result = space.take(n);

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "frame/platform.hpp"
+#include "frame/secret_work.hpp"
 #include "frame/wipe.hpp"
 
 namespace vrx::bigdigits {
@@ -75,31 +76,13 @@ inline void store(Digit* digits, std::uint64_t ndigits, const Word* w, std::size
     std::fill_n(digits + there, ndigits - there, Digit{0});
 }
 
-// Stack depths in words, about a third more than the deepest operation needs. Inversion needs more than all others.
-inline constexpr std::size_t usual_frames = 161;
-inline constexpr std::size_t inversion_frames = 241;
-
-/** Wipes the stack below the caller's frame, where the functions that it called spilled registers. */
-template <std::size_t words>
-[[gnu::noinline]] void wipe_frames_below() {
-    static_assert(words % 2 == 1, "leaves no gap below the return address");
-    Word frames[words];
-    std::size_t size = sizeof frames;
-    asm("" : "+r"(size));  // for a size that the compiler knows, it emits code that is three times slower
-    wipe(frames, size);
-}
-
-template <typename F>
-[[gnu::noinline]] auto in_own_frame(F& f) {
-    return f();
-}
-
-/** Returns f(), and wipes the stack that f used. Arrays belong in a Workspace in the caller's frame. */
-template <std::size_t frames = usual_frames, typename F>
+/**
+ * Returns f(), which is not secret, and erases the stack and the registers that f used. Arrays belong in a Workspace in
+ * the caller's frame.
+ */
+template <std::size_t depth = depth::arithmetic, typename F>
 auto without_trace(F f) {
-    const auto result = in_own_frame(f);
-    wipe_frames_below<frames>();
-    return result;
+    return secret_work<depth>(f);
 }
 
 /** Stack memory for the temporaries of one call. The destructor wipes the part that was taken. */

@@ -1,7 +1,7 @@
 // The engines for point multiplication on the four curves, and the choice of the fastest one for this CPU.
 //
 // Constant-time in scalars and points. Numbers are not in Montgomery form, k and z are from 1 to q - 1, and points are
-// on the curve. Engines do not wipe the stack; their callers do (see multiple_stack).
+// on the curve. Engines do not erase the stack; their callers do (see depth::curves).
 #ifndef VRX_ECC_FIELD_ENGINE_HPP
 #define VRX_ECC_FIELD_ENGINE_HPP
 
