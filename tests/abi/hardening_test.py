@@ -47,6 +47,12 @@ class Hardening(unittest.TestCase):
             for rights in loads:
                 self.assertFalse("W" in rights and "E" in rights, loads)
 
+    def test_no_library_is_loaded_from_the_current_folder(self):
+        for dynamic in self.for_both("-d"):
+            for paths in re.findall(r"\((?:RUNPATH|RPATH)\).*\[(.*)\]", dynamic):
+                for path in paths.split(":"):
+                    self.assertRegex(path, r"\A(/|\$ORIGIN/)", paths)
+
     def asked_for(self, path):
         """Return the functions that a binary imports."""
         return set(re.findall(r"\bUND ([^\s@]+)", readelf("--dyn-syms", path)))
