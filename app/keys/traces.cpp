@@ -1,16 +1,32 @@
 #include "keys/traces.hpp"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cstddef>
 #include <cstdint>
 
 #include "frame/cpu.hpp"
-#include "frame/wipe.hpp"
 
 namespace vrx::app {
 namespace {
 
-/** The stack depth of the deepest command, including its file buffers. */
-constexpr std::size_t deepest = 256 * 1024;
+/**
+ * Zero the stack below this function, down to the lowest page that was ever used. Lower pages hold nothing, and the
+ * stack limit may forbid touching them.
+ */
+[[gnu::noinline]] void clear_stack() {
+    const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    std::uintptr_t end = 0;
+    asm volatile("mov %%rsp, %0" : "=r"(end));
+    std::uintptr_t begin = end & ~(page - 1);
+    unsigned char resident = 0;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
+    while (mincore(reinterpret_cast<void*>(begin - page), page, &resident) == 0) begin -= page;
+    // No call: its frame would lie in the memory that is being cleared.
+    std::size_t count = end - begin;
+    asm volatile("rep stosb" : "+D"(begin), "+c"(count) : "a"(0) : "memory");
+}
 
 void clear_vector_registers() {
     const std::uint32_t features = cpu::features();
@@ -42,7 +58,7 @@ void clear_vector_registers() {
 }  // namespace
 
 void clear_traces() {
-    wipe_stack<deepest>();
+    clear_stack();
     clear_vector_registers();
 }
 

@@ -2,6 +2,7 @@
 
 import base64
 import os
+import resource
 import subprocess
 import unittest
 
@@ -82,6 +83,13 @@ class Memory(ProgramTest):
         self.check(memory, {"the key": private, "the agreed key": agreed})
         memory = self.traced("diversify", "--key", "agreed", "--ukm", UKM, "--out", "diversified")
         self.check(memory, {"the key": agreed, "the diversified key": self.read("diversified")})
+
+    def test_a_small_stack_is_enough(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_STACK, (200 * 1024, 200 * 1024))
+
+        for command in (["keygen", "--out", "new"], ["encrypt", "-k", "key", "-o", "secret", "new"]):
+            self.vrx(*command, preexec_fn=limit)
 
     def test_a_new_key(self):
         memory = self.traced("keygen", "--out", "new")
