@@ -350,7 +350,7 @@ Report inspect(const Input& file, SecretBytes& content, const std::optional<std:
         inspect_structure(report, file, "", content.bytes(), option);
     if (report.knows()) return report;
     const std::string_view digits = without_line_end(content.text());
-    if (digits.size() % 2 == 0 && std::ranges::all_of(digits, [](char c) { return hex_digit(c).has_value(); })) {
+    if (digits.size() % 2 == 0 && is_hex(digits)) {
         decode_hex(content, file.shown());
         inspect_bytes(report, file, as_digits, content.bytes(), option);
         return report;

@@ -3,18 +3,36 @@
 #include <algorithm>
 #include <charconv>
 
+#include "io/declassify.hpp"
+
 namespace vrx::app {
 namespace {
 
-constexpr std::string_view digits = "0123456789abcdef";
+/** All ones if `first` <= c <= `last`, otherwise zero; branchless. c is below 256. */
+constexpr std::uint32_t mask_between(std::uint32_t c, char first, char last) {
+    const std::uint32_t below = c - static_cast<std::uint8_t>(first);
+    const std::uint32_t above = static_cast<std::uint8_t>(last) - c;
+    return ((below | above) >> 31) - 1;
+}
+
+/** The digit of a value below 16. */
+constexpr char digit_of(std::uint32_t value) {
+    return static_cast<char>('0' + value + ((9 - value) >> 31) * ('a' - '0' - 10));
+}
+
+/** The value of a hexadecimal digit; more than 15 for any other character. */
+constexpr std::uint32_t value_of(char character) {
+    const std::uint32_t c = static_cast<std::uint8_t>(character);
+    const std::uint32_t decimal = mask_between(c, '0', '9');
+    const std::uint32_t letter = mask_between(c | 0x20, 'a', 'f');
+    return (decimal & (c - '0')) | (letter & ((c | 0x20) - 'a' + 10)) | (~(decimal | letter) & 0x100);
+}
 
 }  // namespace
 
 std::optional<unsigned> hex_digit(char c) {
-    if (c >= '0' && c <= '9') return static_cast<unsigned>(c - '0');
-    if (c >= 'a' && c <= 'f') return static_cast<unsigned>(c - 'a') + 10;
-    if (c >= 'A' && c <= 'F') return static_cast<unsigned>(c - 'A') + 10;
-    return std::nullopt;
+    const unsigned value = value_of(c);
+    return value < 16 ? std::optional(value) : std::nullopt;
 }
 
 std::string to_hex(std::span<const std::uint8_t> octets) {
@@ -25,27 +43,34 @@ std::string to_hex(std::span<const std::uint8_t> octets) {
 
 std::string to_hex(std::uint32_t number) {
     std::string text;
-    do text.insert(text.begin(), digits[number & 15]);
+    do text.insert(text.begin(), digit_of(number & 15));
     while ((number >>= 4) != 0);
     return text.size() < 2 ? "0" + text : text;
 }
 
 void to_hex(std::span<const std::uint8_t> octets, std::span<char> text) {
     for (std::size_t i = 0; i < octets.size(); ++i) {
-        text[2 * i] = digits[octets[i] >> 4];
-        text[2 * i + 1] = digits[octets[i] & 15];
+        text[2 * i] = digit_of(octets[i] >> 4);
+        text[2 * i + 1] = digit_of(octets[i] & 15);
     }
+}
+
+bool is_hex(std::string_view text) {
+    std::uint32_t seen = 0;
+    for (const char c : text) seen |= value_of(c);
+    return declassify(seen < 16);
 }
 
 bool from_hex(std::string_view text, std::span<std::uint8_t> octets) {
     if (text.size() != 2 * octets.size()) return false;
+    std::uint32_t seen = 0;
     for (std::size_t i = 0; i < octets.size(); ++i) {
-        const auto high = hex_digit(text[2 * i]);
-        const auto low = hex_digit(text[2 * i + 1]);
-        if (!high || !low) return false;
-        octets[i] = static_cast<std::uint8_t>(*high << 4 | *low);
+        const std::uint32_t high = value_of(text[2 * i]);
+        const std::uint32_t low = value_of(text[2 * i + 1]);
+        seen |= high | low;
+        octets[i] = static_cast<std::uint8_t>(high << 4 | low);
     }
-    return true;
+    return declassify(seen < 16);
 }
 
 std::optional<std::uint64_t> to_number(std::string_view text) {
@@ -56,9 +81,10 @@ std::optional<std::uint64_t> to_number(std::string_view text) {
 }
 
 std::string_view without_line_end(std::string_view text) {
-    if (text.ends_with('\n')) {
+    const auto ends_with = [&](char c) { return !text.empty() && declassify(text.back() == c); };
+    if (ends_with('\n')) {
         text.remove_suffix(1);
-        if (text.ends_with('\r')) text.remove_suffix(1);
+        if (ends_with('\r')) text.remove_suffix(1);
     }
     return text;
 }

@@ -20,12 +20,17 @@ std::optional<unsigned> hex_digit(char c);
 std::string to_hex(std::span<const std::uint8_t> octets);
 /** Format a number as at least two lower-case hexadecimal digits. */
 std::string to_hex(std::uint32_t number);
-/** For secrets: write the digits of octets to the caller's buffer, two for each octet. */
+/** The same for secrets, in constant time: write the digits to the caller's buffer, two for each octet. */
 void to_hex(std::span<const std::uint8_t> octets, std::span<char> text);
 
+/** Whether a text consists of hexadecimal digits, in constant time. */
+[[nodiscard]] bool is_hex(std::string_view text);
+
 /**
- * Decode two hexadecimal digits for each octet; false if the text is malformed or has another length. Both spans may
- * begin at the same address.
+ * Decode two hexadecimal digits for each octet, in constant time.
+ *
+ * @param octets  may begin at the same address as the text.
+ * @return false if the text is malformed or has another length; the octets are then unspecified.
  */
 [[nodiscard]] bool from_hex(std::string_view text, std::span<std::uint8_t> octets);
 
@@ -46,7 +51,7 @@ std::u32string from_utf8(std::string_view text);
 void append_utf8(std::string& text, char32_t character);
 
 /**
- * True if a character could deceive the reader of a terminal: C0 and C1 controls, direction controls, zero-width
+ * Whether a character could deceive the reader of a terminal: C0 and C1 controls, direction controls, zero-width
  * characters, line separators, surrogates and tags.
  */
 bool is_deceptive(char32_t character);

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 
+#include "io/declassify.hpp"
+
 namespace vrx::app::der {
 namespace {
 
-constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::string_view begin = "-----BEGIN ";
 constexpr std::string_view end = "-----END ";
 constexpr std::string_view dashes = "-----";
@@ -16,27 +17,50 @@ void append_text(SecretBytes& out, std::string_view text) {
     for (const char c : text) out.push_back(static_cast<std::uint8_t>(c));
 }
 
-/** The 6 bits of a base64 character. Uses comparisons instead of a table, so that no address depends on a key. */
-std::optional<std::uint32_t> sextet(std::uint8_t c) {
-    const auto between = [c](char from, char to) { return c >= from && c <= to; };
-    if (between('A', 'Z')) return c - std::uint32_t{'A'};
-    if (between('a', 'z')) return c - std::uint32_t{'a'} + 26;
-    if (between('0', '9')) return c - std::uint32_t{'0'} + 52;
-    if (c == '+') return 62;
-    if (c == '/') return 63;
-    return std::nullopt;
+/** All ones if first <= value <= last, otherwise zero; branchless. All arguments are below 2^31. */
+constexpr std::uint32_t mask_between(std::uint32_t value, std::uint32_t first, std::uint32_t last) {
+    return (((value - first) | (last - value)) >> 31) - 1;
 }
 
-bool is_blank(std::uint8_t c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+constexpr std::uint32_t no_sextet = 0x100;
 
-/** Remove the first line from a text and return it without its newline and trailing blanks. */
+/** The 6 bits of a base64 character; no_sextet for any other. Neither branches nor addresses depend on it. */
+constexpr std::uint32_t sextet(std::uint32_t c) {
+    const std::uint32_t upper = mask_between(c, 'A', 'Z');
+    const std::uint32_t lower = mask_between(c, 'a', 'z');
+    const std::uint32_t digit = mask_between(c, '0', '9');
+    const std::uint32_t plus = mask_between(c, '+', '+');
+    const std::uint32_t slash = mask_between(c, '/', '/');
+    return (upper & (c - 'A')) | (lower & (c - 'a' + 26)) | (digit & (c - '0' + 52)) | (plus & 62) | (slash & 63) |
+           (~(upper | lower | digit | plus | slash) & no_sextet);
+}
+
+/** The base64 character of 6 bits. */
+constexpr std::uint8_t character(std::uint32_t bits) {
+    return static_cast<std::uint8_t>((mask_between(bits, 0, 25) & (bits + 'A')) |
+                                     (mask_between(bits, 26, 51) & (bits - 26 + 'a')) |
+                                     (mask_between(bits, 52, 61) & (bits - 52 + '0')) |
+                                     (mask_between(bits, 62, 62) & '+') | (mask_between(bits, 63, 63) & '/'));
+}
+
+/** Whether a character is blank, which is public. */
+bool is_blank(std::uint32_t c) {
+    return declassify(((mask_between(c, ' ', ' ') | mask_between(c, '\t', '\n') | mask_between(c, '\r', '\r')) & 1) !=
+                      0);
+}
+
+/** Remove the first line from a text and return it without its newline and trailing blanks. Line breaks are public. */
 std::string_view next_line(std::string_view& text) {
-    const std::size_t size = std::min(text.find('\n'), text.size() - 1) + 1;
+    std::size_t size = 0;
+    while (size < text.size() && !declassify(text[size] == '\n')) ++size;
     std::string_view line = text.substr(0, size);
-    text.remove_prefix(size);
+    text.remove_prefix(std::min(size + 1, text.size()));
     while (!line.empty() && is_blank(static_cast<std::uint8_t>(line.back()))) line.remove_suffix(1);
     return line;
 }
+
+/** Whether a line may be the first or last one of a PEM block. Lines of base64 are not. */
+bool has_dashes(std::string_view line) { return !line.empty() && declassify(line.front() == dashes.front()); }
 
 }  // namespace
 
@@ -44,6 +68,12 @@ void append(SecretBytes& out, std::uint8_t tag, std::initializer_list<std::span<
     std::size_t size = 0;
     for (const auto part : parts) size += part.size();
     out.push_back(tag);
+    if (size >= 0x100) {
+        out.push_back(0x82);
+        out.push_back(static_cast<std::uint8_t>(size >> 8));
+    } else if (size >= 0x80) {
+        out.push_back(0x81);
+    }
     out.push_back(static_cast<std::uint8_t>(size));
     for (const auto part : parts)
         for (const std::uint8_t octet : part) out.push_back(octet);
@@ -57,14 +87,14 @@ bool decode_base64(SecretBytes& text) {
     std::uint32_t group = 0;
     for (const std::uint8_t c : bytes) {
         if (is_blank(c)) continue;
-        const bool pad = c == '=';
-        const auto bits = pad ? std::optional<std::uint32_t>(0) : sextet(c);
-        if (!bits || (padding > 0 && !pad) || padding == 2) return false;
+        const bool pad = declassify(c == '=');
+        const std::uint32_t bits = pad ? 0 : sextet(c);
+        if (declassify(bits == no_sextet) || (padding > 0 && !pad) || padding == 2) return false;
         padding += pad ? 1 : 0;
-        group = group << 6 | *bits;
+        group = group << 6 | bits;
         if (++characters % 4 != 0) continue;
         // The unused bits must be zero; otherwise two texts would encode the same octets.
-        if (padding > 0 && (group & ((1U << 8 * padding) - 1)) != 0) return false;
+        if (padding > 0 && declassify((group & ((1U << 8 * padding) - 1)) != 0)) return false;
         for (std::size_t i = 0; i < 3 - padding; ++i)
             bytes[written++] = static_cast<std::uint8_t>(group >> (16 - 8 * i));
         group = 0;
@@ -81,7 +111,7 @@ void append_base64(SecretBytes& out, std::span<const std::uint8_t> octets, std::
         const std::size_t count = std::min<std::size_t>(3, octets.size() - i);
         for (std::size_t k = 0; k < 3; ++k) group = group << 8 | (k < count ? octets[i + k] : 0U);
         for (std::size_t k = 0; k < 4; ++k)
-            out.push_back(k <= count ? static_cast<std::uint8_t>(alphabet[group >> (18 - 6 * k) & 63]) : '=');
+            out.push_back(k <= count ? character(group >> (18 - 6 * k) & 63) : std::uint8_t{'='});
         column += 4;
         if (column % width == 0) out.push_back('\n');
     }
@@ -95,13 +125,15 @@ std::optional<std::string> decode_pem(SecretBytes& text) {
     std::size_t size = 0;
     for (std::string_view rest = text.text(); !rest.empty();) {
         const std::string_view line = next_line(rest);
-        if (line.size() >= begin.size() + dashes.size() && line.starts_with(begin) && line.ends_with(dashes)) {
+        const bool dashed = has_dashes(line);
+        if (dashed && line.size() >= begin.size() + dashes.size() && line.starts_with(begin) &&
+            line.ends_with(dashes)) {
             if (label) return std::nullopt;
             label = line.substr(begin.size(), line.size() - begin.size() - dashes.size());
             if (label->size() > longest_label) return std::nullopt;
             last_line = std::string(end) + *label + std::string(dashes);
             inside = true;
-        } else if (inside && line == last_line) {
+        } else if (inside && dashed && line == last_line) {
             inside = false;
         } else if (inside) {
             // This copies towards the front of the same buffer.
