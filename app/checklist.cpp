@@ -249,8 +249,8 @@ Tally check_list(std::span<const CheckValue> kinds, Input& list, const ListOptio
         if (!line) {
             ++tally.malformed;
             if (!options.status)
-                say("line " + std::to_string(tally.lines) + " of " + list.shown() +
-                    " is malformed; the format is " + form(kinds));
+                say("line " + std::to_string(tally.lines) + " of " + list.shown() + " is malformed; the format is " +
+                    form(kinds));
             continue;
         }
         const Verdict found = verdict(*line, options);
@@ -316,8 +316,7 @@ std::vector<Option> list_options(ListOptions& options, const char* check_help) {
             flag_option("check", 'c', check_help, options.check),
             flag_option("quiet", 0, "with --check: print no line for a file that passes", options.quiet),
             flag_option("status", 0, "with --check: print nothing; the exit code tells the result", options.status),
-            flag_option("ignore-missing", 0, "with --check: ignore missing files",
-                        options.ignore_missing)};
+            flag_option("ignore-missing", 0, "with --check: ignore missing files", options.ignore_missing)};
 }
 
 std::vector<Option> form_options(ListOptions& options) {

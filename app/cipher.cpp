@@ -4,6 +4,7 @@
 
 #include "io/failure.hpp"
 #include "io/text.hpp"
+#include "key_options.hpp"
 
 namespace vrx::app {
 namespace {
@@ -42,18 +43,21 @@ vrx_data record(std::span<std::uint8_t> data) { return {static_cast<std::uint32_
 }  // namespace
 
 std::vector<Option> cipher_options(CipherOptions& options) {
-    return {text_option("key", 'k', "FILE", "the key: 32 bytes, or 64 hexadecimal digits with an optional newline",
-                        options.key),
-            text_option("params", 'p', "SET",
-                        "parameter set: test, A, B, C, D, 0S, SA, SB, SC, SD, a name or an object\n"
-                        "identifier as 'vrx params' lists them; default: CryptoPro-A",
-                        options.parameters),
-            flag_option("mesh", 0, "switch CryptoPro key meshing on; default: as in the parameter set", options.mesh),
-            flag_option("no-mesh", 0, "switch key meshing off", options.no_mesh),
-            text_option("table", 't', "FILE",
-                        "S-boxes in place of those of the parameter set: 64 bytes, or 128\n"
-                        "hexadecimal digits with an optional newline",
-                        options.table)};
+    std::vector<Option> result{
+        text_option("key", 'k', "FILE", "the key: 32 bytes, or 64 hexadecimal digits with an optional newline",
+                    options.key),
+        text_option("params", 'p', "SET",
+                    "parameter set: test, A, B, C, D, 0S, SA, SB, SC, SD, a name or an object\n"
+                    "identifier as 'vrx params' lists them; default: CryptoPro-A",
+                    options.parameters),
+        flag_option("mesh", 0, "switch CryptoPro key meshing on; default: as in the parameter set", options.mesh),
+        flag_option("no-mesh", 0, "switch key meshing off", options.no_mesh),
+        text_option("table", 't', "FILE",
+                    "S-boxes in place of those of the parameter set: 64 bytes, or 128\n"
+                    "hexadecimal digits with an optional newline",
+                    options.table)};
+    for (Option& option : key_password_options(options.password)) result.push_back(std::move(option));
+    return result;
 }
 
 Cipher::Cipher(const Command& command, const CipherOptions& options) {
@@ -74,7 +78,7 @@ Cipher::Cipher(const Command& command, const CipherOptions& options) {
         files_.push_back(load_table(*options.table, own_table_));
         table_ = &own_table_;
     }
-    files_.push_back(load_key(*options.key, state_->key));
+    files_.push_back(load_key(*options.key, options.password, state_->key));
 }
 
 void Cipher::open_context(bool encrypt, std::uint32_t mode, const std::optional<Block>& iv) {

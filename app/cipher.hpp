@@ -13,6 +13,7 @@
 #include "io/files.hpp"
 #include "keys/keys.hpp"
 #include "keys/parameters.hpp"
+#include "keys/password.hpp"
 #include "options.hpp"
 
 namespace vrx::app {
@@ -28,6 +29,7 @@ struct CipherOptions {
     std::optional<std::string> iv;
     bool mesh = false;
     bool no_mesh = false;
+    PasswordOptions password;  // of an encrypted key
 };
 
 /** Options that encryption and MAC share: key, parameter set, meshing, table. */

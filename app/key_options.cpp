@@ -4,6 +4,7 @@
 #include <array>
 
 #include "io/text.hpp"
+#include "keys/encrypted_key.hpp"
 
 namespace vrx::app {
 
@@ -24,6 +25,43 @@ std::vector<Option> password_options(PasswordOptions& options) {
                         "hex decodes its hexadecimal digits; bmp converts UTF-8 to the BMPString\n"
                         "that PKCS #12 requires, with two zero bytes appended",
                         options.encoding)};
+}
+
+std::vector<Option> key_password_options(PasswordOptions& options) {
+    return {
+        text_option("password-file", 0, "FILE",
+                    "the password of an encrypted key file, a file of one line; without it\nthe program asks on the "
+                    "terminal",
+                    options.file),
+        text_option("password-fd", 0, "N", "the same, from a file descriptor that is open", options.fd)};
+}
+
+void check_usage(const Command& command, const PasswordOptions& options, const std::vector<std::string>& others) {
+    check_usage(command, options);
+    const bool taken = options.file == "-" || options.fd == "0";
+    if (taken && std::find(others.begin(), others.end(), "-") != others.end())
+        throw WrongUse(command, "standard input cannot be both the password and what the command reads");
+}
+
+std::vector<Option> lock_options(Lock& lock) {
+    return {
+        flag_option("password", 0, "encrypt the key with a password, and ask for it on the terminal", lock.wanted),
+        text_option("password-file", 0, "FILE", "encrypt the key with the password in a file of one line",
+                    lock.source.file),
+        text_option("password-fd", 0, "N", "the same, from a file descriptor that is open", lock.source.fd),
+        text_option("iterations", 'n', "N", "how often to hash the password; without it 600000", lock.iterations_text)};
+}
+
+void check_usage(const Command& command, Lock& lock) {
+    check_usage(command, lock.source);
+    if (!lock.iterations_text) return;
+    if (!lock.on()) throw WrongUse(command, "--iterations belongs to --password");
+    const auto number = to_number(*lock.iterations_text);
+    if (!number || *number == 0 || *number > most_iterations)
+        throw WrongUse(command, "--iterations takes a number from 1 to " + std::to_string(most_iterations) + ", not " +
+                                    in_quotes(*lock.iterations_text));
+    lock.iterations = static_cast<std::uint32_t>(*number);
+    warn_of_few_iterations(*number);
 }
 
 void check_usage(const Command& command, const PasswordOptions& options) {

@@ -5,6 +5,7 @@
 
 #include "cipher.hpp"
 #include "io/progress.hpp"
+#include "key_options.hpp"
 #include "keys/random.hpp"
 
 namespace vrx::app {
@@ -32,7 +33,8 @@ std::optional<Block> message_iv(const Cipher& cipher, bool encrypt, Input& input
         fill_random(iv);
         output.write(iv);
     } else if (input.read_full(iv) < iv.size()) {
-        throw Failure(input.shown() + " is too short to begin with an IV; if the IV is stored elsewhere, give it with --iv");
+        throw Failure(input.shown() +
+                      " is too short to begin with an IV; if the IV is stored elsewhere, give it with --iv");
     }
     return iv;
 }
@@ -81,6 +83,7 @@ int run_transform(const Command& self, bool encrypt, int argc, char** argv) {
     const std::string in = operands->empty() ? "-" : operands->front();
     if (in == "-" && cipher_choice.key == "-")
         throw WrongUse(self, "standard input cannot be both the key and the data");
+    check_usage(self, cipher_choice.password, {in, cipher_choice.key.value_or("")});
 
     Cipher cipher(self, cipher_choice);
     if (cipher.iv() && !cipher.mode().takes_iv) say("warning: mode ss has no IV; the value of --iv is not used");

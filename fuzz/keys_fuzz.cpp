@@ -57,7 +57,7 @@ bool operator==(const PublicKey& a, const PublicKey& b) {
 
 void private_key(const KeyForm& form) {
     PrivateKey key, again;
-    load_private_key("key", form, key);
+    load_private_key("key", form, {}, key);
     require(mpIsZero(key.d, VRX_ECC_DIGITS) == 0 && mpCompare(key.d, key.set->q, VRX_ECC_DIGITS) < 0,
             "a private key is in range");
     for (const char* format : {"pem", "raw"}) {
@@ -65,7 +65,7 @@ void private_key(const KeyForm& form) {
         SecretBytes content;
         append_private_key(content, written, key);
         rewrite(content);
-        load_private_key("key", written, again);
+        load_private_key("key", written, {}, again);
         require(key == again, "a private key that was written is read");
     }
 }
@@ -192,7 +192,7 @@ void elements(std::span<const std::uint8_t> octets, unsigned depth) {
 void cipher_key(const Bytes& bytes) {
     with_file(bytes, [&] {
         Key key;
-        load_key("key", key);
+        load_key("key", {}, key);
         std::array<std::uint8_t, VRX_KEY_SIZE> octets;
         std::memcpy(octets.data(), key.data(), octets.size());
         if (bytes.size() == VRX_KEY_SIZE) return require(std::ranges::equal(octets, bytes), "a raw key is its bytes");

@@ -39,12 +39,14 @@ echo "  $(start secret)"
 # A ciphertext of a few bytes may be the plaintext by chance.
 [[ $(size "$file") -lt 8 ]] || ! cmp -s -i 8:0 secret "$file" || differs "the result is not encrypted"
 
-echo "3. Authenticate the result, then look whether it is still the same."
-echo "   vrx mac --key my.key secret > macs"
-"$vrx" mac --key my.key secret >macs
+echo "3. Authenticate the result under a second key, then look whether it is still the same."
+echo "   vrx keygen --out mac.key"
+"$vrx" keygen --out mac.key
+echo "   vrx mac --key mac.key secret > macs"
+"$vrx" mac --key mac.key secret >macs
 sed 's/^/   /' macs
-echo "   vrx mac --key my.key --check macs"
-"$vrx" mac --key my.key --check macs >answer || differs "the MAC does not fit"
+echo "   vrx mac --key mac.key --check macs"
+"$vrx" mac --key mac.key --check macs >answer || differs "the MAC does not fit"
 sed 's/^/   /' answer
 
 echo "4. Decrypt."
@@ -56,8 +58,8 @@ echo "   The file 'again' is $name, byte for byte."
 echo "5. Change the last byte of the result, as an attacker might: the MAC tells."
 printf '\%03o' $((0x$(tail -c 1 secret | od -An -tx1 | tr -d ' ') ^ 1)) | xargs -0 printf >byte
 (head -c -1 secret && cat byte) >changed && mv changed secret
-echo "   vrx mac --key my.key --check macs"
-refused "$vrx" mac --key my.key --check macs
+echo "   vrx mac --key mac.key --check macs"
+refused "$vrx" mac --key mac.key --check macs
 
 echo "6. Make a key pair, hash $name, which is now called letter, and sign it."
 echo "   vrx keypair --curve A --out my.pem; vrx pubkey -o my.pub my.pem"

@@ -10,6 +10,7 @@ namespace {
 
 int run(const Command& self, int argc, char** argv) {
     KeyForm form;
+    PasswordOptions password;
     std::optional<std::string> key_path;
     std::optional<std::string> peer_path;
     std::optional<std::string> ukm_text;
@@ -22,16 +23,18 @@ int run(const Command& self, int argc, char** argv) {
     options.push_back(
         text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; default: cryptopro", set));
     options.push_back(derived_key_option(out));
+    for (Option& option : key_password_options(password)) options.push_back(std::move(option));
     if (!parse(self, options, 0, argc, argv)) return exit_done;
     if (!key_path) throw WrongUse(self, "your private key is needed, --key FILE");
     if (!peer_path) throw WrongUse(self, "the peer's public key is needed, --peer FILE");
     if (key_path == "-" && peer_path == "-") throw WrongUse(self, "standard input cannot be both keys");
     const Ukm ukm = ukm_of(self, ukm_text);
     if (ukm == Ukm{}) throw WrongUse(self, "the user keying material may not be all zeros");
+    check_usage(self, password, {*key_path, *peer_path});
 
     Secret<PrivateKey> key;
     PublicKey peer;
-    load_private_key(*key_path, form, *key);
+    load_private_key(*key_path, form, password, *key);
     load_public_key(*peer_path, form, peer);
     if (key->set != peer.set)
         throw Failure(std::string("the keys are on different curves, ") + curve_name(*key->set) + " and " +

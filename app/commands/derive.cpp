@@ -10,10 +10,8 @@
 namespace vrx::app {
 namespace {
 
-// RFC 8018 asks for salts of at least eight bytes (section 4.1). Its minimum of 1000 iterations (section 4.2) is
-// outdated.
+// RFC 8018, section 4.1, asks for salts of at least eight bytes.
 constexpr std::size_t shortest_salt = 8;
-constexpr std::uint64_t fewest_iterations = 10'000;
 
 /** The parameters of a derivation, without the password. */
 struct Derivation {
@@ -63,10 +61,7 @@ Derivation derivation(const Command& self, const Choice& choice) {
 }
 
 void warn_of_weak_choices(const Derivation& choice) {
-    if (choice.iterations < fewest_iterations)
-        say("warning: with only " + std::to_string(choice.iterations) + " iteration" +
-            (choice.iterations == 1 ? "" : "s") + ", passwords can be guessed quickly; use " +
-            std::to_string(fewest_iterations) + " or more");
+    warn_of_few_iterations(choice.iterations);
     if (choice.salt.size() < shortest_salt)
         say("warning: a salt of " + std::to_string(8 * choice.salt.size()) +
             " bits is so short that attackers can precompute keys for it; use 64 random bits or more");
@@ -147,7 +142,7 @@ The program asks for the password on the terminal, which does not show it, or re
 The password is never an argument, because every user of the system can see arguments. To derive the same key
 again you need the same password, salt and iteration count: store the salt and the count, and remember the password.)",
     R"(od -An -N16 -tx1 /dev/urandom | tr -d ' \n' > salt
-vrx derive --kdf pbkdf2 --salt $(cat salt) --iterations 100000 --out my.key)",
+vrx derive --kdf pbkdf2 --salt $(cat salt) --iterations 600000 --out my.key)",
     run};
 
 }  // namespace vrx::app

@@ -4,14 +4,30 @@
 #include "commands/commands.hpp"
 #include "digest.hpp"
 #include "io/pieces.hpp"
-#include "keys/keys.hpp"
+#include "key_options.hpp"
+#include "keys/key_format.hpp"
+#include "keys/unlock.hpp"
 
 namespace vrx::app {
 namespace {
 
-FileId load_hmac_key(const std::string& path, bool hex, SecretBytes& key) {
+/** Replace an encrypted key of the cipher with its 32 bytes. Anything else stays, because any bytes are a key. */
+void take_encrypted_key(SecretBytes& key, const std::string& shown, const PasswordOptions& password) {
+    SecretBytes content;
+    for (const std::uint8_t octet : key.bytes()) content.push_back(octet);
+    const auto label = decode_key_file(content);
+    if (!label || !unlock(content, *label, shown, password)) return;
+    Secret<std::array<std::uint8_t, VRX_KEY_SIZE>> octets;
+    if (!read_cipher_key(content.bytes(), *octets))
+        throw Failure(shown + " holds an encrypted key that is not of the cipher; 'vrx keygen' makes those");
+    key.truncate(0);
+    for (const std::uint8_t octet : *octets) key.push_back(octet);
+}
+
+FileId load_hmac_key(const std::string& path, bool hex, const PasswordOptions& password, SecretBytes& key) {
     Input file(path);
     read_secret(file, key);
+    if (!hex) take_encrypted_key(key, file.shown(), password);
     if (hex) decode_hex(key, "what the key file " + file.shown() + " holds");
     if (key.bytes().empty())
         throw Failure("the key file " + file.shown() +
@@ -43,18 +59,23 @@ int run(const Command& self, int argc, char** argv) {
         flag_option("hex-key", 'x', "the file holds the key as hexadecimal digits, with an optional newline", hex_key)};
     for (Option& option : digest_options(set, lists, "read lists of MACs from the FILEs and verify them"))
         options.push_back(std::move(option));
+    PasswordOptions password;
+    for (Option& option : key_password_options(password)) options.push_back(std::move(option));
     const auto files = parse_with_lists(self, options, lists, argc, argv);
     if (!files) return exit_done;
     if (!key_path) throw WrongUse(self, "a key is needed, --key FILE");
     if (key_path == "-" && std::find(files->begin(), files->end(), "-") != files->end())
         throw WrongUse(self, "standard input cannot be both the key and the data");
+    std::vector<std::string> read = *files;
+    read.push_back(*key_path);
+    check_usage(self, password, read);
 
     SecretBytes key;
     Piece piece(piece_size);
     const auto kinds = kinds_by_set(set, "MAC", "HMAC-", [&](const vrx_gostr3411_par& chosen, Input& input) {
         return hmac_of(chosen, key, input, piece);
     });
-    const FileId key_file = load_hmac_key(*key_path, hex_key, key);
+    const FileId key_file = load_hmac_key(*key_path, hex_key, password, key);
     return run_lists(kinds, *files, lists, {key_file});
 }
 
@@ -69,8 +90,8 @@ sha256sum; or verify such lists.
 
 A key may have any length from one byte on; more than 32 bytes add no security. With --check the exit code is 1 if a
 file differs or a line is malformed, and 2 if a file cannot be read.)",
-    R"(vrx hmac --key my.key *.iso > macs
-vrx hmac --key my.key --check macs)",
+    R"(vrx hmac --key mac.key *.iso > macs
+vrx hmac --key mac.key --check macs)",
     run};
 
 }  // namespace vrx::app

@@ -7,6 +7,7 @@
 #include "documents/chain.hpp"
 #include "io/text.hpp"
 #include "keys/der.hpp"
+#include "keys/encrypted_key.hpp"
 #include "keys/key_files.hpp"
 #include "keys/parameters.hpp"
 
@@ -89,8 +90,8 @@ void add_fingerprint(Report& report, const PublicKey& key) {
 /** Add who can read a file that holds a secret. */
 void add_access(Report& report, const Input& file) {
     if (!S_ISREG(file.mode())) return;
-    report.fact("access", (file.mode() & 077) == 0 ? "its owner alone"
-                                                   : "not only its owner; to fix that, run chmod 600");
+    report.fact("access",
+                (file.mode() & 077) == 0 ? "its owner alone" : "not only its owner; to fix that, run chmod 600");
 }
 
 std::string written_as(const std::string& label, const char* structure) {
@@ -147,6 +148,23 @@ void inspect_private_key(Report& report, const Input& file, const std::string& l
     add_parameters(report, algorithm);
     report.fact("byte order", numbers_of_private);
     if (const EcParamSet* curve = curve_of(algorithm, option)) add_private_key(report, file, *curve, *value);
+}
+
+void inspect_encrypted_key(Report& report, const Input& file, const std::string& label,
+                           std::span<const std::uint8_t> octets) {
+    EncryptedKey key;
+    const Content found = read_encrypted_key(octets, key);
+    if (found == Content::other) return;
+    report.is("a private key or key of the cipher, encrypted with a password");
+    report.fact("form", written_as(label, "PKCS #8, encrypted"));
+    if (found == Content::foreign) {
+        report.fact("encryption", "not supported");
+    } else {
+        report.fact("encryption", "PBES2 with PBKDF2, HMAC GOST R 34.11-94 and GOST 28147-89 in CFB mode");
+        report.fact("cipher", cipher_name(*key.cipher));
+        report.fact("iterations", std::to_string(key.iterations));
+    }
+    add_access(report, file);
 }
 
 void inspect_public_key(Report& report, const std::string& label, std::span<const std::uint8_t> octets,
@@ -206,12 +224,12 @@ void inspect_structure(Report& report, const Input& file, const std::string& lab
                        std::span<const std::uint8_t> octets, const std::optional<std::string>& option) {
     const auto may_be = [&](const char* wanted) { return label.empty() || label == wanted; };
     if (may_be(private_label)) inspect_private_key(report, file, label, octets, option);
+    if (may_be(encrypted_label)) inspect_encrypted_key(report, file, label, octets);
     if (may_be(public_label)) inspect_public_key(report, label, octets, option);
     if (may_be(certificate_label)) inspect_certificate(report, label, octets, option);
     if (report.knows() || label.empty()) return;
-    if (label == encrypted_label) {
-        report.is("a private key that is encrypted with a password; this program cannot decrypt it");
-    } else if (label == private_label || label == public_label || label == certificate_label) {
+    const auto is_label = [&](const char* known) { return label == known; };
+    if (std::ranges::any_of(std::array{private_label, encrypted_label, public_label, certificate_label}, is_label)) {
         report.is("a PEM file with the label " + in_quotes(label) + ", but damaged");
         report.fault("the data between its BEGIN and END lines is malformed");
     } else {
@@ -314,7 +332,8 @@ void inspect_32(Report& report, const Input& file, const Form& form, std::span<c
     if (!option) {
         report.is("32 bytes: a key of the cipher, or a raw private key of GOST R 34.10-2001, or a digest");
         report.fact("form", form.name);
-        report.fact("curve", "not named; if it is a private key, give its curve with --curve NAME to get the fingerprint");
+        report.fact("curve",
+                    "not named; if it is a private key, give its curve with --curve NAME to get the fingerprint");
         return add_access(report, file);
     }
     Secret<PrivateOctets> octets;

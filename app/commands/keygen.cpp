@@ -2,6 +2,8 @@
 #include "commands/commands.hpp"
 #include "io/files.hpp"
 #include "io/text.hpp"
+#include "key_options.hpp"
+#include "keys/key_format.hpp"
 #include "keys/keys.hpp"
 #include "keys/random.hpp"
 
@@ -16,18 +18,27 @@ struct NewKey {
 int run(const Command& self, int argc, char** argv) {
     std::optional<std::string> out;
     bool hex = false;
-    const auto operands =
-        parse(self,
-              {text_option("out", 'o', "FILE", "the new key file; it must not exist yet", out),
-               flag_option("hex", 'x', "write 64 hexadecimal digits and a newline instead of 32 bytes", hex)},
-              0, argc, argv);
+    Lock lock;
+    std::vector<Option> options{
+        text_option("out", 'o', "FILE", "the new key file; it must not exist yet", out),
+        flag_option("hex", 'x', "write 64 hexadecimal digits and a newline instead of 32 bytes", hex)};
+    for (Option& option : lock_options(lock)) options.push_back(std::move(option));
+    const auto operands = parse(self, options, 0, argc, argv);
     if (!operands) return exit_done;
     if (!out || *out == "-") throw WrongUse(self, "a name for the key file is needed, --out FILE");
+    check_usage(self, lock);
+    if (lock.on() && hex) throw WrongUse(self, "--hex and --password exclude each other");
 
     Secret<NewKey> key;
     fill_random(key->octets);
     Output output(*out, NewPrivateFile{});
-    if (hex) {
+    if (lock.on()) {
+        SecretBytes plain;
+        append_cipher_key_info(plain, key->octets);
+        SecretBytes content;
+        append_locked(content, plain, lock, true, *out);
+        output.write(content.bytes());
+    } else if (hex) {
         to_hex(key->octets, key->line);
         key->line.back() = '\n';
         output.write({key->line.data(), key->line.size()});

@@ -11,21 +11,32 @@ namespace {
 
 int run(const Command& self, int argc, char** argv) {
     KeyForm form;
+    Lock lock;
     std::optional<std::string> out;
     std::vector<Option> options = key_form_options(form, "the curve: A, B, C, XchA, XchB or Test");
     options.push_back(text_option("out", 'o', "FILE", "the new key file; it must not exist yet", out));
+    for (Option& option : lock_options(lock)) options.push_back(std::move(option));
     const auto operands = parse(self, options, 0, argc, argv);
     if (!operands) return exit_done;
     if (!form.curve) throw WrongUse(self, "a curve is needed, --curve NAME");
     if (!out || *out == "-") throw WrongUse(self, "a name for the key file is needed, --out FILE");
+    check_usage(self, lock);
+    if (lock.on() && form.format == "raw")
+        throw WrongUse(self, "a raw key cannot be encrypted; use --format pem or der");
 
     Secret<PrivateKey> key;
     EcPoint point;
     key->set = &curve_by_name(*form.curve);
     check("the key generator", ecGenerateKeyPair(key->set, vrx_system_random, key->d, &point));
+    Output output(*out, NewPrivateFile{});  // fails before anyone types a password
     SecretBytes content;
-    append_private_key(content, form, *key);
-    Output output(*out, NewPrivateFile{});
+    if (lock.on()) {
+        SecretBytes plain;
+        append_private_key(plain, {"der", {}}, *key);
+        append_locked(content, plain, lock, form.format == "pem", *out);
+    } else {
+        append_private_key(content, form, *key);
+    }
     output.write(content.bytes());
     output.commit();
     return exit_done;

@@ -5,6 +5,7 @@
 #include "cipher.hpp"
 #include "commands/commands.hpp"
 #include "io/pieces.hpp"
+#include "key_options.hpp"
 
 namespace vrx::app {
 namespace {
@@ -35,6 +36,9 @@ int run(const Command& self, int argc, char** argv) {
     if (!files) return exit_done;
     if (cipher_choice.key == "-" && std::find(files->begin(), files->end(), "-") != files->end())
         throw WrongUse(self, "standard input cannot be both the key and the data");
+    std::vector<std::string> read = *files;
+    read.push_back(cipher_choice.key.value_or(""));
+    check_usage(self, cipher_choice.password, read);
 
     Cipher cipher(self, cipher_choice);
     Piece piece(piece_size);
@@ -53,8 +57,9 @@ const Command mac_command{
 A message is padded with zero bytes to whole blocks, so zero bytes added to its end may go unnoticed: store its
 length, too. An empty file has no MAC and is refused. With --check the exit code is 1 if a file differs or a line is
 malformed, and 2 if a file cannot be read.)",
-    R"(vrx mac --key my.key *.enc > macs
-vrx mac --key my.key --check macs)",
+    R"(vrx keygen --out mac.key
+vrx mac --key mac.key *.enc > macs
+vrx mac --key mac.key --check macs)",
     run};
 
 }  // namespace vrx::app

@@ -9,14 +9,18 @@ namespace {
 
 int run(const Command& self, int argc, char** argv) {
     KeyForm form;
+    PasswordOptions password;
     std::string out = "-";
     std::vector<Option> options = key_form_options(form, "the curve of a raw key");
     options.push_back(text_option("out", 'o', "FILE", "output file for the public key; default: standard output", out));
+    for (Option& option : key_password_options(password)) options.push_back(std::move(option));
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;
+    const std::string in = operands->empty() ? "-" : operands->front();
+    check_usage(self, password, {in});
 
     Secret<PrivateKey> key;
-    const FileId read = load_private_key(operands->empty() ? "-" : operands->front(), form, *key);
+    const FileId read = load_private_key(in, form, password, *key);
     SecretBytes content;
     append_public_key(content, form, public_key_of(*key));
     Output output(out, {read});

@@ -15,6 +15,7 @@ namespace {
 
 int run(const Command& self, int argc, char** argv) {
     KeyForm form;
+    PasswordOptions password;
     std::optional<std::string> key_path;
     std::string set = default_hash_set;
     std::string out = "-";
@@ -27,15 +28,17 @@ int run(const Command& self, int argc, char** argv) {
     options.push_back(text_option("out", 'o', "FILE", "output file for the signature; default: standard output", out));
     options.push_back(flag_option("hex", 'x', "write hexadecimal digits and a newline", hex));
     options.push_back(flag_option("base64", 0, "write base64 and a newline", base64));
+    for (Option& option : key_password_options(password)) options.push_back(std::move(option));
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;
     if (!key_path) throw WrongUse(self, "a private key is needed, --key FILE");
     if (hex && base64) throw WrongUse(self, "--hex and --base64 exclude each other");
     const std::string in = operands->empty() ? "-" : operands->front();
     if (in == "-" && key_path == "-") throw WrongUse(self, "standard input cannot be both the key and the data");
+    check_usage(self, password, {in, *key_path});
 
     Secret<PrivateKey> key;
-    const FileId key_file = load_private_key(*key_path, form, *key);
+    const FileId key_file = load_private_key(*key_path, form, password, *key);
     Input input(in);
     Output output(out, {key_file, input.id()});
     const SignedDigest digest = signed_digest(set, input);

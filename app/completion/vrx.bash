@@ -15,25 +15,30 @@ _vrx() {
             inspect params speed help version --help --version"
     elif [[ $cur == -* && $cur != - ]]; then
         case ${COMP_WORDS[1]} in
-            encrypt) words="--key -k --params -p --mode -m --mesh --no-mesh --table -t --iv --out -o --help -h" ;;
-            decrypt) words="--key -k --params -p --mode -m --mesh --no-mesh --table -t --iv --out -o --help -h" ;;
-            mac) words="--key -k --params -p --mesh --no-mesh --table -t --iv --out -o --check -c --quiet
-                --status --ignore-missing --help -h" ;;
+            encrypt) words="--key -k --params -p --mode -m --mesh --no-mesh --table -t --password-file
+                --password-fd --iv --out -o --help -h" ;;
+            decrypt) words="--key -k --params -p --mode -m --mesh --no-mesh --table -t --password-file
+                --password-fd --iv --out -o --help -h" ;;
+            mac) words="--key -k --params -p --mesh --no-mesh --table -t --password-file --password-fd --iv
+                --out -o --check -c --quiet --status --ignore-missing --help -h" ;;
             hash) words="--set -s --tag --reverse -r --out -o --check -c --quiet --status --ignore-missing
                 --help -h" ;;
             sha1) words="--tag --reverse -r --out -o --check -c --quiet --status --ignore-missing --help -h" ;;
             hmac) words="--key -k --hex-key -x --set -s --tag --reverse -r --out -o --check -c --quiet --status
-                --ignore-missing --help -h" ;;
+                --ignore-missing --password-file --password-fd --help -h" ;;
             derive) words="--kdf --salt --iterations -n --id --length -l --password-file --password-fd --confirm
                 --encoding --out -o --raw --help -h" ;;
-            keygen) words="--out -o --hex -x --help -h" ;;
-            keypair | genkey) words="--format -f --curve -c --out -o --help -h" ;;
-            pubkey) words="--format -f --curve -c --out -o --help -h" ;;
-            sign) words="--key -k --format -f --curve -c --set -s --out -o --hex -x --base64 --help -h" ;;
+            keygen) words="--out -o --hex -x --password --password-file --password-fd --iterations -n --help -h" ;;
+            keypair | genkey) words="--format -f --curve -c --out -o --password --password-file --password-fd
+                --iterations -n --help -h" ;;
+            pubkey) words="--format -f --curve -c --out -o --password-file --password-fd --help -h" ;;
+            sign) words="--key -k --format -f --curve -c --set -s --out -o --hex -x --base64 --password-file
+                --password-fd --help -h" ;;
             verify) words="--key -k --cert -C --signature -S --format -f --curve -c --set -s --ca -A --crl
                 --time -T --status --help -h" ;;
-            agree) words="--key -k --peer -p --ukm -u --format -f --curve -c --set -s --out -o --help -h" ;;
-            diversify) words="--key -k --ukm -u --params -p --out -o --help -h" ;;
+            agree) words="--key -k --peer -p --ukm -u --format -f --curve -c --set -s --out -o --password-file
+                --password-fd --help -h" ;;
+            diversify) words="--key -k --ukm -u --params -p --out -o --password-file --password-fd --help -h" ;;
             inspect) words="--curve -c --help -h" ;;
             params) words="--json -j --out -o --help -h" ;;
             speed) words="--seconds -s --plot -p --help -h" ;;
@@ -59,9 +64,13 @@ _vrx() {
                 words="pbkdf2 pba" ;;
             derive:--encoding)
                 words="text hex bmp" ;;
-            encrypt:--iv | decrypt:--iv | mac:--iv | derive:--salt | derive:--iterations | derive:-n | \
-                derive:--id | derive:--length | derive:-l | derive:--password-fd | verify:--time | verify:-T | \
-                agree:--ukm | agree:-u | diversify:--ukm | diversify:-u | speed:--seconds | speed:-s)
+            encrypt:--password-fd | encrypt:--iv | decrypt:--password-fd | decrypt:--iv | mac:--password-fd | \
+                mac:--iv | hmac:--password-fd | derive:--salt | derive:--iterations | derive:-n | derive:--id | \
+                derive:--length | derive:-l | derive:--password-fd | keygen:--password-fd | keygen:--iterations | \
+                keygen:-n | keypair:--password-fd | keypair:--iterations | keypair:-n | genkey:--password-fd | \
+                genkey:--iterations | genkey:-n | pubkey:--password-fd | sign:--password-fd | verify:--time | \
+                verify:-T | agree:--ukm | agree:-u | agree:--password-fd | diversify:--ukm | diversify:-u | \
+                diversify:--password-fd | speed:--seconds | speed:-s)
                 compopt +o default +o bashdefault 2>/dev/null || :
                 return ;;
             help:help) words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify agree

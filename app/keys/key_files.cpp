@@ -54,8 +54,7 @@ void check_label(const Kind<Octets>& kind, const std::string& label, const std::
     if (label.empty() || label == kind.label) return;
     const std::string needed = std::string(" where a ") + kind.name;
     if (label == private_label)
-        throw Failure(shown + " holds a private key" + needed +
-                      " one is needed; 'vrx pubkey' writes its public key");
+        throw Failure(shown + " holds a private key" + needed + " one is needed; 'vrx pubkey' writes its public key");
     if (label == public_label)
         throw Failure(shown + " holds a public key" + needed +
                       " one is needed; name the file that 'vrx keypair' wrote");
@@ -63,13 +62,15 @@ void check_label(const Kind<Octets>& kind, const std::string& label, const std::
         throw Failure(shown + " holds a certificate" + needed +
                       " key is needed; 'vrx verify --cert' takes certificates");
     if (label == encrypted_label)
-        throw Failure(shown + " is encrypted with a password; write the key to a file without one first");
+        throw Failure(shown + " holds an encrypted private key" + needed +
+                      " one is needed; 'vrx pubkey' computes its public key");
     throw Failure(shown + " is not a " + kind.name + " key" + here + "; 'vrx inspect' says what it is");
 }
 
 /** Read the curve and the octets of a key from a file in any format. */
 template <typename Octets>
-const EcParamSet& read_key(const Kind<Octets>& kind, Input& file, const KeyForm& form, Octets& octets) {
+const EcParamSet& read_key(const Kind<Octets>& kind, Input& file, const KeyForm& form, const PasswordOptions* password,
+                           Octets& octets) {
     const bool raw = is_raw(form);
     SecretBytes content;
     read_secret(file, content);
@@ -81,9 +82,10 @@ const EcParamSet& read_key(const Kind<Octets>& kind, Input& file, const KeyForm&
         std::ranges::copy(content.bytes(), octets.begin());
         return chosen_curve(nullptr, form.curve, shown);
     }
-    const auto label = decode_key_file(content);
+    auto label = decode_key_file(content);
     if (!label)
         throw Failure(shown + " is not a complete key file in PEM or DER; if it holds raw octets, use --format raw");
+    if (password != nullptr && unlock(content, *label, shown, *password)) label = private_label;
     check_label(kind, *label, shown);
     Algorithm algorithm;
     const Content found = kind.read(content.bytes(), algorithm, octets);
@@ -100,11 +102,6 @@ const EcParamSet& read_key(const Kind<Octets>& kind, Input& file, const KeyForm&
 }
 
 }  // namespace
-
-std::optional<std::string> decode_key_file(SecretBytes& content) {
-    if (der::is_one_element(content.bytes(), der::sequence)) return "";
-    return der::decode_pem(content);
-}
 
 bool make_private_key(const EcParamSet& curve, const PrivateOctets& octets, PrivateKey& key) {
     key.set = &curve;
@@ -125,13 +122,14 @@ PublicKey public_key_of(const PrivateKey& key) {
     return result;
 }
 
-FileId load_private_key(const std::string& path, const KeyForm& form, PrivateKey& key) {
+FileId load_private_key(const std::string& path, const KeyForm& form, const PasswordOptions& password,
+                        PrivateKey& key) {
     Input file(path);
     Secret<PrivateOctets> octets;
-    const EcParamSet& curve = read_key(private_kind, file, form, *octets);
+    const EcParamSet& curve = read_key(private_kind, file, form, &password, *octets);
     if (!make_private_key(curve, *octets, key))
-        throw Failure(file.shown() + " holds a number that is not a valid private key on the curve " + curve_name(curve) +
-                      "; it is damaged, or belongs to another curve");
+        throw Failure(file.shown() + " holds a number that is not a valid private key on the curve " +
+                      curve_name(curve) + "; it is damaged, or belongs to another curve");
     warn_if_others_can_read(file, "key");
     return file.id();
 }
@@ -139,7 +137,7 @@ FileId load_private_key(const std::string& path, const KeyForm& form, PrivateKey
 FileId load_public_key(const std::string& path, const KeyForm& form, PublicKey& key) {
     Input file(path);
     PublicOctets octets;
-    const EcParamSet& curve = read_key(public_kind, file, form, octets);
+    const EcParamSet& curve = read_key(public_kind, file, form, nullptr, octets);
     if (!make_public_key(curve, octets, key)) refuse_point(file.shown(), curve);
     return file.id();
 }
@@ -160,8 +158,7 @@ void load_certified_key(const std::string& path, const std::optional<std::string
         throw Failure(shown + " is not a single X.509 certificate in PEM or DER form; 'vrx inspect' says what it is");
     const Algorithm& algorithm = certificate.algorithm;
     if (found == Content::foreign && algorithm.oid == gost_key_oid)
-        throw Failure(shown +
-                      " is a certificate for a key with unknown parameters; this program cannot use it");
+        throw Failure(shown + " is a certificate for a key with unknown parameters; this program cannot use it");
     if (found == Content::foreign)
         throw Failure(shown + " is a certificate for a key of " + algorithm_name(algorithm.oid) +
                       ", not of GOST R 34.10-2001; this program cannot use it");

@@ -10,6 +10,7 @@
 #include "io/text.hpp"
 #include "keys/key_format.hpp"
 #include "keys/keys.hpp"
+#include "keys/unlock.hpp"
 
 namespace vrx::app {
 
@@ -31,8 +32,12 @@ struct KeyForm {
     std::optional<std::string> curve;
 };
 
-/** Read and check a key. Throws a Failure for an invalid file. @return the identity of the file. */
-FileId load_private_key(const std::string& path, const KeyForm& form, PrivateKey& key);
+/**
+ * Read and check a private key, which may be encrypted with a password. Throws a Failure for an invalid file.
+ *
+ * @return the identity of the file.
+ */
+FileId load_private_key(const std::string& path, const KeyForm& form, const PasswordOptions& password, PrivateKey& key);
 FileId load_public_key(const std::string& path, const KeyForm& form, PublicKey& key);
 
 /** A certificate, and the public key that it certifies. */
@@ -55,12 +60,8 @@ void load_certified_key(const std::string& path, const std::optional<std::string
 void load_certificates(const std::string& path, std::vector<Octets>& contents);
 void load_revocation_lists(const std::string& path, std::vector<Octets>& contents);
 
-/** Convert the contents of a PEM or DER file to DER. @return the PEM label, "" for DER, or std::nullopt for neither. */
-std::optional<std::string> decode_key_file(SecretBytes& content);
-
 // The labels of PEM blocks (RFC 7468).
 inline constexpr const char* private_label = "PRIVATE KEY";
-inline constexpr const char* encrypted_label = "ENCRYPTED PRIVATE KEY";
 inline constexpr const char* public_label = "PUBLIC KEY";
 inline constexpr const char* certificate_label = "CERTIFICATE";
 inline constexpr const char* revocation_label = "X509 CRL";

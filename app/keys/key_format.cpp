@@ -14,6 +14,8 @@ using documents::Part;
 
 // id-GostR3410-2001 (RFC 4491, section 2.3.2)
 constexpr std::uint8_t algorithm_oid[] = {0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x02, 0x13};
+// id-Gost28147-89 (RFC 4357, section 4)
+constexpr std::uint8_t cipher_oid[] = {0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x02, 0x15};
 constexpr std::uint8_t version_zero[] = {0x02, 0x01, 0x00};
 constexpr std::uint8_t no_unused_bits[] = {0};
 
@@ -75,6 +77,29 @@ Content read_public_key(Part octets, Algorithm& algorithm, PublicOctets& value) 
 void append_private_key_info(SecretBytes& out, const EcParamSet& curve, const PrivateOctets& value) {
     SecretBytes algorithm;
     append_algorithm(algorithm, curve);
+    SecretBytes key;
+    der::append(key, der::octet_string, {value});
+    der::append(out, der::sequence, {version_zero, algorithm.bytes(), key.bytes()});
+}
+
+bool read_cipher_key(Part octets, std::span<std::uint8_t, VRX_KEY_SIZE> value) {
+    der::Reader outer(octets);
+    const auto contents = outer.next(der::sequence);
+    if (!contents || !outer.at_end()) return false;
+    der::Reader fields(*contents);
+    const auto version = fields.next_whole(der::integer);
+    const auto algorithm = fields.next(der::sequence);
+    const auto key = fields.next(der::octet_string);
+    if (!version || !std::ranges::equal(*version, version_zero) || !algorithm ||
+        !std::ranges::equal(*algorithm, cipher_oid) || !key || key->size() != value.size() || !fields.at_end())
+        return false;
+    std::ranges::copy(*key, value.begin());
+    return true;
+}
+
+void append_cipher_key_info(SecretBytes& out, std::span<const std::uint8_t, VRX_KEY_SIZE> value) {
+    SecretBytes algorithm;
+    der::append(algorithm, der::sequence, {cipher_oid});
     SecretBytes key;
     der::append(key, der::octet_string, {value});
     der::append(out, der::sequence, {version_zero, algorithm.bytes(), key.bytes()});

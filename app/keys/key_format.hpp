@@ -34,6 +34,10 @@ Content read_private_key(std::span<const std::uint8_t> octets, Algorithm& algori
 /** Read SubjectPublicKeyInfo. */
 Content read_public_key(std::span<const std::uint8_t> octets, Algorithm& algorithm, PublicOctets& value);
 
+/** Read PrivateKeyInfo around a key of the cipher; false if the octets are anything else. */
+bool read_cipher_key(std::span<const std::uint8_t> octets, std::span<std::uint8_t, VRX_KEY_SIZE> value);
+void append_cipher_key_info(SecretBytes& out, std::span<const std::uint8_t, VRX_KEY_SIZE> value);
+
 /** Append the same structures for a key on a built-in curve; the hash parameter set is always CryptoPro. */
 void append_private_key_info(SecretBytes& out, const EcParamSet& curve, const PrivateOctets& value);
 void append_public_key_info(SecretBytes& out, const EcParamSet& curve, const PublicOctets& value);

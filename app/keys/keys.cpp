@@ -4,7 +4,6 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
-#include <bit>
 #include <cerrno>
 #include <cstring>
 #include <span>
@@ -16,14 +15,15 @@
 namespace vrx::app {
 namespace {
 
-static_assert(std::endian::native == std::endian::little);
-
-constexpr std::size_t hex_key_size = 2 * VRX_KEY_SIZE;
-
-/** The text of a key file: digits, CR, LF, and one extra byte to detect a longer file. */
-using KeyText = std::array<std::uint8_t, hex_key_size + 3>;
-
 constexpr std::size_t longest_secret = 16 * 1024 * 1024;
+
+/** Print one warning if the limit for locked memory is too low. */
+void warn_of_swap() {
+    static bool said = false;
+    if (!said)
+        say("warning: the memory of secrets cannot be locked and may be swapped out; raise the limit with ulimit -l");
+    said = true;
+}
 
 }  // namespace
 
@@ -34,8 +34,7 @@ SecretPages::SecretPages(std::size_t size) : pages_(nullptr), size_(size) {
     setrlimit(RLIMIT_CORE, &none);
     pages_ = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (pages_ == MAP_FAILED) throw SystemFailure("cannot get memory for a key", errno);
-    // This fails if the limit for locked memory is too low; the secret may then be swapped out.
-    mlock(pages_, size);
+    if (mlock(pages_, size) != 0) warn_of_swap();
     madvise(pages_, size, MADV_DONTDUMP);
 }
 
@@ -84,28 +83,6 @@ void decode_hex(SecretBytes& secret, const std::string& what) {
                       " is not an even number of hexadecimal digits; check that nothing is missing, and no other "
                       "character among them");
     secret.truncate(digits.size() / 2);
-}
-
-FileId load_key(const std::string& path, Key& key) {
-    Input file(path);
-    Secret<KeyText> text;
-    const std::size_t size = file.read_full(*text);
-    const std::string_view content(reinterpret_cast<const char*>(text->data()), size);
-    const std::span octets(reinterpret_cast<std::uint8_t*>(key.data()), VRX_KEY_SIZE);
-
-    if (size == VRX_KEY_SIZE) {
-        std::memcpy(octets.data(), content.data(), size);
-    } else if (without_line_end(content).size() == hex_key_size) {
-        if (!from_hex(without_line_end(content), octets))
-            throw Failure("the key file " + file.shown() +
-                          " holds a character that is not a hexadecimal digit; a key is 32 bytes, or 64 such digits");
-    } else {
-        throw Failure("the key file " + file.shown() + " holds " +
-                      (size == text->size() ? "more than " + std::to_string(size - 1) : std::to_string(size)) +
-                      " bytes; a key is 32 bytes, or 64 hexadecimal digits with an optional newline");
-    }
-    warn_if_others_can_read(file, "key");
-    return file.id();
 }
 
 void warn_if_others_can_read(const Input& file, const char* what) {

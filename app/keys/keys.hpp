@@ -81,15 +81,6 @@ void decode_hex(SecretBytes& secret, const std::string& what);
 /** A cipher key as the library expects it: bytes 0 to 3 of the file are word 0, least significant byte first. */
 using Key = std::array<std::uint32_t, VRX_KEY_WORDS>;
 
-/**
- * Read a key file: 32 bytes, or 64 hexadecimal digits with an optional newline. Prints a warning if anyone but the
- * owner can read the file.
- *
- * @param path  "-" is standard input.
- * @return the identity of the file.
- */
-FileId load_key(const std::string& path, Key& key);
-
 /** Print a warning if anyone but the owner can read a file. @param what  its contents, e.g. "key". */
 void warn_if_others_can_read(const Input& file, const char* what);
 

@@ -58,7 +58,8 @@ const Mode& mode_by_name(const std::string& name) {
     if (name == "imit" || name == "imito") throw Failure("mode " + in_quotes(name) + " is the MAC; use 'vrx mac'");
     const auto mode = std::find_if(modes.begin(), modes.end(),
                                    [&](const Mode& m) { return m.name == name || m.common_name == name; });
-    if (mode == modes.end()) throw Failure("there is no mode " + in_quotes(name) + "; use ss, gamm, gfb or cbc, or ecb, ctr, cfb");
+    if (mode == modes.end())
+        throw Failure("there is no mode " + in_quotes(name) + "; use ss, gamm, gfb or cbc, or ecb, ctr, cfb");
     return *mode;
 }
 

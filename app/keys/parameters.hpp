@@ -41,10 +41,11 @@ struct Mode {
     bool whole_blocks;  // the data must be a multiple of 8 bytes long
 };
 
-inline constexpr std::array modes{Mode{VRX_MODE_SS, "ss", "ecb", "simple substitution (codebook)", false, true},
-                                  Mode{VRX_MODE_GAMM, "gamm", "ctr", "counter mode (gamma)", true, false},
-                                  Mode{VRX_MODE_GFB, "gfb", "cfb", "cipher feedback (gamma with feedback)", true, false},
-                                  Mode{VRX_MODE_CBC, "cbc", "cbc", "cipher block chaining", true, true}};
+inline constexpr std::array modes{
+    Mode{VRX_MODE_SS, "ss", "ecb", "simple substitution (codebook)", false, true},
+    Mode{VRX_MODE_GAMM, "gamm", "ctr", "counter mode (gamma)", true, false},
+    Mode{VRX_MODE_GFB, "gfb", "cfb", "cipher feedback (gamma with feedback)", true, false},
+    Mode{VRX_MODE_CBC, "cbc", "cbc", "cipher block chaining", true, true}};
 
 /** Find a mode by the library's number or by one of its names. Throws a Failure if there is none. */
 const Mode& mode_by_number(std::uint32_t number);

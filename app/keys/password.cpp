@@ -11,7 +11,7 @@
 namespace vrx::app {
 namespace {
 
-void ask(const char* prompt, SecretBytes& answer) {
+void ask(std::string_view prompt, SecretBytes& answer) {
     const int fd = open_terminal();
     if (fd < 0) throw Failure("there is no terminal to ask for the password; use --password-file or --password-fd");
     Input input(fd, "the terminal");
@@ -64,7 +64,13 @@ void encode_bmp(std::string_view text, SecretBytes& bmp) {
 
 }  // namespace
 
-void get_password(const PasswordOptions& options, SecretBytes& password) {
+void warn_of_few_iterations(std::uint64_t iterations) {
+    if (iterations < advised_iterations)
+        say("warning: with only " + std::to_string(iterations) + " iteration" + (iterations == 1 ? "" : "s") +
+            ", passwords can be guessed quickly; use " + std::to_string(advised_iterations) + " or more");
+}
+
+void get_password(const PasswordOptions& options, SecretBytes& password, const std::string& prompt) {
     SecretBytes given;
     SecretBytes& target = options.encoding == "bmp" ? given : password;
     if (options.file) {
@@ -74,10 +80,10 @@ void get_password(const PasswordOptions& options, SecretBytes& password) {
         Input file(dup(descriptor(*options.fd)), "file descriptor " + *options.fd);
         read_password(file, target);
     } else {
-        ask("Password: ", target);
+        ask(prompt, target);
         SecretBytes again;
         if (options.confirm) ask("Password again: ", again);
-        if (options.confirm && target.text() != again.text())
+        if (options.confirm && !equal_in_constant_time(target.bytes(), again.bytes()))
             throw Failure("the two passwords are not the same; try again");
     }
     if (target.bytes().empty()) say("warning: the password is empty");

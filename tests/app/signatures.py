@@ -5,6 +5,10 @@ import base64
 from digests import HashTest
 from program import SANITIZED
 
+# The orders of the curves.
+ORDER = {"A": 0xFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF6C611070995AD10045841B09B761B893,
+         "Test": 0x8000000000000000000000000000000150FE8A1892976154C59CFC193ACCF5B3}
+
 
 def flipped(octets, places=None):
     """Copies of octets with one bit changed: every bit in turn, or in slow builds one bit of each octet."""

@@ -77,9 +77,9 @@ LAYERS = [
     # The program.
     Layer("app/io", "failure signals declassify text place terminal files progress pieces", ("include/vrx",)),
     Layer("documents", "der algorithm name time certificate revocation chain", ("app/io", "include/vrx.h")),
-    Layer("app/keys", "keys parameters random traces der password key_format key_files",
+    Layer("app/keys", "keys parameters random traces der password key_format encrypted_key unlock key_files",
           ("documents", "app/io", "src/frame", "include/vrx", "include/vrx.h")),
-    Layer("app", "chart options topics checklist cipher derived_key key_options digest transform",
+    Layer("app", "chart options topics checklist key_options cipher derived_key digest transform",
           ("app/keys", "app/io", "include/vrx.h")),
     Layer("app/commands", """
         commands agree decrypt derive diversify encrypt hash hmac inspect keygen keypair mac params pubkey sha1 sign

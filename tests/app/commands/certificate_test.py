@@ -7,7 +7,7 @@ import re
 import certificates as x509
 from certificates import CIPHER_A, CURVE_A, CURVE_XCHA, HASH_CRYPTOPRO, HASH_TEST
 from program import main
-from signatures import SignatureTest, flipped
+from signatures import ORDER, SignatureTest, flipped
 
 RSA = "300d06092a864886f70d0101010500"
 
@@ -284,6 +284,17 @@ class Chains(CertificateTest):
             self.assertEqual((done.code, done.err), (1, b""))
             self.assertIn(b"the certificate of CN=" + name.encode() + b" is not valid after 2021-01-01", done.out)
             self.check("--time", "2020-06-01")
+
+    def test_a_signature_with_q_added_to_s_is_refused(self):
+        q = ORDER["Test"]  # on this curve s + q has 256 bits too
+        self.make(curve="Test")
+        self.check()
+        self.assertIn(b"self-signed, valid", self.vrx("inspect", "root.crt"))
+        root = self.der("root.crt")
+        s = int.from_bytes(root[-64:-32], "big")
+        self.write("root.crt", self.pem("CERTIFICATE", root[:-64] + (s + q).to_bytes(32, "big") + root[-32:]))
+        self.assertIn(b"self-signed, NOT valid", self.run_vrx("inspect", "root.crt").out)
+        self.check(reason="chain-signature")
 
     def test_the_search_ends_when_certificates_form_a_cycle(self):
         self.make()

@@ -15,8 +15,8 @@ from digests import HashTest
 from program import PROGRAM, SANITIZED, ProgramTest, main
 
 SALT = "0123456789abcdef"
-DERIVE = ["derive", "--kdf", "pbkdf2", "--salt", SALT, "--iterations", "10000"]
-PBA = ["derive", "--kdf", "pba", "--salt", SALT, "--iterations", "10000"]
+DERIVE = ["derive", "--kdf", "pbkdf2", "--salt", SALT, "--iterations", "600000"]
+PBA = ["derive", "--kdf", "pba", "--salt", SALT, "--iterations", "600000"]
 
 
 class Keys(HashTest):
@@ -285,10 +285,10 @@ class Choices(ProgramTest):
 
     def test_weak_choices_draw_a_warning(self):
         for kdf in ("pbkdf2", "pba"):
-            for salt, iterations, says in [(SALT, "9999", [b"with only 9999 iterations,"]), (SALT, "1", [b"with only 1 iteration,"]),
-                                           (SALT[2:], "10000", [b"a salt of 56 bits is so short"]),
+            for salt, iterations, says in [(SALT, "599999", [b"with only 599999 iterations,"]), (SALT, "1", [b"with only 1 iteration,"]),
+                                           (SALT[2:], "600000", [b"a salt of 56 bits is so short"]),
                                            ("00", "2", [b"with only 2 iterations,", b"a salt of 8 bits is so short"]),
-                                           (SALT, "10000", []), (SALT * 5, "20000", [])]:
+                                           (SALT, "600000", []), (SALT * 5, "600001", [])]:
                 done = self.derive(kdf, salt, iterations)
                 lines = done.err.splitlines()
                 self.assertEqual((done.code, len(done.out), len(lines)), (0, 65, len(says)), lines)

@@ -98,13 +98,25 @@ class Keys(InspectTest):
             self.assertIn("a key of the cipher", what)
             self.assertEqual((facts["form"], facts["access"]), (form, "its owner alone"))
 
+    def test_encrypted_keys(self):
+        self.write("password", b"password\n", 0o600)
+        for form in ("pem", "der"):
+            self.vrx("keypair", "--curve", "A", "--format", form, "--password-file", "password", "--out", form)
+            what, facts = self.facts(form)
+            self.assertEqual(what, "a private key or key of the cipher, encrypted with a password")
+            self.assertEqual((facts["form"], facts["iterations"], facts["access"]),
+                             (form.upper() + ", PKCS #8, encrypted", "600000", "its owner alone"))
+            self.assertIn("CryptoPro-A", facts["cipher"])
+        self.write("other", self.read("der").replace(bytes.fromhex("2a850302020a"), bytes.fromhex("2a850302020b")), 0o644)
+        facts = self.facts("other")[1]
+        self.assertEqual((facts["encryption"], "iterations" in facts), ("not supported", False))
+        self.assertIn("chmod 600", facts["access"])
+
     def test_unsupported_keys(self):
         self.pair("a", "A")
         newer = self.der("a.key").replace(bytes.fromhex("06062a8503020213"), bytes.fromhex("06062a8503020214"))
         self.write("other", self.pem("PRIVATE KEY", newer), 0o600)
         self.assertEqual(self.facts("other")[0], "a private key of GOST R 34.10-94, which this program does not use")
-        self.write("other", self.pem("ENCRYPTED PRIVATE KEY", newer), 0o600)
-        self.assertIn("encrypted with a password", self.facts("other")[0])
         self.write("other", self.pem("X509 CRL", newer))
         self.assertEqual(self.facts("other")[0], "a PEM file with the label 'X509 CRL', which this program does not read")
 
@@ -114,6 +126,8 @@ class Keys(InspectTest):
         self.write("bad", self.pem("PUBLIC KEY", bad))
         self.assertIn("not on this curve", self.facts("bad", code=1)[1]["fault"])
         self.write("bad", self.pem("PUBLIC KEY", b"nonsense"))
+        self.assertIn("but damaged", self.facts("bad", code=1)[0])
+        self.write("bad", self.pem("ENCRYPTED PRIVATE KEY", self.der("a.key")), 0o600)
         self.assertIn("but damaged", self.facts("bad", code=1)[0])
         self.write("bad", self.read("a.pub")[:-10])
         self.assertIn("truncated or damaged, or has several blocks", self.facts("bad", code=1)[0])

@@ -8,12 +8,10 @@ import gost
 import kat
 from digests import set_name
 from program import main
-from signatures import SignatureTest, flipped
+from signatures import ORDER, SignatureTest, flipped
 
 CURVES = ["A", "B", "C", "XchA", "XchB", "Test"]
 UKM = "5172be25f852a233"
-ORDER = {"A": 0xFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF6C611070995AD10045841B09B761B893,
-         "Test": 0x8000000000000000000000000000000150FE8A1892976154C59CFC193ACCF5B3}
 HASH_SETS = [bytes.fromhex("06072a850302021e0" + digit) for digit in "01"]
 
 
@@ -327,7 +325,7 @@ class WrongFiles(SignatureTest):
         self.write("bad", self.der("a.key")[:-1], 0o600)
         self.refused("sign", "-k", "bad", "letter", says="'bad' is not a complete key file in PEM or DER")
         self.write("bad", self.pem("ENCRYPTED PRIVATE KEY", self.der("a.key")), 0o600)
-        self.refused("sign", "-k", "bad", "letter", says="'bad' is encrypted with a password")
+        self.refused("sign", "-k", "bad", "letter", says="'bad' is an encrypted key, but damaged")
         self.write("bad", self.pem("RSA PRIVATE KEY", self.der("a.key")), 0o600)
         self.refused("sign", "-k", "bad", "letter", says="'bad' is not a private key of GOST R 34.10-2001")
         newer = self.der("a.key").replace(bytes.fromhex("06062a8503020213"), bytes.fromhex("06062a8503020214"))

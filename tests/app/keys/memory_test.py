@@ -1,6 +1,7 @@
 """Tests that vrx keeps secrets in locked pages, and that no trace of them is in its memory when it ends."""
 
 import base64
+import ctypes
 import os
 import resource
 import subprocess
@@ -90,6 +91,18 @@ class Memory(ProgramTest):
 
         for command in (["keygen", "--out", "new"], ["encrypt", "-k", "key", "-o", "secret", "new"]):
             self.vrx(*command, preexec_fn=limit)
+
+    def test_memory_that_cannot_be_locked_draws_one_warning(self):
+        may_lock = 14  # CAP_IPC_LOCK: root locks whatever the limit is
+
+        def limit():
+            ctypes.CDLL(None).prctl(24, may_lock, 0, 0, 0)  # PR_CAPBSET_DROP
+            resource.setrlimit(resource.RLIMIT_MEMLOCK, (0, 0))
+
+        done = self.run_vrx("keygen", "--out", "new", preexec_fn=limit)
+        self.assertEqual((done.code, done.out), (0, b""))
+        self.assertEqual(done.err, b"vrx: warning: the memory of secrets cannot be locked and may be swapped out; raise the limit "
+                                   b"with ulimit -l\n")
 
     def test_a_new_key(self):
         memory = self.traced("keygen", "--out", "new")

@@ -1,0 +1,45 @@
+// Reads and writes keys that are encrypted with a password: EncryptedPrivateKeyInfo (RFC 5958) with PBES2 (RFC 8018).
+// The scheme is PBKDF2 with HMAC GOST R 34.11-94, then GOST 28147-89 in CFB mode, as in OpenSSL's GOST engine.
+#ifndef VRX_APP_ENCRYPTED_KEY_HPP
+#define VRX_APP_ENCRYPTED_KEY_HPP
+
+#include <vrx.h>
+
+#include <cstdint>
+#include <span>
+
+#include "documents/algorithm.hpp"
+#include "keys/keys.hpp"
+
+namespace vrx::app {
+
+/** The fields of an encrypted key. The spans point into the octets that were read. */
+struct EncryptedKey {
+    std::span<const std::uint8_t> salt;
+    std::uint32_t iterations;
+    std::span<const std::uint8_t> iv;  // VRX_BLOCK_SIZE octets
+    const vrx_gost28147_par* cipher;
+    std::span<const std::uint8_t> ciphertext;
+};
+
+/** The highest iteration count that is accepted. It already takes minutes. */
+inline constexpr std::uint32_t most_iterations = 100'000'000;
+
+/** Read EncryptedPrivateKeyInfo; foreign if the scheme, the cipher or its parameter set is not supported. */
+documents::Content read_encrypted_key(std::span<const std::uint8_t> octets, EncryptedKey& key);
+
+/**
+ * Decrypt a key.
+ *
+ * @param plain  out: PrivateKeyInfo, appended; unspecified if the password is wrong.
+ * @return whether the result is PrivateKeyInfo. There is no MAC, so only the structure shows a wrong password.
+ */
+[[nodiscard]] bool decrypt_key(const EncryptedKey& key, std::span<const std::uint8_t> password, SecretBytes& plain);
+
+/** Encrypt PrivateKeyInfo with a new salt and IV, and append EncryptedPrivateKeyInfo. */
+void append_encrypted_key(SecretBytes& out, std::span<const std::uint8_t> plain, std::span<const std::uint8_t> password,
+                          std::uint32_t iterations);
+
+}  // namespace vrx::app
+
+#endif
