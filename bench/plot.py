@@ -69,7 +69,8 @@ class Machine:
             yield "hash", text, self.best_peer(ours.format(hashes), theirs.format())
         for size in (64, 1024, 16384):
             yield "sha1", f"SHA-1, {SIZES.get(size, '16 KiB')}", self.best_peer(f"sha1/vrx/{size}", f"sha1/{{}}/{size}")
-        engine = next((name for name in ("vrx-ifma", "vrx-adx", "vrx-words") if f"ecc/sign/{name}/A" in self.rows), None)
+        engines = ("vrx-ifma", "vrx-adx", "vrx-words")
+        engine = next((name for name in engines if f"ecc/sign/{name}/A" in self.rows), None)
         for operation, text in (("sign", "signing"), ("verify", "verification"), ("key_pair", "key generation")):
             for curve in "AC":
                 yield operation, f"{text}, curve {curve}", self.best_peer(f"ecc/{operation}/{engine}/{curve}",
@@ -96,7 +97,8 @@ def machines_table(machines):
         about = machine.about
         noise = f"{about['noise']:.2f}" if about["noise"] else "not recorded"
         load = f"{about['load']:.1f}" if about["load"] is not None else "not recorded"
-        rows.append([machine.name, about["processor"], about["compiler"], about["date"], str(about["runs"]), load, noise])
+        rows.append([machine.name, about["processor"], about["compiler"], about["date"], str(about["runs"]),
+                     load, noise])
     return table(["Machine", "Processor", "Compiler", "Date", "Runs", "Load", "Noise"], rows)
 
 
@@ -187,8 +189,8 @@ def summary(machines):
             peers = ", ".join(dict.fromkeys(peer for _, peer in sorted(speeds)))
             row.append(f"{number(low[0])} to {number(high[0])} ({peers})")
         rows.append(row)
-    return ("Speed-up of libvrx over the fastest of libgcrypt, nettle, GnuTLS, Botan, Crypto++ and OpenSSL (for GOST algorithms"
-            " its GOST\nengine), with the peers in brackets:\n\n"
+    return ("Speed-up of libvrx over the fastest of libgcrypt, nettle, GnuTLS, Botan, Crypto++ and OpenSSL with its "
+            "GOST\nengine. The fastest peers are in brackets:\n\n"
             + table(["Work", *[machine.name for machine in machines]], rows))
 
 
@@ -256,7 +258,8 @@ def draw(machines):
            STYLE, f'<rect class="bg" width="{width}" height="{height}"/>']
     for place, machine in enumerate(machines):
         top = 56 + 360 * place
-        counter = curves_of(machine, "modes/counter/{}/own/", "modes/counter/{}/", machine.chosen("modes"), OTHER_COUNTER)
+        counter = curves_of(machine, "modes/counter/{}/own/", "modes/counter/{}/", machine.chosen("modes"),
+                            OTHER_COUNTER)
         hashes = curves_of(machine, "hash/{}/built-in/", "hash/{}/", machine.chosen("gostr3411"))
         svg += panel(f"{machine.name}: GOST counter mode", counter, 48, top)
         svg += panel(f"{machine.name}: GOST R 34.11-94", hashes, 48 + GAP, top)
@@ -285,7 +288,8 @@ def main():
              "losing": best_table(machines, all_groups | {"P-256"}, losing=True),
              "everybody": per_machine(machines, peers_table), "engines": per_machine(machines, engines_table),
              "hash engines": per_machine(machines, hash_engines_table)}
-    for page, of_page in ((project / "docs/performance.md", parts), (project / "README.md", {"summary": summary(machines)})):
+    for page, of_page in ((project / "docs/performance.md", parts),
+                          (project / "README.md", {"summary": summary(machines)})):
         page.write_text(replace(page, of_page), encoding="utf-8")
 
 

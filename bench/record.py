@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Runs the benchmarks that the performance page shows, and writes the figures of this machine as one JSON file.
 
-usage: record.py PROGRAMS RESULTS [--runs N]
+Usage: record.py PROGRAMS RESULTS [--runs N]
 
-PROGRAMS is the folder of the benchmark programs, RESULTS the folder with one file for each processor family. Each row is
-measured N times (default 5); the file keeps the best figure, since other work on the machine can only slow a row down,
-and `noise`: the median, over all rows, of worst time divided by best time.
+PROGRAMS is the folder of the benchmark programs. RESULTS is the folder with one file for each processor family. Each
+row is measured N times (default: 5). The file keeps the best figure, because other work on the machine can only slow a
+row down. It also keeps `noise`: the worst time of a row divided by its best time, as the median over all rows.
 """
 import argparse
 import datetime
@@ -42,8 +42,9 @@ def report(program, pattern, runs):
     for run in range(runs):
         print(f"{program.name}, run {run + 1} of {runs}", file=sys.stderr)
         with tempfile.NamedTemporaryFile(suffix=".json") as out:
-            subprocess.run([program, f"--benchmark_filter={pattern}", f"--benchmark_out={out.name}",
-                            "--benchmark_out_format=json"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
+            command = [program, f"--benchmark_filter={pattern}", f"--benchmark_out={out.name}",
+                       "--benchmark_out_format=json"]
+            subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
             yield json.loads(Path(out.name).read_text(encoding="utf-8"))
 
 
@@ -90,7 +91,8 @@ def main():
     load = max(load, *os.getloadavg()[:2])
     name, detail = processor()
     machine = {"name": name, "processor": detail, "compiler": compiler, "date": str(datetime.date.today()),
-               "runs": options.runs, "load": round(load, 1), "noise": round(statistics.median(noise), 2), "chosen": chosen}
+               "runs": options.runs, "load": round(load, 1), "noise": round(statistics.median(noise), 2),
+               "chosen": chosen}
     file = options.results / (re.sub(r"\W+", "-", name.lower()) + ".json")
     lines = ",\n".join(f"  {json.dumps(key)}: {json.dumps(value)}" for key, value in sorted(rows.items()))
     file.write_text(f'{{"machine": {json.dumps(machine, indent=1)},\n "rows": {{\n{lines}}}}}\n', encoding="utf-8")
