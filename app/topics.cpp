@@ -14,7 +14,7 @@ a file, and you do not know what it is
 a signature: .sig, 64 bytes, 128 hexadecimal digits, or base64 of 64 bytes
     vrx verify --key KEY.pub --signature FILE.sig FILE
 a signature and a certificate: .crt, .cer
-    vrx verify --cert CERT --signature FILE.sig FILE
+    vrx verify --cert CERT --ca CA --signature FILE.sig FILE
 a private key: PKCS #8, BEGIN PRIVATE KEY
     vrx pubkey KEY.pem
     vrx sign --key KEY.pem FILE
