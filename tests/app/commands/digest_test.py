@@ -9,7 +9,7 @@ import subprocess
 import gost
 import kat
 from digests import SETS, HashTest, set_name
-from program import main
+from program import main, some
 
 SIZES = (0, 1, 31, 32, 33, 63, 64, 65, 1000)
 
@@ -263,7 +263,7 @@ class Checks(Samples):
 
     def test_any_wrong_bit_fails(self):
         digest = self.vrx("sha1", "a")[:40]
-        for bit in range(160):
+        for bit in some(range(160)):
             self.check("sha1", b"%040x  a\n" % (int(digest, 16) ^ 1 << bit), 1, "a: FAILED\n", "1 digest did not match")
 
     def test_any_malformed_line_fails(self):
@@ -278,7 +278,7 @@ class Checks(Samples):
                    tag.lower() + b" (a) = " + digest, b" " + tag + b" (a) = " + digest, tag + b"  (a) = " + digest,
                    b"\\" + tag + b" (a\\x) = " + digest, tag + b" (a\0) = " + digest, tag + b" (" + b"a" * 70_000 + b") = " + digest,
                    tag, b"GOST94", b"\xff" * 100, bytes(100)]
-            for line in bad:
+            for line in some(bad, 2):
                 with self.subTest(command=command, line=line[:60]):
                     self.check(command, line + b"\n" + b, 1, "b: OK\n",
                                "line 1 of 'list' is malformed; the format " + self.FORM[command],
