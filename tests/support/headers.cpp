@@ -1,0 +1,1 @@
+// No code: its target compiles the headers that most tests include.
