@@ -1,20 +1,24 @@
 /**
  * @file vrx.h  All that libvrx.so exports, grouped by task.
  *
- * The functions of each header come in three tiers. A new program needs the first one only.
+ * The functions of each header come in three tiers. A new program needs only the first one.
  */
 #ifndef VRX_H
 #define VRX_H
 
 /**
- * @defgroup vrx_use Use these The functions that most programs need: contexts, modes, hashes, keys, signatures,
- * parameter sets.
+ * @defgroup vrx_use Use these
  *
- * @defgroup vrx_blocks Building blocks Single blocks and steps, custom parameter sets, curve points and long integers.
- * Use them to build what the functions of the first tier do not offer.
+ * The functions that most programs need: contexts, modes, hashes, keys, signatures, parameter sets.
  *
- * @defgroup vrx_older Older names Functions for programs that use them already. New programs use the functions that
- * their descriptions name.
+ * @defgroup vrx_blocks Building blocks
+ *
+ * Single blocks and steps, custom parameter sets, curve points and long integers. Use them to build what the functions
+ * of the first tier do not offer.
+ *
+ * @defgroup vrx_older Older names
+ *
+ * Functions for programs that already use them. Their descriptions name the functions for new programs.
  */
 
 /* Every program: return codes, the buffer record vrx_data, the log. */
