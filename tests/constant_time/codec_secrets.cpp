@@ -39,7 +39,7 @@ void hide(Range&& range) {
     static_cast<void>(VALGRIND_MAKE_MEM_UNDEFINED(range.data(), range.size()));
 }
 
-/** Make a range public. @return whether it was secret. */
+/** Makes a range public. @return true if it was secret. */
 template <typename Range>
 bool reveal(Range&& range) {
     std::array<unsigned char, 1024> bits{};

@@ -1,5 +1,5 @@
-// Comparisons of secret octets, which valgrind takes for uninitialised memory: it reports a branch on any of them.
-// Usage: comparison_secrets clean | control; "control" stops at the first difference, and is to be reported.
+// Constant-time test of comparisons with valgrind: the octets are uninitialised memory, so it reports every branch on
+// them. Usage: comparison_secrets clean | control. "control" stops at the first difference, which must be reported.
 #include <valgrind/memcheck.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t sizes[] = {4, 8, 12, 20, 32, 64};
 constexpr std::size_t largest = 64;
 
-/** Whether a comparison of octets with equal ones, and with others, is right. Its operands and results are secret. */
+/** Checks a comparison with equal and with different octets. Its operands and results are secret. */
 template <typename Equal>
 bool right(std::size_t size, const Equal& equal) {
     std::array<std::uint8_t, largest> a{};

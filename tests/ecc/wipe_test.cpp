@@ -75,8 +75,9 @@ INSTANTIATE_TEST_SUITE_P(sets, wiping, testing::Values(0u, 1u, 2u, 3u),
                          [](const auto& i) { return short_name(i.param); });
 
 /**
- * Words that differ between what two calls leave, where `known` does not hold them: secrets, or made of them. Words
- * with two bytes of zeros in front are addresses: each call has a stack of its own.
+ * The number of words that differ between the stacks of two calls and do not occur in `known`: secrets or values
+ * derived from them. Words whose upper two bytes are zeros are addresses, which differ because each call has its own
+ * stack.
  */
 std::size_t words_of_secrets(const Bytes& one, const Bytes& other, const Bytes& known) {
     std::size_t count = 0;
@@ -95,7 +96,7 @@ Bytes bytes_of(const Record& record) {
     return bytes;
 }
 
-// Nothing on the way may be left, whatever it is called: vectors, multiples, inverses.
+// No intermediate value may remain: vectors, multiples, inverses.
 TEST_P(wiping, what_is_left_does_not_depend_on_keys_and_nonces) {
     const std::uint32_t digest[VRX_ECC_DIGEST_WORDS] = {random.word(), random.word(), 3, 4, 5, 6, 7, random.word()};
     const vrx_data oid{VRX_PAR_OID_SIZE, const_cast<std::uint8_t*>(VRX_PAR_HASH_1_OID)};

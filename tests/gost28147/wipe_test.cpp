@@ -1,4 +1,4 @@
-// Neither keys, nor meshed keys, nor plaintext stay on the stack. Each call runs on a stack of its own.
+// Tests that neither keys, nor meshed keys, nor plaintext stay on the stack. Each call runs on a separate stack.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -28,7 +28,7 @@ struct Call {
     std::function<void(Secrets&)> run;
 };
 
-int refused;  // what the calls return; one that is refused leaves nothing, and shows nothing
+int refused;  // the code of the calls, which must succeed
 
 constexpr auto nothing = [](Secrets&) {};
 const vrx_tz& table = TZ_28147_89[1];
@@ -116,13 +116,15 @@ const Call calls[] = {
     {"block_cbc", Call::after, nothing, [](Secrets& s) { vrx_gost_cbc_64_m(s.text, s.text, s.iv, s.key, &table, 0); }},
 };
 
-/** What of the secrets is found on the stack: eight bytes in a row, or of the key a word or bytes of it as vectors have
- * them. */
+/**
+ * Names the secrets that the call left on the stack: eight consecutive bytes of any secret, or a word of the key, or
+ * bytes of the key in the form of the vector engines.
+ */
 std::string left_by(const Call& call) {
     static Secrets secrets;
     Random random;
     refused = VRX_OK;
-    // The first run is for what happens once: functions of the C library are found, with all registers put aside.
+    // The first run covers one-time work: the dynamic linker resolves functions, and saves all registers.
     for (int run = 0; run < 2; ++run) {
         secrets = random.value<Secrets>();
         secrets.text[1023] = 0;  // the padding of 1023 bytes
@@ -166,7 +168,7 @@ TEST_P(CipherWiping, nothing_is_left_of_keys_and_plaintext) { EXPECT_EQ(left_by(
 INSTANTIATE_TEST_SUITE_P(All, CipherWiping, testing::ValuesIn(calls),
                          [](const auto& call) { return std::string(call.param.name); });
 
-// The instrument finds a key that is left on the stack.
+// Control: the search finds a key that was left on the stack.
 TEST(CipherWipingControl, a_key_left_on_the_stack_is_found) {
     EXPECT_EQ(left_by({"", Call::before, nothing,
                        [](Secrets& s) {

@@ -11,7 +11,7 @@ enum class Gate : std::uint8_t { constant, unknown, sum, both, majority, choice,
 
 struct Node {
     Gate gate;
-    std::vector<std::uint32_t> of;  // the nodes of a sum; else bits
+    std::vector<std::uint32_t> of;  // nodes for a sum, otherwise bits
     bool operator<(const Node& b) const { return gate != b.gate ? gate < b.gate : of < b.of; }
 };
 
@@ -38,7 +38,7 @@ struct State {
 };
 State state;
 
-/** The bit that a gate makes. */
+/** The output bit of a gate. */
 Bit made(Gate gate, std::vector<std::uint32_t> of) {
     Node node{gate, std::move(of)};
     const auto [found, is_new] = state.known.emplace(node, static_cast<std::uint32_t>(state.nodes.size()));
@@ -290,7 +290,7 @@ Bits choice(Bit condition, const Bits& a, const Bits& b) {
 }
 Bits entry(const std::vector<Bits>& table, const Bits& index) {
     if (state.closed_tables && table.size() >= 256) {
-        // A gate of its own for each bit, known by the table's first bit and by the index.
+        // A separate gate for each bit, identified by the table's first bit and the index.
         Bits r;
         for (std::size_t i = 0; i < table[0].size(); ++i) {
             std::vector<std::uint32_t> of{table[0][i], static_cast<std::uint32_t>(table.size())};

@@ -1,12 +1,12 @@
-// Unsigned integers as circuits: what arithmetic on bits says of them.
+// Symbolic unsigned integers: each bit is a node of a Boolean circuit.
 //
-// A bit is a constant, an unknown, or a gate over bits; equal gates are the same bit. Sums modulo 2 are kept as sets of
-// terms, so that two linear maps are equal exactly if their bits are. What is left to a solver is whether bits that
-// were made differently are equal all the same.
+// A bit is a constant, an unknown, or a gate over bits; equal gates are the same bit. Sums modulo 2 are stored as sets
+// of terms, so two linear maps are equal if and only if their bits are. The solver only has to decide whether bits with
+// different circuits are equal.
 //
-// Memory: a byte is a number that stands for eight bits, and takes four bytes here. Integers and vector registers
-// consist of such bytes, in the order of memory, so that copying, casting and indexing memory work as they do with the
-// real ones. The numbers below 256 are the constants: memory of zeros is zero.
+// Memory: a symbolic byte is an index that represents eight bits, and takes four bytes of real memory. Integers and
+// vector registers consist of such bytes in memory order, so copies, casts and indexing of memory work as usual. The
+// indices below 256 are the constants, so zeroed memory represents zeros.
 #ifndef VRX_TESTS_PROVE_BITS_HPP
 #define VRX_TESTS_PROVE_BITS_HPP
 
@@ -44,28 +44,28 @@ const std::array<Bit, 8>& bits_of(Byte byte);
 
 namespace circuit {
 
-/** Forgets everything; the fault-th operation from now on will have its lowest bits wrong. */
+/** Deletes all circuits. With a fault number n, the n-th operation from now on yields wrong low bits. */
 void reset(unsigned fault = 0);
 unsigned operations();
-/** Counts an operation; says whether it is the faulty one. */
+/** Counts an operation. Returns true for the faulty one. */
 bool is_faulty();
-/** A branch on an unknown: which way it goes on this path. */
+/** The outcome, on this path, of a branch on an unknown. */
 bool decide(Bit condition);
 void assume(Bit condition);
-/** A byte that nobody knows anything of. */
+/** A byte of unknown bits. */
 Byte undefined();
-/** The text that says that the claim does not hold, under what was assumed. */
+/** SMT-LIB text: the assumptions hold and the claim does not. */
 std::string negated(Bit claim);
-/** Whether some of 64 random values of the unknowns satisfy what was assumed and not the claim. */
+/** Tries 64 random assignments. Returns true if one satisfies the assumptions but not the claim. */
 bool has_counterexample(Bit claim);
-/** From now on an entry of a table of 256 is any word, the same for the same table and index. */
+/** From now on, look-ups in tables of 256 entries return unknown words: equal ones for the same table and index. */
 void keep_tables_closed();
 /** Calls run() on every path through its branches. */
 void each_path(unsigned fault, const std::function<Bit()>& run, const std::function<void(const std::string&)>& check);
 
 Bits sum(const Bits& a, const Bits& b, Bit carry);
 Bits choice(Bit condition, const Bits& a, const Bits& b);
-/** Entry `index` of a table, whose entries are as wide as each other and as many as a power of 2. */
+/** Entry `index` of a table. All entries have the same width, and their number is a power of 2. */
 Bits entry(const std::vector<Bits>& table, const Bits& index);
 Bit less(const Bits& a, const Bits& b);
 Bit equal(const Bits& a, const Bits& b);
@@ -114,7 +114,7 @@ struct U {
         for (Bit& b : bits) b = unknown_bit();
         return of(bits);
     }
-    /** Where a number has to be known: an index, a count. */
+    /** Conversion for uses that need a constant, such as an index or a count. */
     template <std::integral N>
     requires(!std::is_same_v<N, bool>) constexpr explicit operator N() const {
         return is_constant() ? static_cast<N>(constant()) : throw "an unknown number where a known one has to be";
@@ -249,14 +249,14 @@ struct Array {
         std::vector<Bits> table;
         for (const T& e : entry) table.push_back(e.bits());
         Bits index = i.bits();
-        // The index is in range, or the solver is asked for a claim that does not hold.
+        // Bits above the needed ones must be constant zeros; otherwise the index could be out of range.
         constexpr unsigned needed = std::bit_width(count - 1);
         for (std::size_t b = needed; b < index.size(); ++b)
             if (index[b] != zero) throw "an index that may be out of range";
         index.resize(needed);
         return T::of(circuit::entry(table, index));
     }
-    /** The same from an unknown entry on. */
+    /** A view that starts at an unknown entry. */
     template <unsigned n>
     [[nodiscard]] constexpr auto from(const U<n>& first) const {
         struct Rest {

@@ -1,4 +1,4 @@
-// The cipher as its standard has it (RFC 5830), over unknown bits, and what the proofs of its engines share.
+// The cipher of RFC 5830 on symbolic bits, and common parts of the proofs of its engines.
 #ifndef VRX_TESTS_PROVE_BLOCKS_HPP
 #define VRX_TESTS_PROVE_BLOCKS_HPP
 
@@ -32,14 +32,14 @@ namespace vrx::prove {
 
 using Word32 = U<32>;
 
-/** The eight S-boxes: byte 4i + m holds the outputs of 2m, in its low half, and 2m + 1 for the input i. */
+/** Eight unknown S-boxes. Byte 4i + m holds the outputs of S-boxes 2m (low nibble) and 2m + 1 for the input i. */
 struct UnknownBoxes {
     std::array<U<8>, 64> num;
 
     UnknownBoxes() {
         for (auto& byte : num) byte = U<8>::unknown();
     }
-    /** Substitution and rotation of the standard. */
+    /** The substitution and rotation of the standard. */
     [[nodiscard]] Word32 f(const Word32& x) const {
         const Bits in = x.bits();
         Bits out;
@@ -56,7 +56,7 @@ struct UnknownBoxes {
     }
 };
 
-/** Four tables of any content, where the library reads the deployed S-boxes. */
+/** A deployed table with unknown content. */
 template <typename Table>
 struct UnknownTable {
     Table table{};
@@ -77,7 +77,7 @@ struct TwoWords {
     Word32 n1, n2;
 };
 
-/** N1 and N2 after so many rounds; key words by round. */
+/** N1 and N2 after a number of rounds, with one key word for each round. */
 template <typename Function>
 TwoWords rounds_of_standard(TwoWords b, const Word32 (&key)[8], const Function& function, bool decrypting,
                             unsigned rounds = 32) {
@@ -86,7 +86,7 @@ TwoWords rounds_of_standard(TwoWords b, const Word32 (&key)[8], const Function& 
         const Word32 x = b.n1;
         b = {b.n2 ^ function.f(x + key[falling ? 7 - i % 8 : i % 8]), x};
     }
-    // The last of 32 rounds does not exchange the halves.
+    // The last of the 32 rounds does not swap the halves.
     return rounds == 32 ? TwoWords{b.n2, b.n1} : b;
 }
 
@@ -103,7 +103,7 @@ Bit same(const U<n>& a, const U<n>& b) {
     return circuit::equal(a.bits(), b.bits());
 }
 
-/** Proves claim() on each path through it, and that it fails where the operation `faulty` goes wrong. */
+/** Proves claim() on each path through it. Then checks that it fails if operation number `faulty` is wrong. */
 template <typename Claim>
 void circuit_theorem(const std::string& what, unsigned faulty, const Claim& claim) {
     unsigned path = 0;

@@ -1,8 +1,8 @@
-// Which scalars meet an exceptional case on the way of k G: sums of points that are equal, opposite or infinite.
+// Finds all scalars k for which the comb meets an exceptional case: a sum of equal, opposite or infinite points.
 //
-// A comb adds multiples A G and T G of the base point, for whole numbers A and T that are made of digits. The sum is
-// exceptional where q divides A, T, A + T or A - T. All the multiples c q that may be such a number are tried: whether
-// digits make it up is decided digit by digit, with every carry that there may be.
+// A comb adds multiples A G and T G of the base point. A and T are integers composed of digits. The sum is exceptional
+// if q divides A, T, A + T or A - T. The proof tries every multiple c q in the range of these numbers, and decides
+// digit by digit, with every possible carry, whether digits can represent it.
 #include <gmpxx.h>
 #include <gtest/gtest.h>
 
@@ -31,10 +31,10 @@ mpz_class number(const Words& words) {
     return r;
 }
 
-/** The digits that may stand in each place of a number to base 16, the lowest first. */
+/** The possible digits at each place of a number in base 16, lowest place first. */
 using Places = std::vector<std::set<int>>;
 
-/** All ways to make n of such digits. */
+/** All representations of n by such digits. */
 std::vector<std::vector<int>> ways(const mpz_class& n, const Places& places) {
     std::vector<std::vector<int>> found;
     std::vector<int> digits;
@@ -61,7 +61,7 @@ mpz_class largest(const Places& places) {
     return r;
 }
 
-/** The ways to make any multiple of q. */
+/** All representations of multiples of q. */
 std::vector<std::vector<int>> ways_to_multiples(const mpz_class& q, const Places& places) {
     std::vector<std::vector<int>> all;
     const mpz_class most = largest(places) / q;
@@ -70,7 +70,7 @@ std::vector<std::vector<int>> ways_to_multiples(const mpz_class& q, const Places
     return all;
 }
 
-/** Sums and differences of digits, as sets. */
+/** The sets of multiples and sums of digits. */
 std::set<int> times(int n, const std::set<int>& a) {
     std::set<int> r;
     for (const int x : a) r.insert(n * x);
@@ -95,8 +95,9 @@ struct Names {
 TYPED_TEST_SUITE(Combs, Curves, Names);
 
 /**
- * In words, 264 signs: k = 2 k' - (2^264 - 1) modulo q for a k' below q, so that the signs from 2^256 on are -. Place j
- * of 66 has the signs of 2^(4j) to 2^(4j + 3), the highest first; block B has the places from 6 B on.
+ * The comb in words has 264 signs: k = 2 k' - (2^264 - 1) modulo q for a k' below q. Since k' is below 2^256, the signs
+ * from 2^256 on are negative. Place j of 66 holds the signs of 2^(4j) to 2^(4j + 3), the highest first. Block B
+ * consists of the places 6 B to 6 B + 5.
  */
 constexpr std::size_t places_of_words = comb_teeth * comb_blocks;
 std::set<int> signs_at(std::size_t place) {
@@ -104,8 +105,9 @@ std::set<int> signs_at(std::size_t place) {
 }
 
 /**
- * The scalars below q whose comb makes these digits before or in a sum of the last step: digits from `unknown` on lack
- * the sign of this step, which may be any; that of digits from `negated` up to there is the opposite.
+ * The scalars below q whose comb has these digits before or in a sum of the last step. Digits from `unknown` on do not
+ * include the sign of this step yet, so both signs are tried. For the digits from `negated` to `unknown`, the sign of
+ * this step is inverted.
  */
 std::set<mpz_class> scalars(const mpz_class& q, const std::vector<int>& digits, std::size_t negated,
                             std::size_t unknown) {
@@ -123,7 +125,7 @@ std::set<mpz_class> scalars(const mpz_class& q, const std::vector<int>& digits, 
             for (const int sign : signs_at(place)) go(mpz_class(sum + unit * (digits[place] + sign)), place + 1);
             return;
         }
-        // The lowest sign of an odd digit: + where (d + 15) / 2 is odd.
+        // The lowest sign of an odd digit d is + if (d + 15) / 2 is odd.
         const int last = (digits[place] + 15) / 2 % 2 != 0 ? 1 : -1;
         go(mpz_class(sum + unit * (place >= negated ? digits[place] - 2 * last : digits[place])), place + 1);
     };
@@ -149,9 +151,10 @@ TYPED_TEST(Combs, in_words_meet_one_exceptional_case_and_report_it) {
                 difference[place] = plus(earlier[place], times(-1, entry[place]));
             }
             EXPECT_TRUE(ways_to_multiples(q, entry).empty());
-            if (step == 0 && block == 0) continue;  // where the first entry is taken, not added
+            if (step == 0 && block == 0) continue;  // the first entry is copied, not added
             ++sums;
-            // Before the last step nothing is made that q divides; in it there are ways, of which none is a scalar's.
+            // Before the last step, q divides none of these numbers. In the last step, candidates are tested as
+            // scalars.
             const auto expect_none = [&](const Places& places, std::size_t negated, std::size_t unknown) {
                 for (const auto& digits : ways_to_multiples(q, places)) {
                     ASSERT_TRUE(step + 1 == comb_steps && places_of_words - unknown <= 18) << step << " " << block;
@@ -166,7 +169,7 @@ TYPED_TEST(Combs, in_words_meet_one_exceptional_case_and_report_it) {
             earlier[place] = plus(earlier[place], signs_at(place));
     }
     EXPECT_EQ(sums, comb_steps * comb_blocks - 1);
-    // For this scalar the last sum is of equal points: zz is 0, and the general methods take over.
+    // For this scalar, the last sum adds equal points: zz is 0, and the general methods compute the result.
     ASSERT_EQ(exceptional.size(), 1U);
     EXPECT_NE(is_zero(word_comb_multiply<TypeParam>(words_of(*exceptional.begin())).zz), 0U);
     EXPECT_EQ(is_zero(word_comb_multiply<TypeParam>(words_of(*exceptional.begin() + 1)).zz), 0U);
@@ -174,7 +177,8 @@ TYPED_TEST(Combs, in_words_meet_one_exceptional_case_and_report_it) {
 
 const std::set<int> odd_digits = {-15, -13, -11, -9, -7, -5, -3, -1, 1, 3, 5, 7, 9, 11, 13, 15};
 
-// In lanes, 64 odd digits: lane l has the digits 8 l to 8 l + 7; then lanes 4, 2 and 1 apart are added.
+// The comb in lanes has 64 odd digits. Lane l has the digits 8 l to 8 l + 7. At the end, lanes at the distances 4, 2
+// and 1 are added.
 TYPED_TEST(Combs, in_lanes_meet_one_exceptional_case_at_most_and_report_it) {
     const mpz_class q = number(TypeParam::q);
     const auto expect_none = [&q](const Places& places) { EXPECT_TRUE(ways_to_multiples(q, places).empty()); };
@@ -196,8 +200,8 @@ TYPED_TEST(Combs, in_lanes_meet_one_exceptional_case_at_most_and_report_it) {
                 for (std::size_t j = 0; j < 8; ++j) one[8 * i + j] = odd_digits;
             if (distance != 1) expect_none(one);
         }
-    // The last sum is of E, the even lanes, and O, the odd ones. E + O is k, no multiple of q; E - O is one for the
-    // digits of q and -q alone, with those of O negated: k is then 2 E - q or q + 2 E.
+    // The last sum adds the even lanes E and the odd lanes O. E + O = k is not a multiple of q. E - O is a multiple
+    // only if it is q or -q. Then k is 2 E - q or 2 E + q.
     Places all(64, odd_digits);
     std::set<mpz_class> exceptional;
     for (const auto& digits : ways_to_multiples(q, all)) {
@@ -214,7 +218,7 @@ TYPED_TEST(Combs, in_lanes_meet_one_exceptional_case_at_most_and_report_it) {
     }
 }
 
-// The instrument: for an order that is made of such digits a way is found.
+// Control: for an order that is composed of such digits, the search finds a representation.
 TEST(combs, of_which_one_is_exceptional_are_found_out) {
     const std::set<int> sign = {-1, 1};
     Places places(66, plus(times(2, sign), sign));

@@ -1,4 +1,4 @@
-// As many division steps as the inversion takes are enough for every number and modulus.
+// Proves that the number of division steps in the inversion is enough for every number and modulus.
 #include <gmpxx.h>
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-/** A point (f, g) times 2^n after n steps: whole numbers. */
+/** A point (f, g) after n steps, scaled by 2^n to integers. */
 struct Point {
     mpz_class f, g;
     bool operator<(const Point& b) const { return f != b.f ? f < b.f : g < b.g; }
@@ -18,7 +18,7 @@ struct Point {
 };
 using Polygon = std::vector<Point>;
 
-/** Whether c is to the right of the way from a to b, or on it. */
+/** True if c is on the line from a to b, or to the right of it. */
 bool turns_right(const Point& a, const Point& b, const Point& c) {
     return (b.f - a.f) * (c.g - b.g) <= (b.g - a.g) * (c.f - b.f);
 }
@@ -47,9 +47,10 @@ mpz_class largest(const Polygon& p, mpz_class Point::*coordinate) {
 }
 
 /**
- * Steps after which g is 0 for sure, from (delta, f, g) with 0 <= g <= f < 2^bits. For each delta that may occur a
- * convex polygon holds all (f, g) that may; a step takes its corners to those of the next ones. A polygon in which |g|
- * stays below 1 holds no g but 0. (P. Wuille, "Bounds on divsteps iterations in safegcd", 2021, for delta = 1/2.)
+ * The number of steps after which g is certainly 0, from (delta, f, g) with 0 <= g <= f < 2^bits. For each possible
+ * delta, a convex polygon contains all possible (f, g). A step maps the corners of the polygons to those of the next
+ * ones. If |g| is below 1 in a polygon, then g is 0. (P. Wuille, "Bounds on divsteps iterations in safegcd", 2021, for
+ * delta = 1/2.)
  */
 unsigned steps_needed(unsigned bits, int twice_delta) {
     const mpz_class end = mpz_class(1) << bits;
@@ -73,7 +74,7 @@ unsigned steps_needed(unsigned bits, int twice_delta) {
     }
 }
 
-/** As many as any odd f below 2^bits and g up to f needs, by trying all. */
+/** The maximum number of steps that any odd f below 2^bits and any g up to f need, by trying all. */
 unsigned steps_needed_by_trial(unsigned bits) {
     unsigned most = 0;
     for (int m = 1; m < 1 << bits; m += 2)
@@ -101,7 +102,7 @@ TEST(division_steps, are_enough_for_all_numbers_and_moduli) {
     EXPECT_LE(steps_needed(256, 1), 590U);
 }
 
-// The instrument: it never says fewer steps than some numbers need, and the start with delta = 1 needs more.
+// Control: the bound is never below the steps that some numbers need, and the start with delta = 1 needs more.
 TEST(division_steps, are_not_undercounted) {
     for (const unsigned bits : {3U, 6U, 9U}) EXPECT_GE(steps_needed(bits, 1), steps_needed_by_trial(bits)) << bits;
     EXPECT_GT(steps_needed(64, 2), steps_needed(64, 1));

@@ -1,4 +1,4 @@
-// What the hash's engines ask of the rest of the library, for proofs that call them by themselves.
+// Stubs for the parts of the library that the hash engines need. The proofs link the engines alone.
 #include "prove/blocks.hpp"
 
 #include "gostr3411/engine.hpp"

@@ -1,4 +1,4 @@
-// The arithmetic of the fields over unknown integers, from the translated sources.
+// The field arithmetic of the translated sources, on symbolic integers.
 #ifndef VRX_TESTS_PROVE_FIELD_HPP
 #define VRX_TESTS_PROVE_FIELD_HPP
 

@@ -1,4 +1,4 @@
-// The step function of the hash as its standard has it (RFC 5831, section 6), over unknown bits.
+// The step function of RFC 5831, section 6, on symbolic bits.
 #ifndef VRX_TESTS_PROVE_HASH_HPP
 #define VRX_TESTS_PROVE_HASH_HPP
 

@@ -78,7 +78,7 @@ struct Interval {
 
 enum class Kind { plain, mask, gated, minus, nonzero };
 
-/** An integer. A mask is all ones times the bit a, gated is a times b for a bit a, minus is -a, nonzero is a | -a. */
+/** A node. mask: all ones times the bit a. gated: a b, for a bit a. minus: -a. nonzero: a | -a. */
 struct Number {
     Kind kind = Kind::plain;
     std::optional<Form> form;
@@ -89,11 +89,11 @@ struct Number {
 struct State {
     std::vector<Number> numbers;
     std::vector<Interval> atoms;
-    std::map<unsigned, Form> rests;  // what the unknown that is the rest of a division is in terms of others
+    std::map<unsigned, Form> rests;  // remainders of divisions, as forms over other unknowns
     std::vector<std::string> assumed;
     std::map<std::string, Id> known;  // quotients, products
     unsigned operations = 0, fault = 0;
-    // Branches: those of this path, and how many of them are given.
+    // The branches of this path, and the number of them that are prescribed.
     std::vector<bool> path;
     std::size_t taken = 0;
 };
@@ -139,7 +139,7 @@ Form new_atom(const Interval& range) {
     return f;
 }
 
-/** What the operators take: a constant or a number. */
+/** An operand: a constant or a node. */
 Id id_of(const Wide& w) {
     if (w.id != 0) return w.id;
     mpz_class n = to_mpz(static_cast<std::uint64_t>(w.value >> 64));
@@ -150,7 +150,7 @@ std::string key_of(const Form& f) { return f.text(); }
 
 const Form& form_of(Id id);
 
-/** v, the first where the bit is 1, else the second. */
+/** A value v that is the first if the bit is 1, else the second. */
 Form choice(const Form& bit, const Form& first, const Form& second) {
     const std::string key = "ite " + key_of(bit) + key_of(first) + key_of(second);
     if (const auto found = state.known.find(key); found != state.known.end()) return form_of(found->second);
@@ -175,7 +175,7 @@ Interval range(Id id) { return state.numbers[id].range; }
 bool is_constant(Id id) { return state.numbers[id].form && state.numbers[id].form->terms.empty(); }
 bool is_bit(Id id) { return range(id).least >= 0 && range(id).most <= 1; }
 
-/** f = 2^n first + second, where the second has what 2^n does not divide. */
+/** Splits f = 2^n first + second. The second takes all terms that 2^n does not divide. */
 std::pair<Form, Form> apart(const Form& f, unsigned n) {
     Form multiples, others;
     for (const auto& [atom, c] : f.terms)
@@ -198,7 +198,7 @@ Split split(Id x, unsigned n) {
     const Form f = form_of(x);
     const Interval whole = range(x);
     if (whole.least >= 0 && whole.most < power(n)) return {add(Form(0)), x};
-    // Multiples of 2^n go to the quotient as they are.
+    // Multiples of 2^n become part of the quotient unchanged.
     const auto [multiples, others] = apart(f, n);
     if (others.terms.empty() && others.constant == 0)
         return {add(multiples, {floor_quotient(whole.least, n), floor_quotient(whole.most, n)}), add(Form(0))};
@@ -215,7 +215,7 @@ Split split(Id x, unsigned n) {
         state.rests[rest.terms.begin()->first] = others - quotient * power(n);
         assume({"(= " + (others - quotient * power(n) - rest).text() + " 0)"});
         found = state.known.emplace(key, add(quotient)).first;
-        add(rest);  // the next one
+        add(rest);  // the remainder is the node after the quotient
     }
     return {add(multiples + form_of(found->second), {floor_quotient(whole.least, n), floor_quotient(whole.most, n)}),
             add(form_of(found->second + 1), {0, power(n) - 1})};
@@ -225,7 +225,7 @@ Id mask_of(Id bit) {
     const Form f = form_of(bit) * (power(64) - 1);
     return add({Kind::mask, f, {0, power(64) - 1}, bit});
 }
-/** Of a word that is 0 or all ones by what it was made of. */
+/** True for a word that is 0 or all ones by construction. */
 bool is_mask(Id id) { return state.numbers[id].kind == Kind::mask; }
 
 Id gated(Id bit, Id word) { return add({Kind::gated, std::nullopt, {0, range(word).most}, bit, word}); }
@@ -245,7 +245,7 @@ Id xor_of_bits(Id a, Id b) { return add(form_of(a) + form_of(b) - form_of(and_of
 
 Id lowest_bit(Id a) { return split(a, 1).rest; }
 
-/** A bit at place n, with nothing below or above it: the place, else -1. */
+/** The position of a word's only possible bit, or -1 if others may be set. */
 int lone_bit(Id a) {
     const Form& f = form_of(a);
     if (f.terms.empty()) {
@@ -261,7 +261,7 @@ int lone_bit(Id a) {
     return -1;
 }
 
-/** x with its bit at n combined with a lone bit there. */
+/** Combines bit n of x with a word whose only possible bit is n. */
 Id with_bit(Id x, Id lone, unsigned n, Id (*combined)(Id, Id)) {
     const auto [above, below] = split(x, n);
     const auto [rest, bit] = split(above, 1);
@@ -270,7 +270,7 @@ Id with_bit(Id x, Id lone, unsigned n, Id (*combined)(Id, Id)) {
                {0, power(64) - 1});
 }
 
-/** Whether all of a is in bits from n on, where b has none. */
+/** True if a uses only bits from n on, and b uses only bits below n. */
 bool is_disjoint(Id a, Id b) {
     const Form f = expanded(form_of(a));
     for (unsigned n = 1; n < 64; ++n) {
@@ -336,7 +336,7 @@ Wide as_wide(Id id) {
 
 Id sum(const Wide& a, const Wide& b, bool minus, unsigned bits) {
     const Id x = id_of(a), y = id_of(b);
-    // A fault in a sum with zero would change nothing.
+    // A fault in a sum with zero would have no effect.
     const bool is_zero = is_constant(y) && form_of(y) == Form(0);
     const bool is_faulty = !is_zero && ++state.operations == state.fault;
     if (bits == 64 && minus && is_constant(x) && form_of(x) == Form(0)) {
@@ -352,8 +352,8 @@ Id sum(const Wide& a, const Wide& b, bool minus, unsigned bits) {
         r = range(x);
     }
     const Id id = add(f, r);
-    // A sum that leaves 128 bits upwards would have to be taken apart; below zero the quotients are negative, and a
-    // word that is taken out of it finds them.
+    // Sums of 128 bits or more are not supported. For negative sums, the quotients are negative, and extracting a word
+    // finds them.
     if (bits != 128) return low(as_wide(id), bits);
     if (range(id).most >= power(128)) throw std::logic_error("more than 128 bits");
     return id;
@@ -429,7 +429,7 @@ Id either(const Word& a, const Word& b) {
     }
     if (q.kind == Kind::minus && form_of(q.a) == form_of(x))
         return add({Kind::nonzero, std::nullopt, {0, power(64) - 1}, x});
-    if (is_mask(y) && form_of(q.a) == form_of(x)) return y;  // a bit, or all of its mask
+    if (is_mask(y) && form_of(q.a) == form_of(x)) return y;  // a bit ORed with its own mask
     if (is_bit(x) && is_bit(y)) return or_of_bits(x, y);
     if (is_disjoint(x, y) || is_disjoint(y, x)) return add(form_of(x) + form_of(y), {0, power(64) - 1});
     if (const int n = lone_bit(y); n >= 0) return with_bit(x, y, static_cast<unsigned>(n), or_of_bits);
@@ -481,7 +481,7 @@ void each_path(const std::function<Claim()>& run, const std::function<void(const
 
 }  // namespace integer
 
-/** The same without the rests of divisions: in terms of what was given, and of quotients. */
+/** Substitutes remainders of divisions: the result uses only given unknowns and quotients. */
 Form expanded(const Form& f) {
     Form r(f.constant);
     for (const auto& [atom, c] : f.terms) {

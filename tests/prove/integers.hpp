@@ -1,9 +1,9 @@
-// Words as integers: what arithmetic on words says of them, in linear integer arithmetic.
+// Symbolic words, described by linear integer arithmetic.
 //
-// A Word is a constant or an affine form over unknowns with bounds. Sums and multiples by constants stay affine. What
-// leaves the 64 bits, and what a shift takes apart, introduces the quotient as an unknown: x = 2^n q + r with 0 <= r <
-// 2^n. A product of two unknowns is a new unknown with its bounds. Masks are known to be all ones times a bit, so that
-// selections become case distinctions. Operations that have no such meaning throw: nothing is approximated.
+// A Word is a constant or an affine form over unknowns with bounds. Sums, and products with constants, stay affine. A
+// carry out of 64 bits and a shift each introduce a quotient q as a new unknown: x = 2^n q + r with 0 <= r < 2^n. A
+// product of two unknowns is a new unknown with bounds. A mask is all ones times a bit, so selections become case
+// distinctions. All other operations throw: nothing is approximated.
 #ifndef VRX_TESTS_PROVE_INTEGERS_HPP
 #define VRX_TESTS_PROVE_INTEGERS_HPP
 
@@ -56,8 +56,8 @@ Claim operator<=(const Form& a, const Form& b);
 Claim equal(const Form& a, const Form& b);
 Claim implies(const Claim& a, const Claim& b);
 /**
- * That m divides a: what is left of a without the multiples of m in its coefficients is k m for a k from -range to
- * range. (A sufficient condition; the solver has no quotient to look for.)
+ * Claims that m divides a. Removes multiples of m from the coefficients of a, and claims that the rest is k m for a k
+ * from -range to range. This is sufficient, and spares the solver the search for a quotient.
  */
 Claim divides(const mpz_class& m, const Form& a, int range = 2);
 
@@ -67,7 +67,7 @@ mpz_class to_mpz(std::uint64_t n);
 
 using Id = std::uint32_t;  // of an unknown integer; 0 is none
 
-/** 64-bit words, and the sums and products of twice that size which they are taken out of. */
+/** 64-bit words, and their sums and products of 128 bits. */
 struct Wide;
 struct Word {
     std::uint64_t value = 0;
@@ -82,7 +82,7 @@ struct Word {
     constexpr bool operator==(const Word& other) const;
     constexpr auto operator<=>(const Word& other) const;
     constexpr explicit operator bool() const;
-    /** Where an index or a count has to be known. */
+    /** Conversion for uses that need a constant, such as an index or a count. */
     template <std::integral N>
     requires(!std::same_as<N, bool>) constexpr explicit operator N() const {
         return static_cast<N>(id == 0 ? value : throw "an unknown number where a known one has to be");
@@ -101,20 +101,20 @@ struct Wide {
 
 namespace integer {
 
-/** Everything about unknowns since reset(). */
+/** Deletes all unknowns and assumptions. With a fault number n, the n-th operation from now on is wrong. */
 void reset(unsigned fault = 0);
-/** How many operations could have gone wrong since then. */
+/** The number of operations since reset() in which a fault can be planted. */
 unsigned operations();
 
 /** A word of any value up to `most`. */
 Word unknown(const mpz_class& most = power(64) - 1, const mpz_class& least = 0);
-/** An unknown number by itself. */
+/** An unknown integer as a form. */
 Form unknown_form(const mpz_class& least, const mpz_class& most);
 void assume(const Claim& claim);
 
 Form form(const Word& w);
 Form form(const Wide& w);
-/** A word that is this form, which stays between these bounds. */
+/** A word with the value of a form, which is between these bounds. */
 Word word(const Form& f, const mpz_class& least, const mpz_class& most);
 
 template <std::size_t count>
@@ -129,13 +129,13 @@ Form value(const std::array<Word, count>& words) {
     for (std::size_t i = 0; i < count; ++i) sum += form(words[i]) * power(64 * static_cast<unsigned>(i));
     return sum;
 }
-/** A constant number. */
+/** The value of constant words. */
 template <std::size_t count>
 mpz_class number(const std::array<Word, count>& words) {
     return value(words).constant;
 }
 
-/** The text that says what is assumed, and that a claim does not hold. */
+/** SMT-LIB text: the assumptions hold and the claim does not. */
 std::string negated(const Claim& claim);
 
 Id sum(const Wide& a, const Wide& b, bool minus, unsigned bits);
@@ -147,17 +147,17 @@ Id both(const Word& a, const Word& b);
 Id either(const Word& a, const Word& b);
 Id differing(const Word& a, const Word& b);
 Id complement(const Word& a);
-/** Constants come back as such. */
+/** Converts an integer to a word; constants stay constants. */
 Word as_word(Id id);
 Wide as_wide(Id id);
-/** Which way a branch goes: see each_path(). */
+/** The outcome of a branch on this path: see each_path(). */
 bool decide(const Claim& claim);
 Claim is_less(const Word& a, const Word& b);
 Claim is_equal(const Word& a, const Word& b);
 
 /**
- * Calls run() for every way through its branches on unknowns. In each, what the branches found is assumed. The claim is
- * that on every path the claim of run() holds.
+ * Calls run() for every path through its branches on unknowns, and assumes the conditions of that path. Claims that the
+ * claim of run() holds on every path.
  */
 void each_path(const std::function<Claim()>& run, const std::function<void(const std::string& negated)>& check);
 

@@ -1,4 +1,4 @@
-// The arithmetic of the moduli, for every p and q that is built in, and for all elements.
+// Proves the arithmetic for every built-in p and q, for all elements.
 #include "prove/field.hpp"
 #include "prove/theorem.hpp"
 
@@ -28,7 +28,7 @@ Words any_below(const mpz_class& end) {
 }
 Claim is_below(const Words& a, const mpz_class& end) { return value(a) < Form(end); }
 
-/** a b, as the unknown products of words make it up; below `end`. */
+/** a b as the sum of the unknown products of words, below `end`. */
 Form product(const Words& a, const Words& b, const mpz_class& end) {
     Form sum;
     for (unsigned i = 0; i < 4; ++i)
@@ -57,7 +57,7 @@ const std::string name<Montgomery<CurveB::q>> = "q of B";
 template <>
 const std::string name<Montgomery<CurveC::q>> = "q of C";
 
-/** The engine's words, whose products are whatever the test says. */
+/** The engine's word operations, with products that the test provides. */
 struct AnyProduct : PlainWords {
     static inline WideWords product;
     static inline std::array<vrx::prove::Word, 5> sum;
@@ -70,7 +70,7 @@ struct AnyProduct : PlainWords {
     }
 };
 
-/** The engine's words, whose Montgomery product can be looked at. */
+/** The engine's word operations, with access to the Montgomery product before the final subtraction. */
 struct Seen : PlainWords {
     static inline std::array<vrx::prove::Word, 5> sum;
 
@@ -96,7 +96,7 @@ class Loose : public testing::Test {};
 using LooseFields = testing::Types<CurveTest::Field, CurveA::Field, CurveB::Field>;
 TYPED_TEST_SUITE(Loose, LooseFields, Names);
 
-// Elements are any numbers of four words: that a result is one needs no proof, that it is of its class does.
+// Every number of four words is an element. So only the residue class of a result must be proved, not its range.
 
 TYPED_TEST(Loose, sums_and_differences_are_of_their_class) {
     VRX_NEEDS_SOLVER();
@@ -112,7 +112,8 @@ TYPED_TEST(Loose, sums_and_differences_are_of_their_class) {
     });
 }
 
-// A product is P::multiply(), which words_proof is about, and then the reduction of any number of eight words.
+// A product is P::multiply(), which words_proof covers, followed by the reduction of an arbitrary number of eight
+// words.
 TYPED_TEST(Loose, products_are_of_their_class) {
     VRX_NEEDS_SOLVER();
     using S = typename TypeParam::template With<AnyProduct>;
@@ -160,12 +161,12 @@ TYPED_TEST(Reduced, sums_and_differences_are_reduced) {
     });
 }
 
-// P::montgomery() makes (a b + u m) / N, below 2m; then m is taken off once.
+// P::montgomery() computes (a b + u m) / N, which is below 2m. The final subtraction follows.
 TYPED_TEST(Reduced, products_are_reduced) {
     VRX_NEEDS_SOLVER();
     using S = TypeParam;
     const mpz_class m = integer::number(S::modulus);
-    // Solvers find the counterexample to these lines over the moduli of C at once, over others not within minutes.
+    // Solvers find the counterexample for the moduli of C at once, but for others not within minutes.
     const unsigned fault = name<S>.back() == 'C' ? 20 : vrx::prove::no_fault;
     for (const bool first : {true, false})
         theorem(name<S> + ": t N = a b + u m, t below 2m, for " + (first ? "a" : "b") + " below m", fault, [&] {

@@ -14,7 +14,7 @@
 namespace vrx::prove {
 namespace {
 
-/** The first of the programs that can be found. */
+/** The first of these programs that is installed. */
 std::string solver() {
     if (const char* named = std::getenv("VRX_SOLVER")) return named;
     std::istringstream folders(std::getenv("PATH") == nullptr ? "" : std::getenv("PATH"));

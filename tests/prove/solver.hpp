@@ -1,4 +1,4 @@
-// Runs an SMT solver on a text in SMT-LIB 2, and what tests make of its answer.
+// Runs an SMT solver on SMT-LIB 2 text, and checks its answer.
 #ifndef VRX_TESTS_PROVE_SOLVER_HPP
 #define VRX_TESTS_PROVE_SOLVER_HPP
 
@@ -8,24 +8,24 @@ namespace vrx::prove {
 
 enum class Answer { unsat, sat, unknown };
 
-/** The solver's answer to (check-sat), which this adds at the end of the text. */
+/** Appends (check-sat) to the text and returns the solver's answer. */
 Answer ask(const std::string& text);
 
-/** Whether there is a solver: z3, else cvc5, or the program that VRX_SOLVER names. */
+/** True if a solver is installed: z3, cvc5, or the program that VRX_SOLVER names. */
 bool has_solver();
 
-/** Slower proofs as well: VRX_PROVE_ALL is set. */
+/** True if VRX_PROVE_ALL is set: slow proofs run, too. */
 bool all_proofs();
 
-/** Fails the running test unless nothing satisfies the text, the negation of a claim. */
+/** Fails the running test if the text, which negates a claim, is satisfiable. */
 void expect_proved(const std::string& text, const std::string& what);
 
-/** Fails the running test unless something satisfies the text: a planted fault has a counterexample. */
+/** Fails the running test unless the text is satisfiable: a planted fault must have a counterexample. */
 void expect_refuted(const std::string& text, const std::string& what);
 
 }  // namespace vrx::prove
 
-/** At the beginning of a test that asks a solver. */
+/** Starts a test that needs a solver; skips the test if there is none. */
 #define VRX_NEEDS_SOLVER() \
     if (!vrx::prove::has_solver()) GTEST_SKIP() << "neither z3 nor cvc5 is installed"
 

@@ -1,4 +1,4 @@
-// What the proofs of recovery share: a table is accepted exactly if it is the expansion of the S-boxes found.
+// Common parts of the recovery proofs: a table is accepted if and only if it is the expansion of the recovered S-boxes.
 #ifndef VRX_TESTS_PROVE_TABLES_HPP
 #define VRX_TESTS_PROVE_TABLES_HPP
 
@@ -8,7 +8,7 @@
 
 namespace vrx::prove {
 
-/** Whether every entry is what the deployment rule makes of the S-boxes: RFC 5830's substitution and rotation. */
+/** True if every entry follows from the S-boxes by the deployment rule: the substitution and rotation of RFC 5830. */
 inline Bit is_expansion(const vrx_tz& table, const tz::SBoxes& boxes) {
     Bit all = one;
     for (unsigned m = 0; m < 4; ++m)
@@ -19,7 +19,7 @@ inline Bit is_expansion(const vrx_tz& table, const tz::SBoxes& boxes) {
     return all;
 }
 
-/** recover(table, accepted) yields the S-boxes. */
+/** Proves both directions for recover(table, accepted), which returns S-boxes and sets `accepted`. */
 template <typename Recover>
 void prove_recovery(const std::string& engine, const Recover& recover) {
     circuit_theorem(engine + ": a table is accepted exactly if it is the expansion of the S-boxes found", 700, [&] {

@@ -1,4 +1,4 @@
-// No table is built in here: engines recover the S-boxes of every table.
+// Stubs without built-in tables, so engines recover the S-boxes of every table.
 #include "prove/blocks.hpp"
 
 #include "tz/sboxes.hpp"

@@ -1,4 +1,4 @@
-// A theorem about words as integers, and its control.
+// Proves a theorem about symbolic words, and runs its control.
 #ifndef VRX_TESTS_PROVE_THEOREM_HPP
 #define VRX_TESTS_PROVE_THEOREM_HPP
 
@@ -8,12 +8,12 @@
 
 namespace vrx::prove {
 
-/** For lines whose control is planted with other parameters. */
+/** No control here: another test plants the fault, with other parameters. */
 inline constexpr unsigned no_fault = 0;
 
 /**
- * Proves the claim of state(), which runs the library's lines on unknowns. Then a fault is planted: one of the sums in
- * these lines, `faulty` (counted from 1), leaves out its second term. The claim has to fail.
+ * Proves the claim that state() returns; state() runs the library's code on unknowns. Then plants a fault: sum number
+ * `faulty` in this code, counted from 1, omits its second term. The claim must then fail.
  */
 template <typename State>
 void theorem(const std::string& what, unsigned faulty, const State& state) {

@@ -20,7 +20,7 @@ constexpr std::size_t stack_size = 1 << 18;
 constexpr std::size_t xsave_size = 4096;
 constexpr std::uint8_t paint = 0xA5;
 
-/** What the assembly below reads and writes: it knows the offsets. */
+/** The data of the assembly below, which uses these offsets. */
 struct alignas(64) Snapshot {
     std::uint64_t general[9] = {};                      // rax, rcx, rdx, rsi, rdi, r8 to r11
     std::uint32_t process = 0;                          // 72
@@ -31,7 +31,7 @@ struct alignas(64) Snapshot {
 static_assert(offsetof(Snapshot, process) == 72 && offsetof(Snapshot, initial) == 128);
 static_assert(offsetof(Snapshot, after) == 128 + xsave_size);
 
-/** Runs body(argument) below `top`, with empty vector registers; then, where asked to, sends this thread a signal. */
+/** Runs body(argument) on the stack below `top`, with zeroed vector registers. Then optionally signals this thread. */
 extern "C" void vrx_residue_run(void (*body)(void*), void* argument, void* top, Snapshot* s, int with_signal);
 asm(R"(
     .text
@@ -122,7 +122,7 @@ void run(const Probe& p, Arena& arena, unsigned which, bool with_signal, Run& re
     result.published = arena.published();
 }
 
-/** All words of 4 bytes in some results, at any place. */
+/** All 4-byte words in the results, at any offset. */
 std::unordered_set<std::uint32_t> words_of(const Run& a) {
     std::unordered_set<std::uint32_t> words;
     for (std::size_t i = 0; i + 4 <= a.published.size(); ++i) {
@@ -138,7 +138,7 @@ struct Component {
     std::size_t offset, size;
 };
 
-/** Where XSAVE puts vector and mask registers. */
+/** The offsets at which XSAVE stores vector and mask registers. */
 std::vector<Component> vector_components() {
     std::vector<Component> all = {{160, 256}};
     for (const unsigned number : {2U, 5U, 6U, 7U}) {
@@ -152,7 +152,10 @@ std::vector<Component> vector_components() {
     return all;
 }
 
-/** Compares words of two runs: those that differ, but not between two runs with the same secrets, nor by results. */
+/**
+ * Finds the words that differ between runs with different secrets. Ignores words that also differ between two runs with
+ * the same secrets, and words that equal a part of a public result.
+ */
 class Difference {
 public:
     Difference(const Run& a, const Run& b) : known_a_(words_of(a)), known_b_(words_of(b)) {}
@@ -254,7 +257,7 @@ Residue probe(const Probe& p) {
         found.general +=
             differs(half(a, 0), half(again, 0), half(b, 0)) || differs(half(a, 1), half(again, 1), half(b, 1));
     }
-    // Control word, and that no register is in use.
+    // Compares the control word and the tag word, which shows that no register is in use.
     constexpr std::uint8_t untouched[] = {0x7f, 0x03, 0, 0, 0};
     found.x87 = std::memcmp(a.registers.after, untouched, sizeof untouched) != 0;
 

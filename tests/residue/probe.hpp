@@ -1,5 +1,5 @@
-// What a call leaves behind, found by running it twice on the same painted stack with different secrets: words that
-// differ below the caller's frame and in registers that the caller does not expect to be kept.
+// Finds the residue of a call. The call runs twice on the same painted stack with different secrets. Residue are the
+// words that then differ, below the caller's frame and in caller-saved registers.
 #ifndef VRX_TESTS_RESIDUE_PROBE_HPP
 #define VRX_TESTS_RESIDUE_PROBE_HPP
 
@@ -14,7 +14,7 @@
 
 namespace vrx::test {
 
-/** The arguments of a call: at the same addresses in every run, with contents that are public, or secret. */
+/** Memory for the arguments of a call. Every run uses the same addresses. Contents are public or secret. */
 class Arena {
 public:
     Arena();
@@ -22,7 +22,7 @@ public:
     Arena& operator=(const Arena&) = delete;
     ~Arena();
 
-    /** Begins a run: the same sequence of demands gets the same addresses; secrets depend on which. */
+    /** Begins a run. Equal sequences of requests get equal addresses. Secret contents depend on `which`. */
     void begin(unsigned which);
 
     template <typename T = std::uint8_t>
@@ -33,7 +33,7 @@ public:
     T* open(std::size_t count = 1) {
         return fill<T>(count, false);
     }
-    /** A result that may be known: words that are equal to a part of it are none of the secret. */
+    /** A public result. Words that equal a part of it are not residue. */
     template <typename T = std::uint8_t>
     T* result(std::size_t count = 1) {
         T* const place = cleared<T>(count);
@@ -75,30 +75,30 @@ private:
     std::vector<std::pair<const std::uint8_t*, std::size_t>> results_;
 };
 
-/** A call, ready to run; it is made in the arena, so that the stack of the call holds nothing else. */
+/** A prepared call. Its arguments are in the arena, not on the stack. */
 using Body = std::function<void()>;
 
 struct Probe {
     std::string name;  // function/what/size
     std::function<Body(Arena&)> prepare;
-    /** Whether registers count, too. */
+    /** True if residue in registers counts, too. */
     bool registers = true;
 };
 
 struct Residue {
     std::size_t stack = 0;    // words of 4 bytes that differ below the caller
-    std::size_t deepest = 0;  // how far below, in bytes
+    std::size_t deepest = 0;  // the depth of the lowest of them, in bytes
     std::size_t used = 0;     // bytes of stack that the call wrote to
     std::size_t vectors = 0;  // words of 4 bytes in vector and mask registers
-    std::size_t general = 0;  // general registers that belong to the callee
+    std::size_t general = 0;  // caller-saved general registers
     std::size_t signal = 0;   // words of 4 bytes in the frame of a signal right after the call
-    bool x87 = false;         // its state was changed
+    bool x87 = false;         // the call changed its state
 
     [[nodiscard]] bool in_registers() const { return vectors != 0 || general != 0 || signal != 0 || x87; }
     [[nodiscard]] bool clean() const { return stack == 0 && !in_registers(); }
 };
 
-/** Whether this processor and system let registers be looked at. */
+/** True if this CPU and system permit reading the registers. */
 bool can_probe();
 
 Residue probe(const Probe& p);

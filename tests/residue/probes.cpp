@@ -12,7 +12,7 @@ constexpr std::uint32_t sizes[] = {8, 16, 24, 32, 40, 64, 128, 256, 512, 1024, 1
 constexpr std::uint32_t odd_sizes[] = {1, 13, 77, 1027};
 constexpr std::uint32_t hash_sizes[] = {8, 16, 31, 32, 33, 64, 100, 256, 1024, 8192};
 
-/** What is called with a random number: bytes of the arena. */
+/** A random source that returns secret bytes of the arena. */
 const std::uint8_t* random_source;
 std::size_t random_left;
 int random_bytes(void* to, std::uint32_t size) {
@@ -29,7 +29,7 @@ void seed_random(Arena& a) {
 
 vrx_data* data_of(Arena& a, std::uint8_t* bytes, std::uint32_t size) { return a.value(vrx_data{size, bytes}); }
 
-/** The S-boxes of the library's own, of a caller's table that came from S-boxes, and of one that came from none. */
+/** Three tables: a built-in one, a custom one made from S-boxes, and one that no S-boxes produce. */
 const vrx_tz* tables(unsigned kind) {
     static const vrx_tz copy = TZ_28147_89[1];
     static const vrx_tz strange = [] {
@@ -41,7 +41,7 @@ const vrx_tz* tables(unsigned kind) {
 }
 const char* const table_names[] = {"", "/copied_table", "/strange_table"};
 
-/** Plaintext is a secret; ciphertext may be known. */
+/** Plaintext is secret; ciphertext is public. */
 struct Text {
     vrx_data* in;
     vrx_data* out;
@@ -472,7 +472,7 @@ void add_curves(Table& t) {
     });
 }
 
-/** Arithmetic with temporaries, whose operands are secret. Its results are secret, too, but not what is returned. */
+/** Arithmetic with temporaries. Operands and results are secret; return values are public. */
 void add_numbers(Table& t) {
     for (const std::uint32_t n : {1U, 2U, 8U, 9U, 10U, 16U, 17U, 32U, 64U}) {
         const std::string name = "/" + std::to_string(n);
@@ -490,7 +490,7 @@ void add_numbers(Table& t) {
         };
         using Digits = const std::uint32_t*;
         using Out = std::uint32_t*;
-        // Those for digits of a fixed number work in registers and leave parts of the operands there.
+        // Functions for fixed digit counts work in registers, and leave parts of the operands there.
         const bool columns = n == 8 || n == 9 || n == 16;
         t.add("mpMultiply" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpMultiply(w, u, v, n); }),
               !columns);
@@ -513,7 +513,7 @@ void add_numbers(Table& t) {
         t.add("mpJacobi" + name, three([=](Out, Digits u, Digits, Digits m) { return mpJacobi(u, m, n); }));
         t.add("mpShortDiv" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpShortDiv(w, u, v[0], n); }));
         t.add("mpShortMod" + name, three([=](Out, Digits u, Digits v, Digits) { return mpShortMod(u, v[0], n); }));
-        // Without temporaries: nothing on the stack; registers hold parts of the operands.
+        // Functions without temporaries leave nothing on the stack, but parts of the operands in registers.
         t.add("mpAdd" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpAdd(w, u, v, n); }), false);
         t.add("mpSubtract" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpSubtract(w, u, v, n); }),
               false);

@@ -1,4 +1,4 @@
-// The calls that take or make secrets, in all modes, directions and sizes.
+// Probes of all calls that take or produce secrets, in all modes, directions and sizes.
 #ifndef VRX_TESTS_RESIDUE_PROBES_HPP
 #define VRX_TESTS_RESIDUE_PROBES_HPP
 

@@ -1,6 +1,6 @@
-// No operation leaves a trace of its operands on the stack. Each runs on a stack of its own, once with each of two sets
-// of operands; whatever then differs between the two stacks was made of an operand. Built optimised, and once more
-// with link-time optimisation, whatever the build type.
+// Tests that no operation leaves traces of its operands on the stack. Each runs on a separate stack, once with each of
+// two sets of operands. Bytes that then differ between the stacks depend on an operand. This test is always built
+// optimised, and a second time with link-time optimisation.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <ucontext.h>
@@ -28,7 +28,7 @@ public:
     OwnStack& operator=(const OwnStack&) = delete;
     ~OwnStack() { munmap(bytes_, stack_size); }
 
-    /** What the stack holds after the call. */
+    /** The content of the stack after the call. */
     void after(const std::function<void()>& call, std::vector<unsigned char>& held) {
         std::memset(bytes_, 0xa5, stack_size);
         body = &call;
@@ -132,7 +132,7 @@ std::size_t traces(const Operation& operation, Operands& operands) {
     OwnStack stack;
     const std::function<void()> call = [&] { operation.run(operands); };
     std::vector<unsigned char> held, before;
-    for (int run = 0; run < 3; ++run) {  // the first one for whatever happens only once
+    for (int run = 0; run < 3; ++run) {  // the first one for one-time initialisation
         before = held;
         operands.fill_next();
         stack.after(call, held);

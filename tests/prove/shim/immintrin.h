@@ -1,4 +1,4 @@
-// The vector instructions that the engines use, on registers of unknown bits: what the processor's manual says of each.
+// The vector instructions that the engines use, on registers of symbolic bits, according to the CPU manuals.
 #ifndef VRX_TESTS_PROVE_IMMINTRIN_H
 #define VRX_TESTS_PROVE_IMMINTRIN_H
 
@@ -8,7 +8,7 @@
 
 namespace vrx::prove {
 
-/** A register of so many bytes. */
+/** A register of `size` bytes. */
 template <unsigned bytes>
 struct Register {
     Byte byte[bytes] = {};
@@ -16,7 +16,7 @@ struct Register {
     [[nodiscard]] Bits bits(unsigned from, unsigned count) const { return circuit::bits(byte + from, count); }
     void set(unsigned from, const Bits& bits) { circuit::store(byte + from, bits); }
 };
-/** A register as floating-point numbers, which nothing is computed with. */
+/** A register of floating-point numbers. No arithmetic uses them. */
 struct Floats : Register<64> {};
 
 template <unsigned count>
@@ -68,7 +68,7 @@ template <unsigned n>
 void store(void* to, const Register<n>& a) {
     std::memcpy(to, a.byte, sizeof a.byte);
 }
-/** Elements of `size` bytes that the mask leaves out are not read. */
+/** Does not read elements of `size` bytes that the mask excludes. */
 template <unsigned size, unsigned n>
 Register<n> load(Register<n> r, const Mask<n / size>& mask, const void* from) {
     for (unsigned i = 0; i < n / size; ++i) {
@@ -85,7 +85,7 @@ Register<n> repeated(const U<m>& value) {
     for (unsigned i = 0; i < n; ++i) r.byte[i] = value.byte[i % (m / 8)];
     return r;
 }
-/** The beginning of a register; what is above it is zero. */
+/** The lower part of a register. The upper part is zero. */
 template <unsigned n, unsigned m>
 Register<n> resized(const Register<m>& a) {
     Register<n> r;
@@ -135,7 +135,7 @@ template <unsigned size, unsigned n>
 Register<n> rotated(const Register<n>& a, int left) {
     return by_element<size>(a, [left](const Bits& x) { return circuit::rotated(x, left); });
 }
-/** In each lane of 16 bytes the elements of one half of a and b in turn. */
+/** Interleaves the elements of one half of a and b, in each lane of 16 bytes. */
 template <unsigned size, unsigned n>
 Register<n> unpacked(const Register<n>& a, const Register<n>& b, bool high) {
     Register<n> r;
@@ -146,7 +146,7 @@ Register<n> unpacked(const Register<n>& a, const Register<n>& b, bool high) {
     }
     return r;
 }
-/** Bytes of the same lane by the lower four bits of an index; 0 where its highest bit is set. */
+/** Looks up bytes of the same lane by the lower four bits of each index; 0 if the highest bit is set. */
 template <unsigned n>
 Register<n> shuffled(const Register<n>& a, const Register<n>& index) {
     Register<n> r;
@@ -162,7 +162,7 @@ Register<n> shuffled(const Register<n>& a, const Register<n>& index) {
     }
     return r;
 }
-/** Bytes of a table by the lower bits of an index. */
+/** Looks up bytes of a table by the lower bits of each index. */
 template <unsigned n>
 Register<n> permuted(const std::vector<Bits>& table, const Register<n>& index) {
     return by_element<1>(index, [&](const Bits& at) {
@@ -385,7 +385,7 @@ inline __m512i _mm512_mask_set1_epi64(const __m512i& otherwise, const __mmask8& 
 }
 inline __m512 _mm512_castsi512_ps(const __m512i& a) { return {a}; }
 inline __m512i _mm512_castps_si512(const __m512& a) { return a; }
-/** Of each lane two words of a, then two of b. */
+/** Selects two words of a, then two of b, in each lane. */
 inline __m512 _mm512_shuffle_ps(const __m512& a, const __m512& b, int order) {
     __m512 r;
     for (unsigned i = 0; i < 64; ++i) {
@@ -394,7 +394,7 @@ inline __m512 _mm512_shuffle_ps(const __m512& a, const __m512& b, int order) {
     }
     return r;
 }
-/** What the cast leaves undefined is the same unknown byte everywhere. */
+/** Bytes that the cast leaves undefined are all the same unknown byte. */
 inline __m512i _mm512_castsi128_si512(const __m128i& a) {
     __m512i r = vrx::prove::resized<64>(a);
     for (unsigned i = 16; i < 64; ++i) r.byte[i] = vrx::prove::circuit::undefined();
