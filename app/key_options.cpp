@@ -28,19 +28,18 @@ std::vector<Option> password_options(PasswordOptions& options) {
 }
 
 std::vector<Option> key_password_options(PasswordOptions& options) {
-    return {
-        text_option("password-file", 0, "FILE",
-                    "the password of an encrypted key file, a file of one line; without it\nthe program asks on the "
-                    "terminal",
-                    options.file),
-        text_option("password-fd", 0, "N", "the same, from a file descriptor that is open", options.fd)};
+    return {text_option("password-file", 0, "FILE",
+                        "a file with the password of the key file, in one line; without it, the\nprogram asks on the "
+                        "terminal",
+                        options.file),
+            text_option("password-fd", 0, "N", "the same, from a file descriptor that is open", options.fd)};
 }
 
 void check_usage(const Command& command, const PasswordOptions& options, const std::vector<std::string>& others) {
     check_usage(command, options);
     const bool taken = options.file == "-" || options.fd == "0";
     if (taken && std::find(others.begin(), others.end(), "-") != others.end())
-        throw WrongUse(command, "standard input cannot be both the password and what the command reads");
+        throw WrongUse(command, "standard input cannot be both the password and the input of the command");
 }
 
 std::vector<Option> lock_options(Lock& lock) {

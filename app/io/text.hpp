@@ -23,7 +23,7 @@ std::string to_hex(std::uint32_t number);
 /** The same for secrets, in constant time: write the digits to the caller's buffer, two for each octet. */
 void to_hex(std::span<const std::uint8_t> octets, std::span<char> text);
 
-/** Whether a text consists of hexadecimal digits, in constant time. */
+/** True if a text consists of hexadecimal digits. Constant-time. */
 [[nodiscard]] bool is_hex(std::string_view text);
 
 /**

@@ -43,7 +43,7 @@ constexpr std::uint8_t character(std::uint32_t bits) {
                                      (mask_between(bits, 62, 62) & '+') | (mask_between(bits, 63, 63) & '/'));
 }
 
-/** Whether a character is blank, which is public. */
+/** True if a character is blank. Blanks are public. */
 bool is_blank(std::uint32_t c) {
     return declassify(((mask_between(c, ' ', ' ') | mask_between(c, '\t', '\n') | mask_between(c, '\r', '\r')) & 1) !=
                       0);
@@ -59,7 +59,7 @@ std::string_view next_line(std::string_view& text) {
     return line;
 }
 
-/** Whether a line may be the first or last one of a PEM block. Lines of base64 are not. */
+/** True if a line may be the first or last line of a PEM block. A line of base64 never is. */
 bool has_dashes(std::string_view line) { return !line.empty() && declassify(line.front() == dashes.front()); }
 
 }  // namespace

@@ -24,7 +24,7 @@ constexpr std::uint8_t version_zero[] = {der::integer, 0x01, 0x00};
 
 constexpr std::size_t salt_size = 32;
 
-/** Whether the next field of a sequence is this object identifier. */
+/** True if the next field of a sequence is this object identifier. */
 bool starts_with(der::Reader& fields, Part identifier) {
     const auto found = fields.next_whole(der::object_identifier);
     return found && std::ranges::equal(*found, identifier);

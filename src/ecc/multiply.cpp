@@ -11,7 +11,7 @@ using namespace vrx::ecc;
 
 namespace {
 
-/** r = the result of multiple(domain) in the domain of a set. Nothing else is left of the scalar. */
+/** r = the result of multiple(domain) in the domain of a set. Erases all other traces of the scalar. */
 template <typename Multiple>
 void multiple_in_domain(EcPoint& r, const EcParamSet& set, const Multiple& multiple) {
     vrx::secret_work<vrx::depth::curves>(

@@ -1,10 +1,10 @@
-// Assembly, since a compiler may put anything on the stack and into registers of what it compiles.
+// Erases the stack and registers, in assembly: a compiler may use stack and registers in any way.
 #include "frame/secret_work.hpp"
 
-// The C++ compiler neither sees the registers nor the stack below the caller, so nothing of this can be optimised away.
+// Compilers do not analyse this code, so they cannot optimise it away.
 //
-// The stack pointer is moved first: what lies below it is nobody's, to a signal handler and to valgrind. Pages are
-// touched from the top down, as a thread's stack grows. All stores but the first are aligned.
+// The stack pointer moves first, because signal handlers and valgrind treat memory below it as unused. Stores touch
+// pages from the top down, in the direction in which a stack grows. All stores except the first are aligned.
 asm(R"(
     .text
 
@@ -24,7 +24,7 @@ asm(R"(
     and $-32, %rax
     .endm
 
-    // Of general registers those that belong to the callee.
+    // Zeroes the caller-saved general registers.
     .macro vrx_erase_end name
     mov %rdx, %rsp
     .cfi_def_cfa_register %rsp
@@ -55,7 +55,7 @@ asm(R"(
     ja 1b
     .endm
 
-    // A VEX instruction zeroes the upper parts as well; vzeroupper says so to SSE instructions that follow.
+    // VEX instructions also zero the upper parts. vzeroupper avoids a penalty in later SSE instructions.
     .macro vrx_erase_low_vectors
     .irp n, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15
     vpxor %xmm\n, %xmm\n, %xmm\n
@@ -95,7 +95,7 @@ asm(R"(
     .endr
     vrx_erase_end vrx_erase_sse2
 
-    // copy_secret() for at most 64 bytes: two overlapping loads of the largest size that fits, then as many stores.
+    // copy_secret() for at most 64 bytes: two overlapping loads of the largest size that fits, then two such stores.
     .globl vrx_copy_short
     .hidden vrx_copy_short
     .type vrx_copy_short, @function

@@ -1,4 +1,4 @@
-// Work on secrets that leaves none of them behind: neither on the stack nor in registers.
+// Runs work on secrets, and then erases the stack and the registers that it used.
 #ifndef VRX_FRAME_SECRET_WORK_HPP
 #define VRX_FRAME_SECRET_WORK_HPP
 
@@ -12,14 +12,14 @@
 namespace vrx {
 
 /**
- * How far below their caller functions may leave secrets, in bytes, with every compiler and level of optimisation.
- * tests/residue fails where one is too small. Without optimisation every variable has a place of its own.
+ * Stack depths in bytes, below the caller, to which functions may leave secrets, for all compilers and optimisation
+ * levels. tests/residue fails if one is too small. Without optimisation, every variable has its own stack slot.
  */
 namespace depth {
 #if defined(__OPTIMIZE__)
-inline constexpr std::size_t sha1 = 256;  // on SHA instructions; twice that without
-inline constexpr std::size_t hash = 1280;  // next to a table that is looked at before
-inline constexpr std::size_t hmac = 3072;  // in one call, which holds the pads
+inline constexpr std::size_t sha1 = 256;   // with SHA instructions; twice that without them
+inline constexpr std::size_t hash = 1280;  // without the table, which the caller inspects first
+inline constexpr std::size_t hmac = 3072;  // in one call, including the pads
 inline constexpr std::size_t derivation = 8192;
 inline constexpr std::size_t curves = 16384;
 inline constexpr std::size_t scalar = 2048;  // a number modulo the order
@@ -41,7 +41,7 @@ inline constexpr std::size_t inversion = 16384;
 #endif
 }  // namespace depth
 
-/** Zeroes what lies below the caller's frame, and all registers that a function may change, but for x87. */
+/** Zeroes the stack below the caller's frame, and all caller-saved registers except x87. */
 using Erase = void (*)(std::size_t depth) noexcept;
 
 extern "C" {
@@ -53,11 +53,11 @@ extern "C" {
 
 struct Eraser : cpu::EngineInfo {
     Erase run;
-    /** Leaves out the registers that only AVX-512 has. */
+    /** The same without the registers that only AVX-512 has. */
     Erase run_low;
 };
 
-/** The C library may use the widest registers of a CPU for copies, whatever the engines here do. */
+// Selected by the CPU alone: the C library may copy with the widest registers, even if no engine uses them.
 inline constexpr Eraser erasers[] = {
     {{"avx512", "", cpu::avx512f | cpu::avx512vl}, vrx_erase_avx512, vrx_erase_avx},
     {{"avx", "", cpu::avx}, vrx_erase_avx, vrx_erase_avx},
@@ -69,14 +69,14 @@ extern cpu::Choice<erasers> eraser;
 /** The registers that work may use. */
 enum class Registers {
     all,
-    low  // none that only AVX-512 has: for work that calls nothing of the C library, whose copies use them
+    low  // all but those of AVX-512: for work that does not call the C library, whose copies use them
 };
 
 /**
- * What body() returns, which is none of the secrets. Its variables, all that the compiler kept next to them, and those
- * of the functions that it calls are zeroed, and so are the registers.
+ * Runs body() and returns its result, which must not be secret. Then zeroes the registers and the stack that body() and
+ * its callees used.
  *
- * @param depth  how far below the caller they may lie, a multiple of 128: see the namespace
+ * @param depth  the stack depth to zero, a multiple of 128: see the namespace `depth`.
  */
 template <Registers registers = Registers::all, typename Body>
 [[gnu::always_inline]] inline auto secret_work(std::size_t depth, Body body) {
@@ -103,10 +103,10 @@ auto secret_work(Body body) {
     return secret_work(depth, body);
 }
 
-/** Copies up to 64 bytes and leaves none of them in registers: for calls that do no more than fill a buffer. */
+/** Copies up to 64 bytes and leaves none of them in registers. For calls that only fill a buffer. */
 inline void copy_secret(void* to, const void* from, std::size_t size) {
 #if defined(VRX_SANITIZED)
-    if (size != 0) std::memcpy(to, from, size);  // the sanitizers look at the bounds here
+    if (size != 0) std::memcpy(to, from, size);  // so that sanitizers check the bounds
 #else
     vrx_copy_short(to, from, size);
 #endif

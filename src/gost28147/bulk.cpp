@@ -10,7 +10,7 @@ namespace vrx::gost28147::bulk {
 namespace {
 
 /**
- * Whether blocks may be read before earlier ones are written. A step of an engine reads all its input first. The result
+ * True if blocks may be read before earlier ones are written. A step of an engine reads all its input first. The result
  * differs from that of the plain order only if a block's output overwrites later input of the same step, that is, if
  * out lies after in by less than the widest step and less than the run.
  */

@@ -41,7 +41,7 @@ const vrx_tz* find_table(const std::uint8_t* oid, std::uint32_t oid_len, const v
 int transform(const vrx_tz& table, const std::uint8_t* data, std::uint32_t len, std::uint8_t* out) {
     if (const int rc = checks::update(data, len)) return log::failed("GOSTR3411_Update", rc);
     if (const int rc = checks::final(out)) return log::failed("GOSTR3411_Final", rc);
-    const Substitution by(table);  // of nothing secret, and large
+    const Substitution by(table);  // public, and large: not part of the secret work
     vrx::secret_work<vrx::depth::hash>([&] {
         State s{};
         finish(s, data, len, by);

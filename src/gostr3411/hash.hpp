@@ -39,10 +39,10 @@ void start(GOSTR3411_CTX& ctx);
 /** Resets the context and copies `table` into it. `table` may be the context's own. */
 void init(GOSTR3411_CTX& ctx, const vrx_tz& table);
 
-/** Whether data fills the buffer in part: it is put there then, and nothing of it is left elsewhere. */
+/** If data does not complete a block, buffers it without leaving copies elsewhere, and returns true. */
 [[nodiscard]] bool waits(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len);
 
-// `by` is the context's table.
+// In these functions, `by` is the context's own table.
 
 void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len, const Substitution& by);
 inline void update(GOSTR3411_CTX& ctx, const std::uint8_t* data, std::size_t len) {

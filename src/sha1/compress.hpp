@@ -12,7 +12,7 @@
 
 namespace vrx::sha1 {
 
-/** A to E, wherever they are kept. */
+/** A view of the words A to E. */
 using Digest = std::span<std::uint32_t, 5>;
 
 inline constexpr std::size_t block_size = 64;

@@ -23,14 +23,14 @@ void process(sha_context* ctx, const std::uint8_t* data, std::size_t blocks) {
     compress(Digest(ctx->digest), data, blocks);
 }
 
-/** What body() does, with nothing left of it. */
+/** Runs body(), and erases the stack and registers that it used. */
 template <typename Body>
 void traceless(Body body) {
     const bool portable = engine().run == compress_portable;
     vrx::secret_work<vrx::Registers::low>(portable ? 2 * vrx::depth::sha1 : vrx::depth::sha1, body);
 }
 
-/** Takes in at least what completes the block that waits, of which `before` bytes have come. */
+/** Processes input that completes the buffered block, of which `before` bytes are present, and buffers the rest. */
 void process_from(sha_context* ctx, std::size_t before, const std::uint8_t* buffer, std::uint64_t count) {
     vrx::Input rest{buffer, count};
     vrx::Blockwise<block_size> block(bytes(ctx), before);

@@ -87,7 +87,7 @@ template <bool with_quotient>
     *remainder = rest >> shift;
 }
 
-/** The same, leaving no trace of d, which the compiler may keep in the frame of the caller, nor of the remainder. */
+/** The same, and erases all copies of the remainder and of d, including `d` in the caller's frame. */
 template <bool with_quotient>
 Digit short_remainder(Digit* q, const Digit* u, Digit& d, std::uint64_t n) {
     Workspace<1> space;
