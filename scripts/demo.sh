@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Usage: demo.sh PROGRAM FILE [NAME]
-# Encrypts, signs and sends FILE with the program vrx, step by step, and checks every step. NAME is how the file is
-# called in what is printed.
+# Encrypts, signs and sends FILE with the program vrx, step by step, and checks every step. NAME is the
+# file's name in the output.
 set -euo pipefail
 readonly vrx=$1 file=$2 name=${3:-$2}
 
@@ -9,7 +9,7 @@ differs() {
     echo "demo: $*" >&2
     exit 1
 }
-# A check has to fail: exit code 1, while 2 means trouble.
+# Runs a check that must fail with exit code 1. Code 2 would be an error.
 refused() {
     local code=0
     "$@" >answer 2>&1 || code=$?

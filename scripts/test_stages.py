@@ -69,7 +69,7 @@ def read_results(path, outcome):
     """The counts of a JUnit file; a test that leaves out a part of itself says so in a line "skipped: REASON"."""
     for case in ElementTree.parse(path).getroot().iter("testcase"):
         name, status, output = case.get("name"), case.get("status"), case.findtext("system-out") or ""
-        # As this project's own tests say it, and as GoogleTest does, which puts the reason on a line of its own.
+        # The formats of this project's own tests and of GoogleTest, which prints the reason on a separate line.
         reasons = re.findall(r"^.*\bskipped: (.*)$|: Skipped\n(.*)$", output, re.MULTILINE)
         reasons = [own or others for own, others in reasons]
         if status == "run":

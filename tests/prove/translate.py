@@ -1,17 +1,18 @@
 #!/usr/bin/env python3
-"""The library's sources with other integers: what a proof includes in place of src/ and include/.
+"""Copies the library's sources with symbolic integers, for proofs to include in place of src/ and include/.
 
 Usage: translate.py SOURCE OUT
 
-Every std::uint32_t becomes prove_uint32, every unsigned __int128 becomes prove_uint128, and so on; a proof defines
-these names before it includes anything from here, as types that build terms for a solver. The other changes are below,
-each with the number of places where it has to apply: where it does not, the source has changed, and so must the rule.
+Every std::uint32_t becomes prove_uint32, every unsigned __int128 becomes prove_uint128, and so on. A proof defines
+these names, as types that build terms for a solver, before it includes anything from here. The other replacements are
+listed below, each with the number of places where it must apply. If the number differs, the source has changed, and the
+rule must be adapted.
 """
 import pathlib
 import re
 import sys
 
-# Everywhere. Empty assembly only keeps compilers from moving code.
+# In all files. Empty asm statements only keep compilers from moving code.
 GENERAL = [
     (r'\b(?:std::)?(u?int(?:8|16|32|64))_t\b', r'prove_\1'),
     (r'__extension__ using u128 = unsigned __int128;', 'using u128 = prove_uint128;'),
@@ -19,7 +20,7 @@ GENERAL = [
     (r'^( *)asm\(""( :[^;]*)?\);[^\n]*$', r'\1;'),
 ]
 
-# In the folders of engines: what goes into registers of unknown bits.
+# In the folders of engines: values that are moved into registers of symbolic bits.
 ENGINES = ('gost28147/', 'gostr3411/', 'tz/')
 OF_ENGINES = [
     (r'static_cast<int>\(', 'prove_int('),
@@ -27,22 +28,22 @@ OF_ENGINES = [
     (r'static_cast<long long>\(', 'prove_longlong('),
 ]
 
-# The hash's table of three look-ups, wherever it is.
+# The hash's table for three look-ups, in all files that use it.
 WIDE = [(r'std::uint32_t (low|middle|high)\[(\d+)\];', r'prove_array<prove_uint32, \2> \1;', (0, 3))]
 
 # file: (pattern, replacement, places)
 SPECIAL = {
-    # Without the chains of carries in assembly, which tests compare with these lines.
+    # Without the assembly carry chains. Tests compare those with this C++ code.
     'ecc/uint256/words.hpp': [
         (r'(inline constexpr bool has_assembly =)[^;]*;', r'\1 false;', 1),
     ],
-    # Tables are read at unknown indices.
+    # Symbolic indices read these tables.
     'vrx/tz.h': [
         (r'uint32_t t\[4\]\[256\];', 'prove_array<prove_array<prove_uint32, 256>, 4> t;', 1),
     ],
     'tz/sboxes.hpp': WIDE,
     'gostr3411/wide_table.hpp': WIDE,
-    # Maps over octets are known.
+    # Maps over octets are constants.
     'gostr3411/linear.hpp': [
         (r'using OctetMap = Octets<std::uint32_t>', 'using OctetMap = Octets<unsigned>', 1),
     ],
@@ -74,7 +75,7 @@ def main():
             target = out / name
             target.parent.mkdir(parents=True, exist_ok=True)
             text = translated(str(name), path.read_text())
-            # What is as it was keeps its time, and nothing is compiled again.
+            # Unchanged files keep their time stamps, so they are not compiled again.
             if not target.exists() or target.read_text() != text:
                 target.write_text(text)
 

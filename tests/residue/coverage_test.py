@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Every exported function is probed for what it leaves of secrets, or is listed here with the reason why not."""
+"""Checks that every exported function is probed for residue of secrets, or is listed here with a reason."""
 
 import re
 import subprocess

@@ -1,6 +1,6 @@
 #!/bin/sh
-# What calls leave of their secrets, for each compiler and level of optimisation: builds the library into DIRECTORY as a
-# user would, and probes it. Usage: figures.sh PROJECT DIRECTORY [COMPILER/LEVEL...]
+# Builds the library into DIRECTORY as a user would, for each compiler and optimisation level, and prints what calls
+# leave of their secrets. Usage: figures.sh PROJECT DIRECTORY [COMPILER/LEVEL...]
 set -eu
 project=$1
 place=$2
