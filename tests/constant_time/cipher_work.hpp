@@ -24,7 +24,7 @@ inline constexpr std::array parallel_modes{gost28147::Mode::ecb_encrypt, gost281
                                            gost28147::Mode::cbc_decrypt, gost28147::Mode::counter,
                                            gost28147::Mode::cfb_decrypt};
 
-/** Each block waits for the one before it. */
+/** Each block depends on the previous one. */
 inline constexpr std::array chained_modes{gost28147::Mode::cbc_encrypt, gost28147::Mode::cfb_encrypt,
                                           gost28147::Mode::mac};
 

@@ -86,7 +86,7 @@ bool multiples(const EcParamSet& set, Number k) {
     return epMultPP(&r, k.digits, &set) == VRX_OK && epMultJ(&r, &set.pp[1], k.digits, &set) == VRX_OK;
 }
 
-/** The engine of a name. valgrind runs ADX instructions, but CPUID does not show them. */
+/** Finds an engine by name. valgrind runs ADX instructions, but CPUID does not show them. */
 const vrx::field::Engine* engine_named(const std::string& name) {
     if (name != vrx::field::engine_adx.name) return vrx::test::engine_named(name);
     if ((vrx::cpu::features() & vrx::cpu::avx2) == 0) std::exit(77);

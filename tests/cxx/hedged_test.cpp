@@ -97,7 +97,8 @@ TEST(CxxHedged, thread_state_is_wiped) {
 }
 
 TEST(CxxHedged, invalid_signature_is_not_returned) {
-    // q + 1 is not a private key, although the equation holds as for 1. With a corrupt record no signature is valid.
+    // q + 1 is not a valid private key, although the equation holds for it, as it does for 1. With a corrupt record no
+    // signature is valid.
     vrx::Curve broken = vrx::curve(vrx::CurveId::a);
     broken.b[0] ^= 1;
     const std::uint32_t d[VRX_ECC_DIGITS] = {5};

@@ -253,7 +253,7 @@ TEST_P(borders, a_set_with_one_bit_changed_takes_the_general_domain) {
         flip(set.q, VRX_ECC_DIGITS);
         flip(set.G.x, VRX_ECC_DIGITS);
         flip(set.G.y, VRX_ECC_DIGITS);
-        // Not the top digit of p: any p up to 2^256 will do, even or short.
+        // The top digit of p stays unchanged, because p must be below 2^256. It may be even or short.
         flip(set.p, VRX_ECC_DIGITS - 1);
     }
     flip(&set.has_precomp, 1);
@@ -347,7 +347,7 @@ TEST_P(borders, verification_reaches_the_engine_for_valid_points) {
     EXPECT_EQ(counts(other, key), sum);
     q.copy_to(other.s);
     EXPECT_EQ(counts(other, key), sum);
-    // An r that no x can leave is rejected at once.
+    // No x modulo q equals these r, so the signature is rejected before any computation.
     for (const Digits& r : {Digits(), q, plus(q, 1), power_of_2(256), power_of_2(287)}) {
         other = sig;
         r.copy_to(other.r);

@@ -34,7 +34,7 @@ protected:
     void add_point(const vrx::ecc::Jacobian<vrx::ecc::Residue>& p) {
         for (const auto* coordinate : {&p.x, &p.y, &p.z}) add(Digits(coordinate->number().digits));
     }
-    /** A scalar and the points on the way to the multiple, as far as each method has any. */
+    /** Adds a scalar and intermediate points of the method that computes its multiple. */
     void add_scalar(const Digits& n, const EcPoint& base) {
         using namespace vrx::ecc;
         add(n);
@@ -42,7 +42,7 @@ protected:
         const Affine<Residue> p = load(base, set);
         if (set.has_precomp == 1) {
             add_point(multiple_by_table<Residue>(scalar, [&](unsigned m) { return load(set.pp[m], set); }));
-            // From the top: after the first 128 bits, and at the end.
+            // Left to right: the points after the first 128 bits and at the end.
             Digits half = n;
             mpShiftRight(half.data(), half.data(), 128, VRX_ECC_DIGITS);
             add_point(multiple_from_top(p, load(half.data())));
@@ -56,7 +56,7 @@ protected:
             add(Digits(r.y));
             mpShiftRight(half.data(), n.data(), 100, VRX_ECC_DIGITS);
             add(half);
-            secrets.back().resize(16);  // no zeros: they are everywhere
+            secrets.back().resize(16);  // without the leading zeros, which occur everywhere
         }
     }
     Digits product(const Digits& u, const Digits& v) {
@@ -106,7 +106,7 @@ TEST_P(wiping, what_is_left_does_not_depend_on_keys_and_nonces) {
     EcSignature sig;
     EcPoint q;
     std::uint8_t kek[VRX_KEK_SIZE];
-    for (unsigned i = 0; i < 3; ++i) {  // the first run sets up what the others find
+    for (unsigned i = 0; i < 3; ++i) {  // the first run does one-time work
         ASSERT_EQ(Getbig_RND(random_bytes, nonce.data(), set.q), 0);
         ASSERT_EQ(Getbig_RND(random_bytes, d.data(), set.q), 0);
         signing[i] = stack_after([&] { ecSign(&set, digest, next_nonce, d.data(), &sig); });
@@ -121,7 +121,7 @@ TEST_P(wiping, what_is_left_does_not_depend_on_keys_and_nonces) {
     EXPECT_EQ(words_of_secrets(agreeing[2], agreeing[1], {}), 0u);
 }
 
-// The instrument: without the wiping, the scalar or what was made of it is seen.
+// Control: without wiping, the search finds the scalar or values derived from it.
 TEST_P(wiping, a_multiple_without_wiping_is_found) {
     add_scalar(k, set.G);
     EcPoint r;
@@ -194,7 +194,7 @@ TEST_P(wiping, multiples_leave_nothing_of_the_scalar) {
     expect_none_left([&] { epMult(&r, &key, k.data(), &set); });
 }
 
-/** The keys that eight rounds of diversification start with, and the last one's result. */
+/** The keys before each of the eight rounds of diversification, and the result of the last round. */
 std::vector<Bytes> diversified_keys(const vrx_tz& tz, const Bytes& key, const Bytes& ukm) {
     std::vector<Bytes> keys = {key};
     for (const std::uint8_t byte : ukm) {
@@ -212,7 +212,7 @@ std::vector<Bytes> diversified_keys(const vrx_tz& tz, const Bytes& key, const By
     return keys;
 }
 
-/** Whether a word of a key lies somewhere in memory. A random one may, in some runs of ten thousand. */
+/** True if memory contains a word of the key. This happens by chance in a few of ten thousand runs. */
 bool holds_word_of(const Bytes& memory, const Bytes& key) {
     for (std::size_t i = 0; i < key.size(); i += 4)
         for (std::size_t at = 0; at + 4 <= memory.size(); at += 4)

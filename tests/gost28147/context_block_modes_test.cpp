@@ -57,7 +57,7 @@ TEST(BlockModes, too_small_an_output_is_refused_and_consumes_nothing) {
         EXPECT_EQ(result.output, Bytes(15, 0xEE));
         EXPECT_EQ(difference(ctx, before), "");
     }
-    // Fewer bytes than the input are enough where some of them wait.
+    // The capacity may be smaller than the input, because the context holds back a partial block.
     vrx_crpt_ctx ctx = s.open(VRX_MODE_SS);
     EXPECT_EQ(update(ctx, counted(15), 8).rc, VRX_OK);
 }
@@ -103,7 +103,7 @@ TEST(BlockModes, failed_engine_is_retried_and_the_held_count_stays) {
 }
 
 TEST(BlockModes, failed_meshing_resets_the_count_before_the_retry) {
-    // The first call meshes in vain and starts a new section; the second finds nothing to mesh.
+    // The first call fails to mesh, but starts a new section. Therefore the second call does not mesh.
     Sample s;
     vrx_crpt_ctx ctx = s.open(VRX_MODE_SS, 1, 1);
     ctx.table.initialised = 0;

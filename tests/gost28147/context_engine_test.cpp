@@ -76,7 +76,7 @@ TEST(ContextEngine, without_meshing_is_one_call_that_clears_the_flags) {
     const Sample s;
     for (const std::uint32_t mode : {1u, 2u, 3u, 4u}) {
         vrx_crpt_ctx ctx = s.open(mode);
-        ctx.initialised = 0;  // not looked at
+        ctx.initialised = 0;  // ignored
         const CallResult result = run_engine(ctx, counted(2048), 3000);
         EXPECT_EQ(result.rc, VRX_OK);
         EXPECT_EQ(result.length, 2048u);
@@ -187,7 +187,7 @@ TEST(ContextEngine, final_flag_across_a_section_border_drops_the_first_flag) {
     const CallResult result = run_engine(with_final, counted(1032), 1032);
     EXPECT_EQ(result.rc, VRX_OK);
     EXPECT_EQ(hex(result.output), hex(run_engine(unprepared, counted(1032), 1032).output));
-    // Within a section it is not lost.
+    // If the data fits in one section, the flag is not lost.
     with_final = s.open(VRX_MODE_GAMM, 1, 1);
     with_final.flags = VRX_FLAG_FIRST | VRX_FLAG_PAD;
     vrx_crpt_ctx prepared = s.open(VRX_MODE_GAMM, 1, 1);

@@ -73,7 +73,7 @@ TEST(Streams, partial_cnt_block_keeps_output_and_unused_key_stream) {
     updated(ctx, unhex("a1a2a3"));
     EXPECT_EQ(hex(ctx.block), hex(expected));
     EXPECT_EQ(ctx.block_len, 5u);
-    // What is used stays in the block.
+    // Used bytes of key stream stay in the block.
     updated(ctx, unhex("b1b2"));
     EXPECT_EQ(hex(ctx.block), hex(expected));
     EXPECT_EQ(ctx.block_len, 3u);

@@ -138,7 +138,7 @@ TEST_P(EveryEngine, counters_around_the_carry) {
     for (const std::uint32_t n2 : {0x00000000U, 0x00000001U, 0x01010103U, 0x01010104U, 0xFEFEFEFAU, 0xFEFEFEFBU,
                                    0xFEFEFEFCU, 0xFFFFFFFEU, 0xFFFFFFFFU})
         for (std::uint32_t steps = 0; steps < 140; steps += 1 + steps / 3) {
-            // So many steps before the carry.
+            // `steps` steps before the carry.
             const std::uint32_t start[2] = {random_.word(), n2 - steps * 0x01010104U};
             Bytes reg(block);
             std::memcpy(reg.data(), start, block);

@@ -366,7 +366,7 @@ TEST(Meshing, a_mac_keeps_its_state_and_meshes_key_and_vector) {
 }
 
 TEST(Meshing, failed_meshing_logs_twice_and_block_modes_ignore_it) {
-    // The two calls of ECB report the table as well. CBC is silent.
+    // In ECB mode, the two calls of the mode function also log the table. CBC logs nothing.
     for (const std::uint32_t mode : {unsigned{VRX_MODE_SS}, unsigned{VRX_MODE_CBC}}) {
         Sample s;
         vrx_crpt_ctx ctx = open_context(s, mode, 1);

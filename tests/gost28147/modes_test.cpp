@@ -123,7 +123,7 @@ TEST_P(EveryCipher, overlapping_buffers_are_taken_block_after_block) {
     };
     for (std::ptrdiff_t backwards = -304; backwards <= 0; ++backwards) ASSERT_TRUE(overlap(backwards));
     for (std::ptrdiff_t forwards = 8; forwards <= 304; forwards += 8) ASSERT_TRUE(overlap(forwards));
-    // Farther than a block, any distance reads whole blocks only.
+    // At distances above one block, each block is read before it is overwritten.
     for (std::ptrdiff_t forwards = 9; forwards <= 100; ++forwards) ASSERT_TRUE(overlap(forwards));
 }
 
@@ -135,7 +135,7 @@ TEST_P(EveryCipher, long_overlapping_buffers_are_taken_block_after_block) {
         const Call call{GetParam(), round % 2, VRX_FLAG_FIRST, 0};
         Place at;
         at.in = 6000 + random.below(8);
-        // Few blocks apart, or many; forwards by whole blocks.
+        // Small and large distances. A later output starts at a multiple of the block size.
         const std::uint32_t distance = random.below(random.coin() ? 130 : 5000);
         at.out = random.coin() ? at.in - distance : at.in + distance / 8 * 8;
         at.iv = 19000;
@@ -754,7 +754,7 @@ TEST(Modes, both_counter_words_wrap_within_one_buffer) {
     for (const std::uint32_t low : words)
         for (const std::uint32_t high : words)
             for (std::uint32_t blocks_before = 0; blocks_before < 12; ++blocks_before) {
-                // Both words reach the value in the middle of the buffer, wherever wide code has its borders.
+                // Both words reach the edge value inside the buffer, at every position within a vector.
                 Place at;
                 at.in = 33;
                 at.out = 1000;

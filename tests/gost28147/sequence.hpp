@@ -52,8 +52,7 @@ public:
     }
 
     bool step() {
-        // A section is overrun only where blocks were counted from an odd start; the engine has no use for such a
-        // count.
+        // The count exceeds a section only after counting from an odd start. The engine does not support such counts.
         if (twins_.record().mesh_count > VRX_MESHING_SECTION)
             twins_.poke([](vrx_crpt_ctx& ctx) { ctx.mesh_count = 0; });
         switch (random_.below(24)) {
@@ -90,7 +89,7 @@ private:
         return random_.coin() ? 1 : others[random_.below(others.size())];
     }
 
-    /** Fields that a caller may change, within what their meaning allows. */
+    /** Changes fields that a caller may change, to valid values. */
     bool poke() {
         const std::uint32_t value = random_.word();
         const Bytes bytes = random_.bytes(32);
@@ -207,7 +206,7 @@ private:
         return twins_.run(stream, at).has_value();
     }
 
-    /** A place for the output: apart, in place, or at an overlap for which the result is defined. */
+    /** An offset for the output: separate, in place, or with an overlap that has a defined result. */
     std::size_t place(const Buffers& at, bool by_engine, bool feedback, bool nothing_held) {
         if (random_.below(3) == 0) return 5600 - at.in > at.length ? 5600 + random_.below(8) : 0;
         if (by_engine && !nothing_held) return 0;

@@ -50,7 +50,7 @@ struct TwinMemory {
         model = library;
     }
     [[nodiscard]] bool equal() const { return library == model; }
-    /** Where the copies differ first, for messages. */
+    /** The position of the first difference, for messages. */
     [[nodiscard]] std::string difference() const;
 };
 

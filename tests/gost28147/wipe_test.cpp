@@ -143,7 +143,7 @@ std::string left_by(const Call& call) {
             Bytes twice(word, word + 4);
             twice.insert(twice.end(), word, word + 4);
             wanted.emplace_back(std::string(what) + ", a word", twice);
-            // In the form of the engines that work on planes of bytes: negated, and repeated in all bytes of a vector.
+            // The form in engines with planes of bytes: negated bytes, repeated in all bytes of a vector.
             Bytes planes(4, static_cast<std::uint8_t>(-word[0]));
             planes.insert(planes.end(), 4, static_cast<std::uint8_t>(-word[1]));
             if (word[0] != word[1]) wanted.emplace_back(std::string(what) + ", bytes", planes);

@@ -147,7 +147,7 @@ TEST_F(PbaTest, shorter_outputs_are_prefixes_of_longer_ones) {
 }
 
 TEST_F(PbaTest, further_blocks_continue_the_hash_even_with_a_full_buffer) {
-    const Bytes password = random.bytes(40);  // more than one block, so that its end stays in the buffer
+    const Bytes password = random.bytes(40);  // more than one block, so the buffer holds its end
     EXPECT_EQ(hex(derive(password, password, 1, 3, 96)), hex(model(password, password, 1, 3, 96)));
     EXPECT_EQ(hex(derive(password, {}, 1, 3, 96)), hex(model(password, {}, 1, 3, 96)));
     EXPECT_EQ(hex(derive({}, Bytes(32, 0xff), 1, 3, 96)), hex(model({}, Bytes(32, 0xff), 1, 3, 96)));

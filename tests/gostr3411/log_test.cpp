@@ -63,7 +63,7 @@ const std::string find_failed = "oidFindGOSTR3411Par: unsupported OID\noidFindGO
 
 std::vector<Row> hash_rows() {
     return {
-        // Init bears the name of the function that it is a case of.
+        // GOSTR3411_Init() logs the name of GOSTR3411_Init_more_oids(), which it calls.
         {"Init(NULL, oid)", [] { return GOSTR3411_Init(nullptr, oid, oid_len); }, -2, init_bad},
         {"Init(ctx, NULL)", [] { return GOSTR3411_Init(&ctx, nullptr, oid_len); }, -2, init_bad},
         {"Init(ctx, oid of 0)", [] { return GOSTR3411_Init(&ctx, oid, 0); }, -2, init_bad},

@@ -10,7 +10,7 @@
 #include "support/own_stack.hpp"
 #include "support/random.hpp"
 
-// Records what free() is given. The linker redirects the library's calls here.
+// Records the memory that is passed to free(). The linker redirects the library's calls to this file.
 namespace {
 
 using vrx::test::Bytes;
@@ -105,7 +105,7 @@ TEST_F(WipeTest, hmac_leaves_nothing_of_a_long_key_and_its_hash) {
     expect_none_left([&] {
         GOSTR3411_HMAC(nullptr, 0, message.data(), length32(message), key.data(), length32(key), out.data(), &size);
     });
-    // The same if a later argument is refused.
+    // The same holds if a later argument is invalid.
     expect_none_left([&] { GOSTR3411_HMAC(nullptr, 0, nullptr, 0, key.data(), length32(key), out.data(), &size); });
 }
 
@@ -150,7 +150,7 @@ TEST_F(WipeTest, pkcs12_derivation_leaves_nothing_on_the_heap) {
     EXPECT_FALSE(holds_part_of(heap, password));
 }
 
-// The instrument finds what is not wiped.
+// Control: the test finds memory that is not wiped.
 TEST_F(WipeTest, a_password_left_on_the_heap_is_found) {
     const Bytes password = random.bytes(70);
     const Bytes heap = heap_after([&] {

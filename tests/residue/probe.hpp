@@ -1,5 +1,5 @@
-// Finds the residue of a call. The call runs twice on the same painted stack with different secrets. Residue are the
-// words that then differ, below the caller's frame and in caller-saved registers.
+// Finds the residue of a call. The call runs twice on the same painted stack with different secrets. The residue is the
+// set of words that then differ, below the caller's frame and in caller-saved registers.
 #ifndef VRX_TESTS_RESIDUE_PROBE_HPP
 #define VRX_TESTS_RESIDUE_PROBE_HPP
 

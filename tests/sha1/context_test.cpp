@@ -130,7 +130,7 @@ TEST_F(Sha1Test, one_call_of_2_to_32_bytes_is_hashed_but_counts_one_carry) {
     constexpr std::size_t size = (std::size_t{1} << 32) + 5;
     void* room = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     ASSERT_NE(room, MAP_FAILED);
-    auto* message = static_cast<std::uint8_t*>(room);  // zeros, which take no memory, and a page at the end
+    auto* message = static_cast<std::uint8_t*>(room);  // untouched pages of zeros, and a last page with data
     const Bytes end = {1, 2, 3};
     std::copy(end.begin(), end.end(), message + size - end.size());
     shaInit(&ctx);

@@ -1,4 +1,4 @@
-// Whether sanitizers watch the tests, which makes most of them ten times as slow.
+// Detects sanitizers, with which most tests are ten times slower.
 #ifndef VRX_TESTS_SUPPORT_SANITIZERS_HPP
 #define VRX_TESTS_SUPPORT_SANITIZERS_HPP
 
@@ -13,8 +13,8 @@ inline constexpr bool sanitized = false;
 #endif
 
 /**
- * How often a random test repeats itself: `count`, or a tenth of that under sanitizers. They look for bad accesses and
- * undefined operations, which any of the repetitions shows; equality is what the tests without sanitizers are for.
+ * The number of repetitions of a random test: `count`, or a tenth of that with sanitizers. Sanitizers detect invalid
+ * accesses and undefined operations, for which few repetitions suffice. Runs without sanitizers check the results.
  */
 constexpr int repetitions(int count) { return sanitized ? (count + 9) / 10 : count; }
 

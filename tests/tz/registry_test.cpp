@@ -326,7 +326,7 @@ TEST_F(Registry, search_compares_length_and_every_byte) {
             Bytes other = oid;
             other[i] = static_cast<std::uint8_t>(other[i] ^ 1U << bit);
             const Found found = find(other.data());
-            // Only a change of the last arc can yield another set.
+            // Identifiers of other sets differ only in the last arc.
             if (i + 1 < oid.size() || other[i] > 9) {
                 EXPECT_EQ(found, not_found) << i << " " << bit;
             } else {

@@ -35,7 +35,7 @@ const std::map<std::string, const vrx_tz*> builtin = {
     {"id-GostR3411-94-CryptoProParamSet", &TZ_3411_94[1]},
 };
 
-/** The parameter set of a block is the one that the registry has for its identifier. */
+/** Checks that the registry returns the parameter set of a block for its identifier. */
 void expect_registered(const KatBlock& block, const vrx_tz* table) {
     const Bytes oid = block.octets("oid");
     const auto length = static_cast<std::uint32_t>(oid.size());

@@ -106,7 +106,7 @@ TEST(Recovery, address_outside_the_built_in_tables_matches_none) {
         if (address(end) != address(TZ_28147_89) && address(end) != address(TZ_3411_94)) {
             EXPECT_EQ(at(end), nullptr);
         }
-        // Elsewhere, a whole number of tables away.
+        // Outside, at a distance that is a multiple of the table size.
         std::vector<std::uint32_t> room(2 * sizeof(vrx_tz) / 4);
         const std::uint32_t* far = room.data();
         while ((address(far) - address(first)) % sizeof(vrx_tz) != 0) ++far;

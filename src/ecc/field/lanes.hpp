@@ -227,7 +227,7 @@ template <typename V, Words m>
 struct LaneField<V, Montgomery<m>> {
     using Scalar = Montgomery<m>;
     static constexpr Limbs52 modulus = to_limbs52(m);
-    /** 2^58 over the last limb of the modulus, rounded down so far that no quotient is too large. */
+    /** 2^58 divided by the last limb of the modulus, plus 1, rounded down. With it, no quotient is too large. */
     static constexpr std::uint64_t reciprocal = (std::uint64_t{1} << 58) / (modulus.limb[4] + 1);
 
     static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }

@@ -14,7 +14,7 @@ namespace {
 using namespace vrx::test;
 namespace der = vrx::app::der;
 
-/** The size of the contents of the one element in hex octets; -1 if it is refused. The octets end at a fence. */
+/** The size of an element's contents; -1 if the element is refused. Its octets, given in hex, end at a fence. */
 int size_of(const Bytes& octets) {
     const FencedBuffer memory(octets.size(), Fence::behind);
     std::ranges::copy(octets, memory.begin());
@@ -63,7 +63,7 @@ TEST(Der, object_identifier_parts_have_no_leading_zeros) {
         EXPECT_FALSE(der::dotted(unhex(bad)).has_value()) << bad;
 }
 
-/** The octets that base64 stands for, in hex; "refused" if it is not well formed. */
+/** Decodes base64 to octets in hex; "refused" if it is malformed. */
 std::string decoded(std::string_view text) {
     vrx::app::SecretBytes bytes;
     for (const char c : text) bytes.push_back(static_cast<std::uint8_t>(c));

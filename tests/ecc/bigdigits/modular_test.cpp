@@ -183,7 +183,7 @@ TEST(Inverse, that_does_not_exist_returns_1_and_clears_the_result) {
     EXPECT_EQ(mpIsZero(inv, 3), 1);
 }
 
-// A greatest common divisor of two bits, wherever the upper one stands.
+// The greatest common divisor is 2^bit + 1, for every bit.
 TEST(Inverse, is_missing_for_a_common_factor_of_two_distant_bits) {
     for (unsigned bit = 1; bit < 254; ++bit) {
         Digit factor[9] = {1}, m[9], u[9], inv[9] = {1, 2, 3};

@@ -70,7 +70,7 @@ struct Intervals {
     [[gnu::noinline]] Intervals operator-(const Intervals& other) const {
         return by_lane(*this, other, [](auto a, auto b) { return Interval{a.least - b.most, a.most - b.least}; });
     }
-    /** For operands that are all ones, zero, either of them, or a mask of low bits. */
+    /** Supports only masks: all ones, zero, an unknown choice of these two, or a mask of low bits. */
     [[gnu::noinline]] Intervals operator&(const Intervals& other) const {
         return by_lane(*this, other, [](auto a, auto b) {
             if (b.is(0)) return Interval{0, 0};
@@ -93,7 +93,7 @@ struct Intervals {
         return by_lane(x, x, [bits](auto a, auto) { return Interval{a.least << bits, a.most << bits}; });
     }
     [[gnu::noinline]] static Intervals shift_right_signed(const Intervals& x, unsigned bits) {
-        // By 47 and 48 bits only fold() shifts, and the multiply-add reads what it gets as an unsigned number.
+        // Only fold() shifts by 47 and 48 bits. The multiply-add then reads the result as an unsigned number.
         if (bits == 47 || bits == 48) {
             for (const Interval& i : x.lane) EXPECT_TRUE(i.within(0, (one << 58) - 1)) << "what fold() takes off";
         }
