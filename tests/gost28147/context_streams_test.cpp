@@ -46,7 +46,7 @@ TEST(Streams, first_byte_encrypts_the_counter_and_clears_the_flags) {
     EXPECT_EQ(ctx.block_len, 7u);
     EXPECT_EQ(hex(ctx.block), hex(gamma));
     EXPECT_EQ(hex(ctx.iv), hex(counter));
-    // Without the bit the register is taken as it is, and the other bits stay.
+    // Without the bit, the register is used unchanged. The other bits do not change.
     ctx = s.open(VRX_MODE_GAMM);
     ctx.flags = 0xFE;
     updated(ctx, Bytes(8));

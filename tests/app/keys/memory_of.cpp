@@ -82,7 +82,7 @@ private:
     int maps_, bytes_;
 };
 
-/** A file is read, closed or written to: what was read, and what was made of it, is there. */
+/** True at a call that reads, closes or writes a file. Secrets and data derived from them are then in memory. */
 bool is_looked_at(pid_t process) {
     const long call = ptrace(PTRACE_PEEKUSER, process, offsetof(user, regs.orig_rax), nullptr);
     return call == SYS_read || call == SYS_close || call == SYS_write;

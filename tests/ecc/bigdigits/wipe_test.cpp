@@ -67,7 +67,7 @@ struct Operands {
           text(40 * digits),
           n(digits) {}
 
-    /** Random numbers with one top byte, so that none is longer than another; the modulus stays what it is. */
+    /** Random numbers with the same top byte, so that all have the same length. The modulus does not change. */
     [[gnu::noinline]] void fill_next() {
         for (auto* number : {&u, &v, &e, &r}) {
             for (auto& digit : *number) digit = static_cast<std::uint32_t>(engine());

@@ -191,7 +191,7 @@ bool finds_inverse(std::int64_t m, std::int64_t x, int batches) {
     return exists == (std::gcd(m, x) == 1) && 0 <= inverse && inverse < m && (!exists || inverse * x % m == 1);
 }
 
-/** All odd moduli of up to so many bits, and all numbers below them. */
+/** Tries all odd moduli of up to this number of bits, and all numbers below them. */
 template <int bits, int first_half, int second_half>
 void check_inverses(int modulus_bits, int batches) {
     for (std::int64_t m = 3; m < 1 << modulus_bits; m += 2)
