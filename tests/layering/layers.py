@@ -89,7 +89,7 @@ LAYERS = [
 
     # What tests share.
     Layer("tests/support", """
-        hex sanitizers child_process log_capture memory_map fenced_buffer fenced_pages registry_guard project kat
+        headers hex sanitizers child_process log_capture memory_map fenced_buffer fenced_pages registry_guard project kat
         own_stack random offered engines""",
           ("src/frame", "include/vrx", "include/vrx.h")),
 ]
