@@ -89,8 +89,8 @@ LAYERS = [
 
     # What tests share.
     Layer("tests/support", """
-        headers hex sanitizers child_process log_capture memory_map fenced_buffer fenced_pages registry_guard project kat
-        own_stack random offered engines""",
+        headers hex sanitizers child_process log_capture memory_map fenced_buffer fenced_pages registry_guard project
+        kat own_stack random offered engines""",
           ("src/frame", "include/vrx", "include/vrx.h")),
 ]
 
