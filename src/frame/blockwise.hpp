@@ -35,7 +35,7 @@ enum class Last {
  */
 template <std::size_t size, Last last = Last::at_once>
 class Blockwise {
-    static_assert(size <= 64, "of copy_secret()");
+    static_assert(size <= longest_copy);
 
 public:
     Blockwise(std::uint8_t* block, std::size_t filled) : block_(block), filled_(filled) {}

@@ -19,7 +19,7 @@ asm(R"(
     mov %rsp, %rdx
     .cfi_def_cfa_register %rdx
     sub %rdi, %rsp
-    sub $32, %rsp
+    sub $64, %rsp
     mov %rdx, %rax
     and $-32, %rax
     .endm
@@ -40,6 +40,19 @@ asm(R"(
     ret
     .cfi_endproc
     .size \name, . - \name
+    .endm
+
+    .macro vrx_erase_stack_avx512
+    vpxor %xmm0, %xmm0, %xmm0
+    vmovdqu %ymm0, -32(%rdx)
+    vmovdqu %ymm0, -64(%rdx)
+    and $-64, %rax
+1:
+    vmovdqa64 %zmm0, -64(%rax)
+    vmovdqa64 %zmm0, -128(%rax)
+    sub $128, %rax
+    sub $128, %rdi
+    ja 1b
     .endm
 
     .macro vrx_erase_stack_avx
@@ -64,7 +77,7 @@ asm(R"(
     .endm
 
     vrx_erase_begin vrx_erase_avx512
-    vrx_erase_stack_avx
+    vrx_erase_stack_avx512
     vrx_erase_low_vectors
     .irp n, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31
     vpxord %xmm\n, %xmm\n, %xmm\n

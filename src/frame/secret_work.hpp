@@ -21,6 +21,18 @@ inline constexpr std::size_t sha1 = 256;   // with SHA instructions; twice that 
 inline constexpr std::size_t hash = 1280;  // without the table, which the caller inspects first
 inline constexpr std::size_t hmac = 3072;  // in one call, including the pads
 inline constexpr std::size_t derivation = 8192;
+inline constexpr std::size_t block = 384;       // one block of the cipher
+inline constexpr std::size_t few_blocks = 768;  // fewer than 4
+#if defined(__clang__)
+inline constexpr std::size_t some_blocks = 1280;  // fewer than 64
+#else
+inline constexpr std::size_t some_blocks = 768;
+#endif
+inline constexpr std::size_t blocks = 1280;  // any number, but for the frames that follow
+inline constexpr std::size_t chain = 512;
+inline constexpr std::size_t shuffled_planes = 4096;
+inline constexpr std::size_t permuted_planes = 20480;
+inline constexpr std::size_t sections = 2560;  // with key meshing
 inline constexpr std::size_t curves = 16384;
 inline constexpr std::size_t scalar = 2048;  // a number modulo the order
 inline constexpr std::size_t diversification = 4096;
@@ -32,6 +44,14 @@ inline constexpr std::size_t sha1 = 8192;
 inline constexpr std::size_t hash = 28672;
 inline constexpr std::size_t hmac = 32768;
 inline constexpr std::size_t derivation = 36864;
+inline constexpr std::size_t block = 4096;
+inline constexpr std::size_t few_blocks = 8192;
+inline constexpr std::size_t some_blocks = 65536;
+inline constexpr std::size_t blocks = 65536;
+inline constexpr std::size_t chain = 8192;
+inline constexpr std::size_t shuffled_planes = 65536;
+inline constexpr std::size_t permuted_planes = 147456;
+inline constexpr std::size_t sections = 65536;
 inline constexpr std::size_t curves = 65536;
 inline constexpr std::size_t scalar = 16384;
 inline constexpr std::size_t diversification = 36864;
@@ -72,41 +92,55 @@ enum class Registers {
     low  // all but those of AVX-512: for work that does not call the C library, whose copies use them
 };
 
+/** What work may use of the stack, a depth of the namespace, and of the registers. */
+struct Extent {
+    std::size_t depth;
+    Registers registers = Registers::all;
+};
+
+/**
+ * For a function whose own frame holds no secrets, after it called those that leave some in theirs: zeroes these frames
+ * and the registers. The functions must not be inlined.
+ *
+ * @param extent  may depend on sizes, not on secrets
+ */
+[[gnu::always_inline]] inline void erase(Extent extent) {
+#if !defined(__AVX512F__)
+    if (extent.registers == Registers::low) return eraser().run_low(extent.depth);
+#endif
+    eraser().run(extent.depth);
+}
+
 /**
  * Runs body() and returns its result, which must not be secret. Then zeroes the registers and the stack that body() and
  * its callees used.
- *
- * @param depth  the stack depth to zero, a multiple of 128: see the namespace `depth`.
  */
-template <Registers registers = Registers::all, typename Body>
-[[gnu::always_inline]] inline auto secret_work(std::size_t depth, Body body) {
+template <typename Body>
+[[gnu::always_inline]] inline auto secret_work(Extent extent, Body body) {
     const auto apart = [&body]() __attribute__((noinline)) { return body(); };
-    const auto erase = [depth]() __attribute__((always_inline)) {
-#if !defined(__AVX512F__)
-        if constexpr (registers == Registers::low) return eraser().run_low(depth);
-#endif
-        eraser().run(depth);
-    };
     if constexpr (std::is_void_v<decltype(body())>) {
         apart();
-        erase();
+        erase(extent);
     } else {
         const auto result = apart();
-        erase();
+        erase(extent);
         return result;
     }
 }
 
-template <std::size_t depth, typename Body>
+template <std::size_t depth, Registers registers = Registers::all, typename Body>
 auto secret_work(Body body) {
     static_assert(depth % 128 == 0 && depth != 0);
-    return secret_work(depth, body);
+    return secret_work({depth, registers}, body);
 }
 
-/** Copies up to 64 bytes and leaves none of them in registers. For calls that only fill a buffer. */
+/** The most that copy_secret() copies. */
+inline constexpr std::size_t longest_copy = 64;
+
+/** Copies up to 64 bytes, which may overlap, and leaves none of them in registers. For calls that only fill a buffer. */
 inline void copy_secret(void* to, const void* from, std::size_t size) {
 #if defined(VRX_SANITIZED)
-    if (size != 0) std::memcpy(to, from, size);  // so that sanitizers check the bounds
+    if (size != 0) std::memmove(to, from, size);  // so that sanitizers check the bounds
 #else
     vrx_copy_short(to, from, size);
 #endif

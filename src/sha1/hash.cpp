@@ -27,7 +27,7 @@ void process(sha_context* ctx, const std::uint8_t* data, std::size_t blocks) {
 template <typename Body>
 void traceless(Body body) {
     const bool portable = engine().run == compress_portable;
-    vrx::secret_work<vrx::Registers::low>(portable ? 2 * vrx::depth::sha1 : vrx::depth::sha1, body);
+    vrx::secret_work({portable ? 2 * vrx::depth::sha1 : vrx::depth::sha1, vrx::Registers::low}, body);
 }
 
 /** Processes input that completes the buffered block, of which `before` bytes are present, and buffers the rest. */
