@@ -77,11 +77,13 @@ int Getbig_RND(RND_FUNC rnd, std::uint32_t* out, const std::uint32_t* q) {
 }
 
 int test_rnd(void* buffer, std::uint32_t length) {
-    auto* bytes = static_cast<std::uint8_t*>(buffer);
-    for (std::uint32_t word_size = sizeof(std::uint32_t); length >= word_size; length -= word_size) {
-        const std::uint32_t word = spSimpleRand(0, 0xFFFFFFFF);
-        std::memcpy(bytes, &word, word_size);
-        bytes += word_size;
-    }
+    secret_work<vrx::depth::scalar>([&] {
+        auto* bytes = static_cast<std::uint8_t*>(buffer);
+        for (std::uint32_t word_size = sizeof(std::uint32_t); length >= word_size; length -= word_size) {
+            const std::uint32_t word = spSimpleRand(0, 0xFFFFFFFF);
+            std::memcpy(bytes, &word, word_size);
+            bytes += word_size;
+        }
+    });
     return 0;
 }

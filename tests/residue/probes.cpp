@@ -1,5 +1,6 @@
 #include "probes.hpp"
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -150,11 +151,14 @@ void add_modes(Table& t) {
                       with_iv([=](Text x, std::uint8_t* iv, const std::uint32_t* key) {
                           VRX_Gost_GFB_m(table, x.in, x.out, iv, key, encrypts, flags);
                       }));
-                t.add(name("VRX_Gost_GFB_m/in_place", way, size),
-                      with_iv([=](Text x, std::uint8_t* iv, const std::uint32_t* key) {
-                          std::memcpy(x.out->data, x.in->data, size);
-                          VRX_Gost_GFB_m(table, x.out, x.out, iv, key, encrypts, flags);
-                      }));
+                t.add(name("VRX_Gost_GFB_m/in_place", way, size), [=](Arena& a) -> Body {
+                    const Text x = text(a, size, encrypts);
+                    const auto* key = a.secret<std::uint32_t>(8);
+                    auto* iv = a.open(8);
+                    a.publish(iv, 8);
+                    std::memcpy(x.out->data, x.in->data, size);
+                    return [=] { VRX_Gost_GFB_m(table, x.out, x.out, iv, key, encrypts, flags); };
+                });
                 t.add(name("VRX_Gost_Gamm_m", way, size), [=](Arena& a) -> Body {
                     const Text x = text(a, size, encrypts);
                     const auto* key = a.secret<std::uint32_t>(8);
@@ -455,6 +459,41 @@ void add_curves(Table& t) {
             return [=] { epMult(r, &set->G, k, set); };
         });
     }
+    // A point may be secret, as that of an agreement is.
+    const auto point = [&](const char* name, auto call) {
+        t.add(name, [=](Arena& a) -> Body {
+            const EcParamSet* const set = get_GOSTR3410_par(1);
+            auto* p = a.cleared<EcPoint>();
+            auto* q = a.cleared<EcPoint>();
+            auto* r = a.cleared<EcPoint>();
+            auto* pj = a.cleared<EcPointJ>();
+            auto* qj = a.cleared<EcPointJ>();
+            auto* rj = a.cleared<EcPointJ>();
+            epMult(p, &set->G, private_key(a), set);
+            epMult(q, &set->G, private_key(a), set);
+            epA2J(pj, p);
+            epDublJ(qj, pj, set);
+            return [=] { call(p, q, r, pj, qj, rj, set); };
+        });
+    };
+    using P = EcPoint*;
+    using J = EcPointJ*;
+    using S = const EcParamSet*;
+    point("epIsEqual", [](P p, P q, P, J, J, J, S) { epIsEqual(p, q); });
+    point("epIsZero", [](P p, P, P, J, J, J, S) { epIsZero(p); });
+    point("epSetEqual", [](P p, P, P r, J, J, J, S) { epSetEqual(r, p); });
+    point("epA2J", [](P p, P, P, J, J, J rj, S) { epA2J(rj, p); });
+    point("epJ2A", [](P, P, P r, J, J qj, J, S set) { epJ2A(r, qj, set); });
+    point("epDublJ", [](P, P, P, J pj, J, J rj, S set) { epDublJ(rj, pj, set); });
+    point("epAddJA", [](P, P q, P, J pj, J, J rj, S set) { epAddJA(rj, pj, q, set); });
+    point("epAddJChud", [](P, P, P, J pj, J qj, J rj, S set) { epAddJChud(rj, pj, qj, set); });
+    point("epAdd", [](P p, P q, P r, J, J, J, S set) { epAdd(r, p, q, set); });
+    t.add("test_rnd", [](Arena& a) -> Body {
+        auto* drawn = a.cleared(32);
+        test_rnd(drawn, 4);  // the first call sets the seed by the clock
+        std::srand(*a.secret<std::uint32_t>());
+        return [=] { test_rnd(drawn, 32); };
+    });
     t.add("ecDiversifyKEK", [](Arena& a) -> Body {
         auto* key = a.secret(VRX_KEK_SIZE);
         const auto* ukm = a.open(VRX_UKM_SIZE);
@@ -495,19 +534,14 @@ void add_numbers(Table& t) {
         t.add("mpMultiply" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpMultiply(w, u, v, n); }),
               !columns);
         t.add("mpSquare" + name, three([=](Out w, Digits u, Digits, Digits) { return mpSquare(w, u, n); }), !columns);
-        t.add("mpDivide" + name, three([=](Out w, Digits u, Digits v, Digits) {
-                  return mpDivide(w, w + n, u, n, v, (n + 1) / 2);
-              }));
+        t.add("mpDivide" + name,
+              three([=](Out w, Digits u, Digits v, Digits) { return mpDivide(w, w + n, u, n, v, (n + 1) / 2); }));
         t.add("mpModulo" + name, three([=](Out w, Digits u, Digits, Digits m) { return mpModulo(w, u, n, m, n); }));
-        t.add("mpModAdd" + name,
-              three([=](Out w, Digits u, Digits v, Digits m) { return mpModAdd(w, u, v, m, n); }));
-        t.add("mpModSub" + name,
-              three([=](Out w, Digits u, Digits v, Digits m) { return mpModSub(w, u, v, m, n); }));
-        t.add("mpModMult" + name,
-              three([=](Out w, Digits u, Digits v, Digits m) { return mpModMult(w, u, v, m, n); }));
+        t.add("mpModAdd" + name, three([=](Out w, Digits u, Digits v, Digits m) { return mpModAdd(w, u, v, m, n); }));
+        t.add("mpModSub" + name, three([=](Out w, Digits u, Digits v, Digits m) { return mpModSub(w, u, v, m, n); }));
+        t.add("mpModMult" + name, three([=](Out w, Digits u, Digits v, Digits m) { return mpModMult(w, u, v, m, n); }));
         t.add("mpModInv" + name, three([=](Out w, Digits u, Digits, Digits m) { return mpModInv(w, u, m, n); }));
-        t.add("mpModExp" + name,
-              three([=](Out w, Digits u, Digits v, Digits m) { return mpModExp(w, u, v, m, n); }));
+        t.add("mpModExp" + name, three([=](Out w, Digits u, Digits v, Digits m) { return mpModExp(w, u, v, m, n); }));
         t.add("mpGcd" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpGcd(w, u, v, n); }));
         t.add("mpSqrt" + name, three([=](Out w, Digits u, Digits, Digits) { return mpSqrt(w, u, n); }));
         t.add("mpJacobi" + name, three([=](Out, Digits u, Digits, Digits m) { return mpJacobi(u, m, n); }));
