@@ -7,6 +7,7 @@
 #include "frame/blockwise.hpp"
 #include "frame/bytes.hpp"
 #include "frame/log.hpp"
+#include "frame/secret_work.hpp"
 #include "frame/wipe.hpp"
 #include "gost28147/mesh.hpp"
 #include "gost28147/stream.hpp"
@@ -37,7 +38,9 @@ std::uint32_t engine_sections(vrx_crpt_ctx& ctx, const vrx_data& in, const vrx_d
     if (ctx.mode != VRX_MODE_SS && ctx.mode != VRX_MODE_CBC) return 0;
     if (ctx.mesh_count != VRX_MESHING_SECTION || ctx.table.initialised == 0) return 0;
     if (in.data == nullptr || out.data == nullptr || out.length < VRX_MESHING_SECTION) return 0;
-    return stream::sections(ctx, in.data, out.data, in.length);
+    const std::uint32_t taken = stream::sections(ctx, in.data, out.data, in.length);
+    vrx::erase(stream::extent_of(in.length));
+    return taken;
 }
 
 /** The first checks of the streaming modes: the context and its state. */
@@ -96,7 +99,7 @@ int vrx_crpt_init_context(vrx_crpt_ctx* ctx, int direction, const vrx_tz* table,
     ctx->aux1 = aux1;
     ctx->key_meshing = key_meshing;
     ctx->aux2 = aux2;
-    std::memcpy(ctx->key, key, VRX_KEY_SIZE);
+    vrx::copy_secret(ctx->key, key, VRX_KEY_SIZE);
     ctx->flags = VRX_FLAG_FIRST;
     if (iv != nullptr) {
         std::memcpy(ctx->iv, iv, VRX_BLOCK_SIZE);
@@ -127,7 +130,7 @@ int old_crpt_init_context(vrx_crpt_ctx* ctx, int direction, const old_crpt_param
     ctx->block_len = 0;
     std::memset(ctx->block, 0, VRX_BLOCK_SIZE);
     std::memcpy(ctx->iv, p->iv, VRX_BLOCK_SIZE);
-    std::memcpy(ctx->key, p->key->data, VRX_KEY_SIZE);
+    vrx::copy_secret(ctx->key, p->key->data, VRX_KEY_SIZE);
     ctx->flags = VRX_FLAG_FIRST;
     ctx->initialised = 1;
     return VRX_OK;
@@ -177,7 +180,7 @@ int vrx_crpt_final(vrx_crpt_ctx* ctx) {
         return VRX_OK;
     }
     in.length = std::min(ctx->block_len, block_size);
-    std::memcpy(held.value, ctx->block, in.length);
+    vrx::copy_secret(held.value, ctx->block, in.length);
     vrx_data out{VRX_BLOCK_SIZE, ctx->block};
     const int rc = vrx_crpt_context_engine(ctx, &in, &out);
     ctx->initialised = 0;
@@ -246,6 +249,7 @@ int vrx_crpt_CNT_ctx(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out) {
     if (const int rc = check_stream(ctx, in, out)) return rc;
     const std::uint32_t length = in->length;
     stream::counter(*ctx, in->data, out->data, length);
+    vrx::erase(stream::extent_of(length));
     out->length = length;
     return VRX_OK;
 }
@@ -254,6 +258,7 @@ int vrx_crpt_CFB_ctx(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out) {
     if (const int rc = check_stream(ctx, in, out)) return rc;
     const std::uint32_t length = in->length;
     stream::cfb(*ctx, in->data, out->data, length);
+    vrx::erase(stream::extent_of(length));
     out->length = length;
     return VRX_OK;
 }
@@ -265,5 +270,6 @@ int vrx_crpt_IMITO_ctx(vrx_crpt_ctx* ctx, const vrx_data* in) {
     if (in->length == 0 && !finish) return VRX_ERR_BUFFER_LENGTH;
     if (ctx->table.initialised == 0) return VRX_ERR_FAILED;
     stream::mac(*ctx, in->data, in->length, finish);
+    vrx::erase(stream::extent_of(in->length));
     return VRX_OK;
 }

@@ -1,6 +1,7 @@
 // The key meshing functions of vrx/context.h. They log a table that is not deployed.
 #include <cstring>
 
+#include "frame/secret_work.hpp"
 #include "frame/wipe.hpp"
 #include "gost28147/mesh.hpp"
 #include "vrx/modes.h"
@@ -12,7 +13,7 @@ int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz* table, std::uint8_t* iv
     // Deliberate: a failed step is retried, and logs a second time.
     if (VRX_Gost_SS_m(table, &constant, &out, key, 0) != VRX_OK)
         if (const int rc = VRX_Gost_SS_m(table, &constant, &out, key, 0)) return rc;
-    std::memcpy(key, next_key.value, VRX_KEY_SIZE);
+    vrx::copy_secret(key, next_key.value, VRX_KEY_SIZE);
     const vrx_data old_iv{VRX_BLOCK_SIZE, iv};
     vrx_data new_iv{VRX_BLOCK_SIZE, iv};
     return VRX_Gost_SS_m(table, &old_iv, &new_iv, key, 1);

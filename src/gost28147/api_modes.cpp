@@ -5,6 +5,7 @@
 
 #include "frame/bytes.hpp"
 #include "frame/log.hpp"
+#include "frame/secret_work.hpp"
 #include "frame/wipe.hpp"
 #include "gost28147/bulk.hpp"
 
@@ -65,14 +66,16 @@ struct Pieces {
 
 /**
  * Processes whole blocks from in to out, then the padded block in a buffer of its own, of which only the bytes of the
- * input are written.
+ * input are written. Erases what these leave.
  */
-int run(Mode mode, Cipher cipher, std::uint8_t* reg, const vrx_data& in, vrx_data& out, Pieces& pieces) {
+[[gnu::always_inline]] inline int run(Mode mode, Cipher cipher, std::uint8_t* reg, const vrx_data& in, vrx_data& out,
+                                      Pieces& pieces) {
     bulk::run(mode, {cipher, reg, in.data, out.data, pieces.blocks});
     if (pieces.tail != 0) {
         bulk::run(mode, {cipher, reg, pieces.last, pieces.last, 1});
-        std::memcpy(out.data + std::size_t{VRX_BLOCK_SIZE} * pieces.blocks, pieces.last, pieces.tail);
+        vrx::copy_secret(out.data + std::size_t{VRX_BLOCK_SIZE} * pieces.blocks, pieces.last, pieces.tail);
     }
+    vrx::erase(bulk::extent_of(in.length));
     out.length = in.length;
     return VRX_OK;
 }
@@ -86,7 +89,7 @@ int make_last_block(const std::uint8_t* data, std::uint32_t length, std::uint8_t
     if (tail == 0) return VRX_OK;
     if (!has(flags, VRX_FLAG_PAD)) return VRX_ERR_BLOCK_MULTIPLE;
     *tail_length = tail;
-    std::memcpy(last, data + (length - tail), tail);
+    vrx::copy_secret(last, data + (length - tail), tail);
     std::memset(last + tail, 0, VRX_BLOCK_SIZE - tail);
     return VRX_OK;
 }
@@ -110,6 +113,7 @@ int VRX_Gost_SS_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, const 
         return log::condition(self, "input data length should be multiple of block size", VRX_ERR_BLOCK_MULTIPLE);
     bulk::run(vrx::low8(direction) != 0 ? Mode::ecb_encrypt : Mode::ecb_decrypt,
               {{*table, Key(key)}, nullptr, in->data, out->data, in->length / VRX_BLOCK_SIZE});
+    vrx::erase(bulk::extent_of(in->length));
     out->length = in->length;
     return VRX_OK;
 }
@@ -120,6 +124,7 @@ int VRX_Gost_CBC_m(const vrx_tz* table, const vrx_data* in, vrx_data* out, std::
     if (in->length % VRX_BLOCK_SIZE != 0) return VRX_ERR_BLOCK_MULTIPLE;
     bulk::run(vrx::low8(direction) != 0 ? Mode::cbc_encrypt : Mode::cbc_decrypt,
               {{*table, Key(key)}, iv, in->data, out->data, in->length / VRX_BLOCK_SIZE});
+    vrx::erase(bulk::extent_of(in->length));
     out->length = in->length;
     return VRX_OK;
 }
@@ -155,6 +160,7 @@ int VRX_Gost_Imito_m(const vrx_tz* table, const vrx_data* in, vrx_data* state, c
     if (has(flags, VRX_FLAG_FIRST)) std::memset(state->data, 0, VRX_BLOCK_SIZE);
     bulk::run(Mode::mac, {cipher, state->data, in->data, nullptr, pieces.blocks});
     if (pieces.tail != 0) bulk::run(Mode::mac, {cipher, state->data, pieces.last, nullptr, 1});
+    vrx::erase(bulk::extent_of(in->length));
     return VRX_OK;
 }
 

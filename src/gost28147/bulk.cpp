@@ -48,7 +48,9 @@ void run(Mode mode, const Run& run) {
 
 void run_sections(Mode mode, const Run& run, std::uint32_t* key) {
     const auto together = engine().sections;
-    if (together != nullptr && may_run_side_by_side(run) && together(mode, run, key)) return;
+    if (together != nullptr && may_run_side_by_side(run) &&
+        secret_work<depth::sections>([&] { return together(mode, run, key); }))
+        return;
     for (Run rest = run; rest.blocks != 0; rest.skip(section_blocks)) {
         mesh(run.cipher.table, key, run.reg, bulk::run);
         Run section = rest;

@@ -5,11 +5,20 @@
 #ifndef VRX_GOST28147_BULK_HPP
 #define VRX_GOST28147_BULK_HPP
 
+#include "frame/secret_work.hpp"
 #include "gost28147/mode.hpp"
 
 namespace vrx::gost28147::bulk {
 
-void run(Mode mode, const Run& run);
+[[gnu::noinline]] void run(Mode mode, const Run& run);
+
+/** What run() for so many bytes leaves. What engines with larger frames leave there, they erase themselves. */
+constexpr Extent extent_of(std::size_t bytes) {
+    if (bytes <= VRX_BLOCK_SIZE) return {depth::block, Registers::low};
+    if (bytes < VRX_BLOCK_SIZE * 4) return {depth::few_blocks, Registers::low};  // AVX-512 begins with 4 blocks
+    if (bytes < VRX_BLOCK_SIZE * 64) return {depth::some_blocks};
+    return {depth::blocks};
+}
 
 /**
  * A parallelizable mode over whole sections of 1024 bytes with CryptoPro key meshing: meshes `key` and the register

@@ -55,11 +55,11 @@ void run_tail(Mode mode, vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t
     if (tail == 0) return;
     mesh_step(ctx);
     Secret<std::uint8_t[VRX_BLOCK_SIZE]> last;
-    std::memcpy(last.value, in, tail);
+    copy_secret(last.value, in, tail);
     ctx.block_len = static_cast<std::uint32_t>(VRX_BLOCK_SIZE - tail);
     bulk::run(mode, {cipher_of(ctx), ctx.iv, last.value, ctx.block, 1});
-    std::memcpy(out, ctx.block, tail);
-    if (mode == Mode::cfb_decrypt) std::memcpy(ctx.block, last.value, tail);
+    copy_secret(out, ctx.block, tail);
+    if (mode == Mode::cfb_decrypt) copy_secret(ctx.block, last.value, tail);
 }
 
 }  // namespace
@@ -106,7 +106,10 @@ void cfb(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size
     // If the output starts inside the input, move the input there first and process it in place.
     if (const auto ahead = reinterpret_cast<std::uintptr_t>(out) - reinterpret_cast<std::uintptr_t>(in);
         ahead != 0 && ahead < rest) {
-        std::memmove(out, in, rest);
+        if (rest <= longest_copy)
+            copy_secret(out, in, rest);  // reads everything first, and leaves the high registers alone
+        else
+            std::memmove(out, in, rest);
         in = out;
     }
     run_blocks(mode, ctx, ctx.iv, in, out, rest / VRX_BLOCK_SIZE);

@@ -2,27 +2,35 @@
 #ifndef VRX_GOST28147_STREAM_HPP
 #define VRX_GOST28147_STREAM_HPP
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
+#include "gost28147/bulk.hpp"
 #include "vrx/context.h"
 
 namespace vrx::gost28147::stream {
 
+/** What the functions below leave for a piece of so many bytes. Any may mesh the key, which takes four blocks. */
+constexpr Extent extent_of(std::size_t bytes) {
+    return bulk::extent_of(std::max<std::size_t>(bytes, 2 * VRX_BLOCK_SIZE));
+}
+
 /** Counter mode. */
-void counter(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t length);
+[[gnu::noinline]] void counter(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t length);
 
 /** CFB in the direction of the context. If buffers overlap, all input counts as read before any output is written. */
-void cfb(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t length);
+[[gnu::noinline]] void cfb(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t length);
 
 /** The MAC. `finish` pads and absorbs a last partial block. */
-void mac(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::size_t length, bool finish);
+[[gnu::noinline]] void mac(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::size_t length, bool finish);
 
 /**
  * Processes whole sections of ECB and of CBC decryption in a context that is due for a meshing. @return the number of
  * bytes; 0 for CBC encryption, which is chained
  */
-std::uint32_t sections(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::uint32_t length);
+[[gnu::noinline]] std::uint32_t sections(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out,
+                                         std::uint32_t length);
 
 }  // namespace vrx::gost28147::stream
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "frame/wipe.hpp"
+#include "frame/secret_work.hpp"
 #include "gost28147/engine/list.hpp"
 #include "tz/sboxes.hpp"
 
@@ -160,10 +160,7 @@ struct Bytes {
 
 bool shuffle_planes(Mode mode, const Run& run) noexcept {
     // There are more planes than registers, so text is spilled to the stack.
-    constexpr std::size_t deepest = 3584;
-    const bool done = side_by_side(mode, run);
-    wipe_stack<deepest>();
-    return done;
+    return secret_work<depth::shuffled_planes, Registers::low>([&] { return side_by_side(mode, run); });
 }
 
 void chain_bmi(Mode mode, const Run& run) noexcept { run_chain<Bytes>(mode, run); }

@@ -5,7 +5,7 @@
 #ifndef VRX_GOST28147_ENGINE_CHAIN_HPP
 #define VRX_GOST28147_ENGINE_CHAIN_HPP
 
-#include "frame/wipe.hpp"
+#include "frame/secret_work.hpp"
 #include "gost28147/mode.hpp"
 
 namespace vrx::gost28147 {
@@ -92,13 +92,12 @@ template <typename Rounds>
     store_register(run.reg, r);
 }
 
-/** Runs a chained mode on at least one block, and wipes the stack below. The table in `rounds` is public: not wiped. */
+/** Runs a chained mode on at least one block, and erases what lies below. The table in `rounds` is public: not erased.
+ */
 template <typename Bytes>
 void run_chain(Mode mode, const Run& run) {
-    constexpr std::size_t deepest = 512;
     const EarlyRounds<Bytes> rounds(run.cipher.key, run.cipher.table);
-    chain_blocks(rounds, mode, run);
-    wipe_stack<deepest>();
+    secret_work<depth::chain, Registers::low>([&] { chain_blocks(rounds, mode, run); });
 }
 
 }  // namespace vrx::gost28147

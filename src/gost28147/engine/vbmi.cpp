@@ -229,12 +229,10 @@ private:
 }  // namespace
 
 void chain_permutes(Mode mode, const Run& run) noexcept {
-    constexpr std::size_t deepest = 512;
     Tables tables;
     if (!find_tables(run.cipher.table, tz::built_in_sboxes(run.cipher.table), tables)) return chain_bmi(mode, run);
     const Schedule schedule(run.cipher.key);
     chain_blocks(OneBlock{tables, schedule}, mode, run);
-    wipe_stack<deepest>();
 }
 
 bool permute_words(Mode mode, const Run& run) noexcept {

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "frame/wipe.hpp"
+#include "frame/secret_work.hpp"
 #include "gost28147/engine/list.hpp"
 
 #include "frame/region_avx512.hpp"
@@ -106,9 +106,11 @@ private:
 }  // namespace
 
 bool permute_planes(Mode mode, const Run& run) noexcept {
-    const TableBytes tables(run.cipher.table);
-    const KeyPlanes<Plane> key(run.cipher.key);
-    in_steps<16, 8>(Permuted{tables, key, decrypts(mode)}, mode, run);
+    secret_work<depth::permuted_planes>([&] {
+        const TableBytes tables(run.cipher.table);
+        const KeyPlanes<Plane> key(run.cipher.key);
+        in_steps<16, 8>(Permuted{tables, key, decrypts(mode)}, mode, run);
+    });
     return true;
 }
 
