@@ -14,25 +14,6 @@ inline void wipe(void* bytes, std::size_t count) {
     asm volatile("" : : "r"(bytes) : "memory");
 }
 
-/** Zeroes the stack below the caller's frame, which may hold data of functions that have returned. */
-template <std::size_t depth = 2048>
-[[gnu::noinline]] void wipe_stack() {
-    std::byte left[depth];
-    wipe(left, sizeof left);
-}
-
-/**
- * Returns the result of body(), and zeroes `depth` bytes of the stack that it and its callees used. Large records
- * belong into the caller's frame.
- */
-template <std::size_t depth = 2048, typename Body>
-auto leaving_no_trace(Body body) {
-    const auto apart = [&body]() __attribute__((noinline)) { return body(); };
-    const auto result = apart();
-    wipe_stack<depth>();
-    return result;
-}
-
 /** A value that is zeroed when its scope ends. Neither copied nor moved. */
 template <typename T>
 requires std::is_trivially_copyable_v<T>
