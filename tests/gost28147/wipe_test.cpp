@@ -28,6 +28,7 @@ struct Call {
     std::function<void(Secrets&)> run;
 };
 
+const std::string half = "half a block of the plaintext; ";
 int refused;  // the code of the calls, which must succeed
 
 constexpr auto nothing = [](Secrets&) {};
@@ -117,12 +118,12 @@ const Call calls[] = {
 };
 
 /**
- * Names the secrets that the call left on the stack: eight consecutive bytes of any secret, or a word of the key, or
- * bytes of the key in the form of the vector engines.
+ * Names the secrets that the call left on the stack: eight consecutive bytes of any secret, half a block of the
+ * plaintext, a word of the key, or bytes of the key in the form of the vector engines.
  */
 std::string left_by(const Call& call) {
     static Secrets secrets;
-    Random random;
+    static Random random;
     refused = VRX_OK;
     // The first run covers one-time work: the dynamic linker resolves functions, and saves all registers.
     for (int run = 0; run < 2; ++run) {
@@ -156,14 +157,23 @@ std::string left_by(const Call& call) {
     if (call.plaintext == Call::after) add("the plaintext", secrets.text, sizeof secrets.text);
     add_key("the meshed key", secrets.ctx.key);
     std::string found;
-    for (const auto& [what, bytes] : wanted)
-        if (holds_part_of(stack, bytes)) found += what + "; ";
+    for (const auto& [what, bytes] : wanted) {
+        if (holds_part_of(stack, bytes))
+            found += what + "; ";
+        else if (what == "the plaintext" && holds_word_of(stack, bytes))
+            found += half;
+    }
     return found;
 }
 
 class CipherWiping : public testing::TestWithParam<Call> {};
 
-TEST_P(CipherWiping, nothing_is_left_of_keys_and_plaintext) { EXPECT_EQ(left_by(GetParam()), ""); }
+TEST_P(CipherWiping, nothing_is_left_of_keys_and_plaintext) {
+    std::string left = left_by(GetParam());
+    // Four bytes are there by chance in about one of 3000 calls. The second call has other secrets.
+    if (left == half) left = left_by(GetParam());
+    EXPECT_EQ(left, "");
+}
 
 INSTANTIATE_TEST_SUITE_P(All, CipherWiping, testing::ValuesIn(calls),
                          [](const auto& call) { return std::string(call.param.name); });
@@ -177,6 +187,17 @@ TEST(CipherWipingControl, a_key_left_on_the_stack_is_found) {
                            asm volatile("" : : "r"(copy) : "memory");
                        }}),
               "the key; ");
+}
+
+// And a last partial block, of fewer than eight bytes.
+TEST(CipherWipingControl, a_tail_left_on_the_stack_is_found) {
+    EXPECT_EQ(left_by({"", Call::before, nothing,
+                       [](Secrets& s) {
+                           alignas(4) std::uint8_t copy[6];
+                           std::memcpy(copy, s.text + 16, sizeof copy);
+                           asm volatile("" : : "r"(copy) : "memory");
+                       }}),
+              half);
 }
 
 }  // namespace

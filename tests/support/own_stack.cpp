@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_set>
 
 namespace vrx::test {
 namespace {
@@ -33,6 +34,20 @@ bool holds_part_of(const Bytes& memory, std::span<const std::uint8_t> secret) {
                         secret.begin() + static_cast<std::ptrdiff_t>(at + 8)) != memory.end())
             return true;
     return false;
+}
+
+bool holds_word_of(const Bytes& memory, std::span<const std::uint8_t> secret) {
+    const auto words_of = [](std::span<const std::uint8_t> bytes) {
+        std::unordered_set<std::uint32_t> words;
+        for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
+            std::uint32_t word;
+            std::memcpy(&word, bytes.data() + at, sizeof word);
+            if (word != 0) words.insert(word);
+        }
+        return words;
+    };
+    const auto left = words_of(memory);
+    return std::ranges::any_of(words_of(secret), [&](std::uint32_t word) { return left.contains(word); });
 }
 
 }  // namespace vrx::test

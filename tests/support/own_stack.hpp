@@ -14,6 +14,12 @@ Bytes stack_after(const std::function<void()>& body);
 /** Returns whether `memory` contains any 8 consecutive bytes of `secret`. */
 bool holds_part_of(const Bytes& memory, std::span<const std::uint8_t> secret);
 
+/**
+ * Returns whether `memory` contains any 4 bytes of `secret`, at a multiple of 4 in both: half a block, as vectors hold
+ * them. Zeros do not count. Others can be there by chance.
+ */
+bool holds_word_of(const Bytes& memory, std::span<const std::uint8_t> secret);
+
 }  // namespace vrx::test
 
 #endif
