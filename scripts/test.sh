@@ -44,6 +44,18 @@ cmd_interop() {
     fi
 }
 
+cmd_residue() {
+    local build
+    for build in "$@"; do
+        if [[ ! $build =~ ^(g|clang)[+][+]/-O[0123s]$ ]]; then
+            echo "dev: '$build' is not a build; use ./dev residue g++/-O2" >&2
+            exit 2
+        fi
+    done
+    need "${TEST[@]}"
+    sh tests/residue/figures.sh . build/residue "$@"
+}
+
 cmd_prove() {
     if [[ $# -gt 1 || ${1:---all} != --all ]]; then
         echo "dev: use ./dev prove or ./dev prove --all" >&2
