@@ -18,7 +18,7 @@ void store(EcPointJ* record, const Jacobian<Residue>& p) {
 /** body(), with nothing left of the points, which may be secret. */
 template <typename Body>
 auto traceless(Body body) {
-    return vrx::secret_work<vrx::depth::curves>(body);
+    return vrx::secret_work<vrx::depth::points>(body);
 }
 
 }  // namespace

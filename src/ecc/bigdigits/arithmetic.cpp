@@ -118,11 +118,11 @@ int spDivide(std::uint32_t* q, std::uint32_t* r, const std::uint32_t u[2], std::
 }
 
 std::uint32_t mpAdd(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, std::uint64_t ndigits) {
-    return low_digit(sum(w, u, v, ndigits));
+    return in_registers([&] { return low_digit(sum(w, u, v, ndigits)); });
 }
 
 std::uint32_t mpSubtract(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, std::uint64_t ndigits) {
-    return low_digit(difference(w, u, v, ndigits));
+    return in_registers([&] { return low_digit(difference(w, u, v, ndigits)); });
 }
 
 int mpMultiply(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, std::uint64_t ndigits) {
@@ -130,11 +130,11 @@ int mpMultiply(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v,
         case 0:
             return 0;
         case 8:
-            return product<8>(w, {u}, {v}), 0;
+            return in_registers([&] { return product<8>(w, {u}, {v}), 0; });
         case 9:
-            return product<9>(w, {u}, {v}), 0;
+            return in_registers([&] { return product<9>(w, {u}, {v}), 0; });
         case 16:
-            return product<16>(w, {u}, {v}), 0;
+            return in_registers([&] { return product<16>(w, {u}, {v}), 0; });
         default:
             break;
     }
@@ -155,11 +155,11 @@ int mpSquare(std::uint32_t* w, const std::uint32_t* u, std::uint64_t ndigits) {
         case 0:
             return 0;
         case 8:
-            return square<8>(w, {u}), 0;
+            return in_registers([&] { return square<8>(w, {u}), 0; });
         case 9:
-            return square<9>(w, {u}), 0;
+            return in_registers([&] { return square<9>(w, {u}), 0; });
         case 16:
-            return square<16>(w, {u}), 0;
+            return in_registers([&] { return square<16>(w, {u}), 0; });
         default:
             break;
     }
@@ -313,19 +313,21 @@ std::uint32_t mpShortSub(std::uint32_t* w, const std::uint32_t* u, std::uint32_t
 }
 
 std::uint32_t mpShortMult(std::uint32_t* w, const std::uint32_t* u, std::uint32_t d, std::uint64_t ndigits) {
-    Word carry = 0;
-    std::uint64_t i = 0;
-    for (; i + 2 <= ndigits; i += 2) {
-        const DoubleWord t = DoubleWord{pair(u + i)} * d + carry;
-        set_pair(w + i, low(t));
-        carry = high(t);
-    }
-    if (i < ndigits) {
-        const Word t = Word{u[i]} * d + carry;
-        w[i] = low_digit(t);
-        carry = high_digit(t);
-    }
-    return low_digit(carry);
+    return in_registers([&] {
+        Word carry = 0;
+        std::uint64_t i = 0;
+        for (; i + 2 <= ndigits; i += 2) {
+            const DoubleWord t = DoubleWord{pair(u + i)} * d + carry;
+            set_pair(w + i, low(t));
+            carry = high(t);
+        }
+        if (i < ndigits) {
+            const Word t = Word{u[i]} * d + carry;
+            w[i] = low_digit(t);
+            carry = high_digit(t);
+        }
+        return low_digit(carry);
+    });
 }
 
 std::uint32_t mpShortModMult(std::uint32_t* w, const std::uint32_t* u, std::uint32_t d, const std::uint32_t* /*m*/,

@@ -85,6 +85,16 @@ auto without_trace(F f) {
     return secret_work<depth>(f);
 }
 
+/** Returns f(), whose temporaries are registers. Without optimisation they are not, and are erased. */
+template <typename F>
+auto in_registers(F f) {
+#if defined(__OPTIMIZE__)
+    return f();
+#else
+    return without_trace(f);
+#endif
+}
+
 /** Stack memory for the temporaries of one call. The destructor wipes the part that was taken. */
 template <std::size_t capacity>
 class Workspace {
