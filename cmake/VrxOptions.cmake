@@ -27,6 +27,14 @@ function(vrx_sanitize_less)
   endif()
 endfunction()
 
+# vrx_optimise(SOURCE...): compiles sources of vector code with -O3, whatever the build type. With fewer inlined functions
+# their frames are several times as large, and so would be what has to be erased: see src/frame/secret_work.hpp.
+function(vrx_optimise)
+  if(NOT VRX_SANITIZE AND NOT VRX_COVERAGE)
+    set_source_files_properties(${ARGN} TARGET_DIRECTORY vrx_objects PROPERTIES COMPILE_OPTIONS -O3)
+  endif()
+endfunction()
+
 # Hardening options for the library and the program. Sanitizer builds omit them, because they detect the same faults.
 add_library(vrx_hardening INTERFACE)
 option(VRX_HARDENING "Check stacks, buffer lengths and jumps at run time" ON)

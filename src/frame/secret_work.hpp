@@ -13,53 +13,54 @@ namespace vrx {
 
 /**
  * Stack depths in bytes, below the caller, to which functions may leave secrets, for all compilers and optimisation
- * levels. tests/residue fails if one is too small. Without optimisation, every variable has its own stack slot.
+ * levels. tests/residue fails if one is too small. Without optimisation, every variable has its own stack slot. The
+ * constants are not inline, because the files of one library differ in optimisation.
  */
 namespace depth {
 #if defined(__OPTIMIZE__)
-inline constexpr std::size_t sha1 = 256;   // with SHA instructions; twice that without them
-inline constexpr std::size_t hash = 1280;  // without the table, which the caller inspects first
-inline constexpr std::size_t hmac = 3072;  // in one call, including the pads
-inline constexpr std::size_t derivation = 8192;
-inline constexpr std::size_t block = 384;       // one block of the cipher
-inline constexpr std::size_t few_blocks = 768;  // fewer than 4
+constexpr std::size_t sha1 = 256;   // with SHA instructions; twice that without them
+constexpr std::size_t hash = 1280;  // without the table, which the caller inspects first
+constexpr std::size_t hmac = 3072;  // in one call, including the pads
+constexpr std::size_t derivation = 8192;
+constexpr std::size_t block = 384;       // one block of the cipher
+constexpr std::size_t few_blocks = 768;  // fewer than 4
 #if defined(__clang__)
-inline constexpr std::size_t some_blocks = 1280;  // fewer than 64
+constexpr std::size_t some_blocks = 1280;  // fewer than 64
 #else
-inline constexpr std::size_t some_blocks = 768;
+constexpr std::size_t some_blocks = 768;
 #endif
-inline constexpr std::size_t blocks = 1280;  // any number, but for the frames that follow
-inline constexpr std::size_t chain = 512;
-inline constexpr std::size_t shuffled_planes = 4096;
-inline constexpr std::size_t permuted_planes = 20480;
-inline constexpr std::size_t sections = 2560;  // with key meshing
-inline constexpr std::size_t curves = 16384;
-inline constexpr std::size_t points = 4096;  // one addition or doubling
-inline constexpr std::size_t scalar = 2048;  // a number modulo the order
-inline constexpr std::size_t diversification = 4096;
-inline constexpr std::size_t octets = 256;
-inline constexpr std::size_t arithmetic = 1408;
-inline constexpr std::size_t inversion = 2048;
+constexpr std::size_t blocks = 1280;  // any number, but for the frames that follow
+constexpr std::size_t chain = 512;
+constexpr std::size_t shuffled_planes = 4096;
+constexpr std::size_t permuted_planes = 20480;
+constexpr std::size_t sections = 2560;  // with key meshing
+constexpr std::size_t curves = 20480;
+constexpr std::size_t points = 8192;  // one addition or doubling
+constexpr std::size_t scalar = 2048;  // a number modulo the order
+constexpr std::size_t diversification = 4096;
+constexpr std::size_t octets = 256;
+constexpr std::size_t arithmetic = 1408;
+constexpr std::size_t inversion = 2048;
 #else
-inline constexpr std::size_t sha1 = 8192;
-inline constexpr std::size_t hash = 28672;
-inline constexpr std::size_t hmac = 32768;
-inline constexpr std::size_t derivation = 36864;
-inline constexpr std::size_t block = 8192;
-inline constexpr std::size_t few_blocks = 8192;
-inline constexpr std::size_t some_blocks = 131072;
-inline constexpr std::size_t blocks = 131072;
-inline constexpr std::size_t chain = 8192;
-inline constexpr std::size_t shuffled_planes = 65536;
-inline constexpr std::size_t permuted_planes = 147456;
-inline constexpr std::size_t sections = 65536;
-inline constexpr std::size_t curves = 65536;
-inline constexpr std::size_t points = 65536;
-inline constexpr std::size_t scalar = 16384;
-inline constexpr std::size_t diversification = 36864;
-inline constexpr std::size_t octets = 1024;
-inline constexpr std::size_t arithmetic = 20480;
-inline constexpr std::size_t inversion = 16384;
+constexpr std::size_t sha1 = 8192;
+constexpr std::size_t hash = 28672;
+constexpr std::size_t hmac = 32768;
+constexpr std::size_t derivation = 36864;
+constexpr std::size_t block = 8192;
+constexpr std::size_t few_blocks = 8192;
+constexpr std::size_t some_blocks = 131072;
+constexpr std::size_t blocks = 131072;
+constexpr std::size_t chain = 8192;
+constexpr std::size_t shuffled_planes = 65536;
+constexpr std::size_t permuted_planes = 147456;
+constexpr std::size_t sections = 65536;
+constexpr std::size_t curves = 65536;
+constexpr std::size_t points = 65536;
+constexpr std::size_t scalar = 16384;
+constexpr std::size_t diversification = 36864;
+constexpr std::size_t octets = 1024;
+constexpr std::size_t arithmetic = 20480;
+constexpr std::size_t inversion = 16384;
 #endif
 }  // namespace depth
 

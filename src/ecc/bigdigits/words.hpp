@@ -85,10 +85,10 @@ auto without_trace(F f) {
     return secret_work<depth>(f);
 }
 
-/** Returns f(), whose temporaries are registers. Without optimisation they are not, and are erased. */
+/** Returns f(), whose temporaries are registers in code optimised for speed. In other code they are erased. */
 template <typename F>
 auto in_registers(F f) {
-#if defined(__OPTIMIZE__)
+#if defined(__OPTIMIZE__) && !defined(__OPTIMIZE_SIZE__)
     return f();
 #else
     return without_trace(f);
