@@ -140,7 +140,8 @@ auto secret_work(Body body) {
 /** The most that copy_secret() copies. */
 inline constexpr std::size_t longest_copy = 64;
 
-/** Copies up to 64 bytes, which may overlap, and leaves none of them in registers. For calls that only fill a buffer. */
+/** Copies up to 64 bytes, which may overlap, and leaves none of them in registers. For calls that only fill a buffer.
+ */
 inline void copy_secret(void* to, const void* from, std::size_t size) {
 #if defined(VRX_SANITIZED)
     if (size != 0) std::memmove(to, from, size);  // so that sanitizers check the bounds

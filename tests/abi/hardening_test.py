@@ -73,6 +73,28 @@ class Hardening(unittest.TestCase):
         for notes in self.for_both("-n"):
             self.assertRegex(notes, r"x86 feature: .*SHSTK")
 
+    def test_both_are_marked_for_ibt_if_the_start_files_are(self):
+        def marked(path):
+            return re.search(r"x86 feature: .*IBT", readelf("-n", path)) is not None
+
+        def start_files(*names):
+            return [subprocess.run(["cc", f"-print-file-name={name}"], check=True, capture_output=True,
+                                   text=True).stdout.strip() for name in names]
+
+        for path, names in ((self.library, ("crti.o", "crtbeginS.o", "crtendS.o", "crtn.o")),
+                            (self.program, ("Scrt1.o", "crti.o", "crtbeginS.o", "crtendS.o", "crtn.o"))):
+            if all(map(marked, start_files(*names))):
+                self.assertTrue(marked(path), path)
+
+    def test_large_frames_touch_every_page(self):
+        with open(self.library, "rb") as file:
+            content = file.read()
+        by_gcc, by_clang = b"\x48\x83\x0c\x24\x00", b"\x48\xc7\x04\x24\x00\x00\x00\x00"  # or, mov of 0, to (%rsp)
+        self.assertTrue(by_gcc in content or by_clang in content)
+
+    def test_the_program_checks_the_standard_library(self):
+        self.assertTrue(any("glibcxx_assert" in name for name in self.asked_for(self.program)))
+
     def test_every_exported_function_begins_with_endbr64(self):
         text = re.search(r"\] \.text\s+PROGBITS\s+(\w+) (\w+) (\w+)", readelf("-S", self.library))
         address, offset, size = (int(field, 16) for field in text.groups())

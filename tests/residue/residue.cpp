@@ -127,7 +127,10 @@ int main(int argc, char** argv) {
         } else if (family == "curves") {
             clean = each_engine<vrx::field::choice>("curves", vrx::field::engines) && clean;
         } else {
-            std::fputs("usage: residue --list | [--figures] [--depths] control | cipher | hash | sha1 | curves | numbers ...\n", stderr);
+            std::fputs(
+                "usage: residue --list | [--figures] [--depths] control | cipher | hash | sha1 | curves | numbers "
+                "...\n",
+                stderr);
             return 2;
         }
     }
