@@ -312,8 +312,9 @@ void add_ids(const std::vector<std::string>& files, std::vector<FileId>& ids) {
 }  // namespace
 
 std::vector<Option> list_options(ListOptions& options, const char* check_help) {
-    return {text_option("out", 'o', "OUT", "output file for the list; default: standard output", options.out),
-            flag_option("check", 'c', check_help, options.check),
+    Option check = flag_option("check", 'c', check_help, options.check);
+    check.files = Files::listed;
+    return {output_option("out", 'o', "OUT", "output file for the list; default: standard output", options.out), check,
             flag_option("quiet", 0, "with --check: print no line for a file that passes", options.quiet),
             flag_option("status", 0, "with --check: print nothing; the exit code tells the result", options.status),
             flag_option("ignore-missing", 0, "with --check: ignore missing files", options.ignore_missing)};

@@ -44,18 +44,17 @@ vrx_data record(std::span<std::uint8_t> data) { return {static_cast<std::uint32_
 
 std::vector<Option> cipher_options(CipherOptions& options) {
     std::vector<Option> result{
-        text_option("key", 'k', "FILE", "the key: 32 bytes, or 64 hexadecimal digits with an optional newline",
-                    options.key),
+        input_option("key", 'k', "the key: 32 bytes, or 64 hexadecimal digits with an optional newline", options.key),
         text_option("params", 'p', "SET",
                     "parameter set: test, A, B, C, D, 0S, SA, SB, SC, SD, a name or an object\n"
                     "identifier as 'vrx params' lists them; default: CryptoPro-A",
                     options.parameters),
         flag_option("mesh", 0, "switch CryptoPro key meshing on; default: as in the parameter set", options.mesh),
         flag_option("no-mesh", 0, "switch key meshing off", options.no_mesh),
-        text_option("table", 't', "FILE",
-                    "S-boxes in place of those of the parameter set: 64 bytes, or 128\n"
-                    "hexadecimal digits with an optional newline",
-                    options.table)};
+        input_option("table", 't',
+                     "S-boxes in place of those of the parameter set: 64 bytes, or 128\n"
+                     "hexadecimal digits with an optional newline",
+                     options.table)};
     for (Option& option : key_password_options(options.password)) result.push_back(std::move(option));
     return result;
 }

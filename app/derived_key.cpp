@@ -17,10 +17,10 @@ Option ukm_option(std::optional<std::string>& ukm) {
 }
 
 Option derived_key_option(std::string& out) {
-    return text_option("out", 'o', "FILE",
-                       "a new file, readable by its owner only, for the 32 bytes; default:\n"
-                       "hexadecimal digits to standard output",
-                       out);
+    return output_option("out", 'o', "FILE",
+                         "a new file, readable by its owner only, for the 32 bytes; default:\n"
+                         "hexadecimal digits to standard output",
+                         out);
 }
 
 void write_derived_key(const std::string& out, DerivedKey& key) {

@@ -17,7 +17,7 @@ std::vector<Option> key_form_options(KeyForm& form, const char* curve_help) {
 }
 
 std::vector<Option> password_options(PasswordOptions& options) {
-    return {text_option("password-file", 0, "FILE", "read the password from a file with one line", options.file),
+    return {input_option("password-file", 0, "read the password from a file with one line", options.file),
             text_option("password-fd", 0, "N", "read the password from an open file descriptor", options.fd),
             flag_option("confirm", 0, "ask for the password twice", options.confirm),
             text_option("encoding", 0, "FORM",
@@ -28,10 +28,10 @@ std::vector<Option> password_options(PasswordOptions& options) {
 }
 
 std::vector<Option> key_password_options(PasswordOptions& options) {
-    return {text_option("password-file", 0, "FILE",
-                        "a file with the password of the key file, in one line; without it, the\nprogram asks on the "
-                        "terminal",
-                        options.file),
+    return {input_option("password-file", 0,
+                         "a file with the password of the key file, in one line; without it, the\nprogram asks on the "
+                         "terminal",
+                         options.file),
             text_option("password-fd", 0, "N", "the same, from a file descriptor that is open", options.fd)};
 }
 
@@ -45,8 +45,7 @@ void check_usage(const Command& command, const PasswordOptions& options, const s
 std::vector<Option> lock_options(Lock& lock) {
     return {
         flag_option("password", 0, "encrypt the key with a password, and ask for it on the terminal", lock.wanted),
-        text_option("password-file", 0, "FILE", "encrypt the key with the password in a file of one line",
-                    lock.source.file),
+        input_option("password-file", 0, "encrypt the key with the password in a file of one line", lock.source.file),
         text_option("password-fd", 0, "N", "the same, from a file descriptor that is open", lock.source.fd),
         text_option("iterations", 'n', "N", "how often to hash the password; without it 600000", lock.iterations_text)};
 }

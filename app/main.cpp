@@ -10,6 +10,7 @@
 #include <vrx.h>
 
 #include "commands/commands.hpp"
+#include "io/confinement.hpp"
 #include "io/failure.hpp"
 #include "io/files.hpp"
 #include "io/text.hpp"
@@ -127,6 +128,9 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     using namespace vrx::app;
     occupy_standard_streams();
+#ifdef VRX_CONFINED
+    enable_confinement();
+#endif
     // Let a write beyond the file size limit fail with an error instead of a signal.
     std::signal(SIGXFSZ, SIG_IGN);
     const int code = run_and_report(argc, argv);

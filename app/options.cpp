@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "io/confinement.hpp"
 #include "io/files.hpp"
 #include "io/text.hpp"
 
@@ -62,9 +63,21 @@ Option text_option(const char* name, char letter, const char* value, const char*
     return {name, letter, value, help, [&text](const char* given) { text = given; }};
 }
 
-Option list_option(const char* name, char letter, const char* value, const char* help,
-                   std::vector<std::string>& texts) {
-    return {name, letter, value, help, [&texts](const char* given) { texts.emplace_back(given); }};
+Option input_option(const char* name, char letter, const char* help, std::optional<std::string>& path) {
+    return {name, letter, "FILE", help, [&path](const char* given) { path = given; }, Files::read};
+}
+
+Option input_option(const char* name, char letter, const char* help, std::vector<std::string>& paths) {
+    return {name, letter, "FILE", help, [&paths](const char* given) { paths.emplace_back(given); }, Files::read};
+}
+
+Option output_option(const char* name, char letter, const char* value, const char* help, std::string& path) {
+    return {name, letter, value, help, [&path](const char* given) { path = given; }, Files::written};
+}
+
+Option output_option(const char* name, char letter, const char* value, const char* help,
+                     std::optional<std::string>& path) {
+    return {name, letter, value, help, [&path](const char* given) { path = given; }, Files::written};
 }
 
 WrongUse::WrongUse(const Command& command, const std::string& what)
@@ -90,6 +103,7 @@ std::optional<std::vector<std::string>> parse(const Command& command, const std:
     }
     longs.push_back({});
 
+    Access access;
     optind = 0;
     opterr = 0;
     for (;;) {
@@ -107,6 +121,9 @@ std::optional<std::vector<std::string>> parse(const Command& command, const std:
                                                  : std::find_if(all.begin(), all.end(),
                                                                 [found](const Option& o) { return o.letter == found; });
         option->set(optarg);
+        if (option->files == Files::read) access.inputs.emplace_back(optarg);
+        if (option->files == Files::written) access.outputs.emplace_back(optarg);
+        if (option->files == Files::listed) access.every_input = true;
     }
     if (help) {
         print_help(command, all);
@@ -114,6 +131,8 @@ std::optional<std::vector<std::string>> parse(const Command& command, const std:
     }
     std::vector<std::string> operands(argv + optind, argv + argc);
     if (operands.size() > most) throw WrongUse(command, "there is one operand too many, " + in_quotes(operands[most]));
+    access.inputs.insert(access.inputs.end(), operands.begin(), operands.end());
+    confine(access);
     return operands;
 }
 

@@ -23,6 +23,9 @@ struct Command {
     int (*run)(const Command& self, int argc, char** argv);
 };
 
+/** The files that the value of an option names. */
+enum class Files { none, read, written, listed };  // listed: they name further files to read
+
 /** One option of a command. */
 struct Option {
     const char* name;                      // its long form, without dashes
@@ -30,6 +33,7 @@ struct Option {
     const char* value;                     // the name of its value in the help; nullptr if it takes none
     const char* help;                      // may contain newlines
     std::function<void(const char*)> set;  // called with the value, or with nullptr if it takes none
+    Files files = Files::none;
 };
 
 /** An Option that sets a flag. */
@@ -39,8 +43,15 @@ Option text_option(const char* name, char letter, const char* value, const char*
 Option text_option(const char* name, char letter, const char* value, const char* help,
                    std::optional<std::string>& text);
 
-/** An Option that may be repeated; stores its values in order. */
-Option list_option(const char* name, char letter, const char* value, const char* help, std::vector<std::string>& texts);
+/** An Option whose value is a FILE to read. */
+Option input_option(const char* name, char letter, const char* help, std::optional<std::string>& path);
+/** The same, but it may be repeated; stores its values in order. */
+Option input_option(const char* name, char letter, const char* help, std::vector<std::string>& paths);
+
+/** An Option whose value is a file to write. */
+Option output_option(const char* name, char letter, const char* value, const char* help, std::string& path);
+Option output_option(const char* name, char letter, const char* value, const char* help,
+                     std::optional<std::string>& path);
 
 /** A usage error: a Failure whose text also points to the help. */
 class WrongUse : public Failure {
@@ -50,7 +61,7 @@ public:
 
 /**
  * Parse the arguments of a command by GNU conventions: options and operands in any order, abbreviated long options, and
- * only operands after "--".
+ * only operands after "--". Then confine the process to the files that the arguments name.
  *
  * @param most  the maximum number of operands.
  * @return the operands; std::nullopt if the user asked for help, which is then printed.

@@ -76,7 +76,7 @@ int run_transform(const Command& self, bool encrypt, int argc, char** argv) {
                                   encrypt ? "the IV, 16 digits; the output is then the ciphertext alone"
                                           : "the IV, 16 digits; the input is then the ciphertext alone",
                                   cipher_choice.iv));
-    options.push_back(text_option("out", 'o', "OUT", "output file; default: standard output", out));
+    options.push_back(output_option("out", 'o', "OUT", "output file; default: standard output", out));
 
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;

@@ -16,9 +16,8 @@ int run(const Command& self, int argc, char** argv) {
     std::optional<std::string> ukm_text;
     std::string set = "cryptopro";
     std::string out = "-";
-    std::vector<Option> options{text_option("key", 'k', "FILE", "your private key", key_path),
-                                text_option("peer", 'p', "FILE", "the peer's public key", peer_path),
-                                ukm_option(ukm_text)};
+    std::vector<Option> options{input_option("key", 'k', "your private key", key_path),
+                                input_option("peer", 'p', "the peer's public key", peer_path), ukm_option(ukm_text)};
     for (Option& option : key_form_options(form, "the curve of raw keys")) options.push_back(std::move(option));
     options.push_back(
         text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; default: cryptopro", set));

@@ -106,10 +106,10 @@ int run(const Command& self, int argc, char** argv) {
         text_option("length", 'l', "N", "bytes to derive; default: 32, which is the only size of pbkdf2",
                     choice.length)};
     for (Option& option : password_options(password_choice)) options.push_back(std::move(option));
-    options.push_back(text_option("out", 'o', "FILE",
-                                  "a new file, readable by its owner only, for the result; default: standard\n"
-                                  "output",
-                                  out));
+    options.push_back(output_option("out", 'o', "FILE",
+                                    "a new file, readable by its owner only, for the result; default: standard\n"
+                                    "output",
+                                    out));
     options.push_back(flag_option("raw", 0, "write bytes instead of hexadecimal digits and a newline", raw));
     if (!parse(self, options, 0, argc, argv)) return exit_done;
 

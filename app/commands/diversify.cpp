@@ -17,7 +17,7 @@ int run(const Command& self, int argc, char** argv) {
     std::string out = "-";
     PasswordOptions password;
     std::vector<Option> options{
-        text_option("key", 'k', "FILE", "the key: 32 bytes, or 64 hexadecimal digits", key_path), ukm_option(ukm_text),
+        input_option("key", 'k', "the key: 32 bytes, or 64 hexadecimal digits", key_path), ukm_option(ukm_text),
         text_option("params", 'p', "SET", "parameter set of the cipher; default: CryptoPro-A", params),
         derived_key_option(out)};
     for (Option& option : key_password_options(password)) options.push_back(std::move(option));

@@ -55,7 +55,7 @@ int run(const Command& self, int argc, char** argv) {
     std::string set = "cryptopro";
     ListOptions lists;
     std::vector<Option> options{
-        text_option("key", 'k', "FILE", "the key: all bytes of the file, including any newline", key_path),
+        input_option("key", 'k', "the key: all bytes of the file, including any newline", key_path),
         flag_option("hex-key", 'x', "the file holds the key as hexadecimal digits, with an optional newline", hex_key)};
     for (Option& option : digest_options(set, lists, "read lists of MACs from the FILEs and verify them"))
         options.push_back(std::move(option));

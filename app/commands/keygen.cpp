@@ -20,7 +20,7 @@ int run(const Command& self, int argc, char** argv) {
     bool hex = false;
     Lock lock;
     std::vector<Option> options{
-        text_option("out", 'o', "FILE", "the new key file; it must not exist yet", out),
+        output_option("out", 'o', "FILE", "the new key file; it must not exist yet", out),
         flag_option("hex", 'x', "write 64 hexadecimal digits and a newline instead of 32 bytes", hex)};
     for (Option& option : lock_options(lock)) options.push_back(std::move(option));
     const auto operands = parse(self, options, 0, argc, argv);

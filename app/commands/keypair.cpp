@@ -14,7 +14,7 @@ int run(const Command& self, int argc, char** argv) {
     Lock lock;
     std::optional<std::string> out;
     std::vector<Option> options = key_form_options(form, "the curve: A, B, C, XchA, XchB or Test");
-    options.push_back(text_option("out", 'o', "FILE", "the new key file; it must not exist yet", out));
+    options.push_back(output_option("out", 'o', "FILE", "the new key file; it must not exist yet", out));
     for (Option& option : lock_options(lock)) options.push_back(std::move(option));
     const auto operands = parse(self, options, 0, argc, argv);
     if (!operands) return exit_done;

@@ -12,7 +12,8 @@ int run(const Command& self, int argc, char** argv) {
     PasswordOptions password;
     std::string out = "-";
     std::vector<Option> options = key_form_options(form, "the curve of a raw key");
-    options.push_back(text_option("out", 'o', "FILE", "output file for the public key; default: standard output", out));
+    options.push_back(
+        output_option("out", 'o', "FILE", "output file for the public key; default: standard output", out));
     for (Option& option : key_password_options(password)) options.push_back(std::move(option));
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;

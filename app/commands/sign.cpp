@@ -21,11 +21,12 @@ int run(const Command& self, int argc, char** argv) {
     std::string out = "-";
     bool hex = false;
     bool base64 = false;
-    std::vector<Option> options{text_option("key", 'k', "FILE", "the private key", key_path)};
+    std::vector<Option> options{input_option("key", 'k', "the private key", key_path)};
     for (Option& option : key_form_options(form, "the curve of a raw key")) options.push_back(std::move(option));
     options.push_back(
         text_option("set", 's', "SET", "parameter set of the hash: cryptopro or test; default: cryptopro", set));
-    options.push_back(text_option("out", 'o', "FILE", "output file for the signature; default: standard output", out));
+    options.push_back(
+        output_option("out", 'o', "FILE", "output file for the signature; default: standard output", out));
     options.push_back(flag_option("hex", 'x', "write hexadecimal digits and a newline", hex));
     options.push_back(flag_option("base64", 0, "write base64 and a newline", base64));
     for (Option& option : key_password_options(password)) options.push_back(std::move(option));

@@ -292,7 +292,7 @@ int run(const Command& self, int argc, char** argv) {
     const auto operands =
         parse(self,
               {text_option("seconds", 's', "NUMBER", "total time in seconds; default: 15", seconds),
-               text_option("plot", 'p', "FILE", "also draw a chart, as an SVG picture in FILE", plot)},
+               output_option("plot", 'p', "FILE", "also draw a chart, as an SVG picture in FILE", plot)},
               0, argc, argv);
     if (!operands) return exit_done;
     const Seconds time = seconds_of(self, seconds);

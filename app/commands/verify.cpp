@@ -187,20 +187,19 @@ int run(const Command& self, int argc, char** argv) {
     std::optional<std::string> signature_path;
     std::optional<std::string> set;
     std::vector<Option> options{
-        text_option("key", 'k', "FILE", "the public key", key_path),
-        text_option("cert", 'C', "FILE", "the signer's X.509 certificate, in place of a public key", trust.certificate),
-        text_option("signature", 'S', "FILE", "the signature", signature_path)};
+        input_option("key", 'k', "the public key", key_path),
+        input_option("cert", 'C', "the signer's X.509 certificate, in place of a public key", trust.certificate),
+        input_option("signature", 'S', "the signature", signature_path)};
     for (Option& option : key_form_options(form, "the curve of a raw key")) options.push_back(std::move(option));
     options.push_back(text_option("set", 's', "SET",
                                   "parameter set of the hash: cryptopro or test; default: the one that the\n"
                                   "certificate names, or cryptopro",
                                   set));
-    options.push_back(list_option("ca", 'A', "FILE",
-                                  "certificates of authorities, PEM or DER: self-signed ones are trusted, others\n"
-                                  "may be intermediate. May be repeated",
-                                  trust.authorities));
-    options.push_back(
-        list_option("crl", 0, "FILE", "revocation lists of the authorities; may be repeated", trust.lists));
+    options.push_back(input_option("ca", 'A',
+                                   "certificates of authorities, PEM or DER: self-signed ones are trusted, others\n"
+                                   "may be intermediate. May be repeated",
+                                   trust.authorities));
+    options.push_back(input_option("crl", 0, "revocation lists of the authorities; may be repeated", trust.lists));
     options.push_back(text_option("time", 'T', "TIME",
                                   "time of signing in UTC, like 2026-02-28 or '2026-02-28 23:59:59';\n"
                                   "default: now. With 'any', dates are not checked",

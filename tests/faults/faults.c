@@ -8,7 +8,9 @@
  *   VRX_FAULT_NAMED=1     unnamed files (O_TMPFILE) are not supported
  *   VRX_FAULT_RANDOM=how  random bytes are all `zero`, the same in every call (`constant`), the same in every process
  *                         (`snapshot`), or fail after the first call (`never`)
- *   VRX_FAULT_REPORT=FILE created at the first injected fault, with the name of the function
+ *   VRX_FAULT_DIRECT=1    read and write cannot access more than 1024 bytes at once, like file systems that access the
+ *                         caller's memory directly
+ *   VRX_FAULT_REPORT=FILE an existing file, which gets the name of the function that the first injected fault hits
  */
 #define _GNU_SOURCE
 #include "faults.h"
@@ -44,6 +46,8 @@ static atomic_size_t left_in_last;
 static atomic_int prepared;
 static unsigned turn;
 static const char* randomness;
+static int report_file = -1;
+static atomic_int direct;
 
 static void read_plan(struct Plan* plan, const char* name) {
     const char* text = getenv(name);
@@ -60,15 +64,21 @@ static void prepare(void) {
     stutters = getenv("VRX_FAULT_STUTTER") != NULL;
     randomness = getenv("VRX_FAULT_RANDOM");
     without_unnamed_files = getenv("VRX_FAULT_NAMED") != NULL;
+    direct = getenv("VRX_FAULT_DIRECT") != NULL;
+    /* Opened now, because the program may give up its access to files; on a number that disturbs nobody. */
+    const char* path = getenv("VRX_FAULT_REPORT");
+    if (path == NULL) return;
+    const int fd = (int)syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CLOEXEC);
+    report_file = (int)syscall(SYS_fcntl, fd, F_DUPFD_CLOEXEC, 900);
+    syscall(SYS_close, fd);
 }
 
 static void report(const char* call) {
-    const char* path = getenv("VRX_FAULT_REPORT");
-    if (path == NULL) return;
+    if (report_file < 0) return;
     const int saved = errno;
-    const int fd = (int)syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    syscall(SYS_write, fd, call, strlen(call));
-    syscall(SYS_close, fd);
+    syscall(SYS_write, report_file, call, strlen(call));
+    syscall(SYS_close, report_file);
+    report_file = -1;
     errno = saved;
 }
 
@@ -162,11 +172,17 @@ static int is_interrupted(size_t* size) {
     return 0;
 }
 
+static int is_out_of_reach(size_t size) {
+    if (!direct || size <= 1024) return 0;
+    errno = EFAULT;
+    return 1;
+}
+
 /* Writes to standard error never fail, so that messages arrive. */
 static int is_message(int fd) { return fd == STDERR_FILENO; }
 
 ssize_t read(int fd, void* buffer, size_t size) {
-    if (fails("read", EIO) || is_interrupted(&size)) return -1;
+    if (fails("read", EIO) || is_interrupted(&size) || is_out_of_reach(size)) return -1;
     return syscall(SYS_read, fd, buffer, size);
 }
 ssize_t __read_chk(int fd, void* buffer, size_t size, size_t room) {
@@ -174,7 +190,7 @@ ssize_t __read_chk(int fd, void* buffer, size_t size, size_t room) {
     return read(fd, buffer, size);
 }
 ssize_t write(int fd, const void* buffer, size_t size) {
-    if (!is_message(fd) && (fails("write", ENOSPC) || is_interrupted(&size))) return -1;
+    if (!is_message(fd) && (fails("write", ENOSPC) || is_interrupted(&size) || is_out_of_reach(size))) return -1;
     return syscall(SYS_write, fd, buffer, size);
 }
 static ssize_t planned_random(unsigned char* buffer, size_t size) {

@@ -99,13 +99,11 @@ class Runs(ProgramTest):
 
     def with_faults(self, command, **faults):
         """Run with an injected fault. Returns the results and the name of the failed call, if any."""
-        report = self.path("report/call")
-        if os.path.exists(report):
-            os.unlink(report)
-        environment = {**os.environ, "LD_PRELOAD": FAULTS, "VRX_FAULT_REPORT": os.fsdecode(report),
+        self.write("report/call", b"")
+        environment = {**os.environ, "LD_PRELOAD": FAULTS, "VRX_FAULT_REPORT": os.fsdecode(self.path("report/call")),
                        **{f"VRX_FAULT_{name.upper()}": str(value) for name, value in faults.items()}}
         done = self.run_vrx(*command, env=environment)
-        return done, self.read("report/call").decode() if os.path.exists(report) else None
+        return done, self.read("report/call").decode() or None
 
     def remove_output(self):
         if os.path.exists(self.path(OUT)):

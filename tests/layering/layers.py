@@ -75,7 +75,7 @@ LAYERS = [
     Layer("include", "vrx", ("include/vrx", "include/vrx.h", "include/vrx/cxx"), "include/vrx.hpp", ".hpp"),
 
     # The program.
-    Layer("app/io", "failure signals declassify text place terminal files progress pieces", ("include/vrx",)),
+    Layer("app/io", "failure signals declassify text place confinement terminal files progress pieces", ("include/vrx",)),
     Layer("documents", "der algorithm name time certificate revocation chain", ("app/io", "include/vrx.h")),
     Layer("app/keys", "keys parameters random traces der password key_format encrypted_key unlock key_files",
           ("documents", "app/io", "src/frame", "include/vrx", "include/vrx.h")),

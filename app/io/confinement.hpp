@@ -1,0 +1,35 @@
+// Confines the process: before a command reads a file, it gives up all access that it does not need.
+#ifndef VRX_APP_CONFINEMENT_HPP
+#define VRX_APP_CONFINEMENT_HPP
+
+#include <string>
+#include <vector>
+
+namespace vrx::app {
+
+/** The files that a command needs. "-" is a standard stream and needs no access. */
+struct Access {
+    std::vector<std::string> inputs;   // files to read
+    std::vector<std::string> outputs;  // files to write; the command may replace all files in their folders
+    bool every_input = false;          // the inputs name further files to read
+};
+
+/** What confine() achieved. */
+struct Confinement {
+    int landlock = 0;      // the version of Landlock in the kernel; 0 if it is not active
+    bool seccomp = false;  // true if the filter of system calls is active
+};
+
+/** Make confine() effective. Only for processes that run one command and end. */
+void enable_confinement();
+
+/**
+ * Limit the process to the access given: Landlock limits files, seccomp limits system calls. Afterwards the process can
+ * neither use the network, nor start programs, nor make memory executable. There is no way back. Where the kernel lacks
+ * one of the two, that one has no effect.
+ */
+Confinement confine(const Access& access);
+
+}  // namespace vrx::app
+
+#endif
