@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <string_view>
 #include <utility>
@@ -91,6 +92,31 @@ mode_t mode_of_new_files() {
     return 0666 & ~mask;
 }
 
+// Some file systems access the caller's memory directly. If the memory is hidden from the kernel, as that of secrets
+// is, this fails with EFAULT. The functions below then use a buffer on the stack, and wipe it.
+using DetourBuffer = std::array<std::uint8_t, 512>;
+
+ssize_t read_some(int fd, std::span<std::uint8_t> buffer) {
+    ssize_t got = ::read(fd, buffer.data(), buffer.size());
+    if (got >= 0 || errno != EFAULT) return got;
+    DetourBuffer detour;
+    got = ::read(fd, detour.data(), std::min(buffer.size(), detour.size()));
+    if (got > 0) std::copy_n(detour.begin(), got, buffer.begin());
+    explicit_bzero(detour.data(), detour.size());
+    return got;
+}
+
+ssize_t write_some(int fd, std::span<const std::uint8_t> data) {
+    ssize_t put = ::write(fd, data.data(), data.size());
+    if (put >= 0 || errno != EFAULT) return put;
+    DetourBuffer detour;
+    const std::size_t size = std::min(data.size(), detour.size());
+    std::copy_n(data.begin(), size, detour.begin());
+    put = ::write(fd, detour.data(), size);
+    explicit_bzero(detour.data(), detour.size());
+    return put;
+}
+
 FileId id_of(const struct stat& status) { return {status.st_dev, status.st_ino}; }
 
 }  // namespace
@@ -119,7 +145,7 @@ Input::~Input() {
 
 std::size_t Input::read(std::span<std::uint8_t> buffer) {
     for (;;) {
-        const ssize_t got = ::read(fd_, buffer.data(), buffer.size());
+        const ssize_t got = read_some(fd_, buffer);
         if (got >= 0) return static_cast<std::size_t>(got);
         if (errno != EINTR) throw SystemFailure("cannot read " + shown_, errno);
     }
@@ -210,7 +236,7 @@ Output::~Output() {
 void Output::write(std::span<const std::uint8_t> data) {
     written_ += data.size();
     while (!data.empty()) {
-        const ssize_t put = ::write(fd_, data.data(), data.size());
+        const ssize_t put = write_some(fd_, data);
         if (put >= 0)
             data = data.subspan(static_cast<std::size_t>(put));
         else if (errno != EINTR)

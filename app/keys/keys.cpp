@@ -1,8 +1,11 @@
 #include "keys/keys.hpp"
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -10,6 +13,7 @@
 #include <string_view>
 
 #include "io/failure.hpp"
+#include "io/place.hpp"
 #include "io/text.hpp"
 
 namespace vrx::app {
@@ -27,20 +31,52 @@ void warn_of_swap() {
 
 }  // namespace
 
-SecretPages::SecretPages(std::size_t size) : pages_(nullptr), size_(size) {
+SecretPages::SecretPages(std::size_t size)
+    : guard_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
+      size_((size + guard_ - 1) / guard_ * guard_),
+      pages_(nullptr),
+      protection_(Protection::none) {
     // Keep secrets out of core dumps, and out of reach of other processes of the same user.
     prctl(PR_SET_DUMPABLE, 0);
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
-    pages_ = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (pages_ == MAP_FAILED) throw SystemFailure("cannot get memory for a key", errno);
-    if (mlock(pages_, size) != 0) warn_of_swap();
-    madvise(pages_, size, MADV_DONTDUMP);
+    void* const all = mmap(nullptr, size_ + 2 * guard_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (all == MAP_FAILED) throw SystemFailure("cannot get memory for a key", errno);
+    pages_ = static_cast<char*>(all) + guard_;
+    if (hide()) {
+        protection_ = Protection::hidden;
+    } else if (mmap(pages_, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) ==
+               MAP_FAILED) {
+        const int error = errno;
+        munmap(all, size_ + 2 * guard_);
+        throw SystemFailure("cannot get memory for a key", error);
+    } else if (lock()) {
+        protection_ = Protection::locked;
+    } else {
+        warn_of_swap();
+    }
+    madvise(pages_, size_, MADV_DONTDUMP);
+}
+
+/** Put secret memory of the kernel in place of the pages. It is never swapped out. A failure may leave no pages there.
+ */
+bool SecretPages::hide() const {
+    const Descriptor memory(static_cast<int>(syscall(SYS_memfd_secret, O_CLOEXEC)));
+    if (!memory.is_open() || ftruncate(memory.get(), static_cast<off_t>(size_)) != 0) return false;
+    if (mmap(pages_, size_, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, memory.get(), 0) == MAP_FAILED)
+        return false;
+    madvise(pages_, size_, MADV_DONTFORK);
+    return true;
+}
+
+bool SecretPages::lock() const {
+    madvise(pages_, size_, MADV_WIPEONFORK);
+    return mlock(pages_, size_) == 0;
 }
 
 SecretPages::~SecretPages() {
     explicit_bzero(pages_, size_);
-    munmap(pages_, size_);
+    munmap(static_cast<char*>(pages_) - guard_, size_ + 2 * guard_);
 }
 
 void SecretBytes::make_room() {

@@ -17,18 +17,34 @@
 
 namespace vrx::app {
 
-/** Memory pages for secrets: locked where the system allows it, and wiped before they are freed. */
+/**
+ * Memory pages for secrets, wiped before they are freed. An inaccessible page before and after them stops overruns, and
+ * forked processes do not inherit them.
+ */
 class SecretPages {
 public:
+    /** How the system keeps the pages out of reach. */
+    enum class Protection {
+        hidden,  // memfd_secret: not even the kernel maps the pages
+        locked,  // mlock: they are never swapped out
+        none,    // the limit for locked memory is too low
+    };
+
     explicit SecretPages(std::size_t size);
     SecretPages(const SecretPages&) = delete;
     SecretPages& operator=(const SecretPages&) = delete;
     ~SecretPages();
     [[nodiscard]] void* get() const { return pages_; }
+    [[nodiscard]] Protection protection() const { return protection_; }
 
 private:
+    bool hide() const;
+    bool lock() const;
+
+    std::size_t guard_;  // the size of a page
+    std::size_t size_;   // a multiple of it
     void* pages_;
-    std::size_t size_;
+    Protection protection_;
 };
 
 /** A trivial object on its own secret pages. Once the first exists, the process leaves no core dump. */

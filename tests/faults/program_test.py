@@ -143,6 +143,20 @@ class Runs(ProgramTest):
             self.assertEqual(done.code, 0, done.err)
 
 
+    def expect_same_result(self, **fault):
+        for command, proof in self.commands():
+            with self.subTest(command):
+                self.remove_output()
+                right = self.successful(command).out
+                written = self.files()
+                self.remove_output()
+                done, _ = self.with_faults(command, **fault)
+                self.assertEqual((done.code, done.err), (0, expected_warning(command)))
+                if proof is None:
+                    self.assertEqual((done.out, self.files()), (right, written))
+                else:
+                    proof(done)
+
     def expect_a_part(self, done, right, written):
         """A list may omit unreadable files; a check reports them."""
         lines = (right.out + written.get(OUT, b"")).splitlines()
@@ -202,20 +216,12 @@ class BadRandomness(Runs):
             self.assertEqual(signatures[0], signatures[2])
 
 
-class Stutter(Runs):
+class Limits(Runs):
+    def test_file_systems_that_cannot_access_hidden_memory(self):
+        self.expect_same_result(direct=1)
+
     def test_short_and_interrupted_calls_give_the_same_result(self):
-        for command, proof in self.commands():
-            with self.subTest(command):
-                self.remove_output()
-                right = self.successful(command).out
-                written = self.files()
-                self.remove_output()
-                done, _ = self.with_faults(command, stutter=1)
-                self.assertEqual((done.code, done.err), (0, expected_warning(command)))
-                if proof is None:
-                    self.assertEqual((done.out, self.files()), (right, written))
-                else:
-                    proof(done)
+        self.expect_same_result(stutter=1)
 
 
 if __name__ == "__main__":

@@ -1,6 +1,7 @@
 // Dumps the writable memory of a program. Usage: memory_of LOCKED LAST PROGRAM [ARGUMENT...]. Runs the program; dumps
 // its locked pages to the file LOCKED whenever it reads, writes or closes a file, and all its writable memory to LAST
-// when it ends. The exit code is that of the program, or 77 if tracing is not permitted.
+// when it ends. Memory of memfd_secret cannot be dumped, so the program gets ENOSYS for it, unless VRX_HIDDEN is set.
+// The exit code is that of the program, or 77 if tracing is not permitted.
 #include <fcntl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
@@ -82,6 +83,13 @@ private:
     int maps_, bytes_;
 };
 
+/** Let memfd_secret fail: the call gets an unknown number. */
+void refuse_secret_memory(pid_t process) {
+    constexpr std::size_t number = offsetof(user, regs.orig_rax);
+    if (ptrace(PTRACE_PEEKUSER, process, number, nullptr) == SYS_memfd_secret)
+        ptrace(PTRACE_POKEUSER, process, number, -1L);
+}
+
 /** True at a call that reads, closes or writes a file. Secrets and data derived from them are then in memory. */
 bool is_looked_at(pid_t process) {
     const long call = ptrace(PTRACE_PEEKUSER, process, offsetof(user, regs.orig_rax), nullptr);
@@ -102,6 +110,7 @@ int main(int argc, char** argv) {
         return trouble;
     }
     const int locked = opened(argv[1], O_WRONLY | O_CREAT | O_TRUNC);
+    const bool hidden = std::getenv("VRX_HIDDEN") != nullptr;
     const int last = opened(argv[2], O_WRONLY | O_CREAT | O_TRUNC);
     const pid_t child = fork();
     if (child == 0) become(argv + 3);
@@ -118,6 +127,7 @@ int main(int argc, char** argv) {
         if (status >> 8 == (SIGTRAP | PTRACE_EVENT_EXIT << 8))
             memory.append_to(last, false);
         else if (WSTOPSIG(status) == (SIGTRAP | 0x80)) {
+            if (!hidden) refuse_secret_memory(child);
             if (is_looked_at(child)) memory.append_to(locked, true);
         } else
             signal = WSTOPSIG(status);

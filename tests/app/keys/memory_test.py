@@ -1,4 +1,4 @@
-"""Tests that vrx keeps secrets in locked pages, and that no trace of them is in its memory when it ends."""
+"""Tests that vrx keeps secrets in hidden or locked pages, and that no trace of them is in its memory when it ends."""
 
 import base64
 import ctypes
@@ -84,6 +84,15 @@ class Memory(ProgramTest):
         self.check(memory, {"the key": private, "the agreed key": agreed})
         memory = self.traced("diversify", "--key", "agreed", "--ukm", UKM, "--out", "diversified")
         self.check(memory, {"the key": agreed, "the diversified key": self.read("diversified")})
+
+    def test_hidden_memory(self):
+        if b"memfd_secret" not in self.vrx("help", "secrets"):
+            self.skipTest("the kernel has no memfd_secret")
+        key = os.urandom(32)
+        self.write("raw", key, 0o600)
+        self.write("in", bytes(5000))
+        _, locked, last = self.traced("hmac", "--key", "raw", "in", env={"VRX_HIDDEN": "1"})
+        self.assertEqual((self.parts_in(locked, key), self.parts_in(last, key)), ([], []))
 
     def test_a_small_stack_is_enough(self):
         def limit():

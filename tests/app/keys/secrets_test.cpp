@@ -1,16 +1,29 @@
-// Tests that secret pages are wiped before they are freed. The linker redirects munmap() to this file.
+// Tests secret pages: they are wiped before they are freed, lie between inaccessible pages, and are not inherited. The
+// linker redirects munmap() to this file.
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <span>
 
 #include "io/failure.hpp"
 #include "keys/keys.hpp"
+#include "support/child_process.hpp"
 
 namespace {
+
+constexpr std::size_t page = 4096;
 
 struct Unmapped {
     std::size_t pages = 0;
@@ -22,7 +35,8 @@ Unmapped unmapped;
 
 extern "C" int __real_munmap(void* address, std::size_t size);
 extern "C" int __wrap_munmap(void* address, std::size_t size) {
-    const std::span bytes(static_cast<const unsigned char*>(address), size);
+    // The first and the last page are the guards.
+    const std::span bytes = std::span(static_cast<const unsigned char*>(address), size).subspan(page, size - 2 * page);
     ++unmapped.pages;
     if (std::ranges::any_of(bytes, [](unsigned char byte) { return byte != 0; })) ++unmapped.not_wiped;
     return __real_munmap(address, size);
@@ -67,11 +81,74 @@ TEST(Secrets, bytes_are_wiped_after_an_exception) {
 
 TEST(Secrets, the_check_finds_pages_that_are_not_wiped) {
     unmapped = {};
-    void* page = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    ASSERT_NE(page, MAP_FAILED);
-    std::memset(page, 1, 1);
-    munmap(page, 4096);
+    void* pages = mmap(nullptr, 3 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    std::memset(static_cast<char*>(pages) + page, 1, 1);
+    munmap(pages, 3 * page);
     EXPECT_EQ(unmapped.not_wiped, 1U);
+}
+
+/** Whether the kernel can read a byte of this process, or why not. */
+int readable(const void* byte) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(pipe(ends.data()), 0);
+    const int error = write(ends[1], byte, 1) == 1 ? 0 : errno;
+    close(ends[0]);
+    close(ends[1]);
+    return error;
+}
+
+TEST(Secrets, pages_lie_between_inaccessible_ones) {
+    for (const std::size_t size : {std::size_t{1}, page, page + 1, 5 * page}) {
+        const vrx::app::SecretPages pages(size);
+        const char* begin = static_cast<const char*>(pages.get());
+        const char* end = begin + (size + page - 1) / page * page;
+        EXPECT_EQ(readable(begin), 0);
+        EXPECT_EQ(readable(end - 1), 0);
+        EXPECT_EQ(readable(begin - 1), EFAULT);
+        EXPECT_EQ(readable(end), EFAULT);
+    }
+}
+
+/** Check in a child process that it has nothing of the pages: they are gone, or zero. */
+void expect_not_inherited(unsigned char* byte) {
+    *byte = 0x5A;
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) _exit(readable(byte) == EFAULT || *byte == 0 ? 0 : 1);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(*byte, 0x5A);
+}
+
+TEST(Secrets, forked_processes_do_not_inherit_them) {
+    vrx::app::SecretPages pages(page);
+    expect_not_inherited(static_cast<unsigned char*>(pages.get()));
+}
+
+/** From now on the kernel has no memfd_secret for this process. */
+void take_secret_memory_away() {
+    std::array<sock_filter, 4> code{{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                                     BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_memfd_secret, 0, 1),
+                                     BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+                                     BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)}};
+    const sock_fprog program{code.size(), code.data()};
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    ASSERT_EQ(prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
+}
+
+TEST(Secrets, locked_pages_take_the_place_of_hidden_ones) {
+    using Pages = vrx::app::SecretPages;
+    const bool hidden = Pages(1).protection() == Pages::Protection::hidden;
+    const auto run = vrx::test::run_in_child([] {
+        take_secret_memory_away();
+        Pages pages(page);
+        EXPECT_NE(pages.protection(), Pages::Protection::hidden);
+        expect_not_inherited(static_cast<unsigned char*>(pages.get()));
+    });
+    EXPECT_TRUE(vrx::test::passed(run));
+    if (!hidden) GTEST_SKIP() << "no memfd_secret here, so both are locked pages";
 }
 
 }  // namespace
