@@ -14,6 +14,7 @@
 #include "io/failure.hpp"
 #include "io/files.hpp"
 #include "io/text.hpp"
+#include "keys/keys.hpp"
 #include "keys/traces.hpp"
 #include "topics.hpp"
 
@@ -79,12 +80,34 @@ const Command* command_named(std::string_view name) {
     return found != commands.end() ? *found : nullptr;
 }
 
+/** What protects the program on this machine, found by trying it. */
+std::string protections() {
+    const Confinement confined = confine({});
+    const SecretPages pages(1);
+    std::string text = "On this machine:\n\n  files         ";
+    text += confined.landlock > 0
+                ? "only those on the command line (Landlock, version " + std::to_string(confined.landlock) + ")"
+                : "not limited: the kernel has no Landlock";
+    text += "\n  system calls  ";
+    text += confined.seccomp ? "only those that the program needs (seccomp)" : "not limited: the kernel has no seccomp";
+    text += "\n  secrets       ";
+    switch (pages.protection()) {
+        case SecretPages::Protection::hidden:
+            return text + "in memory that even the kernel does not map (memfd_secret)\n";
+        case SecretPages::Protection::locked:
+            return text + "in locked memory\n";
+        default:
+            return text + "in memory that may be swapped out\n";
+    }
+}
+
 int help(int argc, char** argv) {
     if (argc == 1) return print(overview());
     if (argc > 2) throw Failure("help takes the name of one command or topic" + std::string(where_to_look));
     const std::string_view name = argv[1];
     for (const Topic& topic : topics())
-        if (name == topic.name) return print(topic.text);
+        if (name == topic.name)
+            return print(name == "secrets" ? topic.text + ("\n" + protections()) : std::string(topic.text));
     if (name == "help" || name == "version") return print(overview());
     const Command* command = command_named(name);
     if (command == nullptr)

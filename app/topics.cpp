@@ -179,8 +179,14 @@ A signal ends the program with the code that shells show as 128 plus its number
 
   - Keys and passwords are never arguments, because every user of the system can
     see those, and never in the environment.
-  - Their memory is locked, so that it is not swapped out, where the limits
-    allow it (ulimit -l); else the program warns. It is wiped at the end.
+  - Their memory is hidden from the kernel or locked, so that it is not swapped
+    out, where the limits allow it (ulimit -l). Otherwise the program warns. It
+    lies between inaccessible pages, and is wiped at the end.
+  - Before a command reads a file, it gives up all access that it does not need,
+    if the kernel has Landlock and seccomp: it can read only the files on the
+    command line, write only to the folder of the output, and can neither use
+    the network nor start programs. With --check it can read all files, because
+    lists name further ones.
   - After the first secret is read, the process leaves no core dump, and no
     debugger of the same user can attach to it.
   - Only the owner can read files of new secrets. The program never overwrites

@@ -97,7 +97,7 @@ class Help:
         overview = self.run("help")
         self.commands = [Command(name, summary, self.run("help", name))
                          for name, summary in self.listed(overview, "Commands") if name not in ("help", "version")]
-        self.topics = [(name, summary, self.run("help", name)) for name, summary in self.listed(overview, "Topics")]
+        self.topics = [(name, summary, self.run("help", name).partition("\nOn this machine:")[0]) for name, summary in self.listed(overview, "Topics")]
         self.example = overview.split("\nExample:\n")[1]
         sets = json.loads(self.run("params", "--json"))
         curves = [curve["short"] for curve in sets["curves"]]

@@ -156,7 +156,7 @@ class Signatures(Encrypted):
         for command in (["sign", "-k", "k"], ["mac", "-k", "k", "-"], ["hmac", "-k", "k", "-"], ["encrypt", "-k", "k"],
                         ["pubkey"], ["diversify", "-k", "-", "--ukm", UKM]):
             for source in (["--password-file", "-"], ["--password-fd", "0"]):
-                self.refused(*command, *source, says="standard input cannot be both the password and what the command reads")
+                self.refused(*command, *source, says="standard input cannot be both the password and the input of the command")
 
 
 class Ciphers(Encrypted):
