@@ -19,7 +19,7 @@ struct FigureGroup {
     std::vector<Figure> figures;
 };
 
-/** Format a number with three significant digits: "1230", "98.7", "0.0456". */
+/** Format a number with three significant digits, at most three of them decimals: "1230", "98.7", "0.046". */
 std::string three_digits(double value);
 
 /** Format the groups as a plain-text table. */
