@@ -75,6 +75,21 @@ Call context(const char* name, std::uint32_t mode, int direction) {
             }};
 }
 
+// A message may end with a tail of 7 bytes, text[tail_at] and following.
+constexpr std::uint32_t tail_size = 7;
+constexpr std::uint32_t tail_at = 1696;
+
+/** In one piece, which ends with a tail. */
+Call context_with_tail(const char* name, std::uint32_t mode, int direction) {
+    return {name, direction != 0 ? Call::before : Call::after, [=](Secrets& s) { init(s, mode, direction); },
+            [](Secrets& s) {
+                const vrx_data in{tail_at + tail_size, s.text};
+                vrx_data out = in;
+                refused |= vrx_crpt_update(&s.ctx, &in, &out);
+                refused |= vrx_crpt_final(&s.ctx);
+            }};
+}
+
 using Kernel = void (*)(const std::uint8_t*, std::uint8_t*, const std::uint32_t*, const vrx_tz*);
 Call block(const char* name, Kernel kernel, int direction) {
     return {name, direction != 0 ? Call::before : Call::after, nothing,
@@ -107,6 +122,10 @@ const Call calls[] = {
     context("context_cbc_encryption", VRX_MODE_CBC, 1),
     context("context_cbc_decryption", VRX_MODE_CBC, 0),
     context("context_imito", VRX_MODE_IMITO, 1),
+    context_with_tail("context_gamm_with_tail", VRX_MODE_GAMM, 1),
+    context_with_tail("context_gfb_encryption_with_tail", VRX_MODE_GFB, 1),
+    context_with_tail("context_gfb_decryption_with_tail", VRX_MODE_GFB, 0),
+    context_with_tail("context_imito_with_tail", VRX_MODE_IMITO, 1),
     {"key_meshing", Call::before, [](Secrets& s) { init(s, VRX_MODE_GAMM, 1); },
      [](Secrets& s) { vrx_make_key_meshing(&s.ctx); }},
     block("block_encryption", vrx_gost_encr_64_m, 1),
@@ -151,10 +170,14 @@ std::string left_by(const Call& call) {
         }
     };
     add_key("the key", secrets.key);
-    if (call.plaintext == Call::before) add("the plaintext", secrets.text, sizeof secrets.text);
+    const auto add_text = [&] {
+        add("the plaintext", secrets.text, sizeof secrets.text);
+        add("the tail", secrets.text + tail_at, tail_size);
+    };
+    if (call.plaintext == Call::before) add_text();
     const Bytes stack = stack_after([&] { call.run(secrets); });
     EXPECT_EQ(refused, VRX_OK);
-    if (call.plaintext == Call::after) add("the plaintext", secrets.text, sizeof secrets.text);
+    if (call.plaintext == Call::after) add_text();
     add_key("the meshed key", secrets.ctx.key);
     std::string found;
     for (const auto& [what, bytes] : wanted) {

@@ -29,10 +29,9 @@ Bytes stack_after(const std::function<void()>& body) {
 }
 
 bool holds_part_of(const Bytes& memory, std::span<const std::uint8_t> secret) {
-    for (std::size_t at = 0; at + 8 <= secret.size(); ++at)
-        if (std::search(memory.begin(), memory.end(), secret.begin() + static_cast<std::ptrdiff_t>(at),
-                        secret.begin() + static_cast<std::ptrdiff_t>(at + 8)) != memory.end())
-            return true;
+    const std::size_t size = std::min<std::size_t>(8, secret.size());
+    for (std::size_t at = 0; at + size <= secret.size(); ++at)
+        if (std::ranges::search(memory, secret.subspan(at, size)).begin() != memory.end()) return true;
     return false;
 }
 

@@ -11,7 +11,7 @@ namespace vrx::test {
 /** Run `body` on a separate stack. @return all bytes of that stack afterwards */
 Bytes stack_after(const std::function<void()>& body);
 
-/** Returns whether `memory` contains any 8 consecutive bytes of `secret`. */
+/** Returns whether `memory` contains any 8 consecutive bytes of `secret`, or all bytes of a shorter one. */
 bool holds_part_of(const Bytes& memory, std::span<const std::uint8_t> secret);
 
 /**
