@@ -10,7 +10,7 @@ TOKEN = re.compile(r"""
                 | ^\#(?:[^\\\n]|\\.)*                        # a preprocessor line
                 | ^[ ]*(?:template[ ]<|requires[ ]|concept[ ])[^\n]* )
   | (?P<text>     R"\(.*?\)" | "(?:[^"\\]|\\.)*" | '(?:[^'\\]|\\.)*' )
-  | (?P<number>   (?:0[xX][0-9A-Fa-f']+ | [0-9][0-9']*)[uUlLzZ]* )
+  | (?P<number>   (?:0[xX][0-9A-Fa-f']+ | 0[bB][01']+ | [0-9][0-9']*)[uUlLzZ]* )
   | (?P<word>     [A-Za-z_]\w* )
   | (?P<symbol>   <=> | <<= | >>= | \[\[ | \]\] | :: | -> | \+\+ | -- | && | \|\| | << | >> | [-+*/%&|^=!<>]= | . )
 """, re.VERBOSE | re.MULTILINE | re.DOTALL)
@@ -76,15 +76,15 @@ def closing(texts):
 
 def other_numbers(text):
     """Return the constant plus one and minus one, or a long bit pattern with one bit flipped."""
-    digits, suffix = re.fullmatch(r"(0[xX][\dA-Fa-f']+|[\d']+)(\w*)", text).groups()
+    digits, suffix = re.fullmatch(r"(0[xX][\dA-Fa-f']+|0[bB][01']+|[\d']+)(\w*)", text).groups()
     digits = digits.replace("'", "")
-    base = 16 if digits[:2] in ("0x", "0X") else 8 if digits[0] == "0" else 10
+    base = {"0x": 16, "0b": 2}.get(digits[:2].lower(), 8 if digits[0] == "0" else 10)
     value = int(digits, base)
-    if base == 16 and value > 0xff:
+    if base == 2 or (base == 16 and value > 0xff):
         values = [value ^ 1 << value.bit_length() // 2]
     else:
         values = [value + 1, value - 1][:2 if value else 1]
-    return [("0x%x" if base == 16 else "%d") % v + suffix for v in values]
+    return [("0x%x" if base in (2, 16) else "%d") % v + suffix for v in values]
 
 
 def changes(source):

@@ -1,10 +1,18 @@
 #!/usr/bin/env python3
 """Tests of the mutations that ./dev mutate makes."""
+import os
 import re
+import resource
+import subprocess
+import tempfile
 import unittest
+from pathlib import Path
 
 from changes import changes
-from mutate import PROJECT, TESTS, sample, sources, tests_of
+from mutate import entry_of, explained, sample
+from switches import HEADER, lines_of, switched
+from tests_of import PROJECT, SCOPES, TESTS, sources, tests_of
+from workshop import Program
 
 SOURCE = r'''
 // 1 + 2 is no code, nor is "3 < 4"
@@ -21,6 +29,7 @@ template <unsigned size = 8>
         secret.wipe();
     }
     for (;;) break;
+    for (int i = 2; i-- != 0b101;) f();
     struct Empty { Empty() = default; };
     return text[0] == '0' ? a[b[3]] - 1 : true;
 }
@@ -41,14 +50,20 @@ EXPECTED = [
     (12, "constant", "2u -> 1u"),
     (13, "wiping", "secret.wipe(); removed"),
     (15, "statement", "break; removed"),
-    (17, "constant", "0 -> 1"),
-    (17, "comparison", "== -> !="),
-    (17, "constant", "3 -> 4"),
-    (17, "constant", "3 -> 2"),
-    (17, "operator", "- -> +"),
-    (17, "constant", "1 -> 2"),
-    (17, "constant", "1 -> 0"),
-    (17, "constant", "true -> false"),
+    (16, "constant", "2 -> 3"),
+    (16, "constant", "2 -> 1"),
+    (16, "statement", "i-- != 0b101; removed"),
+    (16, "comparison", "!= -> =="),
+    (16, "constant", "0b101 -> 0x7"),
+    (16, "statement", "f(); removed"),
+    (18, "constant", "0 -> 1"),
+    (18, "comparison", "== -> !="),
+    (18, "constant", "3 -> 4"),
+    (18, "constant", "3 -> 2"),
+    (18, "operator", "- -> +"),
+    (18, "constant", "1 -> 2"),
+    (18, "constant", "1 -> 0"),
+    (18, "constant", "true -> false"),
 ]
 
 
@@ -78,16 +93,95 @@ class Sample(unittest.TestCase):
         self.assertEqual({c.kind for c in chosen["a.cpp"]}, {kind for _, kind, _ in EXPECTED})
 
 
+class Switches(unittest.TestCase):
+    SOURCE = """#include <cstdio>
+        #include <cstdlib>
+        int twice(int x) { return 2 * x; }
+        int main() {
+            int sum = 1;
+            for (int i = 3; i-- != 0;) {
+                if (!(sum > 60) && i < 4) sum += twice(i);
+                sum = sum << 2u;
+            }
+            std::printf("%d", sum);
+        }
+        """
+
+    def outputs(self, folder, source, numbers):
+        place = Path(folder, "a.cpp")
+        place.write_text(source)
+        subprocess.run([os.environ.get("VRX_COMPILER", "c++"), "-std=c++20", place, "-o", place.with_suffix("")],
+                       check=True)
+        results = []
+        for number in numbers:
+            try:
+                done = subprocess.run([place.with_suffix("")], capture_output=True, text=True, check=True, timeout=5,
+                                      preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (1, 1)),
+                                      env={**os.environ, "VRX_MUTANT": str(number)})
+                results.append(done.stdout)
+            except subprocess.CalledProcessError:
+                results.append("does not end")
+        return results
+
+    def test_a_switched_change_has_the_effect_of_the_change(self):
+        numbered = dict(enumerate(changes(self.SOURCE), 1))
+        text, done = switched(self.SOURCE, numbered, HEADER)
+        # The order of evaluation, and what stands between the parentheses of a loop, are changed one by one.
+        self.assertEqual({str(numbered[number]) for number in numbered.keys() - done},
+                         {"&& -> ||", "i-- != 0; removed"})
+        with tempfile.TemporaryDirectory() as folder:
+            together = dict(zip([0, *done], self.outputs(folder, text, [0, *done])))
+            self.assertEqual(self.outputs(folder, self.SOURCE, [0]), [together[0]])
+            for number in done:
+                alone = self.outputs(folder, numbered[number].applied(self.SOURCE), [0])
+                self.assertEqual(alone, [together[number]], numbered[number])
+        self.assertGreater(len(set(together.values())), 12)
+
+    def test_places_of_errors_are_those_of_syntax_errors_first(self):
+        messages = ("In file included from t.cpp:1:\n/x/a.hpp:3:4: error: expected ';'\n/x/a.hpp:9:1: error: no 'f'\n"
+                    "/x/b.hpp:7:1: error: no 'g'\n")
+        self.assertEqual(lines_of(messages, ["a.hpp", "b.hpp"]), {("a.hpp", 3)})
+        self.assertEqual(lines_of(messages, ["b.hpp"]), {("b.hpp", 7)})
+
+
+class Objects(unittest.TestCase):
+    def test_of_an_archive_a_program_has_what_its_symbols_need(self):
+        symbols = {"test.o": (["main"], ["f"]), "f.o": (["f"], ["g", "memset"]), "g.o": (["g"], []),
+                   "other.o": (["h"], ["g"]), "second.o": (["g"], [])}
+        program = Program(["c++", "-O1", "test.o", "-o", "the_test", "a.a", "b.a", "/lib/gtest.a"],
+                          {"a.a": ["f.o", "other.o"], "b.a": ["g.o", "second.o"]}.get, symbols.get)
+        self.assertEqual(program.objects, ["test.o", "f.o", "g.o"])
+        self.assertEqual(program.command, ["c++", "-O1", "test.o", "f.o", "g.o", "-o", "the_test.changed",
+                                           "/lib/gtest.a"])
+
+
 class Project(unittest.TestCase):
     def test_every_source_has_tests_and_every_program_exists(self):
         said = " ".join(f.read_text() for f in (PROJECT / "tests").rglob("CMakeLists.txt"))
-        words = set(re.findall(r"\w+", said))
+        words = set(re.findall(r"\w+", said.replace("cxx_${name}", "cxx_answers cxx_objects cxx_wrappers")))
+        for scope in SCOPES:
+            self.assertTrue(any(file.startswith(scope + "/") for file in sources()), scope)
         for file in sources():
             self.assertTrue(tests_of(file), file)
         for run in {run for of_folder in TESTS.values() for run in of_folder}:
+            if run.is_script:
+                self.assertTrue((PROJECT / run.program).is_file(), run)
+                continue
             # The name ends with the optimisation level.
             name = run.program.replace("bigdigits_wipe_O2", "bigdigits_wipe_")
             self.assertTrue({name, name + "_test"} & words, name)
+
+    def test_every_row_of_the_table_is_a_folder_or_begins_the_name_of_a_file(self):
+        files = sources()
+        for row in TESTS:
+            self.assertTrue(any(file.startswith(row) for file in files), row)
+
+    def test_every_explained_change_is_one_that_can_be_made(self):
+        entries = explained()
+        for file in {file for file, _, _ in entries}:
+            source = (PROJECT / file).read_text()
+            possible = {entry_of(file, source, change) for change in changes(source)}
+            self.assertEqual({entry for entry in entries if entry[0] == file} - possible, set())
 
 
 if __name__ == "__main__":
