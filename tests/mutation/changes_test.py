@@ -11,8 +11,8 @@ from pathlib import Path
 from changes import changes
 from mutate import entry_of, explained, sample
 from switches import HEADER, lines_of, switched
-from tests_of import PROJECT, SCOPES, TESTS, sources, tests_of
-from workshop import Program
+from tests_of import PROJECT, SCOPES, TESTS, runs, sources, tests_of
+from workshop import Program, Workshop
 
 SOURCE = r'''
 // 1 + 2 is no code, nor is "3 < 4"
@@ -142,6 +142,47 @@ class Switches(unittest.TestCase):
                     "/x/b.hpp:7:1: error: no 'g'\n")
         self.assertEqual(lines_of(messages, ["a.hpp", "b.hpp"]), {("a.hpp", 3)})
         self.assertEqual(lines_of(messages, ["b.hpp"]), {("b.hpp", 7)})
+
+
+class FakeWorkshop(Workshop):
+    """Compiles nothing: "line 3" is an error while it is rewritten, and a run fails for some changes."""
+
+    def __init__(self, place, detected):
+        super().__init__(Path(place), False)
+        self.tree, self.detected, self.compiled = Path(place), detected, 0
+
+    def in_order(self, file):
+        return runs("first", "second")
+
+    def measure(self, run, changed=False):
+        return 0.1, 0.1
+
+    def compile_changed(self, run):
+        self.compiled += 1
+        bad = "vrx_mutant" in (self.tree / "a.cpp").read_text().splitlines()[2 + 2]  # after two added lines
+        return f"{self.tree}/a.cpp:3:5: error: expected a change" if bad else ""
+
+    def fails(self, run, changed, cpu_seconds, seconds, number=0):
+        return "exit code 1" if self.detected.get(number) == run.program else ""
+
+
+class Together(unittest.TestCase):
+    SOURCE = "int f(int a) {\n    if (a < 1) return 1;\n    a += 2;\n    return a && a != 3;\n}\n"
+
+    def test_caught_changes_are_reported_and_the_source_is_restored(self):
+        found = changes(self.SOURCE)
+        number_of = {(change.line(self.SOURCE), str(change)): number for number, change in enumerate(found, 1)}
+        detected = {number_of[2, "< -> <="]: "second", number_of[4, "!= -> =="]: "first",
+                    number_of[3, "2 -> 3"]: "first", number_of[4, "&& -> ||"]: "first"}
+        with tempfile.TemporaryDirectory() as folder:
+            Path(folder, "a.cpp").write_text(self.SOURCE)
+            shop = FakeWorkshop(folder, detected)
+            caught = [(change.line(self.SOURCE), str(change), str(run))
+                      for _, change, run in shop.judge_together([("a.cpp", change) for change in found])]
+            self.assertEqual(Path(folder, "a.cpp").read_text(), self.SOURCE)
+        # Not those on line 3, which did not compile, nor the one that cannot be switched.
+        self.assertEqual(caught, [(2, "< -> <=", "second"), (4, "!= -> ==", "first")])
+        self.assertEqual(shop.compiled, 3)  # the first program twice
 
 
 class Objects(unittest.TestCase):
