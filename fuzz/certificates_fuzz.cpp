@@ -1,14 +1,16 @@
-// Fuzz target: keys and certificates in DER. Whatever the program accepts is consistent, and gives the same result
-// after it is written and read again.
+// Fuzz target: keys, encrypted keys, certificates, chains and revocation lists in DER. Whatever the program accepts is
+// consistent, and gives the same result after it is written and read again.
 #include <algorithm>
 #include <array>
 #include <span>
 
 #include "documents/certificate.hpp"
+#include "documents/chain.hpp"
 #include "documents/revocation.hpp"
 #include "fuzz.hpp"
 #include "io/text.hpp"
 #include "keys/der.hpp"
+#include "keys/encrypted_key.hpp"
 #include "keys/key_format.hpp"
 
 namespace {
@@ -52,6 +54,38 @@ void require_same_again(const EcParamSet& curve, const Octets& value,
     require(algorithm.curve == &curve && algorithm.hash != nullptr && again == value, "and is the same");
 }
 
+void cipher_key(Part octets) {
+    std::array<std::uint8_t, VRX_KEY_SIZE> value{};
+    if (!read_cipher_key(octets, value)) return;
+    SecretBytes out;
+    append_cipher_key_info(out, value);
+    require(std::ranges::equal(out.bytes(), octets), "a key of the cipher has one encoding");
+}
+
+void encrypted_key(Part octets) {
+    EncryptedKey key{};
+    if (read_encrypted_key(octets, key) != Content::known) return;
+    for (const Part part : {key.salt, key.iv, key.ciphertext}) require(within(part, octets), "parts lie in the file");
+    require(key.iterations > 0 && !key.salt.empty() && !key.ciphertext.empty() && key.iv.size() == VRX_BLOCK_SIZE &&
+                key.cipher != nullptr,
+            "the fields of an encrypted key are sound");
+    require_built_in(key.cipher, get_GOST28147_par(0), VRX_TZ_28147_89_COUNT);
+    if (key.iterations > 100) return;
+    SecretBytes plain;
+    const bool opened = decrypt_key(key, octets.first(1), plain);
+    require(plain.bytes().size() == key.ciphertext.size(), "plaintext and ciphertext have the same size");
+    require(!opened || plain.bytes().front() == der::sequence, "what opens is a sequence");
+}
+
+/** Use a certificate as its own authority, and twice in a chain. */
+void chain(const vrx::documents::Certificate& certificate) {
+    const vrx::documents::Authorities authorities{{certificate, certificate}, {}, false};
+    const vrx::documents::Chain found = vrx::documents::check_chain(certificate, authorities, std::nullopt);
+    if (!found.fault.none())
+        return require(!found.fault.word.empty() && !found.fault.sentence.empty(), "a fault has a text");
+    require(!found.links.empty() && found.links.back()->self_issued, "a chain ends at a trusted certificate");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -72,6 +106,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (found == Content::known && algorithm.curve != nullptr)
             require_same_again(*algorithm.curve, value, append_public_key_info, read_public_key);
     }
+    cipher_key(octets);
+    encrypted_key(octets);
     vrx::documents::RevocationList list;
     if (vrx::documents::read_revocation_list(octets, list)) {
         require_printable(list.issuer);
@@ -90,6 +126,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const std::string& text : {certificate.issuer, certificate.subject}) require_printable(text);
     for (const std::string& time : {certificate.not_before, certificate.not_after})
         require(time.size() == 19, "times have a form");
+    if (found == Content::known) chain(certificate);
     if (found == Content::known && certificate.algorithm.curve != nullptr)
         require_same_again(*certificate.algorithm.curve, certificate.key, append_public_key_info, read_public_key);
     return 0;
