@@ -221,7 +221,7 @@ class Header:
         r"|(?P<note>/\*.*?\*/)"
         r"|(?P<constant>#define (?P<constant_name>\w+) (?P<value>[^\n/]*?) *(?:/\*\*< (?P<remark>.*?) \*/)?\n)"
         r"|(?P<directive>#[^\n]*\n|VRX_(?:BEGIN|END)_DECLS)"
-        r"|(?P<inline>static inline (?P<inline_code>[^;{]*?(?P<inline_name>\w+)\((?P<inline_parameters>[^)]*)\)))"
+        r"|(?P<inline>(?:static inline|VRX_RANDOM_INLINE) (?P<inline_code>[^;{]*?(?P<inline_name>\w+)\((?P<inline_parameters>[^)]*)\)))"
         r"|(?P<body>inline [^;{\n]*\n|\{\n.*?\n\})"
         r"|(?P<record>typedef struct \w+ \{.*?\} (?P<record_name>\w+);)"
         r"|(?P<type>typedef [^;{]*\(\*(?P<type_name>\w+)\)[^;]*;)"
@@ -479,7 +479,7 @@ FAMILIES = {
     "vrx_sha1": ("the hash SHA-1", ["sha1.h"]),
     "vrx_bigdigits": ("multiple-precision arithmetic on arrays of digits", ["bigdigits.h"]),
     "vrx_ecc": ("GOST R 34.10-2001: curves, points, signatures, key agreement, keys as octets",
-                ["curve.h", "sign.h", "octets.h", "agree.h", "random.h", "multiply.h", "point.h"]),
+                ["curve.h", "sign.h", "octets.h", "agree.h", "random.h", "hedged.h", "multiply.h", "point.h"]),
 }
 
 
@@ -517,8 +517,8 @@ def listed_headers():
 
 def library_page():
     covered = [file for _, files in FAMILIES.values() for file in files]
-    if sorted(covered) != sorted([*listed_headers(), "random.h"]):
-        sys.exit("the families do not hold exactly the headers of vrx.h and random.h")
+    if sorted(covered) != sorted([*listed_headers(), "random.h", "hedged.h"]):
+        sys.exit("the families do not hold exactly the headers of vrx.h, random.h and hedged.h")
     with open(os.path.join(ROOT, "examples", "first.c"), encoding="utf-8") as file:
         example = file.read().rstrip().split("\n")
     body = [".Sh LIBRARY", "libvrx (libvrx, \\-lvrx)", ".Sh SYNOPSIS", ".In vrx.h", ".Sh DESCRIPTION",

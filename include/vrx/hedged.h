@@ -115,6 +115,8 @@ VRX_RANDOM_INLINE int vrx_hedge_start(const EcParamSet *set, const uint32_t dige
 
 /** @endcond */
 
+/* ---- Use these --------------------------------------------------------------------------------------------------- */
+
 /**
  * Sign a digest as ecSign() does, with a hedged nonce. The function verifies the signature before it returns it: a
  * signature that a hardware fault made invalid may reveal the private key.
