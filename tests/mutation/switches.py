@@ -7,7 +7,8 @@ from changes import tokens
 
 HEADER = Path(__file__).with_name("switches.hpp")
 # The operators that "a OP Name{n} OP b" replaces; "&&" and "||" would lose their order of evaluation.
-NAMES = {name[1]: name[0] for name in re.findall(r"^VRX_(?:BINARY|ASSIGNMENT)\((\w+), (\S+), ", HEADER.read_text(), re.M)}
+NAMES = {operator: name for name, operator in
+         re.findall(r"^VRX_(?:BINARY|ASSIGNMENT)\((\w+), (\S+), ", HEADER.read_text(), re.M)}
 
 
 def in_loop_heads(source):
