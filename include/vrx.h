@@ -1,7 +1,7 @@
 /**
- * @file vrx.h  All that libvrx.so exports, grouped by task.
+ * @file vrx.h  All functions and data that libvrx.so exports, grouped by task.
  *
- * The functions of each header come in three tiers. A new program needs only the first one.
+ * Each header groups its functions in three tiers. A new program needs only the first tier.
  */
 #ifndef VRX_H
 #define VRX_H
@@ -13,12 +13,12 @@
  *
  * @defgroup vrx_blocks Building blocks
  *
- * Single blocks and steps, custom parameter sets, curve points and long integers. Use them to build what the functions
- * of the first tier do not offer.
+ * Single blocks and steps, custom parameter sets, curve points and long integers. Use them for tasks that the first
+ * tier does not cover.
  *
  * @defgroup vrx_older Older names
  *
- * Functions for programs that already use them. Their descriptions name the functions for new programs.
+ * Functions that remain for programs that already use them.
  */
 
 /* Every program: return codes, the buffer record vrx_data, the log. */
@@ -47,7 +47,7 @@
 #include "vrx/octets.h"
 #include "vrx/sign.h"
 
-/* Calculate with curve points and long integers: what the functions above are built from. */
+/* Calculate with curve points and long integers. The signature functions are built from these functions. */
 #include "vrx/bigdigits.h"
 #include "vrx/multiply.h"
 #include "vrx/point.h"

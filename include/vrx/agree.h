@@ -23,8 +23,8 @@ VRX_BEGIN_DECLS
 /**
  * Agree on a key (VKO). Both sides derive the same key: each from its own private key and the peer's public key.
  *
- * The key is the hash of 64 octets: x, then y of the point (u d mod q) Q, each least significant octet first. u is the
- * UKM as a number, first byte least significant.
+ * The key is the hash of 64 octets: the coordinates x and y of the point (u d mod q) Q, each with the least significant
+ * octet first. The number u is the UKM, read with its first byte as the least significant one.
  *
  * **Warning:** the function does not check the peer's public key. Before you agree on a key with a peer, check that x <
  * p and y < p and call ecCheckPublicKey(). Otherwise the peer can choose a point that reveals your private key.
@@ -32,9 +32,9 @@ VRX_BEGIN_DECLS
  * **Warning:** with a changed or custom set, the running time depends on the private key.
  *
  * @param set       in: the curve parameter set of both keys.
- * @param hash_oid  in: DER identifier of a built-in hash parameter set, normally CryptoPro (VRX_PAR_HASH_1_OID).
- *                  Unlike the other pointers, the record and its data pointer are not checked first. The record may not
- *                  be NULL.
+ * @param hash_oid  in: DER identifier of a built-in hash parameter set, normally CryptoPro (VRX_PAR_HASH_1_OID). The
+ *                  function checks the other pointers first, but not this record and its data pointer. The record may
+ *                  not be NULL.
  * @param ukm       in: 8 public bytes, not all zero. Use a new value for each agreement.
  * @param d         in: your private key.
  * @param Q         in: the peer's public key.
@@ -43,17 +43,18 @@ VRX_BEGIN_DECLS
  *         (logged); otherwise the code of GOSTR3411_Transform(), which logs: VRX_ERR_BAD_PARAMS for an empty
  *         identifier, VRX_ERR_UNSUPPORTED_OID for an unknown one.
  *
- * If u d = 0 modulo q, the key is the hash of 64 zero octets, those of the point at infinity.
+ * If u d = 0 modulo q, the key is the hash of 64 zero octets, which represent the point at infinity.
  */
 VRX_API int ecMakeKEK(const EcParamSet *set, const vrx_data *hash_oid, const uint8_t ukm[VRX_UKM_SIZE],
                       const uint32_t d[VRX_ECC_DIGITS], const EcPoint *Q, uint8_t kek[VRX_KEK_SIZE]);
 
 /**
  * Diversify a key (CryptoPro): eight rounds, each of which encrypts the key with itself in cipher feedback mode. The IV
- * of a round consists of two sums of key words. A byte of the UKM assigns each key word to one of the sums.
+ * of a round consists of two sums of key words. In each round, one byte of the UKM assigns each key word to one of the
+ * two sums.
  *
  * @param tz   in: a deployed table. If it is NULL or not deployed, the call fails.
- * @param key  in-out: the key, 32 bytes. After a failure, the result of the rounds before it.
+ * @param key  in-out: the key, 32 bytes. After a failure, it holds the result of the rounds before the failure.
  * @param ukm  in: 8 bytes, any.
  * @return VRX_OK, or the code of VRX_Gost_GFB_m() (logged).
  */

@@ -6,15 +6,15 @@
  *
  * Unless a function says otherwise:
  *
- * - A result has exactly `ndigits` digits, a product twice as many. Nothing after them is written.
+ * - A result has exactly `ndigits` digits, and a product has twice as many. No function writes beyond them.
  * - At most VRX_MP_MAX_DIGITS digits are supported. Larger counts are undefined.
  * - Every array belongs to the caller, is aligned for uint32_t and may not be NULL. Two operands may be the same array,
  *   and a result may be the same array as an operand. Arrays may not overlap in another way.
- * - A count of 0 is valid only where the function describes it, or where no digit has to be read.
+ * - A count of 0 is valid only if the description of the function says so, or if the function has no digit to read.
  * - The functions log nothing and allocate nothing. They wipe their temporaries on the stack.
  *
- * Threads: no shared state. The functions only read operands, moduli and divisors, so any number of threads may share
- * those.
+ * Threads: no shared state. Any number of threads may share operands, moduli and divisors, because the functions only
+ * read them.
  *
  * **Warning:** running times depend on the values. Do not use these functions on secrets that an attacker could learn
  * by measuring time.
@@ -178,7 +178,7 @@ VRX_API uint64_t mpBitLength(const uint32_t *a, uint64_t ndigits);
 VRX_API void mpSetEqual(uint32_t *a, const uint32_t *b, uint64_t ndigits);
 
 /**
- * Set a number to zero: a = 0. Use this function to wipe secrets: no optimization removes it.
+ * Set a number to zero: a = 0. Use this function to wipe secrets: the compiler never removes its writes.
  *
  * @param a        out: ndigits digits.
  * @param ndigits  in: digits in a.
@@ -201,9 +201,9 @@ VRX_API void mpSetDigit(uint32_t *a, uint32_t d, uint64_t ndigits);
  *
  * @param a        out: ndigits digits. If shift is below 32, a may also begin below b and overlap it.
  * @param b        in: ndigits digits.
- * @param shift    in: any number of bits; with 32 ndigits or more, a becomes 0.
+ * @param shift    in: any number of bits. If it is 32 ndigits or more, a becomes 0.
  * @param ndigits  in: digits in each number.
- * @return the lowest digit of what was shifted out (digit ndigits of the whole product); 0 if shift or ndigits is 0.
+ * @return the lowest digit that was shifted out, which is digit ndigits of b 2^shift; 0 if shift or ndigits is 0.
  */
 VRX_API uint32_t mpShiftLeft(uint32_t *a, const uint32_t *b, uint64_t shift, uint64_t ndigits);
 
@@ -212,10 +212,10 @@ VRX_API uint32_t mpShiftLeft(uint32_t *a, const uint32_t *b, uint64_t shift, uin
  *
  * @param a        out: ndigits digits. If shift is below 32, a may also begin above b and overlap it.
  * @param b        in: ndigits digits.
- * @param shift    in: any number of bits; with 32 ndigits or more, a becomes 0.
+ * @param shift    in: any number of bits. If it is 32 ndigits or more, a becomes 0.
  * @param ndigits  in: digits in each number.
- * @return the highest 32 of the bits shifted out, left-aligned: a shift by 1 returns bit 0 of b as bit 31. 0 if shift
- *         or ndigits is 0.
+ * @return the highest 32 of the bits shifted out, left-aligned; 0 if shift or ndigits is 0. For example, a shift by 1
+ *         returns bit 0 of b as bit 31.
  */
 VRX_API uint32_t mpShiftRight(uint32_t *a, const uint32_t *b, uint64_t shift, uint64_t ndigits);
 
@@ -245,7 +245,7 @@ VRX_API int mpGetBit(const uint32_t *a, uint64_t ndigits, uint64_t ibit);
  *
  * @param a        in-out: ndigits digits.
  * @param ndigits  in: digits in a.
- * @param L        in: number of bits to keep; with 32 ndigits or more, nothing changes.
+ * @param L        in: number of bits to keep. If it is 32 ndigits or more, a is unchanged.
  */
 VRX_API void mpModPowerOf2(uint32_t *a, uint64_t ndigits, uint64_t L);
 
@@ -414,8 +414,8 @@ VRX_API int mpChs(uint32_t *a, const uint32_t *b, uint64_t ndigits);
 VRX_API int mpAbs(uint32_t *a, const uint32_t *b, uint64_t ndigits);
 
 /* ---- Building blocks: modular arithmetic ------------------------------------------------------------------------- */
-/* Each function writes its result last, so it may also be the array of the modulus or the exponent. A modulus of 0
-   is accepted; every remainder is then 0. */
+/* Each function writes its result last, so the result may also be the array of the modulus or the exponent. A modulus
+   of 0 is accepted; every remainder is then 0. */
 
 /**
  * Reduce: r = u mod v.
@@ -479,7 +479,7 @@ VRX_API int mpModMult(uint32_t *w, const uint32_t *u, const uint32_t *v, const u
  * @param ndigits  in: digits in each number.
  * @return 0, or 1 (not -1) if u and m have a common factor.
  *
- * Modulo 1, every number has the inverse 1, also 0. Modulo 0, only 1 has an inverse, which is 1.
+ * Modulo 1, the inverse of every number, including 0, is 1. Modulo 0, only 1 has an inverse, which is 1.
  */
 VRX_API int mpModInv(uint32_t *inv, const uint32_t *u, const uint32_t *m, uint64_t ndigits);
 
@@ -524,7 +524,7 @@ VRX_API int mpJacobi(const uint32_t *a, const uint32_t *n, uint64_t ndigits);
  * @param ndigits  in: digits in each number.
  * @return always 0.
  *
- * Two exponents are special. The exponent 0 gives 1, also modulo 1. The exponent 1 gives x itself, not reduced modulo
+ * Two exponents are special. The exponent 0 gives 1, even modulo 1. The exponent 1 gives x itself, not reduced modulo
  * m.
  */
 VRX_API int mpModExp(uint32_t *y, const uint32_t *x, const uint32_t *e, const uint32_t *m, uint64_t ndigits);
@@ -559,8 +559,8 @@ VRX_API uint32_t spSimpleRand(uint32_t lower, uint32_t upper);
 VRX_API int mpRabinMiller(const uint32_t *w, uint64_t ndigits, uint64_t t);
 
 /**
- * Test a number for primality. The result is exact up to 997. Above, the function divides by the primes up to 997 and
- * then calls mpRabinMiller().
+ * Test a number for primality. The result is exact for w up to 997. For a larger w, the function divides by the primes
+ * up to 997 and then calls mpRabinMiller().
  *
  * @param w        in: ndigits digits.
  * @param ndigits  in: digits in w.
@@ -583,13 +583,13 @@ VRX_API __attribute__((noreturn)) void mpFail(const char *message);
    process with mpFail(). Input and output may not overlap. */
 
 /**
- * Convert from big-endian octets: a = the number in nbytes octets. Octets that do not fit in a, the most significant
- * ones, are ignored.
+ * Convert from big-endian octets: a = the number in nbytes octets. The most significant octets are ignored if they do
+ * not fit in a.
  *
  * @param a        out: ndigits digits.
  * @param ndigits  in: digits in a.
  * @param c        in: nbytes octets, most significant first.
- * @param nbytes   in: octets in c; 2^31 and more count as 0.
+ * @param nbytes   in: octets in c. A count of 2^31 or more is treated as 0.
  * @return the number of digits that received octets: nbytes / 4 rounded up, at most ndigits. Without octets, a is 0 and
  *         the function returns 0.
  */
@@ -602,7 +602,7 @@ VRX_API uint64_t mpConvFromOctets(uint32_t *a, uint64_t ndigits, const uint8_t *
  * @param a        in: ndigits digits.
  * @param ndigits  in: digits in a.
  * @param c        out: nbytes octets, most significant first; may be NULL if nbytes is 0.
- * @param nbytes   in: octets in c; 2^31 and more count as 0.
+ * @param nbytes   in: octets in c. A count of 2^31 or more is treated as 0.
  * @return the number of significant octets of a, whatever nbytes is.
  */
 VRX_API uint64_t mpConvToOctets(const uint32_t *a, uint64_t ndigits, uint8_t *c, uint32_t nbytes);
@@ -612,9 +612,10 @@ VRX_API uint64_t mpConvToOctets(const uint32_t *a, uint64_t ndigits, uint8_t *c,
  *
  * @param a        out: ndigits digits.
  * @param ndigits  in: digits in a.
- * @param s        in: hexadecimal digits of either case, NUL-terminated. Other characters are skipped: "0x" counts as
- *                 the digit 0.
- * @return the number of digits that a string of this length may need, at most ndigits. Skipped characters count.
+ * @param s        in: hexadecimal digits of either case, NUL-terminated. Other characters are skipped, so "0x" is read
+ *                 as the digit 0.
+ * @return the number of digits that a string of this length may need, at most ndigits. The length includes skipped
+ *         characters.
  */
 VRX_API uint64_t mpConvFromHex(uint32_t *a, uint64_t ndigits, const char *s);
 
@@ -623,8 +624,9 @@ VRX_API uint64_t mpConvFromHex(uint32_t *a, uint64_t ndigits, const char *s);
  *
  * @param a        out: ndigits digits.
  * @param ndigits  in: digits in a.
- * @param s        in: decimal digits, NUL-terminated. Other characters are skipped, also a sign.
- * @return the number of digits that a string of this length may need, at most ndigits. Skipped characters count.
+ * @param s        in: decimal digits, NUL-terminated. Other characters, including signs, are skipped.
+ * @return the number of digits that a string of this length may need, at most ndigits. The length includes skipped
+ *         characters.
  *
  * **Warning:** the function reserves 0.41524 octets for each character, slightly less than the binary logarithm
  * requires. A rare number that needs one octet more loses that octet.
@@ -636,9 +638,10 @@ VRX_API uint64_t mpConvFromDecimal(uint32_t *a, uint64_t ndigits, const char *s)
  *
  * @param a        in: ndigits digits.
  * @param ndigits  in: digits in a.
- * @param s        out: smax characters, ALL of which are written: the string, its NUL, then characters '0' and a final
- *                 NUL. A string that does not fit keeps its leading characters. May be NULL: nothing is then written.
- * @param smax     in: capacity of s, with the NUL.
+ * @param s        out: smax characters, ALL of which are written: the string, its NUL, then filler characters '0' and a
+ *                 final NUL. If the string does not fit, only its leading characters are written. s may be NULL;
+ *                 nothing is then written.
+ * @param smax     in: capacity of s, including the NUL.
  * @return the length of the full string without the NUL, even if it does not fit.
  */
 VRX_API uint64_t mpConvToHex(const uint32_t *a, uint64_t ndigits, char *s, uint64_t smax);
@@ -648,9 +651,10 @@ VRX_API uint64_t mpConvToHex(const uint32_t *a, uint64_t ndigits, char *s, uint6
  *
  * @param a        in: ndigits digits.
  * @param ndigits  in: digits in a.
- * @param s        out: smax characters, ALL of which are written: the string, its NUL, then characters '0' and a final
- *                 NUL. A string that does not fit keeps its leading characters. May be NULL: nothing is then written.
- * @param smax     in: capacity of s, with the NUL.
+ * @param s        out: smax characters, ALL of which are written: the string, its NUL, then filler characters '0' and a
+ *                 final NUL. If the string does not fit, only its leading characters are written. s may be NULL;
+ *                 nothing is then written.
+ * @param smax     in: capacity of s, including the NUL.
  * @return the length of the full string without the NUL, even if it does not fit.
  */
 VRX_API uint64_t mpConvToDecimal(const uint32_t *a, uint64_t ndigits, char *s, uint64_t smax);

@@ -34,14 +34,14 @@ VRX_BEGIN_DECLS
 #define VRX_MESHING_SECTION 1024 /**< bytes processed under one key when key meshing is on */
 
 /**
- * A cipher context. Its fields are public: the MAC is read from it. A new record is uninitialized; the
- * init functions fill it.
+ * A cipher context. Its fields are public, because callers read the MAC from the record. A new record is uninitialized;
+ * the init functions fill it.
  */
 typedef struct vrx_crpt_ctx {
     vrx_tz table;                /**< copy of the caller's table */
-    uint32_t mode;               /**< VRX_MODE_SS to VRX_MODE_IMITO; others fail at the first whole block */
+    uint32_t mode;               /**< VRX_MODE_SS to VRX_MODE_IMITO; other values fail at the first whole block */
     uint32_t aux1;               /**< not used by the library; for the caller */
-    uint32_t key_meshing;        /**< exactly 1: CryptoPro key meshing is on */
+    uint32_t key_meshing;        /**< 1: CryptoPro key meshing is on; any other value: off */
     uint32_t aux2;               /**< not used by the library; for the caller */
     uint32_t key[VRX_KEY_WORDS]; /**< current key, K0 to K7; key meshing replaces it */
     uint8_t iv[VRX_BLOCK_SIZE];  /**< chaining value, counter or feedback */
@@ -54,9 +54,9 @@ typedef struct vrx_crpt_ctx {
     uint8_t initialised;         /**< 1: open; 0: closed. Finishing closes a context, with the exceptions described at
                                       vrx_crpt_final(). A failed vrx_make_key_meshing() closes it, too */
     uint8_t direction;           /**< non-zero: encrypt; zero: decrypt; modes 2 and 5 ignore it */
-    uint8_t flags;               /**< VRX_FLAG_FIRST: set when a context is opened or reset, but not if it is opened in
-                                      mode 5 with an IV; the first block clears it, in mode 3 nothing does.
-                                      VRX_FLAG_PAD: set by vrx_crpt_final() if bytes are held, and left set */
+    uint8_t flags;               /**< VRX_FLAG_FIRST: opening or resetting a context sets it, except opening in mode
+                                      5 with an IV. The first block clears it, except in mode 3. VRX_FLAG_PAD:
+                                      vrx_crpt_final() sets it if the context holds bytes, and does not clear it */
 } vrx_crpt_ctx;
 
 /** The table record of the older entry points. */
@@ -64,7 +64,7 @@ typedef struct vrx_crpt_table_rec {
     vrx_tz table;         /**< deployed table */
     uint32_t mode;        /**< mode number, as in a context */
     uint32_t aux1;        /**< not used by the library; for the caller */
-    uint32_t key_meshing; /**< exactly 1: CryptoPro key meshing is on */
+    uint32_t key_meshing; /**< 1: CryptoPro key meshing is on; any other value: off */
     uint32_t aux2;        /**< not used by the library; for the caller */
 } vrx_crpt_table_rec;
 
@@ -73,7 +73,7 @@ typedef struct old_crpt_params {
     uint32_t first;             /**< old_crpt_init_context() requires a non-zero value; not used otherwise */
     uint32_t second;            /**< old_crpt_init_context() requires a non-zero value; not used otherwise */
     vrx_data *table;            /**< its data points to a vrx_crpt_table_rec; its length is not read */
-    vrx_data *key;              /**< its data points to the 32 key bytes; its length may be any but 0 */
+    vrx_data *key;              /**< its data points to the 32 key bytes; its length may not be 0 */
     uint8_t iv[VRX_BLOCK_SIZE]; /**< the IV */
 } old_crpt_params;
 
@@ -84,11 +84,12 @@ typedef struct old_crpt_params {
  *
  * **Warning:** the function checks only ctx. Check the other arguments yourself, above all `direction` and `mode`.
  *
- * @param ctx          out: the context; every field is set.
+ * @param ctx          out: the context. The function sets every field.
  * @param direction    in: encrypt if its low 8 bits are not zero, otherwise decrypt.
  * @param table        in: the table, copied into the context; may not be NULL. Its flag is tested when data is
  *                     processed.
- * @param mode         in: VRX_MODE_SS to VRX_MODE_IMITO. Other numbers are stored, and fail at the first whole block.
+ * @param mode         in: VRX_MODE_SS to VRX_MODE_IMITO. Any other number is stored, and the first whole block then
+ *                     fails.
  * @param aux1         in: any value, stored for the caller.
  * @param key_meshing  in: 1 switches CryptoPro key meshing on.
  * @param aux2         in: any value, stored for the caller.
@@ -118,8 +119,8 @@ VRX_API int vrx_crpt_init_context(vrx_crpt_ctx *ctx, int direction, const vrx_tz
  * @param ctx  in-out: the context.
  * @param in   in: the piece. In modes 2, 3 and 5 at least one byte.
  * @param out  out: the output; its length is the capacity on entry and the bytes written after success. In modes 1 and
- *             4, if its data pointer is NULL, the call processes nothing and stores in its length the number of bytes
- *             that it would write. Mode 5 does not use it; it may then be NULL.
+ *             4, if its data pointer is NULL, the call processes nothing and stores in the output's length the number
+ *             of bytes that it would write. Mode 5 does not use the output, which may then be NULL.
  * @return VRX_OK; VRX_ERR_BAD_PARAMS if a pointer is NULL; VRX_ERR_CONTEXT_STATE if the context is closed;
  *         VRX_ERR_BUFFER_LENGTH if the output is too small, or the input is empty in modes 2, 3 and 5; VRX_ERR_FAILED
  *         if the table is not deployed; VRX_ERR_UNKNOWN_MODE. Only mode 1 logs, when the table is not deployed.
@@ -129,27 +130,28 @@ VRX_API int vrx_crpt_update(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out
 /**
  * Finish a message.
  *
- * In mode 5 the MAC is then in ctx->mac. In modes 1 and 4 a message must consist of whole blocks: if the context holds
- * bytes, the call fails. The function closes the context, also when it fails that way.
+ * In mode 5, ctx->mac then holds the MAC. In modes 1 and 4 a message must consist of whole blocks: if the context holds
+ * bytes, the call fails. The function closes the context even if it fails for this reason.
  *
  * **Warning:** if no bytes are held, modes 1, 4, 5 and unknown modes leave the context open. A further
  * vrx_crpt_update() then continues the message: after the MAC of 24 bytes, for example, it extends that message. Open
  * the context anew for each message.
  *
- * **Warning:** in mode 5 the function returns VRX_OK also when it could not compute the MAC, for example because the
+ * **Warning:** in mode 5 the function returns VRX_OK even if it could not compute the MAC, for example because the
  * table is not deployed. Check the codes of vrx_crpt_update(), and use deployed tables.
  *
  * @param ctx  in-out: the context.
- * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx is NULL, or VRX_ERR_CONTEXT_STATE if it is closed (both logged). If bytes
- *         are held: VRX_ERR_BLOCK_MULTIPLE in modes 1 and 4, or VRX_ERR_FAILED if the table is not deployed (mode 1
- *         logs both); VRX_ERR_UNKNOWN_MODE in an unknown mode.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx is NULL, or VRX_ERR_CONTEXT_STATE if it is closed (both logged). If the
+ *         context holds bytes: VRX_ERR_BLOCK_MULTIPLE in modes 1 and 4, or VRX_ERR_FAILED if the table is not deployed
+ *         (mode 1 logs both); VRX_ERR_UNKNOWN_MODE in an unknown mode.
  */
 VRX_API int vrx_crpt_final(vrx_crpt_ctx *ctx);
 
 /* ---- Building blocks --------------------------------------------------------------------------------------------- */
 
 /**
- * Reopen a context and drop held bytes. Key, IV field, MAC state and meshing position stay as the last call left them.
+ * Reopen a context and drop the bytes that it holds. The key, the IV field, the MAC state and the meshing position keep
+ * their values.
  *
  * **Warning:** this function does not restore the key or the IV. For a new message, open the context anew.
  *
@@ -163,11 +165,11 @@ VRX_API int vrx_crpt_final(vrx_crpt_ctx *ctx);
 VRX_API int vrx_crpt_reset(vrx_crpt_ctx *ctx);
 
 /**
- * Call the one-shot function of a mode, given by its number. Contexts use this function, too.
+ * Call the one-shot function of the mode with the given number. Contexts use this function, too.
  *
  * **Warning:** mode 3 must not decrypt in place: the plaintext is wrong after the first block, as in VRX_Gost_GFB_m().
  *
- * @param mode       in: VRX_MODE_SS to VRX_MODE_CBC; all 32 bits count.
+ * @param mode       in: VRX_MODE_SS to VRX_MODE_CBC. All 32 bits of the number are read.
  * @param table      in: a deployed table.
  * @param in         in: the input, at least one byte.
  * @param out        out: the output; its length is the capacity on entry and the input's length after success.
@@ -193,11 +195,11 @@ VRX_API int vrx_crpt_crypto_engine(uint32_t mode, const vrx_tz *table, const vrx
  * mode 2 the IV is not encrypted and the output is wrong.
  *
  * @param ctx  in-out: the context.
- * @param in   in: the input. If it is empty, the call fails with VRX_ERR_BUFFER_LENGTH without key meshing, and returns
- *             VRX_OK with key meshing; the output's length is then unchanged.
+ * @param in   in: the input. An empty input fails with VRX_ERR_BUFFER_LENGTH if key meshing is off, and returns VRX_OK
+ *             if it is on. Both leave the output's length unchanged.
  * @param out  out: the output; its length is the capacity on entry and the input's length after success.
- * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx is NULL; otherwise the code of the part that failed. Parts before it stay
- *         written, and the output's length is unchanged.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx is NULL; otherwise the code of the part that failed. The output of earlier
+ *         parts remains written, and the output's length is unchanged.
  */
 VRX_API int vrx_crpt_context_engine(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
@@ -207,7 +209,8 @@ VRX_API int vrx_crpt_context_engine(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_d
  * @param ctx  in-out: the context.
  * @param in   in: the piece, at least one byte.
  * @param out  out: the output; its length is the capacity on entry and the input's length after success.
- * @return the codes of vrx_crpt_update() in mode 2. The test for a closed context precedes the tests for NULL buffers.
+ * @return the same codes as vrx_crpt_update() in mode 2. The function tests for a closed context before it tests for
+ *         NULL buffers.
  */
 VRX_API int vrx_crpt_CNT_ctx(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
@@ -217,7 +220,8 @@ VRX_API int vrx_crpt_CNT_ctx(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *ou
  * @param ctx  in-out: the context.
  * @param in   in: the piece, at least one byte.
  * @param out  out: the output; its length is the capacity on entry and the input's length after success.
- * @return the codes of vrx_crpt_update() in mode 3. The test for a closed context precedes the tests for NULL buffers.
+ * @return the same codes as vrx_crpt_update() in mode 3. The function tests for a closed context before it tests for
+ *         NULL buffers.
  */
 VRX_API int vrx_crpt_CFB_ctx(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
@@ -227,13 +231,14 @@ VRX_API int vrx_crpt_CFB_ctx(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *ou
  *
  * @param ctx  in-out: the context.
  * @param in   in: the piece; at least one byte unless VRX_FLAG_PAD is set in ctx->flags.
- * @return the codes of vrx_crpt_update() in mode 5. The test for a closed context precedes the tests for NULL buffers.
+ * @return the same codes as vrx_crpt_update() in mode 5. The function tests for a closed context before it tests for
+ *         NULL buffers.
  */
 VRX_API int vrx_crpt_IMITO_ctx(vrx_crpt_ctx *ctx, const vrx_data *in);
 
 /**
- * Count 8 bytes of a context before they are processed. If 1024 bytes have been counted since the last meshing, the
- * function first meshes the key and the IV. It does nothing if key meshing is off.
+ * Count the next 8 bytes of a message before they are processed. If 1024 bytes have been counted since the last
+ * meshing, the function first meshes the key and the IV. It does nothing if key meshing is off.
  *
  * @param ctx  in-out: the context.
  * @return VRX_OK, or the code of the failed meshing; the context is then closed.
@@ -264,9 +269,9 @@ VRX_API int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz *table, uint8_t 
  * **Warning:** the function tests only that p->key->length is not 0, and then reads 32 bytes. It does not test
  * p->table->length and reads a whole vrx_crpt_table_rec.
  *
- * @param ctx        in-out: the context; every field but `mac` is set.
+ * @param ctx        in-out: the context. The function sets every field except `mac`.
  * @param direction  in: encrypt if its low 8 bits are not zero, otherwise decrypt.
- * @param p          in: the parameter block and all that it points to.
+ * @param p          in: the parameter block, and the records that it points to.
  * @return VRX_OK, or VRX_ERR_BAD_PARAMS if ctx or p is NULL, p->first or p->second is 0, p's table or its data is NULL,
  *         or p's key is NULL or empty (not logged; the context is then closed).
  */

@@ -5,8 +5,8 @@
  * has VRX_ECC_DIGITS digits of 32 bits, least significant first: one digit more than the 256 bits of the built-in sets
  * need.
  *
- * All functions that take a set read what they need from the record. It may be built-in, changed or custom. The prime p
- * must be below 2^287; for signatures, keys and key agreement, p and q must have at most 256 bits.
+ * Every function that takes a set reads the numbers from the record. The record may be built-in, changed or custom. The
+ * prime p must be below 2^287; for signatures, keys and key agreement, p and q must have at most 256 bits.
  *
  * **Warning:** only the unchanged built-in sets are processed in constant time. With a changed or custom set, running
  * times depend on private keys.
@@ -49,8 +49,9 @@ typedef struct EcParamSet {
     uint64_t oid_len;             /**< bytes in oid */
     const uint8_t *oid;           /**< identifier, DER */
     const char *str_oid;          /**< identifier, dotted decimal */
-    uint32_t has_precomp;         /**< 1: a = p - 3, and pp is filled. Otherwise signatures, keys and key agreement use
-                                       neither. epMultPP() always reads pp, and epMultJ() always takes a = p - 3 */
+    uint32_t has_precomp;         /**< 1: a = p - 3, and pp is filled. Any other value: signatures, keys and key
+                                       agreement assume neither. epMultPP() always reads pp, and epMultJ() always
+                                       assumes a = p - 3 */
     EcPoint pp[VRX_ECC_PP_COUNT]; /**< pp[i] = 2^(4i) G, reduced modulo p */
 } EcParamSet;
 
@@ -78,7 +79,10 @@ VRX_API extern EcParamSet cp_ecc_par[VRX_ECC_SET_COUNT];
 /** The names of the built-in sets as in RFC 4357, in the order of cp_ecc_par. */
 VRX_API extern const char *const cp_ecc_par_name[VRX_ECC_SET_COUNT];
 
-/** The default set, at first cp_ecc_par[1] (CryptoPro-A). Programs may assign another; the library does not read it. */
+/**
+ * The default set, initially cp_ecc_par[1] (CryptoPro-A). Programs may assign another set. The library does not read
+ * this pointer.
+ */
 VRX_API extern EcParamSet *default_cp_ecc_par;
 
 /* ---- Use these --------------------------------------------------------------------------------------------------- */
@@ -143,7 +147,7 @@ VRX_API int epConvFromDecimal(EcPoint *point, const char *x, const char *y);
  * @param point     in: the point.
  * @param x         out: a buffer of capacity characters; all of them are written.
  * @param y         out: a buffer of capacity characters; all of them are written.
- * @param capacity  in: size of each buffer, with the NUL. 79 is enough for 256 bits.
+ * @param capacity  in: size of each buffer, including the NUL. 79 is enough for 256 bits.
  * @return always 0.
  */
 VRX_API int epConvToDecimal(const EcPoint *point, char *x, char *y, uint64_t capacity);

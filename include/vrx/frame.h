@@ -1,16 +1,16 @@
 /**
  * @file frame.h  Return codes, the buffer record, the diagnostics log and the copyright notice.
  *
- * A function that can fail returns an `int`: VRX_OK or one of the negative codes below. Three kinds of functions
- * differ:
+ * A function that can fail returns an `int`: VRX_OK or one of the negative codes below. Three kinds of functions are
+ * exceptions:
  *
  * - Look-ups that return a pointer return NULL when they find nothing. Look-ups that return an `int` store NULL.
  * - mpModInv() returns 1 when there is no inverse.
  * - Comparisons and predicates return their answer, which may be -1.
  *
- * A failure may also write to the diagnostics log. A function that fails often logs a line, and its caller another, so
- * two or three lines for one failure are usual. The return code does not
- * depend on whether the log is on.
+ * A failure may also write to the diagnostics log. When a function fails, it often logs one line, and the library
+ * function that called it logs another. Two or three lines for one failure are therefore usual. The return code does
+ * not depend on whether the log is on.
  *
  * Threads: the log is process-wide and unsynchronized. Set it before other threads call the library. The library
  * allocates no memory for the log except what the C library needs for an open file.
@@ -48,7 +48,8 @@ typedef struct vrx_data {
 /* ---- Use these --------------------------------------------------------------------------------------------------- */
 
 /**
- * The diagnostics log. It is NULL at first, which switches the log off. A program may assign an open stream, or NULL.
+ * The diagnostics log. It is initially NULL, which means that the log is off. A program may assign an open stream, or
+ * NULL.
  *
  * The library reads this pointer without synchronization at every failure and never flushes the stream. The C library
  * buffers a stream to a file fully: lines reach the file when the buffer is full, the stream is flushed or the process

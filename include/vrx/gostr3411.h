@@ -11,11 +11,11 @@
  * 5831 prints the number the other way round.
  *
  * Functions that return an `int` check their arguments before they write anything, and log every failure. When one
- * function calls another, both often log a line, the called function first. GOSTR3411_Init()
- * and GOSTR3411_Init_more_oids() add no line to those of the functions that they call.
+ * function calls another, both often log a line; the called function logs first. GOSTR3411_Init() and
+ * GOSTR3411_Init_more_oids() add no line to those of the functions that they call.
  *
  * Object identifiers are complete DER encodings. Two are equal if their lengths and their bytes are equal. Data may lie
- * at any address. It may not overlap a context; a digest may overwrite it. The functions allocate nothing.
+ * at any address and may not overlap a context. A digest may be written over the data. The functions allocate nothing.
  *
  * Threads: a context belongs to one thread at a time; separate contexts are independent.
  */
@@ -47,18 +47,18 @@ typedef struct GOSTR3411_CTX {
 /**
  * Open a context with a built-in parameter set.
  *
- * @param ctx      out: the context; every field is set.
+ * @param ctx      out: the context. The function sets every field.
  * @param oid      in: DER identifier of the parameter set.
  * @param oid_len  in: bytes in oid.
  * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx or oid is NULL or oid_len is 0; VRX_ERR_UNSUPPORTED_OID if no parameter set
- *         has this identifier. The log names GOSTR3411_Init_more_oids().
+ *         has this identifier. The log line names GOSTR3411_Init_more_oids().
  */
 VRX_API int GOSTR3411_Init(GOSTR3411_CTX *ctx, const uint8_t *oid, uint32_t oid_len);
 
 /**
  * Open a context with a deployed table.
  *
- * @param ctx    out: the context; every field is set.
+ * @param ctx    out: the context. The function sets every field.
  * @param table  in: the table. All 4100 bytes are copied, and its flag is not tested. It may be the table in ctx.
  * @return VRX_OK, or VRX_ERR_BAD_PARAMS if a pointer is NULL.
  */
@@ -119,12 +119,12 @@ VRX_API int GOSTR3411_Transform_ex(const vrx_tz *table, const uint8_t *data, uin
 /**
  * Open a context with a built-in or custom parameter set. The function searches the built-in sets first, then yours.
  *
- * @param ctx          out: the context; every field is set.
+ * @param ctx          out: the context. The function sets every field.
  * @param oid          in: DER identifier of the parameter set.
  * @param oid_len      in: bytes in oid.
- * @param extra        in: custom records, of which oid_length, oid and tz are read; may be NULL.
+ * @param extra        in: custom records; may be NULL. The function reads only oid_length, oid and tz of each record.
  * @param extra_count  in: records in extra.
- * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx, oid or the found record's table is NULL, or oid_len is 0;
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx, oid or the table of the matching record is NULL, or oid_len is 0;
  *         VRX_ERR_UNSUPPORTED_OID if no record has this identifier.
  */
 VRX_API int GOSTR3411_Init_more_oids(GOSTR3411_CTX *ctx, const uint8_t *oid, uint32_t oid_len,
@@ -135,12 +135,12 @@ VRX_API int GOSTR3411_Init_more_oids(GOSTR3411_CTX *ctx, const uint8_t *oid, uin
  *
  * @param oid          in: DER identifier of the parameter set.
  * @param oid_len      in: bytes in oid.
- * @param extra        in: custom records, of which oid_length, oid and tz are read; may be NULL.
+ * @param extra        in: custom records; may be NULL. The function reads only oid_length, oid and tz of each record.
  * @param extra_count  in: records in extra.
  * @param data         in: the message.
  * @param len          in: bytes in data, at least one.
  * @param out          out: the digest, 32 bytes; unchanged on failure.
- * @return VRX_OK; VRX_ERR_BAD_PARAMS if oid, data, out or the found record's table is NULL, or a length is 0;
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if oid, data, out or the table of the matching record is NULL, or a length is 0;
  *         VRX_ERR_UNSUPPORTED_OID if no record has this identifier.
  */
 VRX_API int GOSTR3411_Transform_more_oids(const uint8_t *oid, uint32_t oid_len, const vrx_gostr3411_par *extra,
@@ -156,7 +156,7 @@ VRX_API int GOSTR3411_Transform_more_oids(const uint8_t *oid, uint32_t oid_len, 
  * @param sum     in-out: the sum of the blocks, eight words, least significant first.
  * @param length  in-out: the bit count; only words 0 and 1 are read and written.
  * @param block   in: 32 bytes; pad a shorter block with zeros.
- * @param bits    in: message bits in the block, 256 for a full one.
+ * @param bits    in: message bits in the block, 256 for a full block.
  */
 VRX_API void gost_r_3411_94_hash_bytes(const vrx_tz *table, uint32_t hash[VRX_HASH_WORDS], uint32_t sum[VRX_HASH_WORDS],
                                        uint32_t length[VRX_HASH_WORDS], const uint8_t block[VRX_HASH_BLOCK_SIZE],

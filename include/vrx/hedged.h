@@ -4,8 +4,8 @@
  * One known nonce, or two signatures with the same nonce, reveal the private key. ecSign() repeats a nonce if its
  * random source repeats its output, for example after a virtual machine is restored from a snapshot. Here the nonce is
  * derived from the private key, the digest and fresh random bytes, as in RFC 6979 with additional data (section 3.6)
- * and HMAC GOST R 34.11-94. It stays secret, and differs between digests, if the random source is good or the private
- * key is secret. Threads: any number; each has its own generator.
+ * and HMAC GOST R 34.11-94. The nonce is secret, and different for every digest, if the random source is good or the
+ * private key is secret. Any number of threads may sign: each thread has its own generator.
  *
  * This header is not part of vrx.h, and the library does not export its functions: they are compiled into your program.
  */
@@ -45,7 +45,7 @@ VRX_RANDOM_INLINE void vrx_hedge_wipe(void *secret, size_t size) {
     __asm__ volatile("" : : "r"(secret) : "memory");
 }
 
-/** For vrx_hedged_sign(): out = HMAC(key, data); out may be a part of either. @return 0, or a code. */
+/** For vrx_hedged_sign(): out = HMAC(key, data); out may be a part of key or data. @return 0, or a code. */
 VRX_RANDOM_INLINE int vrx_hedge_mac(const uint8_t key[VRX_HMAC_SIZE], const uint8_t *data, size_t size,
                                     uint8_t out[VRX_HMAC_SIZE]) {
     uint8_t mac[VRX_HMAC_SIZE];
@@ -72,7 +72,8 @@ VRX_RANDOM_INLINE int vrx_hedge_update(vrx_hedge *state, uint8_t tag, const uint
 
 /**
  * For vrx_hedged_sign(): its RND_FUNC. Returns bytes of the generator, masked with fresh random bytes. The hash reads
- * its tables at addresses that depend on its input; because of the mask they reveal nothing about the nonce.
+ * its tables at addresses that depend on its input; because of the mask, these addresses reveal nothing about the
+ * nonce.
  */
 VRX_RANDOM_INLINE int vrx_hedged_random(void *buffer, uint32_t length) {
     vrx_hedge *const state = vrx_hedge_of_thread();
@@ -91,7 +92,7 @@ VRX_RANDOM_INLINE int vrx_hedged_random(void *buffer, uint32_t length) {
 VRX_RANDOM_INLINE int vrx_hedge_start(const EcParamSet *set, const uint32_t digest[VRX_ECC_DIGEST_WORDS],
                                       const uint32_t d[VRX_ECC_DIGITS]) {
     vrx_hedge *const state = vrx_hedge_of_thread();
-    /* A random mask on the key, so that no address in the hash depends on the key alone. */
+    /* Masks the key with random words, so that no table address in the hash depends on the key alone. */
     struct {
         uint32_t masked[VRX_ECC_DIGITS];
         uint32_t digest[VRX_ECC_DIGEST_WORDS];
@@ -124,11 +125,12 @@ VRX_RANDOM_INLINE int vrx_hedge_start(const EcParamSet *set, const uint32_t dige
  * @param set     in: curve.
  * @param digest  in: the 32 bytes of the hash in memory order.
  * @param d       in: private key, from 1 to q - 1.
- * @param sig     out: neither r nor s is 0; all zeros on failure.
+ * @param sig     out: the signature, in which neither r nor s is 0; all zeros on failure.
  * @return VRX_OK; VRX_ERR_RANDOM if the system's source fails or is stuck; VRX_ERR_FAILED if the signature is not
  *         valid; VRX_ERR_BAD_PARAMS if a pointer is NULL.
  *
- * Threads: any number. Allocates nothing. Cost: a signature, eleven short HMACs, a public key and a verification.
+ * Threads: any number may call the function. It allocates nothing. Cost: a signature, eleven short HMACs, a public key
+ * and a verification.
  */
 VRX_RANDOM_INLINE int vrx_hedged_sign(const EcParamSet *set, const uint32_t digest[VRX_ECC_DIGEST_WORDS],
                                       const uint32_t d[VRX_ECC_DIGITS], EcSignature *sig) {

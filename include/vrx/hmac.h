@@ -29,7 +29,7 @@ VRX_BEGIN_DECLS
 
 /** An HMAC context. */
 typedef struct GOSTR3411_HMAC_CTX {
-    const vrx_gostr3411_par *par;          /**< parameter set; its table opens the hash of every message */
+    const vrx_gostr3411_par *par;          /**< parameter set; its table is used to hash every message */
     GOSTR3411_CTX hash;                    /**< the running hash, inner or outer */
     uint8_t digest[VRX_HMAC_SIZE];         /**< the MAC, after GOSTR3411_HMAC_Final() */
     uint8_t ipad_key[VRX_HASH_BLOCK_SIZE]; /**< key block with every byte ^ 36h */
@@ -44,10 +44,11 @@ typedef struct GOSTR3411_HMAC_CTX {
  *
  * **Warning:** a NULL key with a key_len from 1 to 32 crashes. Pass a length of 0 for an empty key.
  *
- * @param ctx      out: the context; every field but digest is set. par is NULL if the identifier is unknown.
+ * @param ctx      out: the context. The function sets every field except digest. It sets par to NULL if the identifier
+ *                 is unknown.
  * @param oid      in: DER identifier of a built-in parameter set, or NULL for DEFAULT_GOSTR3411_OID.
  * @param oid_len  in: bytes in oid.
- * @param key      in: the key; may be NULL if key_len is 0, which means 32 zero bytes.
+ * @param key      in: the key; may be NULL if key_len is 0. An empty key is padded to 32 zero bytes.
  * @param key_len  in: bytes in key.
  * @return VRX_OK; VRX_ERR_FAILED if the identifier is unknown; VRX_ERR_BAD_PARAMS if the parameter set's table is NULL,
  *         or the key is NULL and key_len is above 32.
@@ -79,7 +80,7 @@ VRX_API int GOSTR3411_HMAC_Final(GOSTR3411_HMAC_CTX *ctx, uint8_t *out, uint32_t
 /**
  * Start another message under the same key, with the table that the parameter record holds now.
  *
- * @param ctx  in-out: the context, once opened by GOSTR3411_HMAC_Init().
+ * @param ctx  in-out: a context that GOSTR3411_HMAC_Init() has opened.
  * @return VRX_OK, or VRX_ERR_BAD_PARAMS if the record's table is NULL.
  */
 VRX_API int GOSTR3411_HMAC_Reset(GOSTR3411_HMAC_CTX *ctx);
@@ -93,7 +94,7 @@ VRX_API int GOSTR3411_HMAC_Reset(GOSTR3411_HMAC_CTX *ctx);
  * @param oid_len   in: bytes in oid.
  * @param data      in: the message.
  * @param data_len  in: bytes in data, at least one.
- * @param key       in: the key; may be NULL if key_len is 0, which means 32 zero bytes.
+ * @param key       in: the key; may be NULL if key_len is 0. An empty key is padded to 32 zero bytes.
  * @param key_len   in: bytes in key.
  * @param out       out: the MAC, 32 bytes; unchanged on failure. It may not overlap data.
  * @param out_len   out: 32, also on failure.

@@ -5,8 +5,8 @@
  * functions that these functions call. The called function logs its line first; then the function of this header adds
  * "name returned 0x..." without a newline.
  *
- * **Warning:** an attacker who gets the output or a ciphertext can try passwords. Use a random salt of at least 8
- * bytes, and as many iterations as your users can wait for: more iterations make each guess slower.
+ * **Warning:** an attacker who obtains the output or a ciphertext can test password guesses. Use a random salt of at
+ * least 8 bytes, and as many iterations as your users can wait for: more iterations make each guess slower.
  *
  * Threads: no shared state except DEFAULT_GOSTR3411_OID, which is read without synchronization.
  */
@@ -30,8 +30,8 @@ VRX_BEGIN_DECLS
  * @param password      in: the password, which is the key of the HMAC; may be NULL if password_len is 0.
  * @param password_len  in: bytes in password.
  * @param salt          in: the salt.
- * @param salt_len      in: bytes in salt, at least one. Only its low 32 bits count.
- * @param iterations    in: number of iterations; 0 counts as 1.
+ * @param salt_len      in: bytes in salt, at least one. Only the low 32 bits of this number are used.
+ * @param iterations    in: number of iterations; 0 is treated as 1.
  * @param oid           in: DER identifier of a built-in parameter set, or NULL for DEFAULT_GOSTR3411_OID.
  * @param oid_len       in: bytes in oid.
  * @param out           out: 32 bytes, whatever out_len is; unchanged on failure.
@@ -57,20 +57,22 @@ VRX_API int GOSTR3411_PKCS5_PBKDF2(const uint8_t *password, uint32_t password_le
  *
  * @param password      in: the password, encoded as PKCS #12 requires: a BMPString with two zero bytes at its end. May
  *                      be NULL if password_len is below 1.
- * @param password_len  in: bytes in password; a negative value counts as 0. One of the two lengths must be above 0.
+ * @param password_len  in: bytes in password; a negative value is treated as 0. password_len or salt_len must be above
+ *                      0.
  * @param salt          in: the salt; may be NULL if salt_len is below 1.
- * @param salt_len      in: bytes in salt; a negative value counts as 0.
- * @param iterations    in: number of iterations; 0 counts as 1.
- * @param id            in: purpose of the bytes: 1 key, 2 IV, 3 MAC key. Only the low 8 bits count.
- * @param oid           in: any non-NULL pointer; it is not read. If oid is NULL, the call fails, except with an oid_len
- *                      of 9, which is undefined.
+ * @param salt_len      in: bytes in salt; a negative value is treated as 0.
+ * @param iterations    in: number of iterations; 0 is treated as 1.
+ * @param id            in: purpose of the bytes: 1 key, 2 IV, 3 MAC key. Only the low 8 bits are used.
+ * @param oid           in: any non-NULL pointer; it is not read. If oid is NULL, the call fails. If oid is NULL and
+ *                      oid_len is 9, the behaviour is undefined.
  * @param oid_len       in: not used unless oid is NULL.
  * @param out           out: out_len bytes; may overlap the inputs.
- * @param out_len       in: bytes to write. If it is below 1, nothing is written; the other checks are made first.
+ * @param out_len       in: bytes to write. If it is below 1, nothing is written, but the function still makes the other
+ *                      checks first.
  * @return VRX_OK; VRX_ERR_FAILED if oid is NULL, or memory is exhausted (not logged); VRX_ERR_BAD_PARAMS if the
  *         parameter set's table is NULL, or salt and password are both empty and out_len is at least 1.
  *
- * Allocates a buffer for salt and password; wipes and frees it before return.
+ * The function allocates a buffer for salt and password. It wipes and frees the buffer before it returns.
  */
 VRX_API int GOSTR3411_PBA_Derive(const uint8_t *password, int32_t password_len, const uint8_t *salt, int32_t salt_len,
                                  uint64_t iterations, int32_t id, const uint8_t *oid, uint32_t oid_len, uint8_t *out,

@@ -21,8 +21,7 @@
  * - VRX_ERR_BLOCK_MULTIPLE: the length is not a multiple of 8, and the mode or the flags do not allow that.
  *
  * VRX_Gost_SS_m() logs all of these failures. Counter mode, cipher feedback and the MAC log only the last one, and CBC
- * logs none. A failing call changes nothing: not the output bytes, nor the output length, nor the IV, nor the MAC
- * state.
+ * logs none. A failing call changes neither the output bytes and length nor the IV or the MAC state.
  *
  * Buffers, keys and IVs may lie at any address. The IV or MAC state may not overlap another argument. Input and output
  * may be the same buffer, except in cipher feedback decryption. If they overlap in another way, the blocks are
@@ -107,7 +106,7 @@ VRX_API int VRX_Gost_CBC_m(const vrx_tz *table, const vrx_data *in, vrx_data *ou
                            const uint32_t key[VRX_KEY_WORDS], int direction);
 
 /**
- * Compute the MAC ("imito") of a buffer. Use another key than the one that encrypts.
+ * Compute the MAC ("imito") of a buffer. Use a different key from the encryption key.
  *
  * @param table  in: a deployed table.
  * @param in     in: the message or a part of it, at least one byte.
@@ -145,7 +144,7 @@ VRX_API int VRX_Gost_SS_m(const vrx_tz *table, const vrx_data *in, vrx_data *out
  * **Warning:** cipher feedback decryption in place yields wrong plaintext, as in VRX_Gost_GFB_m().
  *
  * @param table      in: a deployed table.
- * @param mode       in: VRX_MODE_SS to VRX_MODE_CBC; only the low 8 bits count.
+ * @param mode       in: VRX_MODE_SS to VRX_MODE_CBC; only the low 8 bits are used.
  * @param in         in: the input, at least one byte.
  * @param out        out: the output; its length is the capacity on entry and the input's length after success.
  * @param iv         in-out: 8 bytes, as for the mode function. VRX_MODE_SS does not use it; it may then be NULL.
@@ -189,7 +188,7 @@ VRX_API int make_last_block(const uint8_t *data, uint32_t length, uint8_t last[V
  * @param in     in: the message or a part of it, at least one byte.
  * @param mac    in-out: a record of exactly 8 bytes, the MAC state.
  * @param key    in: the key, eight words.
- * @param flags  in: VRX_FLAG_FIRST, VRX_FLAG_PAD; only the low 8 bits count.
+ * @param flags  in: VRX_FLAG_FIRST, VRX_FLAG_PAD; only the low 8 bits are used.
  * @return the code of VRX_Gost_Imito_m().
  */
 VRX_API int do_imito_low(const vrx_tz *table, const vrx_data *in, vrx_data *mac, const uint32_t key[VRX_KEY_WORDS],

@@ -2,9 +2,9 @@
  * @file multiply.h  Multiples of points.
  *
  * Three functions compute multiples: epMultPP() of the base point, epMultJ() of any point on a curve with a = p - 3,
- * and epMult() of any point on any curve. They agree on a set with a = p - 3 and a filled table, for every k from 1 to
- * q - 1 and every point of the curve. A scalar k is a number of nine digits and is never reduced modulo q. The
- * coordinates of a result are reduced modulo p, except for k = 1 and -1 in epMult().
+ * and epMult() of any point on any curve. On a set with a = p - 3 and a filled table, they give the same results for
+ * every k from 1 to q - 1 and every point of the curve. A scalar k is a number of nine digits and is never reduced
+ * modulo q. The coordinates of a result are reduced modulo p, except for k = 1 and -1 in epMult().
  *
  * A result may not overlap another argument. The functions allocate nothing. Any number of threads may share a set as
  * long as none changes it.
@@ -21,8 +21,8 @@ VRX_BEGIN_DECLS
 /* ---- Building blocks: multiples ---------------------------------------------------------------------------------- */
 
 /**
- * Multiply the base point: R = k G. The function adds the table entry pp[m] as often as hexadecimal digit m of k says.
- * It reads pp whatever has_precomp says, and it does not read G.
+ * Multiply the base point: R = k G. The function adds each table entry pp[m] as many times as the value of hexadecimal
+ * digit m of k. It reads pp whatever has_precomp says, and it does not read G.
  *
  * @param R    out: the multiple; (0, 0) for k = 0 and k = q.
  * @param k    in: a number of nine digits.

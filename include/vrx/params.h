@@ -5,9 +5,9 @@
  * and their bytes are equal.
  *
  * **Warning:** rows 5 to 9 of the cipher parameter sets (1.2.643.2.2.31.5 to .9) pair these identifiers with the
- * S-boxes of rows 0 to 4. That pairing is particular to this library. It is not the one of RFC 4357, where 31.5 to 31.7
- * have S-boxes of their own. Data from elsewhere that carries one of these identifiers may need other S-boxes, and then
- * decrypts to garbage without an error. Use rows 5 to 9 only with peers that use this library.
+ * S-boxes of rows 0 to 4. This pairing is particular to this library. RFC 4357 defines other S-boxes for 31.5 to 31.7.
+ * Data from elsewhere that carries one of these identifiers may need other S-boxes, and then decrypts to garbage
+ * without an error. Use rows 5 to 9 only with peers that use this library.
  *
  * The functions do not check pointers: unless a function says otherwise, passing NULL is undefined. Only
  * oidCopyGOST28147Par() allocates memory. Records, identifiers and strings belong to the caller or are built in.
@@ -16,8 +16,8 @@
  * identifier, strings and table. All of them must stay valid as long as they are in use.
  *
  * Threads: the registered list (GOST28147_OIDS and the `next` fields) and the two default pointers are process-wide and
- * unsynchronized. Do not register, find or unregister in two threads at once. oidFindGOST28147Par() also writes, when
- * the list is empty. Threaded programs best use get_GOST28147_par(), which reads constant data only.
+ * unsynchronized. Do not register, find or unregister in two threads at once. oidFindGOST28147Par() writes to the list
+ * if the list is empty. In threaded programs, use get_GOST28147_par(), which reads constant data only.
  */
 #ifndef VRX_PARAMS_H
 #define VRX_PARAMS_H
@@ -74,16 +74,16 @@ VRX_API extern vrx_gostr3411_par GOSTR3411_OIDS[VRX_GOSTR3411_PAR_COUNT];
  */
 VRX_API extern vrx_gost28147_par GOST28147_CRYPTO_PRO_OIDS[VRX_GOST28147_PAR_COUNT];
 
-/** The default hash parameter set, at first GOSTR3411_OIDS[1] (CryptoPro). A program may assign another record. */
+/** The default hash parameter set, initially GOSTR3411_OIDS[1] (CryptoPro). A program may assign another record. */
 VRX_API extern const vrx_gostr3411_par *DEFAULT_GOSTR3411_OID;
 
 /**
- * The default cipher parameter set, at first GOST28147_CRYPTO_PRO_OIDS[1] (CryptoPro-A). A program may assign another
+ * The default cipher parameter set, initially GOST28147_CRYPTO_PRO_OIDS[1] (CryptoPro-A). A program may assign another
  * record.
  */
 VRX_API extern vrx_gost28147_par *DEFAULT_GOST28147_OID;
 
-/** Head of the registered list, at first NULL. The list owns none of its records. */
+/** Head of the registered list, initially NULL. The list owns none of its records. */
 VRX_API extern vrx_gost28147_par *GOST28147_OIDS;
 
 /* ---- Use these --------------------------------------------------------------------------------------------------- */
@@ -162,7 +162,7 @@ VRX_API int oidCopyGOST28147Par(const vrx_gost28147_par *source, vrx_gost28147_p
 VRX_API int oidSetModeGOST28147Par(vrx_gost28147_par *record, int mode);
 
 /**
- * Set whether key meshing belongs to a record.
+ * Set the key-meshing flag of a record.
  *
  * @param record       in-out: the record.
  * @param key_meshing  in: 1 or 0; its low 8 bits are stored.
@@ -173,8 +173,8 @@ VRX_API int oidSetKeyMeshingGOST28147Par(vrx_gost28147_par *record, int key_mesh
 /**
  * Set the identifier and the strings of a record.
  *
- * **Warning:** the record keeps the three pointers; nothing is copied. What they point to must outlive the record's
- * use.
+ * **Warning:** the record keeps the three pointers; nothing is copied. The identifier and both strings must outlive the
+ * use of the record.
  *
  * @param record      in-out: the record.
  * @param oid         in: DER identifier.
@@ -201,8 +201,8 @@ VRX_API int oidSetOIDGOST28147Par(vrx_gost28147_par *record, const uint8_t *oid,
 VRX_API int oidRegisterGOST28147Par(vrx_gost28147_par *record);
 
 /**
- * Register the ten built-in cipher parameter sets in order. If they are in the list already, they stay, and records
- * after them are dropped from the list.
+ * Register the ten built-in cipher parameter sets in order. If the built-in sets are in the list already, they remain
+ * there, and all records after them are dropped from the list.
  *
  * @return always VRX_OK.
  */
@@ -211,8 +211,8 @@ VRX_API int oidRegisterGOST28147CryptoProPar(void);
 /**
  * Remove the first record with an identifier from the registered list. The record's `next` becomes NULL.
  *
- * **Warning:** the first record of the list is never removed. If the identifier is its own, all other records are
- * dropped from the list instead.
+ * **Warning:** the first record of the list is never removed. If it has this identifier, all other records are dropped
+ * from the list instead.
  *
  * @param oid     in: DER identifier.
  * @param length  in: bytes in oid.

@@ -1,9 +1,9 @@
 /**
  * @file point.h  Addition of points on the curve of a parameter set.
  *
- * The functions check nothing, neither pointers nor numbers. Points may lie off the curve, and coordinates may be p or
- * more. The formulas below define the results, which are reduced modulo p except where a point is copied. Where a
- * formula needs the inverse of a number that has none, the functions use 0.
+ * The functions check nothing, neither pointers nor numbers. Points may lie off the curve, and coordinates may be
+ * greater than or equal to p. The formulas below define the results, which are reduced modulo p except where a point is
+ * copied. Where a formula needs the inverse of a number that has none, the functions use 0.
  *
  * A result may not overlap an operand. The functions allocate nothing. Any number of threads may share a set as long as
  * none changes it.
@@ -100,8 +100,8 @@ VRX_API uint32_t epDublJ(EcPointJ *R, const EcPointJ *P, const EcParamSet *set);
 /**
  * Add a Jacobian and an affine point: R = P + Q.
  *
- * Q may not be the point at infinity, P or -P: the formulas then give another result. If P is the point at infinity, R
- * is Q with z = 1, copied digit for digit. With (X1, Y1, Z1) = P and (x2, y2) = Q:
+ * Q may not be the point at infinity, P or -P, because the formulas then do not give the sum. If P is the point at
+ * infinity, R is Q with z = 1, copied digit for digit. With (X1, Y1, Z1) = P and (x2, y2) = Q:
  *
  *     H = x2 Z1^2 - X1                r = y2 Z1^3 - Y1
  *     X' = r^2 - H^3 - 2 X1 H^2       Y' = r (X1 H^2 - X') - Y1 H^3      Z' = Z1 H
@@ -117,8 +117,8 @@ VRX_API uint32_t epAddJA(EcPointJ *R, const EcPointJ *P, const EcPoint *Q, const
 /**
  * Add two Jacobian points: R = P + Q.
  *
- * Q may not be P or -P: the formulas then give another result. If P is the point at infinity, R is Q; otherwise, if Q
- * is the point at infinity, R is P. All three coordinates are then copied digit for digit.
+ * Q may not be P or -P, because the formulas then do not give the sum. If P is the point at infinity, R is Q;
+ * otherwise, if Q is the point at infinity, R is P. All three coordinates are then copied digit for digit.
  *
  *     U1 = X1 Z2^2    S1 = Y1 Z2^3    H = X2 Z1^2 - U1    r = Y2 Z1^3 - S1
  *     X' = r^2 - H^3 - 2 U1 H^2       Y' = r (U1 H^2 - X') - S1 H^3      Z' = Z1 Z2 H
@@ -135,14 +135,14 @@ VRX_API uint32_t epAddJChud(EcPointJ *R, const EcPointJ *P, const EcPointJ *Q, c
  * Add two affine points on any curve: R = P + Q.
  *
  * If Q is the point at infinity, R is P; otherwise, if P is the point at infinity, R is Q. The point is then copied
- * digit for digit. With L the slope:
+ * digit for digit. In the formulas, L is the slope:
  *
  *     x1 = x2, digit for digit:  (0, 0) if y1 + y2 = 0 modulo p, otherwise L = (3 x1^2 + a) / (2 y1)
  *     all other cases:           L = (y2 - y1) / (x2 - x1)
  *     x3 = L^2 - x1 - x2         y3 = L (x1 - x3) - y1
  *
- * The two differences of the second slope are computed before the reduction, as signed numbers of nine digits. That
- * matters for coordinates of 2^287 and more.
+ * The two differences of the second slope are computed before the reduction, as signed numbers of nine digits. This
+ * affects the result for coordinates of 2^287 or more.
  *
  * @param R    out: the sum.
  * @param P    in: a point.

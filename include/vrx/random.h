@@ -23,7 +23,7 @@ VRX_BEGIN_DECLS
 #define VRX_RANDOM_INLINE static inline
 #endif
 
-/** For vrx_system_random(): getrandom() until the buffer is full. @return 0, or -1. */
+/** For vrx_system_random(): calls getrandom() until the buffer is full. @return 0, or -1. */
 VRX_RANDOM_INLINE int vrx_kernel_random(void *buffer, size_t length) {
     uint8_t *at = (uint8_t *)buffer;
     while (length != 0) {
@@ -51,8 +51,8 @@ VRX_RANDOM_INLINE int vrx_kernel_random(void *buffer, size_t length) {
  * @param buffer  out: the random bytes, at any address; may be NULL if length is 0.
  * @param length  in: bytes in buffer, any number.
  * @return 0, or -1 if the system call fails; errno then gives the reason, and part of the buffer may be filled. For 16
- *         bytes or more, also -1 with errno EIO if the source is stuck: all bytes are equal, or a second draw repeats
- *         the first 16.
+ *         bytes or more, the function also returns -1 with errno EIO if the source is stuck: all bytes are equal, or a
+ *         second draw repeats the first 16 bytes.
  *
  * Threads: any number may call the function. It allocates nothing.
  */

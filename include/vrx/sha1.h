@@ -38,7 +38,7 @@ typedef struct sha_context {
 /**
  * Open a context.
  *
- * @param ctx  out: the context; every field but data is set.
+ * @param ctx  out: the context. The function sets every field except data.
  */
 VRX_API void shaInit(sha_context *ctx);
 

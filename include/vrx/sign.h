@@ -41,8 +41,8 @@ typedef struct EcSignature {
  * A random source, supplied by the caller. It fills `length` bytes at `buffer`, which may have any alignment, and
  * returns 0. Any other return value means failure.
  *
- * **Warning:** the source must be good enough for keys: whoever can predict one nonce of a signature can compute the
- * private key. Use vrx_system_random() of <vrx/random.h>. If several threads sign, the source must be thread-safe.
+ * **Warning:** the source must be good enough for keys: anyone who can predict the nonce of one signature can compute
+ * the private key. Use vrx_system_random() of <vrx/random.h>. If several threads sign, the source must be thread-safe.
  */
 typedef int (*RND_FUNC)(void *buffer, uint32_t length);
 
@@ -54,10 +54,10 @@ typedef int (*RND_FUNC)(void *buffer, uint32_t length);
  * Hash the message with the hash parameter set that the verifier will use, normally CryptoPro (1.2.643.2.2.30.1).
  *
  * @param set     in: the curve parameter set.
- * @param digest  in: the 32 octets of the digest, copied into eight words. As a number modulo q it is e; 0 is replaced
- *                by 1.
- * @param rnd     in: the random source; may not be NULL. A nonce of 0 is drawn again, without limit: a source that
- *                returns only zeros makes the function loop forever.
+ * @param digest  in: the 32 octets of the digest, copied into eight words. e is the digest as a number modulo q, or 1
+ *                if that number is 0.
+ * @param rnd     in: the random source; may not be NULL. If the nonce is 0, the function draws again, without limit. A
+ *                source that returns only zeros makes the function loop forever.
  * @param d       in: the private key.
  * @param sig     out: the signature. r or s may be 0, which does not happen in practice.
  * @return VRX_OK; VRX_ERR_BAD_PARAMS if set, digest, d or sig is NULL; VRX_ERR_RANDOM if the random source fails.
@@ -71,13 +71,14 @@ VRX_API int ecSign(const EcParamSet *set, const uint32_t digest[VRX_ECC_DIGEST_W
  * **Warning:** the function returns 0 (VRX_OK) if the signature is VALID, and a non-zero value if it is not. Compare
  * with VRX_OK: `if (ecVerify(...))` is true for an INVALID signature.
  *
- * **Warning:** the function accepts more than one signature for the same digest: s counts modulo q, so s and s + q both
- * verify. In the stored form of 256 bits, almost every s has a second form with the sets Test and B, and about two of
- * three with C and XchB. If signatures must be unique, check 0 < r < q and 0 < s < q first (RFC 5832, section 6.2, step
- * 1).
+ * **Warning:** the function accepts more than one signature for the same digest: s is used modulo q, so s and s + q
+ * both verify. In the stored form of 256 bits, almost every s has a second form with the sets Test and B, and about two
+ * thirds of all s have one with C and XchB. If signatures must be unique, check 0 < r < q and 0 < s < q first (RFC
+ * 5832, section 6.2, step 1).
  *
- * **Warning:** hash the message with the hash parameter set of the signature. The parameters of the public key name it
- * (RFC 4491, section 2.3.2); normally it is CryptoPro (1.2.643.2.2.30.1). With another set, every signature is invalid.
+ * **Warning:** hash the message with the hash parameter set of the signature. The parameters of the public key name
+ * this set (RFC 4491, section 2.3.2); normally it is CryptoPro (1.2.643.2.2.30.1). With another set, every signature is
+ * invalid.
  *
  * The signature and the key are public: the running time depends on them.
  *
@@ -91,15 +92,15 @@ VRX_API int ecVerify(const EcParamSet *set, const uint32_t digest[VRX_ECC_DIGEST
                      const EcSignature *sig);
 
 /**
- * Generate a key pair. A private key of 0 is drawn again, without limit.
+ * Generate a key pair. If the random number is 0, the function draws again, without limit.
  *
  * @param set  in: the curve parameter set.
  * @param rnd  in: the random source; may not be NULL.
  * @param d    out: the private key, from 1 to q - 1.
  * @param Q    out: the public key d G.
  * @return VRX_OK; VRX_ERR_BAD_PARAMS if set, d or Q is NULL; VRX_ERR_RANDOM if the random source fails; VRX_ERR_FAILED
- *         if the computed point is not on the curve, which needs a malformed set. If the random source fails, Q is
- *         unchanged, and so is d unless a 0 was drawn before.
+ *         if the computed point is not on the curve, which happens only with a malformed set. If the random source
+ *         fails, Q is unchanged, and so is d unless a 0 was drawn before.
  */
 VRX_API int ecGenerateKeyPair(const EcParamSet *set, RND_FUNC rnd, uint32_t d[VRX_ECC_DIGITS], EcPoint *Q);
 
@@ -108,21 +109,21 @@ VRX_API int ecGenerateKeyPair(const EcParamSet *set, RND_FUNC rnd, uint32_t d[VR
  *
  * @param set  in: the curve parameter set.
  * @param d    in: the private key.
- * @param Q    out: the public key; written also if the result is VRX_ERR_FAILED.
- * @return VRX_OK; VRX_ERR_BAD_PARAMS if a pointer is NULL; VRX_ERR_FAILED if Q is not on the curve, as for d = 0 modulo
- *         q.
+ * @param Q    out: the public key; written even if the function returns VRX_ERR_FAILED.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if a pointer is NULL; VRX_ERR_FAILED if Q is not on the curve, for example if d =
+ *         0 modulo q.
  */
 VRX_API int ecGeneratePublicKey(const EcParamSet *set, const uint32_t d[VRX_ECC_DIGITS], EcPoint *Q);
 
 /**
  * Check that a point is on the curve: y^2 = (x^2 + a) x + b modulo p.
  *
- * **Warning:** the function accepts coordinates of p and more. Check x < p and y < p yourself.
+ * **Warning:** the function accepts coordinates greater than or equal to p. Check x < p and y < p yourself.
  *
  * @param set  in: the curve parameter set.
  * @param Q    in: the public key.
- * @return VRX_OK; VRX_ERR_FAILED if the point is not on the curve; VRX_ERR_BAD_PARAMS if a pointer is NULL. The log
- *         line of a NULL pointer names ecCheckPuKey.
+ * @return VRX_OK; VRX_ERR_FAILED if the point is not on the curve; VRX_ERR_BAD_PARAMS if a pointer is NULL. If a
+ *         pointer is NULL, the log line names ecCheckPuKey.
  */
 VRX_API int ecCheckPublicKey(const EcParamSet *set, const EcPoint *Q);
 

@@ -68,7 +68,7 @@ VRX_API int vrx_crpt_init_new_TZ(const char *str, vrx_tz *out);
 /**
  * Get a built-in cipher table by index.
  *
- * @param id  in: index into TZ_28147_89. Only its low 8 bits count.
+ * @param id  in: index into TZ_28147_89. Only the low 8 bits are used.
  * @return the table, or NULL if the index is above 4 (logged).
  */
 VRX_API const vrx_tz *TZ_by_id(uint32_t id);
@@ -76,7 +76,7 @@ VRX_API const vrx_tz *TZ_by_id(uint32_t id);
 /**
  * Get a built-in hash table by index.
  *
- * @param id  in: index into TZ_3411_94. Only its low 8 bits count.
+ * @param id  in: index into TZ_3411_94. Only the low 8 bits are used.
  * @return the table, or NULL if the index is above 1 (logged).
  */
 VRX_API const vrx_tz *hash_TZ_by_id(uint32_t id);
@@ -103,7 +103,8 @@ VRX_API const vrx_tz *hash_TZ_by_name(const char *name);
  * Convert a TZ string to a numeric TZ.
  *
  * **Warning:** the function checks only the length. Use the characters 0 to 9 and A to F. Any other character yields
- * its character code minus 55, as if it were a capital letter: lower-case digits give a wrong table without an error.
+ * its character code minus 55, as if it were a capital letter. Lower-case digits therefore give a wrong table without
+ * an error.
  *
  * @param str     in: the TZ string: 128 characters and a NUL.
  * @param num_tz  out: the numeric TZ, 64 bytes; unchanged on failure.
@@ -123,7 +124,7 @@ VRX_API int vrx_crpt_swap_num_TZ(uint8_t num_tz[VRX_NUM_TZ_SIZE]);
 /* ---- Older names ------------------------------------------------------------------------------------------------- */
 
 /**
- * An older name of vrx_crpt_deploy_TZ(). A failure logs a second message, that of this function.
+ * An older name of vrx_crpt_deploy_TZ(). After a failure, this function logs a second message.
  *
  * @param num_tz  in: the numeric TZ, 64 bytes.
  * @param out     out: the table, 4100 bytes.

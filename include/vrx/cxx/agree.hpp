@@ -1,7 +1,7 @@
 /**
  * @file cxx/agree.hpp  Key agreement VKO GOST R 34.10-2001 and key diversification: agree.h for C++.
  *
- * The functions allocate nothing. Threads: keys are plain values.
+ * The functions allocate nothing. Threads: keys are plain values without shared state.
  */
 #ifndef VRX_CXX_AGREE_HPP
 #define VRX_CXX_AGREE_HPP

@@ -126,7 +126,7 @@ std::size_t bit_length(const A &a) noexcept {
 template <Target A, Number B>
 requires SameSize<A, B>
 void copy(A &&a, const B &b) noexcept { mpSetEqual(detail::at(a), detail::at(b), detail::count<A>); }
-/** Set a number to zero. No optimization removes this. */
+/** Set a number to zero. The compiler never removes the writes. */
 template <Target A>
 void set_zero(A &&a) noexcept {
     mpSetZero(detail::at(a), detail::count<A>);
@@ -152,7 +152,7 @@ template <Target A>
 bool set_bit(A &&a, std::uint64_t bit, bool value) noexcept {
     return mpSetBit(detail::at(a), detail::count<A>, bit, value ? 1 : 0) == 0;
 }
-/** Get a bit. @return nothing if a has no such bit. */
+/** Get a bit. @return std::nullopt if a has no such bit. */
 template <Number A>
 std::optional<bool> get_bit(const A &a, std::uint64_t bit) noexcept {
     const int value = mpGetBit(detail::at(a), detail::count<A>, bit);
@@ -263,7 +263,7 @@ requires SameSize<W, U, V, M>
 void modular_subtract(W &&w, const U &u, const V &v, const M &m) noexcept {
     mpModSub(detail::at(w), detail::at(u), detail::at(v), detail::at(m), detail::count<W>);
 }
-/** Multiply modulo m: w = u v mod m. At most half of VRX_MP_MAX_DIGITS digits. */
+/** Multiply modulo m: w = u v mod m. The numbers may have at most half of VRX_MP_MAX_DIGITS digits. */
 template <Target W, Number U, Number V, Number M>
 requires SameSize<W, U, V, M> &&
     (2 * digits<W> <= VRX_MP_MAX_DIGITS) void modular_multiply(W &&w, const U &u, const V &v, const M &m) noexcept {
@@ -298,7 +298,10 @@ int jacobi(const A &a, const N &n) noexcept { return mpJacobi(detail::at(a), det
 
 /* ---- Random digits and primality: not for secrets ---------------------------------------------------------------- */
 
-/** Draw a digit from lower to upper with the C library's rand(). **Warning:** predictable; never use it for secrets. */
+/**
+ * Draw a digit from lower to upper with the C library's rand(). **Warning:** the digit is predictable; never use it for
+ * secrets.
+ */
 inline std::uint32_t simple_random(std::uint32_t lower, std::uint32_t upper) noexcept {
     return spSimpleRand(lower, upper);
 }
@@ -323,7 +326,9 @@ std::size_t from_octets(A &&a, Bytes octets) noexcept {
     octets = octets.last(std::min(octets.size(), sizeof(std::uint32_t) * digits<A>));
     return mpConvFromOctets(detail::at(a), detail::count<A>, octets.data(), static_cast<std::uint32_t>(octets.size()));
 }
-/** Convert to big-endian octets with leading zeros. @return the number of significant octets, even if too many. */
+/**
+ * Convert to big-endian octets with leading zeros. @return the number of significant octets, even if some do not fit.
+ */
 template <Number A>
 std::size_t to_octets(const A &a, MutableBytes octets) noexcept {
     const std::size_t most = 0x7FFFFFFF;

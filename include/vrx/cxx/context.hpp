@@ -24,7 +24,7 @@ struct CipherParameters {
     Mode mode;           /**< mode of operation; Mac does not use it */
     bool key_meshing;    /**< CryptoPro key meshing: a new key every 1024 bytes */
 
-    /** Use the default parameter set; initially CryptoPro-A: cipher feedback with key meshing. */
+    /** Use the default parameter set. Initially it is CryptoPro-A: cipher feedback with key meshing. */
     CipherParameters() noexcept : CipherParameters(default_cipher_set()) {}
     /** Use a parameter set. */
     CipherParameters(const vrx_gost28147_par &set) noexcept  // NOLINT(google-explicit-constructor)
@@ -69,8 +69,8 @@ public:
      * Process the next piece of a message, of any length.
      *
      * @param in   in: the piece; may be empty.
-     * @param out  out: at least output_size(in.size()) bytes. It may be the same buffer as in; in codebook and CBC mode
-     *             only if all earlier pieces were whole blocks.
+     * @param out  out: at least output_size(in.size()) bytes. It may be the same buffer as in. In codebook and CBC
+     *             mode, that requires all earlier pieces to be whole blocks.
      * @return the number of bytes written, output_size(in.size()). Error::buffer_length if out is too small; the object
      *         is then unchanged. Error::context_state after finish(); Error::failed if the table is not deployed;
      *         Error::unknown_mode for Mode::mac and unknown modes.
@@ -111,7 +111,8 @@ public:
     }
 
     /**
-     * Reopen the object with the key and IV as the last message left them, and drop held bytes.
+     * Reopen the object and drop the bytes that it holds. The key and the IV keep the values that the last message
+     * left.
      *
      * **Warning:** this does not restore the key or the IV. For a new message, construct a new object with a new IV.
      */
@@ -144,7 +145,7 @@ public:
 };
 
 /**
- * The MAC of GOST 28147-89 over a message in pieces. Use another key than the one that encrypts.
+ * The MAC of GOST 28147-89 over a message in pieces. Use a different key from the encryption key.
  *
  * An object can be moved, not copied. Its destructor zeroes the key.
  */

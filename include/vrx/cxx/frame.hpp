@@ -182,8 +182,8 @@ private:
 /* ---- Log and notice ---------------------------------------------------------------------------------------------- */
 
 /**
- * Direct the diagnostics log to a file, to standard error ("stderr"), or nowhere (NULL). A file that was set before is
- * closed; standard error never is.
+ * Direct the diagnostics log to a file, to standard error ("stderr"), or nowhere (NULL). The function closes a file
+ * that was set before, but never standard error.
  */
 inline void log_to(const char *path) noexcept {
     if (vrxflog == stderr) vrxflog = nullptr;  // vrx_set_log_file() would close it

@@ -62,7 +62,7 @@ public:
         return mac;
     }
 
-    /** Begin another message with the same key. @return Error::bad_params if the parameter set lost its table. */
+    /** Begin another message with the same key. @return Error::bad_params if the parameter set's table is now NULL. */
     Result<void> restart() noexcept { return Result<void>::of(GOSTR3411_HMAC_Reset(&native())); }
 
     /** Access the C record, for the functions of hmac.h. */

@@ -18,7 +18,7 @@ inline namespace v1 {
  *
  * @param password    in: the password, usually UTF-8 without a NUL.
  * @param salt        in: at least one byte; use 8 or more random bytes.
- * @param iterations  in: number of iterations; 0 counts as 1. Use as many as your users can wait for.
+ * @param iterations  in: number of iterations; 0 is treated as 1. Use as many as your users can wait for.
  * @param oid         in: DER identifier of a built-in parameter set; if empty, the default set is used.
  * @return the key; Error::bad_params for an empty salt; Error::failed if no set has the identifier.
  */
@@ -44,7 +44,7 @@ enum class Pkcs12Purpose : std::int32_t { key = 1, iv = 2, mac_key = 3 };
  *
  * @param password    in: a BMPString with two zero bytes at its end. Password and salt may not both be empty.
  * @param salt        in: any bytes.
- * @param iterations  in: number of iterations; 0 counts as 1.
+ * @param iterations  in: number of iterations; 0 is treated as 1.
  * @param purpose     in: the purpose of the bytes.
  * @param out         out: the bytes, fewer than 2^31.
  * @return Error::bad_params for lengths of 2^31 or more, or if salt and password are both empty; Error::failed if

@@ -1,7 +1,8 @@
 /**
  * @file cxx/kernel.hpp  GOST 28147-89 on single blocks: kernel.h for C++.
  *
- * Every table must be deployed: the functions do not check it. They allocate nothing. Threads: no shared state.
+ * Every table must be deployed: the functions do not check this. The functions allocate nothing. Threads: no shared
+ * state.
  */
 #ifndef VRX_CXX_KERNEL_HPP
 #define VRX_CXX_KERNEL_HPP

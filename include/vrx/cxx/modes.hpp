@@ -40,8 +40,9 @@ inline std::optional<Mode> mode_by_name(const char *name) noexcept {
 /**
  * The C functions one by one, with their codes.
  *
- * Buffers have at most 2^32 - 1 bytes; longer ones give Error::buffer_length. An IV or MAC state continues in the next
- * call. The mode functions return the number of bytes written. They treat a span without an address as NULL.
+ * Buffers have at most 2^32 - 1 bytes; longer ones give Error::buffer_length. A call leaves the IV or MAC state ready
+ * for the next call. The mode functions return the number of bytes written. If data() of a span is nullptr, they pass
+ * NULL.
  */
 namespace raw {
 

@@ -1,7 +1,7 @@
 /**
  * @file cxx/multiply.hpp  Multiples of points: multiply.h for C++.
  *
- * The functions allocate nothing. Threads: points are plain values.
+ * The functions allocate nothing. Threads: points are plain values without shared state.
  */
 #ifndef VRX_CXX_MULTIPLY_HPP
 #define VRX_CXX_MULTIPLY_HPP

@@ -21,8 +21,8 @@ inline namespace v1 {
 /**
  * DER object identifiers of the built-in parameter sets.
  *
- * **Warning:** the identifiers 1.2.643.2.2.31.5 to .9 (the names that end in "_simple") have other S-boxes here than
- * elsewhere. Use them only with peers that use this library.
+ * **Warning:** the identifiers 1.2.643.2.2.31.5 to .9 (the names that end in "_simple") mean other S-boxes in this
+ * library than elsewhere. Use them only with peers that use this library.
  */
 namespace oid {
 inline constexpr std::span<const std::uint8_t, VRX_PAR_OID_SIZE> hash_test{VRX_PAR_HASH_0_OID}; /**< 1.2.643.2.2.30.0 */
@@ -102,7 +102,7 @@ inline Result<void> register_builtin_cipher_sets() noexcept {
 /**
  * Remove a record from the registered list, by its DER identifier.
  *
- * **Warning:** the first record stays. If you remove it, all others are dropped instead.
+ * **Warning:** the first record is never removed. If you try to remove it, all other records are dropped instead.
  *
  * @param oid  in: DER identifier.
  * @return Error::failed if nothing is registered, Error::bad_params if no record matches.
@@ -130,12 +130,13 @@ inline Result<CipherSetCopy> copy_of(const vrx_gost28147_par &set) noexcept {
 
 /** Set the mode of a parameter set. The low 8 bits of the mode number are stored. */
 inline void set_mode(vrx_gost28147_par &set, int mode) noexcept { oidSetModeGOST28147Par(&set, mode); }
-/** Set whether CryptoPro key meshing belongs to a parameter set. */
+/** Set the key-meshing flag of a parameter set. */
 inline void set_key_meshing(vrx_gost28147_par &set, bool meshing) noexcept {
     oidSetKeyMeshingGOST28147Par(&set, meshing ? 1 : 0);
 }
 /**
- * Set the identifier and the strings of a parameter set. The record keeps the pointers: all of them must outlive it.
+ * Set the identifier and the strings of a parameter set. The record keeps the pointers, so the identifier and the
+ * strings must outlive it.
  *
  * @param set     in-out: the parameter set.
  * @param oid     in: DER identifier.

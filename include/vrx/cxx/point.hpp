@@ -4,7 +4,7 @@
  * **Warning:** running times depend on the values. Do not use these functions on secrets that an attacker could learn
  * by measuring time.
  *
- * The functions allocate nothing. Threads: points are plain values.
+ * The functions allocate nothing. Threads: points are plain values without shared state.
  */
 #ifndef VRX_CXX_POINT_HPP
 #define VRX_CXX_POINT_HPP

@@ -2,7 +2,7 @@
  * @file cxx/sign.hpp  GOST R 34.10-2001: PrivateKey, PublicKey and signatures, over sign.h and octets.h.
  *
  * A key holds a pointer to its curve. A custom curve must outlive its keys; built-in curves always do. The functions
- * allocate nothing. Threads: keys are plain values.
+ * allocate nothing. Threads: keys are plain values without shared state.
  */
 #ifndef VRX_CXX_SIGN_HPP
 #define VRX_CXX_SIGN_HPP
@@ -30,7 +30,7 @@ public:
         ecLoadPublicKeyValue(octets.data(), &point.native());
         return from_point(point, curve);
     }
-    /** Check a point and make it a public key. @return Error::failed, as from_octets(). */
+    /** Check a point and make it a public key. @return Error::failed under the conditions of from_octets(). */
     static Result<PublicKey> from_point(const Point &point, const Curve &curve = default_curve()) noexcept {
         if (mp::compare(point.native().x, curve.p) >= 0 || mp::compare(point.native().y, curve.p) >= 0 ||
             !point.is_on(curve))
@@ -79,7 +79,7 @@ public:
         ecLoadPrivateKeyValue(octets.data(), d.data());
         return from_scalar(d, curve);
     }
-    /** Check a number and make it a private key. @return Error::failed, as from_octets(). */
+    /** Check a number and make it a private key. @return Error::failed under the conditions of from_octets(). */
     static Result<PrivateKey> from_scalar(const Scalar &d, const Curve &curve = default_curve()) noexcept {
         if (mp::is_zero(d.digits()) || mp::compare(d.digits(), curve.q) >= 0) return Error::failed;
         return Result<PrivateKey>(std::in_place, d, curve, Unfilled{});
@@ -148,7 +148,7 @@ inline std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words_of(const Digest &di
  *
  * @param key     in: the private key.
  * @param digest  in: the digest of the message, with the hash parameter set that the verifier will use.
- * @param source  in: the random source of the nonce. Whoever can predict a nonce can compute the private key.
+ * @param source  in: the random source of the nonce. Anyone who can predict a nonce can compute the private key.
  * @return the signature, or Error::random if the source fails.
  */
 [[nodiscard]] inline Result<Signature> sign(const PrivateKey &key, const Digest &digest, RND_FUNC source) noexcept {

@@ -36,7 +36,7 @@ inline Bytes bytes_of(std::string_view text) noexcept {
     return {reinterpret_cast<const std::uint8_t *>(text.data()), text.size()};
 }
 
-/** Zero `size` bytes. No optimization removes this. */
+/** Zero `size` bytes. The compiler never removes the writes. */
 inline void wipe(void *bytes, std::size_t size) noexcept {
     std::memset(bytes, 0, size);
     // Something outside the compiler's view may read the bytes, so they must be written.
@@ -94,8 +94,8 @@ inline Result<void> from_hex(std::string_view text, MutableBytes out) noexcept {
 struct Unfilled {};
 
 /**
- * A record that its destructor zeroes. A record that is moved from is zeroed, too. The first `public_bytes` bytes are a
- * table, which is not secret; they are not zeroed.
+ * A record that is zeroed by its destructor and when it is moved from. The first `public_bytes` bytes are not zeroed:
+ * they hold a table, which is not secret.
  */
 template <typename Record, std::size_t public_bytes = 0>
 requires std::is_trivially_copyable_v<Record>
@@ -127,7 +127,7 @@ struct Wiped {
 
 namespace detail {
 
-/** Element i of an array; ends the process if there is none. */
+/** Returns element i of an array. If the index is too large, the process ends. */
 template <typename Byte>
 Byte &checked(Byte *bytes, std::size_t i, std::size_t size) noexcept {
     if (i >= size) std::abort();
@@ -137,8 +137,8 @@ Byte &checked(Byte *bytes, std::size_t i, std::size_t size) noexcept {
 }  // namespace detail
 
 /**
- * A fixed number of bytes with a meaning: an Iv cannot be passed as a Block, although both have 8 bytes. Initially
- * zero.
+ * A fixed number of bytes for one purpose. An Iv cannot be passed as a Block, although both have 8 bytes. The bytes are
+ * initially zero.
  *
  * The destructor zeroes the bytes. Comparison takes constant time.
  */
@@ -292,10 +292,10 @@ private:
 
 namespace detail {
 
-/** The longest piece that one call of a C function gets: a multiple of all block sizes, with a count of 32 bits. */
+/** The size of the longest piece passed to a C function. It is a multiple of all block sizes and fits in 32 bits. */
 inline constexpr std::size_t longest_piece = std::size_t{1} << 31;
 
-/** Call `take(pointer, count)` for pieces whose counts fit in 32 bits; for no bytes, do not call it. */
+/** Calls `take(pointer, count)` for pieces whose counts fit in 32 bits. Does not call it if there are no bytes. */
 template <typename Take>
 void in_pieces(Bytes bytes, Take take) {
     while (!bytes.empty()) {

@@ -49,7 +49,7 @@ private:
 /**
  * Convert a TZ string of 128 characters to eight S-boxes.
  *
- * **Warning:** use the characters 0 to 9 and A to F. Other characters, also lower-case digits, give wrong S-boxes
+ * **Warning:** use the characters 0 to 9 and A to F. Other characters, including lower-case digits, give wrong S-boxes
  * without an error.
  *
  * @param text  in: the TZ string; the low nibble of each byte comes first.
@@ -78,11 +78,11 @@ inline std::span<const vrx_tz, VRX_TZ_28147_89_COUNT> cipher_tables() noexcept {
 /** Get the built-in hash tables: test, CryptoPro. */
 inline std::span<const vrx_tz, VRX_TZ_3411_94_COUNT> hash_tables() noexcept { return TZ_3411_94; }
 
-/** Get a built-in cipher table by index, 0 to 4. Only the low 8 bits count. */
+/** Get a built-in cipher table by index, 0 to 4. Only the low 8 bits are used. */
 inline const vrx_tz *cipher_table(std::uint32_t index) noexcept { return TZ_by_id(index); }
 /** Get a built-in cipher table by name: "tz_test", "tz_a" to "tz_d". */
 inline const vrx_tz *cipher_table(const char *name) noexcept { return TZ_by_name(name); }
-/** Get a built-in hash table by index, 0 or 1. Only the low 8 bits count. */
+/** Get a built-in hash table by index, 0 or 1. Only the low 8 bits are used. */
 inline const vrx_tz *hash_table(std::uint32_t index) noexcept { return hash_TZ_by_id(index); }
 /** Get a built-in hash table by name: "tz_0", "tz_1". */
 inline const vrx_tz *hash_table(const char *name) noexcept { return hash_TZ_by_name(name); }
