@@ -173,7 +173,7 @@ def per_machine(machines, make):
 
 
 def summary(machines):
-    """The summary in the README: the range of speed-ups over the fastest peer."""
+    """Returns the summary for the README: the range of speed-ups over the fastest peer."""
     groups = {"parallel": "ECB, counter mode, decryption in CBC and CFB (64 KiB)",
               "chained": "encryption in CBC and CFB, MAC (64 KiB)", "hash": "hash, HMAC, PBKDF2",
               "sign": "signing", "verify": "verification", "sha1": "SHA-1"}
@@ -189,8 +189,8 @@ def summary(machines):
             peers = ", ".join(dict.fromkeys(peer for _, peer in sorted(speeds)))
             row.append(f"{number(low[0])} to {number(high[0])} ({peers})")
         rows.append(row)
-    return ("Speed-up of libvrx over the fastest of libgcrypt, nettle, GnuTLS, Botan, Crypto++ and OpenSSL with its "
-            "GOST\nengine. The fastest peers are in brackets:\n\n"
+    return ("This table shows the speed-up of libvrx over the fastest of libgcrypt, nettle, GnuTLS, Botan, Crypto++ and "
+            "OpenSSL\nwith its GOST engine. The fastest peers are in brackets:\n\n"
             + table(["Work", *[machine.name for machine in machines]], rows))
 
 
