@@ -6,7 +6,7 @@
 
 namespace vrx::ecc {
 
-/** (u d mod q) Q */
+/** Returns (u d mod q) Q. */
 template <typename Domain>
 std::optional<EcPoint> shared_point(const Domain& domain, const Number& u, const Number& d, const EcPoint& public_key) {
     const auto t = domain.remainder(d) * domain.remainder(u);

@@ -89,7 +89,7 @@ constexpr void assign(std::uint32_t* digits, const char* decimal) {
     for (unsigned i = 0; i < digit_count; ++i) digits[i] = n.digits[i];
 }
 
-/** A parameter record. Without a table, pp is all zeros. */
+/** Makes a parameter record. If the set has no table, pp is all zeros. */
 constexpr EcParamSet record(const DecimalSet& decimal, const std::uint8_t* oid, const char* str_oid,
                             const Table* table = nullptr) {
     EcParamSet set{};

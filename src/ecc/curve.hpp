@@ -22,7 +22,9 @@ struct DecimalSet {
 
 std::span<const DecimalSet, VRX_ECC_SET_COUNT> decimal_sets();
 
-/** The original built-in set of a curve, without identifiers. cp_ecc_par is writable, this is not. */
+/**
+ * Returns the original built-in set of a curve, without identifiers. Unlike cp_ecc_par, this record is not writable.
+ */
 const EcParamSet& original_set(field::CurveId curve);
 
 /** True if y^2 = (x^2 + a) x + b modulo p. */

@@ -4,15 +4,15 @@
 //     Builtin<Curve>  built-in sets: words and the engines of field/, constant-time except for names with _vartime
 //     General         any parameter record: residues of digits, used as they are
 //
-// Builtin accepts only
+// Builtin accepts only these inputs:
 //
 //     set      a, b, p, q, G and has_precomp, and pp if that is 1, equal those of a built-in set byte for byte
 //     point    x and y are below p and on the curve
 //     scalar   1 <= k < q
 //
 // For these its results equal those of General digit for digit: p is prime, G has the prime order q with cofactor 1,
-// and no operand is infinite. For any other input its operations return nullopt. The algorithm passes that on to
-// with_domain(), which then runs it in General, where no operation returns nullopt.
+// and no operand is infinite. For any other input its operations return nullopt. The algorithm then returns nullopt to
+// with_domain(), which runs the algorithm again in General. There, no operation returns nullopt.
 //
 // Callers erase the temporaries on the stack; see depth::curves.
 #ifndef VRX_ECC_DOMAIN_HPP
@@ -28,7 +28,7 @@
 
 namespace vrx::ecc {
 
-/** |n|, for a signed n. Constant-time. */
+/** Returns |n| for a signed n, in constant time. */
 inline Number magnitude(const Number& n) {
     Number r;
     mpAbs(r.digits, n.digits, digit_count);
@@ -132,7 +132,7 @@ public:
     [[nodiscard]] static constexpr bool has_table() { return Curve::a == -3; }
     [[nodiscard]] static const EcPoint& base_point() { return original_set(Curve::id).G; }
 
-    /** k as a scalar, or nullopt if it is not from 1 to q - 1. Declassifies whether it is. */
+    /** Returns k as a scalar, or nullopt if k is not from 1 to q - 1. Declassifies whether k is in this range. */
     [[nodiscard]] std::optional<Scalar> scalar(const Number& k) const {
         const field::Nine n = to_nine(k);
         field::Words difference{};
@@ -142,7 +142,7 @@ public:
         return Scalar(n.low);
     }
 
-    /** r of a signature, or nullopt if no x modulo q equals it. For public numbers. */
+    /** Returns r of a signature as a scalar, or nullopt if no x modulo q can equal r. For public numbers. */
     [[nodiscard]] std::optional<Scalar> signature_r(const Number& r) const { return scalar(r); }
 
     /** k G from the table of the set. */
@@ -151,14 +151,14 @@ public:
         return base_multiple(k);
     }
 
-    /** k P by formulas for a = p - 3. Not constant-time in P. */
+    /** Computes k P with formulas for a = p - 3. The running time depends on P. */
     [[nodiscard]] std::optional<Point> jacobian_multiple(const EcPoint& p, const Scalar& k) const {
         // Deliberate: without a table, a is not p - 3, and these formulas do not yield a multiple of P.
         if (!has_table()) return std::nullopt;
         return multiple(p, k);
     }
 
-    /** k P by formulas for any a. Not constant-time in P. */
+    /** Computes k P with formulas for any a. The running time depends on P. */
     [[nodiscard]] std::optional<Point> affine_multiple(const EcPoint& p, const Scalar& k) const {
         return multiple(p, k);
     }
@@ -212,7 +212,9 @@ public:
     /** Any number, unreduced. */
     [[nodiscard]] std::optional<Scalar> scalar(const Number& k) const { return remainder(k); }
 
-    /** r of a signature, or nullopt if it is 0. Accepts r >= q, which never equals a reduced number. */
+    /**
+     * Returns r of a signature as a scalar, or nullopt if r is 0. Accepts r >= q, although no reduced number equals it.
+     */
     [[nodiscard]] std::optional<Scalar> signature_r(const Number& r) const {
         if (is_zero(r)) return std::nullopt;
         return remainder(r);
@@ -259,13 +261,13 @@ std::optional<typename Domain::Point> affine_multiple(const Domain& domain, cons
     return domain.affine_multiple(p, *scalar);
 }
 
-/** k G by the method that suits the set. */
+/** Computes k G with the table of the set if it has one, otherwise with the formulas for any curve. */
 template <typename Domain>
 std::optional<typename Domain::Point> base_multiple(const Domain& domain, const Number& k) {
     return domain.has_table() ? table_multiple(domain, k) : affine_multiple(domain, domain.base_point(), k);
 }
 
-/** k P by the method that suits the set. */
+/** Computes k P with the formulas for a = p - 3 if the set has a table, otherwise with the formulas for any curve. */
 template <typename Domain>
 std::optional<typename Domain::Point> point_multiple(const Domain& domain, const EcPoint& p, const Number& k) {
     return domain.has_table() ? jacobian_multiple(domain, p, k) : affine_multiple(domain, p, k);
@@ -277,7 +279,10 @@ std::optional<field::CurveId> builtin_curve(const EcParamSet& set);
 /** The built-in curve of order q. */
 std::optional<field::CurveId> builtin_curve_of_order(const std::uint32_t* q);
 
-/** The result of algorithm(domain) in the built-in domain of the set, or else in General. */
+/**
+ * Returns algorithm(domain) for the built-in domain of the set, or for General if the built-in domain does not accept
+ * the input.
+ */
 template <typename Algorithm>
 auto with_domain(const EcParamSet& set, const Algorithm& algorithm) {
     if (const auto curve = builtin_curve(set))
@@ -286,7 +291,7 @@ auto with_domain(const EcParamSet& set, const Algorithm& algorithm) {
     return *algorithm(General(set));
 }
 
-/** The result of algorithm(order), for algorithms that only need numbers modulo q. */
+/** Returns algorithm(order). For algorithms that need only numbers modulo q. */
 template <typename Algorithm>
 auto with_order(const std::uint32_t* q, const Algorithm& algorithm) {
     if (const auto curve = builtin_curve_of_order(q))

@@ -8,10 +8,11 @@
 namespace vrx::ecc {
 
 /**
- * The sum of k_m T(m), where k_m is the m-th hexadecimal digit of k. This is k G if T(m) = 16^m G.
+ * Returns the sum of k_m T(m), where k_m is hexadecimal digit m of k. The sum is k G if T(m) = 16^m G.
  *
- * For v = 15, 14, ..., 1, B is the sum of the T(m) with k_m >= v, and A is the sum of these B, so it adds each T(m) k_m
- * times. For k below the order of G, B and A are different multiples of G, unless A holds only the previous B.
+ * The loop runs over v = 15, 14, ..., 1. B is the sum of the T(m) with k_m >= v. A is the sum of these B, so each T(m)
+ * is added to A exactly k_m times. For k below the order of G, B and A are different multiples of G, unless A holds
+ * only the previous B.
  *
  * @param table  m -> T(m), an affine point.
  */
@@ -29,7 +30,7 @@ constexpr Jacobian<F> multiple_by_table(const Number& k, const Table& table) {
     return a;
 }
 
-/** k P on y^2 = x^3 - 3x + b, left to right. The point at infinity for k = 0. */
+/** Returns k P on y^2 = x^3 - 3x + b, computed from left to right. Returns the point at infinity for k = 0. */
 template <Field F>
 constexpr Jacobian<F> multiple_from_top(const Affine<F>& p, const Number& k) {
     Jacobian<F> r = infinity(p.x);
@@ -40,7 +41,7 @@ constexpr Jacobian<F> multiple_from_top(const Affine<F>& p, const Number& k) {
     return r;
 }
 
-/** k P on y^2 = x^3 + a x + b, right to left. */
+/** Returns k P on y^2 = x^3 + a x + b, computed from right to left. */
 template <Field F>
 constexpr Affine<F> multiple_from_bottom(const Affine<F>& p, Number k, const F& a) {
     Affine<F> r{a.small(0), a.small(0)};

@@ -11,7 +11,7 @@ using namespace vrx::ecc;
 
 namespace {
 
-/** r = the result of multiple(domain) in the domain of a set. Erases all other traces of the scalar. */
+/** Sets r to the result of multiple(domain) in the domain of a set. Erases all other traces of the scalar. */
 template <typename Multiple>
 void multiple_in_domain(EcPoint& r, const EcParamSet& set, const Multiple& multiple) {
     vrx::secret_work<vrx::depth::curves>(
@@ -33,7 +33,7 @@ int epMultJ(EcPoint* R, const EcPoint* P, const std::uint32_t* k, const EcParamS
 
 int epMult(EcPoint* R, const EcPoint* P, const std::uint32_t* k, const EcParamSet* set) {
     if (R == nullptr || P == nullptr || k == nullptr || set == nullptr) {
-        // Deliberate: on standard output, not in the log.
+        // Deliberate: the message goes to standard output, not to the log.
         std::printf("epMult: bad arguments\n");
         return VRX_ERR_FAILED;
     }

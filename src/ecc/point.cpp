@@ -15,7 +15,7 @@ void store(EcPointJ* record, const Jacobian<Residue>& p) {
     store(record->z, p.z.number());
 }
 
-/** body(), with nothing left of the points, which may be secret. */
+/** Returns body(), and erases all traces of the points, which may be secret. */
 template <typename Body>
 auto traceless(Body body) {
     return vrx::secret_work<vrx::depth::points>(body);

@@ -41,7 +41,7 @@ struct Jacobian {
     [[nodiscard]] constexpr bool is_infinite() const { return x.is_zero() && y.is_zero(); }
 };
 
-/** The point at infinity, over the field of an element. */
+/** Returns the point at infinity over the field of an element. */
 template <Field F>
 constexpr Jacobian<F> infinity(const F& of) {
     return {of.small(0), of.small(0), of.small(0)};
@@ -52,7 +52,7 @@ constexpr Jacobian<F> to_jacobian(const Affine<F>& p) {
     return {p.x, p.y, p.x.small(1)};
 }
 
-/** The affine point, or (0, 0) if z has no inverse. */
+/** Returns the affine point, or (0, 0) if z has no inverse. */
 template <Field F>
 constexpr Affine<F> to_affine(const Jacobian<F>& p) {
     const F w = p.z.inverse();
@@ -79,7 +79,7 @@ constexpr Jacobian<F> twice(const Jacobian<F>& p) {
 /**
  * The sum of two points with a common Z, (U1, S1) and (U1 + H, S1 + r). z is that Z.
  *     X' = r^2 - H^3 - 2 U1 H^2    Y' = r (U1 H^2 - X') - S1 H^3
- * Deliberate: does not handle equal x (H = 0) separately.
+ * Deliberate: the function does not treat equal x-coordinates (H = 0) as a special case.
  */
 template <Field F>
 constexpr Jacobian<F> chord(const F& u1, const F& s1, const F& h, const F& r, const F& z) {
@@ -90,7 +90,7 @@ constexpr Jacobian<F> chord(const F& u1, const F& s1, const F& h, const F& r, co
     return {x, r * (v - x) - s1 * hhh, z * h};
 }
 
-/** P + Q for P other than Q and -Q, and Q not infinite. */
+/** Returns P + Q. P must not be Q or -Q, and Q must not be the point at infinity. */
 template <Field F>
 constexpr Jacobian<F> sum(const Jacobian<F>& p, const Affine<F>& q) {
     if (p.is_infinite()) return to_jacobian(q);
@@ -98,7 +98,7 @@ constexpr Jacobian<F> sum(const Jacobian<F>& p, const Affine<F>& q) {
     return chord(p.x, p.y, q.x * zz - p.x, q.y * (zz * p.z) - p.y, p.z);
 }
 
-/** P + Q for P other than Q and -Q. */
+/** Returns P + Q. P must not be Q or -Q. */
 template <Field F>
 constexpr Jacobian<F> sum(const Jacobian<F>& p, const Jacobian<F>& q) {
     if (p.is_infinite()) return q;
@@ -110,7 +110,7 @@ constexpr Jacobian<F> sum(const Jacobian<F>& p, const Jacobian<F>& q) {
     return chord(u1, s1, q.x * zz1 - u1, q.y * (zz1 * p.z) - s1, p.z * q.z);
 }
 
-/** P + Q on y^2 = x^3 + a x + b. Deliberate: compares the representations of x1 and x2. */
+/** Returns P + Q on y^2 = x^3 + a x + b. Deliberate: compares the representations of x1 and x2. */
 template <Field F>
 constexpr Affine<F> sum(const Affine<F>& p, const Affine<F>& q, const F& a) {
     if (q.is_infinite()) return p;

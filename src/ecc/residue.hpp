@@ -31,7 +31,7 @@ inline void store(std::uint32_t* digits, const Number& n) { std::memcpy(digits, 
 
 inline constexpr std::uint32_t octet_count = 32;  // length of a number in a key or a signature
 
-/** Stores the octets of a number, least significant first: its low digits as in memory. */
+/** Stores the octets of a number, least significant first. This is the memory layout of its low digits. */
 inline void store_octets(std::uint8_t* octets, const std::uint32_t* digits) {
     std::memcpy(octets, digits, octet_count);
 }
@@ -47,8 +47,9 @@ inline bool is_zero(const Number& n) { return mpIsZero(n.digits, digit_count) !=
 constexpr unsigned bit(const Number& n, unsigned i) { return n.digits[i / digit_bits] >> i % digit_bits & 1; }
 
 /**
- * A number, not necessarily reduced, and its modulus, which must outlive the residue. Sums, differences and products
- * are reduced, and defined for moduli below 2^287. is_zero() and == look at the digits, reduced or not.
+ * A number and its modulus. The number need not be reduced, and the modulus must outlive the residue. Sums, differences
+ * and products are reduced, and are defined for moduli below 2^287. is_zero() and == look at the digits, even if the
+ * number is not reduced.
  */
 class Residue {
 public:
@@ -68,10 +69,10 @@ public:
         return r;
     }
 
-    /** The inverse, for public numbers; 0 if there is none. */
+    /** Returns the inverse of a public number, or 0 if there is none. */
     [[nodiscard]] Residue inverse_vartime() const { return inverse(); }
 
-    /** The inverse; 0 if there is none. */
+    /** Returns the inverse, or 0 if there is none. */
     [[nodiscard]] Residue inverse() const {
         Residue r = *this;
         mpModInv(r.number_.digits, number_.digits, modulus_, digit_count);
@@ -79,8 +80,8 @@ public:
     }
 
     /**
-     * u - v, reduced. Subtracts the digits first, as signed numbers, and then reduces the absolute value w. A negative
-     * difference yields the modulus minus the reduced w.
+     * Returns u - v, reduced. The function first subtracts the digits as signed numbers, and then reduces the absolute
+     * value w of the difference. If the difference is negative, the result is the modulus minus the reduced w.
      */
     friend Residue signed_difference(const Residue& u, const Residue& v) {
         Residue r = u;
@@ -98,7 +99,7 @@ public:
     friend Residue sum_of_products(const Residue& a, const Residue& b, const Residue& u, const Residue& v) {
         return a * b + u * v;
     }
-    /** a or b, by a branch. */
+    /** Returns a or b. The choice is a branch, so it is not constant-time. */
     friend Residue conditional_move(bool a_is_wanted, const Residue& a, const Residue& b) {
         return a_is_wanted ? a : b;
     }

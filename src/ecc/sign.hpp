@@ -7,7 +7,7 @@
 
 namespace vrx::ecc {
 
-/** The digest as a number modulo q, or 1 if that is 0. */
+/** Returns the digest as a number modulo q, or 1 if that number is 0. */
 template <typename Domain>
 typename Domain::Scalar digest_number(const Domain& domain, const std::uint32_t* digest) {
     Number n{};
@@ -34,7 +34,10 @@ std::optional<EcSignature> sign(const Domain& domain, const std::uint32_t* diges
     return sig;
 }
 
-/** True if x(z1 G + z2 Q) mod q = r for z1 = s / e and z2 = -r / e. s may be q or more, but r must be below q. */
+/**
+ * True if x(z1 G + z2 Q) mod q = r for z1 = s / e and z2 = -r / e. s may be greater than or equal to q, but r must be
+ * below q.
+ */
 template <typename Domain>
 std::optional<bool> verify(const Domain& domain, const std::uint32_t* digest, const EcPoint& public_key,
                            const EcSignature& sig) {

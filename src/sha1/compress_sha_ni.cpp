@@ -14,7 +14,7 @@ struct Working {
     __m128i w[4];    // the last four groups of the schedule
 };
 
-/** Group g and those after it. */
+/** Performs the steps of group g and of all later groups. */
 template <int g>
 [[gnu::always_inline]] inline void groups(Working& x, __m128i e) {
     __m128i& w = x.w[g % 4];

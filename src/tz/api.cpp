@@ -12,7 +12,9 @@ namespace {
 
 namespace log = vrx::log;
 
-/** The value of one character of a TZ string. Deliberate: anything but a digit counts as a capital letter. */
+/**
+ * The value of one character of a TZ string. Deliberate: every character except a digit is read as a capital letter.
+ */
 unsigned nibble(char c) {
     const int code = static_cast<unsigned char>(c);
     return static_cast<unsigned>(std::isdigit(code) != 0 ? c - '0' : c - 55);

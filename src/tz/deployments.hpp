@@ -10,9 +10,9 @@
 
 namespace vrx::tz {
 
-// A row is the sixteen entries of a table with the same input to the odd S-box: the entries of the even S-box, each
-// ORed with the one entry of the odd one. A row therefore costs an OR with a repeated word. Deploying stores the rows,
-// and recovering compares them.
+// A row is the sixteen entries of a table that share one input to the odd S-box. Each entry is an entry of the even
+// S-box, ORed with the same entry of the odd S-box. A row therefore costs one OR with a repeated word. Deploying stores
+// the rows, and recovering compares them.
 
 /** deploy() of deploy.hpp. Cost: 64 times an OR and a store of 64 bytes. */
 void deploy_avx512(Numeric num, vrx_tz& out) noexcept;

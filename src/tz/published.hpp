@@ -10,7 +10,7 @@
 
 namespace vrx::tz {
 
-/** Eight S-boxes K1 to K8, each the sixteen outputs for the inputs 0 to 15. */
+/** Eight S-boxes, K1 to K8. Each text holds the sixteen outputs for the inputs 0 to 15. */
 using Published = std::array<std::string_view, 8>;
 
 constexpr unsigned output(std::string_view sbox, unsigned input) {

@@ -59,7 +59,7 @@ struct Tables {
 class Claim {
 public:
     [[gnu::always_inline]] explicit Claim(const vrx_tz& table) : table_(table) {
-        // In two halves, for a shorter dependency chain of merges.
+        // Two halves keep the dependency chain of the merges short.
         __m512i diagonal[4][2] = {};
 #pragma GCC unroll 8
         for (unsigned i = 0; i < 8; ++i)

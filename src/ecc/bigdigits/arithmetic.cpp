@@ -18,7 +18,7 @@ constexpr unsigned digit_bits = 32;
 constexpr Digit low_digit(Word x) { return static_cast<Digit>(x); }
 constexpr Digit high_digit(Word x) { return static_cast<Digit>(x >> digit_bits); }
 
-/** w = u + v, two digits at a time. Returns the carry. */
+/** Computes w = u + v, two digits at a time. Returns the carry. */
 Word sum(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
     Word carry = 0;
     std::uint64_t i = 0;
@@ -35,7 +35,7 @@ Word sum(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
     return carry;
 }
 
-/** w = u - v, two digits at a time. Returns the borrow. */
+/** Computes w = u - v, two digits at a time. Returns the borrow. */
 Word difference(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
     Word borrow = 0;
     std::uint64_t i = 0;
@@ -60,12 +60,12 @@ constexpr Digit funnel(Digit hi, Digit lo, unsigned shift) {
     return high_digit((Word{hi} << digit_bits | lo) << shift);
 }
 
-/** remainder = u mod d, and optionally q = u / d. q may be u. */
+/** Computes u mod d, and optionally the quotient q = floor(u / d). q may be u. */
 template <bool with_quotient>
 [[gnu::noinline]] void short_division(Word* remainder, Digit* q, const Digit* u, Digit d, std::uint64_t n) {
     *remainder = 0;
     if (d == 0 || n == 0) return;
-    // The divisor is normalised by `shift`, and the dividend is shifted, too. The quotient is the same.
+    // Shifts divisor and dividend left until the top bit of the divisor is set. The quotient stays the same.
     const auto shift = static_cast<unsigned>(std::countl_zero(Word{d}));
     const Word divisor = Word{d} << shift;
     const Word inverse = reciprocal(divisor);
@@ -87,7 +87,7 @@ template <bool with_quotient>
     *remainder = rest >> shift;
 }
 
-/** The same, and erases all copies of the remainder and of d, including `d` in the caller's frame. */
+/** Does the same, and then erases all copies of the remainder and of d, including `d` in the caller's frame. */
 template <bool with_quotient>
 Digit short_remainder(Digit* q, const Digit* u, Digit& d, std::uint64_t n) {
     Workspace<1> space;

@@ -1,5 +1,5 @@
-// Products and squares of fixed-size numbers, column by column. They work on digits in place and leave no copies to
-// wipe.
+// Products and squares of fixed-size numbers, column by column. The functions work on digits in place, so they leave no
+// copies to wipe.
 #ifndef VRX_ECC_BIGDIGITS_COLUMNS_HPP
 #define VRX_ECC_BIGDIGITS_COLUMNS_HPP
 
@@ -46,7 +46,7 @@ struct Fixed {
 constexpr std::size_t first(std::size_t k, std::size_t n) { return k < n ? 0 : k - n + 1; }
 constexpr std::size_t height(std::size_t k, std::size_t n) { return k < n ? k + 1 : 2 * n - 1 - k; }
 
-/** w = u v. w must not overlap u or v. */
+/** Computes w = u v. w must not overlap u or v. */
 template <std::size_t ndigits>
 void product(Digit* w, Fixed<ndigits> u, Fixed<ndigits> v) {
     constexpr std::size_t n = u.n;
@@ -59,7 +59,7 @@ void product(Digit* w, Fixed<ndigits> u, Fixed<ndigits> v) {
     });
 }
 
-/** w = u^2. w must not overlap u. Equal products of a column are computed once and added twice. */
+/** Computes w = u^2. w must not overlap u. Equal products of a column are computed once and added twice. */
 template <std::size_t ndigits>
 void square(Digit* w, Fixed<ndigits> u) {
     constexpr std::size_t n = u.n;

@@ -17,7 +17,9 @@ constexpr unsigned chunk_digits = 19;
 constexpr Word chunk = 10'000'000'000'000'000'000u;
 static_assert(std::countl_zero(chunk) == 0);
 
-/** A byte count as the octet conversions read it: counts from 2^31 on are negative and convert nothing. */
+/**
+ * Returns a byte count as the octet conversions read it. A count of 2^31 or more is read as negative, so it becomes 0.
+ */
 constexpr std::uint32_t positive(std::uint32_t nbytes) { return nbytes >> 31 != 0 ? 0 : nbytes; }
 
 /** The bytes reserved for a number of characters, rounded up. */
@@ -162,7 +164,7 @@ std::uint64_t mpConvFromDecimal(std::uint32_t* a, std::uint64_t ndigits, const c
         }
     }
     multiply_and_add(a, written, scale, value);
-    // Deliberate: drops a carry out of the bytes reserved for the text.
+    // Deliberate: drops any carry beyond the bytes that are reserved for the text.
     if (nbytes < 4 * written) mpModPowerOf2(a, written, std::uint64_t{8} * nbytes);
     return written;
 }

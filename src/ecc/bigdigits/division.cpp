@@ -85,15 +85,15 @@ void divide_by_word_step(Word* u, const Divisor& d) {
 }
 
 /**
- * `block` steps at once, for n > block: estimates the quotient from the top words of the divisor, then subtracts the
- * quotient times the rest of the divisor. Replaces u[0..n + block - 1], where the n words u[block..] are below d, by
- * the n words of the remainder and `block` words of the quotient.
+ * Performs `block` steps at once, for n > block. Estimates the quotient from the top words of the divisor, then
+ * subtracts the quotient times the rest of the divisor. Replaces u[0..n + block - 1], where the n words u[block..] are
+ * below d, by the n words of the remainder and `block` words of the quotient.
  */
 [[gnu::noinline]] void divide_block(Word* u, const Divisor& d) {
     const std::size_t rest = d.count - block;
     const Divisor top{d.words + rest, block, d.inverse};
     Word* quotient = u + d.count;
-    // If the top words are equal, the estimate does not fit.
+    // If the top words are equal, the estimate does not fit in `block` words.
     if (compare(quotient, top.words, block) >= 0) [[unlikely]]
         return divide_steps(u, block, d);
     divide_steps(u + rest, block, top);
@@ -106,7 +106,7 @@ void divide_by_word_step(Word* u, const Divisor& d) {
     }
 }
 
-/** The minimum number of divisor words for which blocks are faster. */
+/** The smallest number of divisor words for which division in blocks is faster. */
 constexpr std::size_t least_for_blocks = 2 * block;
 
 }  // namespace

@@ -59,7 +59,10 @@ Divisor make_divisor(Word* room, const Word* v, std::size_t n);
  */
 void divide(Word* u, std::size_t m, const Divisor& d);
 
-/** The same for u already shifted by d.shift, of m + 1 words, and n <= m. The remainder is not shifted. */
+/**
+ * Does the same for a number u of m + 1 words that is already shifted by d.shift, and n <= m. The remainder is not
+ * shifted.
+ */
 void divide_shifted(Word* u, std::size_t m, const Divisor& d);
 
 }  // namespace vrx::bigdigits

@@ -28,12 +28,15 @@ struct Steps {
     [[nodiscard]] bool any() const { return b != 0; }
 };
 
-/** The steps that are certain from the leading bits x >= y of two numbers, rounded down. x is below 2^126. */
+/**
+ * Returns the steps that the leading bits of two numbers determine. x >= y are these leading bits, rounded down. x is
+ * below 2^126.
+ */
 inline Steps leading_steps(DoubleWord x, DoubleWord y) {
     Steps s;
     // While y is above 2^64, and x began below 2^126, all of a to d stay below 2^62.
     while (high(y) != 0) {
-        // The true quotient lies between these two, whatever the bits cut off.
+        // The true quotient lies between these two, whatever the discarded bits are.
         const DoubleWord one = s.odd ? x - s.a : x + s.a;
         const DoubleWord one_by = s.odd ? y + s.c : y - s.c;
         const DoubleWord other = s.odd ? x + s.b : x - s.b;
@@ -51,7 +54,7 @@ inline Steps leading_steps(DoubleWord x, DoubleWord y) {
     return s;
 }
 
-/** All steps on x >= y, until y = 0 and x is the greatest common divisor. */
+/** Performs all steps on x >= y, until y = 0 and x is the greatest common divisor. */
 inline Steps all_steps(Word& x, Word& y) {
     Steps s;
     while (y != 0) {

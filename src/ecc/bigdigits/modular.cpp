@@ -160,7 +160,8 @@ bool inverse_by_euclid(Word* inv, Word* u, const Word* m, std::size_t n, Inverse
             const std::size_t length = significant(yc, n);
             const std::size_t rows = length == 0 ? 0 : significant(quotient, count);
             for (std::size_t i = 0; i < rows; ++i) {
-                // xc is no longer than yc, so this word is still 0. A sum of at most m does not carry out of n words.
+                // xc has no more words than yc, so this word is still 0. The sum is at most m, so it does not carry out
+                // of n words.
                 const Word carry = multiply_add(xc + i, yc, length, quotient[i]);
                 if (i + length < n) xc[i + length] = carry;
             }

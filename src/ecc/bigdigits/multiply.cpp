@@ -5,7 +5,8 @@ namespace vrx::bigdigits {
 namespace {
 
 /**
- * Calls f(Index<rows>) with the number of rows of the first block. It has the rows that do not fill a block, if any.
+ * Calls f(Index<rows>) with the number of rows of the first block. If the rows do not fill whole blocks, the first
+ * block has the rows that are left over.
  */
 template <typename F>
 void with_first_rows(std::size_t n, F f) {
@@ -22,8 +23,8 @@ void with_first_rows(std::size_t n, F f) {
 }
 
 /**
- * w = w + the products u[i] u[j] for i < j and i < rows. Words from w[n] on count as 0 and are written. For the first
- * block, all of w counts as 0.
+ * w = w + the products u[i] u[j] for i < j and i < rows. The words from w[n] on are read as 0 and are written. For the
+ * first block, all of w is read as 0.
  */
 template <std::size_t rows, bool is_first>
 void add_triangle(Word* w, const Word* u, std::size_t n) {

@@ -26,9 +26,11 @@ template <std::size_t n, typename F>
     (std::make_index_sequence<n>{});
 }
 
-/** addend + u x + carry, at most 2^128 - 1. The low word replaces the addend, the high word the carry. */
+/**
+ * Computes addend + u x + carry, which is at most 2^128 - 1. The low word replaces the addend, the high word the carry.
+ */
 inline void multiply_step(Word u, Word x, Word& addend, Word& carry) {
-    // In assembly: with C++ on DoubleWord, g++ needs a third more time.
+    // Uses assembly, because g++ code for C++ on DoubleWord takes a third longer.
     Word lo = u;
     Word hi;
     asm("mulq %[x]\n\t"
@@ -54,7 +56,7 @@ inline Word multiply_add(Word* w, const Word* u, std::size_t n, Word x) {
 inline Word multiply_subtract(Word* w, const Word* u, std::size_t n, Word x) {
     Word borrow = 0;
     for (std::size_t i = 0; i < n; ++i) {
-        // w - u x = ~(~w + u x): a carry is cheaper than a borrow.
+        // Uses w - u x = ~(~w + u x), because a carry is cheaper than a borrow.
         Word t = ~w[i];
         multiply_step(u[i], x, t, borrow);
         w[i] = ~t;
@@ -90,7 +92,7 @@ public:
         carry_[active - 1] = carry;
         return w;
     }
-    /** The carries after the last word of u: stores them, or subtracts them and returns the borrow. */
+    /** Handles the carries after the last word of u: stores them, or subtracts them and returns the borrow. */
     void finish(Word* w) const {
         unrolled<rows>([&](auto r) __attribute__((always_inline)) { w[r] = carry_[r]; });
     }

@@ -85,7 +85,10 @@ auto without_trace(F f) {
     return secret_work<depth>(f);
 }
 
-/** Returns f(), whose temporaries are registers in code optimised for speed. In other code they are erased. */
+/**
+ * Returns f(). In code optimised for speed, the temporaries of f are in registers. In other code, the function erases
+ * the temporaries.
+ */
 template <typename F>
 auto in_registers(F f) {
 #if defined(__OPTIMIZE__) && !defined(__OPTIMIZE_SIZE__)
@@ -136,7 +139,7 @@ inline void copy(Word* w, const Word* u, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) w[i] = u[i];
 }
 
-/** -1, 0 or 1 as u is less than, equal to or greater than v. */
+/** Returns -1 if u < v, 0 if u = v, and 1 if u > v. */
 inline int compare(const Word* u, const Word* v, std::size_t n) {
     while (n-- != 0)
         if (u[n] != v[n]) return u[n] < v[n] ? -1 : 1;

@@ -1,5 +1,6 @@
 // Word operations with BMI2, ADX and AVX2. A product uses MULX, which leaves the flags alone, and two independent carry
-// chains: ADCX in the carry flag, ADOX in the overflow flag. Compilers use one chain and take up to twice as long.
+// chains: ADCX in the carry flag, ADOX in the overflow flag. Compilers use only one chain, and their code takes up to
+// twice as long.
 #ifndef VRX_ECC_FIELD_ADX_WORDS_HPP
 #define VRX_ECC_FIELD_ADX_WORDS_HPP
 
@@ -7,7 +8,8 @@
 
 namespace vrx::field {
 
-// Steps of the assembly below. Their operands are the names of its registers and pointers. `at` is an offset in bytes.
+// Steps of the assembly below. The operands are the names of the registers and pointers in that assembly. `at` is an
+// offset in bytes.
 
 // Loads rdx, the factor of a row, with the word of a number at an offset.
 #define FACTOR(number, at) "movq " #at "(%[" #number "]), %%rdx\n\t"
@@ -105,7 +107,7 @@ struct AdxWords {
         return constant_time_lookup<32, Entry, count>(table, index);
     }
 
-    /** a b, row by row: a row adds one word of a times b. */
+    /** Computes a b, row by row. Each row adds the product of one word of a and b. */
     static WideWords multiply(const Words& a, const Words& b) {
         std::uint64_t r0, r1, r2, r3, r4, r5, r6, r7, low, high;
         asm(FIRST_ROW(r0, r1, r2, r3, r4)        // a[0] b
@@ -119,7 +121,10 @@ struct AdxWords {
         return {r0, r1, r2, r3, r4, r5, r6, r7};
     }
 
-    /** a^2: the products of different words, then one chain doubles them while the other adds the squares. */
+    /**
+     * Computes a^2. First adds up the products of different words. Then one chain doubles this sum while the other adds
+     * the squares.
+     */
     static WideWords square(const Words& a) {
         std::uint64_t r0, r1, r2, r3, r4, r5, r6, r7, low, high;
         asm(// a[0] times a[1], a[2] and a[3]
@@ -181,8 +186,8 @@ struct AdxWords {
     }
 
     /**
-     * The Montgomery product: four times a row of a b, then the multiple of m that clears the lowest word. After each
-     * round the sum is below b + m, so five words and a carry hold it.
+     * Computes the Montgomery product. Each of four rounds adds a row of a b, then the multiple of m that clears the
+     * lowest word. After each round the sum is below b + m, so five words and a carry hold it.
      */
     template <const Words& m, std::uint64_t inverse>
     static std::array<std::uint64_t, 5> montgomery(const Words& a, const Words& b) {

@@ -33,7 +33,10 @@ V lookup(const std::uint64_t (&round)[comb_entries][2][limb_count][lane_count], 
     return negative;
 }
 
-/** k G for 1 <= k < q, zz = 0 if not covered. Cost: 7 mixed additions in eight lanes, and 3 to add up the lanes. */
+/**
+ * Computes k G for 1 <= k < q. Sets zz to 0 if the formulas cannot handle k. Cost: 7 mixed additions in eight lanes,
+ * and 3 to add up the lanes.
+ */
 template <typename V, typename Curve>
 XyzzPoint comb_multiply(const Words& k) {
     using S = typename Curve::Field;
@@ -41,7 +44,7 @@ XyzzPoint comb_multiply(const Words& k) {
     std::uint64_t even = 0;
     const Words digits = halved(odd_one(k, Curve::q, even), 1);
     std::uint64_t chunks[lane_count];
-    // A barrier against a gather, as in packed().
+    // The barrier prevents a gather, as in packed().
     for (std::size_t i = 0; i < lane_count; ++i) chunks[i] = value_barrier(digits[i / 2]) >> 32 * (i % 2) & 0xFFFFFFFF;
     V left = V::load(chunks);
 

@@ -8,8 +8,8 @@
 namespace vrx::field {
 
 // For eight lanes: an odd k below 2^256 is the sum of d_i 16^i over 64 odd digits d_i from -15 to 15. They are
-// d_i = 2 n_i - 15, where n_i are the nibbles of k' = (k - 1) / 2 + 2^255. Lane l uses the digits 8l to 8l + 7, one a
-// round.
+// d_i = 2 n_i - 15, where n_i are the nibbles of k' = (k - 1) / 2 + 2^255. Lane l uses the digits 8l to 8l + 7, one in
+// each round.
 inline constexpr std::size_t comb_rounds = 8;
 inline constexpr std::size_t comb_entries = 8;
 

@@ -1,7 +1,7 @@
 // The engines for point multiplication on the four curves, and the choice of the fastest one for this CPU.
 //
-// Constant-time in scalars and points. Numbers are not in Montgomery form, k and z are from 1 to q - 1, and points are
-// on the curve. Engines do not erase the stack; their callers do (see depth::curves).
+// The engines are constant-time in scalars and points. Numbers are not in Montgomery form, k and z are from 1 to q - 1,
+// and points are on the curve. Engines do not erase the stack; their callers do (see depth::curves).
 #ifndef VRX_ECC_FIELD_ENGINE_HPP
 #define VRX_ECC_FIELD_ENGINE_HPP
 
@@ -12,10 +12,10 @@
 namespace vrx::field {
 
 struct Engine : cpu::EngineInfo {
-    /** r = k G. Returns false if the formulas do not cover k; r is then undefined. */
+    /** Computes r = k G. Returns false if the formulas cannot handle k; r is then undefined. */
     bool (*multiply_base)(CurveId curve, const Words& k, AffinePoint& r);
 
-    /** r = k Q. Returns false if the formulas do not cover k and Q; r is then undefined. */
+    /** Computes r = k Q. Returns false if the formulas cannot handle k and Q; r is then undefined. */
     bool (*multiply)(CurveId curve, const Words& k, const AffinePoint& q, AffinePoint& r);
 
     /** True if x(z1 G + z2 Q) mod q = r, for 0 < r < q. z1 may be 0. For public operands: not constant-time. */

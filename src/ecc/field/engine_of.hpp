@@ -7,7 +7,7 @@
 namespace vrx::field {
 
 /**
- * Methods provides, for every Curve:
+ * Builds an engine from the class Methods, which provides these functions for every Curve:
  *     base<Curve>(k)             k G as an XyzzPoint, zz = 0 if not covered
  *     point<Curve>(k, Q)         k Q as an XyzzPoint or a HomogeneousPoint, z = 0 if not covered
  *     public_point<Curve>(k, Q)  the same, not necessarily constant-time

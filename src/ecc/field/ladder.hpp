@@ -6,7 +6,8 @@
 //     D = X0 Z1 - X1 Z0
 //     sum:     X = 2 (X0 Z1 + X1 Z0)(X0 X1 + a Z0 Z1) + 4b (Z0 Z1)^2 - x D^2         Z = D^2
 //     double:  X = (X^2 - a Z^2)^2 - 8b X Z Z^2          Z = 4 X Z (X^2 + a Z^2) + 4b Z^4
-// Both also hold for infinity, (1 : 0), and for x = 0. The products of a step fit three batches of eight lanes.
+// Both formulas also hold for the point at infinity (1 : 0) and for x = 0. The products of a step fit in three batches
+// of eight lanes.
 #ifndef VRX_ECC_FIELD_LADDER_HPP
 #define VRX_ECC_FIELD_LADDER_HPP
 
@@ -24,7 +25,7 @@ Element<V> arranged(const Element<V>& a) {
     return r;
 }
 
-/** The lanes of b whose bits are set, and the other lanes of a. */
+/** Takes the lanes whose bits are set from b, and the other lanes from a. */
 template <unsigned bits, typename V>
 Element<V> blended(const Element<V>& a, const Element<V>& b) {
     Element<V> r;
@@ -33,7 +34,7 @@ Element<V> blended(const Element<V>& a, const Element<V>& b) {
     return r;
 }
 
-/** n a, limb by limb, for a small n of any sign. */
+/** Computes n a, limb by limb, for a small n of any sign. */
 template <int n, typename V>
 Element<V> times(const Element<V>& a) {
     if constexpr (n < 0) {

@@ -36,7 +36,7 @@ struct Pairs {
     }
 };
 
-/** a, or -a in the lanes whose mask is all ones. Limbs are signed, so the result is not a multiplicand. */
+/** Returns a, negated in the lanes whose mask is all ones. Limbs are signed, so the result is not a multiplicand. */
 template <typename V>
 Element<V> negated_where(const V& negative, const Element<V>& a) {
     Element<V> r;
@@ -67,7 +67,7 @@ LanePoints<V> chord(const Element<V>& u, const Element<V>& s, const Element<V>& 
     return sum;
 }
 
-/** P + (x, y), or P - (x, y) in the lanes whose mask is all ones. Cost: 10 multiplications. */
+/** Computes P - (x, y) in the lanes whose mask is all ones, and P + (x, y) in the others. Cost: 10 multiplications. */
 template <typename F, typename V>
 [[gnu::flatten]] LanePoints<V> plus_affine(const LanePoints<V>& p, const Element<V>& x, const Element<V>& y,
                                            const V& negative) {

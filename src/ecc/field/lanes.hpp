@@ -6,9 +6,9 @@
 // Bounds. A multiplicand is an element with every limb from 0 to 2^52 - 1 and a value below 2.1 p. mul() and sqr() take
 // and return multiplicands. Sums and differences work limb by limb, with signed limbs and without carries. carry()
 // converts any combination between -31 p and 31 p to a multiplicand. mul_loose() and sqr_loose() do not carry their
-// result. Its limbs are below 2^56, and above -2^53 for p = 2^255 + c, otherwise not negative. Its value is below 2.1
-// p, so sums may have up to eight such terms. A test runs this code over intervals and so checks the bounds for all
-// inputs.
+// result. The limbs of that result are below 2^56. They are above -2^53 for p = 2^255 + c, and otherwise not negative.
+// The value is below 2.1 p, so sums may have up to eight such terms. A test runs this code over intervals and so checks
+// the bounds for all inputs.
 #ifndef VRX_ECC_FIELD_LANES_HPP
 #define VRX_ECC_FIELD_LANES_HPP
 
@@ -158,8 +158,8 @@ struct LaneField<V, PseudoMersenneMinus<c>> {
 
 private:
     /**
-     * Replaces the bits from 2^256 on by c times them. The result is below 2^256, plus the excess of the other limbs
-     * over 52 bits. The last limb must be from 0 to 2^58.
+     * Replaces the part h 2^256 of the value by c h. The result is below 2^256, plus the excess of the other limbs over
+     * 52 bits. The last limb must be from 0 to 2^58.
      */
     static Element<V> fold(Element<V> a) {
         const V top = V::shift_right_signed(a.limb[4], 48);
@@ -200,8 +200,8 @@ struct LaneField<V, PseudoMersennePlus<c>> {
 
 private:
     /**
-     * Replaces the bits from 2^255 on by -c times them, and adds p to keep the value positive. The result is below
-     * 2^256, plus the excess of the other limbs over 52 bits. The last limb must be from 0 to 2^58.
+     * Replaces the part h 2^255 of the value by -c h, and adds p to keep the value positive. The result is below 2^256,
+     * plus the excess of the other limbs over 52 bits. The last limb must be from 0 to 2^58.
      */
     static Element<V> fold(Element<V> a) {
         const V top = V::shift_right_signed(a.limb[4], 47);

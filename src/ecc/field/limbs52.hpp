@@ -33,7 +33,10 @@ constexpr Limbs52 multiple(const Words& a, std::uint64_t n) {
     return r;
 }
 
-/** Conversion between a scalar element of the field S and its representation in a lane. By default the same number. */
+/**
+ * Conversion between a scalar element of the field S and its representation in a lane. By default, both are the same
+ * number.
+ */
 template <typename S>
 struct LaneForm {
     static constexpr Limbs52 to_lane(const Words& a) { return to_limbs52(a); }

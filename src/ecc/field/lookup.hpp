@@ -8,10 +8,10 @@
 
 namespace vrx::field {
 
-/** All ones if a = b, else zero. For words below 2^63. */
+/** Returns all ones if a = b, else zero. Both words must be below 2^63. */
 constexpr std::uint64_t equal_mask(std::uint64_t a, std::uint64_t b) { return mask(((a ^ b) - 1) >> 63); }
 
-/** A vector of words of a size in bytes. */
+/** A vector of words that has the given size in bytes. */
 template <std::size_t bytes>
 struct VectorOf {
     using Type [[gnu::vector_size(bytes)]] = std::uint64_t;

@@ -25,7 +25,7 @@ struct PlainWordsOf {
         return constant_time_lookup<16, Entry, entries>(table, index);
     }
 
-    /** a b, below N^2 for any a and b. */
+    /** Computes a b, which is below N^2 for any a and b. */
     static constexpr WideWords multiply(const Words& a, const Words& b) { return field::multiply(a, b); }
     static constexpr WideWords square(const Words& a) { return field::multiply(a, a); }
 
@@ -41,8 +41,8 @@ struct PlainWordsOf {
     }
 
     /**
-     * The Montgomery product (a b + u m) / N, with the u below N that makes the division exact. Below b + m for any a
-     * and b. inverse is -1 / m modulo B.
+     * The Montgomery product (a b + u m) / N, with the u below N that makes the division exact. The result is below b +
+     * m for any a and b. inverse is -1 / m modulo B.
      */
     template <const Words& m, Word inverse>
     static constexpr WordsOf<Word, count + 1> montgomery(const Words& a, const Words& b) {
@@ -89,7 +89,7 @@ struct PseudoMersenneMinus {
     }();
     static constexpr Words one = {1};
 
-    /** For any a and b. All results are below N. */
+    /** a and b may be any numbers below N. All results are below N. */
     static constexpr Words mul(const Words& a, const Words& b) { return reduce(P::multiply(a, b)); }
     static constexpr Words sqr(const Words& a) { return reduce(P::square(a)); }
 
@@ -109,7 +109,7 @@ struct PseudoMersenneMinus {
     }
 
     static constexpr Words to_montgomery(const Words& a) { return a; }
-    /** Below p, for any a: N is below 2p. */
+    /** The result is below p for any a, because N is below 2p. */
     static constexpr Words from_montgomery(const Words& a) { return reduce_once(a, modulus); }
 
 private:
@@ -153,7 +153,7 @@ struct PseudoMersennePlus {
     }();
     static constexpr Words one = {1};
 
-    /** For any a and b. All results are below N. */
+    /** a and b may be any numbers below N. All results are below N. */
     static constexpr Words mul(const Words& a, const Words& b) { return reduce(P::multiply(a, b)); }
     static constexpr Words sqr(const Words& a) { return reduce(P::square(a)); }
 
@@ -174,7 +174,7 @@ struct PseudoMersennePlus {
     }
 
     static constexpr Words to_montgomery(const Words& a) { return a; }
-    /** Below p, for any a: N is below 2p. */
+    /** The result is below p for any a, because N is below 2p. */
     static constexpr Words from_montgomery(const Words& a) { return reduce_once(a, modulus); }
 
 private:
@@ -224,7 +224,7 @@ struct Montgomery {
         return r;
     }();
 
-    /** Below m if a or b is. The other may be any number. */
+    /** The result is below m if a or b is below m. The other factor may be any number below N. */
     static constexpr Words mul(const Words& a, const Words& b) {
         const auto t = P::template montgomery<modulus, inverse>(a, b);
         Words low{};
@@ -235,14 +235,14 @@ struct Montgomery {
 
     static constexpr Words sqr(const Words& a) { return mul(a, a); }
 
-    /** Below m, for a and b below m. */
+    /** The result is below m for a and b below m. */
     static constexpr Words add(const Words& a, const Words& b) {
         Words r{};
         const Word carry = field::add(r, a, b);
         return less_modulus(r, carry);
     }
 
-    /** Below m, for a and b below m. */
+    /** The result is below m for a and b below m. */
     static constexpr Words sub(const Words& a, const Words& b) {
         Words r{};
         Words corrected{};
@@ -253,7 +253,7 @@ struct Montgomery {
 
     /** Any number below N, in Montgomery form. */
     static constexpr Words to_montgomery(const Words& a) { return mul(a, square_of_power); }
-    /** The number below m of any a. */
+    /** Converts any a to the number below m that it represents. */
     static constexpr Words from_montgomery(const Words& a) { return mul(a, {1}); }
 
 private:
@@ -271,7 +271,7 @@ private:
         return r;
     }();
 
-    /** The final subtraction for a + high N, below 2m. */
+    /** The final subtraction for the number a + high N, which is below 2m. */
     static constexpr Words less_modulus(const Words& a, Word high) {
         Words r{};
         const Word borrow = field::sub(r, a, m);

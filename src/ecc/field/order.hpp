@@ -19,7 +19,7 @@ template <typename Curve>
 struct Order {
     using S = Montgomery<Curve::q>;
 
-    /** n modulo q, for any n: n is below 2q. */
+    /** Reduces any n modulo q. One subtraction suffices, because n is below 2q. */
     static constexpr Words reduced(const Words& n) { return reduce_once(n, Curve::q); }
     /** n modulo q, for any n. */
     static constexpr Words reduced(const Nine& n) {
@@ -34,7 +34,7 @@ struct Order {
     }
     /** -a modulo q. */
     static constexpr Words negative(const Words& a) { return S::sub(Words{}, a); }
-    /** 1 / a, or 0 for 0: q is prime. */
+    /** Returns 1 / a, or 0 if a is 0. Every other a has an inverse, because q is prime. */
     static constexpr Words inverse_vartime(const Words& a) {
         constexpr OddModulus modulus(Curve::q);
         return field::inverse_vartime(a, modulus);

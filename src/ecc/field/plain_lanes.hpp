@@ -82,14 +82,14 @@ struct PlainLanes {
         return {{a.lane[from]...}};
     }
 
-    /** The same for indices in a vector, modulo 8. The indices are public. */
+    /** Does the same with indices from a vector, taken modulo 8. The indices are public. */
     static PlainLanes taken(const PlainLanes& a, const PlainLanes& from) {
         PlainLanes r;
         for (std::size_t i = 0; i < 8; ++i) r.lane[i] = a.lane[from.lane[i] & 7];
         return r;
     }
 
-    /** The lanes of b whose bits are set, and the other lanes of a. */
+    /** Takes the lanes whose bits are set from b, and the other lanes from a. */
     template <unsigned bits>
     static PlainLanes blended(const PlainLanes& a, const PlainLanes& b) {
         PlainLanes r;
@@ -97,7 +97,7 @@ struct PlainLanes {
         return r;
     }
 
-    /** Conditional move: the words at `from` in lanes whose index is `wanted`, else a. */
+    /** Conditional move: takes the words at `from` in the lanes whose index is `wanted`, and a in the other lanes. */
     static PlainLanes conditional_move(const PlainLanes& a, const PlainLanes& index, std::uint64_t wanted,
                                        const std::uint64_t* from) {
         PlainLanes r;

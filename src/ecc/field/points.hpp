@@ -16,12 +16,12 @@ struct AffinePoint {
     Words x, y;
 };
 
-/** (x / zz, y / zzz), where zz^3 = zzz^2. zz = 0 means that the formulas do not cover the operands. */
+/** (x / zz, y / zzz), where zz^3 = zzz^2. zz = 0 means that the formulas cannot handle the operands. */
 struct XyzzPoint {
     Words x, y, zz, zzz;
 };
 
-/** (x / z, y / z). z = 0 means that the formulas do not cover the operands. */
+/** (x / z, y / z). z = 0 means that the formulas cannot handle the operands. */
 struct HomogeneousPoint {
     Words x, y, z;
 };
@@ -108,7 +108,7 @@ struct LadderResult {
 /**
  * Recovers y(k Q) from the result of the ladder and Q = (x, y), which does not have order 2:
  *     y(kQ) = ((x Z0 + X0)(x X0 + a Z0) Z1 + 2b Z0^2 Z1 - X1 (x Z0 - X0)^2) / (2 y Z0^2 Z1)
- * z = 0 if k Q or (k + 1) Q is infinite.
+ * The result has z = 0 if k Q or (k + 1) Q is the point at infinity.
  */
 template <typename Curve>
 constexpr HomogeneousPoint with_y(const LadderResult& l, const Words& x, const Words& y) {

@@ -6,7 +6,10 @@
 
 namespace vrx::field {
 
-/** The odd one of k and q - k, for an odd q and 1 <= k < q. Sets `even` to all ones if k is even, else to zero. */
+/**
+ * Returns whichever of k and q - k is odd, for an odd q and 1 <= k < q. Sets `even` to all ones if k is even, else to
+ * zero.
+ */
 constexpr Words odd_one(const Words& k, const Words& q, std::uint64_t& even) {
     even = mask(1 ^ (k[0] & 1));
     Words other{};

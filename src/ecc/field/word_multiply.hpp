@@ -5,7 +5,7 @@
 // 0). Every later sum and double then has zz = 0, too, so a check at the end suffices.
 //
 // Sums and doubles are flattened, and independent products stand next to each other. A product takes about a hundred
-// instructions, and a CPU looks ahead about three of them.
+// instructions, and a CPU looks ahead over about three products.
 #ifndef VRX_ECC_FIELD_WORD_MULTIPLY_HPP
 #define VRX_ECC_FIELD_WORD_MULTIPLY_HPP
 
@@ -93,7 +93,9 @@ constexpr Words comb_signs(const Words& k) {
     return halved(conditional_move(is_odd, odd, even), is_odd & carry);
 }
 
-/** k G for 1 <= k < q, zz = 0 if not covered. Cost: 43 mixed additions and 3 doublings. */
+/**
+ * Computes k G for 1 <= k < q. Sets zz to 0 if the formulas cannot handle k. Cost: 43 mixed additions and 3 doublings.
+ */
 template <typename Curve>
 XyzzPoint word_comb_multiply(const Words& k) {
     using S = typename Curve::Field;
@@ -105,7 +107,7 @@ XyzzPoint word_comb_multiply(const Words& k) {
             const std::size_t i = comb_steps * (comb_teeth * block + t) + step;
             if (i < 256) bits |= (signs[i / 64] >> i % 64 & 1) << t;
         }
-        // If the highest sign is -, the other signs are inverted.
+        // If the highest sign is -, inverts the other signs.
         const std::uint64_t negative = mask(1 ^ bits >> (comb_teeth - 1));
         struct Entry {
             Words x, y;
@@ -215,18 +217,18 @@ constexpr XyzzPoint to_xyzz(const JacobianPoint& p) {
     return {s.x, s.y, s.zz, s.zzz};
 }
 
-/** `count` bits of n from bit `low` on, at most 63. Bits from 2^256 on are 0. */
+/** Returns `count` bits of n, beginning at bit `low`; count is at most 63. Bits 256 and above are read as 0. */
 constexpr std::uint64_t bits_from(const Words& n, std::size_t low, std::size_t count) {
     const std::uint64_t above = low / 64 < 3 ? n[low / 64 + 1] << 1 << (63 - low % 64) : 0;
     return (n[low / 64] >> low % 64 | above) & ((std::uint64_t{1} << count) - 1);
 }
 
 /**
- * k Q for 1 <= k < q and a point Q of the curve, zz = 0 if not covered.
+ * Computes k Q for 1 <= k < q and a point Q of the curve. Sets zz to 0 if the formulas cannot handle k and Q.
  *
  * An odd k below 2^256 is 32^51 plus the sum of d_i 32^i over 51 odd digits d_i from -31 to 31. They are d_i = 2 n_i -
- * 31, where n_i are the five-bit digits of (k - 1) / 2. For an even k, q - k is used. Cost: 256 doublings and 66
- * additions.
+ * 31, where n_i are the five-bit digits of (k - 1) / 2. For an even k, the function uses q - k. Cost: 256 doublings and
+ * 66 additions.
  */
 template <typename Curve>
 XyzzPoint window_multiply(const Words& k, const AffinePoint& point) {

@@ -25,7 +25,7 @@ namespace vrx::uint256 {
  */
 using Limbs62 = std::array<std::int64_t, 5>;
 
-/** All ones for a negative number, else zero. Opaque to the compiler. */
+/** Returns all ones for a negative number, else zero. The result is opaque to the compiler. */
 constexpr std::int64_t sign_mask(std::int64_t a) { return value_barrier(a >> 63); }
 
 template <int bits = 62>
@@ -270,7 +270,7 @@ constexpr Words inverse(const Words& x, const OddModulus& m) {
     return conditional_move(exists, from_limbs62(normalised(d, sign_mask(f[4]), m)), Words{});
 }
 
-/** The same for public numbers, 0 <= x < m. */
+/** Does the same for public numbers, 0 <= x < m. */
 constexpr Words inverse_vartime(const Words& x, const OddModulus& m) {
     Limbs62 f = m.limbs;
     Limbs62 g = to_limbs62(x);

@@ -73,7 +73,10 @@ constexpr Word mul_add(Word a, Given<Word> b, Given<Word> c, Word& carry) {
     return static_cast<Word>(sum);
 }
 
-/** All ones for 1, zero for 0. Opaque to the compiler, so that arithmetic with it stays arithmetic. */
+/**
+ * Returns all ones for 1 and zero for 0. The mask is opaque to the compiler, which therefore cannot turn arithmetic on
+ * it into branches.
+ */
 template <typename Word>
 constexpr Word mask(Word bit) {
     const Word m = Word{0} - bit;
@@ -184,7 +187,7 @@ constexpr Word sub_word(WordsOf<Word, count>& r, Given<Word> a) {
     return borrow;
 }
 
-/** The final subtraction: a - m if a >= m, else a. Below m for any a below 2m. */
+/** The final subtraction: returns a - m if a >= m, else a. The result is below m for any a below 2m. */
 template <typename Word, std::size_t count>
 constexpr WordsOf<Word, count> reduce_once(const WordsOf<Word, count>& a, const WordsOf<Word, count>& m) {
     WordsOf<Word, count> r{};
@@ -201,7 +204,7 @@ constexpr Word is_zero(const WordsOf<Word, count>& a) {
     return 1 ^ ((any | (Word{0} - any)) >> (word_bits<Word> - 1));
 }
 
-/** a b, below N^2 for any a and b. */
+/** Computes a b, which is below N^2 for any a and b. */
 template <typename Word, std::size_t count>
 constexpr WordsOf<Word, 2 * count> multiply(const WordsOf<Word, count>& a, const WordsOf<Word, count>& b) {
     WordsOf<Word, 2 * count> r{};
