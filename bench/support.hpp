@@ -14,7 +14,7 @@ namespace bench {
 
 using Job = std::function<void()>;
 
-/** CPU seconds of this thread; other processes do not count. */
+/** Returns the CPU seconds of this thread, which exclude the time of other processes. */
 inline double clock() {
     timespec t{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);

@@ -59,7 +59,7 @@ bool read_parameters(Part parameters, Algorithm& algorithm) {
 
 }  // namespace
 
-/** Read an AlgorithmIdentifier; false if there is none. */
+/** Read an AlgorithmIdentifier. Returns false if there is none. */
 bool read_algorithm(der::Reader& reader, Algorithm& algorithm) {
     algorithm = {};
     const auto contents = reader.next(der::sequence);

@@ -31,13 +31,13 @@ enum class Content {
 
 using PublicOctets = std::array<std::uint8_t, VRX_PUBLIC_KEY_SIZE>;
 
-/** Read an AlgorithmIdentifier; false if there is none. */
+/** Read an AlgorithmIdentifier. Returns false if there is none. */
 bool read_algorithm(der::Reader& reader, Algorithm& algorithm);
 
 /** Read the fields of SubjectPublicKeyInfo. */
 Content read_key_fields(der::Reader fields, Algorithm& algorithm, PublicOctets& value);
 
-/** The name of an algorithm, given its dotted identifier; the identifier itself if the algorithm is unknown. */
+/** Returns the name of the algorithm with a dotted identifier, or the identifier itself if the algorithm is unknown. */
 std::string algorithm_name(const std::string& oid);
 
 /** The identifiers of GOST R 34.10-2001 keys, and of their signatures over GOST R 34.11-94 digests. */

@@ -17,7 +17,7 @@ bool read_basic_constraints(Part value, Extensions& result) {
     der::Reader fields(*contents);
     result.has_basic_constraints = true;
     if (fields.tag() == der::boolean) {
-        // DER leaves the default, FALSE, out.
+        // DER omits the default value, FALSE.
         if (der::truth(fields.next(der::boolean).value_or(Part{})) != true) return false;
         result.is_authority = true;
     }
@@ -119,7 +119,7 @@ Content read_signed_part(Part contents, Part algorithm, Certificate& result) {
     if (fields.tag() == der::context_0) {
         der::Reader inner(fields.next(der::context_0).value_or(Part{}));
         const auto number = inner.next(der::integer);
-        // DER leaves the default, version 1, out.
+        // DER omits the default value, version 1.
         if (!number || number->size() != 1 || number->front() < 1 || number->front() > 2 || !inner.at_end())
             return Content::other;
         result.version = number->front() + 1U;

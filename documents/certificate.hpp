@@ -53,7 +53,10 @@ struct Certificate : Signed {
     [[nodiscard]] bool allows(KeyUsage usage) const;
 };
 
-/** Read a certificate in DER; anything after it is an error. For Content::foreign, all fields but the key are valid. */
+/**
+ * Read a certificate in DER. Data after the certificate is an error. If the result is Content::foreign, all fields
+ * except the key are valid.
+ */
 Content read_certificate(Part octets, Certificate& certificate);
 
 /**

@@ -11,7 +11,10 @@
 
 namespace vrx::documents {
 
-/** Why something is invalid: a keyword for programs and a sentence for people. Both are empty if it is valid. */
+/**
+ * The reason why an object is invalid: a keyword for programs and a sentence for people. Both are empty if the object
+ * is valid.
+ */
 struct Fault {
     std::string word;
     std::string sentence;

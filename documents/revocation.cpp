@@ -8,8 +8,8 @@ namespace vrx::documents {
 namespace {
 
 /**
- * True if an extension may be critical: list number, issuer key, reason code, invalidity date. These do not affect the
- * verdict. Any other extension may limit the scope of a list.
+ * Returns true for the extensions that may be critical: list number, issuer key, reason code and invalidity date. They
+ * do not affect the verdict. Any other extension may limit the scope of a list.
  */
 bool is_understood(const std::string& oid) {
     return oid == "2.5.29.20" || oid == "2.5.29.35" || oid == "2.5.29.21" || oid == "2.5.29.24";

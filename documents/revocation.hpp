@@ -25,7 +25,7 @@ struct RevocationList : Signed {
     std::string unsupported;  // an unsupported critical extension, dotted, or empty
 };
 
-/** Read a list in DER; false if it is malformed or anything follows it. */
+/** Read a list in DER. Returns false if the list is malformed or other data follows it. */
 bool read_revocation_list(Part octets, RevocationList& list);
 
 }  // namespace vrx::documents

@@ -131,7 +131,7 @@ void check_digits(const DigitVector& u, const DigitVector& v, std::uint32_t d) {
     require(mpIsPrime(&small, 1, 20) == (is_prime(small) ? 1 : 0), "mpIsPrime");
 }
 
-/** The result is the same if it overwrites an operand. */
+/** Checks that a result is the same if it overwrites an operand. */
 void check_shared(const DigitVector& u, const DigitVector& v, const DigitVector& m) {
     const std::size_t n = u.size();
     const auto same = [&](auto f, const char* name) {

@@ -188,7 +188,7 @@ private:
         require(ecVerify(&set_, e.data(), &q, &sig) == (right ? VRX_OK : VRX_ERR_FAILED), "ecVerify");
     }
 
-    /** On toy curves the formulas meet exceptional points; the result need not be on the curve. */
+    /** On toy curves, the formulas reach exceptional points, so the result need not be on the curve. */
     [[nodiscard]] int code_of_key(const Z& d) const {
         return curve_->contains(curve_->base_multiple(d)) ? VRX_OK : VRX_ERR_FAILED;
     }

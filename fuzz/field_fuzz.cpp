@@ -108,7 +108,7 @@ void check_words(Input& input) {
     const Words x = number(input, m);
     const Words y = number(input, m);
     constexpr bool is_plain = S::one == Words{1, 0, 0, 0};
-    // Values of the modulus and more, if the form allows them.
+    // Uses values greater than or equal to the modulus, if the form allows them.
     const Words a = is_plain ? x : S::to_montgomery(x);
     const Words b = is_plain ? y : S::to_montgomery(y);
     const auto is = [](const Words& r, const Digits& expected) { return Digits(S::from_montgomery(r)) == expected; };

@@ -48,7 +48,7 @@ std::vector<std::string> arguments_of(std::string_view& text) {
 }
 
 /**
- * True if a command line could leave the folder, use the name of a temporary file, or take long: a number of five
+ * True if a command line could leave the folder, use the name of a temporary file, or take long. A number of five
  * digits may be a count or a length.
  */
 bool is_out_of_bounds(const std::vector<std::string>& arguments) {

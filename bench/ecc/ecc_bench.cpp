@@ -40,7 +40,7 @@ int draw(void* buffer, std::uint32_t length) {
 
 const vrx_data hash_oid{VRX_PAR_OID_SIZE, const_cast<std::uint8_t*>(VRX_PAR_HASH_1_OID)};
 
-/** An engine that covers nothing, so that the general methods do all the work. */
+/** An engine that accepts no input, so that the general methods do all the work. */
 constexpr Engine engine_none = {
     {"none"},
     [](CurveId, const Words&, AffinePoint&) { return false; },
@@ -179,7 +179,10 @@ std::string ratio(double time, double to, double goal) {
     return text;
 }
 
-/** Prints the ratios next to their goals. Keys, too, are compared with signing on P-256: each is one multiplication. */
+/**
+ * Prints the ratios next to their goals. Keys are also compared with signing on P-256, because each operation is one
+ * point multiplication.
+ */
 void print_table(const Times& times) {
     std::printf("\n%-11s %-5s %-12s %9s   %-22s %-22s %s\n", "operation", "curve", "version", "us", "x P-256, goal",
                 "x best peer, goal", "best peer");

@@ -115,7 +115,7 @@ inline int divide(Digit* q, Digit* r, const Digit* u, std::size_t udigits, const
         q[j] = static_cast<Digit>(estimate);
     }
     for (std::size_t i = 0; i < n; ++i) r[i] = static_cast<Digit>((Double{rest[i + 1]} << 32 | rest[i]) >> k);
-    // The library's contract includes this: operands are wiped from the stack.
+    // Wipes operands from the stack, as the contract of the library requires.
     std::memset(d, 0, n * sizeof *d);
     std::memset(rest, 0, (m + 1) * sizeof *rest);
     asm volatile("" : : "r"(d), "r"(rest) : "memory");

@@ -194,7 +194,7 @@ void openssl(Rows& rows) {
         add(mode, nullptr);
 }
 
-/** Empty: its released versions have only the hash. */
+/** Adds empty rows, because released versions of nettle have only the hash. */
 void nettle(Rows& rows) { rows.push_back({"ecb_encrypt", "nettle", "a nettle with GOST 28147-89", nullptr}); }
 
 }  // namespace
