@@ -11,7 +11,7 @@ enum class Gate : std::uint8_t { constant, unknown, sum, both, majority, choice,
 
 struct Node {
     Gate gate;
-    std::vector<std::uint32_t> of;  // nodes for a sum, otherwise bits
+    std::vector<std::uint32_t> of;  // sum: nodes; look-up: the number of a table, then bits; otherwise bits
     bool operator<(const Node& b) const { return gate != b.gate ? gate < b.gate : of < b.of; }
 };
 
@@ -20,6 +20,8 @@ struct State {
     std::map<Node, std::uint32_t> known;
     std::vector<std::array<Bit, 8>> bytes;
     std::map<std::array<Bit, 8>, Byte> known_bytes;
+    std::vector<Bits> tables;  // those of look-ups that are gates
+    std::map<Bits, std::uint32_t> known_tables;
     std::vector<Bit> assumed;
     Byte undefined = 0;
     bool closed_tables = false;
@@ -158,6 +160,7 @@ const std::vector<std::uint32_t>& operands(const Node& node) {
 }  // namespace
 
 void keep_tables_closed() { state.closed_tables = true; }
+bool keeps_tables_closed() { return state.closed_tables; }
 
 bool has_counterexample(Bit claim) {
     std::mt19937_64 random(1);
@@ -180,6 +183,14 @@ bool has_counterexample(Bit claim) {
             }
             case Gate::choice:
                 v = (value(node.of[0]) & value(node.of[1])) | (~value(node.of[0]) & value(node.of[2]));
+                break;
+            case Gate::looked_up:
+                for (unsigned place = 0; place < 64; ++place) {
+                    std::size_t index = 0;
+                    for (std::size_t k = 1; k < node.of.size(); ++k)
+                        index |= (value(node.of[k]) >> place & 1) << (k - 1);
+                    v |= (value(state.tables[node.of[0]][index]) >> place & 1) << place;
+                }
                 break;
             default:
                 v = random();
@@ -283,30 +294,74 @@ Bits rotated(const Bits& a, int left) {
     for (std::size_t i = 0; i < a.size(); ++i) r[(i + static_cast<std::size_t>(left)) % a.size()] = a[i];
     return r;
 }
+namespace {
+
+/** A gate of its own, known by the table and by the index. */
+Bit looked_up(Bits table, const Bits& index) {
+    if (std::all_of(table.begin(), table.end(), [&](Bit bit) { return bit == table[0]; })) return table[0];
+    const auto [found, is_new] = state.known_tables.emplace(table, static_cast<std::uint32_t>(state.tables.size()));
+    if (is_new) state.tables.push_back(std::move(table));
+    std::vector<std::uint32_t> of{found->second};
+    of.insert(of.end(), index.begin(), index.end());
+    return made(Gate::looked_up, std::move(of));
+}
+
+/** Made of choices. */
+Bit chosen(Bits table, const Bits& index) {
+    for (const Bit bit : index) {
+        Bits half;
+        for (std::size_t i = 0; i < table.size(); i += 2) half.push_back(prove::choice(bit, table[i + 1], table[i]));
+        table = std::move(half);
+    }
+    return table[0];
+}
+
+}  // namespace
+
 Bits choice(Bit condition, const Bits& a, const Bits& b) {
     Bits r(a.size());
     for (std::size_t i = 0; i < a.size(); ++i) r[i] = prove::choice(condition, a[i], b[i]);
     return r;
 }
 Bits entry(const std::vector<Bits>& table, const Bits& index) {
-    if (state.closed_tables && table.size() >= 256) {
-        // A separate gate for each bit, identified by the table's first bit and the index.
-        Bits r;
-        for (std::size_t i = 0; i < table[0].size(); ++i) {
-            std::vector<std::uint32_t> of{table[0][i], static_cast<std::uint32_t>(table.size())};
-            of.insert(of.end(), index.begin(), index.end());
-            r.push_back(made(Gate::looked_up, std::move(of)));
-        }
-        return r;
-    }
     std::vector<Bits> left = table;
-    for (const Bit bit : index) {
-        if (left.size() == 1) break;
-        std::vector<Bits> next;
-        for (std::size_t i = 0; i < left.size(); i += 2) next.push_back(choice(bit, left[i + 1], left[i]));
-        left = std::move(next);
+    if (!state.closed_tables) {
+        for (const Bit bit : index) {
+            if (left.size() == 1) break;
+            std::vector<Bits> next;
+            for (std::size_t i = 0; i < left.size(); i += 2) next.push_back(choice(bit, left[i + 1], left[i]));
+            left = std::move(next);
+        }
+        return left[0];
     }
-    return left[0];
+    Bits unknown;
+    for (std::size_t width = 1; const Bit bit : index) {
+        if (left.size() == width) break;
+        // Both halves are equal, or the bit is known: half of the table is left.
+        const bool is_needed = bit > one && [&] {
+            for (std::size_t i = 0; i < left.size(); ++i)
+                if ((i & width) == 0 && left[i] != left[i + width]) return true;
+            return false;
+        }();
+        if (is_needed) {
+            unknown.push_back(bit);
+            width *= 2;
+            continue;
+        }
+        std::vector<Bits> half;
+        for (std::size_t i = 0; i < left.size(); ++i)
+            if ((i & width) == (bit == one ? width : 0)) half.push_back(left[i]);
+        left = std::move(half);
+    }
+    if (unknown.empty()) return left[0];
+    Bits r;
+    for (std::size_t i = 0; i < left[0].size(); ++i) {
+        Bits column;
+        for (const Bits& each : left) column.push_back(each[i]);
+        const bool is_known = std::all_of(column.begin(), column.end(), [](Bit bit) { return bit <= one; });
+        r.push_back(is_known ? chosen(std::move(column), unknown) : looked_up(std::move(column), unknown));
+    }
+    return r;
 }
 Bit less(const Bits& a, const Bits& b) {
     Bit carry = one;

@@ -58,8 +58,12 @@ Byte undefined();
 std::string negated(Bit claim);
 /** Tries 64 random assignments. Returns true if one satisfies the assumptions but not the claim. */
 bool has_counterexample(Bit claim);
-/** From now on, look-ups in tables of 256 entries return unknown words: equal ones for the same table and index. */
+/**
+ * From now on, a look-up in a table of unknowns is a gate: the same for the same table and index. The solver does not
+ * learn its value, so it proves theorems about any function.
+ */
 void keep_tables_closed();
+bool keeps_tables_closed();
 /** Calls run() on every path through its branches. */
 void each_path(unsigned fault, const std::function<Bit()>& run, const std::function<void(const std::string&)>& check);
 

@@ -118,7 +118,8 @@ void circuit_theorem(const std::string& what, unsigned faulty, const Claim& clai
             return bit;
         },
         [&](const std::string& text) {
-            if (!refuted) refuted = ask(text) == Answer::sat;
+            // With closed tables the solver's counterexamples may be none.
+            if (!refuted && !circuit::keeps_tables_closed()) refuted = ask(text) == Answer::sat;
         });
     std::printf("[ control  ]           %s\n", what.c_str());
     EXPECT_TRUE(refuted) << what << ": a fault in operation " << faulty << " of " << circuit::operations();

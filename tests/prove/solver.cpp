@@ -33,8 +33,8 @@ std::string command(const std::string& file) {
     const bool is_cvc5 = program.find("cvc5") != std::string::npos;
     const char* const limit = std::getenv("VRX_SOLVER_SECONDS");
     const std::string seconds = limit == nullptr ? "100" : limit;
-    return program + (is_cvc5 ? " --lang=smt2 --tlimit=" + seconds + "000 " : " -smt2 -T:" + seconds + " ") + file +
-           " 2>&1";
+    // Of the processor's time: other programs may be busy.
+    return "ulimit -t " + seconds + "; exec " + program + (is_cvc5 ? " --lang=smt2 " : " -smt2 ") + file + " 2>&1";
 }
 
 struct Timed {

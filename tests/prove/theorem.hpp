@@ -26,6 +26,21 @@ void theorem(const std::string& what, unsigned faulty, const State& state) {
     integer::reset();
 }
 
+/** The same for lines with branches on unknowns: on every path the claim holds, and with the fault not on every one. */
+template <typename State>
+void theorem_on_paths(const std::string& what, unsigned faulty, const State& state) {
+    unsigned paths = 0;
+    integer::reset();
+    integer::each_path(
+        state, [&](const std::string& text) { expect_proved(text, what + (paths++ == 0 ? "" : ", another path")); });
+    bool refuted = false;
+    integer::reset(faulty);
+    integer::each_path(state, [&](const std::string& text) { refuted = refuted || ask(text) == Answer::sat; });
+    std::printf("[ control  ]           %s\n", what.c_str());
+    EXPECT_TRUE(refuted) << what << ": a fault in operation " << faulty;
+    integer::reset();
+}
+
 }  // namespace vrx::prove
 
 #endif

@@ -41,6 +41,37 @@ SPECIAL = {
     'vrx/tz.h': [
         (r'uint32_t t\[4\]\[256\];', 'prove_array<prove_array<prove_uint32, 256>, 4> t;', 1),
     ],
+    'gost28147/block.hpp': [
+        (r'-> std::size_t \{ return', '-> std::uint64_t { return', 1),
+        (r'std::array<std::uint8_t,', 'std::array<unsigned char,', 3),
+    ],
+    # How many blocks there are is known.
+    'gost28147/mesh.hpp': [
+        (r'const std::uint32_t left = VRX_MESHING_SECTION - ctx.mesh_count;',
+         'const auto left = static_cast<unsigned>(VRX_MESHING_SECTION - ctx.mesh_count);', 1),
+    ],
+    # A sum of planes is proved by itself, and then stands for the sum of words.
+    'gost28147/engine/planes.hpp': [
+        (r'( *)add\(t, other, (key\.of_round\(number, decrypting\))\);',
+         r'\1add(t, other, \2);\n\1prove_sum(t, other, \2);', 1),
+    ],
+    # A proof gives the table any content.
+    'gost28147/engine/parallel.hpp': [
+        (r'inline constexpr CounterSteps counter_steps =', 'inline CounterSteps counter_steps =', 1),
+    ],
+    'gost28147/engine/chain.hpp': [
+        (r'const std::uint32_t\* row = twice_ \+ \(k & 255\);', 'const auto row = twice_.from(k & 255);', 1),
+        (r'std::uint32_t twice_\[512\]', 'prove_array<std::uint32_t, 512> twice_', 1),
+    ],
+    # The lines of assembly run on unknown bits, with the same text.
+    'gost28147/engine/baseline.cpp': [
+        (r'std::uint64_t sum;\n *std::uint64_t a;\n *std::uint64_t b;\n *asm\(((?: *"[^"\n]*"\n)*)'
+         r' *: \[half\] "\+r"\(half\), \[sum\] "=&Q"\(sum\), \[a\] "=&R"\(a\), \[b\] "=&R"\(b\)\n'
+         r' *: \[x\] "r"\(x\), \[k\] "m"\(k\), \[t\] "r"\(&table\), "m"\(table\)\n *: "cc"\);',
+         r'vrx::prove::Assembly<decltype(table.t)> lines;\n'
+         r'    lines.in("half", half).clobbered("sum").clobbered("a").clobbered("b");\n'
+         r'    half = lines.in("x", x).memory("k", k).address("t", table.t).run(\1).out("half");', 1),
+    ],
     'tz/sboxes.hpp': WIDE,
     'gostr3411/wide_table.hpp': WIDE,
     # Maps over octets are constants.

@@ -305,6 +305,8 @@ inline __m128i _mm_set_epi64x(const vrx::prove::U<64>& high, const vrx::prove::U
     for (unsigned i = 0; i < 16; ++i) r.byte[i] = (i < 8 ? low : high).byte[i % 8];
     return r;
 }
+inline __m128i _mm_cvtsi32_si128(const vrx::prove::U<32>& v) { return _mm_set_epi64x(0, vrx::prove::U<64>(v)); }
+inline vrx::prove::U<32> _mm_cvtsi128_si32(const __m128i& a) { return vrx::prove::U<32>::of(a.bits(0, 4)); }
 inline __m128i _mm_cvtsi64_si128(const vrx::prove::U<64>& v) { return _mm_set_epi64x(0, v); }
 inline __m256i _mm256_broadcastsi128_si256(const __m128i& a) {
     __m256i r;
