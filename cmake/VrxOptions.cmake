@@ -36,7 +36,7 @@ function(vrx_optimise)
 endfunction()
 
 # Hardening options for the library and the program. Sanitizer builds omit them, because they detect the same faults.
-# What costs the vector code of the library time is for the program alone: vrx_program_hardening.
+# The options of vrx_program_hardening are for the program alone.
 add_library(vrx_hardening INTERFACE)
 add_library(vrx_program_hardening INTERFACE)
 target_link_libraries(vrx_program_hardening INTERFACE vrx_hardening)
@@ -52,7 +52,8 @@ if(VRX_HARDENING AND NOT VRX_SANITIZE)
     # _FORTIFY_SOURCE only causes a warning.
     $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
     $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
-  # Variables without an initial value begin with zero.
+  # Variables without an initial value begin with zero. The library omits this option, because the option made hashes of
+  # 32 and 64 bytes 1 to 3 % slower (g++ 12, Intel Sapphire Rapids).
   check_cxx_compiler_flag(-ftrivial-auto-var-init=zero VRX_HAS_AUTO_VAR_INIT)
   if(VRX_HAS_AUTO_VAR_INIT)
     set(auto_var_init -ftrivial-auto-var-init=zero)
