@@ -36,9 +36,7 @@ extern cpu::Choice<engines> choice;
 /** The selected engine. */
 inline const Engine& engine() noexcept { return choice(); }
 
-inline void compress(Digest h, const std::uint8_t* data, std::size_t blocks) noexcept {
-    engine().run(h, data, blocks);
-}
+inline void compress(Digest h, const std::uint8_t* data, std::size_t blocks) noexcept { engine().run(h, data, blocks); }
 
 }  // namespace vrx::sha1
 
