@@ -43,7 +43,8 @@ TEST(cpu, large_l1_agrees_with_the_system) {
     std::ifstream info("/sys/devices/system/cpu/cpu0/cache/index0/size");
     unsigned size = 0;
     char unit = 0;
-    if (!(info >> size >> unit) || unit != 'K') GTEST_SKIP() << "the system does not say";
+    if (!(info >> size >> unit) || unit != 'K')
+        GTEST_SKIP() << "Linux does not report the size of the L1 cache here, so there is nothing to compare with";
     EXPECT_EQ(has(cpu::large_l1), size >= 48);
 }
 

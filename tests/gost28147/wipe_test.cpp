@@ -21,7 +21,7 @@ struct Secrets {
 
 struct Call {
     const char* name;
-    /** Whether the plaintext is the input or the output. */
+    /** The plaintext is the text before the call (encryption) or after it (decryption). */
     enum { before, after } plaintext;
     /** Preparation that is not observed. */
     std::function<void(Secrets&)> prepare;

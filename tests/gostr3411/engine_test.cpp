@@ -233,9 +233,9 @@ TEST_P(EveryHashEngine, touches_nothing_beside_the_buffers) {
         }
 }
 
-/** The engine without secret-dependent addresses does not read the table once it has the S-boxes. */
+/** The engine that uses no secret-dependent addresses reads the table only to recover the S-boxes. */
 TEST(HashEngine, permutes_read_nothing_of_the_table) {
-    if (!offered(engines[0])) GTEST_SKIP() << "this processor does not offer " << engines[0].name;
+    if (!offered(engines[0])) GTEST_SKIP() << "this CPU does not support " << engines[0].name;
     const With with(engines[0]);
     Random random;
     const vrx_tz sound = from_s_boxes(random);

@@ -42,7 +42,8 @@ ENGINE* engine() {
 class gost_engine : public testing::Test {
 protected:
     void SetUp() override {
-        if (engine() == nullptr) GTEST_SKIP() << "the OpenSSL engine gost is not installed";
+        if (engine() == nullptr)
+            GTEST_SKIP() << "OpenSSL's engine gost is not installed (Debian: libengine-gost-openssl)";
     }
 };
 

@@ -92,7 +92,7 @@ Claim same(const Block& a, const Block& b) {
     return equal(form(a.n1.word), form(b.n1.word)) && equal(form(a.n2.word), form(b.n2.word));
 }
 
-/** Whether `to` is `from` plus n times the constants of a step. */
+/** The claim that `to` is `from` plus n times the constants of a step. */
 Claim is_counted(const Block& to, const Block& from, const Form& n) {
     const Form n1 = form(to.n1.word), n2 = form(to.n2.word);
     return divides(power(32), n1 - form(from.n1.word) - n * mpz_class(0x01010101)) && Form(0) <= n1 &&
@@ -113,7 +113,7 @@ TEST(counter, n_steps_at_once_are_n_steps) {
     });
 }
 
-// What engines add to a counter at once, as they make the sum.
+// Engines add the steps from zero to a counter in this way.
 TEST(counter, up_to_128_steps_are_sums_with_steps_from_zero) {
     VRX_NEEDS_SOLVER();
     theorem_on_paths("counter: n up to 128 steps are a sum with n steps from zero", 3, [] {

@@ -98,7 +98,7 @@ unsigned steps_needed_by_trial(unsigned bits) {
 }
 
 TEST(division_steps, are_enough_for_all_numbers_and_moduli) {
-    if (!vrx::prove::all_proofs()) GTEST_SKIP() << "takes minutes; ./dev prove --all";
+    if (!vrx::prove::all_proofs()) GTEST_SKIP() << "this proof takes minutes; ./dev prove --all runs it";
     EXPECT_LE(steps_needed(256, 1), 590U);
 }
 

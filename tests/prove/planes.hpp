@@ -1,4 +1,4 @@
-// What the proofs of the vector engines of the cipher share: blocks in vectors, sums of planes, counters.
+// Shared by the proofs of the cipher's vector engines: blocks in vectors, sums of planes, counters.
 //
 // Include this before the engine's source: the translation has it call prove_sum().
 #ifndef VRX_TESTS_PROVE_PLANES_HPP
@@ -15,7 +15,7 @@ Word32 word_at(const Vector& v, unsigned i) {
     return r;
 }
 
-/** Whether each block in the vectors `out` is what the standard makes of the one in `in`. */
+/** One if each block in the vectors `out` is the result of the standard's rounds for the block in `in`. */
 template <unsigned per_vector, typename Vector, std::size_t count, typename Function>
 Bit are_processed(const Vector (&in)[count], const Vector (&out)[count], const UnknownKey& key,
                   const Function& function, bool decrypting) {

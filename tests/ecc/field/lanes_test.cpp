@@ -107,7 +107,7 @@ TEST(lanes, of_plain_arrays_agree_with_integers) { check_all(plain_lane_operatio
 
 TEST(lanes, of_ifma_agree_with_integers) {
     const std::uint32_t needs = engine_ifma.needs;
-    if (!vrx::cpu::offers(needs)) GTEST_SKIP() << "no AVX-512 IFMA here";
+    if (!vrx::cpu::offers(needs)) GTEST_SKIP() << "this CPU does not support AVX-512 IFMA";
     check_all(ifma_lane_operations);
 }
 

@@ -68,7 +68,7 @@ TEST(scalar_fields, agree_with_integers_for_all_pairs_of_edge_cases) {
 }
 
 TEST(scalar_fields, agree_with_the_adx_engine) {
-    if (!vrx::cpu::offers(engine_adx.needs)) GTEST_SKIP() << "no BMI2 and ADX here";
+    if (!vrx::cpu::offers(engine_adx.needs)) GTEST_SKIP() << "this CPU does not support BMI2 and ADX";
     using A = CurveA::Field::With<AdxWords>;
     using B = CurveB::Field::With<AdxWords>;
     using C = CurveC::Field::With<AdxWords>;

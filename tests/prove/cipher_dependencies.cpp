@@ -1,10 +1,9 @@
-// Recovery of S-boxes, which the engines of the cipher link to.
+// The parts of the library that the engines of the cipher need besides themselves: the recovery of S-boxes, and an
+// eraser of secrets that erases nothing, because erasing has no influence on results.
 #include "prove/blocks.hpp"
 
-#include "tz/avx2.cpp"
-
-// Erasing secrets has no influence on results.
 #include "frame/secret_work.hpp"
+#include "tz/avx2.cpp"
 
 extern "C" {
 void vrx_erase_avx512(std::size_t /*depth*/) noexcept {}

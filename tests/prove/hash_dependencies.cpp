@@ -1,4 +1,4 @@
-// Stubs for the parts of the library that the hash engines need. The proofs link the engines alone.
+// The parts of the library that the engines of the hash need besides themselves. The proofs link the engines alone.
 #include "prove/blocks.hpp"
 
 #include "gostr3411/engine.hpp"
