@@ -80,7 +80,7 @@ const Command* command_named(std::string_view name) {
     return found != commands.end() ? *found : nullptr;
 }
 
-/** What protects the program on this machine, found by trying it. */
+/** The protections that work on this machine, as text. The function tries each of them, and so confines the process. */
 std::string protections() {
     const Confinement confined = confine({});
     const SecretPages pages(1);

@@ -64,7 +64,7 @@ std::size_t size_of_ruleset(int version) {
     return version >= 6 ? sizeof(Ruleset) : version >= 4 ? offsetof(Ruleset, scopes) : offsetof(Ruleset, network);
 }
 
-/** Whether opening a file failed in a way that the command will meet, too. */
+/** True if the command will fail to open the file with the same error, so that the file needs no rule. */
 bool is_lasting(int error) {
     return error == ENOENT || error == ENOTDIR || error == EACCES || error == ELOOP || error == ENAMETOOLONG;
 }

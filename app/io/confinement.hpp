@@ -14,7 +14,7 @@ struct Access {
     bool every_input = false;          // the inputs name further files to read
 };
 
-/** What confine() achieved. */
+/** The parts of the confinement that are active. */
 struct Confinement {
     int landlock = 0;      // the version of Landlock in the kernel; 0 if it is not active
     bool seccomp = false;  // true if the filter of system calls is active

@@ -51,14 +51,14 @@ std::u32string from_utf8(std::string_view text);
 void append_utf8(std::string& text, char32_t character);
 
 /**
- * Whether a character could deceive the reader of a terminal: C0 and C1 controls, direction controls, zero-width
+ * True if a character could deceive the reader of a terminal: C0 and C1 controls, direction controls, zero-width
  * characters, line separators, surrogates and tags.
  */
 bool is_deceptive(char32_t character);
 
 /**
  * Move one character from the front of a text to `out`; the octets of a deceptive one become \xHH. An octet that is not
- * valid UTF-8 is copied unchanged, unless a terminal may take it for a control.
+ * valid UTF-8 is copied unchanged, unless a terminal may interpret it as a control character.
  */
 void append_visible(std::string& out, std::string_view& text);
 

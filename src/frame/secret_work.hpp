@@ -95,7 +95,7 @@ enum class Registers {
     low  // all but those of AVX-512: for work that does not call the C library, whose copies use them
 };
 
-/** What work may use of the stack, a depth of the namespace, and of the registers. */
+/** The stack, as a depth from the namespace above, and the registers that work on secrets may use. */
 struct Extent {
     std::size_t depth;
     Registers registers = Registers::all;

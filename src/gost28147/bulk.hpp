@@ -12,7 +12,10 @@ namespace vrx::gost28147::bulk {
 
 [[gnu::noinline]] void run(Mode mode, const Run& run);
 
-/** What run() for so many bytes leaves. What engines with larger frames leave there, they erase themselves. */
+/**
+ * The stack and registers in which run() may leave secrets after a call for so many bytes. Engines with larger frames
+ * erase these frames themselves.
+ */
 constexpr Extent extent_of(std::size_t bytes) {
     if (bytes <= VRX_BLOCK_SIZE) return {depth::block, Registers::low};
     if (bytes < VRX_BLOCK_SIZE * 4) return {depth::few_blocks, Registers::low};  // AVX-512 begins with 4 blocks

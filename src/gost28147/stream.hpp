@@ -11,7 +11,10 @@
 
 namespace vrx::gost28147::stream {
 
-/** What the functions below leave for a piece of so many bytes. Any may mesh the key, which takes four blocks. */
+/**
+ * The stack and registers in which the functions below may leave secrets after a piece of so many bytes. Each of the
+ * functions may mesh the key, which takes four blocks.
+ */
 constexpr Extent extent_of(std::size_t bytes) {
     return bulk::extent_of(std::max<std::size_t>(bytes, 2 * VRX_BLOCK_SIZE));
 }

@@ -14,7 +14,7 @@
 
 namespace {
 
-/** What is compared: MACs, tags, keys, digests, signatures. */
+/** Sizes of compared values: MACs, tags, keys, digests, signatures. */
 constexpr std::size_t sizes[] = {4, 8, 12, 20, 32, 64};
 constexpr std::size_t largest = 64;
 

@@ -1,4 +1,4 @@
-// What each failing call of the hash, of HMAC and of the derivations returns and logs, byte for byte.
+// The return codes and log lines of each failing call of the hash, of HMAC and of the derivations, byte for byte.
 #include <gtest/gtest.h>
 
 #include <functional>
