@@ -200,7 +200,13 @@ private:
     std::vector<sock_filter> code_;
 };
 
-/** @return whether the filter is active. */
+// The calls by which glibc 2.42 and later read and set a terminal. Headers that name them clash with <termios.h>.
+constexpr std::uint32_t tcgets2 = 0x802C542A;
+constexpr std::uint32_t tcsets2 = 0x402C542B;
+constexpr std::uint32_t tcsetsw2 = 0x402C542C;
+constexpr std::uint32_t tcsetsf2 = 0x402C542D;
+
+/** @return true if the filter is active. */
 bool limit_calls() {
     constexpr std::uint32_t all = 0xFFFFFFFF;
     const auto self = static_cast<std::uint32_t>(getpid());
@@ -208,7 +214,9 @@ bool limit_calls() {
     for (const long call : allowed_calls) filter.allow(call);
     filter.allow({SYS_mmap, 2, PROT_EXEC, {0}});
     filter.allow({SYS_mprotect, 2, PROT_EXEC, {0}});
-    filter.allow({SYS_ioctl, 1, all, {TCGETS, TCSETS, TCSETSW, TCSETSF, TIOCGWINSZ}});  // not TIOCSTI
+    // Not TIOCSTI, which types for the user.
+    filter.allow(
+        {SYS_ioctl, 1, all, {TCGETS, TCSETS, TCSETSW, TCSETSF, tcgets2, tcsets2, tcsetsw2, tcsetsf2, TIOCGWINSZ}});
     filter.allow({SYS_prctl, 0, all, {PR_SET_DUMPABLE, PR_SET_VMA}});
     filter.allow({SYS_prlimit64, 0, all, {0}});
     filter.allow({SYS_tgkill, 0, all, {self}});

@@ -162,6 +162,19 @@ TEST_F(Confined, no_memory_becomes_executable_and_no_terminal_gets_input) {
     });
 }
 
+// Calls of glibc 2.42 and later. 0x802C542A and those after it are TCGETS2, TCSETS2, TCSETSW2 and TCSETSF2.
+TEST_F(Confined, old_and_new_calls_for_terminals_reach_the_terminal) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    expect_confined({}, seccomp, [&] {
+        std::array<unsigned char, 64> settings{};
+        for (const unsigned long call : {0x802C542AUL, 0x402C542BUL, 0x402C542CUL, 0x402C542DUL,
+                                         static_cast<unsigned long>(TCGETS), static_cast<unsigned long>(TCSETSF)})
+            EXPECT_EQ(error_of(ioctl(ends[0], call, settings.data())), ENOTTY) << call;
+    });
+    for (const int end : ends) close(end);
+}
+
 TEST_F(Confined, signals_of_the_process_itself_arrive) {
     expect_confined({}, seccomp, [] {
         static volatile std::sig_atomic_t arrived = 0;
