@@ -227,7 +227,7 @@ class Certificates(InspectTest):
 
     def test_damage_does_no_harm(self):
         octets = self.certificate(CURVE_A, HASH_CRYPTOPRO)
-        for _, bad in flipped(octets, range(0, len(octets), 5)):
+        for _, bad in flipped(octets):
             done = self.run_vrx("inspect", stdin=bad)
             self.assertIn(done.code, [0, 1])
             self.assertEqual(done.err.count(b"\n"), 0 if done.out else 1)
