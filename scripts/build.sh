@@ -38,7 +38,7 @@ cmd_docs() {
 
 cmd_demo() {
     local name=${1:-README.md} file=$PWD/README.md
-    if [[ $# -gt 0 ]]; then file=$(cd "$called_from" && realpath -m -- "$1"); fi
+    if [[ $# -gt 0 ]]; then file=$(cd "${called_from:?}" && realpath -m -- "$1"); fi
     if [[ ! -f $file || ! -r $file ]]; then
         echo "demo: cannot read the file '$name'" >&2
         exit 2

@@ -16,7 +16,8 @@ cmd_lint() {
     echo "== clang-format"
     sources | xargs clang-format --dry-run -Werror
     echo "== shellcheck"
-    shellcheck -x dev scripts/demo.sh .ci/run app/completion/vrx.bash  # -x: with what dev sources
+    # The option -x also checks the files that a script sources.
+    shellcheck -x dev scripts/*.sh .ci/run app/completion/vrx.bash
     echo "== clang-tidy"
     configure dev >/dev/null
     git ls-files --cached --others --exclude-standard -- 'src/*.cpp' 'app/*.cpp' 'documents/*.cpp' |

@@ -1,5 +1,6 @@
 # shellcheck shell=bash
-# What each command needs of Debian's packages, and how it gets there. Sourced by ./dev.
+# The Debian packages that each command needs, and their installation. Sourced by ./dev.
+# shellcheck disable=SC2034  # other scripts read the lists
 
 readonly BUILD=(g++ cmake ninja-build)
 readonly PACKAGE=("${BUILD[@]}" dpkg-dev file python3)

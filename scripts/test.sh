@@ -21,6 +21,7 @@ cmd_interop() {
         echo "dev: '$cases' is not a number of cases; use ./dev interop 1000" >&2
         exit 2
     fi
+    # shellcheck disable=SC2153  # packages.sh assigns BUILD
     need "${BUILD[@]}" libgtest-dev pkg-config python3
     want "${PEERS[@]}"
     # What is there afterwards is what could be built.
