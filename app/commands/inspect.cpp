@@ -154,6 +154,10 @@ void inspect_encrypted_key(Report& report, const Input& file, const std::string&
                            std::span<const std::uint8_t> octets) {
     EncryptedKey key;
     const Content found = read_encrypted_key(octets, key);
+    if (found == Content::other && label.empty() && resembles_encrypted_key(octets)) {
+        report.is("an encrypted key in DER, but damaged");
+        report.fault("its structure is malformed");
+    }
     if (found == Content::other) return;
     report.is("a private key or key of the cipher, encrypted with a password");
     report.fact("form", written_as(label, "PKCS #8, encrypted"));
@@ -162,7 +166,7 @@ void inspect_encrypted_key(Report& report, const Input& file, const std::string&
     } else {
         report.fact("encryption", "PBES2 with PBKDF2, HMAC GOST R 34.11-94 and GOST 28147-89 in CFB mode");
         report.fact("cipher", cipher_name(*key.cipher));
-        report.fact("iterations", std::to_string(key.iterations));
+        report.fact("iterations", iterations_of(key));
     }
     add_access(report, file);
 }

@@ -45,10 +45,10 @@ Content read_derivation(Part contents, EncryptedKey& key) {
     const auto salt = fields.next(der::octet_string);
     const auto iterations = fields.next(der::integer);
     if (!salt || salt->empty() || !iterations) return Content::other;
-    const auto number = der::small_number(*iterations);
-    if (!number || *number == 0) return Content::other;
+    if (!der::is_integer(*iterations) || iterations->front() >= 0x80) return Content::other;
     key.salt = *salt;
-    key.iterations = *number;
+    key.iterations = der::small_number(*iterations).value_or(uncounted_iterations);
+    if (key.iterations == 0) return Content::other;
     if (fields.tag() == der::integer) {
         const auto length = fields.next(der::integer);
         if (!length || der::small_number(*length) != VRX_KEY_SIZE) return Content::other;
@@ -135,6 +135,19 @@ Content read_encrypted_key(Part octets, EncryptedKey& key) {
     if (!choices || !function.at_end()) return Content::other;
     const Content of_derivation = read_derivation(*choices, key);
     return of_derivation == Content::known ? read_cipher(*cipher, key) : of_derivation;
+}
+
+bool resembles_encrypted_key(Part octets) {
+    der::Reader outer(octets);
+    der::Reader fields(outer.next(der::sequence).value_or(Part{}));
+    const auto scheme = fields.next(der::sequence);
+    if (!scheme) return false;
+    der::Reader named(*scheme);
+    return starts_with(named, pbes2) || (fields.next(der::octet_string) && fields.at_end());
+}
+
+std::string iterations_of(const EncryptedKey& key) {
+    return key.iterations == uncounted_iterations ? "more than 2147483647" : std::to_string(key.iterations);
 }
 
 bool decrypt_key(const EncryptedKey& key, std::span<const std::uint8_t> password, SecretBytes& plain) {

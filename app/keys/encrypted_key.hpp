@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 
 #include "documents/algorithm.hpp"
 #include "keys/keys.hpp"
@@ -22,11 +23,20 @@ struct EncryptedKey {
     std::span<const std::uint8_t> ciphertext;
 };
 
-/** The highest iteration count that is accepted. It already takes minutes. */
-inline constexpr std::uint32_t most_iterations = 100'000'000;
+/** The highest iteration count that is accepted. It takes about 10 seconds, which a hostile file can therefore cost. */
+inline constexpr std::uint32_t most_iterations = 10'000'000;
+
+/** Stands for an iteration count of more than 31 bits. */
+inline constexpr std::uint32_t uncounted_iterations = 0xFFFFFFFF;
 
 /** Read EncryptedPrivateKeyInfo; foreign if the scheme, the cipher or its parameter set is not supported. */
 documents::Content read_encrypted_key(std::span<const std::uint8_t> octets, EncryptedKey& key);
+
+/** True if a DER file that cannot be read is an encrypted key, not a file of another kind. */
+bool resembles_encrypted_key(std::span<const std::uint8_t> octets);
+
+/** The iteration count as text. */
+std::string iterations_of(const EncryptedKey& key);
 
 /**
  * Decrypt a key.

@@ -31,7 +31,8 @@ void read_plain_key(SecretBytes& content, std::size_t size, const std::string& s
         throw Failure(
             "the key file " + shown + " holds " +
             (size > longest_key_text ? "more than " + std::to_string(longest_key_text) : std::to_string(size)) +
-            " bytes; a key is 32 bytes, or 64 hexadecimal digits with an optional newline");
+            " bytes; a key is 32 bytes, 64 hexadecimal digits with an optional newline, or an encrypted key in PEM or "
+            "DER");
     }
 }
 
@@ -46,7 +47,7 @@ bool unlock(SecretBytes& content, std::string_view label, const std::string& sho
     if (!label.empty() && label != encrypted_label) return false;
     EncryptedKey key;
     const documents::Content found = read_encrypted_key(content.bytes(), key);
-    if (found == documents::Content::other && label.empty()) return false;
+    if (found == documents::Content::other && label.empty() && !resembles_encrypted_key(content.bytes())) return false;
     if (found == documents::Content::other)
         throw Failure(shown + " is an encrypted key, but damaged; take a copy of it");
     if (found == documents::Content::foreign)
@@ -54,8 +55,8 @@ bool unlock(SecretBytes& content, std::string_view label, const std::string& sho
                       " uses an unsupported encryption; supported is PBES2 with PBKDF2, HMAC GOST R 34.11-94 and "
                       "GOST 28147-89");
     if (key.iterations > most_iterations)
-        throw Failure(shown + " asks for " + std::to_string(key.iterations) +
-                      " iterations; this program does at most " + std::to_string(most_iterations));
+        throw Failure(shown + " asks for " + iterations_of(key) + " iterations; this program does at most " +
+                      std::to_string(most_iterations));
     SecretBytes given;
     get_password(password, given, "Password of " + shown + ": ");
     SecretBytes plain;

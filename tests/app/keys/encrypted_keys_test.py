@@ -25,7 +25,7 @@ def element(tag, *parts):
 
 
 def integer(number):
-    return element(2, number.to_bytes(number.bit_length() // 8 + 1, "big"))
+    return element(2, number.to_bytes(number.bit_length() // 8 + 1, "big", signed=True))
 
 
 def identifier(text):
@@ -126,16 +126,29 @@ class Signatures(Encrypted):
                    encrypted(*fields, sbox=identifier("2a850302021f09"))]
         damaged = [encrypted(salt, 0, iv, ciphertext), encrypted(salt, iterations, iv[:7], ciphertext),
                    encrypted(b"", iterations, iv, ciphertext), encrypted(salt, iterations, iv, b""),
-                   encrypted(*fields, length=integer(16)), encrypted(*fields, null=b"\5\1\0"), element(0x30, whole[3:], b"\5\0")]
+                   encrypted(*fields, length=integer(16)), encrypted(*fields, null=b"\5\1\0"), element(0x30, whole[3:], b"\5\0"),
+                   encrypted(salt, -1, iv, ciphertext), element(0x30, element(0x30), element(4, ciphertext))]
         for contents, says in ((unknown, "uses an unsupported encryption"), (damaged, "is an encrypted key, but damaged")):
             for content in contents:
-                self.write("locked", self.pem("ENCRYPTED PRIVATE KEY", content), 0o600)
-                self.refused("pubkey", "--password-file", "theirs", "locked", says=says)
-        self.write("locked", encrypted(salt, 2_000_000_000, iv, ciphertext), 0o600)
-        self.refused("pubkey", "--password-file", "theirs", "locked", says="2000000000 iterations; this program does at most")
+                for written in (self.pem("ENCRYPTED PRIVATE KEY", content), content):
+                    self.write("locked", written, 0o600)
+                    for command in (["pubkey", "locked"], ["sign", "-k", "locked", "letter"], ["mac", "-k", "locked", "letter"],
+                                    ["encrypt", "-k", "locked", "letter"], ["hmac", "-k", "locked", "letter"]):
+                        self.refused(*command, "--password-file", "theirs", says="'locked' " + says)
+                done = self.run_vrx("inspect", "locked")
+                self.assertEqual((done.code, done.err), (1, b"") if contents is damaged else (0, b""))
+                self.assertIn(b"an encrypted key in DER, but damaged" if contents is damaged else b"not supported", done.out)
+        for number, shown in ((2_000_000_000, "2000000000"), (10_000_001, "10000001"), (1 << 31, "more than 2147483647"),
+                              (1 << 70, "more than 2147483647")):
+            self.write("locked", encrypted(salt, number, iv, ciphertext), 0o600)
+            self.refused("pubkey", "--password-file", "theirs", "locked",
+                         says=f"asks for {shown} iterations; this program does at most 10000000")
+            self.assertIn(f"  iterations:  {shown}\n".encode(), self.vrx("inspect", "locked"))
         for size in range(len(whole)):
             self.write("locked", whole[:size], 0o600)
             self.refused("pubkey", "--password-file", "theirs", "locked", says="'locked' ")
+        self.refused("mac", "-k", "locked", "letter", says="holds more than 66 bytes; a key is 32 bytes, 64 hexadecimal digits "
+                                                           "with an optional newline, or an encrypted key in PEM or DER")
 
     def test_keys_for_another_purpose_are_refused(self):
         self.make("keypair", "--curve", "A", "--out", "pair")
@@ -150,13 +163,58 @@ class Signatures(Encrypted):
         for command, says in ((["keypair", "--curve", "A", "--format", "raw", "--password"], "a raw key cannot be encrypted"),
                               (["keygen", "--hex", "--password"], "--hex and --password exclude each other"),
                               (["keygen", "--iterations", "7"], "--iterations belongs to --password"),
-                              (["keygen", "--password", "-n", "0"], "--iterations takes a number from 1 to 100000000, not '0'"),
+                              (["keygen", "--password", "-n", "0"], "--iterations takes a number from 1 to 10000000, not '0'"),
                               (["keygen", "--password-file", "a", "--password-fd", "3"], "exclude each other")):
             self.refused(*command, "--out", "new", says=says)
         for command in (["sign", "-k", "k"], ["mac", "-k", "k", "-"], ["hmac", "-k", "k", "-"], ["encrypt", "-k", "k"],
                         ["pubkey"], ["diversify", "-k", "-", "--ukm", UKM]):
             for source in (["--password-file", "-"], ["--password-fd", "0"]):
                 self.refused(*command, *source, says="standard input cannot be both the password and the input of the command")
+
+
+class Passwords(Encrypted):
+    """What a file or descriptor may hold as a password."""
+
+    CONTENTS = [b"x", b"x\n", b"x\r\n", b"a\0b\n", b"\0", b"\xff\xfe\x80\n", "пароль\n".encode(), b" x \n", b"x\r", b"y" * (1 << 20)]
+
+    def test_every_content_opens_what_it_locked_and_nothing_else(self):
+        passwords = {}
+        for content in self.CONTENTS:
+            self.write("password", content, 0o600)
+            self.make("keygen", "--out", "new")
+            mac = self.vrx("mac", "-k", "new", "--password-file", "password", "letter")
+            self.assertEqual(self.vrx("mac", "-k", "new", "--password-fd", "0", "letter", stdin=content), mac)
+            line = content.removesuffix(b"\n").removesuffix(b"\r") if content.endswith(b"\n") else content
+            passwords[line] = self.read("new")
+            os.unlink(self.path("new"))
+        self.assertEqual(len(passwords), len(self.CONTENTS) - 2)  # x is there three times
+        for own, locked in passwords.items():
+            self.write("locked", locked, 0o600)
+            for other in passwords:
+                done = self.run_vrx("mac", "-k", "locked", "--password-fd", "0", "letter", stdin=other)
+                self.assertEqual(done.code, 0 if own == other else 2, (own[:9], other[:9], done.err))
+
+    def test_an_empty_password_draws_a_warning(self):
+        few = b"vrx: warning: with only 1000 iterations, passwords can be guessed quickly; use 600000 or more\n"
+        empty = b"vrx: warning: the password is empty\n"
+        for name, content in (("nothing", b""), ("newline", b"\n"), ("crlf", b"\r\n")):
+            self.write("password", content, 0o600)
+            done = self.run_vrx("keygen", "-n", "1000", "--password-file", "password", "--out", name)
+            self.assertEqual((done.code, done.err), (0, few + empty))
+            done = self.run_vrx("mac", "-k", name, "--password-file", "password", "letter")
+            self.assertEqual((done.code, done.err), (0, empty))
+
+    def test_contents_that_are_refused(self):
+        self.make("keygen", "--out", "locked")
+        for command in (["keygen", "--out", "new"], ["keypair", "--curve", "A", "--out", "new"], ["mac", "-k", "locked", "letter"]):
+            for content in (b"two\nlines", b"line\n\n"):
+                self.write("two", content, 0o600)
+                self.refused(*command, "--password-file", "two", says="'two' holds more than one line; a password is one line")
+            self.refused(*command, "--password-file", "/dev/zero", says="'/dev/zero' holds more than 16 MiB")
+            self.refused(*command, "--password-file", ".", says="cannot read '.'")
+            self.refused(*command, "--password-file", "none", says="cannot open 'none'")
+            self.refused(*command, "--password-fd", "77", says="cannot open file descriptor 77")
+        self.assertNotIn("new", self.names())
 
 
 class Ciphers(Encrypted):
@@ -228,6 +286,14 @@ class Terminal(Encrypted):
         self.assertEqual((code, err), (2, b"vrx: the two passwords are not the same; try again\n"))
         self.assertNotIn("new", self.names())
 
+    def test_prompts_escape_names(self):
+        name = "a\x1b[2J\u202e'"
+        shown = b"'a\\x1b[2J\\xe2\\x80\\xae\\'': "
+        new = [(b"New password of " + shown, PASSWORD), (b"Password again: ", PASSWORD)]
+        self.assertEqual(self.typed(new, "keygen", "--password", "-n", "1000", "--out", name)[0], 0)
+        self.assertEqual(self.typed([(b"Password of " + shown, PASSWORD)], "mac", "-k", name, "letter")[0], 0)
+        self.assertNotIn(b"\x1b", self.shown)
+
     def test_nobody_is_asked_for_a_key_without_a_password(self):
         self.assertEqual(self.typed([], "mac", "-k", "key", "letter")[0], 0)
         self.assertEqual(self.shown, b"")
@@ -253,6 +319,29 @@ class Engine(Encrypted):
         self.make("keypair", "--curve", "A", "--out", "locked")
         self.openssl("pkey", "-engine", "gost", "-in", "locked", "-passin", "file:password", "-pubout", "-out", "pub")
         self.assertEqual(self.read("pub"), self.vrx("pubkey", "--password-file", "password", "locked"))
+
+    def test_passwords_mean_the_same_there(self):
+        for content in (b"x", "пароль".encode(), b"\xff\xfe", b" x ", b"y" * 1000):
+            self.write("password", content + b"\n", 0o600)
+            self.make("keypair", "--curve", "B", "--out", "locked")
+            self.openssl("pkey", "-engine", "gost", "-in", "locked", "-passin", "file:password", "-pubout", "-out", "pub")
+            self.assertEqual(self.read("pub"), self.vrx("pubkey", "--password-file", "password", "locked"))
+            self.openssl("pkey", "-engine", "gost", "-in", "locked", "-passin", "file:password", "-out", "plain")
+            os.chmod(self.path("plain"), 0o600)
+            self.assertEqual(self.vrx("pubkey", "plain"), self.read("pub"))
+            os.unlink(self.path("locked"))
+
+    def test_its_wrong_passwords_and_other_ciphers_are_refused(self):
+        self.vrx("keypair", "--curve", "A", "--out", "plain")
+        for more, password, says in ((["-v2", "gost89", "-v2prf", "id-HMACGostR3411-94"], "wrong", "the password does not open 'locked'"),
+                                     (["-v2", "gost89", "-v2prf", "hmacWithSHA256"], "password", "uses an unsupported encryption"),
+                                     (["-v2", "aes-256-cbc"], "password", "uses an unsupported encryption"),
+                                     (["-v1", "PBE-SHA1-3DES"], "password", "uses an unsupported encryption")):
+            for form in ("PEM", "DER"):
+                self.openssl("pkcs8", "-engine", "gost", "-topk8", *more, "-in", "plain", "-passout", "file:password",
+                             "-outform", form, "-out", "locked")
+                os.chmod(self.path("locked"), 0o600)
+                self.refused("pubkey", "--password-file", password, "locked", says=says)
 
     def test_what_it_writes_is_read_here(self):
         self.vrx("keypair", "--curve", "A", "--out", "plain")
