@@ -152,6 +152,15 @@ Content read_signed_part(Part contents, Part algorithm, Certificate& result) {
     return read_key_fields(der::Reader(*key), result.algorithm, result.key);
 }
 
+/** True if two extensions have the same identifier. Sorts them, because a hostile file may have very many. */
+bool has_duplicates(const std::vector<Extension>& extensions) {
+    std::vector<std::string_view> names;
+    names.reserve(extensions.size());
+    for (const Extension& extension : extensions) names.emplace_back(extension.oid);
+    std::ranges::sort(names);
+    return std::ranges::adjacent_find(names) != names.end();
+}
+
 }  // namespace
 
 bool Certificate::allows(KeyUsage usage) const {
@@ -194,11 +203,9 @@ std::optional<std::vector<Extension>> read_extensions(Part contents) {
         const auto value = fields.next(der::octet_string);
         if (!value || !fields.at_end() || !der::is_well_formed(*value)) return std::nullopt;
         extension.value = *value;
-        if (std::ranges::any_of(result, [&](const Extension& other) { return other.oid == extension.oid; }))
-            return std::nullopt;
         result.push_back(std::move(extension));
     }
-    if (result.empty()) return std::nullopt;
+    if (result.empty() || has_duplicates(result)) return std::nullopt;
     return result;
 }
 

@@ -27,16 +27,38 @@ std::optional<Element> element(std::span<const std::uint8_t> octets) {
     return e;
 }
 
+/** Check the form that DER requires of a universal type (X.690, sections 8 and 10.2): constructed only where it must.
+ */
+bool has_right_form(std::uint8_t tag) {
+    if ((tag & 0xC0) != 0) return true;  // not universal: the document defines its form
+    const unsigned number = tag & 0x1FU;
+    const bool constructed = (tag & 0x20) != 0;
+    constexpr unsigned end_of_contents = 0;
+    constexpr unsigned reserved = 15;
+    constexpr std::uint32_t always_constructed = 1U << 8 | 1U << 11 | 1U << 16 | 1U << 17;  // SEQUENCE, SET and others
+    if (number == end_of_contents || number == reserved) return false;
+    return constructed == ((always_constructed >> number & 1U) != 0);
+}
+
+/** Check the contents of a BIT STRING: at most 7 unused bits, which are zero. */
+bool is_bit_string(Part contents) {
+    if (contents.empty() || contents.front() > 7) return false;
+    const unsigned unused = contents.front();
+    return contents.size() == 1 ? unused == 0 : (contents.back() & ((1U << unused) - 1)) == 0;
+}
+
 bool all_well_formed(Part octets, int depth) {
     if (depth > deepest) return false;
     for (Reader reader(octets); !reader.at_end();) {
         const std::uint8_t tag = *reader.tag();
-        if ((tag & 0x1F) == 0x1F) return false;  // tag numbers above 30 do not occur here
+        if ((tag & 0x1F) == 0x1F || !has_right_form(tag)) return false;  // tag numbers above 30 do not occur here
         const auto contents = reader.next(tag);
         if (!contents) return false;
         if ((tag & 0x20) != 0) {
             if (!all_well_formed(*contents, depth + 1)) return false;
-        } else if ((tag == boolean && !truth(*contents)) || (tag == integer && !is_integer(*contents)) ||
+        } else if ((tag == boolean && !truth(*contents)) ||
+                   ((tag == integer || tag == enumerated) && !is_integer(*contents)) ||
+                   (tag == bit_string && !is_bit_string(*contents)) ||
                    (tag == object_identifier && !dotted(*contents)) || (tag == null && !contents->empty())) {
             return false;
         }

@@ -53,12 +53,14 @@ std::string attribute_text(std::uint8_t tag, Part octets) {
         return "#" + app::to_hex(octets);
     }
     std::string text;
-    for (const char32_t c : characters) {
+    for (std::size_t i = 0; i < characters.size(); ++i) {
+        const char32_t c = characters[i];
         if (app::is_deceptive(c)) {
             text.append("\\{").append(app::to_hex(static_cast<std::uint32_t>(c))).append("}");
             continue;
         }
-        if (c == ',' || c == '+' || c == '"' || c == '\\' || c == '<' || c == '>' || c == ';') text += '\\';
+        const bool at_edge = (c == ' ' && (i == 0 || i + 1 == characters.size())) || (c == '#' && i == 0);
+        if (at_edge || c == ',' || c == '+' || c == '"' || c == '\\' || c == '<' || c == '>' || c == ';') text += '\\';
         app::append_utf8(text, c);
     }
     return text;

@@ -23,7 +23,7 @@ bool take_extensions(Part contents, RevocationList& list) {
     return true;
 }
 
-bool read_revoked(Part contents, RevocationList& list) {
+bool read_revoked(Part contents, bool may_be_extended, RevocationList& list) {
     if (contents.empty()) return false;
     for (der::Reader all(contents); !all.at_end();) {
         const auto one = all.next(der::sequence);
@@ -32,7 +32,8 @@ bool read_revoked(Part contents, RevocationList& list) {
         const auto serial = fields.next(der::integer);
         const auto since = read_time(fields);
         if (!serial || !since) return false;
-        if (fields.tag() == der::sequence && !take_extensions(fields.next(der::sequence).value_or(Part{}), list))
+        if (fields.tag() == der::sequence &&
+            (!may_be_extended || !take_extensions(fields.next(der::sequence).value_or(Part{}), list)))
             return false;
         if (!fields.at_end()) return false;
         list.revoked.push_back({*serial, *since});
@@ -69,7 +70,7 @@ bool read_revocation_list(Part octets, RevocationList& list) {
     }
     if (fields.tag() == der::sequence) {
         const auto revoked = fields.next(der::sequence);
-        if (!revoked || !read_revoked(*revoked, list)) return false;
+        if (!revoked || !read_revoked(*revoked, second, list)) return false;
     }
     if (fields.tag() == der::context_0) {
         der::Reader tagged(fields.next(der::context_0).value_or(Part{}));

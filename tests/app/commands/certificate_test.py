@@ -5,6 +5,7 @@ import os
 import re
 
 import certificates as x509
+import gost
 from certificates import CIPHER_A, CURVE_A, CURVE_XCHA, HASH_CRYPTOPRO, HASH_TEST
 from program import main, some
 from signatures import ORDER, SignatureTest, flipped
@@ -41,8 +42,10 @@ class Certificates(CertificateTest):
         for name in ("cert", "cert.pem"):
             time = ["--time", "2006-01-01"]
             out = self.verify(*time, cert=name)
-            for fact in ("subject:    CN=GostR3410-2001 example", "not-before: 2005-08-16 14:18:20", "serial:     2bf5c6",
-                         "sha1:       " + hashlib.sha1(octets).hexdigest()):
+            for fact in ("subject:    CN=GostR3410-2001 example", "issuer:     CN=GostR3410-2001 example",
+                         "not-before: 2005-08-16 14:18:20", "not-after:  2015-08-16 14:18:20", "serial:     2bf5c6",
+                         "sha1:       " + hashlib.sha1(octets).hexdigest() + "\n",
+                         "gost:       " + gost.digest(self.tables()["cryptopro"], octets).hex() + "\n"):
                 self.assertIn("\n  " + fact, out)
             self.verify("--set", "cryptopro", *time, cert=name)
             self.verify("--set", "test", *time, cert=name, code=1)
@@ -155,6 +158,23 @@ class Alone(CertificateTest):
             self.certify(CURVE_A, HASH_CRYPTOPRO, extensions=[x509.extension(oid, "3000", critical=False)])
             self.assertEqual(self.status()["chain"], "unchecked")
 
+    def test_status_lines(self):
+        self.certify(CURVE_A, HASH_CRYPTOPRO, extensions=[x509.key_usage("0")])
+        octets = self.read("cert")
+        lines = ["signature valid", "certificate valid", "chain unchecked", "time 2021-02-03 00:00:00", "subject CN=Anna",
+                 "issuer CN=Anna", "serial 0101", "sha1 " + hashlib.sha1(octets).hexdigest(),
+                 "gost " + gost.digest(self.tables()["cryptopro"], octets).hex(), "not-before 2020-01-01 00:00:00",
+                 "not-after 2090-01-01 00:00:00"]
+        done = self.run_vrx("verify", "--cert", "cert", "-S", "sig", "--status", "--time", "2021-02-03", "letter")
+        self.assertEqual((done.code, done.out.decode().splitlines()), (0, lines))
+        done = self.run_vrx("verify", "--cert", "cert", "-S", "sig", "--status", "--time", "2019-02-03", "letter")
+        self.assertEqual((done.code, done.out.decode().splitlines()[:4]),
+                         (1, ["signature valid", "certificate not-valid", "reason not-yet-valid", "chain unchecked"]))
+        self.write("letter", b"another letter")
+        self.assertEqual(self.status("--time", "any", code=1)["signature"], "not-valid")
+        done = self.run_vrx("verify", "--key", "a.pub", "-S", "sig", "--status", "letter")
+        self.assertEqual((done.code, done.out, done.err), (1, b"signature not-valid\ncertificate none\n", b""))
+
     def test_certificates_must_be_strict_der(self):
         key = x509.key(x509.algorithm(CURVE_A, HASH_CRYPTOPRO), self.point)
         usage = x509.key_usage("0")
@@ -179,6 +199,11 @@ class Alone(CertificateTest):
                 "FALSE written out": x509.certificate(x509.to_be_signed(key, extensions=[usage.replace("0101ff", "010100")])),
                 "zero bits at the end of key usage": x509.certificate(
                     x509.to_be_signed(key, extensions=[x509.extension("0603551d0f", "03020080")])),
+                **{what: x509.certificate(x509.to_be_signed(key, extensions=[x509.extension("06032a0304", value, critical=False)]))
+                   for what, value in {"an octet string in parts": "240404020000", "a sequence in primitive form": "1000",
+                                       "an end of contents": "0000", "a reserved type": "0f00", "unused bits that are set": "030201ff",
+                                       "8 unused bits": "03020800", "unused bits of nothing": "030101",
+                                       "a bit string without its first octet": "0300", "a long enumerated": "0a020001"}.items()},
                 "a length of two octets that one would hold": bytes.fromhex(
                     x509.certificate(x509.to_be_signed(key)).hex().replace("0603550403", "068103550403").replace(
                         name, name)),
@@ -190,6 +215,12 @@ class Alone(CertificateTest):
                 done = self.run_vrx("inspect", "cert")
                 self.assertEqual(done.code, 1, done.out)
                 self.assertIn(b"damaged", done.out)
+
+    def test_characters_that_could_belong_to_the_form_of_names_are_escaped(self):
+        for value, shown in ((" a  b ", "\\ a  b\\ "), ("#0403", "\\#0403"), ("a#", "a#"), (" ", "\\ "), ("A, CN=B", "A\\, CN=B"),
+                             ('"', '\\"'), ("a\nreason none", "a\\{0a}reason none"), ("\\{0a}", "\\\\{0a}")):
+            self.certify(CURVE_A, HASH_CRYPTOPRO, subject=x509.name((x509.COMMON_NAME, x509.text("0c", value))))
+            self.assertEqual(self.status()["subject"], "CN=" + shown)
 
     def test_deceptive_characters_of_names_are_escaped(self):
         for hostile in ("\x1b[2J", "\x9b2J", "\u202egpj", "\u200b", "\u2066", "\ufeff", "\u2028", "\U000e0041", "\x7f"):
@@ -205,8 +236,9 @@ class Chains(CertificateTest):
     def issue(self, name, issuer=None, extensions=(), curve="A", key=None, sign_with=None, **fields):
         if key is None and name + ".key" not in [n for n in self.names()]:
             self.pair(name, curve)
+        names = {"subject": self.called(name), "issuer": fields.pop("issuer_name", self.called(issuer or name))}
         self.write("tbs", bytes.fromhex(x509.to_be_signed(
-            self.der((key or name) + ".pub").hex(), subject=self.called(name), issuer=self.called(issuer or name), extensions=list(extensions), **fields)))
+            self.der((key or name) + ".pub").hex(), extensions=list(extensions), **{**names, **fields})))
         self.vrx("sign", "-k", (sign_with or issuer or name) + ".key", "-o", "tbs.sig", "tbs")
         octets = x509.certificate(self.read("tbs").hex(), self.read("tbs.sig").hex())
         self.write(name + ".crt", self.pem("CERTIFICATE", octets))
@@ -276,6 +308,36 @@ class Chains(CertificateTest):
         self.make(root={"extensions": [x509.authority(1)]})
         self.check()
 
+    def test_self_issued_authorities_do_not_count_for_the_path_length(self):
+        self.pair("newer", "A")
+        self.make(root={"extensions": [x509.authority(1)]})
+        # The root replaces its key: the same name, signed with the old key.
+        self.issue("root2", extensions=[x509.authority(1)], key="newer", sign_with="root", subject=self.called("root"),
+                   issuer_name=self.called("root"))
+        self.issue("middle", "root", extensions=[x509.authority(0)], sign_with="newer")
+        self.check(authorities=["root.crt", "root2.crt", "middle.crt"])
+
+    def test_key_identifiers_must_fit(self):
+        subject_key = "0603551d0e", "0404" + "01020304"
+        for wanted, reason in (("01020304", None), ("01020305", "no-chain"), ("", "no-chain")):
+            authority_key = x509.element("30", x509.element("80", wanted))
+            self.make(middle={"extensions": [x509.authority(0), x509.extension(*subject_key, critical=False)]},
+                      signer={"extensions": [x509.extension("0603551d23", authority_key, critical=False)]})
+            self.check(reason=reason)
+
+    def test_critical_extensions_of_the_links(self):
+        for name in ("root", "middle"):
+            for critical in (True, False):
+                unknown = x509.extension("0603551d1e", "3000", critical=critical)  # name constraints
+                self.make(**{name: {"extensions": [x509.authority(), x509.key_usage("56"), unknown]}})
+                self.check(reason="critical-extension" if critical else None)
+
+    def test_lists_of_issuers_that_may_not_sign_them(self):
+        self.make(middle={"extensions": [x509.authority(0), x509.key_usage("5")]})
+        self.revocations(issuer="root")
+        self.revocations("05")
+        self.check("--crl", "middle.crl", "--crl", "root.crl", reason="no-crl")
+
     def test_dates_of_the_links(self):
         for name in ("root", "middle", "signer"):
             self.make(**{name: {"begin": "200101000000Z", "end": "210101000000Z"}} | (
@@ -330,6 +392,15 @@ class Chains(CertificateTest):
         self.check(*both, reason="crl-extension")
         self.revocations()
         self.check("--crl", "middle.crl", reason="no-crl")
+        entry = x509.element("30", x509.element("02", "05"), x509.time("210101000000Z"),
+                             x509.element("30", x509.extension("0603551d15", "0a0101", critical=False)))
+        for version, code in (("020101", 0), ("", 2)):  # only version 2 has extensions
+            self.write("tbs", bytes.fromhex(x509.element(
+                "30", version, x509.GOST_SIGNATURE, self.called("middle"), x509.time("200102000000Z"), x509.element("30", entry))))
+            self.vrx("sign", "-k", "middle.key", "-o", "tbs.sig", "tbs")
+            self.write("middle.crl", x509.certificate(self.read("tbs").hex(), self.read("tbs.sig").hex()))
+            done = self.run_vrx("verify", "--cert", "signer.crt", "--ca", "root.crt", "--ca", "middle.crt", *both, "-S", "sig", "letter")
+            self.assertEqual(done.code, code, done.err)
         self.refused("verify", "--cert", "signer.crt", "--crl", "crl", "-S", "sig", "letter", says="--crl belongs to --ca")
         self.refused("verify", "--key", "a.pub", "--ca", "root.crt", "-S", "sig", "letter", says="belong to --cert")
 

@@ -247,6 +247,13 @@ class Others(InspectTest):
 
 
 class LargeFiles(ProgramTest):
+    def test_labels_are_bounded(self):
+        for size in (64, 65, 1000):
+            label = b"L" * size
+            self.write("labelled", b"-----BEGIN " + label + b"-----\nAAAA\n-----END " + label + b"-----\n")
+            done = self.run_vrx("inspect", "labelled")
+            self.assertEqual((done.code, label in done.out), (0 if size == 64 else 1, size == 64), done.err)
+
     def test_reading_a_large_file_takes_linear_time(self):
         """Two megabytes of each input that a parser could read quadratically."""
         label = b"-----BEGIN " + b"A" * 1_000_000 + b"-----\n"
@@ -260,6 +267,22 @@ class LargeFiles(ProgramTest):
             taken = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before
             self.assertEqual(done.code, 1, done.err)
             self.assertLess(taken, 10 if SANITIZED else 1)
+
+    def test_a_certificate_with_very_many_extensions_takes_linear_time(self):
+        def element(tag, content):
+            return bytes([tag, 0x83]) + len(content).to_bytes(3, "big") + content
+
+        head = bytes.fromhex(x509.to_be_signed(x509.element("30", "300d06092a864886f70d0101010500", "030400300000")))
+        head = head[2 + (head[1] & 0x7f if head[1] >= 0x80 else 0):]  # the fields, without tag and length
+        numbers = (bytes([0x80 | i >> 14, 0x80 | i >> 7 & 127, i & 127]) for i in range(1 << 14, 150_000))
+        extensions = b"".join(bytes.fromhex("300a06042a") + n + bytes.fromhex("04020500") for n in numbers)
+        signed = element(0x30, head + element(0xa3, element(0x30, extensions)))
+        self.write("large", element(0x30, signed + bytes.fromhex(x509.GOST_SIGNATURE + x509.element("03", "00", "00" * 64))))
+        before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
+        out = self.vrx("inspect", "large")
+        taken = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before
+        self.assertIn(b"a certificate for a key of RSA", out)
+        self.assertLess(taken, 20 if SANITIZED else 2)
 
 
 if __name__ == "__main__":
