@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <string.h>
 #include <vrx.h>
+#include <vrx/check.h>
 #include <vrx/random.h>
 
 static int hash_letter(const char *letter, uint32_t digest[VRX_ECC_DIGEST_WORDS]) {
@@ -31,8 +32,10 @@ int main(void) {
         return 1;
     }
 
-    /* The recipient first checks that the key is on the curve. */
-    if (ecCheckPublicKey(set, &key) != VRX_OK || ecLoadSignValue(octets, &signature) != VRX_OK) return 1;
+    /* The recipient first checks the key, and the range of the signature. */
+    if (vrx_check_public_key(set, &key) != VRX_OK || ecLoadSignValue(octets, &signature) != VRX_OK ||
+        vrx_check_signature(set, &signature) != VRX_OK)
+        return 1;
     printf("Meet me at noon. %s\n", ecVerify(set, digest, &key, &signature) == VRX_OK ? "genuine" : "FORGED");
     if (hash_letter("Meet me at nine.", digest) != VRX_OK) return 1;
     printf("Meet me at nine. %s\n", ecVerify(set, digest, &key, &signature) == VRX_OK ? "genuine" : "FORGED");

@@ -11,7 +11,8 @@
  * 0.
  *
  * **Warning:** the functions do not check values. After you load a private key, check 0 < d < q. After you load a
- * public key, check x < p and y < p and call ecCheckPublicKey().
+ * public key, check x < p and y < p and call ecCheckPublicKey(). vrx_check_private_key() and vrx_check_public_key() make
+ * these checks.
  *
  * The functions log a NULL pointer and then leave the result unchanged. Octets may lie at any address; numbers must be
  * aligned for uint32_t. The functions allocate nothing. They may be called by any number of threads.

@@ -10,7 +10,7 @@
  *
  * **Warning:** the functions do not check numbers. Make sure that 0 < d < q for a private key before you sign with it.
  * For a public key from someone else, make sure that x < p and y < p, and call ecCheckPublicKey(). For a signature, see
- * ecVerify().
+ * ecVerify(). vrx_check_private_key(), vrx_check_public_key() and vrx_check_signature() make these checks.
  *
  * **Warning:** with the unchanged built-in sets, signing and key generation take the same time for every private key
  * and nonce. With a changed or custom set, the time depends on them.
