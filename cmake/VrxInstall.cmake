@@ -1,4 +1,5 @@
-# Installation rules for `cmake --install`, in the components library, development and program. Each is also a package.
+# Installation rules for `cmake --install`, in the components library, development, program and python. Each is also a
+# package. The component python is for packages only: elsewhere pip installs the module.
 include(CMakePackageConfigHelpers)
 
 set(VRX_ZSH_COMPLETION_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING
@@ -6,7 +7,7 @@ set(VRX_ZSH_COMPLETION_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STR
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vrx)
 
 # --- library ---
-install(TARGETS vrx EXPORT vrx-targets
+install(TARGETS vrx vrx_cxx EXPORT vrx-targets
   LIBRARY COMPONENT library NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
@@ -35,17 +36,37 @@ else()
   file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   string(REGEX REPLACE "/$" "" VRX_PC_PREFIX "\${pcfiledir}/${up}")
 endif()
-configure_file(${CMAKE_CURRENT_LIST_DIR}/vrx.pc.in ${PROJECT_BINARY_DIR}/vrx.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/vrx.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+foreach(module vrx vrx-cxx)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/${module}.pc.in ${PROJECT_BINARY_DIR}/${module}.pc @ONLY)
+endforeach()
+install(FILES ${PROJECT_BINARY_DIR}/vrx.pc ${PROJECT_BINARY_DIR}/vrx-cxx.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/man/*.3)
 install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
 
+# Documents and examples, in the folders of the source tree, so that the links between them work.
+set(VRX_DOC_DIR ${CMAKE_INSTALL_DATADIR}/doc/libvrx-dev)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md
+  ${PROJECT_SOURCE_DIR}/SECURITY.md ${PROJECT_SOURCE_DIR}/LICENSE
+  DESTINATION ${VRX_DOC_DIR} COMPONENT development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${VRX_DOC_DIR}
+  COMPONENT development
+  PATTERN CMakeLists.txt EXCLUDE
+  PATTERN .clang-format EXCLUDE
+  PATTERN "expect.py" EXCLUDE
+  PATTERN "common_rules.py" EXCLUDE
+  PATTERN "Doxyfile*" EXCLUDE
+  PATTERN "layout.xml" EXCLUDE
+  PATTERN "site.css" EXCLUDE
+  PATTERN __pycache__ EXCLUDE)
+
 # --- program ---
 if(TARGET vrx_program)
   install(TARGETS vrx_program RUNTIME COMPONENT program)
-  file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/man/*.1)
-  install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
+  foreach(section 1 5)
+    file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/man/*.${section})
+    install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT program)
+  endforeach()
   file(GLOB completions CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/app/completion/*.bash)
   foreach(completion IN LISTS completions)
     cmake_path(GET completion STEM command)
@@ -55,3 +76,11 @@ if(TARGET vrx_program)
   file(GLOB completions CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/app/completion/_*)
   install(FILES ${completions} DESTINATION ${VRX_ZSH_COMPLETION_DIR} COMPONENT program)
 endif()
+
+# --- python ---
+set(VRX_PYTHON_DIR lib/python3/dist-packages)  # of Debian, for all versions of Python 3
+configure_file(${CMAKE_CURRENT_LIST_DIR}/python3-vrx/PKG-INFO.in ${PROJECT_BINARY_DIR}/PKG-INFO @ONLY)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/python/src/vrx DESTINATION ${VRX_PYTHON_DIR} COMPONENT python EXCLUDE_FROM_ALL
+  FILES_MATCHING PATTERN *.py PATTERN py.typed PATTERN __pycache__ EXCLUDE)
+install(FILES ${PROJECT_BINARY_DIR}/PKG-INFO DESTINATION ${VRX_PYTHON_DIR}/vrx-${PROJECT_VERSION}.egg-info
+  COMPONENT python EXCLUDE_FROM_ALL)

@@ -5,7 +5,7 @@ set(CPACK_PACKAGE_CONTACT "the libvrx developers <libvrx@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Russian national (GOST) cryptography")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
-set(CPACK_COMPONENTS_ALL library development)
+set(CPACK_COMPONENTS_ALL library development python)
 set(CPACK_STRIP_FILES ON)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -35,6 +35,12 @@ vrx_package(library libvrx${PROJECT_VERSION_MAJOR} libs
 vrx_package(development libvrx-dev libdevel
   "For programs that use the library: headers for C and C++, the static library, and what pkg-config and CMake ask for."
   "${same_library}, libc6-dev")
+vrx_package(python python3-vrx python
+  "The Python module vrx: GOST 28147-89, GOST R 34.11-94 and GOST R 34.10-2001 with the library libvrx."
+  "${same_library}, python3 (>= 3.9)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_CURRENT_LIST_DIR}/python3-vrx/postinst ${CMAKE_CURRENT_LIST_DIR}/python3-vrx/prerm)
 if(TARGET vrx_program)
   list(APPEND CPACK_COMPONENTS_ALL program)
   vrx_package(program vrx utils

@@ -16,7 +16,7 @@
 #define VRX_HPP
 
 #if __cplusplus < 202002L
-#error "vrx.hpp needs C++20: compile with -std=c++20. C++11 to C++17 programs can include vrx.h instead."
+#error "vrx.hpp needs C++20: compile with -std=c++20, or link the CMake target vrx::cxx. C++11 to C++17 programs can include vrx.h instead."
 #else
 
 #include "vrx.h"

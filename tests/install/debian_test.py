@@ -14,7 +14,7 @@ from pathlib import Path
 
 from setting import InstallTest, clean_environment, main, setting
 
-PACKAGES = ("libvrx1", "libvrx-dev", "vrx")
+PACKAGES = ("libvrx1", "libvrx-dev", "python3-vrx", "vrx")
 
 
 def as_root():
@@ -60,6 +60,7 @@ class Debian(InstallTest):
 
     def test_other_packages_depend_on_the_same_version(self):
         self.assertEqual(self.depends("libvrx-dev"), {"libvrx1": f"= {setting.version}", "libc6-dev": ""})
+        self.assertEqual(self.depends("python3-vrx"), {"libvrx1": f"= {setting.version}", "python3": ">= 3.9"})
         program = self.depends("vrx")
         self.assertEqual(sorted(program), ["libc6", "libgcc-s1", "libstdc++6", "libvrx1"])
         self.assertEqual(program["libvrx1"], f"= {setting.version}")
@@ -75,10 +76,16 @@ class Debian(InstallTest):
                          ["libvrx.so.1", f"libvrx.so.{setting.version}", "copyright"])
         root, development = self.unpacked("libvrx-dev")
         self.assertTrue({"usr/include/vrx.h", "usr/include/vrx.hpp", "usr/include/vrx/frame.h"} <= set(development))
-        self.assertTrue({"libvrx.so", "libvrx.a", "vrx.pc", "vrx-config.cmake"} <= {Path(n).name for n in development})
+        self.assertTrue({"libvrx.so", "libvrx.a", "vrx.pc", "vrx-cxx.pc", "vrx-config.cmake"} <= {Path(n).name for n in development})
+        documents = {name.removeprefix("usr/share/doc/libvrx-dev/") for name in development if "/doc/libvrx-dev/" in name}
+        self.assertTrue({"docs/interop.md", "docs/guides/guides.md", "examples/first.c", "README.md"} <= documents)
         _, program = self.unpacked("vrx")
+        self.assertTrue({"vrx.1", "vrx_keys.5", "vrx_formats.5"} <= {Path(n).name for n in program})
         self.assertIn("usr/bin/vrx", program)
-        everything = library + development + program
+        _, module = self.unpacked("python3-vrx")
+        sources = sorted(path.name for path in (Path(setting.source) / "python/src/vrx").iterdir() if path.is_file())
+        self.assertEqual([Path(name).name for name in module if "/dist-packages/vrx/" in name], sources)
+        everything = library + development + program + module
         self.assertEqual(len(everything), len(set(everything)), "two packages hold the same file")
         self.assertEqual([name for name in everything if not name.startswith("usr/")], [])
 
@@ -121,6 +128,12 @@ class Debian(InstallTest):
         self.assertIn(f"vrx {setting.version}", self.run_program(root / "usr/bin/vrx", "version", env=loads))
         self.assertIn(f"=> {libraries}/libvrx.so.1",
                       self.run_program(root / "usr/bin/vrx", env=loads | {"LD_TRACE_LOADED_OBJECTS": "1"}))
+        module = root / "usr/lib/python3/dist-packages"
+        self.assertTrue(list((module / "vrx/__pycache__").iterdir()), "the module is compiled")
+        said = self.run_program("/usr/bin/python3", "-c", "import importlib.metadata, vrx; print(vrx.__file__, "
+                                "importlib.metadata.version('vrx'), vrx.sha1(b'abc').hexdigest())",
+                                env=loads | {"PYTHONPATH": str(module)})
+        self.assertEqual(said, f"{module}/vrx/__init__.py {setting.version} a9993e364706816aba3e25717850c26c9cd0d89d\n")
         program = self.scratch / "first"
         self.run_program(setting.cc, "-std=c11", f"-I{root}/usr/include", Path(setting.source) / "examples/first.c",
                          "-o", program, f"-L{libraries}", "-lvrx")

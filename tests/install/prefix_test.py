@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Tests cmake --install into a scratch prefix, and builds programs against it."""
 
+import re
 import shutil
 from pathlib import Path
 
@@ -47,15 +48,42 @@ class Prefix(InstallTest):
         self.assertEqual([name for name in files if name.startswith("include/")], headers)
         libraries = self.libraries(self.prefix).relative_to(self.prefix)
         for name in ("bin/vrx", f"{libraries}/libvrx.a", f"{libraries}/libvrx.so", f"{libraries}/libvrx.so.1",
-                     f"{libraries}/libvrx.so.{setting.version}", f"{libraries}/pkgconfig/vrx.pc",
+                     f"{libraries}/libvrx.so.{setting.version}", f"{libraries}/pkgconfig/vrx.pc", f"{libraries}/pkgconfig/vrx-cxx.pc",
                      f"{libraries}/cmake/vrx/vrx-config.cmake", f"{libraries}/cmake/vrx/vrx-config-version.cmake"):
             self.assertIn(name, files)
-        manual = sorted(path.name for path in Path(setting.source).glob("man/*.[13]"))
+        manual = sorted(path.name for path in Path(setting.source).glob("man/*.[135]"))
         self.assertEqual(sorted(Path(name).name for name in files if name.startswith("share/man/")), manual)
         completions = [path for path in Path(setting.source).glob("app/completion/*")
                        if path.name[0] == "_" or path.suffix == ".bash"]
         installed = [name for name in files if "completion" in name or "site-functions" in name]
         self.assertEqual(len(installed), len(completions))
+
+    def test_links_of_installed_documents_lead_to_installed_files(self):
+        folder = self.prefix / "share/doc/libvrx-dev"
+        seen = 0
+        for page in folder.rglob("*.md"):
+            text = re.sub(r"```.*?```|`[^`\n]*`", "", page.read_text(encoding="utf-8"), flags=re.S)
+            for target in re.findall(r"\]\(([^)#\s]+)", text):
+                if not re.match(r"https?:", target):
+                    self.assertTrue((page.parent / target).exists(), f"{page.relative_to(folder)}: {target}")
+                    seen += 1
+        self.assertGreater(seen, 60)
+
+    def test_installed_examples_are_complete(self):
+        folder = Path(setting.source) / "examples"
+        names = {str(path.relative_to(folder)) for path in folder.rglob("*") if path.is_file()}
+        names -= {name for name in names if name.endswith(("CMakeLists.txt", ".clang-format", "expect.py", ".pyc"))}
+        self.assertEqual(set(self.files(self.prefix / "share/doc/libvrx-dev/examples")), names)
+        self.assertIn("first.c", names)
+
+    def test_paths_in_help_and_manual_pages_exist(self):
+        texts = [self.run_program(self.prefix / "bin/vrx", "help", *topic, env=clean_environment())
+                 for topic in ([], ["start"], ["byte-orders"])]
+        texts += [path.read_text(encoding="utf-8").replace("\\-", "-") for path in Path(setting.source).glob("man/*")]
+        paths = {path.rstrip(".") for text in texts for path in re.findall(r"/usr/(share/doc[\w./-]+)", text)}
+        self.assertGreaterEqual(len(paths), 4)
+        for path in paths:
+            self.assertTrue((self.prefix / path).exists(), path)
 
     def test_no_file_contains_a_build_path(self):
         for name in self.files(self.prefix):
@@ -91,10 +119,10 @@ class Prefix(InstallTest):
         libraries = self.libraries(self.prefix)
         environment = clean_environment(PKG_CONFIG_PATH=str(libraries / "pkgconfig"))
         self.assertEqual(self.run_program("pkg-config", "--modversion", "vrx", env=environment).strip(), setting.version)
-        flags = self.run_program("pkg-config", "--cflags", "--libs", "vrx", env=environment).split()
         for source in self.examples:
             program = self.scratch / source.stem
-            compiler = [setting.cc, "-std=c11"] if source.suffix == ".c" else [setting.cxx, "-std=c++20"]
+            compiler, module = ([setting.cc, "-std=c11"], "vrx") if source.suffix == ".c" else ([setting.cxx], "vrx-cxx")
+            flags = self.run_program("pkg-config", "--cflags", "--libs", module, env=environment).split()
             self.run_program(*compiler, source, "-o", program, *flags, env=clean_environment())
             self.says_what_is_expected(program, LD_LIBRARY_PATH=str(libraries))
 
