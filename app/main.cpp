@@ -60,6 +60,7 @@ Commands:
     for (const Topic& topic : topics()) line(topic.name, topic.summary);
     return text + R"(
 'vrx help COMMAND' or 'vrx COMMAND --help' explains a command, 'vrx help TOPIC' a topic.
+Manual pages: vrx(1), vrx_keys(5) and vrx_formats(5). Guides: /usr/share/doc/libvrx-dev (package libvrx-dev).
 Exit codes: 0 done, 1 a check failed, 2 wrong use or an input/output error ('vrx help exit-codes').
 
 Example:

@@ -43,9 +43,9 @@ a password, a salt and an iteration count
 a public key of a peer, and your private key
     vrx agree --key KEY.pem --peer PEER.pub
 a service to write in C
-    vrx.h; man libvrx
+    vrx.h; man libvrx, /usr/share/doc/libvrx-dev
 a service to write in C++ or Python
-    vrx.hpp; the Python module vrx
+    vrx.hpp; the Python module vrx; /usr/share/doc/libvrx-dev
 keys or data of GOST R 34.10-2012, 34.11-2012, 34.12-2015
     not supported; use libgcrypt or OpenSSL's GOST engine
 )"},
@@ -157,8 +157,8 @@ This program uses these:
   digest to be signed the first byte is the least significant of the number.
   UKM (--ukm)         least significant byte first.
 
-docs/interop.md in the source tree compares all of them with the standards and
-with other programs.
+The package libvrx-dev has a page that compares all of them with the standards
+and with other programs: /usr/share/doc/libvrx-dev/docs/interop.md.
 )"},
     {"exit-codes", "what the exit codes mean",
      R"(Exit codes

@@ -2,30 +2,35 @@
 #include <stdio.h>
 #include <string.h>
 #include <vrx.h>
+#include <vrx/stream.h>
 
 int main(void) {
-    static const uint32_t key[VRX_KEY_WORDS] = {1, 2, 3, 4, 5, 6, 7, 8}; /* in real use: 32 random bytes */
-    static const uint8_t iv[VRX_BLOCK_SIZE] = {0};              /* in real use: never reuse an IV with the same key */
-    const vrx_gost28147_par *set = get_GOST28147_default_par(); /* CryptoPro-A: CFB with key meshing */
-    char pieces[][16] = {"Attack ", "at ", "dawn."};
+    /* In real use: 32 random bytes. */
+    static const uint8_t key[VRX_KEY_SIZE] = {1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0, 4, 0, 0, 0,
+                                              5, 0, 0, 0, 6, 0, 0, 0, 7, 0, 0, 0, 8, 0, 0, 0};
+    static const uint8_t iv[VRX_BLOCK_SIZE] = {0};       /* in real use: never reuse an IV with the same key */
+    const vrx_gost28147_par *set = get_GOST28147_par(1); /* CryptoPro-A: CFB with key meshing */
+    const char *pieces[] = {"Attack ", "at ", "dawn."};
     uint8_t text[64];
-    uint32_t done = 0;
+    size_t size = 0;
 
-    vrx_crpt_ctx ctx;
-    vrx_crpt_init_context(&ctx, 1, set->tz, set->mode, 0, set->key_meshing, 0, iv, key);
-    for (size_t i = 0; i < sizeof pieces / sizeof *pieces; i++) {
-        vrx_data in = {(uint32_t)strlen(pieces[i]), (uint8_t *)pieces[i]};
-        vrx_data out = {(uint32_t)sizeof text - done, text + done};
-        if (vrx_crpt_update(&ctx, &in, &out) != VRX_OK) return 1;
-        done += out.length;
+    vrx_crpt_ctx stream;
+    int rc = vrx_open_stream(&stream, set, VRX_ENCRYPT, iv, key);
+    for (size_t i = 0; i < sizeof pieces / sizeof *pieces && rc == VRX_OK; i++) {
+        size_t written;
+        rc = vrx_update_stream(&stream, pieces[i], strlen(pieces[i]), text + size, sizeof text - size, &written);
+        size += written;
     }
-    if (vrx_crpt_final(&ctx) != VRX_OK) return 1;
+    if (rc == VRX_OK) rc = vrx_close_stream(&stream); /* wipes the key */
+    for (size_t i = 0; i < size; i++) printf("%02x", text[i]);
 
-    for (uint32_t i = 0; i < done; i++) printf("%02x", text[i]);
-
-    vrx_data all = {done, text}; /* in place */
-    vrx_crpt_init_context(&ctx, 0, set->tz, set->mode, 0, set->key_meshing, 0, iv, key);
-    if (vrx_crpt_update(&ctx, &all, &all) != VRX_OK || vrx_crpt_final(&ctx) != VRX_OK) return 1;
-    printf("\n%.*s\n", (int)done, (const char *)text);
+    if (rc == VRX_OK) rc = vrx_open_stream(&stream, set, VRX_DECRYPT, iv, key);
+    if (rc == VRX_OK) rc = vrx_update_stream(&stream, text, size, text, sizeof text, NULL); /* in place */
+    if (rc == VRX_OK) rc = vrx_close_stream(&stream);
+    if (rc != VRX_OK) {
+        fprintf(stderr, "first: %s\n", vrx_strerror(rc));
+        return 1;
+    }
+    printf("\n%.*s\n", (int)size, (const char *)text);
     return 0;
 }

@@ -177,7 +177,8 @@ def program_page(program):
              *literal(["vrx hash *.iso > sums", "vrx hash --check sums"]),
              ".Pp", "Encrypt a stream between two hosts:",
              *literal(["tar c folder | vrx encrypt --key my.key | ssh host 'cat > folder.enc'"]),
-             ".Sh SEE ALSO", ".Xr gpg 1 ,", ".Xr openssl 1 ,", ".Xr sha256sum 1 ,", ".Xr libvrx 3", ".Sh STANDARDS",
+             ".Sh SEE ALSO", ".Xr gpg 1 ,", ".Xr openssl 1 ,", ".Xr sha256sum 1 ,", ".Xr libvrx 3 ,", ".Xr vrx_formats 5 ,",
+             ".Xr vrx_keys 5", ".Sh STANDARDS",
              *filled("GOST 28147-89 (RFC 5830), GOST R 34.11-94 (RFC 5831), GOST R 34.10-2001 (RFC 5832); parameter "
                      "sets, modes and key agreement (RFC 4357); keys, signatures and certificates (RFC 4490, RFC "
                      "4491); HMAC (RFC 2104); PBKDF2 (RFC 8018); PKCS #12 (RFC 7292)."),
@@ -186,6 +187,72 @@ def program_page(program):
              *paragraphs("The cipher does not notice a wrong key or changed data: keep a MAC of the ciphertext. "
                          "Without --ca, verify --cert does not check who issued the certificate.")]
     return page("vrx", 1, "GOST cryptography for files", ["vrx"], body)
+
+
+# --- files ------------------------------------------------------------------------------------------------------------
+
+STRUCTURES = [
+    ("Public key", """
+SubjectPublicKeyInfo ::= SEQUENCE {
+    algorithm SEQUENCE {
+        algorithm OBJECT IDENTIFIER,           -- 1.2.643.2.2.19
+        parameters SEQUENCE {
+            publicKeyParamSet  OBJECT IDENTIFIER,  -- the curve
+            digestParamSet     OBJECT IDENTIFIER,  -- the set of the hash
+            encryptionParamSet OBJECT IDENTIFIER OPTIONAL } },
+    subjectPublicKey BIT STRING }              -- holds an OCTET STRING:
+                                               -- x, y; 64 octets"""),
+    ("Private key", """
+PrivateKeyInfo ::= SEQUENCE {
+    version INTEGER,                           -- 0
+    privateKeyAlgorithm SEQUENCE,              -- as in a public key
+    privateKey OCTET STRING }                  -- d; 32 octets"""),
+    ("Encrypted key", """
+EncryptedPrivateKeyInfo ::= SEQUENCE {
+    encryptionAlgorithm SEQUENCE,              -- PBES2
+    encryptedData OCTET STRING }               -- an encrypted PrivateKeyInfo"""),
+]
+
+
+def topic(program, name):
+    """Return the text of a topic without its title."""
+    return next(text for each, _, text in program.topics if each == name).split("\n\n", 1)[1].rstrip()
+
+
+def keys_page(program):
+    text, _, commands = topic(program, "keys").partition("\n\n  vrx help ")
+    assert commands, "the topic ends with a list of commands"
+    body = [".Sh DESCRIPTION", *paragraphs(text)[1:],
+            *paragraphs("vrx_formats(5) describes the contents of key files. To find out what a file is, run vrx "
+                        "inspect FILE."),
+            ".Sh SECURITY", "How the program protects keys and passwords:",
+            *literal(topic(program, "secrets").split("\n"), indent=False),
+            ".Sh EXAMPLES", "A key pair, and a signature that others can verify:",
+            *literal(example_lines(next(c for c in program.commands if c.name == "verify").example)),
+            ".Sh SEE ALSO", ".Xr vrx 1 ,", ".Xr vrx_ecc 3 ,", ".Xr vrx_formats 5"]
+    return page("vrx_keys", 5, "keys of the program vrx", ["vrx_keys"], body)
+
+
+def formats_page(program):
+    entries, _, rest = topic(program, "formats").partition("\n\n")
+    width = 22  # of the column of names
+    lines = [".Bl -tag -width Ds"]
+    for entry in re.findall(r"^\S.*(?:\n .*)*", entries, re.MULTILINE):
+        name, text = entry[:width].strip(), " ".join(line[width:].strip() for line in entry.split("\n"))
+        lines += [f".It {escaped(name)}", *filled(text)]
+    body = [".Sh DESCRIPTION", "The program", ".Xr vrx 1", "reads and writes these files:", *lines, ".El",
+            *paragraphs(rest), ".Sh STRUCTURES",
+            *filled("These are the structures in DER, as in RFC 4491, RFC 5280, RFC 5208 and RFC 8018. A PEM file "
+                    "holds the same octets in base64, between a BEGIN line and an END line.")]
+    for title, structure in STRUCTURES:
+        body += [".Ss " + title, *literal(structure.strip("\n").split("\n"), indent=False)]
+    body += [".Pp", *filled("The program also reads private keys of two other forms, in which privateKey contains "
+                            "another DER element: an OCTET STRING with the octets of d, or an INTEGER, which is most "
+                            "significant octet first."),
+             ".Sh BYTE ORDERS", *literal(topic(program, "byte-orders").split("\n"), indent=False),
+             ".Sh SEE ALSO", ".Xr vrx 1 ,", ".Xr vrx_ecc 3 ,", ".Xr vrx_keys 5", ".Sh STANDARDS",
+             *filled("RFC 4357, RFC 4490, RFC 4491, RFC 5208, RFC 5280, RFC 7468 and RFC 8018.")]
+    return page("vrx_formats", 5, "files of the program vrx", ["vrx_formats"], body)
 
 
 # --- headers ----------------------------------------------------------------------------------------------------------
@@ -472,10 +539,10 @@ def example_section(name):
 
 
 FAMILIES = {
-    "vrx_frame": ("return codes, buffers, the log and the notice of libvrx", ["frame.h"]),
+    "vrx_frame": ("return codes, buffers, the log and the notice of libvrx", ["frame.h", "helpers.h"]),
     "vrx_tz": ("substitution tables and parameter sets of GOST 28147-89 and GOST R 34.11-94", ["tz.h", "params.h"]),
     "vrx_gost28147": ("the cipher GOST 28147-89: blocks, whole buffers, streams, and its MAC",
-                      ["context.h", "modes.h", "kernel.h"]),
+                      ["stream.h", "context.h", "modes.h", "kernel.h"]),
     "vrx_gostr3411": ("the hash GOST R 34.11-94, HMAC with it, and key derivation from passwords",
                       ["gostr3411.h", "hmac.h", "kdf.h"]),
     "vrx_sha1": ("the hash SHA-1", ["sha1.h"]),
@@ -485,9 +552,8 @@ FAMILIES = {
     "vrx_keyfile": ("GOST R 34.10-2001 keys in PEM and DER files", ["keyfile.h"]),
 }
 
-
 # Headers with inline functions, which vrx.h does not include.
-SEPARATE = ["random.h", "hedged.h", "check.h", "keyfile.h"]
+SEPARATE = ["helpers.h", "stream.h", "random.h", "hedged.h", "check.h", "keyfile.h"]
 
 
 def references(names):
@@ -514,7 +580,8 @@ def family_page(name):
     body += [".Sh RETURN VALUES", *result_lines(functions), ".Sh EXAMPLES", *example_section(name), ".Sh ERRORS",
              *error_lines(functions),
              ".Sh SEE ALSO", *references([*(n for n in FAMILIES if n != name), "libvrx"])]
-    return page(name, 3, summary, [name, *(f.name for f in functions)], body)
+    types = [d.name for header in headers for kind in ("record", "type") for d in header.all(kind)]
+    return page(name, 3, summary, [name, *(f.name for f in functions), *types], body)
 
 
 def listed_headers():
@@ -560,7 +627,9 @@ def library_page():
              ".Ss Threads",
              *filled("Separate threads may use separate records. The log, the list of registered parameter sets, the "
                      "pointers to the default sets, and the random generator of spSimpleRand() are process-wide and "
-                     "unsynchronized."),
+                     "unsynchronized. In threaded programs, use get_GOST28147_par() to get a parameter set. Call "
+                     "oidFindGOST28147Par() in several threads only after one call of it, or of "
+                     "oidRegisterGOST28147CryptoProPar(), before the threads start."),
              ".Ss Byte orders",
              *filled("Cipher keys and blocks are words with the least significant byte first. Private and public keys "
                      "of GOST R 34.10-2001 have the least significant octet first. Signatures are s, then r, each most "
@@ -569,6 +638,8 @@ def library_page():
              *filled("Signatures and key generation take random bytes from a function of the caller, an RND_FUNC. It "
                      "must be good enough for keys. Use vrx_system_random(), an inline function of <vrx/random.h> over "
                      "getrandom(2). Include that header by itself; vrx.h does not include it."),
+             ".Sh FILES", "The package libvrx\\-dev installs guides and examples:",
+             *literal(["/usr/share/doc/libvrx-dev/docs", "/usr/share/doc/libvrx-dev/examples"]),
              ".Sh EXAMPLES", "Encrypt a message that arrives in pieces, and decrypt it again:", *literal(example),
              ".Pp", "Compile it with", *literal(["cc first.c -lvrx -o first"]),
              ".Sh SEE ALSO", ".Xr vrx 1 ,", ".Xr getrandom 2 ,", *references(FAMILIES),
@@ -686,6 +757,7 @@ def main():
     program = Help(os.path.abspath(sys.argv[1]))
     folder = sys.argv[2] if len(sys.argv) == 3 else ROOT
     results = {"man/vrx.1": program_page(program), "man/libvrx.3": library_page(),
+               "man/vrx_keys.5": keys_page(program), "man/vrx_formats.5": formats_page(program),
                "app/completion/vrx.bash": bash_completion(program), "app/completion/_vrx": zsh_completion(program)}
     for name in FAMILIES:
         results[f"man/{name}.3"] = family_page(name)

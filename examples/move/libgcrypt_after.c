@@ -1,20 +1,17 @@
 /* libvrx: the same digest and ciphertext. */
 #include <stdio.h>
-#include <string.h>
 #include <vrx.h>
+#include <vrx/stream.h>
 
 int main(void) {
     unsigned char key[32] = {1, 2, 3}, iv[8] = {4, 5, 6}, text[] = "Meet me at noon.", digest[32];
 
     if (GOSTR3411_Transform_ex(get_GOSTR3411_default_par()->tz, text, sizeof text - 1, digest) != VRX_OK) return 1;
 
-    const vrx_gost28147_par *set = get_GOST28147_default_par(); /* CryptoPro-A: CFB with key meshing */
-    uint32_t words[VRX_KEY_WORDS];
-    memcpy(words, key, sizeof words); /* the same bytes */
-    vrx_crpt_ctx ctx;
-    vrx_data data = {sizeof text - 1, text}; /* in place */
-    vrx_crpt_init_context(&ctx, 1, set->tz, set->mode, 0, set->key_meshing, 0, iv, words);
-    if (vrx_crpt_update(&ctx, &data, &data) != VRX_OK || vrx_crpt_final(&ctx) != VRX_OK) return 1;
+    vrx_crpt_ctx stream; /* CryptoPro-A: CFB with key meshing; the bytes of the key are the same */
+    if (vrx_open_stream(&stream, get_GOST28147_par(1), VRX_ENCRYPT, iv, key) != VRX_OK) return 1;
+    const int rc = vrx_update_stream(&stream, text, sizeof text - 1, text, sizeof text - 1, NULL); /* in place */
+    if (vrx_close_stream(&stream) != VRX_OK || rc != VRX_OK) return 1;
 
     for (size_t i = 0; i < sizeof digest; i++) printf("%02x", digest[i]);
     putchar('\n');

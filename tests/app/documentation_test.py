@@ -78,12 +78,35 @@ class Manual(DocumentationTest):
             self.assertTrue(any(symbol in of_page for of_page in words.values()), symbol)
         self.assertEqual(functions - named, set())
         self.assertEqual(functions - set(symbols), {
-            "vrx_system_random", "vrx_hedged_sign", "vrx_check_public_key", "vrx_check_private_key",
+            "vrx_wipe", "vrx_equal", "vrx_error_name", "vrx_strerror", "vrx_open_stream", "vrx_stream_output",
+            "vrx_update_stream", "vrx_close_stream", "vrx_system_random", "vrx_hedged_sign", "vrx_check_public_key", "vrx_check_private_key",
             "vrx_check_signature", "vrx_read_public_key", "vrx_read_private_key", "vrx_write_public_key",
             "vrx_write_private_key", "vrx_derive_public_key", "vrx_wipe_private_key", "vrx_key_error_name",
             "vrx_key_error_text", "vrx_decode_base64", "vrx_encode_base64", "vrx_decode_pem", "vrx_encode_pem",
             "vrx_parse_public_key", "vrx_parse_private_key"}, "compiled into the caller's program")
         self.assertGreater(len(functions), 120)
+
+    def test_records_and_types_are_names_of_a_page(self):
+        headers = "".join(read("include", "vrx", name) for name in os.listdir(os.path.join(ROOT, "include", "vrx"))
+                          if name.endswith(".h"))
+        headers = re.sub(r"/\*\* @cond \*/.*?/\*\* @endcond \*/", "", headers, flags=re.DOTALL)
+        types = re.findall(r"^\} (\w+);|^typedef int \(\*(\w+)\)", headers, re.MULTILINE)
+        named = {line.split()[1] for name in pages(3) for line in read("man", name).splitlines()
+                 if line.startswith(".Nm ")}
+        self.assertEqual({a or b for a, b in types} - named, set())
+        self.assertLessEqual({"vrx_data", "RND_FUNC", "vrx_system_random"}, named)
+
+    def test_structures_of_key_files_are_those_that_the_program_writes(self):
+        page = read("man", "vrx_formats.5").replace("\\-", "-")
+        self.assertIn("1.2.643.2.2.19", page)
+        self.vrx("keypair", "--curve", "A", "--format", "der", "--out", "my.key")
+        self.vrx("pubkey", "--format", "der", "-o", "my.pub", "my.key")
+        oids = "06062a850302021330120607 2a85030202230106072a850302021e01".replace(" ", "")
+        info = bytes.fromhex("301c" + oids)
+        self.assertEqual(self.read("my.pub")[:2 + len(info)][2:], info)
+        self.assertEqual(self.read("my.pub")[2 + len(info):][:5], bytes.fromhex("0343000440"))
+        self.assertEqual(self.read("my.key")[2:5 + len(info)], bytes.fromhex("020100") + info)
+        self.assertEqual(self.read("my.key")[5 + len(info):][:2], bytes.fromhex("0420"))
 
     def test_the_record_of_buffers_and_the_random_source_have_entries(self):
         text = "".join(read("man", name) for name in pages(3))
@@ -143,7 +166,7 @@ class Manual(DocumentationTest):
 
     @unittest.skipUnless(shutil.which("mandoc"), "mandoc is not installed")
     def test_mandoc_reports_no_errors(self):
-        files = [os.path.join(ROOT, "man", name) for name in pages(1) + pages(3)]
+        files = [os.path.join(ROOT, "man", name) for name in pages(1) + pages(3) + pages(5)]
         done = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", *files], capture_output=True, text=True,
                               check=False)
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))

@@ -11,6 +11,7 @@
 
 #include "keys/keys.hpp"
 #include "vrx/cxx/types.hpp"
+#include "vrx/helpers.h"
 
 namespace {
 
@@ -65,6 +66,7 @@ bool clean() {
     using Octets = std::span<const std::uint8_t>;
     return right([](Octets a, Octets b) { return vrx::app::equal_in_constant_time(a, b); }) &&
            right([](Octets a, Octets b) { return vrx::equal_in_constant_time(a, b); }) &&
+           right([](Octets a, Octets b) { return vrx_equal(a.data(), b.data(), a.size()) != 0; }) &&
            operator_is_right<vrx::MacValue>() && operator_is_right<vrx::Digest>() && operator_is_right<vrx::Key>();
 }
 

@@ -36,7 +36,7 @@ class Headers(unittest.TestCase):
 
     def test_each_algorithm_has_its_source(self):
         for path in FAMILIES:
-            if path.stem != "frame":
+            if path.stem not in ("frame", "helpers"):
                 self.assertRegex(path.read_text(encoding="utf-8"), r"RFC \d+|FIPS \d+|Knuth", path.name)
 
     def test_each_exported_function_has_a_comment(self):
@@ -65,6 +65,18 @@ class Headers(unittest.TestCase):
             self.assertEqual(len(common_rules.SECTION.findall(text)), text.count("/* ----"), path.name)
             for position, _, prototype in functions_of(path):
                 self.assertIsNotNone(common_rules.tier_at(text, position), prototype["name"])
+
+    def test_hexadecimal_codes_of_the_log_are_those_of_the_constants(self):
+        header = (PROJECT / "include/vrx/frame.h").read_text(encoding="utf-8")
+        codes = {name: int(code) for name, code in re.findall(r"#define (VRX_ERR_\w+) \((-\d+)\)", header)}
+        helpers = (PROJECT / "include/vrx/helpers.h").read_text(encoding="utf-8")
+        rows = re.findall(r"^ \* \| (0x\w+) \| (-\d+) +\| (\w+) +\|$", helpers, re.M)
+        self.assertEqual({name: (int(code), int(number, 16) - (1 << 32)) for number, code, name in rows},
+                         {name: (code, code) for name, code in codes.items()})
+        page = (PROJECT / "docs/troubleshooting.md").read_text(encoding="utf-8")
+        rows = re.findall(r"^\| (-\d+) `(\w+)` \| `rc = (0x\w+)` \|", page, re.M)
+        self.assertEqual({name: (int(code), int(number, 16) - (1 << 32)) for code, name, number in rows},
+                         {name: (code, code) for name, code in codes.items()})
 
     def test_there_are_no_lists_of_common_arguments(self):
         for path in FAMILIES:

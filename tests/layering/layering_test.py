@@ -12,7 +12,7 @@ from layers import DECLARES, FORWARDS, LAYERS, NO_CODE, ROOTS
 # C library headers that public headers may include, and additional ones for those that contain code.
 C_STANDARD = {"stddef.h", "stdint.h", "stdio.h"}
 EXTRA = {"random": {"errno.h", "sys/random.h", "sys/types.h"}, "hedged": {"string.h"}, "check": set(),
-         "keyfile": {"string.h"}}
+         "keyfile": {"string.h"}, "helpers": {"string.h"}, "stream": {"string.h"}}
 
 
 def stem(path):

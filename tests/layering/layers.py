@@ -34,8 +34,8 @@ class Layer:
 LAYERS = [
     # The C interface, the base of everything else.
     Layer("include/vrx", """
-        export frame tz params kernel modes context gostr3411 hmac kdf sha1 bigdigits curve point multiply sign agree
-        octets check random hedged keyfile""", suffix=".h"),
+        export frame helpers tz params kernel modes context stream gostr3411 hmac kdf sha1 bigdigits curve point multiply
+        sign agree octets check random hedged keyfile""", suffix=".h"),
     Layer("include", "vrx", ("include/vrx",), "include/vrx.h", ".h"),
 
     # The library. The folders of the tests have the same names.
