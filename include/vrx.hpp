@@ -16,7 +16,7 @@
 #define VRX_HPP
 
 #if __cplusplus < 202002L
-#error "vrx.hpp needs C++20: compile with -std=c++20, or link the CMake target vrx::cxx. C++11 to C++17 programs can include vrx.h instead."
+#error "vrx.hpp needs C++20: use -std=c++20 or the CMake target vrx::cxx. Older C++ programs can include vrx.h."
 #else
 
 #include "vrx.h"
