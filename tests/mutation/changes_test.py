@@ -12,7 +12,7 @@ from changes import changes
 from mutate import entry_of, explained, sample
 from switches import HEADER, lines_of, switched
 from tests_of import PROJECT, SCOPES, TESTS, runs, sources, tests_of
-from workshop import Program, Workshop
+from workshop import MARK_COUNT, SAME_CODE, Program, Workshop
 
 SOURCE = r'''
 // 1 + 2 is no code, nor is "3 < 4"
@@ -137,6 +137,20 @@ class Switches(unittest.TestCase):
                 self.assertEqual(alone, [together[number]], numbered[number])
         self.assertGreater(len(set(together.values())), 12)
 
+    def test_a_run_marks_the_changes_whose_code_it_reaches(self):
+        source = self.SOURCE.replace("int twice(", "int never(int x) { return x + 1; }\n        int twice(")
+        numbered = dict(enumerate(changes(source), 1))
+        text, done = switched(source, numbered, HEADER)
+        never = {number for number in done if numbered[number].line(source) == 3}
+        self.assertEqual(len(never), 3)
+        with tempfile.TemporaryDirectory() as folder:
+            marks = Path(folder, "reached")
+            marks.write_bytes(bytes(MARK_COUNT))
+            self.outputs(folder, text, [])
+            subprocess.run([Path(folder, "a")], check=True, stdout=subprocess.DEVNULL,
+                           env={**os.environ, "VRX_REACHED": str(marks)})
+            self.assertEqual({number for number, mark in enumerate(marks.read_bytes()) if mark}, done - never)
+
     def test_places_of_errors_are_those_of_syntax_errors_first(self):
         messages = ("In file included from t.cpp:1:\n/x/a.hpp:3:4: error: expected ';'\n/x/a.hpp:9:1: error: no 'f'\n"
                     "/x/b.hpp:7:1: error: no 'g'\n")
@@ -147,20 +161,25 @@ class Switches(unittest.TestCase):
 class FakeWorkshop(Workshop):
     """Compiles nothing: "line 3" is an error while it is rewritten, and a run fails for some changes."""
 
-    def __init__(self, place, detected):
+    def __init__(self, place, detected, unreached=(), same=()):
         super().__init__(Path(place), False)
-        self.tree, self.detected, self.compiled = Path(place), detected, 0
+        self.tree, self.detected, self.unreached, self.same = Path(place), detected, unreached, same
+        self.compiled = 0
 
     def in_order(self, file):
         return runs("first", "second")
 
     def measure(self, run, changed=False):
+        self.reached[run] = set(range(100)) - set(self.unreached)
         return 0.1, 0.1
 
     def compile_changed(self, run):
         self.compiled += 1
         bad = "vrx_mutant" in (self.tree / "a.cpp").read_text().splitlines()[2 + 2]  # after two added lines
         return f"{self.tree}/a.cpp:3:5: error: expected a change" if bad else ""
+
+    def is_same(self, run):
+        return run.program in self.same
 
     def fails(self, run, changed, cpu_seconds, seconds, number=0):
         return "exit code 1" if self.detected.get(number) == run.program else ""
@@ -183,6 +202,25 @@ class Together(unittest.TestCase):
         # Not those on line 3, which did not compile, nor the one that cannot be switched.
         self.assertEqual(caught, [(2, "< -> <=", "second"), (4, "!= -> ==", "first")])
         self.assertEqual(shop.compiled, 3)  # the first program twice
+
+    def test_a_change_is_not_switched_on_in_a_run_that_does_not_reach_it(self):
+        found = changes(self.SOURCE)
+        number = [str(change) for change in found].index("< -> <=") + 1
+        with tempfile.TemporaryDirectory() as folder:
+            Path(folder, "a.cpp").write_text(self.SOURCE)
+            for unreached, caught in ((), [number]), ([number], []):
+                shop = FakeWorkshop(folder, {number: "first"}, unreached)
+                judged = shop.judge_together([("a.cpp", change) for change in found])
+                self.assertEqual([found.index(change) + 1 for _, change, _ in judged], caught)
+
+    def test_a_change_that_leaves_every_program_the_same_is_no_survivor(self):
+        change = changes(self.SOURCE)[-1]
+        with tempfile.TemporaryDirectory() as folder:
+            Path(folder, "a.cpp").write_text(self.SOURCE)
+            for same, verdict in ([], "survived"), (["first"], "survived"), (["first", "second"], SAME_CODE):
+                self.assertEqual(FakeWorkshop(folder, {}, same=same).judge("a.cpp", change), verdict)
+            shop = FakeWorkshop(folder, {0: "first"}, same=["first"])  # without a run of a program that is the same
+            self.assertEqual(shop.judge("a.cpp", change), "survived")
 
 
 class Objects(unittest.TestCase):

@@ -2,7 +2,7 @@
 """Mutation tests: changes the project, one place at a time, and checks that a test fails.
 
 Works on copies of the checkout in build/mutation and keeps them, so that the next run compiles little. A change that
-does not compile does not count. A change that triples the CPU time, or hangs, counts as caught. The changes in
+does not compile, or compiles to the same code, does not count. A change that triples the CPU time, or hangs, counts as caught. The changes in
 explained.txt cannot be caught. Exit code 1 if another change survives.
 """
 import argparse
@@ -17,7 +17,7 @@ from pathlib import Path
 
 from changes import changes
 from tests_of import PROJECT, SCOPES, sources, tests_of
-from workshop import Workshop
+from workshop import SAME_CODE, Workshop
 
 EXPLAINED = Path(__file__).with_name("explained.txt")
 
@@ -110,7 +110,7 @@ def main():
         if verdict == "survived" and is_explained:
             verdict = "explained"
         print(f"{text}: {verdict}", flush=True)
-        if verdict != "does not compile":
+        if verdict not in ("does not compile", SAME_CODE):
             results[file]["planted"] += 1
             results[file][verdict.split()[0]] += 1
 

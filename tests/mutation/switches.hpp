@@ -3,6 +3,9 @@
 #ifndef VRX_TESTS_MUTATION_SWITCHES_HPP
 #define VRX_TESTS_MUTATION_SWITCHES_HPP
 
+#include <fcntl.h>
+#include <sys/mman.h>
+
 #include <cstdlib>
 #include <type_traits>
 
@@ -16,10 +19,31 @@ inline const int active = [] {
     return number == nullptr ? 0 : std::atoi(number);
 }();
 
+enum class Mark : char { none, reached };
+
+inline constexpr int mark_count = 1 << 16;
+inline Mark unread_marks[mark_count];
+
+/** A mark for each number, set when code runs that the change with this number affects. */
+inline constinit Mark* marks = unread_marks;
+
+/** Moves the marks to the file that VRX_REACHED names, so that processes share them. */
+inline const bool marks_are_shared = [] {
+    const char* const path = std::getenv("VRX_REACHED");
+    const int file = path == nullptr ? -1 : open(path, O_RDWR | O_CLOEXEC);
+    void* const shared = file < 0 ? MAP_FAILED : mmap(nullptr, mark_count, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    if (shared != MAP_FAILED) marks = static_cast<Mark*>(shared);
+    return shared != MAP_FAILED;
+}();
+
 // Always inlined: a caller may be compiled for other CPU features, and pass vectors in other registers.
 #define VRX_INLINE [[gnu::always_inline]] constexpr inline
 
-VRX_INLINE bool on(int number) { return !std::is_constant_evaluated() && active == number; }
+VRX_INLINE bool on(int number) {
+    if (std::is_constant_evaluated()) return false;
+    marks[number] = Mark::reached;
+    return active == number;
+}
 
 template <typename T, typename A>
 VRX_INLINE T constant(T value, int a, A with_a) {

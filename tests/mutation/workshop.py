@@ -1,6 +1,8 @@
 """A copy of the project in which changes are made, one after the other, and judged by the tests."""
 import collections
 import contextlib
+import filecmp
+import hashlib
 import os
 import re
 import resource
@@ -15,6 +17,8 @@ from switches import HEADER, lines_of, switched
 from tests_of import PROJECT, tests_of
 
 MEMORY_LIMIT = 8 << 30
+MARK_COUNT = 1 << 16  # as in switches.hpp
+SAME_CODE = "compiles to the same code"
 SANITIZED = ["-DCMAKE_C_COMPILER=clang", "-DCMAKE_CXX_COMPILER=clang++", "-DVRX_SANITIZE=address,undefined"]
 
 
@@ -54,6 +58,8 @@ class Workshop:
         self.programs = {}
         self.users = collections.defaultdict(set)  # of a source: the objects that include it
         self.seconds = {}  # of a run without changes, or with none switched on: CPU time and duration
+        self.reached = {}  # of a run: the numbers of the changes whose code runs
+        self.digests = {}  # of a program without changes
         self.caught = collections.Counter()  # by (file, run)
         self.process = None  # of the run
 
@@ -127,6 +133,17 @@ class Workshop:
             made = re.search(r"input: phony\n    (\S+)", self.ask_ninja("-t", "query", name + "_test"))[1]
             command = re.fullmatch(r": && (.*?) && .*\n", self.ask_ninja("-t", "commands", "-s", made))[1]
             self.programs[name] = Program(shlex.split(command), members, symbols_of)
+            if said := self.link(name):
+                sys.exit(said)
+            self.digests[name] = self.digest(name)
+
+    def link(self, name):
+        """Link a program from its objects. Return the linker's errors, or an empty text."""
+        done = subprocess.run(self.programs[name].command, cwd=self.build, capture_output=True, text=True)
+        return done.stderr if done.returncode else ""
+
+    def digest(self, name):
+        return hashlib.sha256((self.build / self.programs[name].changed).read_bytes()).digest()
 
     def compile(self, *targets):
         """Return the compiler errors, or an empty text."""
@@ -142,14 +159,19 @@ class Workshop:
         if run.is_script:
             return self.compile("vrx_program") if run.program.startswith(("tests/app/", "tests/faults/")) else ""
         program = self.programs[run.program]
-        if said := self.compile(*program.objects):
-            return said
-        done = subprocess.run(program.command, cwd=self.build, capture_output=True, text=True)
-        return done.stderr if done.returncode else ""
+        return self.compile(*program.objects) or self.link(run.program)
+
+    def is_same(self, run):
+        """Whether a change had no effect on the program of a run, which is compiled."""
+        if run.is_script:
+            return run.program.startswith(("tests/app/", "tests/faults/")) and \
+                filecmp.cmp(self.build / "app/vrx", self.build / "unchanged/vrx", shallow=False)
+        return self.digest(run.program) == self.digests[run.program]
 
     def command(self, run, changed, number):
         """The command line of a run, and its environment. A number switches on one change."""
-        environment = dict(os.environ, VRX_TEST_SEED="1", VRX_TEST_WHOLE="1", VRX_MUTANT=str(number))
+        environment = dict(os.environ, VRX_TEST_SEED="1", VRX_TEST_WHOLE="1", VRX_MUTANT=str(number),
+                           VRX_REACHED=str(self.build / "reached"))
         if run.is_script:
             environment |= {"VRX_PROGRAM": str(self.build / ("app/vrx" if changed else "unchanged/vrx")),
                             "VRX_LIBRARY": str(self.build / "src/libvrx.so"),
@@ -200,12 +222,17 @@ class Workshop:
     def measure(self, run, changed=False):
         """Run without changes, or with none switched on, once. Return the CPU time and the duration, or exit."""
         if (run, changed) not in self.seconds:
+            marks = self.build / "reached"
+            marks.write_bytes(bytes(MARK_COUNT))
             before, begin = resource.getrusage(resource.RUSAGE_CHILDREN), time.monotonic()
             if said := self.fails(run, changed, 600, 1200):
                 sys.exit(f"{run} fails before anything is changed:\n{said}")
             after = resource.getrusage(resource.RUSAGE_CHILDREN)
             self.seconds[run, changed] = (after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime,
                                           time.monotonic() - begin)
+            if changed:
+                self.reached[run] = {number for number, mark in enumerate(marks.read_bytes()) if mark}
+            marks.unlink()
         return self.seconds[run, changed]
 
     def cost(self, file, run):
@@ -228,22 +255,25 @@ class Workshop:
         return sorted(wanted, key=rank)
 
     def judge(self, file, change):
-        """Make one change. Return 'does not compile', 'survived', or the run that caught it."""
+        """Make one change. Return 'does not compile', SAME_CODE, 'survived', or the run that caught it."""
         place = self.tree / file
         source = place.read_text()
-        compiled = set()
+        is_same = {}  # by program
         place.write_text(change.applied(source))
         try:
             for run in self.in_order(file):
                 what = "vrx" if run.is_script else run.program
-                if what not in compiled and self.compile_changed(run):
-                    return "does not compile"
-                compiled.add(what)
+                if what not in is_same:
+                    if self.compile_changed(run):
+                        return "does not compile"
+                    is_same[what] = self.is_same(run)
+                if is_same[what]:
+                    continue
                 cpu_seconds, seconds = self.measure(run)
                 if self.fails(run, True, int(3 * cpu_seconds) + 2, 60 + 10 * seconds):
                     self.caught[file, run] += 1
                     return f"caught by {run}"
-            return "survived"
+            return SAME_CODE if all(is_same.values()) else "survived"
         finally:
             place.write_text(source)
 
@@ -292,7 +322,7 @@ class Workshop:
                     if number not in switchable:
                         break
                     cpu_seconds, seconds = self.measure(run, True)
-                    if self.fails(run, True, int(3 * cpu_seconds) + 2, 60 + 10 * seconds, number):
+                    if number in self.reached[run] and self.fails(run, True, int(3 * cpu_seconds) + 2, 60 + 10 * seconds, number):
                         self.caught[file, run] += 1
                         yield file, change, run
                         break
