@@ -92,6 +92,34 @@ TEST(CxxOctets, convert_to_hexadecimal_and_back) {
     EXPECT_EQ(vrx::to_hex(vrx::Key::from_hex(text).value()), text);
 }
 
+TEST(CxxOctets, hexadecimal_digits_of_both_cases_and_nothing_else_are_read) {
+    const std::string digits = "0123456789abcdefABCDEF";
+    for (int code = 0; code < 256; ++code) {
+        const char c = static_cast<char>(code);
+        const std::size_t at = digits.find(c);
+        const std::size_t value = at < 16 ? at : at - 6;
+        for (const std::string& text : {std::string{'1', c}, std::string{c, '2'}}) {
+            Bytes out(1, 0x5A);
+            const auto read = vrx::from_hex(text, out);
+            if (at == std::string::npos) {
+                EXPECT_EQ(read.error(), Error::bad_params) << code;
+                EXPECT_EQ(out[0], 0) << code;
+            } else {
+                EXPECT_TRUE(read) << code;
+                EXPECT_EQ(out[0], text[0] == '1' && text[1] == c ? 16 + value : 16 * value + 2) << code;
+            }
+        }
+    }
+}
+
+TEST(CxxOctets, hexadecimal_text_of_another_length_zeroes_the_output) {
+    for (const std::size_t length : {0u, 15u, 17u, 18u, 32u}) {
+        Bytes out(8, 0x5A);
+        EXPECT_EQ(vrx::from_hex(std::string(length, '1'), out).error(), Error::buffer_length) << length;
+        EXPECT_EQ(out, Bytes(8)) << length;
+    }
+}
+
 TEST(CxxOctets, are_equal_only_if_all_bytes_are) {
     Random random;
     for (std::size_t i = 0; i < vrx::Digest::extent; ++i) {
@@ -189,6 +217,21 @@ TEST(CxxCipher, unknown_modes_and_empty_tables_are_refused) {
               Error::unknown_mode);
 }
 
+TEST(CxxCipher, parameters_have_the_values_of_their_set) {
+    const vrx::CipherParameters initial;
+    EXPECT_EQ(initial.table, vrx::cipher_table("tz_a"));
+    EXPECT_EQ(initial.mode, vrx::Mode::feedback);
+    EXPECT_TRUE(initial.key_meshing);
+    EXPECT_FALSE(vrx::CipherParameters(*vrx::find_cipher_set(vrx::oid::cipher_a_simple)).key_meshing);
+    EXPECT_FALSE(vrx::CipherParameters(*vrx::cipher_table(1), vrx::Mode::cbc).key_meshing);
+    vrx::CipherParameters meshing(*vrx::cipher_table(1), vrx::Mode::cbc, true);
+    EXPECT_EQ(vrx::Encryptor(key, iv, meshing).native().key_meshing, 1u);
+    EXPECT_EQ(vrx::Mac(key, meshing).native().key_meshing, 1u);
+    meshing.key_meshing = false;
+    EXPECT_EQ(vrx::Encryptor(key, iv, meshing).native().key_meshing, 0u);
+    EXPECT_EQ(vrx::Mac(key, meshing).native().key_meshing, 0u);
+}
+
 TEST(CxxCipher, default_equals_the_default_of_the_library) {
     Bytes in(40), out(40), expected(40);
     ASSERT_TRUE(vrx::encrypt(key, iv, in, out));
@@ -215,6 +258,41 @@ TEST(CxxPieces, data_beyond_32_bit_lengths_is_split) {
     EXPECT_EQ(vrx::hmac({&byte, size}, {&byte, 1}).error(), Error::bad_params);
     EXPECT_EQ(vrx::pbkdf2({&byte, size}, {&byte, 1}, 1).error(), Error::bad_params);
     EXPECT_EQ(vrx::find_hash_set({&byte, size}), nullptr);
+}
+
+// No function may read these bytes.
+TEST(CxxPieces, identifiers_and_keys_of_more_than_32_bit_lengths_are_refused) {
+    const std::uint8_t byte = 0;
+    const vrx::Bytes huge{&byte, (std::size_t{5} << 30) + 3};
+    const Bytes text(1), oid(9);
+    const vrx_gostr3411_par set{};
+    const std::span more{&set, huge.size()};
+    EXPECT_EQ(vrx::Hash::with(huge).error(), Error::bad_params);
+    EXPECT_EQ(vrx::Hash::with(oid, more).error(), Error::bad_params);
+    EXPECT_EQ(vrx::hash(text, huge).error(), Error::bad_params);
+    EXPECT_EQ(vrx::hash(text, oid, more).error(), Error::bad_params);
+    EXPECT_EQ(vrx::Hmac::with(huge).error(), Error::bad_params);
+    EXPECT_EQ(vrx::Hmac::with(text, huge).error(), Error::bad_params);
+    EXPECT_EQ(vrx::hmac(text, text, huge).error(), Error::bad_params);
+    EXPECT_EQ(vrx::pbkdf2(text, huge, 1).error(), Error::bad_params);
+    EXPECT_EQ(vrx::pbkdf2(text, text, 1, huge).error(), Error::bad_params);
+    EXPECT_EQ(vrx::find_cipher_set(huge), nullptr);
+    EXPECT_EQ(vrx::find_curve(huge), nullptr);
+    EXPECT_EQ(vrx::unregister_cipher_set(huge).error(), Error::bad_params);
+    auto own = vrx::copy_of(vrx::default_cipher_set()).value();
+    EXPECT_EQ(vrx::set_oid(*own, huge, nullptr, nullptr).error(), Error::buffer_length);
+    EXPECT_EQ(vrx::raw::last_block(huge, vrx::Flags::pad).error(), Error::buffer_length);
+    vrx::Mac mac(key);
+    EXPECT_EQ(vrx::raw::update_mac(mac.native(), huge).error(), Error::buffer_length);
+}
+
+TEST(CxxPieces, records_hold_lengths_of_up_to_32_bits) {
+    const std::uint8_t byte = 0;
+    const std::size_t most = 0xFFFFFFFF;
+    EXPECT_EQ(vrx::detail::record({&byte, most}).length, most);
+    EXPECT_EQ(vrx::detail::record({&byte, most + 1}).length, most);
+    EXPECT_TRUE(vrx::detail::fits(most));
+    EXPECT_FALSE(vrx::detail::fits(most + 1));
 }
 
 TEST(CxxHash, unknown_identifiers_are_reported) {
@@ -263,6 +341,35 @@ TEST(CxxKeys, ranges_are_checked) {
     mpAdd(larger.x, larger.x, curve.p, VRX_ECC_DIGITS);
     ASSERT_EQ(ecCheckPublicKey(&curve, &larger), VRX_OK);
     EXPECT_EQ(vrx::PublicKey::from_point(vrx::Point(larger), curve).error(), Error::failed) << "x + p";
+
+    const vrx::Curve& c = vrx::curve(vrx::CurveId::c);
+    EcPoint multiple = c.G;
+    ASSERT_EQ(mpIsZero(multiple.x, VRX_ECC_DIGITS), 1) << "the base point of this curve has x = 0";
+    EXPECT_TRUE(vrx::PublicKey::from_point(vrx::Point(multiple), c));
+    mpSetEqual(multiple.x, c.p, VRX_ECC_DIGITS);
+    ASSERT_EQ(ecCheckPublicKey(&c, &multiple), VRX_OK);
+    EXPECT_EQ(vrx::PublicKey::from_point(vrx::Point(multiple), c).error(), Error::failed) << "x = p";
+    multiple = c.G;
+    mpAdd(multiple.y, multiple.y, c.p, VRX_ECC_DIGITS);
+    ASSERT_EQ(ecCheckPublicKey(&c, &multiple), VRX_OK);
+    EXPECT_EQ(vrx::PublicKey::from_point(vrx::Point(multiple), c).error(), Error::failed) << "y + p";
+}
+
+TEST(CxxKeys, scalars_have_up_to_36_octets) {
+    const Bytes octets(36, 1);
+    const auto scalar = vrx::Scalar::from_octets(octets);
+    ASSERT_TRUE(scalar);
+    for (const std::uint32_t digit : scalar->digits()) EXPECT_EQ(digit, 0x01010101u);
+    EXPECT_EQ(vrx::Scalar::from_octets(Bytes(37)).error(), Error::buffer_length);
+}
+
+TEST(CxxKeys, new_point_is_at_infinity_whatever_its_memory_held) {
+    alignas(vrx::Point) std::uint8_t memory[sizeof(vrx::Point)];
+    std::ranges::fill(memory, std::uint8_t{0x5A});
+    asm volatile("" : : "r"(memory) : "memory");
+    const auto* const point = new (memory) vrx::Point;
+    EXPECT_TRUE(point->is_infinite());
+    point->~Point();
 }
 
 TEST(CxxKeys, both_sides_derive_the_same_key_and_others_do_not) {

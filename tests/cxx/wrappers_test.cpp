@@ -270,7 +270,10 @@ TEST(CxxTables, parameter_sets_are_found_and_registered) {
     auto own = vrx::copy_of(vrx::default_cipher_set()).value();
     ASSERT_TRUE(vrx::set_oid(*own, oid, "1.2.643.2.2.31.127", "own"));
     vrx::set_mode(*own, VRX_MODE_CBC);
+    vrx::set_key_meshing(*own, true);
+    EXPECT_EQ(own->key_meshing, 1u);
     vrx::set_key_meshing(*own, false);
+    EXPECT_EQ(own->key_meshing, 0u);
     EXPECT_EQ(vrx::find_cipher_set(oid), nullptr);
     vrx::register_cipher_set(*own);
     EXPECT_EQ(vrx::find_cipher_set(oid), own.get());

@@ -13,6 +13,7 @@
 #include "support/hex.hpp"
 #include "support/log_capture.hpp"
 #include "vrx.h"
+#include "vrx.hpp"
 
 namespace {
 
@@ -104,6 +105,40 @@ TEST(ShortMemory, log_works_without_a_buffer) {
     static_cast<void>(TZ_by_id(9));
     EXPECT_EQ(logged, log.take());
     std::remove(path.c_str());
+}
+
+// --- The C++ headers -------------------------------------------------------------------------------------------------
+
+TEST(ShortMemory, cxx_copy_of_a_record_is_freed) {
+    EXPECT_EQ(left_over(0, [] { EXPECT_TRUE(vrx::copy_of(vrx::default_cipher_set())); }), 0);
+    EXPECT_EQ(left_over(1, [] { EXPECT_EQ(vrx::copy_of(vrx::default_cipher_set()).error(), vrx::Error::failed); }), 0);
+}
+
+TEST(ShortMemory, cxx_hexadecimal_text_leaves_no_part_in_freed_memory) {
+    const Bytes secret(200, 0xA5);
+    std::free(std::calloc(4096, 1));
+    ASSERT_LE(octets_left_in_last(), rounding);
+    const std::string text = vrx::to_hex(secret);
+    EXPECT_LE(octets_left_in_last(), rounding);
+    EXPECT_EQ(text.size(), 400u);
+}
+
+// Nothing reads the bytes, because the allocation fails before.
+TEST(ShortMemory, cxx_pkcs12_derivation_takes_lengths_below_2_to_31) {
+    std::uint8_t byte = 0;
+    const vrx::MutableBytes one{&byte, 1}, longest{&byte, 0x7FFFFFFF}, longer{&byte, std::size_t{1} << 31};
+    const auto error = [](vrx::Bytes password, vrx::Bytes salt, vrx::MutableBytes out) {
+        fail_allocation(1);
+        const auto done = vrx::derive_pkcs12(password, salt, 1, vrx::Pkcs12Purpose::key, out);
+        fail_allocation(0);
+        return done.error();
+    };
+    EXPECT_EQ(error(longest, one, one), vrx::Error::failed);
+    EXPECT_EQ(error(one, longest, one), vrx::Error::failed);
+    EXPECT_EQ(error(one, one, longest), vrx::Error::failed);
+    EXPECT_EQ(error(longer, one, one), vrx::Error::bad_params);
+    EXPECT_EQ(error(one, longer, one), vrx::Error::bad_params);
+    EXPECT_EQ(error(one, one, longer), vrx::Error::bad_params);
 }
 
 }  // namespace
