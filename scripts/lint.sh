@@ -17,7 +17,7 @@ cmd_lint() {
     sources | xargs clang-format --dry-run -Werror
     echo "== shellcheck"
     # The option -x also checks the files that a script sources.
-    shellcheck -x dev scripts/*.sh .ci/run app/completion/vrx.bash
+    shellcheck -x dev scripts/*.sh .ci/run app/completion/vrx.bash tests/mutation/compiler.sh
     echo "== clang-tidy"
     configure dev >/dev/null
     git ls-files --cached --others --exclude-standard -- 'src/*.cpp' 'app/*.cpp' 'documents/*.cpp' |

@@ -125,7 +125,7 @@ def changes(source):
             change("condition", start, end, "")
         elif text in ("if", "while") and after == "(":
             first, last = items[place + 1][2] + 1, items[pairs[place + 1]][2]
-            if not re.search(r";| = ", source[first:last]):
+            if not re.search(r";| =\s", source[first:last]):
                 change("condition", first, last, f"!({source[first:last]})")
         elif before != "operator" and between_spaces(start, end):
             if text in COMPARISONS:

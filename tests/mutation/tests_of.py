@@ -79,7 +79,7 @@ TESTS = {
     "src/ecc/bigdigits": NUMBERS + runs("log", "fences", "faults_library"),
     "src/ecc/uint256": runs("ecc_field_models") + CURVE_ENGINES + runs("bigdigits_modular"),
     "src/ecc/field": runs("ecc_field_models") + CURVES + runs("engines", "bigdigits_modular"),
-    "include/vrx/cxx": runs("cxx_objects", "cxx_wrappers", "cxx_answers", "hedged"),
+    "include/vrx/cxx": runs("cxx_objects", "cxx_wrappers", "cxx_answers", "hedged", "faults_library"),
     "app": PROGRAM,
     "app/chart": runs("chart") + scripts("commands/speed"),
     "app/checklist": LISTS + scripts("transcripts"),

@@ -1,7 +1,6 @@
 """A copy of the project in which changes are made, one after the other, and judged by the tests."""
 import collections
 import contextlib
-import filecmp
 import hashlib
 import os
 import re
@@ -12,6 +11,7 @@ import signal
 import subprocess
 import sys
 import time
+from pathlib import Path
 
 from switches import HEADER, lines_of, switched
 from tests_of import PROJECT, tests_of
@@ -19,7 +19,7 @@ from tests_of import PROJECT, tests_of
 MEMORY_LIMIT = 8 << 30
 MARK_COUNT = 1 << 16  # as in switches.hpp
 SAME_CODE = "compiles to the same code"
-SANITIZED = ["-DCMAKE_C_COMPILER=clang", "-DCMAKE_CXX_COMPILER=clang++", "-DVRX_SANITIZE=address,undefined"]
+COMPILER = Path(__file__).with_name("compiler.sh")
 
 
 class Program:
@@ -51,30 +51,28 @@ class Program:
 
 class Workshop:
     def __init__(self, place, sanitize):
-        self.tree = place / "tree"
-        self.build = place / ("sanitized" if sanitize else "build")
+        self.tree = place
+        self.preset = "asan" if sanitize else "dev"
+        self.build = place / "build" / self.preset
         self.jobs = 2  # parallel compiler jobs
         self.sanitize = sanitize
         self.programs = {}
         self.users = collections.defaultdict(set)  # of a source: the objects that include it
         self.seconds = {}  # of a run without changes, or with none switched on: CPU time and duration
         self.reached = {}  # of a run: the numbers of the changes whose code runs
-        self.digests = {}  # of a program without changes
         self.caught = collections.Counter()  # by (file, run)
         self.process = None  # of the run
 
     def prepare(self, needed):
         """Update the copy, build the test programs, and find out what each consists of."""
         self.copy()
-        options = ["-DCMAKE_BUILD_TYPE=None", "-DCMAKE_C_FLAGS=-O1 -DNDEBUG", "-DCMAKE_CXX_FLAGS=-O1 -DNDEBUG",
-                   f"-DCMAKE_PROJECT_INCLUDE={self.tree}/tests/mutation/quick.cmake", "-DVRX_BUILD_APP=ON",
+        launcher = ";".join([str(COMPILER), *(["ccache"] if shutil.which("ccache") else [])])
+        options = [f"-DCMAKE_C_COMPILER_LAUNCHER={launcher}", f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}",
                    "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST"]
         if shutil.which("ld.lld"):
             options.append("-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld")
-        if self.sanitize:
-            options += SANITIZED
-        subprocess.run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", *options], check=True,
-                       stdout=subprocess.DEVNULL)
+        subprocess.run(["cmake", "--preset", self.preset, "-S", self.tree, "-B", self.build, *options], check=True,
+                       cwd=self.tree, stdout=subprocess.DEVNULL)
         names = sorted({run.program for run in needed if not run.is_script})
         targets = [name + "_test" for name in names]
         if any(run.is_script for run in needed):
@@ -99,7 +97,8 @@ class Workshop:
                 shutil.copyfile(new, old)
             shutil.copymode(new, old)
         for old in set(map(str, (f.relative_to(self.tree) for f in self.tree.rglob("*") if f.is_file()))) - set(wanted):
-            (self.tree / old).unlink()
+            if not old.startswith("build/"):
+                (self.tree / old).unlink()
 
     def ask_ninja(self, *words):
         return subprocess.run(["ninja", "-C", self.build, "--quiet", *words], check=True, capture_output=True,
@@ -133,21 +132,16 @@ class Workshop:
             made = re.search(r"input: phony\n    (\S+)", self.ask_ninja("-t", "query", name + "_test"))[1]
             command = re.fullmatch(r": && (.*?) && .*\n", self.ask_ninja("-t", "commands", "-s", made))[1]
             self.programs[name] = Program(shlex.split(command), members, symbols_of)
-            if said := self.link(name):
-                sys.exit(said)
-            self.digests[name] = self.digest(name)
 
     def link(self, name):
         """Link a program from its objects. Return the linker's errors, or an empty text."""
         done = subprocess.run(self.programs[name].command, cwd=self.build, capture_output=True, text=True)
         return done.stderr if done.returncode else ""
 
-    def digest(self, name):
-        return hashlib.sha256((self.build / self.programs[name].changed).read_bytes()).digest()
-
-    def compile(self, *targets):
+    def compile(self, *targets, changed=False):
         """Return the compiler errors, or an empty text."""
-        done = subprocess.run(["ninja", "-C", self.build, f"-j{self.jobs}", *targets], capture_output=True, text=True)
+        done = subprocess.run(["ninja", "-C", self.build, f"-j{self.jobs}", *targets], capture_output=True, text=True,
+                              env=dict(os.environ, VRX_CHANGED="1" if changed else ""))
         return done.stdout + done.stderr if done.returncode else ""
 
     def concerns(self, file, run):
@@ -157,16 +151,21 @@ class Workshop:
     def compile_changed(self, run):
         """Compile and link what a run needs. Return errors, or an empty text."""
         if run.is_script:
-            return self.compile("vrx_program") if run.program.startswith(("tests/app/", "tests/faults/")) else ""
+            runs_vrx = run.program.startswith(("tests/app/", "tests/faults/"))
+            return self.compile("vrx_program", changed=True) if runs_vrx else ""
         program = self.programs[run.program]
-        return self.compile(*program.objects) or self.link(run.program)
+        if said := self.compile(*program.objects, changed=True):
+            return said
+        done = subprocess.run(program.command, cwd=self.build, capture_output=True, text=True)
+        return done.stderr if done.returncode else ""
 
-    def is_same(self, run):
-        """Whether a change had no effect on the program of a run, which is compiled."""
-        if run.is_script:
-            return run.program.startswith(("tests/app/", "tests/faults/")) and \
-                filecmp.cmp(self.build / "app/vrx", self.build / "unchanged/vrx", shallow=False)
-        return self.digest(run.program) == self.digests[run.program]
+    def digest(self, run):
+        """A digest of the program that compile_changed() has made for a run. It equals no other if there is none."""
+        if run.is_script and not run.program.startswith(("tests/app/", "tests/faults/")):
+            return object()
+        program = self.build / ("app/vrx" if run.is_script else self.programs[run.program].changed)
+        code = subprocess.run(["objcopy", "--strip-debug", program, "/dev/stdout"], check=True, capture_output=True)
+        return hashlib.sha256(code.stdout).digest()
 
     def command(self, run, changed, number):
         """The command line of a run, and its environment. A number switches on one change."""
@@ -258,22 +257,24 @@ class Workshop:
         """Make one change. Return 'does not compile', SAME_CODE, 'survived', or the run that caught it."""
         place = self.tree / file
         source = place.read_text()
-        is_same = {}  # by program
+        digests = {}  # by program: the run that needs it, and its digest
         place.write_text(change.applied(source))
         try:
             for run in self.in_order(file):
                 what = "vrx" if run.is_script else run.program
-                if what not in is_same:
+                if what not in digests:
                     if self.compile_changed(run):
                         return "does not compile"
-                    is_same[what] = self.is_same(run)
-                if is_same[what]:
-                    continue
+                    digests[what] = run, self.digest(run)
                 cpu_seconds, seconds = self.measure(run)
                 if self.fails(run, True, int(3 * cpu_seconds) + 2, 60 + 10 * seconds):
                     self.caught[file, run] += 1
                     return f"caught by {run}"
-            return SAME_CODE if all(is_same.values()) else "survived"
+            place.write_text(source)
+            for run, digest in digests.values():
+                if self.compile_changed(run) or self.digest(run) != digest:
+                    return "survived"
+            return SAME_CODE
         finally:
             place.write_text(source)
 
