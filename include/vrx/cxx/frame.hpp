@@ -12,11 +12,12 @@
 #include <utility>
 
 #include "vrx/frame.h"
+#include "vrx/keyfile.h"
 
 namespace vrx {
 inline namespace v1 {
 
-/** The error codes of the library, as in frame.h. */
+/** The error codes of the library, as in frame.h, and of key files, as in keyfile.h. */
 enum class Error : int {
     failed = VRX_ERR_FAILED,
     bad_params = VRX_ERR_BAD_PARAMS,
@@ -27,6 +28,18 @@ enum class Error : int {
     unknown_tz = VRX_ERR_UNKNOWN_TZ,
     unknown_mode = VRX_ERR_UNKNOWN_MODE,
     unsupported_oid = VRX_ERR_UNSUPPORTED_OID,
+    key_file = VRX_ERR_KEY_FILE,
+    key_pem = VRX_ERR_KEY_PEM,
+    key_blocks = VRX_ERR_KEY_BLOCKS,
+    key_kind = VRX_ERR_KEY_KIND,
+    key_encrypted = VRX_ERR_KEY_ENCRYPTED,
+    key_der = VRX_ERR_KEY_DER,
+    key_algorithm = VRX_ERR_KEY_ALGORITHM,
+    key_parameters = VRX_ERR_KEY_PARAMETERS,
+    key_curve = VRX_ERR_KEY_CURVE,
+    key_point = VRX_ERR_KEY_POINT,
+    key_number = VRX_ERR_KEY_NUMBER,
+    key_length = VRX_ERR_KEY_LENGTH,
 };
 
 /** Get the name of a code, such as "VRX_ERR_FAILED"; "VRX_ERR_?" for an unknown number. */
@@ -50,6 +63,19 @@ constexpr const char *name(Error error) noexcept {
             return "VRX_ERR_UNKNOWN_MODE";
         case Error::unsupported_oid:
             return "VRX_ERR_UNSUPPORTED_OID";
+        case Error::key_file:
+        case Error::key_pem:
+        case Error::key_blocks:
+        case Error::key_kind:
+        case Error::key_encrypted:
+        case Error::key_der:
+        case Error::key_algorithm:
+        case Error::key_parameters:
+        case Error::key_curve:
+        case Error::key_point:
+        case Error::key_number:
+        case Error::key_length:
+            return vrx_key_error_name(static_cast<int>(error));
     }
     return "VRX_ERR_?";
 }
@@ -75,6 +101,19 @@ constexpr const char *text(Error error) noexcept {
             return "the mode number is unknown";
         case Error::unsupported_oid:
             return "no hash parameter set has this object identifier";
+        case Error::key_file:
+        case Error::key_pem:
+        case Error::key_blocks:
+        case Error::key_kind:
+        case Error::key_encrypted:
+        case Error::key_der:
+        case Error::key_algorithm:
+        case Error::key_parameters:
+        case Error::key_curve:
+        case Error::key_point:
+        case Error::key_number:
+        case Error::key_length:
+            return vrx_key_error_text(static_cast<int>(error));
     }
     return "an unknown error";
 }

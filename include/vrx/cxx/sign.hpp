@@ -1,23 +1,86 @@
 /**
- * @file cxx/sign.hpp  GOST R 34.10-2001: PrivateKey, PublicKey and signatures, over sign.h and octets.h.
+ * @file cxx/sign.hpp  GOST R 34.10-2001: PrivateKey, PublicKey and signatures, over sign.h, octets.h and keyfile.h.
  *
- * A key holds a pointer to its curve. A custom curve must outlive its keys; built-in curves always do. The functions
- * allocate nothing. Threads: keys are plain values without shared state.
+ * A key holds pointers to its curve and to the parameter sets that belong to it. Custom ones must outlive the key;
+ * built-in ones always do. The functions allocate nothing. Threads: keys are plain values without shared state.
  */
 #ifndef VRX_CXX_SIGN_HPP
 #define VRX_CXX_SIGN_HPP
 
+#include "vrx/check.h"
+#include "vrx/cxx/gostr3411.hpp"
+#include "vrx/cxx/params.hpp"
 #include "vrx/cxx/point.hpp"
 #include "vrx/hedged.h"
+#include "vrx/keyfile.h"
 #include "vrx/octets.h"
 #include "vrx/sign.h"
 
 namespace vrx {
 inline namespace v1 {
 
+/** A key file in memory, PEM or DER. Its destructor zeroes it. */
+class KeyFile {
+public:
+    /** Get the text of a PEM file. */
+    [[nodiscard]] std::string_view text() const noexcept { return {file_.value.data(), size_}; }
+    /** Get the octets of the file. */
+    [[nodiscard]] Bytes bytes() const noexcept { return bytes_of(text()); }
+
+    /** For use by PublicKey and PrivateKey only: the file that `write` writes. */
+    template <typename Key>
+    static Result<KeyFile> of(const Key &key, int form,
+                              int (&write)(const Key *, int, void *, std::size_t, std::size_t *)) noexcept {
+        Result<KeyFile> file(std::in_place);
+        if (const int rc = write(&key, form, file->file_.value.data(), VRX_KEY_FILE_SIZE, &file->size_))
+            return static_cast<Error>(rc);
+        return file;
+    }
+
+private:
+    Wiped<std::array<char, VRX_KEY_FILE_SIZE>> file_;
+    std::size_t size_ = 0;
+};
+
+namespace detail {
+
+/** Read a key file. */
+template <typename Key>
+Result<void> read_key_file(Bytes file, Key &key, int (&read)(const void *, std::size_t, Key *)) noexcept {
+    return Result<void>::of(read(file.empty() ? "" : static_cast<const void *>(file.data()), file.size(), &key));
+}
+/** Test whether a file may be PEM: a file in DER has no line that begins a block. */
+inline bool may_be_pem(Bytes file) noexcept {
+    const std::string_view text(reinterpret_cast<const char *>(file.data()), file.size());
+    return file.empty() || file.front() != 0x30 || text.find("-----BEGIN ") != text.npos;
+}
+
+}  // namespace detail
+
 /** A public key: a point that was checked to be on its curve, with coordinates below p. */
 class PublicKey {
 public:
+    /**
+     * Read a key file in PEM or DER: vrx_read_public_key(). The curve and the parameter sets are those that the file
+     * names.
+     *
+     * @return one of the errors from Error::key_file to Error::key_length.
+     */
+    static Result<PublicKey> from_file(Bytes file) noexcept {
+        vrx_public_key key;
+        if (const auto done = detail::read_key_file(file, key, vrx_read_public_key); !done) return done.error();
+        return Result<PublicKey>(std::in_place, Point(key.Q), *key.curve, Unfilled{}, *key.hash, *key.cipher);
+    }
+    /** Read a PEM file. @return the errors of from_file(); Error::key_file for DER. */
+    static Result<PublicKey> from_pem(std::string_view text) noexcept {
+        if (!detail::may_be_pem(bytes_of(text))) return Error::key_file;
+        return from_file(bytes_of(text));
+    }
+    /** Read a file in DER. @return the errors of from_file(); Error::key_der for PEM. */
+    static Result<PublicKey> from_der(Bytes der) noexcept {
+        if (detail::may_be_pem(der)) return Error::key_der;
+        return from_file(der);
+    }
     /**
      * Load a public key from its stored form: x, then y, each least significant octet first.
      *
@@ -32,14 +95,14 @@ public:
     }
     /** Check a point and make it a public key. @return Error::failed under the conditions of from_octets(). */
     static Result<PublicKey> from_point(const Point &point, const Curve &curve = default_curve()) noexcept {
-        if (mp::compare(point.native().x, curve.p) >= 0 || mp::compare(point.native().y, curve.p) >= 0 ||
-            !point.is_on(curve))
-            return Error::failed;
+        if (vrx_check_public_key(&curve, &point.native()) != VRX_OK) return Error::failed;
         return Result<PublicKey>(std::in_place, point, curve, Unfilled{});
     }
 
-    /** For use by from_point() only: a point that was checked. */
-    PublicKey(const Point &point, const Curve &curve, Unfilled) noexcept : curve_(&curve), point_(point) {}
+    /** For use by the functions above and PrivateKey only: a point that was checked. */
+    PublicKey(const Point &point, const Curve &curve, Unfilled, const vrx_gostr3411_par &hash_set = default_hash_set(),
+              const vrx_gost28147_par &cipher_set = default_cipher_set()) noexcept
+        : curve_(&curve), hash_set_(&hash_set), cipher_set_(&cipher_set), point_(point) {}
 
     /** Get the stored form. */
     [[nodiscard]] PublicKeyOctets octets() const noexcept {
@@ -48,19 +111,61 @@ public:
         return octets;
     }
 
+    /** Write the key as PEM: vrx_write_public_key(). @return Error::key_parameters if a set is not built in. */
+    [[nodiscard]] Result<KeyFile> to_pem() const noexcept {
+        return KeyFile::of(native(), VRX_KEY_PEM, vrx_write_public_key);
+    }
+    /** Write the key as DER. @return Error::key_parameters if a set is not built in. */
+    [[nodiscard]] Result<KeyFile> to_der() const noexcept {
+        return KeyFile::of(native(), VRX_KEY_DER, vrx_write_public_key);
+    }
+
     /** Get the point. */
     [[nodiscard]] const Point &point() const noexcept { return point_; }
     /** Get the curve of the key. */
     [[nodiscard]] const Curve &curve() const noexcept { return *curve_; }
+    /**
+     * Get the hash parameter set for signatures with this key. A key that does not come from a file has the default
+     * set.
+     */
+    [[nodiscard]] const vrx_gostr3411_par &hash_set() const noexcept { return *hash_set_; }
+    /** Get the cipher parameter set for messages to the owner of the key. */
+    [[nodiscard]] const vrx_gost28147_par &cipher_set() const noexcept { return *cipher_set_; }
+    /** Copy the key into the C record, for the functions of keyfile.h. */
+    [[nodiscard]] vrx_public_key native() const noexcept { return {curve_, hash_set_, cipher_set_, point_.native()}; }
 
 private:
     const Curve *curve_;
+    const vrx_gostr3411_par *hash_set_;
+    const vrx_gost28147_par *cipher_set_;
     Point point_;
 };
 
 /** A private key, a number from 1 to q - 1. It can be moved, not copied. Its destructor zeroes it. */
 class PrivateKey {
 public:
+    /**
+     * Read a key file in PEM or DER: vrx_read_private_key(). The curve and the parameter sets are those that the file
+     * names. The caller must wipe the contents of the file.
+     *
+     * @return one of the errors from Error::key_file to Error::key_length.
+     */
+    static Result<PrivateKey> from_file(Bytes file) noexcept {
+        Wiped<vrx_private_key> key(Unfilled{});
+        if (const auto done = detail::read_key_file(file, key.value, vrx_read_private_key); !done) return done.error();
+        return Result<PrivateKey>(std::in_place, Scalar(key.value.d), *key.value.curve, Unfilled{}, *key.value.hash,
+                                  *key.value.cipher);
+    }
+    /** Read a PEM file. @return the errors of from_file(); Error::key_file for DER. */
+    static Result<PrivateKey> from_pem(std::string_view text) noexcept {
+        if (!detail::may_be_pem(bytes_of(text))) return Error::key_file;
+        return from_file(bytes_of(text));
+    }
+    /** Read a file in DER. @return the errors of from_file(); Error::key_der for PEM. */
+    static Result<PrivateKey> from_der(Bytes der) noexcept {
+        if (detail::may_be_pem(der)) return Error::key_der;
+        return from_file(der);
+    }
     /** Generate a key. @return Error::random if the source fails. */
     static Result<PrivateKey> generate(const Curve &curve = default_curve(), RND_FUNC source = system_random) noexcept {
         Scalar d;
@@ -81,12 +186,14 @@ public:
     }
     /** Check a number and make it a private key. @return Error::failed under the conditions of from_octets(). */
     static Result<PrivateKey> from_scalar(const Scalar &d, const Curve &curve = default_curve()) noexcept {
-        if (mp::is_zero(d.digits()) || mp::compare(d.digits(), curve.q) >= 0) return Error::failed;
+        if (vrx_check_private_key(&curve, d.data()) != VRX_OK) return Error::failed;
         return Result<PrivateKey>(std::in_place, d, curve, Unfilled{});
     }
 
     /** For use by the functions above only: a number that was checked. */
-    PrivateKey(const Scalar &d, const Curve &curve, Unfilled) noexcept : curve_(&curve), d_(d) {}
+    PrivateKey(const Scalar &d, const Curve &curve, Unfilled, const vrx_gostr3411_par &hash_set = default_hash_set(),
+               const vrx_gost28147_par &cipher_set = default_cipher_set()) noexcept
+        : curve_(&curve), hash_set_(&hash_set), cipher_set_(&cipher_set), d_(d) {}
     PrivateKey(const PrivateKey &) = delete;
     PrivateKey(PrivateKey &&) noexcept = default;
     PrivateKey &operator=(const PrivateKey &) = delete;
@@ -100,20 +207,54 @@ public:
         return octets;
     }
 
-    /** Compute the public key d G. @return Error::failed if the curve parameter set is malformed. */
+    /**
+     * Compute the public key d G, with the same parameter sets.
+     *
+     * @return Error::failed if the curve parameter set is malformed.
+     */
     [[nodiscard]] Result<PublicKey> public_key() const noexcept {
         Point q;
         if (const int rc = ecGeneratePublicKey(curve_, d_.data(), &q.native())) return static_cast<Error>(rc);
-        return PublicKey::from_point(q, *curve_);
+        if (vrx_check_public_key(curve_, &q.native()) != VRX_OK) return Error::failed;
+        return Result<PublicKey>(std::in_place, q, *curve_, Unfilled{}, *hash_set_, *cipher_set_);
+    }
+
+    /**
+     * Write the key as PEM, not encrypted: vrx_write_private_key().
+     *
+     * @return Error::key_parameters if a set is not built in.
+     */
+    [[nodiscard]] Result<KeyFile> to_pem() const noexcept {
+        return KeyFile::of(native().value, VRX_KEY_PEM, vrx_write_private_key);
+    }
+    /** Write the key as DER, not encrypted. @return Error::key_parameters if a set is not built in. */
+    [[nodiscard]] Result<KeyFile> to_der() const noexcept {
+        return KeyFile::of(native().value, VRX_KEY_DER, vrx_write_private_key);
     }
 
     /** Get the number. */
     [[nodiscard]] const Scalar &scalar() const noexcept { return d_; }
     /** Get the curve of the key. */
     [[nodiscard]] const Curve &curve() const noexcept { return *curve_; }
+    /**
+     * Get the hash parameter set for signatures with this key. A key that does not come from a file has the default
+     * set.
+     */
+    [[nodiscard]] const vrx_gostr3411_par &hash_set() const noexcept { return *hash_set_; }
+    /** Get the cipher parameter set for messages to the owner of the key. */
+    [[nodiscard]] const vrx_gost28147_par &cipher_set() const noexcept { return *cipher_set_; }
+    /** Copy the key into the C record, for the functions of keyfile.h. */
+    [[nodiscard]] Wiped<vrx_private_key> native() const noexcept {
+        Wiped<vrx_private_key> key(Unfilled{});
+        key.value = {curve_, hash_set_, cipher_set_, {}};
+        std::ranges::copy(d_.digits(), key.value.d);
+        return key;
+    }
 
 private:
     const Curve *curve_;
+    const vrx_gostr3411_par *hash_set_;
+    const vrx_gost28147_par *cipher_set_;
     Scalar d_;
 };
 
@@ -173,9 +314,31 @@ inline std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words_of(const Digest &di
 [[nodiscard]] inline bool verify(const PublicKey &key, const Digest &digest, const Signature &signature) noexcept {
     EcSignature numbers;
     ecLoadSignValue(signature.data(), &numbers);
-    for (const auto &number : {std::span(numbers.r), std::span(numbers.s)})
-        if (mp::is_zero(number) || mp::compare(number, key.curve().q) >= 0) return false;
+    if (vrx_check_signature(&key.curve(), &numbers) != VRX_OK) return false;
     return ecVerify(&key.curve(), detail::words_of(digest).data(), &key.point().native(), &numbers) == VRX_OK;
+}
+
+/**
+ * Hash a message with the hash parameter set of the key, and sign the digest: sign().
+ *
+ * @param key      in: the private key.
+ * @param message  in: the message.
+ * @return the results of sign().
+ */
+[[nodiscard]] inline Result<Signature> sign_message(const PrivateKey &key, Bytes message) noexcept {
+    return sign(key, hash(message, *key.hash_set().tz));
+}
+
+/**
+ * Hash a message with the hash parameter set of the key, and verify a signature over the digest: verify().
+ *
+ * @param key        in: the public key.
+ * @param message    in: the message.
+ * @param signature  in: the signature.
+ * @return true if the signature is valid.
+ */
+[[nodiscard]] inline bool verify_message(const PublicKey &key, Bytes message, const Signature &signature) noexcept {
+    return verify(key, hash(message, *key.hash_set().tz), signature);
 }
 
 namespace raw {
