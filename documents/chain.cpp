@@ -1,18 +1,12 @@
 #include "documents/chain.hpp"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
 
 namespace vrx::documents {
 namespace {
 
 constexpr std::size_t longest_chain = 10;
 constexpr int most_tries = 200;  // limits the search: certificates may form cycles
-
-bool in_range(const std::uint32_t* number, const EcParamSet& set) {
-    return mpIsZero(number, VRX_ECC_DIGITS) == 0 && mpCompare(number, set.q, VRX_ECC_DIGITS) < 0;
-}
 
 std::string about(const Certificate& certificate) { return "the certificate of " + certificate.subject; }
 
@@ -140,17 +134,7 @@ std::optional<WorkingKey> working_key(const Certificate& certificate, const EcPa
 }
 
 bool is_signed_by(const Signed& what, const WorkingKey& key) {
-    if (what.signature_oid != gost_signature_oid || what.signature.size() != VRX_SIGNATURE_SIZE) return false;
-    std::array<std::uint8_t, VRX_HASH_SIZE> digest;
-    if (GOSTR3411_Transform_ex(get_GOSTR3411_default_par()->tz, what.signed_part.data(),
-                               static_cast<std::uint32_t>(what.signed_part.size()), digest.data()) != VRX_OK)
-        return false;
-    std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS> words;
-    std::memcpy(words.data(), digest.data(), sizeof words);
-    EcSignature signature;
-    ecLoadSignValue(what.signature.data(), &signature);
-    return in_range(signature.r, *key.set) && in_range(signature.s, *key.set) &&
-           ecVerify(key.set, words.data(), &key.point, &signature) == VRX_OK;
+    return what.signature_oid == gost_signature_oid && verifies(digest_of(what.signed_part), what.signature, key);
 }
 
 Fault check_alone(const Certificate& certificate, const std::optional<Time>& time) {

@@ -8,6 +8,7 @@
 
 #include "documents/certificate.hpp"
 #include "documents/revocation.hpp"
+#include "documents/signature.hpp"
 
 namespace vrx::documents {
 
@@ -19,12 +20,6 @@ struct Fault {
     std::string word;
     std::string sentence;
     [[nodiscard]] bool none() const { return word.empty(); }
-};
-
-/** A public key with its curve. */
-struct WorkingKey {
-    const EcParamSet* set;
-    EcPoint point;
 };
 
 /** The key of a certificate; std::nullopt if it is not a point on its curve. @param set  the curve if it names none. */

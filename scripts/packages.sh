@@ -2,11 +2,12 @@
 # The Debian packages that each command needs, and their installation. Sourced by ./dev.
 # shellcheck disable=SC2034  # other scripts read the lists
 
-readonly BUILD=(g++ cmake ninja-build)
+# The program needs libtasn1, the library does not.
+readonly BUILD=(g++ cmake ninja-build libtasn1-6-dev)
 readonly PACKAGE=("${BUILD[@]}" dpkg-dev file python3)
 readonly TEST=("${PACKAGE[@]}" clang libclang-rt-14-dev libgtest-dev libgmock-dev libcapstone-dev pkg-config valgrind
     binutils util-linux python3-pytest python3-pip python3-setuptools python3-wheel mypy
-    mandoc)
+    mandoc libtasn1-bin)
 readonly DOCS=(doxygen doxygen-awesome-css python3)
 readonly FUZZ=("${BUILD[@]}" clang libclang-rt-14-dev libgtest-dev libgmock-dev python3)
 readonly MUTATE=("${BUILD[@]}" clang libclang-rt-14-dev libgtest-dev libgmock-dev pkg-config python3 git)

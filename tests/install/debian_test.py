@@ -62,7 +62,7 @@ class Debian(InstallTest):
         self.assertEqual(self.depends("libvrx-dev"), {"libvrx1": f"= {setting.version}", "libc6-dev": ""})
         self.assertEqual(self.depends("python3-vrx"), {"libvrx1": f"= {setting.version}", "python3": ">= 3.9"})
         program = self.depends("vrx")
-        self.assertEqual(sorted(program), ["libc6", "libgcc-s1", "libstdc++6", "libvrx1"])
+        self.assertEqual(sorted(program), ["libc6", "libgcc-s1", "libstdc++6", "libtasn1-6", "libvrx1"])
         self.assertEqual(program["libvrx1"], f"= {setting.version}")
 
     def test_shlibs_file_names_package_and_version(self):

@@ -76,7 +76,9 @@ LAYERS = [
 
     # The program.
     Layer("app/io", "failure signals declassify text place confinement terminal files progress pieces", ("include/vrx",)),
-    Layer("documents", "der algorithm name time certificate revocation chain", ("app/io", "include/vrx.h")),
+    Layer("documents", """
+        der source ber messages_module asn1 transport algorithm name time certificate revocation signature chain message
+        signed_data""", ("app/io", "include/vrx.h")),
     Layer("app/keys", "keys parameters random traces der password key_format encrypted_key unlock key_files",
           ("documents", "app/io", "src/frame", "include/vrx", "include/vrx.h")),
     Layer("app", "chart options topics checklist key_options cipher derived_key digest transform",
@@ -97,7 +99,7 @@ LAYERS = [
 # The folders of which the list names every file, and the files there that include nothing.
 ROOTS = ["src", "include", "documents", "app", "tests/support"]
 NO_CODE = [
-    "CMakeLists.txt", "src/libvrx.map", "include/.clang-format", "app/completion/_vrx", "app/completion/vrx.bash",
+    "CMakeLists.txt", "documents/messages.asn", "src/libvrx.map", "include/.clang-format", "app/completion/_vrx", "app/completion/vrx.bash",
 ]
 
 # The part of the library that each public header for C declares. The other headers declare no part.
