@@ -21,10 +21,10 @@
 namespace vrx::app {
 namespace {
 
-constexpr std::array commands{&encrypt_command, &decrypt_command, &mac_command,    &hash_command,      &sha1_command,
-                              &hmac_command,    &derive_command,  &keygen_command, &keypair_command,   &pubkey_command,
-                              &sign_command,    &verify_command,  &agree_command,  &diversify_command, &inspect_command,
-                              &params_command,  &speed_command};
+constexpr std::array commands{
+    &encrypt_command,    &decrypt_command, &mac_command,       &hash_command,    &sha1_command,   &hmac_command,
+    &derive_command,     &keygen_command,  &keypair_command,   &pubkey_command,  &sign_command,   &verify_command,
+    &cms_verify_command, &agree_command,   &diversify_command, &inspect_command, &params_command, &speed_command};
 
 /** An earlier name of a command, still accepted. */
 struct Alias {
@@ -42,6 +42,12 @@ int print(const std::string& text) {
     return exit_done;
 }
 
+/** Format a line of a list of commands or topics. */
+std::string summary_line(std::string name, const char* summary) {
+    name.resize(13, ' ');
+    return "  " + name + summary + "\n";
+}
+
 std::string overview() {
     std::string text = R"(Usage: vrx COMMAND [OPTIONS] [FILE]...
 
@@ -49,15 +55,11 @@ GOST cryptography for files. Without FILE, or if FILE is -, commands read standa
 
 Commands:
 )";
-    const auto line = [&](std::string name, const char* summary) {
-        name.resize(13, ' ');
-        text += "  " + name + summary + "\n";
-    };
-    for (const Command* command : commands) line(command->name, command->summary);
-    line("help", "this list, or help on a command or topic");
-    line("version", "print the version of the program");
+    for (const Command* command : commands) text += summary_line(command->name, command->summary);
+    text += summary_line("help", "this list, or help on a command or topic");
+    text += summary_line("version", "print the version of the program");
     text += "\nTopics:\n";
-    for (const Topic& topic : topics()) line(topic.name, topic.summary);
+    for (const Topic& topic : topics()) text += summary_line(topic.name, topic.summary);
     return text + R"(
 'vrx help COMMAND' or 'vrx COMMAND --help' explains a command, 'vrx help TOPIC' a topic.
 Manual pages: vrx(1), vrx_keys(5) and vrx_formats(5). Guides: /usr/share/doc/libvrx-dev (package libvrx-dev).
@@ -72,13 +74,37 @@ Example:
 
 std::string version() { return "vrx " VRX_VERSION "\n" + std::string(vrx_copyright_notice()) + "\n"; }
 
-/** Find a command by its name or an alias; nullptr if there is none. */
-const Command* command_named(std::string_view name) {
+/** The command that arguments name, and the number of words in its name. */
+struct Named {
+    const Command* command;  // nullptr if there is none
+    int words;
+};
+
+/** True if this is the first word of commands with two words. */
+bool is_group(std::string_view word) {
+    return std::ranges::any_of(
+        commands, [&](const Command* c) { return std::string_view(c->name).starts_with(std::string(word) + " "); });
+}
+
+/** Find a command by its name or an alias. The name has one word, or two. */
+Named command_named(int argc, char** argv) {
+    std::string name = argv[0];
+    const int words = argc > 1 && is_group(name) ? 2 : 1;
+    if (words == 2) name += std::string(" ") + argv[1];
     for (const Alias& alias : aliases)
         if (name == alias.name) name = alias.command;
     const auto found =
         std::find_if(commands.begin(), commands.end(), [&](const Command* c) { return c->name == name; });
-    return found != commands.end() ? *found : nullptr;
+    return {found != commands.end() ? *found : nullptr, words};
+}
+
+/** The help on the first word of commands with two words. */
+std::string group_overview(std::string_view group) {
+    std::string text = "Usage: vrx " + std::string(group) + " COMMAND [OPTIONS] [FILE]\n\nCommands:\n";
+    for (const Command* command : commands)
+        if (std::string_view(command->name).starts_with(std::string(group) + " "))
+            text += summary_line(command->name, command->summary);
+    return text + "\n'vrx help " + std::string(group) + " COMMAND' explains a command.\n";
 }
 
 /** The protections that work on this machine, as text. The function tries each of them, and so confines the process. */
@@ -104,18 +130,20 @@ std::string protections() {
 
 int help(int argc, char** argv) {
     if (argc == 1) return print(overview());
-    if (argc > 2) throw Failure("help takes the name of one command or topic" + std::string(where_to_look));
     const std::string_view name = argv[1];
+    const Named named = command_named(argc - 1, argv + 1);
+    if (argc > 1 + named.words)
+        throw Failure("help takes the name of one command or topic" + std::string(where_to_look));
     for (const Topic& topic : topics())
         if (name == topic.name)
             return print(name == "secrets" ? topic.text + ("\n" + protections()) : std::string(topic.text));
     if (name == "help" || name == "version") return print(overview());
-    const Command* command = command_named(name);
-    if (command == nullptr)
+    if (named.words == 1 && is_group(name)) return print(group_overview(name));
+    if (named.command == nullptr)
         throw Failure("there is no command or topic " + in_quotes(name) + "; 'vrx help' lists them");
     std::string option = "--help";
-    std::array<char*, 3> arguments{argv[1], option.data(), nullptr};
-    return command->run(*command, 2, arguments.data());
+    std::array<char*, 3> arguments{argv[named.words], option.data(), nullptr};
+    return named.command->run(*named.command, 2, arguments.data());
 }
 
 int run(int argc, char** argv) {
@@ -127,9 +155,13 @@ int run(int argc, char** argv) {
         return print(version());
     }
     if (name.starts_with('-')) throw Failure("the command comes first, not " + in_quotes(name) + where_to_look);
-    const Command* command = command_named(name);
-    if (command == nullptr) throw Failure("there is no command " + in_quotes(name) + where_to_look);
-    return command->run(*command, argc - 1, argv + 1);
+    const Named named = command_named(argc - 1, argv + 1);
+    if (named.command == nullptr && is_group(name))
+        throw Failure((argc == 2 ? in_quotes(name) + " needs a second word"
+                                 : "there is no command " + in_quotes(std::string(name) + " " + argv[2])) +
+                      "; 'vrx help " + std::string(name) + "' lists the commands");
+    if (named.command == nullptr) throw Failure("there is no command " + in_quotes(name) + where_to_look);
+    return named.command->run(*named.command, argc - named.words, argv + named.words);
 }
 
 /** Run the program and report failures. @return the exit code. */

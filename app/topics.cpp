@@ -22,7 +22,8 @@ an encrypted private key: BEGIN ENCRYPTED PRIVATE KEY
     vrx pubkey KEY.pem
     vrx sign --key KEY.pem FILE
 a signed message: .p7s, .p7m, S/MIME
-    not supported; use openssl cms -verify -engine gost
+    vrx cms verify --ca CA MESSAGE
+    vrx cms verify --ca CA --content FILE MESSAGE
 an encrypted message: .p7m, S/MIME
     not supported; use openssl cms -decrypt -engine gost
 a key store: .p12, .pfx
@@ -93,6 +94,8 @@ Public key            SubjectPublicKeyInfo (RFC 4491), in PEM (-----BEGIN PUBLIC
 Certificate           X.509 (RFC 4491), in PEM or DER.
 Signature             64 octets: s and then r, each most significant first; or
                       the same as 128 hexadecimal digits, or as base64.
+Signed message        SignedData (RFC 5652, RFC 4490) in DER, BER, PEM, base64
+                      or S/MIME, with its content or detached from it.
 Encrypted file        8 bytes of IV, then the ciphertext, as long as the data.
                       With --iv, and in mode ss, the ciphertext alone. There is
                       no header and no padding.
@@ -163,7 +166,7 @@ and with other programs: /usr/share/doc/libvrx-dev/docs/interop.md.
     {"exit-codes", "what the exit codes mean",
      R"(Exit codes
 
-  0  done. For 'vrx verify' and --check: everything is valid.
+  0  done. For 'vrx verify', 'vrx cms verify' and --check: everything is valid.
   1  a check failed: a signature is not valid, a digest or MAC of a list
      differs, a line of a list is malformed, a list checks nothing, or a
      file that 'vrx inspect' reads is damaged or unknown.

@@ -82,7 +82,8 @@ class Command:
         self.operands = usage.removeprefix(f"Usage: vrx {name} [OPTIONS]").strip()
         self.description, rest = rest.split("\n\nOptions:\n")
         options, self.example = rest.split("\n\nExample:\n")
-        self.names = [name, *re.findall(r"'vrx (\w+)' is the earlier name of this command", self.description)]
+        self.key = name.replace(" ", "-")  # one word, for completions
+        self.names = [self.key, *re.findall(r"'vrx (\w+)' is the earlier name of this command", self.description)]
         self.options = []
         for line in options.split("\n"):
             if re.match(r" {2}(-\w, |    )--", line):
@@ -95,7 +96,7 @@ class Help:
     def __init__(self, program):
         self.program = program
         overview = self.run("help")
-        self.commands = [Command(name, summary, self.run("help", name))
+        self.commands = [Command(name, summary, self.run("help", *name.split()))
                          for name, summary in self.listed(overview, "Commands") if name not in ("help", "version")]
         self.topics = [(name, summary, self.run("help", name).partition("\nOn this machine:")[0]) for name, summary in self.listed(overview, "Topics")]
         self.example = overview.split("\nExample:\n")[1]
@@ -109,10 +110,22 @@ class Help:
     def run(self, *arguments):
         return subprocess.run([self.program, *arguments], check=True, capture_output=True, text=True).stdout
 
+    def first_words(self):
+        return list(dict.fromkeys(command.name.split()[0] for command in self.commands))
+
+    def groups(self):
+        """The commands with names of two words, by their first words."""
+        groups = {}
+        for command in self.commands:
+            first, _, second = command.name.partition(" ")
+            if second:
+                groups.setdefault(first, {})[second] = command
+        return groups
+
     @staticmethod
     def listed(overview, what):
         part = overview.split(f"\n{what}:\n")[1].split("\n\n")[0]
-        return re.findall(r"^  (\S+) +(.+)$", part, re.MULTILINE)
+        return re.findall(r"^  (\S+(?: \S+)?) {2,}(.+)$", part, re.MULTILINE)
 
 
 # --- vrx.1 ------------------------------------------------------------------------------------------------------------
@@ -655,7 +668,8 @@ def library_page():
 
 
 def bash_completion(program):
-    names = [c.name for c in program.commands] + ["help", "version"]
+    names = program.first_words() + ["help", "version"]
+    groups = program.groups()
     topics = [name for name, _, _ in program.topics]
     lines = [f"# Completion of the program vrx for bash. {GENERATED}.", "# shellcheck shell=bash", "", "_vrx() {",
              "    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD - 1]} words=",
@@ -666,14 +680,22 @@ def bash_completion(program):
              "    elif [[ $prev == = ]]; then",
              "        prev=${COMP_WORDS[COMP_CWORD - 2]}",
              "    fi",
+             "    local command=${COMP_WORDS[1]}",
+             "    if ((COMP_CWORD > 2)); then",
+             "        case $command in",
+             f'            {" | ".join(groups)}) command+=-${{COMP_WORDS[2]}} ;;',
+             "        esac",
+             "    fi",
              "    if ((COMP_CWORD == 1)); then",
-             f'        words="{" ".join(names)} --help --version"',
-             "    elif [[ $cur == -* && $cur != - ]]; then",
-             "        case ${COMP_WORDS[1]} in"]
+             f'        words="{" ".join(names)} --help --version"']
+    for group, members in groups.items():
+        lines += [f"    elif ((COMP_CWORD == 2)) && [[ $command == {group} ]]; then", f'        words="{" ".join(members)}"']
+    lines += ["    elif [[ $cur == -* && $cur != - ]]; then",
+              "        case $command in"]
     for command in program.commands:
         forms = " ".join(form for option in command.options for form in option.forms())
         lines.append(f'            {" | ".join(command.names)}) words="{forms}" ;;')
-    lines += ["        esac", "    else", "        case ${COMP_WORDS[1]}:$prev in"]
+    lines += ["        esac", "    else", "        case $command:$prev in"]
     for option, values in program.values.items():
         patterns = [f"{name}:{form}" for command in program.commands for name in command.names
                     for o in command.options if o.name == option for form in o.forms()]
@@ -683,7 +705,9 @@ def bash_completion(program):
             if o.value not in (None, "FILE", "OUT") and o.name not in program.values for form in o.forms()]
     lines += [f'            {" | ".join(bare)})', "                compopt +o default +o bashdefault 2>/dev/null || :",
               "                return ;;",
-              f'            help:help) words="{" ".join([*names, *topics])}" ;;', "        esac", "    fi",
+              f'            help:help) words="{" ".join([*names, *topics])}" ;;',
+              *(f'            help-{group}:{group} | help:{group}) words="{" ".join(members)}" ;;' for group, members in groups.items()),
+              "        esac", "    fi",
               '    [[ -z $words ]] || mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")', "}",
               "complete -o bashdefault -o default -F _vrx vrx", ""]
     # Split long lists of patterns over several lines.
@@ -724,16 +748,30 @@ def zsh_option(option, values):
     return f"'--{option.name}{equals}[{about}]{action}'"
 
 
+# The first words of commands with two words.
+GROUPS = {"cms": "signed messages"}
+
+
 def zsh_completion(program):
     lines = ["#compdef vrx", f"# Completion of the program vrx for zsh. {GENERATED}.", "", "_vrx() {",
              "    local curcontext=$curcontext state line", "    local -a commands topics", "    commands=("]
-    lines += [f"        '{c.name}:{zsh_text(c.summary)}'" for c in program.commands]
+    groups = program.groups()
+    lines += [f"        '{c.name}:{zsh_text(c.summary)}'" for c in program.commands if " " not in c.name]
+    lines += [f"        '{group}:{GROUPS[group]}'" for group in groups]
     lines += ["        'help:this list, or the help of a command or topic'",
               "        'version:the version of the program'", "    )", "    topics=("]
     lines += [f"        '{name}:{zsh_text(summary)}'" for name, summary, _ in program.topics]
-    lines += ["    )", "    _arguments -C '1:command:->command' '*::argument:->argument'", "    case $state in",
-              "        command) _describe -t commands command commands ;;", "        argument)",
-              "            case $words[1] in"]
+    lines.append("    )")
+    for group, members in groups.items():
+        lines += [f"    local -a {group}=(", *(f"        '{name}:{zsh_text(c.summary)}'" for name, c in members.items()), "    )"]
+    lines += ["    _arguments -C '1:command:->command' '*::argument:->argument'", "    case $state in",
+              "        command) _describe -t commands command commands ;;", "        argument)"]
+    for group in groups:
+        lines += [f"            if [[ $words[1] == {group} ]]; then", "                if ((CURRENT == 2)); then",
+                  f"                    _describe -t commands command {group}", "                    return",
+                  "                fi", "                shift words", "                ((CURRENT--))",
+                  f"                words[1]={group}-$words[1]", "            fi"]
+    lines.append("            case $words[1] in")
     for command in program.commands:
         lines.append(f"                {'|'.join(command.names)})")
         lines.append("                    _arguments -s -S \\")

@@ -10,35 +10,10 @@
 #include "keys/encrypted_key.hpp"
 #include "keys/key_files.hpp"
 #include "keys/parameters.hpp"
+#include "report.hpp"
 
 namespace vrx::app {
 namespace {
-
-/** The report on a file: a sentence, followed by lines of facts. It never contains secrets. */
-class Report {
-public:
-    /** Set the sentence that says what the file is; later calls have no effect. */
-    void is(const std::string& what) {
-        if (what_.empty()) what_ = what;
-    }
-    void fact(const char* name, const std::string& value) {
-        std::string column = std::string(name) + ":";
-        column.resize(13, ' ');
-        facts_ += "  " + column + value + "\n";
-    }
-    void fault(const std::string& what) {
-        fact("fault", what);
-        faulty_ = true;
-    }
-    [[nodiscard]] bool knows() const { return !what_.empty(); }
-    [[nodiscard]] bool faulty() const { return faulty_; }
-    [[nodiscard]] std::string text(const std::string& shown) const { return shown + ": " + what_ + "\n" + facts_; }
-
-private:
-    std::string what_;
-    std::string facts_;
-    bool faulty_ = false;
-};
 
 std::string identified(const char* short_name, const char* name, const char* oid) {
     return std::string(short_name) + " (" + name + ", " + oid + ")";

@@ -7,11 +7,11 @@
 
 #include "commands/commands.hpp"
 #include "digest.hpp"
-#include "documents/chain.hpp"
 #include "io/text.hpp"
 #include "key_options.hpp"
 #include "keys/der.hpp"
 #include "keys/key_files.hpp"
+#include "trust.hpp"
 
 namespace vrx::app {
 namespace {
@@ -54,187 +54,95 @@ struct Signer {
     std::string set;
 };
 
-/** The user's options for certificates. */
-struct Trust {
-    std::optional<std::string> certificate;
-    std::vector<std::string> authorities;
-    std::vector<std::string> lists;
-    std::optional<std::string> time;
-};
-
 /** Load the key from a key file or a certificate; a certificate may also name the parameter set of the hash. */
-void load_signer(const std::optional<std::string>& key_path, const Trust& trust, const KeyForm& form,
-                 const std::optional<std::string>& set, Signer& signer) {
+void load_signer(const std::optional<std::string>& key_path, const std::optional<std::string>& certificate_path,
+                 const KeyForm& form, const std::optional<std::string>& set, Signer& signer) {
     signer.set = set.value_or(default_hash_set);
     if (key_path) {
         load_public_key(*key_path, form, signer.certified.key);
         return;
     }
-    load_certified_key(*trust.certificate, form.curve, signer.octets, signer.certified);
+    load_certified_key(*certificate_path, form.curve, signer.octets, signer.certified);
     if (!set && signer.certified.hash != nullptr) signer.set = signer.certified.hash->str_oid;
 }
 
-/** The value of --time; std::nullopt for "any". */
-std::optional<documents::Time> time_of(const Command& self, const Trust& trust) {
-    if (!trust.time) return documents::now();
-    if (trust.time == "any") return std::nullopt;
-    const auto time = documents::time_of(*trust.time);
-    if (!time)
-        throw WrongUse(self, "--time takes a time in UTC, like 2026-02-28 or '2026-02-28 23:59:59', or any, not " +
-                                 in_quotes(*trust.time));
-    return time;
-}
-
-/** The verdict on a certificate. */
-struct Trusted {
-    documents::Fault fault;
-    std::string chain;  // "valid", "not-valid" or "unchecked"
-    std::string root;   // the trusted certificate at its end
-};
-
-Trusted check_certificate(const Signer& signer, const Trust& trust, const std::optional<documents::Time>& time) {
-    const documents::Certificate& certificate = signer.certified.certificate;
-    Trusted result{documents::check_alone(certificate, time), "unchecked", ""};
-    if (result.fault.none()) result.fault = documents::check_signer(certificate);
-    if (trust.authorities.empty()) return result;
-
-    documents::Authorities authorities;
-    std::vector<Octets> contents;
-    for (const std::string& path : trust.authorities) load_certificates(path, contents);
-    for (const Octets& octets : contents) {
-        documents::Certificate authority;
-        const Content found = documents::read_certificate(octets, authority);
-        if (found == Content::other)
-            throw Failure("a certificate in a --ca file is malformed; 'vrx inspect' shows which");
-        if (found == Content::known) authorities.certificates.push_back(authority);  // skip unsupported ones
-    }
-    std::vector<Octets> lists;
-    for (const std::string& path : trust.lists) load_revocation_lists(path, lists);
-    for (const Octets& octets : lists) {
-        documents::RevocationList list;
-        if (!documents::read_revocation_list(octets, list))
-            throw Failure("a revocation list is malformed; ask its issuer for another");
-        authorities.lists.push_back(list);
-    }
-    authorities.wants_lists = !lists.empty();
-    if (!result.fault.none()) return result;
-    const documents::Chain chain = documents::check_chain(certificate, authorities, time);
-    result.fault = chain.fault;
-    result.chain = chain.fault.none() ? "valid" : "not-valid";
-    if (chain.fault.none()) result.root = chain.links.back()->subject;
-    return result;
-}
-
-Octets sha1_of(std::span<const std::uint8_t> octets) {
-    sha_context context;
-    shaInit(&context);
-    shaUpdate(&context, octets.data(), octets.size());
-    Octets digest(VRX_SHA1_SIZE);
-    shaFinal(&context, digest.data());
-    return digest;
-}
-
-Octets gost_of(std::span<const std::uint8_t> octets) {
-    Octets digest(VRX_HASH_SIZE);
-    check("the hash", GOSTR3411_Transform_ex(get_GOSTR3411_default_par()->tz, octets.data(),
-                                             static_cast<std::uint32_t>(octets.size()), digest.data()));
-    return digest;
-}
-
-/** The facts about a certificate, as pairs of name and value. */
-std::vector<std::pair<const char*, std::string>> certificate_lines(const Signer& signer) {
-    const documents::Certificate& certificate = signer.certified.certificate;
-    return {{"subject", certificate.subject},         {"issuer", certificate.issuer},
-            {"serial", to_hex(certificate.serial)},   {"sha1", to_hex(sha1_of(signer.octets))},
-            {"gost", to_hex(gost_of(signer.octets))}, {"not-before", certificate.not_before},
-            {"not-after", certificate.not_after}};
-}
-
 /** Format the machine-readable status: in each line a keyword, a blank and a value. */
-std::string status_text(bool signature, const Signer& signer, const Trust& trust, const Trusted& trusted,
+std::string status_text(bool signature, const Signer& signer, bool is_certified, const Trusted& trusted,
                         const std::optional<documents::Time>& time) {
     const auto word = [](bool valid) { return valid ? "valid" : "not-valid"; };
     std::string text = std::string("signature ") + word(signature) + "\n";
-    if (!trust.certificate) return text + "certificate none\n";
+    if (!is_certified) return text + "certificate none\n";
     text += std::string("certificate ") + word(trusted.fault.none()) + "\n";
     if (!trusted.fault.none()) text += "reason " + trusted.fault.word + "\n";
     text += "chain " + trusted.chain + "\ntime " + time.value_or("any") + "\n";
-    for (const auto& [name, value] : certificate_lines(signer)) text += std::string(name) + " " + value + "\n";
+    for (const auto& [name, value] : certificate_lines(signer.certified.certificate, signer.octets))
+        text.append(name).append(" ").append(value).append("\n");
     return text;
 }
 
-std::string plain_text(bool signature, const Input& input, const Signer& signer, const Trust& trust,
+std::string plain_text(bool signature, const Input& input, const Signer& signer, bool is_certified,
                        const Trusted& trusted) {
     std::string text =
         input.shown() + ": the signature is " + (signature && trusted.fault.none() ? "valid" : "NOT valid");
     if (signature && !trusted.fault.none()) text += ": " + trusted.fault.sentence;
     text += "\n";
-    if (!trust.certificate) return text;
-    for (const auto& [name, value] : certificate_lines(signer)) {
-        std::string column = std::string(name) + ":";
-        column.resize(12, ' ');
-        text += "  " + column + value + "\n";
-    }
-    if (!trusted.root.empty()) text += "  trusted:    through " + trusted.root + "\n";
+    if (!is_certified) return text;
+    text += lines_text(certificate_lines(signer.certified.certificate, signer.octets));
+    if (!trusted.root.empty()) text += lines_text({{"trusted", "through " + trusted.root}});
     return text;
 }
 
 int run(const Command& self, int argc, char** argv) {
     KeyForm form;
     std::optional<std::string> key_path;
-    Trust trust;
+    std::optional<std::string> certificate_path;
+    TrustOptions trust;
     bool status = false;
     std::optional<std::string> signature_path;
     std::optional<std::string> set;
     std::vector<Option> options{
         input_option("key", 'k', "the public key", key_path),
-        input_option("cert", 'C', "the signer's X.509 certificate, in place of a public key", trust.certificate),
+        input_option("cert", 'C', "the signer's X.509 certificate, in place of a public key", certificate_path),
         input_option("signature", 'S', "the signature", signature_path)};
     for (Option& option : key_form_options(form, "the curve of a raw key")) options.push_back(std::move(option));
     options.push_back(text_option("set", 's', "SET",
                                   "parameter set of the hash: cryptopro or test; default: the one that the\n"
                                   "certificate names, or cryptopro",
                                   set));
-    options.push_back(input_option("ca", 'A',
-                                   "certificates of authorities, PEM or DER: self-signed ones are trusted, others\n"
-                                   "may be intermediate. May be repeated",
-                                   trust.authorities));
-    options.push_back(input_option("crl", 0, "revocation lists of the authorities; may be repeated", trust.lists));
-    options.push_back(text_option("time", 'T', "TIME",
-                                  "time of signing in UTC, like 2026-02-28 or '2026-02-28 23:59:59';\n"
-                                  "default: now. With 'any', dates are not checked",
-                                  trust.time));
+    for (Option& option : trust_options(trust,
+                                        "time of signing in UTC, like 2026-02-28 or '2026-02-28 23:59:59';\n"
+                                        "default: now. With 'any', dates are not checked"))
+        options.push_back(std::move(option));
     options.push_back(flag_option("status", 0, "for programs: print a keyword and a value in each line", status));
     const auto operands = parse(self, options, 1, argc, argv);
     if (!operands) return exit_done;
-    if (!key_path && !trust.certificate)
+    if (!key_path && !certificate_path)
         throw WrongUse(self, "a public key is needed, --key FILE, or a certificate, --cert FILE");
-    if (key_path && trust.certificate) throw WrongUse(self, "--key and --cert exclude each other");
+    if (key_path && certificate_path) throw WrongUse(self, "--key and --cert exclude each other");
     if (!signature_path) throw WrongUse(self, "a signature is needed, --signature FILE");
     const std::string in = operands->empty() ? "-" : operands->front();
-    if ((in == "-") + (key_path == "-") + (trust.certificate == "-") + (signature_path == "-") > 1)
+    if ((in == "-") + (key_path == "-") + (certificate_path == "-") + (signature_path == "-") > 1)
         throw WrongUse(self, "standard input can be only one of key, signature and data");
 
-    if (!trust.certificate && (!trust.authorities.empty() || trust.time))
+    if (!certificate_path && (!trust.authorities.empty() || trust.time))
         throw WrongUse(self, "--ca and --time belong to --cert");
     if (trust.authorities.empty() && !trust.lists.empty()) throw WrongUse(self, "--crl belongs to --ca");
     const std::optional<documents::Time> time = time_of(self, trust);
 
     Signer signer;
-    load_signer(key_path, trust, form, set, signer);
+    load_signer(key_path, certificate_path, form, set, signer);
     const EcParamSet& curve = *signer.certified.key.set;
     Trusted trusted;
-    if (trust.certificate) trusted = check_certificate(signer, trust, time);
+    if (certificate_path) trusted = check_certificate(signer.certified.certificate, TrustStore(trust), time);
     const EcSignature signature = load_signature(*signature_path);
     Input input(in);
     const SignedDigest digest = signed_digest(signer.set, input);
     const bool valid = in_range(signature.r, curve) && in_range(signature.s, curve) &&
                        ecVerify(&curve, digest.data(), &signer.certified.key.point, &signature) == VRX_OK;
-    if (trust.certificate && trust.authorities.empty())
-        say("warning: the certificate was not checked against an authority; name those that you trust with --ca FILE");
+    if (certificate_path && trust.authorities.empty()) warn_of_missing_authority();
     Output output("-");
-    output.write(status ? status_text(valid, signer, trust, trusted, time)
-                        : plain_text(valid, input, signer, trust, trusted));
+    output.write(status ? status_text(valid, signer, certificate_path.has_value(), trusted, time)
+                        : plain_text(valid, input, signer, certificate_path.has_value(), trusted));
     output.commit();
     return valid && trusted.fault.none() ? exit_done : exit_check_failed;
 }

@@ -10,11 +10,19 @@ _vrx() {
     elif [[ $prev == = ]]; then
         prev=${COMP_WORDS[COMP_CWORD - 2]}
     fi
+    local command=${COMP_WORDS[1]}
+    if ((COMP_CWORD > 2)); then
+        case $command in
+            cms) command+=-${COMP_WORDS[2]} ;;
+        esac
+    fi
     if ((COMP_CWORD == 1)); then
-        words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify agree diversify
-            inspect params speed help version --help --version"
+        words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify cms agree
+            diversify inspect params speed help version --help --version"
+    elif ((COMP_CWORD == 2)) && [[ $command == cms ]]; then
+        words="verify"
     elif [[ $cur == -* && $cur != - ]]; then
-        case ${COMP_WORDS[1]} in
+        case $command in
             encrypt) words="--key -k --params -p --mode -m --mesh --no-mesh --table -t --password-file
                 --password-fd --iv --out -o --help -h" ;;
             decrypt) words="--key -k --params -p --mode -m --mesh --no-mesh --table -t --password-file
@@ -36,6 +44,7 @@ _vrx() {
                 --password-fd --help -h" ;;
             verify) words="--key -k --cert -C --signature -S --format -f --curve -c --set -s --ca -A --crl
                 --time -T --status --help -h" ;;
+            cms-verify) words="--ca -A --crl --time -T --cert -C --content --out -o --status --help -h" ;;
             agree) words="--key -k --peer -p --ukm -u --format -f --curve -c --set -s --out -o --password-file
                 --password-fd --help -h" ;;
             diversify) words="--key -k --ukm -u --params -p --out -o --password-file --password-fd --help -h" ;;
@@ -44,7 +53,7 @@ _vrx() {
             speed) words="--seconds -s --plot -p --help -h" ;;
         esac
     else
-        case ${COMP_WORDS[1]}:$prev in
+        case $command:$prev in
             encrypt:--params | encrypt:-p | decrypt:--params | decrypt:-p | mac:--params | mac:-p | \
                 diversify:--params | diversify:-p)
                 words="test A B C D 0S SA SB SC SD" ;;
@@ -69,13 +78,14 @@ _vrx() {
                 derive:--length | derive:-l | derive:--password-fd | keygen:--password-fd | keygen:--iterations | \
                 keygen:-n | keypair:--password-fd | keypair:--iterations | keypair:-n | genkey:--password-fd | \
                 genkey:--iterations | genkey:-n | pubkey:--password-fd | sign:--password-fd | verify:--time | \
-                verify:-T | agree:--ukm | agree:-u | agree:--password-fd | diversify:--ukm | diversify:-u | \
-                diversify:--password-fd | speed:--seconds | speed:-s)
+                verify:-T | cms-verify:--time | cms-verify:-T | agree:--ukm | agree:-u | agree:--password-fd | \
+                diversify:--ukm | diversify:-u | diversify:--password-fd | speed:--seconds | speed:-s)
                 compopt +o default +o bashdefault 2>/dev/null || :
                 return ;;
-            help:help) words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify agree
-                diversify inspect params speed help version start keys formats parameters byte-orders exit-codes
-                secrets terminals" ;;
+            help:help) words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify cms
+                agree diversify inspect params speed help version start keys formats parameters byte-orders
+                exit-codes secrets terminals" ;;
+            help-cms:cms | help:cms) words="verify" ;;
         esac
     fi
     [[ -z $words ]] || mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")

@@ -88,6 +88,8 @@ public:
     void write(std::string_view text);
     /** Make the file permanent. Do not write afterwards. */
     void commit();
+    /** True if data is written directly, to standard output, a pipe or a device, and so cannot be taken back. */
+    [[nodiscard]] bool is_direct() const { return !place_; }
 
 private:
     void refuse_inputs(const struct stat& status, const std::vector<FileId>& inputs) const;

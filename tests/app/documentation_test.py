@@ -26,14 +26,14 @@ def pages(section):
 class DocumentationTest(ProgramTest):
     def listed(self, what):
         overview = self.vrx("help").decode()
-        return re.findall(r"^  (\S+) ", overview.split(f"\n{what}:\n")[1].split("\n\n")[0], re.MULTILINE)
+        return re.findall(r"^  (\S+(?: \S+)?) {2,}", overview.split(f"\n{what}:\n")[1].split("\n\n")[0], re.MULTILINE)
 
     def commands(self):
         """Every command that takes options, and the forms of its options."""
         found = {}
         for name in self.listed("Commands"):
             if name not in ("help", "version"):
-                part = self.vrx("help", name).decode().split("\nOptions:\n")[1].split("\n\n")[0]
+                part = self.vrx("help", *name.split()).decode().split("\nOptions:\n")[1].split("\n\n")[0]
                 lines = re.findall(r"^  (?:(-\w), |    )(--[\w-]+)", part, re.MULTILINE)
                 found[name] = [form for forms in lines for form in forms if form]
         return found
@@ -183,18 +183,23 @@ class Bash(DocumentationTest):
         return done.stdout.split()
 
     def test_commands(self):
-        self.assertEqual(sorted(self.complete("")), sorted([*self.listed("Commands"), "--help", "--version"]))
+        commands = self.listed("Commands")
+        self.assertEqual(sorted(self.complete("")), sorted({name.split()[0] for name in commands} | {"--help", "--version"}))
+        for group in {name.split()[0] for name in commands if " " in name}:
+            members = sorted(name.split()[1] for name in commands if name.startswith(group + " "))
+            self.assertEqual(sorted(self.complete(group, "")), members)
+            self.assertEqual(sorted(self.complete("help", group, "")), members)
         self.assertEqual(sorted(self.complete("ha")), ["hash"])
         self.assertEqual(sorted(self.complete("gen")), [])
         self.assertEqual(sorted(self.complete("key")), ["keygen", "keypair"])
-        self.assertEqual(sorted(self.complete("help", "")), sorted(self.listed("Commands") + self.listed("Topics")))
+        self.assertEqual(sorted(self.complete("help", "")), sorted({name.split()[0] for name in commands} | set(self.listed("Topics"))))
 
     def test_options(self):
         for command, options in self.commands().items():
-            self.assertEqual(sorted(self.complete(command, "--")),
+            self.assertEqual(sorted(self.complete(*command.split(), "--")),
                              sorted(o for o in options if o.startswith("--")), command)
             for option in options:
-                self.assertIn(option, self.complete(command, option))
+                self.assertIn(option, self.complete(*command.split(), option))
 
     def test_values(self):
         curves = ["A", "B", "C", "Test", "XchA", "XchB"]
@@ -214,11 +219,11 @@ class Bash(DocumentationTest):
 class Zsh(DocumentationTest):
     def test_every_command_and_option_is_there(self):
         text = read("app", "completion", "_vrx")
-        parts = dict(re.findall(r"^ {16}(\w+)(?:\|\w+)*\)\n(.*?);;$", text, re.MULTILINE | re.DOTALL))
+        parts = dict(re.findall(r"^ {16}([\w-]+)(?:\|\w+)*\)\n(.*?);;$", text, re.MULTILINE | re.DOTALL))
         for command, options in self.commands().items():
-            self.assertIn(f"\n        '{command}:", text)
+            self.assertIn(f"\n        '{command.split()[-1]}:", text)
             for option in options:
-                self.assertRegex(parts[command], rf"['{{,]{option}[=+\[,}}]", command)
+                self.assertRegex(parts[command.replace(" ", "-")], rf"['{{,]{option}[=+\[,}}]", command)
 
     @unittest.skipUnless(shutil.which("zsh"), "zsh is not installed")
     def test_zsh_parses_it(self):

@@ -75,16 +75,16 @@ LAYERS = [
     Layer("include", "vrx", ("include/vrx", "include/vrx.h", "include/vrx/cxx"), "include/vrx.hpp", ".hpp"),
 
     # The program.
-    Layer("app/io", "failure signals declassify text place confinement terminal files progress pieces", ("include/vrx",)),
+    Layer("app/io", "failure signals declassify text place confinement terminal files spool progress pieces", ("include/vrx",)),
     Layer("documents", """
         der source ber messages_module asn1 transport algorithm name time certificate revocation signature chain message
         signed_data""", ("app/io", "include/vrx.h")),
     Layer("app/keys", "keys parameters random traces der password key_format encrypted_key unlock key_files",
           ("documents", "app/io", "src/frame", "include/vrx", "include/vrx.h")),
-    Layer("app", "chart options topics checklist key_options cipher derived_key digest transform",
-          ("app/keys", "app/io", "include/vrx.h")),
+    Layer("app", "chart report options topics checklist key_options cipher derived_key digest transform messages trust",
+          ("app/keys", "documents", "app/io", "include/vrx.h")),
     Layer("app/commands", """
-        commands agree decrypt derive diversify encrypt hash hmac inspect keygen keypair mac params pubkey sha1 sign
+        commands agree cms_verify decrypt derive diversify encrypt hash hmac inspect keygen keypair mac params pubkey sha1 sign
         speed verify""",
           ("app", "app/keys", "documents", "app/io", "src/frame", "include/vrx", "include/vrx.h")),
     Layer("app", "main", ("app/commands", "app", "app/keys", "app/io", "include/vrx.h"), "app/main"),

@@ -7,6 +7,7 @@ import re
 import certificates as x509
 import gost
 from certificates import CIPHER_A, CURVE_A, CURVE_XCHA, HASH_CRYPTOPRO, HASH_TEST
+from chains import ChainTest
 from program import main, some
 from signatures import ORDER, SignatureTest, flipped
 
@@ -230,27 +231,11 @@ class Alone(CertificateTest):
                 self.assertIn(f"A\\{{{ord(hostile[0]):02x}}}", out)
 
 
-class Chains(CertificateTest):
+class Chains(ChainTest, CertificateTest):
     """Chains of root, intermediate authority and signer, with one change in each test."""
 
-    def issue(self, name, issuer=None, extensions=(), curve="A", key=None, sign_with=None, **fields):
-        if key is None and name + ".key" not in [n for n in self.names()]:
-            self.pair(name, curve)
-        names = {"subject": self.called(name), "issuer": fields.pop("issuer_name", self.called(issuer or name))}
-        self.write("tbs", bytes.fromhex(x509.to_be_signed(
-            self.der((key or name) + ".pub").hex(), extensions=list(extensions), **{**names, **fields})))
-        self.vrx("sign", "-k", (sign_with or issuer or name) + ".key", "-o", "tbs.sig", "tbs")
-        octets = x509.certificate(self.read("tbs").hex(), self.read("tbs.sig").hex())
-        self.write(name + ".crt", self.pem("CERTIFICATE", octets))
-
-    @staticmethod
-    def called(name):
-        return x509.name((x509.COMMON_NAME, x509.text("0c", name)))
-
-    def make(self, root=None, middle=None, signer=None, curve="A"):
-        self.issue("root", **{"extensions": [x509.authority(), x509.key_usage("56")], "curve": curve, **(root or {})})
-        self.issue("middle", "root", **{"extensions": [x509.authority(0), x509.key_usage("56")], "curve": curve, **(middle or {})})
-        self.issue("signer", "middle", **{"extensions": [x509.key_usage("0")], "curve": curve, "serial": "07", **(signer or {})})
+    def make(self, *arguments, **fields):
+        super().make(*arguments, **fields)
         self.vrx("sign", "-k", "signer.key", "-o", "sig", "letter")
 
     def check(self, *options, reason=None, authorities=("root.crt", "middle.crt")):
