@@ -107,7 +107,7 @@ TESTS = {
     "app/io/place": scripts("io/files", "io/names", "io/interruptions"),
     "app/io/progress": scripts("io/files:ProgressBar", "io/files:Outputs", "commands/derive"),
     "app/io/terminal": scripts("io/names", "usage", "io/files:ProgressBar", "commands/encrypt"),
-    "app/io/text": scripts("usage", "io/names") + LISTS + scripts("commands/inspect", "commands/derive"),
+    "app/io/text": runs("text") + scripts("usage", "io/names") + LISTS + scripts("commands/inspect", "commands/derive"),
     "app/key_options": scripts("keys/encrypted_keys", "commands/encrypt", "commands/mac", "commands/hmac"),
     "app/keys/der": DOCUMENTS,
     "app/keys/encrypted_key": scripts("keys/encrypted_keys", "keys/memory"),

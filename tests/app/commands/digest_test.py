@@ -253,6 +253,16 @@ class Checks(Samples):
             self.assertEqual(self.vrx(command, "-c", stdin=b), b"b: OK\n")
         self.check("hash", self.vrx("hash", "a") + self.vrx("hash", "--tag", "b"), 0, "a: OK\nb: OK\n")
 
+    def test_a_list_may_come_one_octet_at_a_time(self):
+        for command, a, b in self.each():
+            with self.start(command, "--check", stdin=subprocess.PIPE) as process:
+                for begin, end in ((0, 1), (1, 2), (2, len(a) - 1), (len(a) - 1, len(a))):
+                    process.stdin.write(a[begin:end])
+                    process.stdin.flush()
+                    self.wait_for_input(process)
+                out, _ = process.communicate(b, timeout=60)
+            self.assertEqual((process.returncode, out), (0, b"a: OK\nb: OK\n"))
+
     def test_changed_files_fail(self):
         for command, a, b in list(self.each()):
             self.write("a", b"First")

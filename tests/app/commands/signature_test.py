@@ -411,6 +411,13 @@ class WrongFiles(SignatureTest):
         self.refused("pubkey", "--format", "jpeg", "bad", says="use pem, der or raw")
         self.refused("pubkey", "--curve", "B", "a.key", says=["on the curve A", "not on 'B'"])
 
+    def test_a_signature_file_may_have_1024_bytes(self):
+        text = base64.b64encode(self.read("sig"))
+        self.write("long", text.ljust(1024, b"\n"))
+        self.vrx("verify", "-k", "a.pub", "-S", "long", "letter")
+        self.write("long", text.ljust(1025, b"\n"))
+        self.refused("verify", "-k", "a.pub", "-S", "long", "letter", says="'long' is not a signature")
+
     def test_malformed_signature_files(self):
         good = self.read("sig")
         text = base64.b64encode(good)

@@ -53,6 +53,7 @@ class Speed(ProgramTest):
         for text in ("0", "0.0", "-1", "x", "1.25", "1.", "", "3601", "1e3"):
             self.refused("speed", "--seconds=" + text, says=["--seconds takes a number from 0.1 to 3600", f"not '{text}'"])
         os.mkdir(self.path("folder"))
+        self.refused("speed", "--seconds", "3600", "--plot", "folder", says="cannot write 'folder'")
         self.refused("speed", "--seconds", "0.1", "--plot", "folder", says=["cannot write 'folder'", "name a file"])
         self.assertEqual(self.names(), ["folder", "key"])
 

@@ -45,6 +45,27 @@ TEST(Der, lengths_must_be_in_their_shortest_form) {
     EXPECT_EQ(size_of(element("3080", 0)), -1);
 }
 
+TEST(Der, elements_are_written_with_the_shortest_length) {
+    for (const auto& [size, head] : {std::pair{0U, "3000"},
+                                     {127U, "307f"},
+                                     {128U, "308180"},
+                                     {255U, "3081ff"},
+                                     {256U, "30820100"},
+                                     {271U, "3082010f"},
+                                     {272U, "30820110"},
+                                     {65535U, "3082ffff"}}) {
+        const Bytes first(size / 3, 1);
+        const Bytes second(size - first.size(), 2);
+        vrx::app::SecretBytes written;
+        der::append(written, der::sequence, {first, second});
+        Bytes expected = unhex(head);
+        expected.insert(expected.end(), first.begin(), first.end());
+        expected.insert(expected.end(), second.begin(), second.end());
+        EXPECT_TRUE(std::ranges::equal(written.bytes(), expected)) << size;
+        EXPECT_EQ(size_of(expected), static_cast<int>(size));
+    }
+}
+
 TEST(Der, a_truncated_element_is_refused_without_an_overread) {
     for (const auto& [head, size] : {std::pair{"3005", 5U}, {"308180", 128U}, {"30820100", 256U}}) {
         Bytes octets = element(head, size);

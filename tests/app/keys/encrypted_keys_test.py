@@ -228,6 +228,15 @@ class Ciphers(Encrypted):
             self.assertEqual(self.vrx(*command, "-k", "locked", *options, "--check", "list"), b"letter: OK\n")
         self.vrx("diversify", "-k", "locked", *options, "--ukm", UKM)
 
+    def test_a_file_may_have_64_kib_with_its_comments(self):
+        self.make("keygen", "--out", "locked")
+        content = self.read("locked")
+        use = ["-k", "long", "--password-file", "password", "letter"]
+        self.write("long", b"#" * (65_535 - len(content)) + b"\n" + content, 0o600)
+        self.vrx("mac", *use)
+        self.write("long", b"#" * (65_536 - len(content)) + b"\n" + content, 0o600)
+        self.refused("mac", *use, says="'long' holds more than 66 bytes")
+
     def test_the_key_inside_is_used(self):
         fields, _ = self.known()
         # The password, salt and IV of the known answer; cipher feedback, undone by the program itself.
