@@ -1,20 +1,20 @@
 /**
  * @file bigdigits.h  Multiple-precision arithmetic on arrays of 32-bit digits.
  *
- * A number is an unsigned array of `ndigits` digits, least significant digit first. It may have leading zero digits.
+ * A number is an array of `ndigits` unsigned digits, least significant digit first. It may have leading zero digits.
  * Only mpIsNegative(), mpChs() and mpAbs() read an array as a two's-complement number of 32 ndigits bits.
  *
  * Unless a function says otherwise:
  *
- * - A result has exactly `ndigits` digits, and a product has twice as many. No function writes beyond them.
- * - At most VRX_MP_MAX_DIGITS digits are supported. Larger counts are undefined.
+ * - A result has exactly `ndigits` digits, and a product has twice as many. No function writes beyond these digits.
+ * - At most VRX_MP_MAX_DIGITS digits are supported. With larger counts, the behaviour is undefined.
  * - Every array belongs to the caller, is aligned for uint32_t and may not be NULL. Two operands may be the same array,
  *   and a result may be the same array as an operand. Arrays may not overlap in another way.
  * - A count of 0 is valid only if the description of the function says so, or if the function has no digit to read.
  * - The functions log nothing and allocate nothing. They wipe their temporaries on the stack.
  *
- * Threads: no shared state. Any number of threads may share operands, moduli and divisors, because the functions only
- * read them.
+ * Threads: no shared state. Several threads may use the same operands, moduli and divisors at the same time, because
+ * the functions only read them.
  *
  * **Warning:** running times depend on the values. Do not use these functions on secrets that an attacker could learn
  * by measuring time.
@@ -214,8 +214,8 @@ VRX_API uint32_t mpShiftLeft(uint32_t *a, const uint32_t *b, uint64_t shift, uin
  * @param b        in: ndigits digits.
  * @param shift    in: any number of bits. If it is 32 ndigits or more, a becomes 0.
  * @param ndigits  in: digits in each number.
- * @return the highest 32 of the bits shifted out, left-aligned; 0 if shift or ndigits is 0. For example, a shift by 1
- *         returns bit 0 of b as bit 31.
+ * @return the highest 32 of the bits that were shifted out, left-aligned; 0 if shift or ndigits is 0. For example, a
+ *         shift by 1 returns bit 0 of b as bit 31.
  */
 VRX_API uint32_t mpShiftRight(uint32_t *a, const uint32_t *b, uint64_t shift, uint64_t ndigits);
 
@@ -524,8 +524,8 @@ VRX_API int mpJacobi(const uint32_t *a, const uint32_t *n, uint64_t ndigits);
  * @param ndigits  in: digits in each number.
  * @return always 0.
  *
- * Two exponents are special. The exponent 0 gives 1, even modulo 1. The exponent 1 gives x itself, not reduced modulo
- * m.
+ * Two exponents are special cases. If e = 0, the result is 1, even if m = 1. If e = 1, the result is x itself, not
+ * reduced modulo m.
  */
 VRX_API int mpModExp(uint32_t *y, const uint32_t *x, const uint32_t *e, const uint32_t *m, uint64_t ndigits);
 
@@ -550,11 +550,12 @@ VRX_API uint32_t spSimpleRand(uint32_t lower, uint32_t upper);
  * @param w        in: ndigits digits.
  * @param ndigits  in: digits in w.
  * @param t        in: number of rounds.
- * @return 0 if w is composite, 0 or 1; 1 if w passes all rounds. For t = 0 every w above 1 passes, and 2 always passes.
+ * @return 1 if w passes all rounds; 0 if w fails a round, or if w is 0 or 1. For t = 0, every w above 1 passes. The
+ *         number 2 always passes.
  *
- * Every call with w above 1 seeds the C library's generator from the clock. For uniformly random bases below w, a
- * composite number passes a round with probability below 1/4. The bases here have only one digit, so that bound does
- * not hold for every number, and an adversary who knows the clock can choose composites that pass.
+ * Every call with w above 1 seeds the C library's generator from the clock. If bases were uniformly random numbers
+ * below w, a composite w would pass a round with probability below 1/4. Here, bases have only one digit, so this bound
+ * does not hold for every w. An adversary who knows the clock can choose composite numbers that pass.
  */
 VRX_API int mpRabinMiller(const uint32_t *w, uint64_t ndigits, uint64_t t);
 
@@ -590,8 +591,8 @@ VRX_API __attribute__((noreturn)) void mpFail(const char *message);
  * @param ndigits  in: digits in a.
  * @param c        in: nbytes octets, most significant first.
  * @param nbytes   in: octets in c. A count of 2^31 or more is treated as 0.
- * @return the number of digits that received octets: nbytes / 4 rounded up, at most ndigits. Without octets, a is 0 and
- *         the function returns 0.
+ * @return the number of digits that received octets: nbytes / 4 rounded up, at most ndigits. If nbytes is 0, a is set
+ *         to 0 and the function returns 0.
  */
 VRX_API uint64_t mpConvFromOctets(uint32_t *a, uint64_t ndigits, const uint8_t *c, uint32_t nbytes);
 
@@ -628,8 +629,8 @@ VRX_API uint64_t mpConvFromHex(uint32_t *a, uint64_t ndigits, const char *s);
  * @return the number of digits that a string of this length may need, at most ndigits. The length includes skipped
  *         characters.
  *
- * **Warning:** the function reserves 0.41524 octets for each character, slightly less than the binary logarithm
- * requires. A rare number that needs one octet more loses that octet.
+ * **Warning:** the function reserves 0.41524 octets for each character, which is slightly less than log(10)/log(256).
+ * For rare numbers, this is one octet too few, and the result then lacks the most significant octet.
  */
 VRX_API uint64_t mpConvFromDecimal(uint32_t *a, uint64_t ndigits, const char *s);
 

@@ -1,4 +1,4 @@
-/** @file vrx/cipher.hpp  An older path to the headers of the cipher in cxx/. New code includes vrx.hpp. */
+/** @file vrx/cipher.hpp  An older path to the headers of the cipher in cxx/. New code should include vrx.hpp. */
 #ifndef VRX_CIPHER_HPP
 #define VRX_CIPHER_HPP
 

@@ -10,8 +10,10 @@
  * **Warning:** a context does not detect changed data or a wrong key: decryption then returns VRX_OK and garbage.
  * Compute a MAC of the ciphertext with a second key, and verify it before you use any plaintext.
  *
- * **Warning:** blocks have only 64 bits. Encrypt far less than 2^32 blocks (32 GiB) under one key, with or without key
- * meshing. Near that limit equal blocks become likely, and they reveal relations between plaintexts.
+ * **Warning:** blocks have only 64 bits. Near 2^32 blocks (32 GiB) under one key, equal ciphertext blocks become
+ * likely, and they reveal relations between plaintexts. Without key meshing, encrypt at most a few gigabytes under one
+ * key. With key meshing, encrypt at most a few million messages under one key, because key meshing gives every message
+ * the same sequence of keys.
  *
  * The caller owns every record. vrx_crpt_reset() and vrx_crpt_final() log their failures. The other functions log
  * nothing themselves, but the mode functions that they call, such as VRX_Gost_SS_m(), do. Buffers, keys and IVs
@@ -82,7 +84,7 @@ typedef struct old_crpt_params {
 /**
  * Open a context for a new message.
  *
- * **Warning:** the function checks only ctx. Check the other arguments yourself, above all `direction` and `mode`.
+ * **Warning:** the function checks only ctx. Check the other arguments yourself, especially `direction` and `mode`.
  *
  * @param ctx          out: the context. The function sets every field.
  * @param direction    in: encrypt if its low 8 bits are not zero, otherwise decrypt.
@@ -93,8 +95,8 @@ typedef struct old_crpt_params {
  * @param aux1         in: any value, stored for the caller.
  * @param key_meshing  in: 1 switches CryptoPro key meshing on.
  * @param aux2         in: any value, stored for the caller.
- * @param iv           in: 8 bytes, or NULL for zeros. In mode 5 it is also the initial MAC state; NULL is the standard
- *                     MAC.
+ * @param iv           in: 8 bytes, or NULL for zeros. In mode 5, the IV is also the initial MAC state; for the MAC of
+ *                     the standard, pass NULL.
  * @param key          in: the key, eight words; may not be NULL.
  * @return VRX_OK, or VRX_ERR_BAD_PARAMS if ctx is NULL (not logged).
  */
@@ -108,13 +110,13 @@ VRX_API int vrx_crpt_init_context(vrx_crpt_ctx *ctx, int direction, const vrx_tz
  * Modes 2 and 3 write as many bytes as they read. Modes 1 and 4 write whole blocks and hold back the rest. Mode 5
  * writes nothing.
  *
- * Input and output may be the same buffer in modes 2 and 3, and in modes 1 and 4 while the context holds no bytes. Mode
- * 3 allows any overlap: it first uses up the key stream left from the previous piece, one byte at a time. Then it reads
- * the rest of the input before it writes more output.
+ * Input and output may be the same buffer in modes 2 and 3. In modes 1 and 4 they may be the same buffer while the
+ * context holds no bytes. Mode 3 allows any overlap: it first uses up the key stream left from the previous piece, one
+ * byte at a time. Then it reads the rest of the input before it writes more output.
  *
  * **Warning:** after a failure in modes 1 and 4 or in an unknown mode, do not continue the message: open the context
- * anew. The failing block may have been tried twice, the held bytes overwritten and the key meshed. A failure in modes
- * 2, 3 and 5 changes nothing. No failure changes the output's length.
+ * anew. The function may have tried the failing block twice, overwritten the held bytes and meshed the key. A failure
+ * in modes 2, 3 and 5 changes nothing. No failure changes the output's length.
  *
  * @param ctx  in-out: the context.
  * @param in   in: the piece. In modes 2, 3 and 5 at least one byte.
@@ -133,9 +135,9 @@ VRX_API int vrx_crpt_update(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out
  * In mode 5, ctx->mac then holds the MAC. In modes 1 and 4 a message must consist of whole blocks: if the context holds
  * bytes, the call fails. The function closes the context even if it fails for this reason.
  *
- * **Warning:** if no bytes are held, modes 1, 4, 5 and unknown modes leave the context open. A further
- * vrx_crpt_update() then continues the message: after the MAC of 24 bytes, for example, it extends that message. Open
- * the context anew for each message.
+ * **Warning:** in modes 1, 4, 5 and unknown modes, the context remains open if it holds no bytes. A further
+ * vrx_crpt_update() then continues the message. For example, after the MAC of 24 bytes, the next MAC would be that of
+ * the 24 bytes and the new ones together. Open the context anew for each message.
  *
  * **Warning:** in mode 5 the function returns VRX_OK even if it could not compute the MAC, for example because the
  * table is not deployed. Check the codes of vrx_crpt_update(), and use deployed tables.
@@ -165,7 +167,7 @@ VRX_API int vrx_crpt_final(vrx_crpt_ctx *ctx);
 VRX_API int vrx_crpt_reset(vrx_crpt_ctx *ctx);
 
 /**
- * Call the one-shot function of the mode with the given number. Contexts use this function, too.
+ * Call the one-shot function of a mode, which is selected by its number. Contexts use this function, too.
  *
  * **Warning:** mode 3 must not decrypt in place: the plaintext is wrong after the first block, as in VRX_Gost_GFB_m().
  *
@@ -196,10 +198,10 @@ VRX_API int vrx_crpt_crypto_engine(uint32_t mode, const vrx_tz *table, const vrx
  *
  * @param ctx  in-out: the context.
  * @param in   in: the input. An empty input fails with VRX_ERR_BUFFER_LENGTH if key meshing is off, and returns VRX_OK
- *             if it is on. Both leave the output's length unchanged.
+ *             if it is on. In both cases, the output's length is unchanged.
  * @param out  out: the output; its length is the capacity on entry and the input's length after success.
- * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx is NULL; otherwise the code of the part that failed. The output of earlier
- *         parts remains written, and the output's length is unchanged.
+ * @return VRX_OK; VRX_ERR_BAD_PARAMS if ctx is NULL; otherwise the code of the part that failed. The output of the
+ *         parts before it remains written, and the output's length is unchanged.
  */
 VRX_API int vrx_crpt_context_engine(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *out);
 
@@ -237,8 +239,8 @@ VRX_API int vrx_crpt_CFB_ctx(vrx_crpt_ctx *ctx, const vrx_data *in, vrx_data *ou
 VRX_API int vrx_crpt_IMITO_ctx(vrx_crpt_ctx *ctx, const vrx_data *in);
 
 /**
- * Count the next 8 bytes of a message before they are processed. If 1024 bytes have been counted since the last
- * meshing, the function first meshes the key and the IV. It does nothing if key meshing is off.
+ * Count the next 8 bytes of a message. Call the function before you process these bytes: if 1024 bytes have been
+ * counted since the last meshing, the function first meshes the key and the IV. It does nothing if key meshing is off.
  *
  * @param ctx  in-out: the context.
  * @return VRX_OK, or the code of the failed meshing; the context is then closed.
@@ -250,7 +252,7 @@ VRX_API int vrx_make_key_meshing(vrx_crpt_ctx *ctx);
  * section 2.3.2.
  *
  * @param table  in: a deployed table.
- * @param iv     in-out: 8 bytes; may not be NULL. If it is NULL, the call fails after it has replaced the key.
+ * @param iv     in-out: 8 bytes; may not be NULL. If iv is NULL, the call fails after it has replaced the key.
  * @param key    in-out: the key, eight words.
  * @return VRX_OK, or the code of VRX_Gost_SS_m(). If the first operation fails, key and iv are unchanged, and the log
  *         gets the same line twice.
@@ -261,10 +263,10 @@ VRX_API int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz *table, uint8_t 
 /* ---- Older names ------------------------------------------------------------------------------------------------- */
 
 /**
- * Open a context from a parameter block: the older entry point.
+ * Open a context from a parameter block. This is the older function for opening a context.
  *
- * **Warning:** zero the record ctx before the first call. This function does not set the MAC state, from which mode 5
- * starts, and it does not use the IV as MAC state.
+ * **Warning:** zero the record ctx before the first call. This function does not set the MAC state, neither to zeros
+ * nor to the IV, and mode 5 starts from the value that the record contains.
  *
  * **Warning:** the function tests only that p->key->length is not 0, and then reads 32 bytes. It does not test
  * p->table->length and reads a whole vrx_crpt_table_rec.
@@ -278,8 +280,9 @@ VRX_API int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz *table, uint8_t 
 VRX_API int old_crpt_init_context(vrx_crpt_ctx *ctx, int direction, const old_crpt_params *p);
 
 /**
- * Perform one step of key meshing on a parameter block, in place: vrx_crpt_crypto_pro_key_meshing_engine() with its
- * table, IV and key bytes. The function checks no pointers and does not read p->first and p->second.
+ * Perform one step of key meshing on a parameter block, in place. The function calls
+ * vrx_crpt_crypto_pro_key_meshing_engine() with the table, IV and key of the parameter block. It checks no pointers and
+ * does not read p->first and p->second.
  *
  * @param p  in-out: the parameter block. Its IV and the 32 bytes of its key are replaced.
  * @return the code of vrx_crpt_crypto_pro_key_meshing_engine().

@@ -2,10 +2,10 @@
  * @file curve.h  Curve parameter sets of GOST R 34.10-2001 (RFC 4357, section 11.4).
  *
  * A set is a curve y^2 = x^3 + a x + b over the prime field of p, with a base point G of prime order q. Every number
- * has VRX_ECC_DIGITS digits of 32 bits, least significant first: one digit more than the 256 bits of the built-in sets
- * need.
+ * has VRX_ECC_DIGITS digits of 32 bits, least significant first. This is one digit more than the 256-bit numbers of the
+ * built-in sets need.
  *
- * Every function that takes a set reads the numbers from the record. The record may be built-in, changed or custom. The
+ * Every function that takes a set reads the numbers from the record, which may be built-in, changed or custom. The
  * prime p must be below 2^287; for signatures, keys and key agreement, p and q must have at most 256 bits.
  *
  * **Warning:** only the unchanged built-in sets are processed in constant time. With a changed or custom set, running
@@ -15,8 +15,8 @@
  * and arrays of digits must be aligned for uint32_t; only octets may lie at any address. The functions allocate
  * nothing.
  *
- * Threads: the functions read the records without locks. Any number of threads may share a set as long as none changes
- * it.
+ * Threads: the functions read the records without locks. Any number of threads may share a set as long as no thread
+ * changes it.
  */
 #ifndef VRX_CURVE_H
 #define VRX_CURVE_H
@@ -71,8 +71,8 @@ VRX_API extern const char ecc_XchB_str_oid[VRX_ECC_STR_OID_SIZE]; /**< "1.2.643.
 
 /**
  * The built-in sets: Test, CryptoPro-A, -B, -C, -XchA (the curve of A) and -XchB (the curve of C). They are complete
- * when the library is loaded. The array is writable: if you change a record, every function uses the changed record.
- * The Test set has a = 7, has_precomp 0 and zeros in pp.
+ * when the library is loaded. The array is writable: if you change a record, every function uses the changed record. In
+ * the Test set, a is 7, has_precomp is 0, and pp contains only zeros.
  */
 VRX_API extern EcParamSet cp_ecc_par[VRX_ECC_SET_COUNT];
 
@@ -165,7 +165,7 @@ VRX_API int epConvToDecimal(const EcPoint *point, char *x, char *y, uint64_t cap
 VRX_API int epInitParams(void);
 
 /**
- * Compute the table pp of a set with epMultJ() and print it to standard output as source text. The table is correct
+ * Compute the table pp of a set with epMultJ() and print it to standard output as source code. The table is correct
  * only if a = p - 3; otherwise the entries after pp[0] are not multiples of G.
  *
  * @param set  in-out: the set; pp is written whatever has_precomp says.

@@ -1,4 +1,4 @@
-/** @file vrx/curves.hpp  An older path to the headers of curves in cxx/. New code includes vrx.hpp. */
+/** @file vrx/curves.hpp  An older path to the headers of curves in cxx/. New code should include vrx.hpp. */
 #ifndef VRX_CURVES_HPP
 #define VRX_CURVES_HPP
 

@@ -5,14 +5,14 @@
  * GOSTR3411_Transform() functions hash a whole message in one call.
  *
  * An empty update is refused. To hash the empty message, call GOSTR3411_Init() and GOSTR3411_Final() alone. The
- * GOSTR3411_Transform() functions cannot hash it.
+ * GOSTR3411_Transform() functions cannot hash an empty message.
  *
  * A digest is 32 bytes. The least significant byte of the 256-bit number comes first, as most programs print it. RFC
- * 5831 prints the number the other way round.
+ * 5831 prints the number in the opposite order.
  *
  * Functions that return an `int` check their arguments before they write anything, and log every failure. When one
  * function calls another, both often log a line; the called function logs first. GOSTR3411_Init() and
- * GOSTR3411_Init_more_oids() add no line to those of the functions that they call.
+ * GOSTR3411_Init_more_oids() log no line of their own when a function that they call fails.
  *
  * Object identifiers are complete DER encodings. Two are equal if their lengths and their bytes are equal. Data may lie
  * at any address and may not overlap a context. A digest may be written over the data. The functions allocate nothing.
@@ -38,8 +38,8 @@ typedef struct GOSTR3411_CTX {
     uint32_t sum[VRX_HASH_WORDS];        /**< sum of the processed blocks modulo 2^256 */
     uint32_t hash[VRX_HASH_WORDS];       /**< H of RFC 5831, initially zero */
     uint32_t length[VRX_HASH_WORDS];     /**< bits processed: words 0 and 1 count modulo 2^64; the others stay 0 */
-    uint8_t buffer[VRX_HASH_BLOCK_SIZE]; /**< the first count bytes wait to be processed; the others are leftovers */
-    uint32_t count;                      /**< bytes that wait in buffer, 0 to 32 */
+    uint8_t buffer[VRX_HASH_BLOCK_SIZE]; /**< the first count bytes are not processed yet; the others are leftovers */
+    uint32_t count;                      /**< bytes in buffer that are not processed yet, 0 to 32 */
 } GOSTR3411_CTX;
 
 /* ---- Use these --------------------------------------------------------------------------------------------------- */
@@ -67,8 +67,9 @@ VRX_API int GOSTR3411_Init_ex(GOSTR3411_CTX *ctx, const vrx_tz *table);
 /**
  * Hash a piece of the message.
  *
- * Up to 32 bytes wait in ctx->buffer. The first buffer that a call fills is processed at once. A later full buffer of
- * the same call waits until more data arrives: after one update of 64 bytes, ctx->count is 32.
+ * Bytes that are not processed yet, at most 32, are in ctx->buffer. When a call fills the buffer for the first time,
+ * the function processes it at once. If the same call fills the buffer again, the function processes it only when
+ * another byte follows. For example, after one update of 64 bytes, ctx->count is 32.
  *
  * @param ctx   in-out: the context.
  * @param data  in: the piece.

@@ -1,4 +1,4 @@
-/** @file vrx/hash.hpp  An older path to the headers of hashes in cxx/. New code includes vrx.hpp. */
+/** @file vrx/hash.hpp  An older path to the headers of hashes in cxx/. New code should include vrx.hpp. */
 #ifndef VRX_HASH_HPP
 #define VRX_HASH_HPP
 

@@ -29,7 +29,10 @@ typedef struct vrx_hedge {
     uint8_t value[VRX_HMAC_SIZE];
 } vrx_hedge;
 
-/** For vrx_hedged_sign(): the generator of this thread. An RND_FUNC has no argument for it. */
+/**
+ * For vrx_hedged_sign(): the generator of this thread. It is a global variable, because an RND_FUNC has no argument for
+ * a generator.
+ */
 VRX_RANDOM_INLINE vrx_hedge *vrx_hedge_of_thread(void) {
 #if defined(__cplusplus)
     static thread_local vrx_hedge state;
@@ -72,8 +75,8 @@ VRX_RANDOM_INLINE int vrx_hedge_update(vrx_hedge *state, uint8_t tag, const uint
 
 /**
  * For vrx_hedged_sign(): its RND_FUNC. Returns bytes of the generator, masked with fresh random bytes. The hash reads
- * its tables at addresses that depend on its input; because of the mask, these addresses reveal nothing about the
- * nonce.
+ * its tables at addresses that depend on the hashed bytes. Because the nonce contains the fresh random bytes, these
+ * addresses reveal nothing about the nonce.
  */
 VRX_RANDOM_INLINE int vrx_hedged_random(void *buffer, uint32_t length) {
     vrx_hedge *const state = vrx_hedge_of_thread();
@@ -126,11 +129,11 @@ VRX_RANDOM_INLINE int vrx_hedge_start(const EcParamSet *set, const uint32_t dige
  * @param digest  in: the 32 bytes of the hash in memory order.
  * @param d       in: private key, from 1 to q - 1.
  * @param sig     out: the signature, in which neither r nor s is 0; all zeros on failure.
- * @return VRX_OK; VRX_ERR_RANDOM if the system's source fails or is stuck; VRX_ERR_FAILED if the signature is not
- *         valid; VRX_ERR_BAD_PARAMS if a pointer is NULL.
+ * @return VRX_OK; VRX_ERR_RANDOM if the system's random source fails or is stuck; VRX_ERR_FAILED if the signature is
+ *         not valid; VRX_ERR_BAD_PARAMS if a pointer is NULL.
  *
- * Threads: any number may call the function. It allocates nothing. Cost: a signature, eleven short HMACs, a public key
- * and a verification.
+ * Threads: any number may call the function. It allocates nothing. The function computes a signature, eleven short
+ * HMACs, a public key and a verification.
  */
 VRX_RANDOM_INLINE int vrx_hedged_sign(const EcParamSet *set, const uint32_t digest[VRX_ECC_DIGEST_WORDS],
                                       const uint32_t d[VRX_ECC_DIGITS], EcSignature *sig) {

@@ -24,8 +24,8 @@ VRX_BEGIN_DECLS
 /* ---- Use these --------------------------------------------------------------------------------------------------- */
 
 /**
- * Derive 32 bytes from a password by PBKDF2 (RFC 8018) with HMAC GOST R 34.11-94. This is the first block of the output
- * of PBKDF2. For more bytes, call the function again with another salt.
+ * Derive 32 bytes from a password by PBKDF2 (RFC 8018) with HMAC GOST R 34.11-94. The 32 bytes are the first block of
+ * the output of PBKDF2. For more bytes, call the function again with another salt.
  *
  * @param password      in: the password, which is the key of the HMAC; may be NULL if password_len is 0.
  * @param password_len  in: bytes in password.
@@ -36,9 +36,9 @@ VRX_BEGIN_DECLS
  * @param oid_len       in: bytes in oid.
  * @param out           out: 32 bytes, whatever out_len is; unchanged on failure.
  * @param out_len       in: capacity of out, at least 32.
- * @return VRX_OK; VRX_ERR_FAILED if out_len is below 32 (logged as a whole line) or the identifier is unknown;
- *         VRX_ERR_BAD_PARAMS if the parameter set's table or the salt is NULL, salt_len is 0, or the password is NULL
- *         and password_len is above 32.
+ * @return VRX_OK; VRX_ERR_FAILED if out_len is below 32 (the log line then ends with a newline) or the identifier is
+ *         unknown; VRX_ERR_BAD_PARAMS if the parameter set's table or the salt is NULL, salt_len is 0, or the password
+ *         is NULL and password_len is above 32.
  *
  * The function allocates nothing.
  */
@@ -53,7 +53,7 @@ VRX_API int GOSTR3411_PKCS5_PBKDF2(const uint8_t *password, uint32_t password_le
  * DEFAULT_GOSTR3411_OID.
  *
  * **Warning:** only outputs of up to 32 bytes agree with the RFC. For longer outputs, this function does not restart
- * the hash for each further block, so other implementations derive other bytes.
+ * the hash for each further block, so its output differs from that of other implementations.
  *
  * @param password      in: the password, encoded as PKCS #12 requires: a BMPString with two zero bytes at its end. May
  *                      be NULL if password_len is below 1.

@@ -53,7 +53,7 @@ VRX_API void vrx_gost_decr_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VR
  * Perform one step of the MAC: state = M(state ^ data), 16 rounds.
  *
  * @param data   in: a message block; may be the state itself.
- * @param state  in-out: the 8-byte MAC state. The caller chooses which of its bits form the MAC.
+ * @param state  in-out: the 8-byte MAC state. The caller chooses which bits of the state form the MAC.
  * @param key    in: the key, eight words.
  * @param table  in: a deployed table.
  */
@@ -61,13 +61,13 @@ VRX_API void vrx_gost_imito_64_m(const uint8_t data[VRX_BLOCK_SIZE], uint8_t sta
                                  const uint32_t key[VRX_KEY_WORDS], const vrx_tz *table);
 
 /**
- * Perform one step of counter mode: advance the counter, then out = in ^ E(counter).
+ * Perform one step of counter mode: advance the counter, then compute out = in ^ E(counter).
  *
  * @param in       in: 8 bytes.
  * @param out      out: 8 bytes.
- * @param counter  in-out: before the first block, the encrypted IV; afterwards, the advanced counter. Word 0 advances
- *                 by 01010101h modulo 2^32, and word 1 by 01010104h modulo 2^32 - 1. A sum of exactly FFFFFFFFh stays
- *                 FFFFFFFFh and does not become 0.
+ * @param counter  in-out: before the first block, the encrypted IV; afterwards, the advanced counter. Word 0 is
+ *                 increased by 01010101h modulo 2^32, and word 1 by 01010104h modulo 2^32 - 1. A sum of exactly
+ *                 FFFFFFFFh in word 1 is not replaced by 0.
  * @param key      in: the key, eight words.
  * @param table    in: a deployed table.
  */
@@ -76,7 +76,7 @@ VRX_API void vrx_gost_gamm_64_m(const uint8_t in[VRX_BLOCK_SIZE], uint8_t out[VR
                                 const vrx_tz *table);
 
 /**
- * Perform one step of cipher feedback: out = in ^ E(feedback); then the ciphertext block becomes the feedback.
+ * Perform one step of cipher feedback: compute out = in ^ E(feedback). The ciphertext block then becomes the feedback.
  *
  * **Warning:** do not decrypt in place. The function writes `out` before it reads the new feedback from `in`, so the
  * feedback becomes the decrypted block and later blocks decrypt to garbage. Use separate buffers.

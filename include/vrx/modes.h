@@ -9,8 +9,8 @@
  * **Warning:** these modes do not detect changed data or a wrong key: decryption then returns VRX_OK and garbage.
  * Compute a MAC of the ciphertext with a second key, and verify it before you use any plaintext.
  *
- * **Warning:** blocks have only 64 bits. Encrypt far less than 2^32 blocks (32 GiB) under one key. Near that limit
- * equal blocks become likely, and they reveal relations between plaintexts.
+ * **Warning:** blocks have only 64 bits. Near 2^32 blocks (32 GiB) under one key, equal ciphertext blocks become
+ * likely, and they reveal relations between plaintexts. Encrypt at most a few gigabytes under one key.
  *
  * Every mode function checks its arguments in this order:
  *
@@ -20,8 +20,9 @@
  * - VRX_ERR_FAILED: the table is not deployed.
  * - VRX_ERR_BLOCK_MULTIPLE: the length is not a multiple of 8, and the mode or the flags do not allow that.
  *
- * VRX_Gost_SS_m() logs all of these failures. Counter mode, cipher feedback and the MAC log only the last one, and CBC
- * logs none. A failing call changes neither the output bytes and length nor the IV or the MAC state.
+ * VRX_Gost_SS_m() logs all of these failures. Counter mode, cipher feedback and the MAC log only
+ * VRX_ERR_BLOCK_MULTIPLE, and CBC logs no failure. A failing call changes neither the output bytes and length nor the
+ * IV or the MAC state.
  *
  * Buffers, keys and IVs may lie at any address. The IV or MAC state may not overlap another argument. Input and output
  * may be the same buffer, except in cipher feedback decryption. If they overlap in another way, the blocks are
@@ -52,7 +53,7 @@ VRX_BEGIN_DECLS
 /**
  * Encrypt or decrypt in counter mode. Both directions are the same operation.
  *
- * A partial block uses up a whole counter step. The next call does not use the rest of its key stream.
+ * A partial block advances the counter as a whole block does. The next call does not use the rest of its key stream.
  *
  * @param table  in: a deployed table.
  * @param in     in: the input, at least one byte.
@@ -78,8 +79,8 @@ VRX_API int VRX_Gost_Gamm_m(const vrx_tz *table, const vrx_data *in, vrx_data *o
  * @param out        out: the output; its length is the capacity on entry and the input's length after success. May be
  *                   the same buffer as the input only for encryption.
  * @param iv         in-out: 8 bytes. In the first call of a message, the IV; on return, the feedback for the next call.
- *                   After a partial block, it holds the output for the whole padded block: the ciphertext after
- *                   encryption; plaintext bytes followed by key stream after decryption. No later call can continue it.
+ *                   After a partial block, it holds the output for the padded block: ciphertext after encryption;
+ *                   plaintext followed by key stream after decryption. No later call can continue such a message.
  * @param key        in: the key, eight words.
  * @param direction  in: encrypt if its low 8 bits are not zero, otherwise decrypt.
  * @param flags      in: VRX_FLAG_PAD to allow a partial last block. VRX_FLAG_FIRST has no effect.

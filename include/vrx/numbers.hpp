@@ -1,4 +1,4 @@
-/** @file vrx/numbers.hpp  An older path of cxx/bigdigits.hpp; new code includes vrx.hpp. */
+/** @file vrx/numbers.hpp  An older path of cxx/bigdigits.hpp. New code should include vrx.hpp. */
 #ifndef VRX_NUMBERS_HPP
 #define VRX_NUMBERS_HPP
 

@@ -14,8 +14,8 @@
  * public key, check x < p and y < p and call ecCheckPublicKey(). vrx_check_private_key() and vrx_check_public_key() make
  * these checks.
  *
- * The functions log a NULL pointer and then leave the result unchanged. Octets may lie at any address; numbers must be
- * aligned for uint32_t. The functions allocate nothing. They may be called by any number of threads.
+ * If a pointer is NULL, the functions log the failure and leave the result unchanged. Octets may lie at any address;
+ * numbers must be aligned for uint32_t. The functions allocate nothing. Any number of threads may call them.
  */
 #ifndef VRX_OCTETS_H
 #define VRX_OCTETS_H

@@ -13,7 +13,7 @@
  * oidCopyGOST28147Par() allocates memory. Records, identifiers and strings belong to the caller or are built in.
  *
  * **Warning:** several functions keep pointers. The registered list keeps the record, and a record keeps its
- * identifier, strings and table. All of them must stay valid as long as they are in use.
+ * identifier, strings and table. All of these objects must remain valid as long as they are in use.
  *
  * Threads: the registered list (GOST28147_OIDS and the `next` fields) and the two default pointers are process-wide and
  * unsynchronized. Do not register, find or unregister in two threads at once. oidFindGOST28147Par() writes to the list
@@ -143,8 +143,8 @@ VRX_API int oidFindGOST28147Par(const uint8_t *oid, uint32_t length, vrx_gost281
 /* ---- Building blocks: custom parameter sets ---------------------------------------------------------------------- */
 
 /**
- * Copy a record to the heap. The copy shares the source's identifier, strings and table; its `next` is NULL. To change
- * its table, assign `tz`. Free the copy with free().
+ * Copy a record to the heap. The copy points to the identifier, strings and table of the source; its `next` is NULL. To
+ * give the copy another table, assign its `tz`. Free the copy with free().
  *
  * @param source  in: the record.
  * @param copy    out: the new record; NULL if memory is exhausted.

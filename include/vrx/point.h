@@ -1,12 +1,12 @@
 /**
  * @file point.h  Addition of points on the curve of a parameter set.
  *
- * The functions check nothing, neither pointers nor numbers. Points may lie off the curve, and coordinates may be
+ * The functions check nothing, neither pointers nor numbers. Points need not be on the curve, and coordinates may be
  * greater than or equal to p. The formulas below define the results, which are reduced modulo p except where a point is
- * copied. Where a formula needs the inverse of a number that has none, the functions use 0.
+ * copied. Where a formula needs the inverse of a number that has no inverse, the functions use 0 instead.
  *
  * A result may not overlap an operand. The functions allocate nothing. Any number of threads may share a set as long as
- * none changes it.
+ * no thread changes it.
  *
  * **Warning:** running times depend on the values. Do not use these functions on secrets that an attacker could learn
  * by measuring time.
@@ -141,8 +141,8 @@ VRX_API uint32_t epAddJChud(EcPointJ *R, const EcPointJ *P, const EcPointJ *Q, c
  *     all other cases:           L = (y2 - y1) / (x2 - x1)
  *     x3 = L^2 - x1 - x2         y3 = L (x1 - x3) - y1
  *
- * The two differences of the second slope are computed before the reduction, as signed numbers of nine digits. This
- * affects the result for coordinates of 2^287 or more.
+ * The two differences in the second formula for L are computed as signed numbers of nine digits, and reduced
+ * afterwards. This affects the result only for coordinates of 2^287 or more.
  *
  * @param R    out: the sum.
  * @param P    in: a point.

@@ -1,5 +1,5 @@
 /**
- * @file random.h  The operating system's random numbers, as a source for signatures and keys.
+ * @file random.h  Random numbers of the operating system, for signatures and keys.
  *
  * This header is not part of vrx.h, and the library does not export its function: it is compiled into your program.
  */

@@ -1,4 +1,4 @@
-/** @file vrx/result.hpp  An older path of cxx/frame.hpp; new code includes vrx.hpp. */
+/** @file vrx/result.hpp  An older path of cxx/frame.hpp. New code should include vrx.hpp. */
 #ifndef VRX_RESULT_HPP
 #define VRX_RESULT_HPP
 

@@ -65,8 +65,8 @@ VRX_API void shaFinal(sha_context *ctx, uint8_t digest_out[VRX_SHA1_SIZE]);
 /* ---- Building blocks --------------------------------------------------------------------------------------------- */
 
 /**
- * Process the block in ctx->data into ctx->digest. The words of ctx->data are numbers here: the bytes of the message,
- * read big-endian. Afterwards, ctx->data is scratch space.
+ * Process the block in ctx->data into ctx->digest. For this function, the words of ctx->data are numbers: the bytes of
+ * the message, read as big-endian words. Afterwards, the content of ctx->data is undefined.
  *
  * @param ctx  in-out: the context.
  */

@@ -13,13 +13,14 @@
  * ecVerify(). vrx_check_private_key(), vrx_check_public_key() and vrx_check_signature() make these checks.
  *
  * **Warning:** with the unchanged built-in sets, signing and key generation take the same time for every private key
- * and nonce. With a changed or custom set, the time depends on them.
+ * and nonce. With a changed or custom set, the time depends on the private key and the nonce.
  *
- * If the set's has_precomp is 1, the functions compute multiples of the base point as epMultPP() does and those of
- * other points as epMultJ() does. Otherwise they compute both as epMult() does.
+ * If the set's has_precomp is 1, the functions compute multiples of the base point as epMultPP() does, and multiples of
+ * other points as epMultJ() does. Otherwise they compute all multiples as epMult() does.
  *
  * A result may not overlap another argument. Arrays of digits must be aligned for uint32_t. The functions allocate
- * nothing and wipe secret temporaries on the stack. Any number of threads may share a set as long as none changes it.
+ * nothing and wipe secret temporaries on the stack. Any number of threads may share a set as long as no thread changes
+ * it.
  */
 #ifndef VRX_SIGN_H
 #define VRX_SIGN_H
@@ -80,7 +81,7 @@ VRX_API int ecSign(const EcParamSet *set, const uint32_t digest[VRX_ECC_DIGEST_W
  * this set (RFC 4491, section 2.3.2); normally it is CryptoPro (1.2.643.2.2.30.1). With another set, every signature is
  * invalid.
  *
- * The signature and the key are public: the running time depends on them.
+ * The running time depends on the signature and the public key, which are not secret.
  *
  * @param set     in: the curve parameter set of the public key.
  * @param digest  in: the 32 octets of the digest, copied into eight words: `memcpy(words, digest, 32)`.
@@ -100,7 +101,7 @@ VRX_API int ecVerify(const EcParamSet *set, const uint32_t digest[VRX_ECC_DIGEST
  * @param Q    out: the public key d G.
  * @return VRX_OK; VRX_ERR_BAD_PARAMS if set, d or Q is NULL; VRX_ERR_RANDOM if the random source fails; VRX_ERR_FAILED
  *         if the computed point is not on the curve, which happens only with a malformed set. If the random source
- *         fails, Q is unchanged, and so is d unless a 0 was drawn before.
+ *         fails, Q is unchanged. d is then unchanged, too, unless the function has drawn a 0 before; d is then 0.
  */
 VRX_API int ecGenerateKeyPair(const EcParamSet *set, RND_FUNC rnd, uint32_t d[VRX_ECC_DIGITS], EcPoint *Q);
 
@@ -122,8 +123,8 @@ VRX_API int ecGeneratePublicKey(const EcParamSet *set, const uint32_t d[VRX_ECC_
  *
  * @param set  in: the curve parameter set.
  * @param Q    in: the public key.
- * @return VRX_OK; VRX_ERR_FAILED if the point is not on the curve; VRX_ERR_BAD_PARAMS if a pointer is NULL. If a
- *         pointer is NULL, the log line names ecCheckPuKey.
+ * @return VRX_OK; VRX_ERR_FAILED if the point is not on the curve; VRX_ERR_BAD_PARAMS if a pointer is NULL. The log
+ *         line for a NULL pointer contains the name ecCheckPuKey.
  */
 VRX_API int ecCheckPublicKey(const EcParamSet *set, const EcPoint *Q);
 

@@ -1,4 +1,6 @@
-/** @file vrx/tables.hpp  An older path of cxx/frame.hpp, cxx/tz.hpp and cxx/params.hpp; new code includes vrx.hpp. */
+/**
+ * @file vrx/tables.hpp  An older path of cxx/frame.hpp, cxx/tz.hpp and cxx/params.hpp. New code should include vrx.hpp.
+ */
 #ifndef VRX_TABLES_HPP
 #define VRX_TABLES_HPP
 

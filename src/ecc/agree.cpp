@@ -27,7 +27,10 @@ bool all_zero(const std::uint8_t* ukm) {
     return std::memcmp(ukm, zeros, VRX_UKM_SIZE) == 0;
 }
 
-/** Computes the IV: the sum of the key words whose bit in the UKM byte is 1, then the sum of the other key words. */
+/**
+ * Computes the IV. Its first word is the sum of the key words whose bit in the UKM byte is 1. Its second word is the
+ * sum of the other key words.
+ */
 void diversification_iv(std::uint8_t iv[VRX_BLOCK_SIZE], const std::uint32_t* key, std::uint8_t ukm) {
     std::uint32_t sums[2] = {};
     for (unsigned j = 0; j < VRX_KEY_WORDS; ++j) sums[ukm >> j & 1] += key[j];
@@ -39,7 +42,7 @@ void diversification_iv(std::uint8_t iv[VRX_BLOCK_SIZE], const std::uint32_t* ke
 
 int ecMakeKEK(const EcParamSet* set, const vrx_data* hash_oid, const std::uint8_t* ukm, const std::uint32_t* d,
               const EcPoint* Q, std::uint8_t* kek) {
-    // Deliberate: the code is not VRX_ERR_BAD_PARAMS.
+    // Deliberate: the return code is not VRX_ERR_BAD_PARAMS, although bad_params() logs that message.
     if (ukm == nullptr || set == nullptr || Q == nullptr || d == nullptr || kek == nullptr || all_zero(ukm))
         return log::bad_params("ecMakeKEK", VRX_ERR_FAILED);
     return vrx::secret_work<vrx::depth::curves>([&] {

@@ -61,7 +61,7 @@ constexpr DecimalSet decimals[VRX_ECC_SET_COUNT] = {
 
 using Table = EcPoint[VRX_ECC_PP_COUNT];
 
-// Each file holds an initialiser, followed by a comma.
+// Each included file holds an initialiser, followed by a comma.
 constexpr struct Tables {
     Table a, b, c;
 } tables = {
@@ -109,7 +109,7 @@ constexpr EcParamSet record(const DecimalSet& decimal, const std::uint8_t* oid, 
     return set;
 }
 
-/** Stores the first built-in record that matches, or NULL if there is none. */
+/** Stores a pointer to the first built-in record that matches, or NULL if there is none. */
 template <typename Matches>
 int find(EcParamSet** out, Matches matches) {
     *out = nullptr;

@@ -11,7 +11,7 @@ namespace vrx::ecc {
 
 /** The numbers of a built-in set as RFC 4357 prints them, in decimal. */
 struct DecimalSet {
-    const char* heading;  ///< the name that the generator prints
+    const char* heading;  ///< the name of the set that the generator prints
     const char* a;
     const char* b;
     const char* p;

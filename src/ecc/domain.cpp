@@ -48,7 +48,8 @@ std::optional<General::Point> General::affine_multiple(const EcPoint& p, const S
 
 std::optional<bool> General::sum_has_remainder(const Scalar& z1, const EcPoint& public_key, const Scalar& z2,
                                                const Scalar& r) const {
-    // Each multiple picks its own domain, because the built-in domain may accept a scalar but not the key or the sum.
+    // Calls with_domain() for each multiple, because the built-in domain may accept z1 G even if it does not accept the
+    // key or the sum.
     const EcPoint c1 =
         with_domain(set_, [&](const auto& domain) { return to_record(base_multiple(domain, z1.number())); });
     const EcPoint c2 = with_domain(

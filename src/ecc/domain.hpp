@@ -1,7 +1,7 @@
 // Domains: the arithmetic for a parameter set. Each algorithm is a template over a domain, written once, and
 // with_domain() picks the domain once per call.
 //
-//     Builtin<Curve>  built-in sets: words and the engines of field/, constant-time except for names with _vartime
+//     Builtin<Curve>  built-in sets: words and the engines of field/, constant-time except for functions named _vartime
 //     General         any parameter record: residues of digits, used as they are
 //
 // Builtin accepts only these inputs:
@@ -10,9 +10,10 @@
 //     point    x and y are below p and on the curve
 //     scalar   1 <= k < q
 //
-// For these its results equal those of General digit for digit: p is prime, G has the prime order q with cofactor 1,
-// and no operand is infinite. For any other input its operations return nullopt. The algorithm then returns nullopt to
-// with_domain(), which runs the algorithm again in General. There, no operation returns nullopt.
+// For these inputs, the results of Builtin equal those of General digit for digit, because p is prime, G has the prime
+// order q with cofactor 1, and no operand is infinite. For any other input, the operations of Builtin return nullopt.
+// The algorithm then returns nullopt to with_domain(), which runs the algorithm again in General. There, no operation
+// returns nullopt.
 //
 // Callers erase the temporaries on the stack; see depth::curves.
 #ifndef VRX_ECC_DOMAIN_HPP
@@ -100,7 +101,7 @@ template <typename Curve>
 struct BuiltinOrder {
     using Scalar = BuiltinScalar<Curve>;
 
-    /** A number modulo q. */
+    /** Reduces a number modulo q. */
     [[nodiscard]] Scalar remainder(const Number& n) const { return Scalar(field::Order<Curve>::reduced(to_nine(n))); }
     [[nodiscard]] Scalar remainder(const field::Words& x) const { return Scalar(field::Order<Curve>::reduced(x)); }
 };
@@ -112,7 +113,7 @@ public:
 
     explicit GeneralOrder(const std::uint32_t* q) : q_(q) {}
 
-    /** A number modulo q, not yet reduced. */
+    /** Returns a number as a residue modulo q, without reducing it. */
     [[nodiscard]] Scalar remainder(const Number& n) const { return {n, q_}; }
     [[nodiscard]] Scalar remainder(const Residue& x) const { return {x.number(), q_}; }
 
@@ -142,7 +143,9 @@ public:
         return Scalar(n.low);
     }
 
-    /** Returns r of a signature as a scalar, or nullopt if no x modulo q can equal r. For public numbers. */
+    /**
+     * Returns the r of a signature as a scalar, or nullopt if no x-coordinate modulo q can equal r. r must be public.
+     */
     [[nodiscard]] std::optional<Scalar> signature_r(const Number& r) const { return scalar(r); }
 
     /** k G from the table of the set. */
@@ -209,7 +212,7 @@ public:
     [[nodiscard]] bool has_table() const { return ecc::has_table(set_); }
     [[nodiscard]] const EcPoint& base_point() const { return set_.G; }
 
-    /** Any number, unreduced. */
+    /** Accepts any number, and does not reduce it. */
     [[nodiscard]] std::optional<Scalar> scalar(const Number& k) const { return remainder(k); }
 
     /**
@@ -253,7 +256,7 @@ std::optional<typename Domain::Point> jacobian_multiple(const Domain& domain, co
     return domain.jacobian_multiple(p, *scalar);
 }
 
-/** |k| P on any curve, for a signed k. */
+/** Computes |k| P on any curve, for a signed number k. */
 template <typename Domain>
 std::optional<typename Domain::Point> affine_multiple(const Domain& domain, const EcPoint& p, const Number& k) {
     const auto scalar = domain.scalar(magnitude(k));
@@ -273,10 +276,10 @@ std::optional<typename Domain::Point> point_multiple(const Domain& domain, const
     return domain.has_table() ? jacobian_multiple(domain, p, k) : affine_multiple(domain, p, k);
 }
 
-/** The curve of a built-in set. Several sets share a curve. */
+/** Returns the curve of a built-in set. Several sets share a curve. */
 std::optional<field::CurveId> builtin_curve(const EcParamSet& set);
 
-/** The built-in curve of order q. */
+/** Returns the built-in curve of order q. */
 std::optional<field::CurveId> builtin_curve_of_order(const std::uint32_t* q);
 
 /**
@@ -291,7 +294,7 @@ auto with_domain(const EcParamSet& set, const Algorithm& algorithm) {
     return *algorithm(General(set));
 }
 
-/** Returns algorithm(order). For algorithms that need only numbers modulo q. */
+/** Returns algorithm(order), for an algorithm that needs only numbers modulo q. */
 template <typename Algorithm>
 auto with_order(const std::uint32_t* q, const Algorithm& algorithm) {
     if (const auto curve = builtin_curve_of_order(q))

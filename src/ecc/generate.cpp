@@ -1,4 +1,4 @@
-// The exported generators of parameter records: print numbers and tables as source text on standard output.
+// The exported generators of parameter records. They print numbers and tables as source code to standard output.
 #include "ecc/generate.hpp"
 
 #include <cstdio>
@@ -9,7 +9,7 @@
 namespace vrx::ecc {
 namespace {
 
-/** The nine digits, least significant first, on a line. */
+/** Prints nine digits on a line, the least significant first. */
 void print_digits(const std::uint32_t* digits) {
     for (unsigned i = 0; i + 1 < digit_count; ++i) std::printf("0x%.8x, ", digits[i]);
     std::printf("0x%.8x\n", digits[digit_count - 1]);

@@ -6,7 +6,10 @@
 
 namespace vrx::ecc {
 
-/** Where the digits of the base point are printed: each after its own decimal line, or both after both lines. */
+/**
+ * Where the digits of the base point are printed: those of each coordinate after its own decimal line, or those of both
+ * coordinates after both decimal lines.
+ */
 enum class BasePoint { line_by_line, together };
 
 /** Sets a, b, p, q and G of a record, and prints them. @return whether G is on the curve. */

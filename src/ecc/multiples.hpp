@@ -10,9 +10,9 @@ namespace vrx::ecc {
 /**
  * Returns the sum of k_m T(m), where k_m is hexadecimal digit m of k. The sum is k G if T(m) = 16^m G.
  *
- * The loop runs over v = 15, 14, ..., 1. B is the sum of the T(m) with k_m >= v. A is the sum of these B, so each T(m)
- * is added to A exactly k_m times. For k below the order of G, B and A are different multiples of G, unless A holds
- * only the previous B.
+ * The loop runs over v = 15, 14, ..., 1. After each round, B is the sum of the T(m) with k_m >= v, and A is the sum of
+ * the B of all rounds so far. Therefore each T(m) is added to A exactly k_m times. For k below the order of G, B and A
+ * are different multiples of G, unless A is the sum of a single B that is not infinite.
  *
  * @param table  m -> T(m), an affine point.
  */

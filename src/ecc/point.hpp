@@ -10,9 +10,8 @@
 namespace vrx::ecc {
 
 /**
- * The elements of a field. is_zero() and == look at the representation of an element, which may be unreduced in an
- * operand. Results of operations are reduced. signed_difference() is u - v, but a representation may treat large
- * operands differently.
+ * The elements of a field. is_zero() and == compare representations. The representation of an operand may be unreduced;
+ * results of operations are reduced. signed_difference() is u - v, but some fields treat large operands differently.
  */
 template <typename F>
 concept Field = std::copyable<F> && requires(const F u, const F v, std::uint32_t k) {
@@ -23,7 +22,7 @@ concept Field = std::copyable<F> && requires(const F u, const F v, std::uint32_t
     { signed_difference(u, v) } -> std::same_as<F>;
     { u == v } -> std::same_as<bool>;
     { u.is_zero() } -> std::same_as<bool>;
-    { u.inverse() } -> std::same_as<F>;  // 0 if there is none
+    { u.inverse() } -> std::same_as<F>;  // 0 if there is no inverse
     { u.small(k) } -> std::same_as<F>;   // the small number k of the same field
 };
 
@@ -77,7 +76,7 @@ constexpr Jacobian<F> twice(const Jacobian<F>& p) {
 }
 
 /**
- * The sum of two points with a common Z, (U1, S1) and (U1 + H, S1 + r). z is that Z.
+ * Computes the sum of two points (U1, S1) and (U1 + H, S1 + r) that have the same Z, passed as z.
  *     X' = r^2 - H^3 - 2 U1 H^2    Y' = r (U1 H^2 - X') - S1 H^3
  * Deliberate: the function does not treat equal x-coordinates (H = 0) as a special case.
  */

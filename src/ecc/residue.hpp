@@ -31,7 +31,7 @@ inline void store(std::uint32_t* digits, const Number& n) { std::memcpy(digits, 
 
 inline constexpr std::uint32_t octet_count = 32;  // length of a number in a key or a signature
 
-/** Stores the octets of a number, least significant first. This is the memory layout of its low digits. */
+/** Stores the octets of a number, least significant first. Its low digits have the same layout in memory. */
 inline void store_octets(std::uint8_t* octets, const std::uint32_t* digits) {
     std::memcpy(octets, digits, octet_count);
 }
@@ -43,13 +43,13 @@ inline void load_octets(std::uint32_t* digits, const std::uint8_t* octets) {
 
 inline bool is_zero(const Number& n) { return mpIsZero(n.digits, digit_count) != 0; }
 
-/** Bit i of a number. Bit 0 is the lowest. */
+/** Returns bit i of a number. Bit 0 is the lowest. */
 constexpr unsigned bit(const Number& n, unsigned i) { return n.digits[i / digit_bits] >> i % digit_bits & 1; }
 
 /**
  * A number and its modulus. The number need not be reduced, and the modulus must outlive the residue. Sums, differences
- * and products are reduced, and are defined for moduli below 2^287. is_zero() and == look at the digits, even if the
- * number is not reduced.
+ * and products are reduced, and are defined for moduli below 2^287. is_zero() and == compare digits, even if the number
+ * is not reduced.
  */
 class Residue {
 public:
@@ -59,10 +59,10 @@ public:
     [[nodiscard]] const Number& number() const { return number_; }
     [[nodiscard]] bool is_zero() const { return ecc::is_zero(number_); }
 
-    /** A small number with the same modulus. */
+    /** Returns a small number with the same modulus. */
     [[nodiscard]] Residue small(std::uint32_t value) const { return {ecc::small(value), modulus_}; }
 
-    /** The same residue, reduced. */
+    /** Returns the reduced residue. */
     [[nodiscard]] Residue reduced() const {
         Residue r = *this;
         mpModulo(r.number_.digits, number_.digits, digit_count, modulus_, digit_count);

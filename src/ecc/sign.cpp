@@ -60,7 +60,7 @@ int ecGeneratePublicKey(const EcParamSet* set, const std::uint32_t* d, EcPoint* 
 }
 
 int ecCheckPublicKey(const EcParamSet* set, const EcPoint* Q) {
-    // Deliberate: the message has a shorter name.
+    // Deliberate: the log line has a shorter name than the function.
     if (set == nullptr || Q == nullptr) return log::bad_params("ecCheckPuKey");
     return on_curve(*set, *Q) ? VRX_OK : log::text("Invalid public key", VRX_ERR_FAILED);
 }

@@ -17,8 +17,7 @@ typename Domain::Scalar digest_number(const Domain& domain, const std::uint32_t*
 }
 
 /**
- * r = x(k G) mod q, s = r d + k e mod q.
- * Deliberate: accepts r = 0 and s = 0 without drawing another k.
+ * Computes r = x(k G) mod q and s = (r d + k e) mod q. Deliberate: accepts r = 0 and s = 0 without drawing another k.
  */
 template <typename Domain>
 std::optional<EcSignature> sign(const Domain& domain, const std::uint32_t* digest, const Number& k, const Number& d) {

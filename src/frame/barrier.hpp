@@ -1,4 +1,4 @@
-// Value barriers: keep the optimiser from turning arithmetic on masks into branches and table look-ups.
+// Value barriers. They keep the optimiser from turning arithmetic on masks into branches and table look-ups.
 #ifndef VRX_FRAME_BARRIER_HPP
 #define VRX_FRAME_BARRIER_HPP
 
@@ -13,7 +13,7 @@ namespace vrx {
  */
 template <std::integral T>
 [[nodiscard, gnu::always_inline]] constexpr T value_barrier(T value) {
-    // The builtin instead of std::is_constant_evaluated(), which is a call and a branch in unoptimised builds.
+    // Uses the compiler's builtin, because std::is_constant_evaluated() is a call and a branch in unoptimised builds.
     if (!__builtin_is_constant_evaluated()) asm("" : "+r"(value));
     return value;
 }

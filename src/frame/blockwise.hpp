@@ -26,12 +26,12 @@ struct Input {
 /** When a full block is processed. */
 enum class Last {
     at_once,  // as soon as it is full
-    deferred  // when another byte follows, so that the last block of a message is left for finalisation
+    deferred  // when another byte follows: the last block of a message is processed when the message ends
 };
 
 /**
- * A view of a record's one-block buffer, which holds `filled` bytes. The owner stores filled() or room() in the record
- * afterwards.
+ * A view of the one-block buffer in a record. The buffer holds `filled` bytes. The caller stores filled() or room() in
+ * the record afterwards.
  */
 template <std::size_t size, Last last = Last::at_once>
 class Blockwise {

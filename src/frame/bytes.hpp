@@ -17,7 +17,10 @@ inline std::uint32_t load_le32(const std::uint8_t* bytes) {
 
 inline void store_le32(std::uint8_t* bytes, std::uint32_t word) { std::memcpy(bytes, &word, sizeof word); }
 
-/** The low 8 bits of a selector: the significant part of a direction, a set of flags or a table index. */
+/**
+ * Returns the low 8 bits of a selector. In a direction, a set of flags or a table index, only these bits are
+ * significant.
+ */
 constexpr std::uint8_t low8(std::uint32_t value) { return static_cast<std::uint8_t>(value); }
 constexpr std::uint8_t low8(int value) { return static_cast<std::uint8_t>(value); }
 

@@ -37,8 +37,8 @@ private:
         set(&best);
         return best;
     }
-    // Deliberate: an exchange instead of a store. helgrind reports an atomic store as a race with the load, but not a
-    // locked instruction.
+    // Deliberate: uses an exchange instead of a store. helgrind reports an atomic store as a race with the load, but
+    // does not report a locked instruction.
     void set(const Engine* e) noexcept { static_cast<void>(chosen_.exchange(e, std::memory_order_relaxed)); }
 
     std::atomic<const Engine*> chosen_{nullptr};

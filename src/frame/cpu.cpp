@@ -18,7 +18,7 @@ enum Saved : std::uint32_t {
     avx512_state = 0xe6,
 };
 
-/** The CPUID bit of a feature: in a register of leaf 1, or of leaf 7, subleaf 0. */
+/** The place of a feature's bit in the output of CPUID: a register of leaf 1, or of leaf 7, subleaf 0. */
 struct Flag {
     std::uint32_t feature;
     unsigned leaf;
@@ -52,7 +52,7 @@ bool is_amd(const Leaf& leaf0) {
     return std::memcmp(vendor, "AuthenticAMD", sizeof vendor) == 0;
 }
 
-/** Traits that are not instruction sets: single_cycle_simd and large_l1. */
+/** Adds the features that are not instruction sets: single_cycle_simd and large_l1. */
 std::uint32_t traits(const Answers& a) {
     const unsigned family = (a.leaf1.eax >> 8 & 15) + (a.leaf1.eax >> 20 & 255);
     std::uint32_t found = is_amd(a.leaf0) && family >= 0x1a ? baseline : single_cycle_simd;
@@ -64,7 +64,7 @@ std::uint32_t traits(const Answers& a) {
     return found;
 }
 
-/** The CPUID leaf, or zeros if unsupported. */
+/** Returns a CPUID leaf, or zeros if the CPU does not support the leaf. */
 Leaf ask(unsigned leaf) {
     Leaf a{};
     __get_cpuid_count(leaf, 0, &a.eax, &a.ebx, &a.ecx, &a.edx);
@@ -86,7 +86,7 @@ std::uint32_t features(const Answers& answers) {
 std::uint32_t features() {
     const Leaf leaf0 = ask(0);
     const Leaf leaf1 = ask(1);
-    // Intel and AMD describe the cache in the same format, in different leaves.
+    // Intel and AMD CPUs describe the cache in the same format, but in different leaves.
     return features({leaf0, leaf1, ask(7), ask(is_amd(leaf0) ? 0x8000001d : 4), saved_state(leaf1.ecx)});
 }
 

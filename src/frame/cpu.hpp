@@ -50,7 +50,8 @@ struct Answers {
 [[nodiscard]] std::uint32_t features(const Answers& answers);
 
 /**
- * The features of this CPU. Wider registers count only if the operating system saves them.
+ * The features of this CPU. Features that need wider registers are included only if the operating system saves these
+ * registers.
  *
  * Every call runs CPUID, which is slow: keep the result.
  */
@@ -59,7 +60,7 @@ struct Answers {
 /** True if this CPU supports all features of a set. As slow as features(). */
 [[nodiscard]] inline bool offers(std::uint32_t set) { return (set & ~features()) == 0; }
 
-/** An entry of a list of engines, dereferenced if it is a pointer. */
+/** Returns the entry of a list of engines, or the engine to which it points. */
 template <typename Entry>
 [[nodiscard]] constexpr const auto& engine_of(const Entry& entry) {
     if constexpr (std::is_pointer_v<Entry>)

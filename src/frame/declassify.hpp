@@ -1,4 +1,5 @@
-// Declassified facts about secrets, which code may branch on: that a scalar is in range, that a draw was zero.
+// Declassified facts about secrets. Code may branch on these facts, for example that a scalar is in range or that a
+// random number was zero.
 #ifndef VRX_FRAME_DECLASSIFY_HPP
 #define VRX_FRAME_DECLASSIFY_HPP
 
@@ -13,7 +14,7 @@ namespace vrx {
  */
 [[nodiscard]] bool declassify(std::uint64_t bit);
 
-/** Declassifies whether all words of a secret number are zero. */
+/** Returns whether all words of a secret number are zero, as a declassified fact. */
 [[nodiscard]] bool is_publicly_zero(std::span<const std::uint32_t> words);
 
 }  // namespace vrx

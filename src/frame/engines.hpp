@@ -18,7 +18,7 @@ struct EngineInfo {
     const char* words = "";
     /** Required features. */
     std::uint32_t needs = baseline;
-    /** Further features without which another engine is faster. */
+    /** Features that the engine does not require, but without which another engine is faster. */
     std::uint32_t wants = baseline;
 
     [[nodiscard]] constexpr std::uint32_t suits() const { return needs | wants; }
@@ -27,8 +27,8 @@ struct EngineInfo {
 // Best first; the last one runs everywhere.
 
 inline constexpr EngineInfo cipher_engines[] = {
-    // Like vbmi, with vector instructions for chained modes, too: a chain of eight instructions a round. Look-ups are
-    // faster on CPUs where a vector addition or shift takes two cycles.
+    // Like vbmi, but also uses vector instructions for chained modes. A round is then a chain of eight dependent
+    // instructions. On CPUs where a vector addition or shift takes two cycles, table look-ups are faster.
     {"vbmi_chain", "AVX-512 VBMI", avx512_region, single_cycle_simd},
     {"vbmi", "AVX-512 VBMI", avx512_region},
     {"avx2", "AVX2", avx2_region},
@@ -36,10 +36,10 @@ inline constexpr EngineInfo cipher_engines[] = {
 };
 
 inline constexpr EngineInfo hash_engines[] = {
-    // One dependency chain of vector instructions. If each takes two cycles, four chains of look-ups in general
-    // registers are faster.
+    // Uses one dependency chain of vector instructions. If each instruction takes two cycles, four chains of look-ups
+    // in general registers are faster.
     {"vbmi", "AVX-512 VBMI", avx512_region, single_cycle_simd},
-    // Fewer look-ups, in built-in tables of 33 KiB that must stay in the L1 cache.
+    // Needs fewer look-ups, but in built-in tables of 33 KiB, which must stay in the L1 cache.
     {"avx2_wide", "AVX2 and a large cache", avx2_region, large_l1},
     {"avx2", "AVX2", avx2_region},
     {"baseline", "any x86-64"},

@@ -9,7 +9,10 @@ namespace vrx::log {
 /** Called for an invalid name. Neither constexpr nor defined, so such a name does not compile. */
 void not_an_identifier();
 
-/** The name of a function in a message, as a literal. Some messages name a function other than their writer. */
+/**
+ * The name of a function in a message, as a literal. Some functions write the name of another function into their
+ * messages.
+ */
 struct Name {
     const char* text;
 

@@ -1,9 +1,9 @@
-// Erases the stack and registers, in assembly: a compiler may use stack and registers in any way.
+// Erases the stack and registers. This is assembly, because code in C++ may itself use the stack and any register.
 #include "frame/secret_work.hpp"
 
 // Compilers do not analyse this code, so they cannot optimise it away.
 //
-// The stack pointer moves first, because signal handlers and valgrind treat memory below it as unused. Stores touch
+// The stack pointer moves first, because signal handlers and valgrind treat memory below it as unused. Stores access
 // pages from the top down, in the direction in which a stack grows. All stores except the first are aligned.
 asm(R"(
     .text
@@ -108,7 +108,8 @@ asm(R"(
     .endr
     vrx_erase_end vrx_erase_sse2
 
-    // copy_secret() for at most 64 bytes: two overlapping loads of the largest size that fits, then two such stores.
+    // The code of copy_secret(), for at most 64 bytes: two overlapping loads of the largest size that fits, then two
+    // stores of that size.
     .globl vrx_copy_short
     .hidden vrx_copy_short
     .type vrx_copy_short, @function

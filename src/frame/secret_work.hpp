@@ -14,12 +14,12 @@ namespace vrx {
 /**
  * Stack depths in bytes, below the caller, to which functions may leave secrets, for all compilers and optimisation
  * levels. tests/residue fails if one is too small. Without optimisation, every variable has its own stack slot. The
- * constants are not inline, because the files of one library differ in optimisation.
+ * constants are not inline, because the files of a library may have different optimisation levels.
  */
 namespace depth {
 #if defined(__OPTIMIZE__)
 constexpr std::size_t sha1 = 256;   // with SHA instructions; twice that without them
-constexpr std::size_t hash = 1280;  // without the table, which the caller inspects first
+constexpr std::size_t hash = 1280;  // without the table, which the caller reads first
 constexpr std::size_t hmac = 3072;  // in one call, including the pads
 constexpr std::size_t derivation = 8192;
 constexpr std::size_t block = 384;       // one block of the cipher
@@ -29,7 +29,7 @@ constexpr std::size_t some_blocks = 1280;  // fewer than 64
 #else
 constexpr std::size_t some_blocks = 768;
 #endif
-constexpr std::size_t blocks = 1280;  // any number, but for the frames that follow
+constexpr std::size_t blocks = 1280;  // any number, but see the frames below
 constexpr std::size_t chain = 512;
 constexpr std::size_t shuffled_planes = 4096;
 constexpr std::size_t permuted_planes = 20480;
@@ -76,11 +76,12 @@ extern "C" {
 
 struct Eraser : cpu::EngineInfo {
     Erase run;
-    /** The same without the registers that only AVX-512 has. */
+    /** Does the same, except for the registers that only AVX-512 has. */
     Erase run_low;
 };
 
-// Selected by the CPU alone: the C library may copy with the widest registers, even if no engine uses them.
+// The selection depends on the CPU alone, because the C library may copy with the widest registers even if no engine
+// uses them.
 inline constexpr Eraser erasers[] = {
     {{"avx512", "", cpu::avx512f | cpu::avx512vl}, vrx_erase_avx512, vrx_erase_avx},
     {{"avx", "", cpu::avx}, vrx_erase_avx, vrx_erase_avx},
@@ -102,8 +103,8 @@ struct Extent {
 };
 
 /**
- * For a function whose own frame holds no secrets, after it called those that leave some in theirs: zeroes these frames
- * and the registers. The functions must not be inlined.
+ * For a function whose own frame holds no secrets, but which called functions that leave secrets in their frames:
+ * zeroes these frames and the registers. The called functions must not be inlined.
  *
  * @param extent  may depend on sizes, not on secrets
  */

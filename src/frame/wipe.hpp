@@ -10,7 +10,7 @@ namespace vrx {
 
 inline void wipe(void* bytes, std::size_t count) {
     std::memset(bytes, 0, count);
-    // Something outside the compiler's view may read the bytes, so they must be written.
+    // For the compiler, this statement may read the bytes, so the compiler must write them.
     asm volatile("" : : "r"(bytes) : "memory");
 }
 

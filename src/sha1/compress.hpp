@@ -1,4 +1,4 @@
-// The compression function of SHA-1 (RFC 3174, section 6.1): its engines, and the choice of one.
+// The compression function of SHA-1 (RFC 3174, section 6.1): its engines, and the selection of an engine.
 #ifndef VRX_SHA1_COMPRESS_HPP
 #define VRX_SHA1_COMPRESS_HPP
 

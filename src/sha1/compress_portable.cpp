@@ -30,7 +30,9 @@ template <std::size_t t>
     return w[t & 15];
 }
 
-/** Step t. The words A to E stay in place and rotate their roles: in step t, A is word -t modulo 5. */
+/**
+ * Step t. The words of the state are not moved. Instead, their roles A to E rotate: in step t, A is word -t modulo 5.
+ */
 template <std::size_t t>
 [[gnu::always_inline]] constexpr void step(std::array<std::uint32_t, 5>& v, Schedule& w) {
     const auto role = [&v](std::size_t letter) -> std::uint32_t& { return v[(letter + 80 - t) % 5]; };

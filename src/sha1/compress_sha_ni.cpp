@@ -7,10 +7,13 @@
 namespace vrx::sha1 {
 namespace {
 
-/** Twenty groups of four steps. A vector, A to D or W(t) to W(t + 3), holds its first element in the highest lane. */
+/**
+ * Computes twenty groups of four steps. A vector holds A to D, or W(t) to W(t + 3), with the first of them in the
+ * highest lane.
+ */
 struct Working {
     __m128i abcd;
-    __m128i before;  // abcd before the last group; its A yields E of the next one
+    __m128i before;  // abcd before the last group; its A yields the E of the next group
     __m128i w[4];    // the last four groups of the schedule
 };
 

@@ -16,7 +16,7 @@ void swap(std::uint32_t* words, std::size_t count) {
 
 std::uint8_t* bytes(sha_context* ctx) { return reinterpret_cast<std::uint8_t*>(ctx->data); }
 
-/** The number of buffered bytes, less than a block. */
+/** The number of bytes in the buffer, which is less than a block. */
 std::size_t held(const sha_context* ctx) { return ctx->count_lo % block_size; }
 
 void process(sha_context* ctx, const std::uint8_t* data, std::size_t blocks) {
@@ -30,7 +30,9 @@ void traceless(Body body) {
     vrx::secret_work({portable ? 2 * vrx::depth::sha1 : vrx::depth::sha1, vrx::Registers::low}, body);
 }
 
-/** Processes input that completes the buffered block, of which `before` bytes are present, and buffers the rest. */
+/**
+ * Processes input that completes the block in the buffer, of which `before` bytes are present, and buffers the rest.
+ */
 void process_from(sha_context* ctx, std::size_t before, const std::uint8_t* buffer, std::uint64_t count) {
     vrx::Input rest{buffer, count};
     vrx::Blockwise<block_size> block(bytes(ctx), before);

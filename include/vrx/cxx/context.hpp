@@ -18,7 +18,7 @@
 namespace vrx {
 inline namespace v1 {
 
-/** A table, a mode and key meshing: what both sides have to agree on besides the key. */
+/** A table, a mode and key meshing. Both sides have to agree on these parameters, as well as on the key. */
 struct CipherParameters {
     const vrx_tz *table; /**< deployed table; a context copies it */
     Mode mode;           /**< mode of operation; Mac does not use it */

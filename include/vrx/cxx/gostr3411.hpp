@@ -38,7 +38,7 @@ public:
         return hash;
     }
 
-    /** For use by with() only: an object that is not open yet. */
+    /** For use by with() only. The object is not open yet. */
     explicit Hash(Unfilled) noexcept {}
 
     /** Hash a piece of the message. */

@@ -21,7 +21,7 @@ inline namespace v1 {
 class Hmac {
 public:
     /**
-     * Begin a message under a key of any length.
+     * Begin a message with a key of any length.
      *
      * @param key  in: the key; 32 random bytes are best.
      * @param oid  in: DER identifier of a built-in parameter set; if empty, the default set is used. The record must
@@ -38,7 +38,7 @@ public:
         return hmac;
     }
 
-    /** For use by with() only: an object that is not open yet. */
+    /** For use by with() only. The object is not open yet. */
     explicit Hmac(Unfilled) noexcept {}
     Hmac(const Hmac &) = delete;
     Hmac(Hmac &&) noexcept = default;

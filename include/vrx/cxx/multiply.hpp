@@ -12,7 +12,7 @@
 namespace vrx {
 inline namespace v1 {
 
-/** Multiply a point on any curve by |k|, where k is a signed number: epMult(). */
+/** Multiply a point on any curve by |k|, where k is a signed number, with epMult(). */
 inline Point multiply(const Scalar &k, const Point &point, const Curve &curve) noexcept {
     Point result;
     epMult(&result.native(), &point.native(), k.data(), &curve);

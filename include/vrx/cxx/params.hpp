@@ -112,7 +112,7 @@ inline Result<void> unregister_cipher_set(Bytes oid) noexcept {
     return Result<void>::of(oidUnregisterGOST28147Par(oid.data(), detail::count(oid)));
 }
 
-/** The deleter of copy_of(). */
+/** The deleter of the pointers that copy_of() returns. */
 struct Free {
     /** Free a record. */
     void operator()(void *record) const noexcept { std::free(record); }

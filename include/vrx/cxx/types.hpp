@@ -39,7 +39,7 @@ inline Bytes bytes_of(std::string_view text) noexcept {
 /** Zero `size` bytes. The compiler never removes the writes. */
 inline void wipe(void *bytes, std::size_t size) noexcept {
     std::memset(bytes, 0, size);
-    // Something outside the compiler's view may read the bytes, so they must be written.
+    // For the compiler, this statement may read the bytes, so the compiler must write them.
     asm volatile("" : : "r"(bytes) : "memory");
 }
 
@@ -90,7 +90,7 @@ inline Result<void> from_hex(std::string_view text, MutableBytes out) noexcept {
     return differences == 0;
 }
 
-/** A tag: leave the record uninitialized, because a function will fill it. */
+/** A tag that selects a constructor which leaves the record uninitialized, because a function will fill it. */
 struct Unfilled {};
 
 /**
@@ -127,7 +127,7 @@ struct Wiped {
 
 namespace detail {
 
-/** Returns element i of an array. If the index is too large, the process ends. */
+/** Get element i of an array. If the index is too large, the process ends. */
 template <typename Byte>
 Byte &checked(Byte *bytes, std::size_t i, std::size_t size) noexcept {
     if (i >= size) std::abort();
@@ -295,7 +295,10 @@ namespace detail {
 /** The size of the longest piece passed to a C function. It is a multiple of all block sizes and fits in 32 bits. */
 inline constexpr std::size_t longest_piece = std::size_t{1} << 31;
 
-/** Calls `take(pointer, count)` for pieces whose counts fit in 32 bits. Does not call it if there are no bytes. */
+/**
+ * Call `take(pointer, count)` for pieces whose counts fit in 32 bits. If there are no bytes, the function does not call
+ * it.
+ */
 template <typename Take>
 void in_pieces(Bytes bytes, Take take) {
     while (!bytes.empty()) {

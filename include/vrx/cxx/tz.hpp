@@ -32,7 +32,10 @@ inline void deploy(std::span<const std::uint8_t, VRX_NUM_TZ_SIZE> sboxes, vrx_tz
 
 namespace detail {
 
-/** A NUL-terminated copy of a string. A string that is too long stays too long for all C functions. */
+/**
+ * A NUL-terminated copy of a string. A string that is too long is truncated, but the copy is still too long for every C
+ * function.
+ */
 class TableText {
 public:
     explicit TableText(std::string_view text) noexcept {

@@ -52,10 +52,10 @@ Word difference(Digit* w, const Digit* u, const Digit* v, std::uint64_t n) {
     return borrow;
 }
 
-/** Digit i of a number, or 0 if i is out of range. */
+/** Returns digit i of a number, or 0 if i is out of range. */
 Digit digit_or_zero(const Digit* b, std::uint64_t n, std::uint64_t i) { return i < n ? b[i] : 0; }
 
-/** The high digit of the double digit (hi, lo) shifted left by fewer than 32 bits. */
+/** Shifts the double digit (hi, lo) left by fewer than 32 bits, and returns the high digit of the result. */
 constexpr Digit funnel(Digit hi, Digit lo, unsigned shift) {
     return high_digit((Word{hi} << digit_bits | lo) << shift);
 }
@@ -87,7 +87,10 @@ template <bool with_quotient>
     *remainder = rest >> shift;
 }
 
-/** Does the same, and then erases all copies of the remainder and of d, including `d` in the caller's frame. */
+/**
+ * Calls short_division() and returns the remainder. Erases all other copies of the remainder and of d, including `d` in
+ * the caller's frame.
+ */
 template <bool with_quotient>
 Digit short_remainder(Digit* q, const Digit* u, Digit& d, std::uint64_t n) {
     Workspace<1> space;
@@ -220,7 +223,8 @@ void mpSetDigit(std::uint32_t* a, std::uint32_t d, std::uint64_t ndigits) {
 std::uint32_t mpShiftLeft(std::uint32_t* a, const std::uint32_t* b, std::uint64_t shift, std::uint64_t ndigits) {
     const std::uint64_t whole = shift / digit_bits;
     const auto bits = static_cast<unsigned>(shift % digit_bits);
-    // An index below 0 wraps around to one far above ndigits. The digit shifted out is read before a is written.
+    // `start` may be below 0. It then wraps around to an index far above ndigits. The digit shifted out is read before
+    // a is written.
     const Digit out =
         funnel(digit_or_zero(b, ndigits, ndigits - whole), digit_or_zero(b, ndigits, ndigits - whole - 1), bits);
     if (whole == 0) {  // ascending, so that a may overlap b from below

@@ -42,7 +42,10 @@ struct Fixed {
     }
 };
 
-/** Column k of the product of two n-word numbers adds up u[i] v[k - i] for height(k, n) values i, from first(k, n). */
+/**
+ * Column k of the product of two n-word numbers is the sum of u[i] v[k - i] for height(k, n) values of i, beginning
+ * with first(k, n).
+ */
 constexpr std::size_t first(std::size_t k, std::size_t n) { return k < n ? 0 : k - n + 1; }
 constexpr std::size_t height(std::size_t k, std::size_t n) { return k < n ? k + 1 : 2 * n - 1 - k; }
 

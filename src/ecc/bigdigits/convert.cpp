@@ -12,24 +12,25 @@ using vrx::wipe;
 
 namespace {
 
-/** The number of decimal digits that fit a word, and the power of ten with so many zeros. */
+/** The number of decimal digits that fit a word, and 10 to the power of that number. */
 constexpr unsigned chunk_digits = 19;
 constexpr Word chunk = 10'000'000'000'000'000'000u;
 static_assert(std::countl_zero(chunk) == 0);
 
 /**
- * Returns a byte count as the octet conversions read it. A count of 2^31 or more is read as negative, so it becomes 0.
+ * Returns the byte count that the octet conversions use for nbytes. They interpret nbytes as a signed number, and use 0
+ * for a negative one.
  */
 constexpr std::uint32_t positive(std::uint32_t nbytes) { return nbytes >> 31 != 0 ? 0 : nbytes; }
 
-/** The bytes reserved for a number of characters, rounded up. */
+/** Returns the number of bytes to reserve for the value of a text with so many characters, rounded up. */
 std::uint64_t bytes_for(std::uint64_t characters, double bytes_per_character) {
     const double exact = static_cast<double>(characters) * bytes_per_character;
     const auto whole = static_cast<std::uint64_t>(exact);
     return static_cast<double>(whole) < exact ? whole + 1 : whole;
 }
 
-/** The number of digits that receive bytes from a big-endian number of nbytes bytes. */
+/** Returns the number of digits that a big-endian number of nbytes bytes fills. */
 constexpr std::uint64_t digits_for(std::uint32_t nbytes, std::uint64_t ndigits) {
     return std::min<std::uint64_t>((std::uint64_t{positive(nbytes)} + 3) / 4, ndigits);
 }
@@ -41,7 +42,7 @@ unsigned hex_value(char c) {
     return 16;
 }
 
-/** a = a factor + addend over n digits. */
+/** Computes a = a factor + addend, in n digits. */
 void multiply_and_add(Digit* a, std::uint64_t n, Digit factor, Digit addend) {
     Word carry = addend;
     for (std::uint64_t i = 0; i < n; ++i) {
@@ -64,7 +65,10 @@ std::uint64_t write_text(char* s, std::uint64_t smax, std::uint64_t length, Char
     return length;
 }
 
-/** Splits a number into chunks of 19 decimal digits, lowest first, and returns their count. Overwrites `words`. */
+/**
+ * Divides a number into chunks of 19 decimal digits. chunks[0] has the lowest digits. Returns the number of chunks.
+ * Sets `words` to 0.
+ */
 std::size_t decimal_chunks(Word* chunks, Word* words, std::size_t n) {
     const Word inverse = reciprocal(chunk);
     std::size_t count = 0;
@@ -106,12 +110,12 @@ std::uint64_t decimal_text(const Digit* a, std::uint64_t ndigits, char* s, std::
     return result;
 }
 
-/** The maximum number of chunks of n words: 19 decimal digits hold more than 63 bits. */
+/** Returns the most chunks that n words can yield. Each chunk holds more than 63 bits. */
 constexpr std::size_t chunks_for(std::size_t n) { return n + n / 63 + 1; }
 
 void print_digit(Digit digit) { std::printf("%08x ", digit); }
 
-/** The number of digits to print without leading zeros: at least one, unless ndigits is 0. */
+/** Returns the number of digits to print without leading zeros: at least one, unless ndigits is 0. */
 std::uint64_t trimmed(const Digit* a, std::uint64_t ndigits) {
     return std::min(std::max(mpSizeof(a, ndigits), std::uint64_t{1}), ndigits);
 }
@@ -151,7 +155,7 @@ std::uint64_t mpConvFromDecimal(std::uint32_t* a, std::uint64_t ndigits, const c
     std::fill_n(a, ndigits, Digit{0});
     const auto nbytes = static_cast<std::uint32_t>(bytes_for(std::strlen(s), 0.41524));
     const std::uint64_t written = digits_for(nbytes, ndigits);
-    Digit value = 0;  // of the characters not yet added to a; below `scale`
+    Digit value = 0;  // the characters not yet added to a, as a number below `scale`
     Digit scale = 1;
     for (; *s != '\0'; ++s) {
         if (*s < '0' || *s > '9') continue;

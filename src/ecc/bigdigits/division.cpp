@@ -93,7 +93,7 @@ void divide_by_word_step(Word* u, const Divisor& d) {
     const std::size_t rest = d.count - block;
     const Divisor top{d.words + rest, block, d.inverse};
     Word* quotient = u + d.count;
-    // If the top words are equal, the estimate does not fit in `block` words.
+    // If the top words of the dividend are not below those of the divisor, the estimate does not fit in `block` words.
     if (compare(quotient, top.words, block) >= 0) [[unlikely]]
         return divide_steps(u, block, d);
     divide_steps(u + rest, block, top);

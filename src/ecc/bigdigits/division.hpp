@@ -9,7 +9,7 @@ namespace vrx::bigdigits {
 /** floor((2^128 - 1) / d) - 2^64, if the top bit of d is set. */
 inline Word reciprocal(Word d) {
     Word quotient, remainder;
-    // (2^128 - 1) - 2^64 d has the high word ~d, which is below d: the quotient fits.
+    // The high word of (2^128 - 1) - 2^64 d is ~d. Because ~d is below d, the quotient fits a word.
     asm("divq %4" : "=a"(quotient), "=d"(remainder) : "0"(~Word{0}), "1"(~d), "r"(d) : "cc");
     return quotient;
 }
@@ -60,8 +60,8 @@ Divisor make_divisor(Word* room, const Word* v, std::size_t n);
 void divide(Word* u, std::size_t m, const Divisor& d);
 
 /**
- * Does the same for a number u of m + 1 words that is already shifted by d.shift, and n <= m. The remainder is not
- * shifted.
+ * Does the same for a number u of m + 1 words, with n <= m, that is already shifted left by d.shift. The remainder is
+ * shifted back.
  */
 void divide_shifted(Word* u, std::size_t m, const Divisor& d);
 

@@ -8,8 +8,8 @@
 namespace vrx::bigdigits {
 
 /**
- * The matrix of some steps: they map (x, y), x >= y, to (a x - b y, d y - c x) for an even number of steps, and to the
- * negatives for an odd number. Initially a = d = 1 and b = c = 0.
+ * The matrix of a number of steps. An even number of steps maps (x, y), where x >= y, to (a x - b y, d y - c x). An odd
+ * number of steps maps it to the negatives of these. Initially a = d = 1 and b = c = 0.
  */
 struct Steps {
     Word a = 1, b = 0, c = 0, d = 1;
@@ -29,14 +29,15 @@ struct Steps {
 };
 
 /**
- * Returns the steps that the leading bits of two numbers determine. x >= y are these leading bits, rounded down. x is
- * below 2^126.
+ * Returns the steps that are determined by the leading bits of two numbers. x and y are these leading bits, rounded
+ * down, with x >= y. x is below 2^126.
  */
 inline Steps leading_steps(DoubleWord x, DoubleWord y) {
     Steps s;
-    // While y is above 2^64, and x began below 2^126, all of a to d stay below 2^62.
+    // x was below 2^126 at first. While y is at least 2^64, all of a to d are therefore below 2^62.
     while (high(y) != 0) {
-        // The true quotient lies between these two, whatever the discarded bits are.
+        // The quotient of the whole numbers lies between one / one_by and other / other_by, whatever the discarded bits
+        // are.
         const DoubleWord one = s.odd ? x - s.a : x + s.a;
         const DoubleWord one_by = s.odd ? y + s.c : y - s.c;
         const DoubleWord other = s.odd ? x + s.b : x - s.b;
@@ -80,7 +81,10 @@ inline void sum_of_multiples(Word* w, Word a, const Word* x, Word b, const Word*
     multiply_add(w, y, n, b);
 }
 
-/** The leading 126 bits of x, and the same bit positions of y. Both have n > 1 words; the top word of x is not 0. */
+/**
+ * Sets x_top to the leading 126 bits of x, and y_top to the bits of y in the same positions. Both numbers have n > 1
+ * words, and the top word of x is not 0.
+ */
 inline void leading(const Word* x, const Word* y, std::size_t n, DoubleWord& x_top, DoubleWord& y_top) {
     const unsigned shift = static_cast<unsigned>(std::countl_zero(x[n - 1]));
     const auto top = [=](const Word* u) {

@@ -1,4 +1,5 @@
-// The exported functions for modular arithmetic, inverses, divisors, roots, symbols and powers.
+// The exported functions for modular arithmetic, inverses, greatest common divisors, square roots, Jacobi symbols and
+// powers.
 #include "ecc/bigdigits/modular.hpp"
 
 #include <algorithm>
@@ -47,7 +48,7 @@ int mpModAdd(std::uint32_t* w, const std::uint32_t* u, const std::uint32_t* v, c
         mod.reduce(x, n);
         mod.reduce(y, n);
         add(x, x, y, n);
-        // Deliberate: the sum is modulo 2^(32 ndigits). If the number of digits is odd, the last word is half empty.
+        // Deliberate: the sum is modulo 2^(32 ndigits). If ndigits is odd, the last word holds only one digit.
         if (ndigits % 2 != 0) x[n - 1] &= 0xffffffff;
         if (compare(x, modulus, n) >= 0) subtract(x, x, modulus, n);
         store(w, ndigits, x, n);
@@ -99,7 +100,10 @@ namespace {
 
 using InverseSpace = Workspace<7 * max_words + 5>;
 
-/** inv = 1 / u modulo m by division steps, for an odd m > 1 of at most four words. Returns whether it exists. */
+/**
+ * Computes inv = 1 / u modulo m by division steps, for an odd m > 1 of at most four words. Returns whether the inverse
+ * exists.
+ */
 bool inverse_by_division_steps(Word* inv, Word* u, const Word* m, std::size_t n, InverseSpace& space) {
     using uint256::Words;
     Modulus(space.take(n), m, n).reduce(u, n);
@@ -114,9 +118,10 @@ bool inverse_by_division_steps(Word* inv, Word* u, const Word* m, std::size_t n,
     return significant(inv, n) != 0;
 }
 
-/** inv = 1 / u modulo m by Lehmer's algorithm. Returns whether it exists. */
+/** Computes inv = 1 / u modulo m by Lehmer's algorithm. Returns whether the inverse exists. */
 bool inverse_by_euclid(Word* inv, Word* u, const Word* m, std::size_t n, InverseSpace& space) {
-    // xc u = +-x and yc u = -+y modulo m. The cofactors xc and yc are at most m, and the signs alternate.
+    // Invariant: xc u = x and yc u = -y modulo m, or xc u = -x and yc u = y. The two cases alternate with each step.
+    // The cofactors xc and yc are at most m.
     Word* x = u;
     Word* y = space.take(n + 1);
     Word* xc = inv;
@@ -214,7 +219,8 @@ int mpGcd(std::uint32_t* g, const std::uint32_t* x, const std::uint32_t* y, std:
 }
 
 int mpSqrt(std::uint32_t* s, const std::uint32_t* x, std::uint64_t ndigits) {
-    // Newton's method, from a power of 2 above the root, decreases to the root. It stops when it would increase.
+    // Newton's method, from a power of 2 above the root. The approximations decrease until the root is reached, so the
+    // loop stops when the next one would not be smaller.
     const std::size_t n = words_for(ndigits);
     Workspace<5 * max_words + 2> space;
     return without_trace([&] {
@@ -252,7 +258,8 @@ int mpJacobi(const std::uint32_t* a, const std::uint32_t* n_, std::uint64_t ndig
         Word* room = space.take(n);
         load(x, a, ndigits);
         load(y, n_, ndigits);
-        // (x/y) for odd y: remove factors 2 of x by (2/y) = (-1)^((y^2 - 1)/8), then (x/y) = +-(y mod x / x).
+        // Computes (x/y) for odd y. Removes each factor 2 of x with (2/y) = (-1)^((y^2 - 1)/8). Then uses (x/y) = (y
+        // mod x / x), or the negative of it if x and y are both 3 modulo 4.
         int sign = 1;
         for (;;) {
             if (significant(x, n) == 0) return 0;

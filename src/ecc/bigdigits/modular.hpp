@@ -9,7 +9,10 @@
 
 namespace vrx::bigdigits {
 
-/** A modulus, prepared for division on demand. Modulo 0 every remainder is 0. */
+/**
+ * A modulus. reduce() prepares it as a divisor only for numbers that are not reduced yet. Modulo 0 every remainder is
+ * 0.
+ */
 class Modulus {
 public:
     /** m has n words and must outlive the object. `room` has n words, too. */
@@ -56,7 +59,7 @@ inline void power(Word* y, const Word* x, const Word* e, std::size_t bits, const
 }
 
 /**
- * A step of Euclid's algorithm, (a, b) = (b mod a, a), for a > 0. Each has room for n + 1 words.
+ * A step of Euclid's algorithm, (a, b) = (b mod a, a), for a > 0. Each array has room for n + 1 words.
  *
  * @param use  called with the words of the quotient and their count.
  */

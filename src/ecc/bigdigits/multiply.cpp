@@ -23,8 +23,8 @@ void with_first_rows(std::size_t n, F f) {
 }
 
 /**
- * w = w + the products u[i] u[j] for i < j and i < rows. The words from w[n] on are read as 0 and are written. For the
- * first block, all of w is read as 0.
+ * Adds the products u[i] u[j] for i < j and i < rows to w. The old values of w[n] and all later words are taken as 0.
+ * For the first block, the old value of every word of w is taken as 0.
  */
 template <std::size_t rows, bool is_first>
 void add_triangle(Word* w, const Word* u, std::size_t n) {
@@ -38,7 +38,7 @@ void add_triangle(Word* w, const Word* u, std::size_t n) {
     sum.finish(w + n);
 }
 
-/** w = 2 w + the squares u[i]^2, each at 2i. */
+/** Computes w = 2 w + the squares u[i]^2, where the square of u[i] is added at word 2i. */
 void double_and_add_squares(Word* w, const Word* u, std::size_t n) {
     Word top = 0;  // the bit that doubling shifts into the next pair
     Word carry = 0;

@@ -30,7 +30,7 @@ template <std::size_t n, typename F>
  * Computes addend + u x + carry, which is at most 2^128 - 1. The low word replaces the addend, the high word the carry.
  */
 inline void multiply_step(Word u, Word x, Word& addend, Word& carry) {
-    // Uses assembly, because g++ code for C++ on DoubleWord takes a third longer.
+    // Uses assembly, because g++ compiles the same steps with DoubleWord to code that takes a third longer.
     Word lo = u;
     Word hi;
     asm("mulq %[x]\n\t"
@@ -68,8 +68,8 @@ inline Word multiply_subtract(Word* w, const Word* u, std::size_t n, Word x) {
 inline constexpr std::size_t block = 4;
 
 /**
- * Adds the products of a number u and `rows` words x to another number, one word at a time. Each row has a carry;
- * several rows at once hide its latency.
+ * Adds the products of a number u and `rows` words x to another number, one word at a time. Each row has a carry of its
+ * own. Computing several rows at once hides the latency of the carries.
  */
 template <std::size_t rows>
 class Rows {
@@ -92,7 +92,10 @@ public:
         carry_[active - 1] = carry;
         return w;
     }
-    /** Handles the carries after the last word of u: stores them, or subtracts them and returns the borrow. */
+    /**
+     * Stores the carries after the last word of u. finish_subtracting() subtracts them from w instead, and returns the
+     * borrow.
+     */
     void finish(Word* w) const {
         unrolled<rows>([&](auto r) __attribute__((always_inline)) { w[r] = carry_[r]; });
     }

@@ -37,7 +37,7 @@ inline Word pair(const Digit* digits) {
 }
 inline void set_pair(Digit* digits, Word w) { std::memcpy(digits, &w, sizeof w); }
 
-/** w = the number of ndigits digits, in words_for(ndigits) words. */
+/** Converts a number of ndigits digits to words_for(ndigits) words w. */
 inline void load(Word* w, const Digit* digits, std::uint64_t ndigits) {
     for (std::uint64_t i = 0; i < ndigits / 2; ++i) {
         w[i] = pair(digits + 2 * i);
@@ -47,12 +47,15 @@ inline void load(Word* w, const Digit* digits, std::uint64_t ndigits) {
     if (ndigits % 2 != 0) w[ndigits / 2] = digits[ndigits - 1];
 }
 
-/** Word i of a number of ndigits digits. */
+/** Returns word i of a number of ndigits digits. */
 inline Word word(const Digit* digits, std::uint64_t ndigits, std::size_t i) {
     return 2 * i + 1 < ndigits ? pair(digits + 2 * i) : digits[2 * i];
 }
 
-/** w = 2^shift times a number of ndigits > 0 digits, in words_for(ndigits) + 1 words, for a shift below 64. */
+/**
+ * Computes w = 2^shift times a number of ndigits digits, in words_for(ndigits) + 1 words. shift is below 64, and
+ * ndigits is not 0.
+ */
 inline void load_shifted(Word* w, const Digit* digits, std::uint64_t ndigits, unsigned shift) {
     Word out = 0;
     std::uint64_t i = 0;
@@ -77,8 +80,8 @@ inline void store(Digit* digits, std::uint64_t ndigits, const Word* w, std::size
 }
 
 /**
- * Returns f(), which is not secret, and erases the stack and the registers that f used. Arrays belong in a Workspace in
- * the caller's frame.
+ * Returns f(), and erases the stack and the registers that f used. The result of f must not be secret. Put arrays into
+ * a Workspace in the caller's frame.
  */
 template <std::size_t depth = depth::arithmetic, typename F>
 auto without_trace(F f) {

@@ -1,6 +1,6 @@
-// Word operations with BMI2, ADX and AVX2. A product uses MULX, which leaves the flags alone, and two independent carry
-// chains: ADCX in the carry flag, ADOX in the overflow flag. Compilers use only one chain, and their code takes up to
-// twice as long.
+// Word operations with BMI2, ADX and AVX2. A product uses MULX, which does not change the flags, and two independent
+// carry chains: ADCX uses the carry flag, and ADOX uses the overflow flag. Compilers use only one chain, and their code
+// takes up to twice as long.
 #ifndef VRX_ECC_FIELD_ADX_WORDS_HPP
 #define VRX_ECC_FIELD_ADX_WORDS_HPP
 
@@ -8,8 +8,8 @@
 
 namespace vrx::field {
 
-// Steps of the assembly below. The operands are the names of the registers and pointers in that assembly. `at` is an
-// offset in bytes.
+// The following macros are steps of the assembly below. Their arguments are names of registers and pointers in that
+// assembly. `at` is an offset in bytes.
 
 // Loads rdx, the factor of a row, with the word of a number at an offset.
 #define FACTOR(number, at) "movq " #at "(%[" #number "]), %%rdx\n\t"
@@ -35,7 +35,7 @@ namespace vrx::field {
 // Adds the carry flag to a register: the end of a row.
 #define ADD_CARRY(r) "adcq $0, %[" #r "]\n\t"
 
-// Five registers = a[0] b. One chain suffices, because nothing is accumulated yet.
+// Sets five registers to a[0] b. One chain suffices, because there is no earlier row to add to.
 #define FIRST_ROW(r0, r1, r2, r3, r4)  \
     FACTOR(a, 0)                       \
     "mulxq (%[b]), %[" #r0 "], %[" #r1 \
@@ -52,14 +52,15 @@ namespace vrx::field {
     "]\n\t"                            \
     "adcq %[low], %[" #r3 "]\n\t" ADD_CARRY(r4)
 
-// Row of a product: adds a[at] b to five registers, of which the last is new.
+// Row of a product: clears r4, and adds a[at] b to the five registers.
 #define PRODUCT_ROW(at, r0, r1, r2, r3, r4) \
     FACTOR(a, at)                           \
     CLEAR(r4)                               \
     ADD_ROW(b, r0, r1, r2, r3, r4)          \
     ADD_CARRY(r4)
 
-// Row of a square: doubles a register with the overflow flag, and adds half of a square with the carry flag.
+// Row of a square: doubles r in the chain of the overflow flag, and adds `half`, one word of a square, in the other
+// chain.
 #define DOUBLE_AND_ADD(r, half) \
     "adoxq %[" #r "], %[" #r    \
     "]\n\t"                     \
@@ -68,7 +69,7 @@ namespace vrx::field {
 // low and high = a[at]^2
 #define SQUARE_WORD(at) FACTOR(a, at) "mulxq %%rdx, %[low], %[high]\n\t"
 
-// Row of a Montgomery product: adds a[at] b to five registers. t5 is cleared first and takes the carries.
+// Row of a Montgomery product: clears t5, and adds a[at] b to the registers t0 to t4. The carries go to t5.
 #define MONTGOMERY_ROW(at, t0, t1, t2, t3, t4, t5) \
     FACTOR(a, at)                                  \
     CLEAR(t5)                                      \
@@ -85,7 +86,7 @@ namespace vrx::field {
     "]\n\t"                                       \
     "adoxq %[high], %[" #r_high "]\n\t"
 
-// Adds u m, where u = -t0 / m modulo 2^64, which clears t0. Carries go to t4 and t5.
+// Adds u m, where u = -t0 / m modulo 2^64. This sets t0 to 0. Carries go to t4 and t5.
 #define MONTGOMERY_REDUCE(t0, t1, t2, t3, t4, t5) \
     "movabsq %[inverse], %%rdx\n\t"              \
     "imulq %[" #t0 "], %%rdx\n\t"                \
@@ -172,7 +173,7 @@ struct AdxWords {
         std::uint64_t r0 = v[0], r1 = v[1], r2 = v[2], r3 = v[3], low, high;
         asm(CLEAR(low) ADD_REGISTER_PRODUCT(v4, r0, r1) ADD_REGISTER_PRODUCT(v5, r1, r2)
                 ADD_REGISTER_PRODUCT(v6, r2, r3)
-            // The last high half is the result, and takes the carries of both chains.
+            // The high half of the last product, plus the carries of both chains, is the carry out.
             "mulxq %[v7], %[low], %[high]\n\t"
             "adcxq %[low], %[r3]\n\t"
             "movl $0, %k[low]\n\t"
@@ -186,8 +187,8 @@ struct AdxWords {
     }
 
     /**
-     * Computes the Montgomery product. Each of four rounds adds a row of a b, then the multiple of m that clears the
-     * lowest word. After each round the sum is below b + m, so five words and a carry hold it.
+     * Computes the Montgomery product. Each of four rounds adds a row of a b, then the multiple of m that sets the
+     * lowest word to 0. After each round the sum is below b + m, so five words and a carry hold it.
      */
     template <const Words& m, std::uint64_t inverse>
     static std::array<std::uint64_t, 5> montgomery(const Words& a, const Words& b) {

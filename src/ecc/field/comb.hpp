@@ -1,5 +1,5 @@
-// Comb multiplication k G in eight lanes, from a table of multiples of G. A round adds one table point in each lane,
-// and at the end the lanes are added up.
+// Comb multiplication k G in eight lanes, from a table of multiples of G. Each round adds one table point in each lane.
+// After the last round, the points of all lanes are added up.
 #ifndef VRX_ECC_FIELD_COMB_HPP
 #define VRX_ECC_FIELD_COMB_HPP
 
@@ -10,7 +10,10 @@
 
 namespace vrx::field {
 
-/** Looks up the digit of every lane. Returns a mask of the negative digits. Constant-time: reads the whole round. */
+/**
+ * Looks up the table points for the digits of a round. Returns a mask of the lanes with negative digits. Constant-time:
+ * reads all entries of the round.
+ */
 template <typename V>
 V lookup(const std::uint64_t (&round)[comb_entries][2][limb_count][lane_count], const V& nibble, Element<V>& x,
          Element<V>& y) {

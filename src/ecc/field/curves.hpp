@@ -8,8 +8,10 @@ namespace vrx::field {
 
 enum class CurveId : std::uint8_t { test, a, b, c };
 
-/** y^2 = x^3 + a x + b over Field, with a small a. The base point (x, y) has the prime order q. Words are numbers, not
- * elements. */
+/**
+ * y^2 = x^3 + a x + b over Field, with a small a. The base point (x, y) has the prime order q. The constants are plain
+ * numbers, not field elements.
+ */
 struct CurveTest {
     static constexpr CurveId id = CurveId::test;
     using Field = PseudoMersennePlus<0x431>;

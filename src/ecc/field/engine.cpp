@@ -1,4 +1,4 @@
-// The choice of the engine for point multiplication.
+// Selects the engine for point multiplication.
 #include "ecc/field/engine.hpp"
 
 namespace vrx::field {

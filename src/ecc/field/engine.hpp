@@ -1,4 +1,4 @@
-// The engines for point multiplication on the four curves, and the choice of the fastest one for this CPU.
+// The engines for point multiplication on the four curves. The library selects the fastest one that this CPU supports.
 //
 // The engines are constant-time in scalars and points. Numbers are not in Montgomery form, k and z are from 1 to q - 1,
 // and points are on the curve. Engines do not erase the stack; their callers do (see depth::curves).

@@ -8,9 +8,9 @@ namespace vrx::field {
 
 /**
  * Builds an engine from the class Methods, which provides these functions for every Curve:
- *     base<Curve>(k)             k G as an XyzzPoint, zz = 0 if not covered
- *     point<Curve>(k, Q)         k Q as an XyzzPoint or a HomogeneousPoint, z = 0 if not covered
- *     public_point<Curve>(k, Q)  the same, not necessarily constant-time
+ *     base<Curve>(k)             k G as an XyzzPoint; zz = 0 if the formulas cannot handle k point<Curve>(k, Q) k Q as
+ *     an XyzzPoint or a HomogeneousPoint; zz or z = 0 if not public_point<Curve>(k, Q)  the same, not necessarily
+ *     constant-time
  */
 template <typename Methods>
 struct EngineOf {

@@ -57,7 +57,8 @@ struct IfmaLanes {
     }
 
 private:
-    // All lanes. g++ 12 warns about its intrinsics without a mask, because they start from an undefined register.
+    // A mask of all lanes. g++ 12 warns about its own intrinsics without a mask, because they start from an undefined
+    // register.
     static constexpr __mmask8 whole = 0xFF;
 };
 

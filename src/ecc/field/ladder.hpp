@@ -1,4 +1,5 @@
-// Montgomery ladder in eight lanes: k Q for any point Q by x-coordinates alone, one bit of k a step.
+// Montgomery ladder in eight lanes: k Q for any point Q. It uses x-coordinates alone, and each step processes one bit
+// of k.
 //
 // A step maps (X0 : Z0) of n Q and (X1 : Z1) of (n + 1) Q to those of 2n Q and (2n + 1) Q, or of (2n + 1) Q and
 // (2n + 2) Q. It uses these formulas for sum and double, where x is the x-coordinate of the difference Q (E. Brier,
@@ -60,7 +61,8 @@ Element<V> packed(const Words (&values)[lane_count]) {
     Element<V> r;
 #pragma GCC unroll 10
     for (std::size_t i = 0; i < limb_count; ++i) {
-        // The barrier keeps clang -Os from vectorising the loop with a gather, which no test could tell from a look-up.
+        // The barrier keeps clang -Os from vectorising the loop with a gather. A test could not tell such a gather from
+        // a table look-up by a secret index.
         std::uint64_t words[lane_count];
         for (std::size_t l = 0; l < lane_count; ++l) words[l] = value_barrier(limbs[l].limb[i]);
         r.limb[i] = V::load(words);
@@ -68,7 +70,7 @@ Element<V> packed(const Words (&values)[lane_count]) {
     return r;
 }
 
-/** (X : Z) of k Q and of (k + 1) Q, for a point Q of the curve with x-coordinate x (a scalar element). */
+/** Returns (X : Z) of k Q and of (k + 1) Q, for a point Q of the curve whose x-coordinate is the scalar element x. */
 template <typename V, typename Curve, typename F = LaneField<V, typename Curve::Field>>
 [[gnu::flatten]] LadderResult ladder(const Words& k, const Words& x) {
     using S = typename Curve::Field;
@@ -77,7 +79,7 @@ template <typename V, typename Curve, typename F = LaneField<V, typename Curve::
     const Words zero{};
     const Element<V> constants = packed<S, V>({x, b4, S::add(b4, b4), b4, zero, zero, zero, zero});
 
-    // Lanes: X0, Z0, X1, Z1. The others are unused.
+    // Lanes 0 to 3 are X0, Z0, X1 and Z1. The other lanes are unused.
     Element<V> state = packed<S, V>({S::one, zero, x, S::one, zero, zero, zero, zero});
     std::uint64_t swapped = 0;
     for (int bit = 255; bit >= 0; --bit) {
@@ -89,7 +91,7 @@ template <typename V, typename Curve, typename F = LaneField<V, typename Curve::
         for (std::size_t i = 0; i < limb_count; ++i)
             state.limb[i] = V::exclusive_or(state.limb[i], V::exclusive_or(state.limb[i], other.limb[i]) & swap);
 
-        // X0 Z1, X1 Z0, X0 X1, Z0 Z1, X0^2, Z0^2, X0 Z0
+        // Lanes 0 to 6: X0 Z1, X1 Z0, X0 X1, Z0 Z1, X0^2, Z0^2, X0 Z0
         const Element<V> first =
             F::mul_loose(arranged<V, 0, 2, 0, 1, 0, 1, 0, 0>(state), arranged<V, 3, 1, 2, 3, 0, 1, 1, 0>(state));
         // Lane 0: X0 Z1 + X1 Z0; 1: D; 2: X0 X1 + a Z0 Z1; 3: Z0 Z1; 4: X^2 - a Z^2; 5: X^2 + a Z^2; 6: X Z; 7: Z^2

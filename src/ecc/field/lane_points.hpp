@@ -15,8 +15,8 @@ struct LanePoints {
 };
 
 /**
- * Products in pairs, never inlined. Two products hide each other's latency, and point additions stay small enough for
- * the instruction cache.
+ * Functions that compute two products each. One product runs during the latency of the other. The functions are never
+ * inlined, so the code of a point addition stays small enough for the instruction cache.
  */
 template <typename F, typename V>
 struct Pairs {
@@ -36,7 +36,10 @@ struct Pairs {
     }
 };
 
-/** Returns a, negated in the lanes whose mask is all ones. Limbs are signed, so the result is not a multiplicand. */
+/**
+ * Returns a, negated in the lanes whose mask is all ones. The result has signed limbs, so it is not a multiplicand (see
+ * lanes.hpp).
+ */
 template <typename V>
 Element<V> negated_where(const V& negative, const Element<V>& a) {
     Element<V> r;
@@ -75,7 +78,7 @@ template <typename F, typename V>
     return chord<F>(p.x, p.y, F::carry(u - p.x), F::carry(negated_where(negative, s) - p.y), p.zz, p.zzz);
 }
 
-/** Lane i of the result is lane from[i]. */
+/** Returns an element whose lane i is lane from[i] of a. */
 template <typename V>
 Element<V> taken(const Element<V>& a, const V& from) {
     Element<V> r;
@@ -85,9 +88,10 @@ Element<V> taken(const Element<V>& a, const V& from) {
 }
 
 /**
- * The sum of the point in lane i and that of its partner, lane from[i]. Partnership is mutual. Each lane multiplies its
- * own point by the partner's denominators, and reads the partner's product from the partner's lane. Cost: 12
- * multiplications; a full addition takes 14.
+ * Adds the points of lanes in pairs: lane i of the result is the sum of the points in the lanes i and from[i]. The
+ * partner of a lane's partner must be the lane itself. Each lane multiplies its own point by the partner's
+ * denominators, and reads the partner's product from the partner's lane. Cost: 12 multiplications; without a partner,
+ * an addition takes 14.
  */
 template <typename F, typename V>
 [[gnu::flatten]] LanePoints<V> plus_partner(const LanePoints<V>& p, const V& from) {
@@ -99,7 +103,7 @@ template <typename F, typename V>
     return chord<F>(u, s, F::carry(taken(u, from) - u), F::carry(taken(s, from) - s), common, common3);
 }
 
-/** The scalar element of a lane. */
+/** Returns the element in a lane as a scalar element. */
 template <typename S, typename V>
 Words scalar_lane(const Element<V>& a, std::size_t lane) {
     Limbs52 limbs;

@@ -20,7 +20,7 @@ template <typename V>
 struct Element {
     V limb[limb_count];
 
-    /** Limb by limb. The formulas keep limbs far below 2^63. */
+    /** Adds limb by limb. The formulas keep limbs far below 2^63. */
     Element operator+(const Element& b) const {
         Element r;
 #pragma GCC unroll 10
@@ -43,7 +43,10 @@ Element<V> broadcast(const Limbs52& a) {
     return r;
 }
 
-/** Carries signed limbs within 2^62 to 52-bit limbs. The last limb takes the rest, so it has the sign of the value. */
+/**
+ * Converts signed limbs between -2^62 and 2^62 to 52-bit limbs by carries. The last limb is not reduced to 52 bits and
+ * has the sign of the value.
+ */
 template <typename V>
 Element<V> carried(Element<V> a) {
 #pragma GCC unroll 10
@@ -54,7 +57,7 @@ Element<V> carried(Element<V> a) {
     return a;
 }
 
-/** The ten columns of a product: column i is the coefficient of 2^(52 i), below 2^56. */
+/** The ten columns of a product. Column i is the coefficient of 2^(52 i), and it is below 2^56. */
 template <typename V>
 struct Columns {
     V column[2 * limb_count];
@@ -79,7 +82,7 @@ Columns<V> product(const Element<V>& a, const Element<V>& b) {
     return low;
 }
 
-/** The difference of two products: signed columns within 9 * 2^52. */
+/** Computes the difference of two products. Its columns are signed, and their absolute values are below 9 * 2^52. */
 template <typename V>
 Columns<V> operator-(Columns<V> a, const Columns<V>& b) {
 #pragma GCC unroll 10
@@ -115,15 +118,16 @@ Columns<V> square(const Element<V>& a) {
 }
 
 /**
- * The high five columns times a factor below 2^18, as columns from 2^0 on, each below 2^52 + 2^19. The last one, below
- * 2^18, is the coefficient of 2^260. Columns must not be negative.
+ * Multiplies the five high columns, as a number of its own, by a factor below 2^18. Sets sum[i] to the coefficient of
+ * 2^(52 i) of the product. sum[0] to sum[4] are below 2^52 + 2^19, and sum[5] is below 2^18. The columns of c must not
+ * be negative.
  */
 template <typename V>
 void scaled_high_half(const Columns<V>& c, std::uint64_t factor, V (&sum)[limb_count + 1]) {
     const V f = V::all(factor);
     const V zero = V::all(0);
-    // The multiply-add reads the low 52 bits of a column. The bits above belong to the next one. The three terms of a
-    // sum stay separate until the end, because each link of a multiply-add chain adds four cycles of latency.
+    // The multiply-add reads the low 52 bits of a column. The bits above belong to the next column. The three terms of
+    // a sum stay separate until the end, because each link of a multiply-add chain adds four cycles of latency.
     sum[0] = V::add_low_product(zero, c.column[limb_count], f);
 #pragma GCC unroll 10
     for (std::size_t i = 1; i < limb_count; ++i) {
@@ -168,7 +172,7 @@ private:
         return a;
     }
 
-    /** Reduction by 2^260 = 16 c. Limbs from 0 to 9 * 2^52. */
+    /** Reduces columns to an element, because 2^260 = 16 c modulo p. The limbs of the result are from 0 to 9 * 2^52. */
     static Element<V> reduced(const Columns<V>& v) {
         V high[limb_count + 1];
         scaled_high_half(v, 16 * c, high);
@@ -210,7 +214,10 @@ private:
         return a;
     }
 
-    /** Reduction by 2^260 = -32 c. Adds 256 p to keep the last limb positive. Limbs from -2^53 to 8 * 2^52. */
+    /**
+     * Reduces columns to an element, because 2^260 = -32 c modulo p. Adds 256 p to keep the last limb positive. The
+     * limbs of the result are from -2^53 to 8 * 2^52.
+     */
     static Element<V> reduced(const Columns<V>& v) {
         V high[limb_count + 1];
         scaled_high_half(v, 32 * c, high);
@@ -227,7 +234,10 @@ template <typename V, Words m>
 struct LaneField<V, Montgomery<m>> {
     using Scalar = Montgomery<m>;
     static constexpr Limbs52 modulus = to_limbs52(m);
-    /** 2^58 divided by the last limb of the modulus, plus 1, rounded down. With it, no quotient is too large. */
+    /**
+     * 2^58 / (the last limb of the modulus + 1), rounded down. Because of the + 1, no estimate of a quotient is too
+     * large.
+     */
     static constexpr std::uint64_t reciprocal = (std::uint64_t{1} << 58) / (modulus.limb[4] + 1);
 
     static Element<V> mul_loose(const Element<V>& a, const Element<V>& b) { return reduced(product(a, b)); }
@@ -267,9 +277,9 @@ private:
     }();
 
     /**
-     * Montgomery reduction, for columns within 9 * 2^52: adds, limb by limb, the multiple of m that clears the lowest
-     * column. The result is at most the value divided by 2^260, plus m. Its limbs are from 0 to 14 * 2^52 for a
-     * product, and from -8 * 2^52 for a difference.
+     * Montgomery reduction, for columns between -9 * 2^52 and 9 * 2^52: for each limb, adds the multiple of m that sets
+     * the lowest column to 0. The result is at most the value divided by 2^260, plus m. Its limbs are from 0 to 14 *
+     * 2^52 for a product, and from -8 * 2^52 for a difference.
      */
     static Element<V> reduced(Columns<V> v) {
 #pragma GCC unroll 10

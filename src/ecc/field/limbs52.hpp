@@ -14,19 +14,19 @@ struct Limbs52 {
     std::uint64_t limb[limb_count];
 };
 
-/** The limbs of any number below 2^256: below 2^52, the last one below 2^48. */
+/** Returns the limbs of any number below 2^256. Each limb is below 2^52, and the last one below 2^48. */
 constexpr Limbs52 to_limbs52(const Words& a) {
     return {{a[0] & mask52, (a[0] >> 52 | a[1] << 12) & mask52, (a[1] >> 40 | a[2] << 24) & mask52,
              (a[2] >> 28 | a[3] << 36) & mask52, a[3] >> 16}};
 }
 
-/** The number modulo 2^256 of carried limbs. */
+/** Returns the number, modulo 2^256, that carried limbs represent. */
 constexpr Words from_limbs52(const Limbs52& a) {
     return {a.limb[0] | a.limb[1] << 52, a.limb[1] >> 12 | a.limb[2] << 40, a.limb[2] >> 24 | a.limb[3] << 28,
             a.limb[3] >> 36 | a.limb[4] << 16};
 }
 
-/** n times a 256-bit number, limb by limb without carries. Limbs fit 64 bits for n up to 2^12. */
+/** Returns n times a 256-bit number, limb by limb without carries. The limbs fit 64 bits for n up to 2^12. */
 constexpr Limbs52 multiple(const Words& a, std::uint64_t n) {
     Limbs52 r = to_limbs52(a);
     for (std::uint64_t& limb : r.limb) limb *= n;
@@ -59,11 +59,14 @@ private:
     static constexpr Words one_sixteenth = {0, 0, 0, std::uint64_t{1} << 60};
 };
 
-/** The scalar element of one lane, for carried limbs of a value below 2.1 p, so below 2.1 * 2^256. */
+/**
+ * Returns the scalar element that the carried limbs of a lane represent. Their value must be below 2.1 p, so it is
+ * below 2.1 * 2^256.
+ */
 template <typename S>
 constexpr Words scalar_of(const Limbs52& a) {
     const Words low = from_limbs52(a);
-    // 2^256 modulo p, to be added for each multiple of 2^256 in the last limb: at most twice.
+    // 2^256 modulo p. It is added once for each 2^256 in the value, which the last limb shows: at most twice.
     constexpr Words power = [] {
         Words r{};
         sub(r, Words{}, S::modulus);

@@ -1,4 +1,4 @@
-// Constant-time table look-up: reads every entry and keeps one by masks.
+// Constant-time table look-up: reads every entry and selects one with masks.
 #ifndef VRX_ECC_FIELD_LOOKUP_HPP
 #define VRX_ECC_FIELD_LOOKUP_HPP
 

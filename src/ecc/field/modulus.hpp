@@ -1,4 +1,5 @@
-// Constant-time field arithmetic modulo 256-bit numbers of three shapes: N - c, N / 2 + c, and any (Montgomery form).
+// Constant-time field arithmetic modulo 256-bit numbers of three shapes: N - c, N / 2 + c, and any modulus above N / 2
+// in Montgomery form.
 //
 // An element modulo N - c or N / 2 + c is any representative below N = 2^256. In Montgomery form it is the number times
 // N, below the modulus. Every operation takes and returns elements. to_montgomery() converts a number to an element,
@@ -13,7 +14,7 @@
 
 namespace vrx::field {
 
-/** Products and table look-ups in plain C++, for any words. Engines replace them. */
+/** Products and table look-ups in plain C++, for words of any size. Engines replace them. */
 template <typename W, std::size_t count>
 struct PlainWordsOf {
     using Word = W;
@@ -41,8 +42,8 @@ struct PlainWordsOf {
     }
 
     /**
-     * The Montgomery product (a b + u m) / N, with the u below N that makes the division exact. The result is below b +
-     * m for any a and b. inverse is -1 / m modulo B.
+     * The Montgomery product (a b + u m) / N, where u is the number below N that makes the division exact. The result
+     * is below b + m for any a and b. inverse is -1 / m modulo B.
      */
     template <const Words& m, Word inverse>
     static constexpr WordsOf<Word, count + 1> montgomery(const Words& a, const Words& b) {
@@ -69,7 +70,10 @@ struct PlainWordsOf {
 };
 using PlainWords = PlainWordsOf<std::uint64_t, 4>;
 
-/** Pseudo-Mersenne: p = N - c, so N = c modulo p. c (c + 1) < B makes sure that word 0 absorbs a second carry. */
+/**
+ * Pseudo-Mersenne: p = N - c, so N = c modulo p. c (c + 1) < B makes sure that adding c for a second carry changes word
+ * 0 alone.
+ */
 template <std::uint64_t c, typename P = PlainWords>
 struct PseudoMersenneMinus {
     using Operations = P;
@@ -103,7 +107,7 @@ struct PseudoMersenneMinus {
         Words r{};
         const Word borrow = field::sub(r, a, b);
         const Word again = sub_word(r, mask(borrow) & Word{c});
-        // After a second borrow word 0 is at least B - c, so subtracting c does not borrow.
+        // After a second borrow, word 0 is at least B - c, so subtracting c does not borrow.
         r[0] -= mask(again) & Word{c};
         return r;
     }
@@ -113,10 +117,10 @@ struct PseudoMersenneMinus {
     static constexpr Words from_montgomery(const Words& a) { return reduce_once(a, modulus); }
 
 private:
-    /** r + high N, for any r, and high at most c. */
+    /** r + high N, for any r, and for high up to c. */
     static constexpr Words fold(Words r, Word high) {
         const Word carry = add_word(r, high * Word{c});
-        // After a carry r is below high c, at most c^2, so adding c to word 0 does not carry.
+        // After a carry, r is below high c, which is at most c^2. Therefore adding c to word 0 does not carry.
         r[0] += mask(carry) & Word{c};
         return r;
     }
@@ -157,7 +161,10 @@ struct PseudoMersennePlus {
     static constexpr Words mul(const Words& a, const Words& b) { return reduce(P::multiply(a, b)); }
     static constexpr Words sqr(const Words& a) { return reduce(P::square(a)); }
 
-    /** After a carry, subtracts p or 2p: the one that makes the top bit absorb the carry, so nothing is borrowed. */
+    /**
+     * After a carry, subtracts p if the top bit of the sum is 0, and 2p if it is 1. Either way the top bit is 1 before
+     * c or 2c is subtracted, so this subtraction does not borrow.
+     */
     static constexpr Words add(const Words& a, const Words& b) {
         Words r{};
         const Word carry = field::add(r, a, b);
@@ -179,8 +186,8 @@ struct PseudoMersennePlus {
 
 private:
     /**
-     * r - k N for any r, and k at most 2c, by adding 2k p, or (2k - 1) p if the top bit of r is set. Either way the top
-     * bit is clear before the last addition, of at most 4c^2, so one carry chain suffices.
+     * r - k N for any r, and for k up to 2c. Adds 2k p, or (2k - 1) p if the top bit of r is set. In both cases, the
+     * top bit is 0 before the last addition, and this addition adds at most 4c^2, so one carry chain suffices.
      */
     static constexpr Words raise(Words r, Word k) {
         const Word odd = r[last] >> top_bit & (k | (Word{0} - k)) >> top_bit;

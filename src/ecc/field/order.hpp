@@ -26,7 +26,7 @@ struct Order {
         // to_montgomery() multiplies by 2^256.
         return S::add(reduced(n.low), S::to_montgomery({n.high, 0, 0, 0}));
     }
-    /** a b, if one factor is below q. The other may be any 256-bit number. */
+    /** a b. One factor must be below q; the other may be any 256-bit number. */
     static constexpr Words product(const Words& a, const Words& b) { return S::mul(S::to_montgomery(a), b); }
     /** a b + u v */
     static constexpr Words sum_of_products(const Words& a, const Words& b, const Words& u, const Words& v) {

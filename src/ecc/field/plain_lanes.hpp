@@ -64,7 +64,10 @@ struct PlainLanes {
         return a;
     }
 
-    /** sum + the low, or high, 52 bits of the product of the low 52 bits of a and b. */
+    /**
+     * Multiplies the low 52 bits of a and b, and adds the low half (52 bits) of the product to `sum`.
+     * add_high_product() adds the high half.
+     */
     static PlainLanes add_low_product(const PlainLanes& sum, const PlainLanes& a, const PlainLanes& b) {
         PlainLanes r;
         for (std::size_t i = 0; i < 8; ++i) r.lane[i] = sum.lane[i] + (product(a.lane[i], b.lane[i], 0) & bits52);
@@ -76,7 +79,7 @@ struct PlainLanes {
         return r;
     }
 
-    /** Lane i of the result is lane from[i]. */
+    /** Returns lanes of which lane i is lane from[i] of a. */
     template <int... from>
     static PlainLanes permuted(const PlainLanes& a) {
         return {{a.lane[from]...}};

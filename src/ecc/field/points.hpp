@@ -26,7 +26,7 @@ struct HomogeneousPoint {
     Words x, y, z;
 };
 
-/** n a, by additions. */
+/** Computes n a by additions. */
 template <typename S>
 constexpr Words times(const Words& a, unsigned n) {
     Words r = a;
@@ -83,7 +83,7 @@ bool to_affine(const XyzzPoint& point, AffinePoint& r) {
     return declassify(1 ^ is_zero(S::from_montgomery(i3)));
 }
 
-/** The same for homogeneous coordinates. */
+/** Does the same for homogeneous coordinates. */
 template <typename Curve>
 bool to_affine(const HomogeneousPoint& point, AffinePoint& r) {
     using S = typename Curve::Field;

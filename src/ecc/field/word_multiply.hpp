@@ -4,8 +4,8 @@
 // The addition formulas are incomplete: if both points have the same x, or one is infinity, the result has zz = 0 (z =
 // 0). Every later sum and double then has zz = 0, too, so a check at the end suffices.
 //
-// Sums and doubles are flattened, and independent products stand next to each other. A product takes about a hundred
-// instructions, and a CPU looks ahead over about three products.
+// All products of a sum or double are inlined, and products that do not depend on each other are next to each other in
+// the code. A product takes about a hundred instructions, so a CPU can execute about three products at the same time.
 #ifndef VRX_ECC_FIELD_WORD_MULTIPLY_HPP
 #define VRX_ECC_FIELD_WORD_MULTIPLY_HPP
 
@@ -15,8 +15,10 @@
 
 namespace vrx::field {
 
-/** a / 2: half of a, or of a + p if a is odd. For any element a. Below 2^256, because the carry of a + p is halved,
- * too. */
+/**
+ * Computes a / 2 for any element a: half of a, or half of a + p if a is odd. The result is below 2^256, because the
+ * carry of a + p is halved, too.
+ */
 template <typename S>
 constexpr Words half(const Words& a) {
     const std::uint64_t odd = mask(a[0] & 1);
@@ -25,7 +27,7 @@ constexpr Words half(const Words& a) {
     return halved(even, carry);
 }
 
-/** a, or -a if the mask is all ones. */
+/** Returns a, or -a if the mask is all ones. */
 template <typename S>
 constexpr Words negated_where(std::uint64_t negative, const Words& a) {
     return conditional_move(negative, S::sub(Words{}, a), a);
@@ -77,10 +79,10 @@ constexpr XyzzPoint twice(const XyzzPoint& p) {
     return r;
 }
 
-/** (k + 2^264 - 1) / 2 modulo q, for k below q. Its bits are the signs of the comb. */
+/** Computes (k + 2^264 - 1) / 2 modulo q, for k below q. The bits of the result are the signs of the comb. */
 template <typename Curve>
 constexpr Words comb_signs(const Words& k) {
-    using S = Montgomery<Curve::q>;  // for its sums only: the numbers are not in Montgomery form
+    using S = Montgomery<Curve::q>;  // used for additions only, so the numbers need not be in Montgomery form
     constexpr Words all_ones = [] {
         Words power = S::one;  // 2^256 modulo q
         for (int i = 0; i < 8; ++i) power = S::add(power, power);
@@ -107,7 +109,7 @@ XyzzPoint word_comb_multiply(const Words& k) {
             const std::size_t i = comb_steps * (comb_teeth * block + t) + step;
             if (i < 256) bits |= (signs[i / 64] >> i % 64 & 1) << t;
         }
-        // If the highest sign is -, inverts the other signs.
+        // If the highest sign is -, inverts the other signs, because the table has + for t = 5.
         const std::uint64_t negative = mask(1 ^ bits >> (comb_teeth - 1));
         struct Entry {
             Words x, y;
@@ -159,7 +161,7 @@ template <typename Curve>
     return r;
 }
 
-/** A point for repeated additions, with powers of its z. */
+/** A point that is added many times, with powers of its z. */
 struct Summand {
     Words x, y, z, zz, zzz;
 };
@@ -196,7 +198,7 @@ template <typename S>
     return t;
 }
 
-/** Q, 3 Q, 5 Q, ... */
+/** The table: Q, 3 Q, 5 Q, ... */
 template <typename Curve, std::size_t count>
 void odd_multiples(const AffinePoint& point, Summand (&odd)[count]) {
     using S = typename Curve::Field;
@@ -217,7 +219,10 @@ constexpr XyzzPoint to_xyzz(const JacobianPoint& p) {
     return {s.x, s.y, s.zz, s.zzz};
 }
 
-/** Returns `count` bits of n, beginning at bit `low`; count is at most 63. Bits 256 and above are read as 0. */
+/**
+ * Returns `count` bits of n as a number, where bit `low` is the lowest. count is at most 63. Bits 256 and above are
+ * read as 0.
+ */
 constexpr std::uint64_t bits_from(const Words& n, std::size_t low, std::size_t count) {
     const std::uint64_t above = low / 64 < 3 ? n[low / 64 + 1] << 1 << (63 - low % 64) : 0;
     return (n[low / 64] >> low % 64 | above) & ((std::uint64_t{1} << count) - 1);
@@ -257,8 +262,8 @@ XyzzPoint window_multiply(const Words& k, const AffinePoint& point) {
 }
 
 /**
- * The same for public numbers, in non-adjacent form: odd digits from -15 to 15, at least five bits apart. Cost: 256
- * doublings and about 50 additions.
+ * Does the same for public numbers, not in constant time. Writes k in non-adjacent form: odd digits from -15 to 15, at
+ * least five bits apart. Cost: 256 doublings and about 50 additions.
  */
 template <typename Curve>
 XyzzPoint window_multiply_vartime(const Words& k, const AffinePoint& point) {

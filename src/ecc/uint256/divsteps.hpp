@@ -5,9 +5,9 @@
 // it maps to (1 + delta, f, (g + (g mod 2) f) / 2). From (1/2, m, x) with 0 <= x < m < 2^256, 590 steps always reach g
 // = 0. Then f is plus or minus the greatest common divisor.
 //
-// A step depends on the low bits alone. A batch of steps therefore works on one word and yields a matrix of small
-// integers. The matrix is then applied to the long f and g, and modulo m to d and e, where d x = f and e x = g up to
-// powers of two that cancel.
+// A step depends on the low bits alone. A batch of steps therefore works on one word of each number, and yields a
+// matrix of small integers. The matrix is then applied to the whole numbers f and g, and, modulo m, to d and e. Here d
+// x = f and e x = g modulo m, except for powers of two, which cancel.
 #ifndef VRX_ECC_UINT256_DIVSTEPS_HPP
 #define VRX_ECC_UINT256_DIVSTEPS_HPP
 
@@ -25,7 +25,7 @@ namespace vrx::uint256 {
  */
 using Limbs62 = std::array<std::int64_t, 5>;
 
-/** Returns all ones for a negative number, else zero. The result is opaque to the compiler. */
+/** Returns all ones for a negative number, else zero. The compiler cannot tell the value of the result. */
 constexpr std::int64_t sign_mask(std::int64_t a) { return value_barrier(a >> 63); }
 
 template <int bits = 62>
@@ -38,7 +38,7 @@ constexpr Limbs62 to_limbs62(const Words& a) {
             static_cast<std::int64_t>((a[2] >> 58 | a[3] << 6) & mask62), static_cast<std::int64_t>(a[3] >> 56)};
 }
 
-/** For limbs of a number from 0 to 2^256 - 1. */
+/** Converts limbs of a number from 0 to 2^256 - 1. */
 constexpr Words from_limbs62(const Limbs62& a) {
     const auto limb = [&a](std::size_t i) { return static_cast<std::uint64_t>(a[i]); };
     return {limb(0) | limb(1) << 62, limb(1) >> 2 | limb(2) << 60, limb(2) >> 4 | limb(3) << 58,
@@ -48,7 +48,7 @@ constexpr Words from_limbs62(const Limbs62& a) {
 /** An odd modulus from 3 to 2^256 - 1, prepared for inversion. */
 struct OddModulus {
     Limbs62 limbs{};
-    std::uint64_t inverse = 0;  // of the number, modulo 2^64
+    std::uint64_t inverse = 0;  // the inverse of the modulus, modulo 2^64
 
     constexpr explicit OddModulus(const Words& m) : OddModulus(to_limbs62(m), m[0]) {}
     /** From limbs of any size, and the lowest bits of the number. */
@@ -71,8 +71,8 @@ struct Matrix {
  * At most 30 division steps on the low words of an odd f and any g, constant-time. zeta is -(delta + 1/2).
  *
  * f is odd, so h = floor(f / 2) determines it. For an odd g, (g + f) / 2 is floor(g / 2) + h + 1, and (g - f) / 2 is
- * floor(g / 2) + ~h + 1. The matrix is scaled by 2^steps. One word holds a row (u, v) as u + 2^32 v, since both stay
- * within 2^30.
+ * floor(g / 2) + ~h + 1. The matrix is scaled by 2^steps. One word holds a row (u, v) as u + 2^32 v, because u and v
+ * are between -2^30 and 2^30.
  */
 template <int steps>
 constexpr std::int64_t some_steps(std::int64_t zeta, std::uint64_t& f, std::uint64_t& g, Matrix& t) {
@@ -116,8 +116,8 @@ constexpr std::int64_t batch_of_steps(std::int64_t zeta, std::uint64_t f, std::u
 }
 
 /**
- * 62 steps for public numbers, with the initial value delta = 1. Shifts out runs of zeros of g, and clears several bits
- * of g at once before the next exchange. eta is -delta.
+ * Performs 62 steps for public numbers, with the initial value delta = 1. Shifts out all trailing zeros of g at once,
+ * and clears several bits of g at once before f and g are next exchanged. eta is -delta.
  */
 constexpr std::int64_t batch_of_steps_vartime(std::int64_t eta, std::uint64_t f, std::uint64_t g, Matrix& t) {
     std::uint64_t u = 1;
@@ -151,8 +151,9 @@ constexpr std::int64_t batch_of_steps_vartime(std::int64_t eta, std::uint64_t f,
 }
 
 /**
- * (f, g) = the matrix times (f, g), divided exactly by 2^62. A row of the matrix adds up to at most 2^62, so the larger
- * of |f| and |g| does not grow. It is the modulus initially, and all sums stay below 2^(62 + 62 + 1).
+ * (f, g) = the matrix times (f, g), divided exactly by 2^62. The absolute values in a row of the matrix add up to at
+ * most 2^62, so the larger of |f| and |g| does not grow. Initially, the larger is the modulus. All sums are below 2^(62
+ * + 62 + 1).
  */
 template <int bits = 62>
 constexpr void apply(Limbs62& f, Limbs62& g, const Matrix& t) {
@@ -176,12 +177,14 @@ constexpr void apply(Limbs62& f, Limbs62& g, const Matrix& t) {
 /**
  * (d, e) = the matrix times (d, e), divided by 2^62 modulo m. d and e are between -2m and m before and after.
  *
- * Adding m to negative ones brings them between -m and m, so a row yields a number between -2^62 m and 2^62 m. Then the
- * multiple of m below 2^62 m that clears the low limb is subtracted, and 2^62 divides the difference.
+ * If d or e is negative, m is added to it, so that both are between -m and m. A row of the matrix then yields a number
+ * between -2^62 m and 2^62 m. From this number, the function subtracts the multiple of m below 2^62 m that sets the low
+ * limb to 0. The difference is divisible by 2^62.
  */
 template <int bits = 62>
 constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Matrix& t, const OddModulus& m) {
-    // md and me: the multiples of m that make d and e non-negative, and then clear the low limbs of both sums.
+    // md and me are the multiples of m to add: first those that make d and e non-negative, and then also those that set
+    // the low limbs of both sums to 0.
     const std::int64_t d_sign = sign_mask(d[4]);
     const std::int64_t e_sign = sign_mask(e[4]);
     std::int64_t md = (t.u & d_sign) + (t.v & e_sign);
@@ -209,7 +212,7 @@ constexpr void apply_modulo(Limbs62& d, Limbs62& e, const Matrix& t, const OddMo
     e[4] = static_cast<std::int64_t>(ce);
 }
 
-/** a + (m & add_mask), negated if sign is all ones, with carried limbs. For a between -2m and m. */
+/** Returns a + (m & add_mask), negated if sign is all ones, with carried limbs. a is between -2m and m. */
 template <int bits = 62>
 constexpr Limbs62 corrected(const Limbs62& a, const OddModulus& m, std::int64_t add_mask, std::int64_t sign) {
     Limbs62 r{};
@@ -222,14 +225,14 @@ constexpr Limbs62 corrected(const Limbs62& a, const OddModulus& m, std::int64_t 
     return r;
 }
 
-/** d, or -d if f_sign is all ones, reduced from between -2m and m to 0 to m - 1. */
+/** Returns d, or -d if f_sign is all ones, reduced modulo m. d is between -2m and m; the result is from 0 to m - 1. */
 template <int bits = 62>
 constexpr Limbs62 normalised(const Limbs62& d, std::int64_t f_sign, const OddModulus& m) {
     const Limbs62 near = corrected<bits>(d, m, sign_mask(d[4]), f_sign);
     return corrected<bits>(near, m, sign_mask(near[4]), 0);
 }
 
-/** All ones if a is 1 or -1, else zero. */
+/** Returns all ones if a is 1 or -1, else zero. */
 template <int bits = 62>
 constexpr std::uint64_t is_unit(const Limbs62& a) {
     std::uint64_t plus = static_cast<std::uint64_t>(a[0]) ^ 1;
@@ -244,15 +247,14 @@ constexpr std::uint64_t is_unit(const Limbs62& a) {
     return mask(1 ^ (is_nonzero(plus) & is_nonzero(minus)));
 }
 
-/** The low bits that a batch of steps reads. */
+/** Returns the low bits of a number, which a batch of steps reads. */
 template <int bits = 62>
 constexpr std::uint64_t low_word(const Limbs62& a) {
     return static_cast<std::uint64_t>(a[0]) | static_cast<std::uint64_t>(a[1]) << bits;
 }
 
 /**
- * 1 / x modulo m for 0 <= x < m, or 0 if there is none. Constant-time.
- * Cost: ten batches of 59 steps.
+ * Returns 1 / x modulo m for 0 <= x < m, or 0 if there is no inverse. Constant-time. Cost: ten batches of 59 steps.
  */
 constexpr Words inverse(const Words& x, const OddModulus& m) {
     Limbs62 f = m.limbs;
@@ -270,7 +272,7 @@ constexpr Words inverse(const Words& x, const OddModulus& m) {
     return conditional_move(exists, from_limbs62(normalised(d, sign_mask(f[4]), m)), Words{});
 }
 
-/** Does the same for public numbers, 0 <= x < m. */
+/** Does the same for public numbers, not in constant time. */
 constexpr Words inverse_vartime(const Words& x, const OddModulus& m) {
     Limbs62 f = m.limbs;
     Limbs62 g = to_limbs62(x);

@@ -41,7 +41,7 @@ struct DoubleWordOf<std::uint64_t> {
 template <typename Word>
 using DoubleWord = typename DoubleWordOf<Word>::Type;
 
-/** Keeps an argument out of the deduction of Word. */
+/** The template parameter Word is not deduced from an argument of this type. */
 template <typename Word>
 using Given = std::type_identity_t<Word>;
 
@@ -74,8 +74,8 @@ constexpr Word mul_add(Word a, Given<Word> b, Given<Word> c, Word& carry) {
 }
 
 /**
- * Returns all ones for 1 and zero for 0. The mask is opaque to the compiler, which therefore cannot turn arithmetic on
- * it into branches.
+ * Returns all ones for 1 and zero for 0. The compiler cannot tell the value of the mask, so it cannot turn arithmetic
+ * on the mask into branches.
  */
 template <typename Word>
 constexpr Word mask(Word bit) {
