@@ -42,7 +42,7 @@ class Machine:
         return None
 
     def best_peer(self, ours, pattern, without=()):
-        """(speed-up, name) for the fastest peer. The pattern has {} in place of the peer's name."""
+        """Returns (speed-up, name) for the fastest peer. The pattern has {} in place of the peer's name."""
         found = [(speed, PEERS[peer]) for peer in PEERS if peer not in without
                  and (speed := self.speed(ours, pattern.format(peer))) is not None]
         return min(found, default=None)
@@ -229,7 +229,7 @@ def panel(title, curves, left, top):
     for size, text in SIZES.items():
         if min(sizes) <= size <= max(sizes) and size != 256 and size != 8192:
             svg.append(f'<text x="{x(size):.1f}" y="{top + HEIGHT + 18}" text-anchor="middle">{text}</text>')
-    # Labels stand at the right ends of their curves, one under the other.
+    # Labels are at the right ends of their curves, one below the other.
     below = top - 8
     for label, points, colour, width in sorted(curves, key=lambda curve: -curve[1][-1][1]):
         path = " ".join(f"{x(size):.1f},{y(speed):.1f}" for size, speed in points)

@@ -75,7 +75,8 @@ def main():
                     continue
                 if row["run_type"] == "iteration" and row.get("repetitions", 1) > 1:
                     continue
-                # Remove settings that Google Benchmark appends to names; they also tell rows of curves from digests.
+                # Removes the settings that Google Benchmark appends to names. These settings also tell rows of curves
+                # from rows of digests.
                 key = re.sub(r"/(iterations|manual_time).*", "", row["run_name"])
                 key = ("ecc/" if name == "ecc" else "") + key
                 seen.setdefault(key, []).append(figures(row))

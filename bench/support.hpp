@@ -1,4 +1,4 @@
-// Rows that time a function and its baseline in turn, so that the load of the machine affects both alike.
+// Rows that time a function and its baseline alternately, so that the load of the machine affects both alike.
 #ifndef VRX_BENCH_SUPPORT_HPP
 #define VRX_BENCH_SUPPORT_HPP
 
@@ -35,7 +35,7 @@ inline double median(std::vector<double> samples) {
 
 /** Reports the throughput of `job` and, as `ratio`, its speed-up over `baseline`: medians of the samples. */
 inline void compare(benchmark::State& state, const Job& baseline, const Job& job, std::size_t bytes) {
-    constexpr double sample = 50e-6;  // long compared with reading the clock
+    constexpr double sample = 50e-6;  // much longer than reading the clock takes
     const auto times = [](const Job& j) { return std::max(1, static_cast<int>(sample / seconds(j, 1))); };
     baseline();
     job();

@@ -45,7 +45,7 @@ bool read_parameters(Part parameters, Algorithm& algorithm) {
     if (!curve || epFindParByOid(curve->data(), static_cast<std::uint32_t>(curve->size()), &found) != VRX_OK)
         return false;
     algorithm.curve = found;
-    // The hash and cipher sets that the owner of the key prefers. The user may choose others.
+    // The hash and cipher sets that the owner of the key prefers. A user of the key may choose other sets.
     if (const auto hash = sets.next_whole(der::object_identifier)) {
         algorithm.hash = set_by_oid<get_GOSTR3411_par, VRX_GOSTR3411_PAR_COUNT>(*hash);
         if (algorithm.hash == nullptr) return false;

@@ -16,7 +16,7 @@ namespace vrx::documents {
 /** The contents of an AlgorithmIdentifier. */
 struct Algorithm {
     std::string oid;                            // dotted
-    bool known = false;                         // GOST R 34.10-2001, and all named parameter sets are built in
+    bool known = false;                         // true if it is GOST R 34.10-2001 and all named sets are built in
     const EcParamSet* curve = nullptr;          // nullptr if not named: a certificate may inherit it from its issuer
     const vrx_gostr3411_par* hash = nullptr;    // nullptr if not named
     const vrx_gost28147_par* cipher = nullptr;  // nullptr if not named
@@ -24,9 +24,10 @@ struct Algorithm {
 
 /** The result of reading a structure. */
 enum class Content {
-    other,    // another structure, or malformed
-    foreign,  // the expected structure, for an unknown algorithm or parameters; the algorithm is filled in
-    known,    // all fields are filled in
+    other,    // it is another structure, or it is malformed
+    foreign,  // the structure is as expected, but the algorithm or its parameters are unknown; only the algorithm is
+              // filled in
+    known,    // the structure is as expected, and all fields are filled in
 };
 
 using PublicOctets = std::array<std::uint8_t, VRX_PUBLIC_KEY_SIZE>;

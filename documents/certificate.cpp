@@ -8,7 +8,7 @@
 namespace vrx::documents {
 namespace {
 
-constexpr std::size_t longest_serial = 21;  // 20 octets, and a leading zero octet that keeps it positive
+constexpr std::size_t longest_serial = 21;  // 20 octets, and a leading zero octet that makes the number positive
 
 bool read_basic_constraints(Part value, Extensions& result) {
     der::Reader outer(value);
@@ -198,7 +198,7 @@ std::optional<std::vector<Extension>> read_extensions(Part contents) {
         Extension extension{*dotted, fields.tag() == der::boolean, {}};
         if (extension.critical) {
             const auto value = fields.next(der::boolean);
-            if (!value || der::truth(*value) != true) return std::nullopt;  // DER leaves the default, FALSE, out
+            if (!value || der::truth(*value) != true) return std::nullopt;  // DER omits the default value, FALSE
         }
         const auto value = fields.next(der::octet_string);
         if (!value || !fields.at_end() || !der::is_well_formed(*value)) return std::nullopt;

@@ -24,7 +24,7 @@ struct Extensions {
     std::optional<std::uint32_t> path_length;
     std::optional<Part> subject_key;  // key identifiers
     std::optional<Part> authority_key;
-    std::string unsupported;  // an unsupported critical extension, dotted, or empty
+    std::string unsupported;  // the identifier of an unsupported critical extension, dotted; or empty
 };
 
 /** A signature over a part of a document. All parts refer to the octets that were read. */

@@ -52,7 +52,10 @@ Fault check_revocation(const Certificate& certificate, const Certificate& issuer
     return {};
 }
 
-/** Check a chain, beginning at its trusted end. A key that names no curve is on the curve of its issuer's key. */
+/**
+ * Check a chain, beginning at its trusted end. A key without the identifier of a curve is on the curve of its issuer's
+ * key.
+ */
 Fault check_links(const std::vector<const Certificate*>& links, const Authorities& authorities,
                   const std::optional<Time>& time) {
     const EcParamSet* set = nullptr;

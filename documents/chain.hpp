@@ -25,12 +25,12 @@ struct Fault {
 /** The key of a certificate; std::nullopt if it is not a point on its curve. @param set  the curve if it names none. */
 std::optional<WorkingKey> working_key(const Certificate& certificate, const EcParamSet* set);
 
-/** True if a signature verifies with a key, and r and s are from 1 to q - 1. */
+/** Returns true if a signature is valid for a key, and r and s are from 1 to q - 1. */
 bool is_signed_by(const Signed& what, const WorkingKey& key);
 
 /**
- * Check the dates of a certificate, and that it has no unsupported critical extension. @param time  std::nullopt skips
- * the dates.
+ * Check the dates of a certificate, and that it has no unsupported critical extension. If the time is std::nullopt, the
+ * function does not check the dates.
  */
 Fault check_alone(const Certificate& certificate, const std::optional<Time>& time);
 
@@ -44,7 +44,7 @@ struct Authorities {
     bool wants_lists = false;  // a certificate is invalid if its issuer has no list
 };
 
-/** A chain from a certificate to one that is trusted. */
+/** A chain from a certificate to a trusted certificate. */
 struct Chain {
     Fault fault;
     std::vector<const Certificate*> links;  // from the certificate to the trusted one

@@ -41,7 +41,7 @@ public:
     explicit Reader(std::span<const std::uint8_t> octets) : rest_(octets) {}
 
     [[nodiscard]] bool at_end() const { return rest_.empty(); }
-    /** The tag of the next element; std::nullopt at the end. */
+    /** Returns the tag of the next element; std::nullopt at the end. */
     [[nodiscard]] std::optional<std::uint8_t> tag() const;
     /** Read the contents of the next element; std::nullopt if it has another tag or is truncated. */
     std::optional<std::span<const std::uint8_t>> next(std::uint8_t wanted);
@@ -52,7 +52,10 @@ private:
     std::span<const std::uint8_t> rest_;
 };
 
-/** The dotted form of an object identifier's contents; std::nullopt if they are malformed or exceed 64 bits. */
+/**
+ * Returns the dotted form of an object identifier, given its contents; std::nullopt if they are malformed or a number
+ * exceeds 64 bits.
+ */
 std::optional<std::string> dotted(std::span<const std::uint8_t> contents);
 
 /** True if the octets are exactly one element, as in a DER file. */

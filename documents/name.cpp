@@ -38,7 +38,10 @@ std::string attribute_name(const std::string& oid) {
     return found != std::end(attributes) ? found->name : oid;
 }
 
-/** The value of an attribute in UTF-8. Deceptive characters, and those that RFC 4514 requires, are escaped. */
+/**
+ * Returns the value of an attribute in UTF-8. Characters that could deceive a reader are escaped, and so are those that
+ * RFC 4514 requires to be escaped.
+ */
 std::string attribute_text(std::uint8_t tag, Part octets) {
     std::u32string characters;
     if (tag == der::bmp_string && octets.size() % 2 == 0) {

@@ -8,7 +8,7 @@ namespace vrx::documents {
 namespace {
 
 /**
- * Returns true for the extensions that may be critical: list number, issuer key, reason code and invalidity date. They
+ * Returns true for the extensions that may be critical: list number, issuer key, reason code and invalidity date. These
  * do not affect the verdict. Any other extension may limit the scope of a list.
  */
 bool is_understood(const std::string& oid) {

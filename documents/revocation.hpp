@@ -22,7 +22,7 @@ struct RevocationList : Signed {
     Time this_update;
     std::optional<Time> next_update;
     std::vector<Revoked> revoked;
-    std::string unsupported;  // an unsupported critical extension, dotted, or empty
+    std::string unsupported;  // the identifier of an unsupported critical extension, dotted; or empty
 };
 
 /** Read a list in DER. Returns false if the list is malformed or other data follows it. */

@@ -6,7 +6,7 @@
 namespace vrx::documents {
 namespace {
 
-/** Format fourteen digits as a Time; std::nullopt if they are not a valid date and time. */
+/** Convert fourteen digits to a Time; std::nullopt if they are not a valid date and time. */
 std::optional<Time> with_marks(std::string digits) {
     if (digits.size() != 14 || digits.find_first_not_of("0123456789") != std::string::npos) return std::nullopt;
     const auto number = [&](std::size_t at, std::size_t size) { return std::stoi(digits.substr(at, size)); };

@@ -14,7 +14,8 @@ struct Parcel {
     std::size_t size = 0;
 };
 
-// Derives the key of a parcel; both parties get the same one. Diversification ties the cipher key to the UKM.
+// Derives the key of a parcel. Both parties get the same key. Because of the diversification, the key also depends on
+// the UKM.
 vrx::Result<vrx::Key> key_for(const vrx::PrivateKey &own, vrx::Bytes other, const vrx::Ukm &ukm) {
     const auto public_key = vrx::PublicKey::from_octets(other);
     if (!public_key) return public_key.error();

@@ -5,12 +5,12 @@
 
 namespace {
 
-// Reads DER elements in sequence. After an element with an unexpected tag or length, nothing is left to read.
+// Reads DER elements in sequence. After an element with an unexpected tag or length, the reader returns nothing more.
 class Elements {
 public:
     explicit Elements(vrx::Bytes der) : rest_(der) {}
 
-    // Returns the contents of the next element, and stores the whole element, header included, in `whole`.
+    // Returns the contents of the next element. Stores the whole element, with tag and length, in `whole`.
     vrx::Bytes take(std::uint8_t tag, vrx::Bytes *whole = nullptr) {
         std::size_t head = 2;
         std::size_t length = rest_.size() < 2 ? 0 : rest_[1];

@@ -8,7 +8,7 @@ from pathlib import Path
 expected = Path(sys.argv[1]).read_text(encoding="utf-8")
 run = subprocess.run(sys.argv[2:], stdout=subprocess.PIPE, encoding="utf-8", check=False)
 if run.returncode == 77:
-    sys.exit(77)  # skipped: the program needs something that is not installed
+    sys.exit(77)  # skipped, because the program needs a library that is not installed
 sys.stdout.writelines(difflib.unified_diff(
     expected.splitlines(keepends=True), run.stdout.splitlines(keepends=True), "expected", "printed"))
 if run.returncode != 0:

@@ -1,4 +1,5 @@
-// The same in C++20: typed keys and IVs, results that are values or errors, and secrets that zero themselves.
+// The example first.c in C++20. Keys and IVs have types of their own, a result is a value or an error, and destructors
+// zero secrets.
 #include <cstdio>
 #include <vrx.hpp>
 

@@ -13,7 +13,8 @@ std::array<std::uint8_t, size> octets(std::string_view hex) {
     return result;
 }
 
-// Returns what follows `start` in a DER encoding. Sufficient for a known layout; it is not a DER parser.
+// Returns the octets that follow `start` in a DER encoding. This suffices for a known layout, but it is not a DER
+// parser.
 vrx::Bytes after(vrx::Bytes der, vrx::Bytes start) {
     const auto at = std::search(der.begin(), der.end(), start.begin(), start.end());
     return der.subspan(std::min(der.size(), static_cast<std::size_t>(at - der.begin()) + start.size()));
@@ -22,7 +23,7 @@ vrx::Bytes after(vrx::Bytes der, vrx::Bytes start) {
 }  // namespace
 
 int main() {
-    // From the file: the parameters of PBKDF2 and of the cipher, then the encrypted key.
+    // These values are in the file: the parameters of PBKDF2 and of the cipher, and the encrypted key.
     const auto salt = octets<32>("ba6e1a22b5dcc4d361c9630aefb7a7d2f8943f5051c89d7f4ba89811fca745f8");
     const std::uint64_t iterations = 2000;
     const vrx::Iv iv(octets<8>("962a6f78c3c8232c"));
@@ -34,7 +35,8 @@ int main() {
     const auto key = vrx::pbkdf2(vrx::bytes_of(password), salt, iterations, vrx::oid::hash_cryptopro);
     if (!key || !vrx::decrypt(*key, iv, key_info, key_info, *vrx::cipher_set(1))) return 1;
 
-    // PrivateKeyInfo: the algorithm identifier is followed by its parameters, a SEQUENCE that begins with the curve's.
+    // PrivateKeyInfo: after the identifier of the algorithm, a SEQUENCE of parameters begins with the identifier of the
+    // curve.
     const auto algorithm = octets<10>("06062a85030202133012");
     const vrx::Bytes parameters = after(key_info, algorithm);
     const vrx::Curve *curve = nullptr;
@@ -43,8 +45,8 @@ int main() {
         std::fputs("legacy_key: invalid password, or unknown curve\n", stderr);
         return 1;
     }
-    // The private key is an OCTET STRING at the end, least significant octet first. Some files hold an INTEGER (tag 02)
-    // instead: reverse its octets.
+    // The private key is an OCTET STRING at the end, least significant octet first. Some files contain an INTEGER (tag
+    // 02) instead, whose octets are in the opposite order.
     const auto own = vrx::PrivateKey::from_octets(vrx::Bytes(key_info).last(32), *curve);
     if (!own) return 1;
     const auto public_key = own->public_key();

@@ -1,4 +1,4 @@
-/* Shows what the library logs when calls fail. This program logs to memory; a file or stderr works as well. */
+/* Shows what the library logs when calls fail. This program logs to memory; you can also log to a file or to stderr. */
 #define _POSIX_C_SOURCE 200809L
 #include <stdio.h>
 #include <stdlib.h>
@@ -10,7 +10,8 @@ int main(void) {
     char *said = NULL;
     size_t size = 0;
 
-    /* A stream of the program. vrx_set_log_file("library.log") would append to a file instead. */
+    /* The log goes to a stream that the program opened. To append to a file, call vrx_set_log_file("library.log")
+     * instead. */
     vrxflog = open_memstream(&said, &size);
     if (vrxflog == NULL) return 1;
 

@@ -12,7 +12,7 @@ Octets reversed(Octets octets) {
     return octets;
 }
 
-// Converts r | s, as other libraries store signatures, into s | r.
+// Converts a signature from r, then s, as other libraries store it, to s, then r.
 vrx::Signature swapped(vrx::Signature signature) {
     std::ranges::swap_ranges(vrx::MutableBytes(signature).first(32), vrx::MutableBytes(signature).last(32));
     return signature;
@@ -21,7 +21,7 @@ vrx::Signature swapped(vrx::Signature signature) {
 }  // namespace
 
 int main() {
-    // The example of RFC 4491, section 4.2, as numbers: most significant octet first.
+    // The example of RFC 4491, section 4.2. Numbers have the most significant octet first.
     const auto d = vrx::PrivateKeyOctets::from_hex("0b293be050d0082bdae785631a6bab68f35b42786d6dda56afaf169891040f77");
     const auto hash = vrx::Digest::from_hex("f0874fbb3946f299a22aab3919c31426c5db236c4258ea9496e97429ea670ece");
     const auto r_and_s = vrx::Signature::from_hex(

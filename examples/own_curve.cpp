@@ -6,9 +6,9 @@ namespace {
 
 namespace mp = vrx::mp;
 
-// Numbers as standards print them: hexadecimal, most significant digit first.
+// Converts a number as standards print it: hexadecimal, most significant digit first.
 vrx::Curve own_curve() {
-    vrx::Curve curve{};  // no table of multiples, so a need not be p - 3
+    vrx::Curve curve{};  // without a table of multiples, a need not be p - 3
     mp::from_hex(curve.p, "fffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffd97");
     mp::from_hex(curve.a, "c2173f1513981673af4892c23035a27ce25e2013bf95aa33b22c656f277e7335");
     mp::from_hex(curve.b, "295f9bae7428ed9ccc20e7c359a9d41a22fccd9108e17bf7ba9337a6f8ae9513");

@@ -10,7 +10,7 @@ constexpr std::size_t mac_size = vrx::MacValue::extent;
 
 bool write(vrx::Bytes bytes, std::FILE *to) { return std::fwrite(bytes.data(), 1, bytes.size(), to) == bytes.size(); }
 
-// Writes the IV, the ciphertext, and the MAC of both, which detects every change. Encryption and MAC use separate keys.
+// Writes the IV, the ciphertext, and the MAC of both. The MAC detects changes. Encryption and MAC use separate keys.
 bool encrypt(std::FILE *from, std::FILE *to, const vrx::Key &key, const vrx::Key &mac_key) {
     const auto iv = vrx::Iv::random();
     if (!iv || !write(*iv, to)) return false;
@@ -34,7 +34,7 @@ bool decrypt(std::FILE *from, std::FILE *to, const vrx::Key &key, const vrx::Key
     vrx::Mac mac(mac_key);
     if (!mac.update(iv)) return false;
     std::uint8_t piece[4096];
-    std::size_t held = 0;  // bytes kept back: the last 8 of the file are the MAC
+    std::size_t held = 0;  // bytes not decrypted yet, because the last 8 bytes of the file are the MAC
     while (const std::size_t got = std::fread(piece + held, 1, sizeof piece - held, from)) {
         const std::size_t there = held + got;
         const vrx::MutableBytes text(piece, there - std::min(there, mac_size));

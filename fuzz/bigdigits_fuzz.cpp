@@ -1,7 +1,7 @@
 // Fuzz target: all arithmetic operations on arbitrary operands, compared with schoolbook arithmetic on bytes.
 //
-// Input: one byte each for the digit count of u, v and m, for that of the dividend, and for shifts and short operands;
-// then the digits. Missing digits are zeros.
+// Input: one byte for the digit count of u, v and m, one byte for the digit count of the dividend, and one byte for
+// shifts and short operands. The digits follow. Missing digits are zeros.
 #include "ecc/bigdigits/slow_integer.hpp"
 #include "fuzz.hpp"
 #include "vrx/bigdigits.h"

@@ -1,5 +1,5 @@
-// Fuzz target: keys, encrypted keys, certificates, chains and revocation lists in DER. Whatever the program accepts is
-// consistent, and gives the same result after it is written and read again.
+// Fuzz target: keys, encrypted keys, certificates, chains and revocation lists in DER. Every input that the program
+// accepts is consistent, and gives the same result after it is written and read again.
 #include <algorithm>
 #include <array>
 #include <span>

@@ -10,7 +10,7 @@
 
 namespace vrx::fuzz {
 
-/** The first two bytes of an input seed random contents; the others make decisions. */
+/** The first two bytes of an input are the seed of random contents. The other bytes decide what the target does. */
 inline test::Random choices(const std::uint8_t* data, std::size_t size) {
     // A failed GoogleTest expectation then ends the program, as require() does.
     GTEST_FLAG_SET(throw_on_failure, true);

@@ -1,5 +1,5 @@
-// Fuzz target: sequences of valid and invalid calls on a cipher context, whose fields change in between. After each
-// call the return code, log, record and memory equal those of the slow model.
+// Fuzz target: sequences of valid and invalid calls on a cipher context. The target changes fields of the context
+// between calls. After each call, the return code, log, record and memory equal those of the slow model.
 #include "choices.hpp"
 #include "gost28147/sequence.hpp"
 

@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""Corpora as folders of files, for libFuzzer, and as one text file each, for the repository: an input per line, in hex.
+"""Converts corpora between folders of files, for libFuzzer, and text files, for the repository.
+
+A text file has one input per line, in hexadecimal.
 
 Usage: corpus.py unpack PACK FOLDER     writes each input to a file of its own
        corpus.py pack PACK FOLDER...    writes all files of the folders to one pack, without duplicates
@@ -18,7 +20,7 @@ def unpack(pack, folder):
 
 def pack(pack, *folders):
     inputs = {f.read_bytes() for folder in folders for f in folder.iterdir()}
-    # In an order in which a new input moves no other.
+    # Sorted, so that a new input does not move the others.
     pack.write_text("".join(data.hex() + "\n" for data in sorted(inputs, key=lambda data: (len(data), data))))
 
 

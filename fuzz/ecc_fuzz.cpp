@@ -161,7 +161,7 @@ private:
     }
 
     void signature() {
-        // Signatures have numbers of at most 256 bits, and a nonce must exist.
+        // The numbers of a signature have at most 256 bits, and q must be large enough for a nonce.
         if (curve_->q < 2 || set_.q[8] != 0 || set_.p[8] != 0) return;
         const auto e = digest();
         const Z k = scalar();

@@ -2,8 +2,8 @@
 // words and in vector lanes up to the bounds of each form, inverses, and single and double multiplication by every
 // engine that this CPU supports.
 //
-// Input: one byte selects the curve and the property. Each number that follows is a byte for its kind and the data for
-// it: plain bytes, a value near a bound, or words of zeros and ones.
+// Input: one byte selects the curve and the property. Numbers follow. Each number has a byte for its kind, and data:
+// plain bytes, a value near a bound, or words of zeros and ones.
 #include "ecc/field/adx_words.hpp"
 #include "ecc/field/engines.hpp"
 #include "ecc/field/lane_operations.hpp"
@@ -64,7 +64,7 @@ T raw(Input& input) {
     return value;
 }
 
-/** A number of 256 bits; bounds are those of a modulus. */
+/** Reads a number of 256 bits, which may be near a bound of a modulus. */
 Words number(Input& input, const Words& modulus) {
     const std::uint8_t kind = input.byte();
     if (kind % 8 == 0) return raw<Words>(input);
@@ -108,7 +108,7 @@ void check_words(Input& input) {
     const Words x = number(input, m);
     const Words y = number(input, m);
     constexpr bool is_plain = S::one == Words{1, 0, 0, 0};
-    // Uses values greater than or equal to the modulus, if the form allows them.
+    // In plain form, a and b are x and y themselves, which may be greater than or equal to the modulus.
     const Words a = is_plain ? x : S::to_montgomery(x);
     const Words b = is_plain ? y : S::to_montgomery(y);
     const auto is = [](const Words& r, const Digits& expected) { return Digits(S::from_montgomery(r)) == expected; };
@@ -154,7 +154,7 @@ void check_inverse(Input& input) {
     require(exists || is_zero(i) != 0, "no inverse is 0");
 }
 
-/** A multiplicand in a lane: below 2.1 p, possibly above 2^256. */
+/** Reads a multiplicand in a lane. It is below 2.1 p, and it may be above 2^256. */
 template <typename S>
 void set_lane(LaneWords& a, std::size_t lane, Input& input) {
     Digits n = number(input, S::modulus);
@@ -302,7 +302,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     with_curve(curve, [&]<typename Curve>(Curve) {
         using S = typename Curve::Field;
         switch (what / 4 % 8) {
-            case 0:  // rare, because it takes a hundred times as long
+            case 0:  // rarely, because this takes a hundred times as long
                 return what < 32 ? check_multiples<Curve>(input, curve) : check_words<S>(input);
             case 1:
                 return check_lanes<S>(input, vrx::test::plain_lane_operations[what % 4]);

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace vrx::fuzz {
 
-/** The bytes of an input, consumed from the front; zeros follow its end. */
+/** The bytes of an input, which are read from the beginning. After its end, zeros are read. */
 class Input {
 public:
     Input(const std::uint8_t* data, std::size_t size) : rest_(data, size) {}
@@ -27,7 +27,7 @@ public:
     void fill(std::span<std::uint8_t> out) {
         for (std::uint8_t& b : out) b = byte();
     }
-    /** The next bytes, at most `wanted`. */
+    /** Returns the next bytes, at most `wanted`. */
     std::vector<std::uint8_t> take(std::size_t wanted) {
         const auto part = rest_.first(std::min(wanted, rest_.size()));
         rest_ = rest_.subspan(part.size());

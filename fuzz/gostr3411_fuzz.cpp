@@ -15,9 +15,9 @@ struct Table {
     Substitution substitute;
 };
 
-/** A built-in set, and the model's table from the published S-boxes. */
+/** A built-in set, and a table that the model builds from the published S-boxes. */
 const Table& built_in(std::uint32_t index) {
-    // The model looks up bytes in a table of its own; nibbles would take most of the time.
+    // The model looks up bytes in a table of its own, because looking up nibbles would take most of the time.
     static const std::array tables{Table{TZ_3411_94[0], on_table(deployed(boxes_of_set(test_set)))},
                                    Table{TZ_3411_94[1], on_table(deployed(boxes_of_set(cryptopro_set)))}};
     return tables.at(index);

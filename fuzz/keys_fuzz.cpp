@@ -1,5 +1,5 @@
-// Fuzz target: key files, passwords, base64 and DER. Whatever the program accepts is unambiguous and in range, and is
-// the same after it is written and read again. It refuses everything else with a message.
+// Fuzz target: key files, passwords, base64 and DER. Every input that the program accepts has one meaning and is in
+// range, and it is the same after it is written and read again. The program refuses everything else with a message.
 #include <array>
 #include <cstring>
 #include <optional>
@@ -87,7 +87,10 @@ void public_key(const KeyForm& form) {
     }
 }
 
-/** The DER of a key with changed bytes. The input gives pairs: a position, and the value that is added there. */
+/**
+ * The DER of a key with changed bytes. The input consists of pairs: a position, and the value that is added to the byte
+ * at this position.
+ */
 Bytes changed_key(vrx::fuzz::Input& input, bool of_public) {
     PrivateKey key{get_GOSTR3410_par(input.byte() % VRX_ECC_SET_COUNT), {}};
     key.d[0] = 1U + input.byte();
@@ -168,7 +171,7 @@ void pem(const Bytes& bytes) {
     if (der::decode_pem(given)) require(given.bytes().size() <= before, "PEM is longer than what is in it");
 }
 
-/** Reads the elements of one level, and recursively their contents. */
+/** Reads the elements of one level, and then their contents by recursion. */
 void elements(std::span<const std::uint8_t> octets, unsigned depth) {
     der::Reader reader(octets);
     std::size_t used = 0;

@@ -1,5 +1,5 @@
-// Fuzz target: lists of digests and MACs. The program handles any text as a list in an orderly way. A list that it
-// wrote for a file with any name confirms that file and no other.
+// Fuzz target: lists of digests and MACs. The program reads any text as a list without a crash. A list that it wrote
+// for a file is valid for that file and for no other contents, whatever the name of the file is.
 #include "program.hpp"
 
 namespace {
@@ -27,7 +27,7 @@ Arguments operator+(Arguments a, const Arguments& b) {
     return a;
 }
 
-/** The command and options common to writing and checking a list. */
+/** The command, and the options that are the same for writing and checking a list. */
 Arguments command_of(std::uint8_t choice) {
     const bool reverse = (choice & 16) != 0;
     Arguments command;

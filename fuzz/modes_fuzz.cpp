@@ -16,7 +16,8 @@ constexpr std::size_t key_at_most = iv_at + 30;
 constexpr std::size_t memory_size = key_at_most + 50;
 
 /**
- * An output that starts after its input is at least one block away, so that each block is read before it is written.
+ * If the output starts after the input, it starts at least one block later, so that each block is read before it is
+ * overwritten.
  */
 std::size_t place_of_output(Random& random, std::size_t in) {
     const std::uint32_t distance = random.below(random.coin() ? 40 : 2400);

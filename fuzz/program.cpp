@@ -23,11 +23,11 @@ void leave_terminal() {
     close(terminal);
 }
 
-/** Saves a stream under a high descriptor, write-only, so that the program cannot read from a terminal. */
+/** Duplicates a stream to a high, write-only descriptor, so that the program cannot read from a terminal. */
 int saved(int stream) {
     int fd = open(("/proc/self/fd/" + std::to_string(stream)).c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
     if (fd < 0) fd = fcntl(stream, F_DUPFD_CLOEXEC, 0);
-    if (fd < 0) return -1;  // it was closed
+    if (fd < 0) return -1;  // the descriptor was closed
     const int away = fcntl(fd, F_DUPFD_CLOEXEC, 700);
     close(fd);
     return away;

@@ -22,8 +22,8 @@ struct Done {
 using Files = std::map<std::string, std::string>;
 
 /**
- * A temporary folder and standard streams for runs of the program. Only one exists at a time. A run writes nothing
- * outside of it as long as no name contains a slash, and has no terminal to ask for a password.
+ * A temporary folder and standard streams for runs of the program. Only one exists at a time. As long as no name
+ * contains a slash, a run writes nothing outside the folder. A run has no terminal on which to ask for a password.
  */
 class Folder {
 public:

@@ -10,7 +10,7 @@ using vrx::fuzz::Files;
 using vrx::fuzz::Folder;
 using vrx::fuzz::require;
 
-/** The other files of every run, which the program itself creates once. */
+/** The other files of every run. The program itself creates them once. */
 const Files& standing_files(Folder& folder) {
     static const Files files = [&] {
         const std::string key = "0123456789abcdef0123456789ABCDEF0123456789abcdef0123456789ABCDEF";
@@ -48,8 +48,8 @@ std::vector<std::string> arguments_of(std::string_view& text) {
 }
 
 /**
- * True if a command line could leave the folder, use the name of a temporary file, or take long. A number of five
- * digits may be a count or a length.
+ * True if a command line could leave the folder, use the name of a temporary file, or take long. A number of more than
+ * four digits may be a count or a length for which the program takes long.
  */
 bool is_out_of_bounds(const std::vector<std::string>& arguments) {
     if (!arguments.empty() && arguments.front() == "speed") return true;
@@ -84,7 +84,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (done.code == 2 && !writes_lists(command)) require(after == files, "an error leaves all files unchanged");
     if (done.code != 0 || command != "encrypt") return 0;
 
-    // Decryption with the same options returns the text, if the text was encrypted and did not serve as the key.
+    // Decryption with the same options returns the text, provided that the text was encrypted and was not the key at
+    // the same time.
     const auto run_on = [&](const std::string& content, const char* name, std::string& result) {
         Files given = files;
         given["in"] = content;

@@ -21,7 +21,7 @@ void hash(Random& random) {
     auto ctx = random.value<sha_context>();
     Sha1Model model;
     shaInit(&ctx);
-    if (random.below(4) == 0) {  // as if that many bytes had been processed
+    if (random.below(4) == 0) {  // as if this number of bytes had been processed
         const std::uint64_t count =
             (std::uint64_t{random.word()} << 32 | (random.coin() ? ~0U : random.word())) / 64 * 64;
         ctx.count_hi = static_cast<std::uint32_t>(count >> 32);

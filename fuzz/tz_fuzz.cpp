@@ -1,5 +1,5 @@
-// Fuzz target: substitution tables and the parameter registry. Covers texts, deployment and recovery, and look-ups by
-// name, number and identifier. Sequences of registrations are compared with a simple list.
+// Fuzz target: substitution tables and the parameter registry. Tests texts, deployment and recovery, and look-ups by
+// name, number and identifier. Compares sequences of registrations with a simple list.
 #include <cstring>
 #include <map>
 #include <string>
@@ -66,7 +66,7 @@ void deployment(Random& random) {
         vrx::tz::SBoxes found{};
         require(vrx::tz::recover_avx2(table, found) && std::memcmp(&found, &wanted, sizeof found) == 0,
                 "the S-boxes of a table are recovered");
-        // After a flipped bit the table belongs to no S-boxes, or to other ones.
+        // After a flipped bit, the table belongs to other S-boxes, or to none.
         table.t[random.below(4)][random.below(256)] ^= 1U << random.below(32);
         if (vrx::tz::recover_avx2(table, found)) {
             Numeric other{};
@@ -123,7 +123,7 @@ void lookups(Random& random) {
     require(hash_TZ_by_id(id) == (id % 256 < 2 ? &TZ_3411_94[id % 256] : nullptr), "a hash table by number");
 }
 
-/** A known identifier, or one with a small change, at the end of its memory. */
+/** A known identifier, or one with a small change, in memory of exactly its size. */
 Bytes identifier(Random& random) {
     static const std::array known{VRX_PAR_HASH_0_OID,
                                   VRX_PAR_HASH_1_OID,
@@ -233,7 +233,7 @@ public:
 private:
     void add(vrx_gost28147_par& record) {
         const auto at = std::find(list_.begin(), list_.end(), &record);
-        list_.erase(at, list_.end());  // the record and all that follow it
+        list_.erase(at, list_.end());  // the record and all records that follow it
         list_.push_back(&record);
     }
     void add_built_in() {
@@ -260,7 +260,7 @@ private:
         require(oidUnregisterGOST28147Par(oid.data(), length(oid)) == expected, "the code of a removal");
         if (expected != VRX_OK) return;
         if (at == list_.begin())
-            list_.resize(1);  // Deliberate: only the head remains.
+            list_.resize(1);  // Deliberate: only the first record remains in the list.
         else
             list_.erase(at);
     }

@@ -21,7 +21,7 @@ void print_table(const EcParamSet& set) {
     std::uint32_t power[VRX_ECC_DIGITS];
     mpSetDigit(power, 1, VRX_ECC_DIGITS);
     for (unsigned m = 0; m < VRX_ECC_PP_COUNT; ++m) {
-        // epCalcPP() doubles G; it does not read the checked-in table.
+        // epCalcPP() computes the table from G. It does not read the table that is checked in.
         EcPoint p;
         epMultJ(&p, &set.G, power, &set);
         std::putchar('{');

@@ -710,7 +710,7 @@ def bash_completion(program):
               "        esac", "    fi",
               '    [[ -z $words ]] || mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")', "}",
               "complete -o bashdefault -o default -F _vrx vrx", ""]
-    # Split long lists of patterns over several lines.
+    # Splits long lists of patterns over several lines.
     result = []
     for line in lines:
         if len(line) > 118 and " | " in line and "words=" not in line:

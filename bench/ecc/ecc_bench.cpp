@@ -96,7 +96,8 @@ void add_engine(const Engine& engine) {
 }
 
 /**
- * Rows with a custom parameter set: a built-in one with a changed table entry, which no scalar below 2^256 reads.
+ * Rows with a custom parameter set. It is a built-in set with a change in one table entry, which is not used for
+ * scalars below 2^256.
  */
 void add_own_set() {
     static const EcParamSet set = [] {
@@ -116,7 +117,7 @@ void add_own_set() {
     });
 }
 
-/** Row name to microseconds. */
+/** Maps the name of a row to microseconds. */
 using Times = std::map<std::string, double>;
 
 /** A reporter that prints only medians, and stores them. */
@@ -136,7 +137,7 @@ public:
     Times times;
 };
 
-/** The time of an operation, without the hash of the shared point; 0 if it was not measured. */
+/** Returns the time of an operation, without the hash of the shared point; 0 if the operation was not measured. */
 double time_of(const Times& times, const std::string& operation, const std::string& by, const std::string& curve) {
     const auto found = times.find(operation + "/" + by + "/" + curve);
     if (found == times.end()) return 0;
@@ -159,10 +160,11 @@ Peer best_peer(const Times& times, const std::string& operation, const std::stri
 
 struct Goals {
     const char* operation;
-    double ifma[2], adx[2];  // speed-up over P-256, on curve C and on the others
-    double peer[2];          // speed-up over the fastest peer, likewise
+    double ifma[2], adx[2];  // speed-up over P-256: on curve C, and on the other curves
+    double peer[2];          // speed-up over the fastest peer: on curve C, and on the other curves
 };
-// Public keys are compared with key pairs: except for P-256, the peers have no operation for a public key alone.
+// Public keys are compared with the key pairs of the peers, because the peers have no operation for a public key alone,
+// except on P-256.
 constexpr Goals all_goals[] = {{"sign", {3.7, 4.5}, {1.6, 2.5}, {10, 6}},
                                {"key_pair", {3.7, 4.5}, {1.6, 2.5}, {10, 6}},
                                {"public_key", {3.7, 4.5}, {1.6, 2.5}, {10, 6}},
@@ -228,7 +230,7 @@ std::shared_ptr<Parties> parties_on(const EcParamSet& set) {
 
 int main(int argc, char** argv) {
     using namespace bench;
-    // Options from the command line come later and take precedence.
+    // Options from the command line come after these and take precedence.
     std::vector<char*> arguments(argv, argv + argc);
     std::string defaults[] = {"--benchmark_repetitions=11", "--benchmark_min_time=0.02",
                               "--benchmark_enable_random_interleaving=true"};
@@ -243,6 +245,6 @@ int main(int argc, char** argv) {
     Medians medians;
     benchmark::RunSpecifiedBenchmarks(&medians);
     print_table(medians.times);
-    benchmark::ClearRegisteredBenchmarks();  // before the libraries whose objects the rows hold are unloaded
+    benchmark::ClearRegisteredBenchmarks();  // because the rows hold objects of libraries that are unloaded later
     return 0;
 }

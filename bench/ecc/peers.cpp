@@ -124,7 +124,7 @@ void nettle_rows() {
         const NettleParty& party = parties[i];
         check(gostdsa_verify(&party.key, sizeof party.digest, party.digest, &party.signature) == 1, "verifying");
     });
-    const std::shared_ptr<NettleParty> other(new NettleParty);  // shared: the parties own their keys
+    const std::shared_ptr<NettleParty> other(new NettleParty);  // shared, because the parties own their keys
     row("key_pair/nettle/A",
         [=](std::size_t) { gostdsa_generate_keypair(&other->key, &other->d, nullptr, nettle_draw); });
     row("agree/nettle/A", [=](std::size_t i) {
@@ -135,7 +135,7 @@ void nettle_rows() {
 #endif
 
 #ifdef VRX_WITH_BOTAN
-/** A random source as cheap as that of the other rows. */
+/** A random source that takes as little time as that of the other rows. */
 class CheapSource : public Botan::RandomNumberGenerator {
 public:
     void randomize(std::uint8_t output[], std::size_t length) override { fill(output, length); }

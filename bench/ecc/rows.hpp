@@ -1,5 +1,5 @@
 // Rows of the curve benchmark. Every version cycles through 16 keys and digests. Results are checked before the
-// measurement starts. Versions that accept a custom random source get one that costs almost nothing.
+// measurement starts. Versions that accept a custom random source get one that takes almost no time.
 //
 // A row's name is OPERATION/VERSION/CURVE. The operations are sign, verify, key_pair, public_key, agree (with the hash
 // of the shared point) and hash (only that hash).
@@ -42,7 +42,7 @@ void row(const std::string& name, Operation operation) {
     })->Unit(benchmark::kMicrosecond);
 }
 
-/** A row that only says why it was not measured. */
+/** Adds a row that only states why it was not measured. */
 inline void missing_row(const std::string& name, const std::string& reason) {
     benchmark::RegisterBenchmark(name.c_str(), [reason](benchmark::State& state) {
         state.SkipWithError(reason.c_str());

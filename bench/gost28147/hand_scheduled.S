@@ -1,11 +1,12 @@
-// Encrypts one block with the shortest dependency chain known for GOST 28147-89 with four look-up tables: add, extract,
-// load, and an exclusive-or tree that takes the look-ups in the order in which they complete.
+// Encrypts one block with the shortest dependency chain that is known for GOST 28147-89 with four look-up tables: add,
+// extract, load, and a tree of exclusive-ors. The tree combines the look-ups in the order in which they complete.
 //
 // void hand_scheduled_encrypt(const uint8_t in[8], uint8_t out[8], const uint32_t key[8], const vrx_tz* table)
 
         .intel_syntax noprefix
 
-// half ^= f(other + key word). byte0, byte1: the names of the low bytes of the 32-bit register that holds the sum.
+// Computes half ^= f(other + key word). byte0 and byte1 are the names of the two low bytes of the register that holds
+// the sum.
 .macro  round other, half, word, sum, byte0, byte1, sum64
         mov     \sum, [rdx + 4 * \word]
         add     \sum, \other

@@ -1,6 +1,7 @@
 // Single blocks: the exported kernel, a reference implementation, the best hand-scheduled code, and libgcrypt.
 //
-// "chained" rows feed each result to the next call and measure latency. "independent" rows measure throughput.
+// In "chained" rows, each result is the input of the next call, so they measure latency. "independent" rows measure
+// throughput.
 #include <benchmark/benchmark.h>
 
 #include <array>

@@ -1,6 +1,7 @@
-// Whole buffers: every mode with every engine, and installed peers. "ratio" is the speed-up over a reference
-// implementation, timed in turn. Names: modes/MODE/ENGINE/TABLE/BYTES. TABLE is "built-in" for a table whose address is
-// known, "own" for a custom one whose S-boxes are recovered first, and "strange" for one that no S-boxes produce.
+// Whole buffers: every mode with every engine, and with installed peers. "ratio" is the speed-up over a reference
+// implementation; the two are timed alternately. Names: modes/MODE/ENGINE/TABLE/BYTES. TABLE is "built-in" for a
+// built-in table, "own" for a custom table, whose S-boxes are recovered first, and "strange" for a table that no
+// S-boxes produce.
 #include <cstring>
 #include <map>
 
@@ -69,7 +70,7 @@ const vrx_tz* table_of(const std::string& kind) {
     return kind == "own" ? &own : &strange;
 }
 
-/** Input that does not start at a cache line. */
+/** The input does not start at a cache line. */
 struct Buffers {
     std::vector<std::uint8_t> in, out, expected;
     std::uint8_t reg[VRX_BLOCK_SIZE] = {1, 2, 3, 4, 5, 6, 7, 8};
@@ -114,7 +115,7 @@ void measure_meshed(benchmark::State& state, const Mode& mode, std::uint32_t num
                                 {table, nullptr, b.other_reg, b.in.data(), b.expected.data(), size / VRX_BLOCK_SIZE},
                                 slow_key);
     };
-    job();  // after this every section begins with key meshing
+    job();  // from here on, every section begins with key meshing
     std::memcpy(slow_key, ctx.key, sizeof slow_key);
     std::memcpy(b.other_reg, ctx.iv, sizeof b.other_reg);
     job();

@@ -28,7 +28,7 @@ void cfb_encrypt(const Work& w);
 void cfb_decrypt(const Work& w);
 void mac(const Work& w);
 
-/** Processes sections of 128 blocks, with meshing of key and register before each. */
+/** Processes sections of 128 blocks. Meshes key and register before each section. */
 void meshed(void (*mode)(const Work& w), Work w, std::uint32_t* key);
 
 }  // namespace straightforward

@@ -1,9 +1,9 @@
-// The hash, HMAC and PBKDF2 with every engine, and installed peers. "ratio" is the speed-up over a reference
-// implementation, timed in turn.
+// The hash, HMAC and PBKDF2 with every engine, and with installed peers. "ratio" is the speed-up over a reference
+// implementation; the two are timed alternately.
 //
 // Names: hash/ENGINE/TABLE/BYTES, hmac/ENGINE/BYTES and pbkdf2/ENGINE/ITERATIONS. ENGINE may be the name of a peer.
-// TABLE is "built-in" for a table whose address is known, "own" for a custom one whose S-boxes are recovered first, and
-// "context" for the copy in a context.
+// TABLE is "built-in" for a built-in table, "own" for a custom table, whose S-boxes are recovered first, and "context"
+// for the copy of a table in a context.
 #include <cstring>
 
 #include "gostr3411/engine.hpp"

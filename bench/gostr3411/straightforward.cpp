@@ -50,7 +50,9 @@ Octets sum_mod_2(const Octets& a, const Octets& b) {
     return out;
 }
 
-/** A: shift right by 64 bits; the new top 64 bits are the sum modulo 2 of the lowest two 64-bit words. */
+/**
+ * The transform A: shifts right by 64 bits. The new top 64 bits are the sum modulo 2 of the lowest two 64-bit words.
+ */
 Octets transform_a(const Octets& y) {
     Octets out;
     for (std::size_t i = 0; i < 24; ++i) out[i] = y[i + 8];
@@ -68,7 +70,7 @@ Octets transform_p(const Octets& y) {
 constexpr Octets c3 = {0x00, 0xff, 0x00, 0xff, 0x00, 0xff, 0x00, 0xff, 0xff, 0x00, 0xff, 0x00, 0xff, 0x00, 0xff, 0x00,
                        0x00, 0xff, 0xff, 0x00, 0xff, 0x00, 0x00, 0xff, 0xff, 0x00, 0x00, 0x00, 0xff, 0xff, 0x00, 0xff};
 
-/** psi, applied `places` times: each new top word is the sum modulo 2 of six words. */
+/** Applies psi `places` times. Each time, the new top word is the sum modulo 2 of six words. */
 template <std::size_t places>
 Octets psi(const Octets& y) {
     std::uint16_t w[16 + places];

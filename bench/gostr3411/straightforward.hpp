@@ -1,6 +1,6 @@
 // Reference implementation of GOST R 34.11-94: one function for each transform of RFC 5831, and four calls of a cipher
-// kernel with unrolled rounds. psi moves one place at a time, and a context starts with a copy of its table. It is the
-// baseline of the benchmarks.
+// kernel with unrolled rounds. psi moves one place at a time, and a context starts with a copy of its table. This
+// implementation is the baseline of the benchmarks.
 #ifndef VRX_BENCH_GOSTR3411_STRAIGHTFORWARD_HPP
 #define VRX_BENCH_GOSTR3411_STRAIGHTFORWARD_HPP
 
@@ -23,7 +23,7 @@ Octets hash(const vrx_tz& table, const std::uint8_t* data, std::size_t size);
 Octets hmac(const vrx_tz& table, const std::uint8_t* key, std::size_t key_size, const std::uint8_t* data,
             std::size_t size);
 
-/** PBKDF2; each iteration computes a whole HMAC. */
+/** Computes PBKDF2. Each iteration computes a whole HMAC. */
 Octets pbkdf2(const vrx_tz& table, const std::uint8_t* password, std::size_t password_size, const std::uint8_t* salt,
               std::size_t salt_size, std::uint64_t iterations);
 

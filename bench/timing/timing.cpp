@@ -1,8 +1,8 @@
 // Timing test: does the time of a function depend on its secret? Each function is timed with one fixed secret and with
 // random secrets, in random order, and the two classes are compared.
 //
-// Usage: timing [SECONDS [NAME]] tests each function whose name contains NAME. The exit code is 1 if a function that is
-// documented as constant-time is not, or if the test misses a deliberate leak.
+// Usage: timing [SECONDS [NAME]] tests each function whose name contains NAME. The exit code is 1 if the test finds a
+// leak in a function that is documented as constant-time, or if it misses a deliberate leak.
 #include <x86intrin.h>
 
 #include <cinttypes>
@@ -24,12 +24,12 @@
 
 namespace {
 
-/** |t| above this is a real difference; noise stays below 5. */
+/** If |t| is above this limit, the difference is real. Noise alone gives values below 5. */
 constexpr double bound = 10;
 constexpr std::size_t batch = 2000;
 constexpr std::size_t largest_secret = 1024;
 
-/** The class in docs/side_channels.md, or a deliberate leak. */
+/** The class of a function in docs/side_channels.md, or a deliberate leak. */
 enum class Documented { independent, dependent, leak };
 
 using Bytes = std::span<const std::uint8_t>;
@@ -253,7 +253,7 @@ void sha1(Bytes secret) {
     keep(out);
 }
 
-/** Compares with zero and stops at the first difference, as no comparison of MACs may. */
+/** Compares with zero and stops at the first difference. A comparison of MACs must never do this. */
 void compare(Bytes secret) {
     unsigned equal = 0;
     for (const std::uint8_t byte : secret) {
@@ -266,7 +266,7 @@ void compare(Bytes secret) {
 const EcParamSet& set_a = *get_GOSTR3410_par(1);
 const EcParamSet& set_c = *get_GOSTR3410_par(3);
 
-/** CryptoPro-A without its table is not a built-in set, so the general methods run. */
+/** CryptoPro-A without its table is not a built-in set, so the library uses the general methods. */
 const EcParamSet& own_set() {
     static const EcParamSet set = [] {
         EcParamSet copy = set_a;

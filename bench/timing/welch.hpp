@@ -35,9 +35,9 @@ private:
 };
 
 /**
- * The test over all measurements, and over those below each of several limits. Interrupts cause the slowest
- * measurements, and a leak may show only in the fast ones (O. Reparaz, J. Balasch, I. Verbauwhede, "Dude, is my code
- * constant time?", 2017).
+ * Performs the test over all measurements, and over the measurements below each of several limits. Interrupts cause the
+ * slowest measurements, and a leak may be visible only in the fast measurements (O. Reparaz, J. Balasch, I.
+ * Verbauwhede, "Dude, is my code constant time?", 2017).
  */
 class CroppedWelch {
 public:

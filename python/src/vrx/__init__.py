@@ -73,7 +73,7 @@ Error.__module__ = InvalidSignature.__module__ = __name__
 
 
 def log_to(path: str | os.PathLike[str] | None) -> None:
-    """Write the library's diagnostics to a file, or to standard error ("stderr"). None turns the log off, the default.
+    """Write the library's diagnostics to a file, or to standard error ("stderr"). None turns the log off.
 
     Do not call this function while another thread is in a call of the library. It never closes standard error.
     """

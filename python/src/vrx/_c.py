@@ -1,7 +1,7 @@
 """The C interface of libvrx: records, functions and tables, declared for ctypes.
 
 Every export of the shared object is here: `lib.NAME` for a function, `data.NAME` for a table. The C headers, `vrx/*.h`,
-describe each. As in C, the caller must follow their rules; nothing is checked here. If a function that returns one of
+describe them. As in C, the caller must follow the rules of the headers; this module does not check arguments. If a function that returns one of
 the library's codes fails, it raises `Error`.
 """
 
@@ -189,8 +189,8 @@ RND_FUNC = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_uint32)
 
 # --- functions and tables ---------------------------------------------------------------------------------------------
 
-# Types: `code` is an int, and an error code if it is not 0. `memory` is a pointer to bytes or digits; ctypes accepts
-# bytes, arrays, byref() and addresses. `text` is a C string, and `random` an RND_FUNC.
+# Types: `code` is an int, which is an error code if it is not 0. `memory` is a pointer to bytes or digits; the caller
+# may pass bytes, arrays, byref() and addresses. `text` is a C string, and `random` an RND_FUNC.
 FUNCTIONS = """
     # vrx/frame.h
     code vrx_set_log_file(text)

@@ -21,7 +21,8 @@ _Digits = ctypes.c_uint32 * 9
 #: Parameters of the hash: a parameter set, its name or object identifier, or S-boxes.
 AnyHash = Union[str, bytes, HashParameters, SBoxes]
 
-#: A source of random bytes: takes a count and returns as many bytes. None selects the operating system's source.
+#: A source of random bytes: a function of the number of bytes, which returns them. None selects the operating system's
+#: source.
 Random = Optional[Callable[[int], bytes]]
 
 # getentropy() of the C library has the type of an RND_FUNC, so random bytes never pass through Python objects.
@@ -217,7 +218,7 @@ def curve(wanted: str | bytes | Curve) -> Curve:
     return wanted if isinstance(wanted, Curve) else find(_CURVES, wanted, "curve")
 
 
-_curve = curve  # for functions whose parameter `curve` hides it
+_curve = curve  # another name, for functions whose parameter `curve` hides this one
 
 
 class PublicKey:

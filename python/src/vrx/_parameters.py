@@ -34,7 +34,7 @@ class Mode(enum.Enum):
 
     @property
     def whole_blocks(self) -> bool:
-        """Whether the length of a message must be a multiple of 8 bytes."""
+        """True if the length of a message must be a multiple of 8 bytes."""
         return self in (Mode.ECB, Mode.CBC)
 
 
