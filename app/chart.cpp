@@ -11,7 +11,7 @@ namespace {
 
 constexpr int width = 860;
 constexpr int margin = 24;
-constexpr int bars_at = 250;  // where the bars begin, right of the names
+constexpr int bars_at = 250;  // where the bars begin; the names are to the left
 constexpr int longest_bar = 480;
 constexpr int row_height = 22;
 constexpr int bar_height = 14;

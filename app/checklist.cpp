@@ -20,7 +20,7 @@ class Lines {
 public:
     explicit Lines(Input& input) : input_(input), buffer_(longest_line) {}
 
-    /** Read the next line, truncated to `longest_line` bytes; false at the end. */
+    /** Read the next line, truncated to `longest_line` bytes. Returns false at the end of the input. */
     bool next(std::string& line) {
         line.clear();
         bool any = false;
@@ -144,7 +144,7 @@ struct ListLine {
     std::string name;
 };
 
-/** Parse a line (without its newline); std::nullopt if it has neither form. */
+/** Parse a line (without its newline) in either form; std::nullopt if it has neither form. */
 std::optional<ListLine> parse_list_line(std::string_view line, std::span<const CheckValue> kinds) {
     const bool escaped = line.starts_with('\\');
     if (line.size() >= longest_line || line.find('\0') != std::string_view::npos) return std::nullopt;
@@ -300,7 +300,10 @@ int check_lists(std::span<const CheckValue> kinds, const std::vector<std::string
     return failed ? exit_check_failed : trouble ? exit_trouble : exit_done;
 }
 
-/** Collect the identities of the input files, which the list must not replace. Errors are reported on reading. */
+/**
+ * Collect the identities of the input files, which the list must not replace. A file that cannot be opened is ignored
+ * here, because the error is reported when the file is read.
+ */
 void add_ids(const std::vector<std::string>& files, std::vector<FileId>& ids) {
     for (const std::string& path : files) {
         struct stat status {};
@@ -341,7 +344,8 @@ std::optional<std::vector<std::string>> parse_with_lists(const Command& command,
 int run_lists(std::span<const CheckValue> kinds, const std::vector<std::string>& files, const ListOptions& options,
               std::vector<FileId> read) {
     if (options.check) return check_lists(kinds, files, options);
-    // Standard output is exempt: a shell pattern such as * often matches its file too, and other programs allow that.
+    // Standard output may be one of the inputs: a shell pattern such as * often matches the output file too, and other
+    // programs allow this.
     if (options.out != "-") add_ids(files, read);
     Output output(options.out, read);
     const int code = write_list(kinds.front(), files, options, output);

@@ -17,7 +17,10 @@
 
 namespace vrx::app {
 
-/** Thrown by CheckValue::of if an input has no check value. This is a failed check; a missing file is an error. */
+/**
+ * Thrown by CheckValue::of if an input has no check value. The check of this input has then failed; this is not an
+ * input/output error.
+ */
 class NoValue : public Failure {
 public:
     using Failure::Failure;
@@ -25,9 +28,9 @@ public:
 
 /** A kind of check value that lists can hold. */
 struct CheckValue {
-    const char* name;  // in messages, e.g. "MAC"
-    std::string tag;   // of lines in the second format, e.g. "SHA1"; empty if not supported
-    std::size_t size;  // in bytes
+    const char* name;  // the name in messages, e.g. "MAC"
+    std::string tag;   // the TAG of lines in the second format, e.g. "SHA1"; empty if this format is not supported
+    std::size_t size;  // the length of a value in bytes
     std::function<Octets(Input&)> of;
 };
 
@@ -58,8 +61,8 @@ std::optional<std::vector<std::string>> parse_with_lists(const Command& command,
 /**
  * Write a line for each file, or verify the lists in the files.
  *
- * A file that cannot be read is reported, and the others are still processed. A line without a tag holds a value of the
- * first kind.
+ * A file that cannot be read is reported, and the other files are still processed. In a line without a tag, the value
+ * is of the first kind.
  *
  * @param read  files that the command has already read. The list must not replace any of them, nor any of `files`.
  * @return exit_check_failed if a value differs, a line is malformed, or a list checks nothing; otherwise exit_trouble

@@ -29,7 +29,7 @@ struct CipherOptions {
     std::optional<std::string> iv;
     bool mesh = false;
     bool no_mesh = false;
-    PasswordOptions password;  // of an encrypted key
+    PasswordOptions password;  // the password of an encrypted key
 };
 
 /** Options that encryption and MAC share: key, parameter set, meshing, table. */
@@ -38,7 +38,7 @@ std::vector<Option> cipher_options(CipherOptions& options);
 /**
  * A key, its S-box table and the library's context, kept in locked memory.
  *
- * The parameter set provides whatever the options leave open.
+ * The parameter set determines everything that the options do not set.
  */
 class Cipher {
 public:
@@ -54,7 +54,10 @@ public:
 
     /** Start a message in the chosen mode. */
     void start(bool encrypt, const std::optional<Block>& iv);
-    /** Process data in place. Every piece but the last must consist of whole blocks; in some modes the last one too. */
+    /**
+     * Process data in place. Every piece except the last must consist of whole blocks. In ECB and CBC mode, the last
+     * piece must, too.
+     */
     void process(std::span<std::uint8_t> data);
 
     /** Start a MAC computation; --iv sets the initial value. */

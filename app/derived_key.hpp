@@ -1,4 +1,4 @@
-// Options and output shared by the commands that derive one key from another.
+// Options and output that the commands for deriving keys have in common.
 #ifndef VRX_APP_DERIVED_KEY_HPP
 #define VRX_APP_DERIVED_KEY_HPP
 

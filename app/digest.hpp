@@ -1,4 +1,4 @@
-// Options and digests shared by the commands that hash with GOST R 34.11-94.
+// Options and digests that the commands for hashing with GOST R 34.11-94 have in common.
 #ifndef VRX_APP_DIGEST_HPP
 #define VRX_APP_DIGEST_HPP
 
@@ -27,7 +27,7 @@ using SignedDigest = std::array<std::uint32_t, VRX_ECC_DIGEST_WORDS>;
 SignedDigest signed_digest(const std::string& set, Input& input);
 
 /**
- * The kinds of check value that a list may hold: one for each parameter set, the chosen set first.
+ * The kinds of check value that a list may contain: one for each parameter set. The chosen set comes first.
  *
  * @param set         the value of --set.
  * @param tag_prefix  precedes the name of the parameter set in the tags of lines.

@@ -27,7 +27,10 @@ std::vector<Option> key_password_options(PasswordOptions& options);
  */
 void check_usage(const Command& command, const PasswordOptions& options, const std::vector<std::string>& others);
 
-/** The options --password, --password-file, --password-fd and --iterations for a new key file, and their check. */
+/**
+ * The options --password, --password-file, --password-fd and --iterations for a new key file, and the check of their
+ * values.
+ */
 std::vector<Option> lock_options(Lock& lock);
 void check_usage(const Command& command, Lock& lock);
 

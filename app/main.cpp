@@ -26,7 +26,7 @@ constexpr std::array commands{
     &derive_command,     &keygen_command,  &keypair_command,   &pubkey_command,  &sign_command,   &verify_command,
     &cms_verify_command, &agree_command,   &diversify_command, &inspect_command, &params_command, &speed_command};
 
-/** An earlier name of a command, still accepted. */
+/** An earlier name of a command, which the program still accepts. */
 struct Alias {
     std::string_view name;
     std::string_view command;
@@ -107,7 +107,10 @@ std::string group_overview(std::string_view group) {
     return text + "\n'vrx help " + std::string(group) + " COMMAND' explains a command.\n";
 }
 
-/** The protections that work on this machine, as text. The function tries each of them, and so confines the process. */
+/**
+ * Returns a text that lists the protections that work on this machine. To find out, the function switches each of them
+ * on, so the process is confined afterwards.
+ */
 std::string protections() {
     const Confinement confined = confine({});
     const SecretPages pages(1);
@@ -187,7 +190,7 @@ int main(int argc, char** argv) {
 #ifdef VRX_CONFINED
     enable_confinement();
 #endif
-    // Let a write beyond the file size limit fail with an error instead of a signal.
+    // If a write exceeds the limit of the file size, it fails with an error instead of a signal.
     std::signal(SIGXFSZ, SIG_IGN);
     const int code = run_and_report(argc, argv);
     clear_traces();

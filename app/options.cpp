@@ -89,9 +89,10 @@ std::optional<std::vector<std::string>> parse(const Command& command, const std:
     std::vector<Option> all = options;
     all.push_back(flag_option("help", 'h', "print this help", help));
 
-    // getopt_long() identifies a long option by a number: its index, plus an offset above all characters.
+    // getopt_long() identifies a long option by a number. Here this number is the index of the option, plus an offset
+    // that is above all characters.
     constexpr int first_value = 256;
-    std::string letters = ":";  // make getopt_long() return ':' for a missing value
+    std::string letters = ":";  // makes getopt_long() return ':' if a value is missing
     std::vector<struct option> longs;
     for (const Option& option : all) {
         const bool takes_value = option.value != nullptr;

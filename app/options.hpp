@@ -23,16 +23,16 @@ struct Command {
     int (*run)(const Command& self, int argc, char** argv);
 };
 
-/** The files that the value of an option names. */
-enum class Files { none, read, written, listed };  // listed: they name further files to read
+/** The kind of files that the value of an option names. */
+enum class Files { none, read, written, listed };  // listed: files to read that name further files to read
 
 /** One option of a command. */
 struct Option {
     const char* name;                      // its long form, without dashes
     char letter;                           // its short form, or 0
-    const char* value;                     // the name of its value in the help; nullptr if it takes none
+    const char* value;                     // the name of its value in the help; nullptr if the option takes no value
     const char* help;                      // may contain newlines
-    std::function<void(const char*)> set;  // called with the value, or with nullptr if it takes none
+    std::function<void(const char*)> set;  // called with the value, or with nullptr if the option takes no value
     Files files = Files::none;
 };
 
@@ -45,7 +45,7 @@ Option text_option(const char* name, char letter, const char* value, const char*
 
 /** An Option whose value is a FILE to read. */
 Option input_option(const char* name, char letter, const char* help, std::optional<std::string>& path);
-/** The same, but it may be repeated; stores its values in order. */
+/** An Option whose value is a FILE to read, and which may be repeated. Stores its values in order. */
 Option input_option(const char* name, char letter, const char* help, std::vector<std::string>& paths);
 
 /** An Option whose value is a file to write. */

@@ -23,7 +23,8 @@ void check_length(const Input& input, const Mode& mode) {
 }
 
 /**
- * The IV of a message. Without --iv, encryption generates it and writes it before the data, where decryption reads it.
+ * The IV of a message. Without --iv, encryption generates the IV and writes it before the ciphertext, and decryption
+ * reads it from there.
  */
 std::optional<Block> message_iv(const Cipher& cipher, bool encrypt, Input& input, Output& output) {
     if (!cipher.mode().takes_iv) return std::nullopt;

@@ -1,4 +1,4 @@
-// Declares the commands of the program; each is defined in the file of the same name.
+// Declares the commands of the program. Each command is defined in the file that has its name.
 #ifndef VRX_APP_COMMANDS_HPP
 #define VRX_APP_COMMANDS_HPP
 

@@ -116,7 +116,12 @@ int run(const Command& self, int argc, char** argv) {
     const Derivation derivation = app::derivation(self, choice);
     check_usage(self, password_choice);
     warn_of_weak_choices(derivation);
-    Output output = out == "-" ? Output(out) : Output(out, NewPrivateFile{});  // first: errors come before the prompt
+    Output output =
+        out == "-"
+            ? Output(out)
+            : Output(
+                  out,
+                  NewPrivateFile{});  // first, so that an error is reported before the user is asked for the password
     SecretBytes password;
     get_password(password_choice, password);
     const SecretPages pages(derivation.length);

@@ -11,7 +11,10 @@
 namespace vrx::app {
 namespace {
 
-/** Replace an encrypted key of the cipher with its 32 bytes. Anything else stays, because any bytes are a key. */
+/**
+ * If the file is an encrypted key of the cipher, replace its content with the 32 bytes of the key. Any other content is
+ * unchanged, because any bytes can be an HMAC key.
+ */
 void take_encrypted_key(SecretBytes& key, const std::string& shown, const PasswordOptions& password) {
     SecretBytes content;
     for (const std::uint8_t octet : key.bytes()) content.push_back(octet);

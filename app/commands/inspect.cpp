@@ -95,7 +95,7 @@ bool add_public_key(Report& report, const EcParamSet& curve, const PublicOctets&
     return true;
 }
 
-/** The curve that a file names, else the curve of --curve, else nullptr. */
+/** Returns the curve that the file names; if it names none, the curve of --curve; without that option, nullptr. */
 const EcParamSet* curve_of(const Algorithm& algorithm, const std::optional<std::string>& option) {
     if (algorithm.curve != nullptr || !option) return algorithm.curve;
     return &curve_by_name(*option);
@@ -216,7 +216,10 @@ void inspect_structure(Report& report, const Input& file, const std::string& lab
     }
 }
 
-/** How the bytes of a file are encoded. In bytes, S-boxes have the low nibble first; in digits, the high one. */
+/**
+ * How a file encodes its bytes, for example as hexadecimal digits. In a file of bytes, the bytes of S-boxes have the
+ * low nibble first; in a file of digits, the high nibble first.
+ */
 struct Form {
     const char* name;
     bool low_half_first;
@@ -275,7 +278,10 @@ void inspect_sboxes(Report& report, const Form& form, const std::string& text) {
     built_in(hash_tables, hash_TZ_by_name);
 }
 
-/** Inspect 64 bytes that fit nothing else as a signature: r and s must be below the order of a curve. */
+/**
+ * Inspect 64 bytes, which can only be a signature, because nothing else fits. In a signature, r and s are below the
+ * order of a curve.
+ */
 void inspect_signature(Report& report, const Form& form, const PublicOctets& octets) {
     EcSignature signature;
     check("the signature", ecLoadSignValue(octets.data(), &signature));
@@ -325,7 +331,7 @@ void inspect_32(Report& report, const Input& file, const Form& form, std::span<c
     add_private_key(report, file, curve, *octets);
 }
 
-/** Inspect bytes without a structure, by their number. */
+/** Inspect bytes without a structure. Their number tells what they may be. */
 void inspect_bytes(Report& report, const Input& file, const Form& form, std::span<const std::uint8_t> bytes,
                    const std::optional<std::string>& option) {
     if (bytes.size() == VRX_KEY_SIZE) inspect_32(report, file, form, bytes, option);
@@ -358,7 +364,7 @@ Report inspect(const Input& file, SecretBytes& content, const std::optional<std:
     return report;
 }
 
-/** @return whether the file was recognized and has no fault. */
+/** @return true if the file was recognized and has no fault. */
 bool inspect_file(const std::string& path, const std::optional<std::string>& option, Output& output) {
     Input file(path);
     SecretBytes content;

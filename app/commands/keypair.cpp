@@ -28,7 +28,7 @@ int run(const Command& self, int argc, char** argv) {
     EcPoint point;
     key->set = &curve_by_name(*form.curve);
     check("the key generator", ecGenerateKeyPair(key->set, vrx_system_random, key->d, &point));
-    Output output(*out, NewPrivateFile{});  // fails before anyone types a password
+    Output output(*out, NewPrivateFile{});  // first, so that a failure is reported before the user types a password
     SecretBytes content;
     if (lock.on()) {
         SecretBytes plain;

@@ -67,7 +67,7 @@ std::string table() {
 /** Writes JSON, member by member. No escaping is needed: all strings are names from the library. */
 class Json {
 public:
-    /** Open an object or an array. The key is nullptr for a member of an array. */
+    /** Open an object or an array. For a member of an array, the key is nullptr. */
     Json& open(const char* key, char bracket) {
         begin(key);
         text_ += bracket;

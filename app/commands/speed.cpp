@@ -26,7 +26,7 @@ using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
 constexpr std::uint32_t data_size = 64 * 1024;
-constexpr std::uint32_t iterations = 100;  // of PBKDF2 per call
+constexpr std::uint32_t iterations = 100;  // iterations of PBKDF2 in each call
 constexpr int slices = 5;
 
 /** A call to measure, and the amount that it processes, in the unit of its group. */
@@ -63,11 +63,14 @@ struct Pair {
     EcSignature signature;
 };
 
-/** The rate per second in the fastest of several time slices. Other processes slowed the rest. */
+/**
+ * Measures the rate per second in several time slices, and returns the rate of the fastest slice. In the other slices,
+ * other processes slowed the calls down.
+ */
 double rate_of(const Measured& row, Seconds time) {
     const Seconds slice = time / slices;
     double best = 0;
-    std::uint64_t burst = 1;  // calls per clock reading, which costs as much as a short call
+    std::uint64_t burst = 1;  // calls per reading of the clock, because a reading takes as long as a short call
     for (int i = 0; i < slices; ++i) {
         double calls = 0;
         Seconds passed{};
@@ -182,7 +185,7 @@ MeasuredGroup small_work(Work& work) {
              {"S-boxes expanded into a table", 1e-3, deploy}}};
 }
 
-/** A key pair and a signature to verify on each curve, without curves that repeat the numbers of another. */
+/** A key pair and a signature on each curve. Curves with the numbers of an earlier curve are left out. */
 std::vector<Secret<Pair>> pairs() {
     std::vector<Secret<Pair>> result(4);
     for (std::size_t i = 0; i < result.size(); ++i) {
@@ -222,7 +225,7 @@ std::string engines_here() {
     return text;
 }
 
-/** The same, with the CPU features that each engine needs. */
+/** The same engines, with the CPU features that each needs. */
 std::string explained_engines() {
     const std::uint32_t features = cpu::features();
     std::string text;
@@ -236,7 +239,7 @@ std::string explained_engines() {
     return text;
 }
 
-/** Shows on standard error what is being measured, if that is a terminal. */
+/** If standard error is a terminal, shows there what is being measured. */
 class Status {
 public:
     explicit Status(std::size_t total) : total_(total) {}

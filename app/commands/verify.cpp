@@ -47,7 +47,7 @@ bool in_range(const std::uint32_t* number, const EcParamSet& set) {
     return mpIsZero(number, VRX_ECC_DIGITS) == 0 && mpCompare(number, set.q, VRX_ECC_DIGITS) < 0;
 }
 
-/** The signer's key, its certificate if there is one, and the parameter set of the hash. */
+/** The signer's key, the certificate with this key if there is one, and the parameter set of the hash. */
 struct Signer {
     CertifiedKey certified;
     Octets octets;

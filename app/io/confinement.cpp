@@ -42,11 +42,11 @@ constexpr std::uint64_t remove_file = 1 << 5;
 constexpr std::uint64_t make_file = 1 << 8;
 constexpr std::uint64_t control_device = 1 << 15;
 
-/** The kinds of access that a ruleset denies, apart from its rules. */
+/** The kinds of access that a ruleset denies unless a rule allows them. */
 struct Ruleset {
     std::uint64_t files;
     std::uint64_t network;
-    std::uint64_t scopes;  // signals and abstract sockets of other processes
+    std::uint64_t scopes;  // signals to other processes, and their abstract sockets
 };
 
 struct [[gnu::packed]] FileRule {
@@ -64,12 +64,18 @@ std::size_t size_of_ruleset(int version) {
     return version >= 6 ? sizeof(Ruleset) : version >= 4 ? offsetof(Ruleset, scopes) : offsetof(Ruleset, network);
 }
 
-/** True if the command will fail to open the file with the same error, so that the file needs no rule. */
+/**
+ * True if a file that cannot be opened because of this error needs no rule: the command will fail to open the file with
+ * the same error.
+ */
 bool is_lasting(int error) {
     return error == ENOENT || error == ENOTDIR || error == EACCES || error == ELOOP || error == ENAMETOOLONG;
 }
 
-/** The rules of a process. If one cannot be made, there are none: the command would fail without a reason. */
+/**
+ * The rules of a process. If a rule cannot be created, no rules are used, because the command would otherwise fail for
+ * no visible reason.
+ */
 class Rules {
 public:
     explicit Rules(int version) : known_(everything(version).files) {
@@ -80,7 +86,7 @@ public:
 
     void allow(int file, std::uint64_t rights) {
         const FileRule rule{rights & known_, file};
-        // Pipes and other files without a name need no rule, and the kernel refuses one with EBADFD.
+        // Pipes and other files without a name need no rule. For these files, the kernel refuses a rule with EBADFD.
         if (syscall(add_rule_call, fd_.get(), rule_for_files, &rule, 0) != 0 && errno != EBADFD) complete_ = false;
     }
 
@@ -101,7 +107,7 @@ public:
         } catch (const SystemFailure& failure) {
             complete_ = complete_ && is_lasting(failure.error());
         } catch (const Failure&) {
-            // The command will refuse the path for the same reason.
+            // The command itself will refuse the path for the same reason.
         }
     }
 
@@ -126,11 +132,11 @@ int limit_files(const Access& access) {
         const Descriptor root(open_in(AT_FDCWD, "/", O_PATH | O_DIRECTORY));
         rules.allow(root.get(), read_file | read_folder);
     }
-    rules.allow_file("/dev/tty", read_file | write_file | control_device);  // for passwords
+    rules.allow_file("/dev/tty", read_file | write_file | control_device);  // to ask for passwords
     return rules.enforce() ? version : 0;
 }
 
-// The system calls of the commands and of the C library under them; the most frequent first.
+// The system calls that the commands need, directly or through the C library. The most frequent ones come first.
 constexpr std::array allowed_calls{SYS_read,           SYS_write,        SYS_writev,       SYS_lseek,
                                    SYS_pread64,        SYS_close,        SYS_openat,       SYS_fstat,
                                    SYS_newfstatat,     SYS_statx,        SYS_fadvise64,    SYS_sync_file_range,
@@ -145,7 +151,7 @@ constexpr std::array allowed_calls{SYS_read,           SYS_write,        SYS_wri
                                    SYS_clock_gettime,  SYS_gettimeofday, SYS_time,         SYS_futex,
                                    SYS_exit,           SYS_exit_group};
 
-/** A call that is allowed if one argument, masked, has one of a few values. */
+/** A system call that is allowed only if one of its arguments, after masking, has one of a few values. */
 struct Condition {
     long call;
     std::uint32_t argument;
@@ -167,7 +173,7 @@ public:
         leave(SECCOMP_RET_ALLOW);
     }
     void allow(const Condition& condition) {
-        // For another call skip all steps: load, mask, two for each value, load.
+        // For any other system call, skips all steps of this rule: load, mask, two for each value, load.
         skip_unless(static_cast<std::uint32_t>(condition.call),
                     static_cast<std::uint8_t>(3 + 2 * condition.values.size()));
         load(offsetof(seccomp_data, args) + 8 * condition.argument);
@@ -200,7 +206,8 @@ private:
     std::vector<sock_filter> code_;
 };
 
-// The calls by which glibc 2.42 and later read and set a terminal. Headers that name them clash with <termios.h>.
+// The ioctl() requests with which glibc 2.42 and later read and set the modes of a terminal. The headers that define
+// them cannot be included together with <termios.h>.
 constexpr std::uint32_t tcgets2 = 0x802C542A;
 constexpr std::uint32_t tcsets2 = 0x402C542B;
 constexpr std::uint32_t tcsetsw2 = 0x402C542C;
@@ -214,7 +221,7 @@ bool limit_calls() {
     for (const long call : allowed_calls) filter.allow(call);
     filter.allow({SYS_mmap, 2, PROT_EXEC, {0}});
     filter.allow({SYS_mprotect, 2, PROT_EXEC, {0}});
-    // Not TIOCSTI, which types for the user.
+    // TIOCSTI is not in the list, because it inserts input as if the user had typed it.
     filter.allow(
         {SYS_ioctl, 1, all, {TCGETS, TCSETS, TCSETSW, TCSETSF, tcgets2, tcsets2, tcsetsw2, tcsetsf2, TIOCGWINSZ}});
     filter.allow({SYS_prctl, 0, all, {PR_SET_DUMPABLE, PR_SET_VMA}});
@@ -230,7 +237,7 @@ void enable_confinement() { enabled = true; }
 Confinement confine(const Access& access) {
     Confinement result;
     if (!enabled) return result;
-    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);  // both need it
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);  // Landlock and seccomp both need this
     result.landlock = limit_files(access);
     result.seccomp = limit_calls();
     return result;

@@ -10,8 +10,8 @@ namespace vrx::app {
 /** The files that a command needs. "-" is a standard stream and needs no access. */
 struct Access {
     std::vector<std::string> inputs;   // files to read
-    std::vector<std::string> outputs;  // files to write; the command may replace all files in their folders
-    bool every_input = false;          // the inputs name further files to read
+    std::vector<std::string> outputs;  // files to write; in their folders, the command may then replace any file
+    bool every_input = false;          // true if the contents of the inputs name further files to read
 };
 
 /** The parts of the confinement that are active. */
@@ -25,8 +25,8 @@ void enable_confinement();
 
 /**
  * Limit the process to the access given: Landlock limits files, seccomp limits system calls. Afterwards the process can
- * neither use the network, nor start programs, nor make memory executable. There is no way back. Where the kernel lacks
- * one of the two, that one has no effect.
+ * neither use the network, nor start programs, nor make memory executable. These limits cannot be lifted again. If the
+ * kernel does not support Landlock or seccomp, that part has no effect.
  */
 Confinement confine(const Access& access);
 

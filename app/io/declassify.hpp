@@ -5,9 +5,9 @@
 namespace vrx::app {
 
 /**
- * Make a fact about a secret public, so that the program may branch on it: whether a character is a newline, whether a
- * file is well formed. Every branch on secret text goes through this function. The constant-time test replaces it, so
- * it finds all other branches.
+ * Make a fact about a secret public, so that the program may branch on it, for example whether a character is a newline
+ * or whether a file is well formed. Every intended branch on secret text uses this function. The constant-time test
+ * replaces the function, and so finds all other branches.
  */
 [[nodiscard]] bool declassify(bool fact);
 

@@ -76,7 +76,7 @@ void say(std::string_view sentence, std::string_view more) {
     std::array<iovec, 4> line{};
     const std::array<std::string_view, line.size()> parts{"vrx: ", sentence, more, "\n"};
     for (std::size_t i = 0; i < line.size(); ++i)
-        line[i] = {const_cast<char*>(parts[i].data()), parts[i].size()};  // writev() only reads it
+        line[i] = {const_cast<char*>(parts[i].data()), parts[i].size()};  // writev() only reads the text
     // If writing to standard error fails, only the exit code can report it.
     [[maybe_unused]] const ssize_t written = writev(STDERR_FILENO, line.data(), line.size());
 }

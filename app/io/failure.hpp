@@ -11,7 +11,7 @@ namespace vrx::app {
 /** Exit codes of the program. */
 enum ExitCode : int {
     exit_done = 0,
-    exit_check_failed = 1,  // e.g. a MAC does not match, or a list has a malformed line
+    exit_check_failed = 1,  // a check failed: e.g. a MAC does not match, or a list has a malformed line
     exit_trouble = 2        // a usage error or an input/output error
 };
 

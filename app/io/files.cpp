@@ -56,7 +56,7 @@ void set_unfinished_file(int folder, const std::string& name) {
     const auto catch_signal = [](int signal) {
         struct sigaction action {};
         sigaction(signal, nullptr, &action);
-        if (action.sa_handler != SIG_DFL) return;  // ignored by the user (nohup), or already ours
+        if (action.sa_handler != SIG_DFL) return;  // the signal is ignored (nohup), or the handler is already set
         action.sa_handler = remove_unfinished_file;
         action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
@@ -65,7 +65,7 @@ void set_unfinished_file(int folder, const std::string& name) {
     for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) catch_signal(signal);
 }
 
-/** A random name that is unlikely to exist. */
+/** Returns a random name, which is unlikely to exist already. */
 std::string temporary_name() {
     constexpr std::string_view letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
     static std::uint32_t state = 0;
@@ -92,8 +92,8 @@ mode_t mode_of_new_files() {
     return 0666 & ~mask;
 }
 
-// Some file systems access the caller's memory directly. If the memory is hidden from the kernel, as that of secrets
-// is, this fails with EFAULT. The functions below then use a buffer on the stack, and wipe it.
+// Some file systems access the caller's memory directly. The memory of secrets is hidden from the kernel, so such an
+// access fails with EFAULT. The functions below then use a buffer on the stack, and wipe this buffer.
 using DetourBuffer = std::array<std::uint8_t, 512>;
 
 ssize_t read_some(int fd, std::span<std::uint8_t> buffer) {
@@ -196,7 +196,8 @@ void Output::refuse_inputs(const struct stat& status, const std::vector<FileId>&
 void Output::open_held() {
     fd_ = open_in(place_->folder(), ".", O_TMPFILE | O_WRONLY, 0600);
     if (fd_ < 0) return open_named();
-    // Naming the file later takes /proc. If it is not mounted, create the file with a temporary name instead.
+    // To name the file later, /proc is necessary. If /proc is not mounted, create the file with a temporary name
+    // instead.
     if (access(own_link(fd_).c_str(), F_OK) == 0) return;
     close(std::exchange(fd_, -1));
     open_named();
@@ -218,7 +219,7 @@ Output::Output(const std::string& path, NewPrivateFile) : shown_(in_quotes(path)
     place_.emplace(path, shown_, false);
     if (place_->existing()) refuse_existing();
     open_held();
-    fchmod(fd_, 0600);  // overrides the umask; if this fails, the permissions are stricter
+    fchmod(fd_, 0600);  // because of the umask; if this fails, the file keeps stricter permissions
 }
 
 void Output::refuse_existing() const {
@@ -280,7 +281,7 @@ void Output::name_held() {
     const int folder = place_->folder();
     int result = -1;
     if (temporary_.empty()) {
-        // Link the file directly if the name is free. To replace a file, link to a temporary name, then rename.
+        // If the name is free, link the file to it. To replace a file, link to a temporary name first, and then rename.
         result = link_to(place_->name());
         if (result == 0) return;
         if (is_private_ && errno == EEXIST) refuse_existing();
@@ -315,11 +316,11 @@ void Output::commit() {
     const SignalsBlocked blocked;
     if (!temporary_.empty()) close_checked();
     name_held();
-    // The file exists: from here on nothing may fail.
+    // The file now exists under its name, so nothing may fail from here on.
     temporary_.clear();
     set_unfinished_file(-1, "");
     if (fd_ >= 0) close(std::exchange(fd_, -1));
-    // Syncing the folder makes the name permanent. The data is safe even where folders cannot be synced.
+    // Syncing the folder makes the name permanent. On file systems that cannot sync folders, at least the data is safe.
     const Descriptor folder(open_in(place_->folder(), ".", O_RDONLY | O_DIRECTORY));
     if (folder.is_open()) fsync(folder.get());
 }
@@ -327,8 +328,8 @@ void Output::commit() {
 void occupy_standard_streams() {
     for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(fd, F_GETFD) >= 0 || errno != EBADF) continue;
-        // Open it in the opposite direction, so that using the stream still fails. open() returns the lowest free
-        // descriptor.
+        // Open /dev/null in the opposite direction (for writing instead of reading, or the reverse), so that using the
+        // stream still fails. open() returns the lowest free descriptor.
         if (open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) != fd) std::_Exit(exit_trouble);
     }
 }

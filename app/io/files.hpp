@@ -36,13 +36,13 @@ class Input {
 public:
     /** Open a file; "-" is standard input. */
     explicit Input(const std::string& path);
-    /** Take ownership of an open descriptor. @param shown  its name in messages. */
+    /** Take ownership of an open descriptor. @param shown  the name of the input in messages. */
     Input(int fd, std::string shown);
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
     ~Input();
 
-    /** Read the available bytes, at least one; 0 at the end of the file. */
+    /** Read the bytes that are available. @return their number, at least one; 0 at the end of the file. */
     [[nodiscard]] std::size_t read(std::span<std::uint8_t> buffer);
     /** Read until the buffer is full or the file ends. */
     [[nodiscard]] std::size_t read_full(std::span<std::uint8_t> buffer);
@@ -67,13 +67,14 @@ struct NewPrivateFile {};
  * A file that is written atomically.
  *
  * Data goes to an unnamed file in the folder of the target, or to a temporary file if the file system does not support
- * unnamed ones. commit() gives it its name. Without a commit, after an exception or a fatal signal, the new file
- * disappears and the old one stays. Standard output, pipes and devices are written directly.
+ * unnamed files. commit() gives the new file its name. If commit() is not reached because of an exception or a fatal
+ * signal, the new file disappears and the old file is unchanged. Standard output, pipes and devices are written
+ * directly.
  */
 class Output {
 public:
     /**
-     * Write to a file; "-" is standard output.
+     * Start writing to a file; "-" is standard output.
      *
      * @param inputs  the files that the command reads, which must not include the output.
      */
@@ -102,9 +103,9 @@ private:
     int link_to(const char* name) const;
 
     std::string shown_;
-    std::optional<Place> place_;  // of the file; std::nullopt when writing directly
+    std::optional<Place> place_;  // the place of the file; std::nullopt when writing directly
     int fd_ = -1;
-    bool is_private_ = false;  // readable by its owner only; never replaces a file
+    bool is_private_ = false;  // true for a file that only its owner can read, and that never replaces a file
     std::string temporary_;    // the temporary name; empty for an unnamed file
     std::uint64_t written_ = 0;
     std::uint64_t flushed_ = 0;  // bytes that are being written to disk

@@ -75,7 +75,7 @@ void Place::look(const std::string& shown) {
         throw SystemFailure("cannot write " + shown, errno);
 }
 
-/** Replace the name by the target of the link; false if the link must be opened directly. */
+/** Replace the name with the target of the link. Returns false if the link must be opened directly. */
 bool Place::take_link(const std::string& shown) {
     struct stat target {};
     magic_ = is_process_file_system(folder_.get()) && fstatat(folder_.get(), name_.c_str(), &target, 0) == 0 &&

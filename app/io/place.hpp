@@ -27,8 +27,8 @@ private:
 
 /**
  * The place where a file is to be written. The folder is opened once; all further access uses its descriptor and the
- * name, and follows no links. Others who can write to the folder, or rename it, cannot redirect that access to another
- * file.
+ * name, and follows no links. Other users who can write to the folder, or rename it, cannot redirect this access to
+ * another file.
  */
 class Place {
 public:

@@ -53,7 +53,8 @@ void Progress::draw(Clock::time_point now) {
                 std::to_string(static_cast<int>(100 * part)) + "%  ";
     }
     line += mebibytes(done) + ", " + mebibytes(done / seconds) + "/s";
-    if (line.size() + name_.size() < narrowest_terminal) line += "  " + name_;  // a wrapped line cannot be cleared
+    if (line.size() + name_.size() < narrowest_terminal)
+        line += "  " + name_;  // because a line that wraps cannot be cleared
     show(line);
     drawn_ = true;
 }

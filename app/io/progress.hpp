@@ -11,7 +11,10 @@
 
 namespace vrx::app {
 
-/** Shows on standard error, if that is a terminal, how much of an input was processed. Appears after one second. */
+/**
+ * If standard error is a terminal, shows there how much of an input has been processed. The bar appears after one
+ * second.
+ */
 class Progress {
 public:
     explicit Progress(const Input& input);

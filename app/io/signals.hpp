@@ -7,7 +7,7 @@
 
 namespace vrx::app {
 
-/** All fatal signals that can be caught, except those that a fault in the program raises. */
+/** All fatal signals that can be caught, except those that the kernel sends after a fault in the program. */
 inline constexpr std::array deadly_signals{SIGHUP,  SIGINT,    SIGQUIT, SIGPIPE, SIGTERM, SIGALRM, SIGUSR1,
                                            SIGUSR2, SIGVTALRM, SIGPROF, SIGXCPU, SIGIO,   SIGPWR,  SIGSTKFLT};
 

@@ -42,7 +42,7 @@ NoEcho::NoEcho(int fd) {
         sigaction(deadly_signals[i], nullptr, &actions_before[i]);
         if (actions_before[i].sa_handler != SIG_IGN) sigaction(deadly_signals[i], &action, nullptr);
     }
-    // A stopped program would leave the shell a terminal without echo.
+    // If the program were stopped now, the shell would get a terminal without echo.
     action.sa_handler = SIG_IGN;
     sigaction(SIGTSTP, &action, &stop_before_);
 

@@ -8,19 +8,19 @@
 namespace vrx::app {
 namespace {
 
-/** All ones if `first` <= c <= `last`, otherwise zero; branchless. c is below 256. */
+/** Returns all ones if `first` <= c <= `last`, otherwise zero, without a branch. c is below 256. */
 constexpr std::uint32_t mask_between(std::uint32_t c, char first, char last) {
     const std::uint32_t below = c - static_cast<std::uint8_t>(first);
     const std::uint32_t above = static_cast<std::uint8_t>(last) - c;
     return ((below | above) >> 31) - 1;
 }
 
-/** The digit of a value below 16. */
+/** Returns the hexadecimal digit of a value below 16. */
 constexpr char digit_of(std::uint32_t value) {
     return static_cast<char>('0' + value + ((9 - value) >> 31) * ('a' - '0' - 10));
 }
 
-/** The value of a hexadecimal digit; more than 15 for any other character. */
+/** Returns the value of a hexadecimal digit; for any other character, a number above 15. */
 constexpr std::uint32_t value_of(char character) {
     const std::uint32_t c = static_cast<std::uint8_t>(character);
     const std::uint32_t decimal = mask_between(c, '0', '9');

@@ -20,7 +20,7 @@ std::optional<unsigned> hex_digit(char c);
 std::string to_hex(std::span<const std::uint8_t> octets);
 /** Format a number as at least two lower-case hexadecimal digits. */
 std::string to_hex(std::uint32_t number);
-/** The same for secrets, in constant time: write the digits to the caller's buffer, two for each octet. */
+/** Format secret octets in constant time. The function writes the digits to the caller's buffer, two for each octet. */
 void to_hex(std::span<const std::uint8_t> octets, std::span<char> text);
 
 /** True if a text consists of hexadecimal digits. Constant-time. */
@@ -42,10 +42,10 @@ std::string_view without_line_end(std::string_view text);
 
 /**
  * Remove one UTF-8 character (RFC 3629) from the front of a non-empty text. If the text does not begin with a valid
- * one, return std::nullopt and leave it unchanged.
+ * character, return std::nullopt and leave the text unchanged.
  */
 std::optional<char32_t> take_utf8(std::string_view& text);
-/** Decode UTF-8; an octet that is not valid UTF-8 becomes the code point of that value. */
+/** Decode UTF-8. An octet that is not part of valid UTF-8 becomes the code point with the value of the octet. */
 std::u32string from_utf8(std::string_view text);
 /** Append a character, encoded as UTF-8. */
 void append_utf8(std::string& text, char32_t character);
@@ -57,8 +57,8 @@ void append_utf8(std::string& text, char32_t character);
 bool is_deceptive(char32_t character);
 
 /**
- * Move one character from the front of a text to `out`; the octets of a deceptive one become \xHH. An octet that is not
- * valid UTF-8 is copied unchanged, unless a terminal may interpret it as a control character.
+ * Move one character from the front of a text to `out`. The octets of a deceptive character become \xHH. An octet that
+ * is not valid UTF-8 is copied unchanged, unless a terminal may interpret it as a control character.
  */
 void append_visible(std::string& out, std::string_view& text);
 
