@@ -3,7 +3,7 @@
 
 #include "calls.h"
 
-/* libgcrypt 1.10.1, tests/basic.c: one block under the test set. */
+/* From libgcrypt 1.10.1, tests/basic.c: one block, encrypted with the test set. */
 static const uint8_t key_bytes[VRX_KEY_SIZE] = {0x81, 0x82, 0x83, 0x84, 0x85, 0x86, 0x87, 0x88, 0x89, 0x8A, 0x8B,
                                                 0x8C, 0x8D, 0x8E, 0x8F, 0x80, 0xD1, 0xD2, 0xD3, 0xD4, 0xD5, 0xD6,
                                                 0xD7, 0xD8, 0xD9, 0xDA, 0xDB, 0xDC, 0xDD, 0xDE, 0xDF, 0xD0};
@@ -11,7 +11,7 @@ static const uint8_t plain[VRX_BLOCK_SIZE] = {0x01, 0x02, 0x03, 0x04, 0x05, 0x06
 static const uint8_t cipher[VRX_BLOCK_SIZE] = {0x98, 0x56, 0xCF, 0x8B, 0xFC, 0xC2, 0x82, 0xF4};
 static const vrx_tz* const table = &TZ_28147_89[0];
 
-/* gost-engine 3.0.1, test_gost2814789.c, "testimit1": a MAC under CryptoPro-A. */
+/* From gost-engine 3.0.1, test_gost2814789.c, "testimit1": a MAC with CryptoPro-A. */
 static const uint8_t mac_key_bytes[VRX_KEY_SIZE] = {0x9D, 0x05, 0xB7, 0x9E, 0x90, 0xCA, 0xD0, 0x0A, 0x2C, 0xDA, 0xD2,
                                                     0x2E, 0xF4, 0xE8, 0x6F, 0x5C, 0xF5, 0xDC, 0x37, 0x68, 0x19, 0x85,
                                                     0xB3, 0xBF, 0xAA, 0x18, 0xC1, 0xC3, 0x05, 0x0A, 0x91, 0xA2};
@@ -29,7 +29,7 @@ static uint8_t output[data_size];
 static int same(const void* a, const void* b, size_t size) { return memcmp(a, b, size) == 0; }
 
 static vrx_data record(const void* bytes, size_t length) {
-    /* The input is const and must stay unchanged. */
+    /* The input is const, so the test checks that it is unchanged. */
     union {
         const void* in;
         uint8_t* out;
@@ -38,7 +38,7 @@ static vrx_data record(const void* bytes, size_t length) {
     return result;
 }
 
-/* Checks the kernel of a stream mode on `data`, with the register `plain`. */
+/* Encrypts `data` in a mode, block by block with the kernel. The IV is `plain`. */
 static void stream_by_kernel(int mode, uint8_t out[data_size]) {
     uint8_t state[VRX_BLOCK_SIZE];
     memcpy(state, plain, sizeof state);
@@ -67,7 +67,7 @@ void kernel_calls(void) {
     vrx_gost_imito_64_m(message + VRX_BLOCK_SIZE, state, mac_key, &TZ_28147_89[1]);
     CHECK(same(state, mac, sizeof mac));
 
-    /* Counter: 00000000h steps to 01010101h, 04030201h to 05040305h. */
+    /* A step of the counter changes word 0 from 00000000h to 01010101h, and word 1 from 04030201h to 05040305h. */
     static const uint8_t counter[VRX_BLOCK_SIZE] = {0, 0, 0, 0, 1, 2, 3, 4};
     static const uint8_t stepped[VRX_BLOCK_SIZE] = {1, 1, 1, 1, 5, 3, 4, 5};
     memcpy(state, counter, sizeof state);

@@ -25,7 +25,7 @@ static void set_calls(void) {
     CHECK(epConvToDecimal(&p, x, y, sizeof x) == 0 && strcmp(x, "12") == 0 && strcmp(y, "34") == 0);
 }
 
-/* The generators print; discard their output. */
+/* The generators print to standard output; the test discards this output. */
 static void generator_calls(void) {
     static EcParamSet before[VRX_ECC_SET_COUNT];
     memcpy(before, cp_ecc_par, sizeof before);

@@ -3,7 +3,7 @@
 
 #include "calls.h"
 
-/* PyGOST, pygost/test_gost341194.py: "abc" under the CryptoPro set. */
+/* From PyGOST, pygost/test_gost341194.py: the digest of "abc" with the CryptoPro set. */
 static const uint8_t abc[3] = {'a', 'b', 'c'};
 static const uint8_t abc_digest[VRX_HASH_SIZE] = {0xB2, 0x85, 0x05, 0x6D, 0xBF, 0x18, 0xD7, 0x39, 0x2D, 0x76, 0x77,
                                                   0x36, 0x95, 0x24, 0xDD, 0x14, 0x74, 0x74, 0x59, 0xED, 0x81, 0x43,
@@ -51,7 +51,7 @@ void hash_calls(void) {
     CHECK(memcmp(hash, abc_digest, sizeof hash) == 0);
 }
 
-/* nettle 3.8.1, testsuite/hmac-test.c, gosthash94, and a digest of it as the message's key. */
+/* From nettle 3.8.1, testsuite/hmac-test.c, hash gosthash94: a key, a message and its MAC. */
 void hmac_calls(void) {
     static const uint8_t message[] = {0x01, 0x26, 0xBD, 0xB8, 0x78, 0x00, 0xAF, 0x21,
                                       0x43, 0x41, 0x45, 0x65, 0x63, 0x78, 0x01, 0x00};
@@ -85,7 +85,8 @@ void kdf_calls(void) {
                                  out, sizeof out) == VRX_OK);
     CHECK(came_out(derived));
 
-    /* One iteration of the PKCS #12 derivation is the hash of its input blocks, here all of one byte. */
+    /* One iteration of the PKCS #12 derivation is the hash of its input blocks. Here, all bytes of these blocks are
+     * equal. */
     uint8_t blocks[3 * VRX_HASH_BLOCK_SIZE];
     memset(blocks, 7, sizeof blocks);
     DEFAULT_GOSTR3411_OID = &GOSTR3411_OIDS[1];

@@ -1,4 +1,5 @@
-// Tests of statements in the public headers about unusual cases: warnings, odd codes, deliberate differences.
+// Tests of statements in the public headers about unusual cases: warnings, unusual codes, deliberate differences from
+// the standards.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -418,7 +419,7 @@ TEST(ContractCurves, verification_reduces_s_and_returns_0_for_valid) {
     }
 }
 
-/** Percentage of the multiples of 2^248 below q that stay below 2^256 after adding q. */
+/** Returns how many of the multiples of 2^248 below q are still below 2^256 after q is added, in percent. */
 int second_forms(const EcParamSet& set) {
     int forms = 0, all = 0;
     for (std::uint32_t top = 0; top < 256; ++top) {

@@ -1,6 +1,6 @@
-// Constant-time test of the cipher modes with valgrind: keys and data are uninitialised memory, so it reports every
-// branch and every address that depends on them. Usage: cipher_secrets ENGINE. "baseline" uses look-ups, which must be
-// reported.
+// Constant-time test of the cipher modes with valgrind. Keys and data are marked as uninitialised memory, so valgrind
+// reports every branch and every address that depends on them. Usage: cipher_secrets ENGINE. The engine "baseline" uses
+// look-ups, which valgrind must report.
 #include <valgrind/memcheck.h>
 
 #include <cstdio>

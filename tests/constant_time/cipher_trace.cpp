@@ -1,5 +1,5 @@
 // Constant-time test of the cipher modes by single-stepping: instructions and memory addresses must be the same for all
-// keys and data. For the engines that valgrind cannot run. Usage: cipher_trace ENGINE | control
+// keys and data. This test is for the engines that valgrind cannot run. Usage: cipher_trace ENGINE | control
 #include <cstdio>
 #include <random>
 #include <string_view>

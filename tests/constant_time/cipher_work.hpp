@@ -13,7 +13,7 @@
 
 namespace vrx::test {
 
-/** Secret key, register and data. run_sections() replaces key and register by the next ones. */
+/** A secret key, register and data. run_sections() replaces the key and the register with those of the next section. */
 struct CipherSecrets {
     std::uint32_t key[VRX_KEY_WORDS];
     std::uint8_t reg[VRX_BLOCK_SIZE];
@@ -24,7 +24,7 @@ inline constexpr std::array parallel_modes{gost28147::Mode::ecb_encrypt, gost281
                                            gost28147::Mode::cbc_decrypt, gost28147::Mode::counter,
                                            gost28147::Mode::cfb_decrypt};
 
-/** Each block depends on the previous one. */
+/** In these modes, each block depends on the previous one. */
 inline constexpr std::array chained_modes{gost28147::Mode::cbc_encrypt, gost28147::Mode::cfb_encrypt,
                                           gost28147::Mode::mac};
 

@@ -1,7 +1,7 @@
-// Encodes and decodes keys in base64, PEM and hexadecimal digits, with the keys marked as uninitialised memory:
+// Encodes and decodes keys in base64, PEM and hexadecimal digits. The keys are marked as uninitialised memory, so
 // valgrind reports every branch and address that depends on them. Usage: codec_secrets clean | control. "control" looks
-// digits up in a table, which valgrind must report. The linker replaces the program's declassify() by the one below,
-// which makes its argument public.
+// digits up in a table, which valgrind must report. The linker replaces the program's declassify() with the function
+// below, which makes its argument public.
 #include <valgrind/memcheck.h>
 
 #include <algorithm>

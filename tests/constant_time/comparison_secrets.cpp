@@ -1,5 +1,6 @@
-// Constant-time test of comparisons with valgrind: the octets are uninitialised memory, so it reports every branch on
-// them. Usage: comparison_secrets clean | control. "control" stops at the first difference, which must be reported.
+// Constant-time test of comparisons with valgrind. The octets are marked as uninitialised memory, so valgrind reports
+// every branch on them. Usage: comparison_secrets clean | control. "control" stops at the first difference, which
+// valgrind must report.
 #include <valgrind/memcheck.h>
 
 #include <algorithm>
@@ -50,7 +51,7 @@ bool right(const Equal& equal) {
     return std::ranges::all_of(sizes, [&](std::size_t size) { return right(size, equal); });
 }
 
-/** The operator == of a type of the C++ headers. */
+/** Compares with the operator == of a type of the C++ headers. */
 template <typename Value>
 bool operator_is_right() {
     return right(Value::size(), [](auto a, auto b) {

@@ -1,6 +1,6 @@
-// Constant-time test of signing, key generation and agreement with valgrind: secrets are uninitialised memory, so it
-// reports every branch and every address that depends on one. Usage: curves_secrets ENGINE. The engine "none" runs the
-// general methods, which must be reported.
+// Constant-time test of signing, key generation and agreement with valgrind. Secrets are marked as uninitialised
+// memory, so valgrind reports every branch and every address that depends on a secret. Usage: curves_secrets ENGINE.
+// The engine "none" runs the general methods, which valgrind must report.
 #include <valgrind/memcheck.h>
 
 #include <cstdio>
@@ -25,7 +25,7 @@ void make_public(T& value) {
     static_cast<void>(VALGRIND_MAKE_MEM_DEFINED(&value, sizeof value));
 }
 
-// Odd and even, long and short, one above q, and a negative one.
+// Scalars: odd and even, long and short, one above q, and a negative one.
 constexpr Number secrets[] = {
     {{0x89abcdef, 0x01234567, 0xdeadbeef, 0x0badcafe, 0x13579bdf, 0x2468ace0, 0x11111111, 0x22222222, 0}},
     {{0x89abcdee, 0x01234567, 0xdeadbeef, 0, 0, 0, 0, 0, 0}},
@@ -59,7 +59,7 @@ bool works(const EcParamSet& set, const Number& secret) {
     make_public(sig);
     if (ecVerify(&set, digest, &key, &sig) != VRX_OK) return false;
 
-    // Nine-digit keys are reduced first.
+    // Keys of nine digits are reduced first.
     Number any = secret;
     make_secret(any);
     if (ecSign(&set, digest, secret_bytes, any.digits, &sig) != VRX_OK) return false;

@@ -1,6 +1,6 @@
 // Constant-time test of signing, key generation and agreement by single-stepping: instructions and memory addresses
-// must be the same for every secret. For the vector engine, which valgrind cannot run. Usage: curves_trace ENGINE |
-// control
+// must be the same for every secret. This test is for the vector engine, which valgrind cannot run. Usage: curves_trace
+// ENGINE | control
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -44,7 +44,7 @@ void make_key(const EcParamSet& set, const Number& secret) {
     trace_ends();
 }
 
-/** The shared point only. hash_trace covers the hash. */
+/** Traces only the computation of the shared point. hash_trace tests the hash. */
 void agree(const EcParamSet& set, const Number& secret) {
     constexpr Number ukm{{1, 2}};
     constexpr Number three{{3}};

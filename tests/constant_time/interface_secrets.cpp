@@ -1,7 +1,7 @@
-// Constant-time test of the exported functions for hash, cipher and numbers with valgrind: secrets are uninitialised
-// memory, so it reports every branch and every address that depends on one. lookups.supp exempts the table look-ups of
-// hash and cipher, and nothing else. Usage: interface_secrets hash ENGINE | cipher ENGINE | numbers | branch. "branch"
-// branches on a digest, which must be reported.
+// Constant-time test of the exported functions for hash, cipher and numbers with valgrind. Secrets are marked as
+// uninitialised memory, so valgrind reports every branch and every address that depends on a secret. lookups.supp
+// exempts only the table look-ups of hash and cipher. Usage: interface_secrets hash ENGINE | cipher ENGINE | numbers |
+// branch. "branch" branches on a digest, which valgrind must report.
 #include <valgrind/memcheck.h>
 
 #include <array>
@@ -23,7 +23,10 @@ void make_secret(T& value) {
     static_cast<void>(VALGRIND_MAKE_MEM_UNDEFINED(&value, sizeof value));
 }
 
-/** A result that depends on a secret must be secret. Otherwise valgrind lost track of the secret. */
+/**
+ * Checks that a result which depends on a secret is marked as secret. If it is not, valgrind has lost track of the
+ * secret.
+ */
 template <typename T>
 void expect_secret(const T& value, const char* what) {
     unsigned char bits[sizeof value];
@@ -48,7 +51,7 @@ struct Secrets {
 };
 Secrets secrets;
 
-// Public lengths, around block boundaries.
+// Lengths, which are public: around block boundaries.
 constexpr std::uint32_t lengths[] = {1, 31, 32, 33, 64, 77};
 
 void hash() {
@@ -111,7 +114,7 @@ void sha1() {
     expect_secret(state, "SHA-1");
 }
 
-/** One call. Engines process only part of this length. */
+/** The whole length in one call. Engines process only a part of it. */
 void one_call(int mode, int direction) {
     std::uint8_t text[8 * 45];
     make_secret(text);

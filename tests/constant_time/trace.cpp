@@ -54,7 +54,8 @@ std::string hex(const std::uint8_t* bytes, std::size_t count) {
     return text;
 }
 
-/** Instructions with VEX and EVEX prefixes. The disassembler does not know all of them, but they encode operands alike.
+/** Instructions with VEX and EVEX prefixes. The disassembler does not know all of them, but all of them encode operands
+ * in the same way.
  */
 class VectorInstruction {
 public:
@@ -164,7 +165,10 @@ void add(Trace& trace, const user_regs_struct& registers, Decoder& decoder) {
     _exit(0);
 }
 
-/** Pins this process and its children to one CPU while it lives. They take turns, and waking another CPU is slow. */
+/**
+ * While this object exists, the process and its children run on one CPU. They run alternately, and waking another CPU
+ * would be slow.
+ */
 class OneProcessor {
 public:
     OneProcessor() {

@@ -20,13 +20,13 @@ struct Trace {
     bool operator==(const Trace&) const = default;
 };
 
-/** Begin and end of the traced code, called in the child. */
+/** The child calls these functions at the beginning and at the end of the code to trace. */
 void trace_begins();
 void trace_ends();
 
 /**
  * Runs `all` in a child, which marks one traced stretch for each secret. The first stretch is not traced, because it
- * also runs one-time initialisation.
+ * includes one-time initialisation.
  */
 std::vector<Trace> traces_of(const std::function<void()>& all);
 

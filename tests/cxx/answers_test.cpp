@@ -14,7 +14,7 @@ namespace {
 const std::string tests = in_project("tests/");
 
 const vrx_gost28147_par& cipher_set_named(const std::string& name) {
-    // The sets of RFC 4357 come first; those without key meshing have other names.
+    // The sets of RFC 4357 come first in the list; the sets without key meshing have other names.
     for (const vrx_gost28147_par& set : vrx::cipher_sets())
         if (set.name == name) return set;
     throw std::runtime_error("no cipher set " + name);

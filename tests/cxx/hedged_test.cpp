@@ -16,7 +16,7 @@ enum class Source { system, zero, constant, repeating, failing };
 Source source = Source::system;
 std::uint64_t sequence = 1;
 
-/** Selects a source during its lifetime, from the start of its sequence. */
+/** Selects a random source during its lifetime. The source starts at the beginning of its sequence. */
 struct With {
     explicit With(Source chosen) {
         source = chosen;
@@ -97,8 +97,8 @@ TEST(CxxHedged, thread_state_is_wiped) {
 }
 
 TEST(CxxHedged, invalid_signature_is_not_returned) {
-    // q + 1 is not a valid private key, although the equation holds for it, as it does for 1. With a corrupt record no
-    // signature is valid.
+    // With the invalid private key q + 1, signatures would still be valid, because the key 1 has the same ones. With a
+    // corrupt record, no signature is valid.
     vrx::Curve broken = vrx::curve(vrx::CurveId::a);
     broken.b[0] ^= 1;
     const std::uint32_t d[VRX_ECC_DIGITS] = {5};

@@ -410,7 +410,7 @@ bool holds_part_of(vrx::Bytes memory, vrx::Bytes secret) {
     return false;
 }
 
-/** An object in memory that stays readable after its destruction. */
+/** An object in memory that can still be read after the destruction of the object. */
 template <typename Object>
 class Place {
 public:

@@ -345,7 +345,10 @@ protected:
     const vrx_tz& table = TZ_28147_89[3];
     const Bytes text = random.bytes(24), odd = random.bytes(21);
 
-    /** Checks that wrapper and function give the same bytes, count and register, for these in, out and iv. */
+    /**
+     * Checks that the wrapper and the C function give the same bytes, count and register for the same input, output and
+     * IV.
+     */
     template <typename Wrapper, typename Function>
     void expect_same(const Bytes& in, Wrapper wrapper, Function function) {
         Bytes out(in.size()), expected(in.size());

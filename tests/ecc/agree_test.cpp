@@ -126,7 +126,7 @@ TEST(agreement, returns_the_code_of_the_hash_which_logs_its_own_failure) {
     }
 }
 
-/** Key diversification by RFC 4357, section 6.5, on single blocks. */
+/** Key diversification according to RFC 4357, section 6.5, in terms of single blocks. */
 Bytes diversified(const vrx_tz& table, Bytes key, const Bytes& ukm) {
     for (const std::uint8_t byte : ukm) {
         std::uint32_t words[8], sums[2] = {}, out[8];

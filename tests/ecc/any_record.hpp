@@ -14,7 +14,7 @@ public:
 
     Random random;
 
-    /** A p with 2p < 2^288: prime, composite, even, tiny or zero. */
+    /** Returns a p with 2p < 2^288. It may be prime, composite, even, small or zero. */
     Digits modulus() {
         Digits p = edgy(random);
         switch (random.below(8)) {

@@ -1,4 +1,5 @@
-// The limits of the built-in domain: which inputs reach an engine, and that both domains give the same results.
+// Tests the limits of the built-in domain: which inputs reach an engine, and whether both domains give the same
+// results.
 #include "ecc/domain.hpp"
 
 #include "ecc/field/engines.hpp"
@@ -32,7 +33,10 @@ Effect<Record> effect_of(const Call& call) {
     return effect;
 }
 
-/** The engine calls that a call makes on the best engine. Its effects must equal those of the general domain. */
+/**
+ * Returns how often a call of the library uses the best engine. The effects of the call must equal those in the general
+ * domain.
+ */
 template <typename Record, typename Call>
 Counts counts_of(const Call& call) {
     Counts counts{};
@@ -90,7 +94,7 @@ protected:
     Counts of_affine(const EcPoint& point, const Digits& scalar) {
         return counts_of<EcPoint>([&](EcPoint& r) { return epMult(&r, &point, scalar.data(), &set); });
     }
-    /** Every way of multiplying uses the general domain. */
+    /** Checks that every multiplication function uses the general domain. */
     void expect_general(const EcPoint& point, const Digits& scalar) {
         if (has_table) {
             EXPECT_EQ(of_point(point, scalar), nothing) << scalar;
@@ -111,7 +115,7 @@ TEST_P(borders, scalars_from_1_to_q_minus_1_reach_the_engine) {
         EXPECT_EQ(of_affine(key, scalar), one_point) << scalar;
         EXPECT_EQ(of_affine(set.G, scalar), base) << scalar;
     }
-    // The comb handles q - 1. For other points an engine may decline it.
+    // The comb can handle the scalar q - 1. For points other than G, an engine may be unable to handle it.
     EXPECT_EQ(of_affine(set.G, minus(q, 1)), base);
     EXPECT_EQ(of_affine(key, minus(q, 1)).point, 1u);
     if (has_table) {
@@ -141,7 +145,8 @@ TEST_P(borders, only_affine_multiples_take_the_magnitude_of_a_scalar) {
     EXPECT_EQ(of_affine(key, power_of_2(287)), nothing);
 }
 
-// The contract forbids overlap, but engines must not change its effects.
+// The contract forbids overlapping arguments. Nevertheless, the results with an engine must equal those of the general
+// domain.
 TEST_P(borders, results_may_overlap_operands) {
     struct Operands {
         EcParamSet set;
@@ -223,7 +228,7 @@ TEST_P(borders, invalid_points_take_the_general_domain) {
     EXPECT_EQ(of_affine(with(x, negative), k), one_point);
 }
 
-// A small x, for which x + p stays below 2^256.
+// Uses sets whose base point has a small x, for which x + p is below 2^256.
 TEST_P(borders, unreduced_coordinates_take_the_general_domain) {
     for (std::uint32_t x = 1; x < 40; ++x) {
         const EcPoint& g = set.G;
@@ -253,7 +258,7 @@ TEST_P(borders, a_set_with_one_bit_changed_takes_the_general_domain) {
         flip(set.q, VRX_ECC_DIGITS);
         flip(set.G.x, VRX_ECC_DIGITS);
         flip(set.G.y, VRX_ECC_DIGITS);
-        // The top digit of p stays unchanged, because p must be below 2^256. It may be even or short.
+        // The top digit of p is not changed, because p must be below 2^256. The changed p may be even or short.
         flip(set.p, VRX_ECC_DIGITS - 1);
     }
     flip(&set.has_precomp, 1);
@@ -347,7 +352,7 @@ TEST_P(borders, verification_reaches_the_engine_for_valid_points) {
     EXPECT_EQ(counts(other, key), sum);
     q.copy_to(other.s);
     EXPECT_EQ(counts(other, key), sum);
-    // No x modulo q equals these r, so the signature is rejected before any computation.
+    // No x modulo q equals one of these r, so the signature is rejected before any computation.
     for (const Digits& r : {Digits(), q, plus(q, 1), power_of_2(256), power_of_2(287)}) {
         other = sig;
         r.copy_to(other.r);
@@ -356,15 +361,15 @@ TEST_P(borders, verification_reaches_the_engine_for_valid_points) {
     }
     EcPoint off = key;
     off.x[0] ^= 1;
-    // Only z1 G reaches the engine.
+    // Only the computation of z1 G uses the engine.
     EXPECT_EQ(counts(sig, off), base);
     EXPECT_EQ(counts(sig, point({}, {})), base);
-    // Q = G and s = -r give z1 G = z2 Q. The engines decline this doubling.
+    // For Q = G and s = -r, z1 G equals z2 Q. The engines cannot handle this doubling.
     other = sig;
     mpModSub(other.s, Digits().data(), other.r, set.q, VRX_ECC_DIGITS);
     EXPECT_EQ(counts(other, set.G), (Counts{2, 0, 1, 2}));
     other = sig;
-    mpSetEqual(other.s, other.r, VRX_ECC_DIGITS);  // z1 G = -z2 Q: infinity
+    mpSetEqual(other.s, other.r, VRX_ECC_DIGITS);  // z1 G = -z2 Q, so the sum is the point at infinity
     EXPECT_EQ(counts(other, set.G), (Counts{2, 0, 1, 2}));
 }
 

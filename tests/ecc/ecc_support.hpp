@@ -25,7 +25,7 @@ struct Digits {
     Digits() = default;
     Digits(std::uint32_t small) { d[0] = small; }  // NOLINT(google-explicit-constructor)
     explicit Digits(const std::uint32_t* digits) { std::memcpy(d.data(), digits, sizeof d); }
-    /** From hexadecimal, most significant digit first. */
+    /** Converts from hexadecimal, most significant digit first. */
     explicit Digits(const std::string& text) {
         const Bytes octets = unhex(text);
         mpConvFromOctets(d.data(), VRX_ECC_DIGITS, octets.data(), static_cast<std::uint32_t>(octets.size()));
@@ -65,7 +65,7 @@ inline EcPoint point(const Digits& x, const Digits& y) {
     return p;
 }
 
-/** The coordinates, for comparisons: x, y. */
+/** The coordinates x and y of a point, for comparisons. */
 inline std::array<Digits, 2> coordinates(const EcPoint& p) { return {Digits(p.x), Digits(p.y)}; }
 inline std::array<Digits, 3> coordinates(const EcPointJ& p) { return {Digits(p.x), Digits(p.y), Digits(p.z)}; }
 inline std::array<Digits, 2> halves(const EcSignature& s) { return {Digits(s.r), Digits(s.s)}; }
@@ -85,14 +85,14 @@ bool same_bytes(const T& a, const T& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-/** The set with a name from RFC 4357. */
+/** Returns the set with a name from RFC 4357. */
 inline EcParamSet& set_named(const std::string& name) {
     for (std::uint32_t i = 0; i < VRX_ECC_SET_COUNT; ++i)
         if (name == get_GOSTR3410_oid_name(i)) return *get_GOSTR3410_par(i);
     throw std::invalid_argument("no set " + name);
 }
 
-/** The short name of a built-in set: Test, A, ... */
+/** Returns the short name of a built-in set: Test, A, ... */
 inline std::string short_name(std::uint32_t index) {
     static const char* const names[] = {"Test", "A", "B", "C", "XchA", "XchB"};
     return names[index];
@@ -128,7 +128,7 @@ public:
     ScriptedSource(const ScriptedSource&) = delete;
     ScriptedSource& operator=(const ScriptedSource&) = delete;
 
-    /** The callback for the library. */
+    /** The RND_FUNC to pass to the library. */
     static int draw(void* buffer, std::uint32_t length) { return current_->step(buffer, length); }
 
 private:

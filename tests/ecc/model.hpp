@@ -20,7 +20,7 @@ inline Z of(const std::uint32_t* digits, std::size_t count = VRX_ECC_DIGITS) {
 }
 inline Z of(const Digits& n) { return of(n.data()); }
 
-/** The low 288 bits, two's complement for negative numbers. */
+/** Returns the low 288 bits of a number; negative numbers are in two's complement. */
 inline Digits digits(const Z& n) {
     Z low;
     mpz_fdiv_r_2exp(low.get_mpz_t(), n.get_mpz_t(), 288);
@@ -29,14 +29,14 @@ inline Digits digits(const Z& n) {
     return out;
 }
 
-/** The non-negative remainder; 0 modulo 0. */
+/** Returns the non-negative remainder; modulo 0, returns 0. */
 inline Z mod(const Z& n, const Z& m) {
     Z r = 0;
     if (m != 0) mpz_mod(r.get_mpz_t(), n.get_mpz_t(), m.get_mpz_t());
     return r;
 }
 
-/** The inverse, or 0 if there is none. */
+/** Returns the inverse, or 0 if there is none. */
 inline Z inverse(const Z& n, const Z& m) {
     Z r;
     if (m < 2 || mpz_invert(r.get_mpz_t(), n.get_mpz_t(), m.get_mpz_t()) == 0) return 0;
@@ -77,7 +77,7 @@ struct Curve {
     [[nodiscard]] Z inv(const Z& n) const { return inverse(n, p); }
     [[nodiscard]] bool contains(const Point& r) const { return mod(r.y * r.y - (r.x * r.x + a) * r.x - b, p) == 0; }
 
-    // Textbook group law, for points on the curve with coordinates below p.
+    // The group law as in textbooks, for points on the curve with coordinates below p.
 
     [[nodiscard]] Point group_sum(const Point& s, const Point& t) const {
         if (s.infinite()) return t;
@@ -160,7 +160,7 @@ struct Curve {
         }
         return to_affine(sums);
     }
-    /** k = 0 gives infinity. */
+    /** For k = 0, returns the point at infinity. */
     [[nodiscard]] Point jacobian_multiple(const Z& k, const Point& s) const {
         PointJ r;
         for (std::size_t i = mpz_sizeinbase(k.get_mpz_t(), 2); i-- != 0;) {

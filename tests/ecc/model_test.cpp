@@ -187,7 +187,7 @@ TEST_P(sets, public_key_check_tests_the_equation_only) {
     const model::Point p = any_point();
     EcPoint q = record(p);
     EXPECT_EQ(ecCheckPublicKey(&set, &q), VRX_OK);
-    // The same point with other representatives modulo p, up to nine digits.
+    // Returns the same point with other representatives of its coordinates modulo p, of up to nine digits.
     for (int i = 0; i < 20; ++i) {
         const EcPoint other = record({p.x + curve.p * (random.word() >> 1), p.y + curve.p * (random.word() >> 1)});
         EXPECT_EQ(ecCheckPublicKey(&set, &other), VRX_OK);
@@ -258,7 +258,7 @@ TEST_F(any_record, signatures_and_their_verification_follow_the_record) {
     for (int i = 0; i < repetitions(200); ++i) {
         EcParamSet set = any_set();
         set.p[8] = 0;
-        if (Digits(set.q) == Digits() || Digits(set.q) == Digits(1)) continue;  // no k but 0
+        if (Digits(set.q) == Digits() || Digits(set.q) == Digits(1)) continue;  // the only possible k is 0
         const Curve curve(set);
         std::uint32_t digest[VRX_ECC_DIGEST_WORDS];
         std::memcpy(digest, edgy(random).data(), sizeof digest);

@@ -202,7 +202,7 @@ TEST(generators, tell_when_a_base_point_is_off_its_curve) {
     EXPECT_TRUE(passed(run));
 }
 
-/** A checked-in table, which has an entry on each line, in the layout that epCalcPP() prints. */
+/** Converts a checked-in table, which has an entry on each line, to the layout that epCalcPP() prints. */
 std::string as_printed(const std::string& table) {
     std::istringstream lines(table);
     std::string line, printed;

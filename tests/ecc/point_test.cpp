@@ -1,5 +1,5 @@
-// Tests of points and multiples where they deviate from the group law: raw copies and comparisons, infinity, odd
-// records.
+// Tests of points and multiples where the results deviate from the group law: copies and comparisons without reduction,
+// infinity, unusual records.
 #include "ecc_support.hpp"
 #include "support/child_process.hpp"
 #include "support/log_capture.hpp"
@@ -143,7 +143,7 @@ TEST(mixed_sum, does_not_handle_equal_points_or_affine_infinity) {
     // H = 0 and r = 0.
     epAddJA(&r, &g, &set_a.G, &set_a);
     EXPECT_EQ(coordinates(r), (std::array{Digits(), Digits(), Digits()}));
-    // x2 = y2 = 0 in the formulas: H = -X, r = -Y.
+    // With x2 = y2 = 0, the formulas give H = -X and r = -Y.
     const EcPoint infinity{};
     epAddJA(&r, &g, &infinity, &set_a);
     const Digits p(set_a.p), x(g.x), y(g.y);
@@ -200,7 +200,8 @@ TEST(affine_sum, of_opposite_points_is_infinity_also_with_unreduced_y) {
 }
 
 TEST(affine_sum, of_points_whose_x_differ_by_p_takes_zero_for_the_inverse) {
-    // Not recognised as the same x: the slope is (y2 - y1) 0 = 0, so x3 = -2x and y3 = -y1.
+    // The function does not recognise that the two x are equal modulo p. Because x2 - x1 has no inverse, the slope is
+    // (y2 - y1) 0 = 0, so x3 = -2x and y3 = -y1.
     const Digits p(set_a.p), x(set_a.G.x), y(set_a.G.y);
     const EcPoint q = point(plus(x, p), 5);
     EcPoint r;
@@ -215,7 +216,7 @@ TEST(affine_sum, of_the_same_x_and_unrelated_y_takes_the_tangent_of_the_first) {
     epAdd(&r, &set_a.G, &q, &set_a);
     epAdd(&twice, &set_a.G, &set_a.G, &set_a);
     EXPECT_EQ(coordinates(r), coordinates(twice));
-    // y1 = 0: the tangent is vertical, and 0 is used as its slope.
+    // For y1 = 0, the tangent is vertical, and the function uses 0 as its slope.
     const EcPoint flat = point(Digits(set_a.G.x), 0);
     epAdd(&r, &flat, &q, &set_a);
     EXPECT_EQ(
@@ -224,14 +225,14 @@ TEST(affine_sum, of_the_same_x_and_unrelated_y_takes_the_tangent_of_the_first) {
 }
 
 TEST(affine_sum, takes_the_differences_of_its_slope_as_signed_numbers) {
-    // 2^287 - (-1) would be positive; as a number of 288 bits it is negative: -(2^287 - 1).
+    // The difference 2^287 - (-1) is positive. As a signed number of 288 bits it is negative: -(2^287 - 1).
     EcParamSet set = set_a;
     const Digits p(set.p);
     const Digits top = power_of_2(287);
     const EcPoint s = point(1, 3), t = point(plus(top, 2), 10);
     EcPoint r;
     epAdd(&r, &s, &t, &set);
-    // x2 - x1 = 2^287 + 1, read as 2^287 + 1 - 2^288 = -(2^287 - 1).
+    // x2 - x1 = 2^287 + 1 is read as the signed number 2^287 + 1 - 2^288 = -(2^287 - 1).
     Digits slope;
     const Digits run = difference(Digits(), minus(top, 1), p);
     mpModInv(slope.data(), run.data(), p.data(), VRX_ECC_DIGITS);
@@ -265,7 +266,8 @@ TEST(table_multiple, reads_neither_the_base_point_nor_has_precomp) {
 }
 
 TEST(table_multiple, counts_an_entry_with_x_zero_as_finite) {
-    // The base point of C has x = 0. If that counted as equal to the accumulator's x, k = 1 would double it.
+    // The base point of C has x = 0. If the method compared this x with the x of the infinite accumulator, which is
+    // also 0, it would double the point for k = 1.
     ASSERT_EQ(Digits(set_c.G.x), Digits());
     for (const std::uint32_t k : {1u, 2u, 3u, 5u, 15u, 16u, 17u, 241u, 257u}) {
         EcPoint r, expected;
@@ -305,7 +307,7 @@ TEST(jacobian_multiple, of_infinity_is_infinity) {
 }
 
 TEST(jacobian_multiple, takes_the_scalar_unsigned) {
-    // -1 means 2^288 - 1.
+    // The scalar -1 is represented as 2^288 - 1.
     Digits all_ones;
     mpChs(all_ones.data(), Digits(1).data(), VRX_ECC_DIGITS);
     Digits residue;

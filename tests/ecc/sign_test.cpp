@@ -64,7 +64,7 @@ EcSignature signature(const Digits& r, const Digits& s) {
 
 const char* const verification_failed = "ecVerify: Signature verification failed\n";
 
-/** The tests below run on every built-in set. */
+/** The following tests run on every built-in set. */
 class on_every_set : public testing::TestWithParam<std::uint32_t> {
 protected:
     const EcParamSet& set = *get_GOSTR3410_par(GetParam());
@@ -202,7 +202,7 @@ TEST_P(on_every_set, private_keys_count_modulo_q) {
 }
 
 TEST_P(on_every_set, s_of_zero_is_returned_and_verifies) {
-    // s = r d + k e = 0 for d = -k e / r.
+    // For d = -k e / r, s = r d + k e is 0.
     const Digits k = 4711;
     const Digits r(signed_with({yields(k)}).r);
     const Digits e = modulo(number(digest), set);
@@ -215,7 +215,8 @@ TEST_P(on_every_set, s_of_zero_is_returned_and_verifies) {
 
 TEST_P(on_every_set, a_signature_with_r_zero_modulo_q_is_invalid) {
     const Digits e = modulo(number(digest), set);
-    // s = 0 yields the point at infinity. s = e and -e yield a point with the x of G, which is 0 on two of the curves.
+    // With r = 0, s = 0 yields the point at infinity, and s = e and s = -e yield points with the x of G, which is 0 on
+    // two of the curves.
     for (const Digits& s : {Digits(), Digits(1), e, negative(e, set), q, sum(q, e), product(e, 2, set)}) {
         expect_wrong(signature(0, s));
         expect_wrong(signature(q, s));
@@ -250,7 +251,7 @@ TEST_P(on_every_set, public_keys_with_unreduced_coordinates_are_valid) {
 }
 
 TEST_P(on_every_set, any_flipped_bit_makes_a_signature_invalid) {
-    // The affine method is slow, so it tests a sample.
+    // The affine method is slow, so only a sample is tested.
     const unsigned step = set.has_precomp == 1 ? 1 : 11;
     if (GetParam() > 3) return;  // XchA and XchB repeat the curves of A and C
     const EcSignature sig = signed_with({yields(sum(q, opposite(31)))});
@@ -399,12 +400,12 @@ TEST(records, in_use_are_the_current_ones) {
     cp_ecc_par[1].q[0] ^= 2;
     EXPECT_NE(sign(cp_ecc_par[1])[1], of_a[1]);
     cp_ecc_par[1].q[0] ^= 2;
-    // This path does not read a, b and G.
+    // With has_precomp = 1, the function does not read a, b and G.
     cp_ecc_par[1].a[0] ^= 1;
     cp_ecc_par[1].b[0] ^= 1;
     cp_ecc_par[1].G.x[0] ^= 1;
     EXPECT_EQ(sign(cp_ecc_par[1]), of_a);
-    // Without the table, G and a are read.
+    // With has_precomp = 0, the function reads G and a.
     cp_ecc_par[1].has_precomp = 0;
     EXPECT_NE(sign(cp_ecc_par[1]), of_a);
     cp_ecc_par[1].a[0] ^= 1;
@@ -546,7 +547,7 @@ TEST(random_numbers, from_a_failing_source_are_not_written_and_log_one_line) {
 
 TEST(test_source, fills_whole_words_only) {
     for (std::uint32_t length = 0; length <= 41; ++length) {
-        // A byte that is written takes several values in 40 calls. Any other byte stays.
+        // A byte that the function writes has several values in 40 calls. Every other byte is unchanged.
         Bytes seen(48), buffer(48);
         for (int i = 0; i < 40; ++i) {
             std::fill(buffer.begin(), buffer.end(), std::uint8_t{0});

@@ -20,7 +20,7 @@ struct ToyCurve {
     }
 };
 
-// With and without a table, with orders above and below p.
+// Sets with and without a table, and with orders above and below p.
 constexpr ToyCurve tiny[] = {{11, 8, 1, 17, true}, {11, 8, 10, 7, false}, {11, 2, 4, 17, true}, {11, 2, 7, 7, false}};
 constexpr ToyCurve small[] = {
     {31, 28, 7, 37, true}, {31, 28, 15, 29, false}, {31, 1, 19, 37, true}, {31, 1, 23, 29, false}};
@@ -33,7 +33,10 @@ struct XY {
     auto operator<=>(const XY&) const = default;
 };
 
-/** The group as integers modulo its order: point i is i times the base point, so addition of points adds indices. */
+/**
+ * The group, represented by integers modulo its order. The point with index i is i times the base point, so the index
+ * of a sum is the sum of the indices.
+ */
 class Group {
 public:
     explicit Group(const ToyCurve& c) : c_(c) {
@@ -45,7 +48,7 @@ public:
         for (const XY& point : all_)
             if (point.y != 0 && (point.x == 0) == c.base_point_at_zero) base = point;
         EXPECT_NE(base.x, -1);
-        // Textbook addition, with inverses by trial.
+        // Addition as in textbooks. Inverses are found by trial.
         points_ = {XY{}, base};
         while (static_cast<int>(points_.size()) < c.order) points_.push_back(textbook_sum(points_.back(), base));
         for (int i = 0; i < c.order; ++i) indices_[points_[static_cast<std::size_t>(i)]] = i;
@@ -89,8 +92,9 @@ public:
     }
 
     /**
-     * k G by the table method, which compares raw X coordinates. In a field this small, different points sometimes
-     * share one, and the method doubles instead. Sets `coincided` then.
+     * Computes k G by the table method, which compares X coordinates without regard to Z. In such a small field,
+     * different points sometimes have the same X, and the method then doubles instead of adding. In this case, the
+     * function sets `coincided`.
      */
     [[nodiscard]] XY by_table(long k, bool& coincided) const {
         Raw a, b;
@@ -127,7 +131,7 @@ private:
         const long v = rest(u1 * h * h), hhh = rest(h * h * h), x = rest(r * r - hhh - 2 * v);
         return {x, rest(r * (v - x) - s1 * hhh), rest(s.z * t.z * h)};
     }
-    /** (0, 0) where Z is 0. */
+    /** Returns (0, 0) if Z is 0. */
     [[nodiscard]] XY affine(const Raw& s) const {
         const int w = std::max(quotient(1, static_cast<int>(s.z)), 0);
         return {static_cast<int>(rest(s.x * w * w)), static_cast<int>(rest(s.y * rest(long{w} * w * w)))};
@@ -286,7 +290,7 @@ long inverse(long n, long q) {
     return 0;
 }
 
-/** The index of k G by the method of the set, for all k below the order. */
+/** Returns, for all k below the order, the index of k G as computed by the method of the set. */
 std::vector<long> base_multiples(const Group& group, bool table) {
     std::vector<long> indices;
     bool coincided = false;
@@ -296,7 +300,7 @@ std::vector<long> base_multiples(const Group& group, bool table) {
 
 TEST_P(toy_keys, signatures_with_all_nonces_keys_and_digests) {
     const std::vector<long> base = base_multiples(group, set.has_precomp == 1);
-    // All triples on small curves, two digests on large ones.
+    // On small curves, the loops test all keys, nonces and digests. On large curves, they test only two digests.
     std::vector<long> digests{0, q - 1};
     if (q < 40 && !vrx::test::sanitized)
         for (long e = 1; e <= q; ++e) digests.push_back(e);
@@ -311,7 +315,7 @@ TEST_P(toy_keys, signatures_with_all_nonces_keys_and_digests) {
                 const long s = (r * d + nonce * e) % q;
                 ASSERT_EQ(halves(sig), (std::array{scalar(r), scalar(s)})) << nonce << ' ' << d << ' ' << digest;
                 if (q > 40 && (nonce + d) % 64 != 0) continue;
-                // Valid by the group law, unless r is 0.
+                // According to the group law, the signature is valid, unless r is 0.
                 const long v = inverse(e, q);
                 const long z1 = s * v % q, z2 = (q - r * v % q) % q;
                 const long c = (base[static_cast<std::size_t>(z1)] + z2 * d) % q;

@@ -1,4 +1,4 @@
-// Private keys, nonces and what is computed from them do not stay on the stack.
+// Tests that private keys, nonces and values computed from them do not remain on the stack.
 #include "ecc/domain.hpp"
 #include "ecc_support.hpp"
 #include "support/own_stack.hpp"
@@ -34,7 +34,7 @@ protected:
     void add_point(const vrx::ecc::Jacobian<vrx::ecc::Residue>& p) {
         for (const auto* coordinate : {&p.x, &p.y, &p.z}) add(Digits(coordinate->number().digits));
     }
-    /** Adds a scalar and intermediate points of the method that computes its multiple. */
+    /** Adds a scalar to the secrets, and intermediate points of the method that computes its multiple. */
     void add_scalar(const Digits& n, const EcPoint& base) {
         using namespace vrx::ecc;
         add(n);
@@ -42,7 +42,7 @@ protected:
         const Affine<Residue> p = load(base, set);
         if (set.has_precomp == 1) {
             add_point(multiple_by_table<Residue>(scalar, [&](unsigned m) { return load(set.pp[m], set); }));
-            // Left to right: the points after the first 128 bits and at the end.
+            // The method from left to right: adds the points after the first 128 bits and at the end.
             Digits half = n;
             mpShiftRight(half.data(), half.data(), 128, VRX_ECC_DIGITS);
             add_point(multiple_from_top(p, load(half.data())));
@@ -75,9 +75,9 @@ INSTANTIATE_TEST_SUITE_P(sets, wiping, testing::Values(0u, 1u, 2u, 3u),
                          [](const auto& i) { return short_name(i.param); });
 
 /**
- * The number of words that differ between the stacks of two calls and do not occur in `known`: secrets or values
- * derived from them. Words whose upper two bytes are zeros are addresses, which differ because each call has its own
- * stack.
+ * Returns the number of words that differ between the stacks of two calls and do not occur in `known`. These words are
+ * secrets or values derived from secrets. Words whose upper two bytes are zeros are addresses, which differ because
+ * each call has its own stack.
  */
 std::size_t words_of_secrets(const Bytes& one, const Bytes& other, const Bytes& known) {
     std::size_t count = 0;
@@ -96,7 +96,7 @@ Bytes bytes_of(const Record& record) {
     return bytes;
 }
 
-// No intermediate value may remain: vectors, multiples, inverses.
+// Checks that no intermediate value remains: no vector, multiple or inverse.
 TEST_P(wiping, what_is_left_does_not_depend_on_keys_and_nonces) {
     const std::uint32_t digest[VRX_ECC_DIGEST_WORDS] = {random.word(), random.word(), 3, 4, 5, 6, 7, random.word()};
     const vrx_data oid{VRX_PAR_OID_SIZE, const_cast<std::uint8_t*>(VRX_PAR_HASH_1_OID)};
@@ -212,7 +212,7 @@ std::vector<Bytes> diversified_keys(const vrx_tz& tz, const Bytes& key, const By
     return keys;
 }
 
-/** True if memory contains a word of the key. This happens by chance in a few of ten thousand runs. */
+/** Returns true if memory contains a word of the key. In a few of ten thousand runs, this happens by chance. */
 bool holds_word_of(const Bytes& memory, const Bytes& key) {
     for (std::size_t i = 0; i < key.size(); i += 4)
         for (std::size_t at = 0; at + 4 <= memory.size(); at += 4)

@@ -10,7 +10,7 @@
  *                         (`snapshot`), or fail after the first call (`never`)
  *   VRX_FAULT_DIRECT=1    read and write cannot access more than 1024 bytes at once, like file systems that access the
  *                         caller's memory directly
- *   VRX_FAULT_REPORT=FILE an existing file, which gets the name of the function that the first injected fault hits
+ *   VRX_FAULT_REPORT=FILE an existing file; the name of the first function that is made to fail is written to it
  */
 #define _GNU_SOURCE
 #include "faults.h"
@@ -65,7 +65,8 @@ static void prepare(void) {
     randomness = getenv("VRX_FAULT_RANDOM");
     without_unnamed_files = getenv("VRX_FAULT_NAMED") != NULL;
     direct = getenv("VRX_FAULT_DIRECT") != NULL;
-    /* Opened now, because the program may give up its access to files; on a number that disturbs nobody. */
+    /* The file is opened now, because the program may give up its access to files later. Its descriptor gets a high
+     * number, which the program does not use. */
     const char* path = getenv("VRX_FAULT_REPORT");
     if (path == NULL) return;
     const int fd = (int)syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CLOEXEC);
@@ -158,7 +159,7 @@ static int fails(const char* call, int error) {
     return 1;
 }
 
-/* Decides whether a call is interrupted, and how many bytes it processes otherwise. */
+/* Decides whether a call is interrupted; if it is not, decides how many bytes it processes. */
 static int is_interrupted(size_t* size) {
     prepare();
     if (!stutters) return 0;
@@ -178,7 +179,7 @@ static int is_out_of_reach(size_t size) {
     return 1;
 }
 
-/* Writes to standard error never fail, so that messages arrive. */
+/* Writes to standard error never fail, so that messages of the program appear. */
 static int is_message(int fd) { return fd == STDERR_FILENO; }
 
 ssize_t read(int fd, void* buffer, size_t size) {

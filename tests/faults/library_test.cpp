@@ -1,4 +1,4 @@
-// Failing allocations in the library: the behaviour of every function that allocates.
+// Tests every function that allocates memory with failing allocations.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -19,10 +19,13 @@ namespace {
 
 using namespace vrx::test;
 
-/** Bytes that the C library may add to an allocation; nobody writes to them. */
+/** Bytes that the C library may add to an allocation. They are not written to. */
 constexpr std::size_t rounding = 24;
 
-/** Returns the allocations that a call leaks while the n-th one fails. GoogleTest makes none in between. */
+/**
+ * Returns how many allocations a call leaks if the n-th allocation fails. GoogleTest does not allocate memory in
+ * between.
+ */
 template <typename Call>
 long left_over(long n, const Call& call) {
     const long before = live_allocations();

@@ -38,7 +38,7 @@ public:
 
     [[nodiscard]] std::uint32_t length() const { return lengths[round_ % std::size(lengths)]; }
     [[nodiscard]] std::uint32_t whole_blocks() const { return 8 * ((length() + 7) / 8); }
-    /** The number of digits in a number, a few. */
+    /** Returns the number of digits for a number, which is small. */
     [[nodiscard]] std::uint32_t digits() const { return 1 + static_cast<std::uint32_t>(round_) % 17; }
     [[nodiscard]] bool coin() const { return round_ % 2 == 0; }
 
@@ -565,7 +565,7 @@ const Calls& arithmetic_calls() {
         {"mpModMult", modular(mpModMult)},
         {"mpModExp",
          [](Arguments& a) {
-             // A full-length exponent only for short numbers.
+             // Only short numbers get an exponent of full length, because longer ones take too long.
              Bytes exponent(4 * a.digits());
              const Bytes low = a.random.bytes(std::min<std::size_t>(exponent.size(), 12));
              std::copy(low.begin(), low.end(), exponent.begin());

@@ -96,7 +96,7 @@ constexpr Announced avx512[] = {
     {cpu::avx512vbmi, 1, &cpu::Leaf::ecx, &cpu::Answers::leaf7},
 };
 
-/** A CPU that reports no features, with single-cycle SIMD. */
+/** A CPU that reports no features. It is treated as one with single-cycle SIMD. */
 constexpr cpu::Answers silent{};
 
 std::uint32_t instructions(const cpu::Answers& answers) {
@@ -136,7 +136,7 @@ TEST(cpu, only_amd_cpus_from_family_1ah_lack_single_cycle_simd) {
         std::memcpy(&answers.leaf0.ebx, vendor, 4);
         std::memcpy(&answers.leaf0.edx, vendor + 4, 4);
         std::memcpy(&answers.leaf0.ecx, vendor + 8, 4);
-        // The base family goes up to 15; the extended family is added.
+        // The base family is at most 15. For larger families, the extended family is added to it.
         answers.leaf1.eax = family <= 15 ? family << 8 : 15U << 8 | (family - 15) << 20;
         answers.leaf1.eax |= 0xf00ff0ffU;  // model and stepping
         return (cpu::features(answers) & cpu::single_cycle_simd) != 0;

@@ -20,14 +20,14 @@ using vrx::test::passed;
 using vrx::test::RegistryGuard;
 using vrx::test::run_in_child;
 
-/** Results of look-ups, which have no return code. */
+/** Converts the results of look-ups, which have no return code. */
 enum LookUp { nothing = 1, something = 2 };
 
 LookUp seen(const void* found) { return found == nullptr ? nothing : something; }
 
 struct Row {
     std::string call;
-    std::function<int()> run; /**< the registered list is empty before it */
+    std::function<int()> run; /**< the registered list is empty before the call */
     int result;
     std::string log;
 };
@@ -99,7 +99,7 @@ std::vector<Row> failing_calls() {
         [] { return vrx_crpt_init_new_TZ(std::string(VRX_TZ_STRING_SIZE, '0').c_str(), nullptr); }, -2,
         deploy_returned);
 
-    // Tables by number: only the low 8 bits count.
+    // Tables by number: only the low 8 bits are used.
     for (const std::uint32_t id : {5U, 6U, 255U, 261U, 0xFFFFFF05U, 0xFFFFFFFFU})
         add(
             "TZ_by_id(" + std::to_string(id) + ")", [=] { return seen(TZ_by_id(id)); }, nothing,
@@ -109,7 +109,7 @@ std::vector<Row> failing_calls() {
             "hash_TZ_by_id(" + std::to_string(id) + ")", [=] { return seen(hash_TZ_by_id(id)); }, nothing,
             "hash_TZ_by_id: index out of range\n");
 
-    // Tables by name. A name with format specifiers is data.
+    // Tables by name. Format specifiers in a name are not interpreted.
     add(
         "TZ_by_name(NULL)", [] { return seen(TZ_by_name(nullptr)); }, nothing, "TZ_by_name: NULL name\n");
     add(

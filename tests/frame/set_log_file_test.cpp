@@ -38,7 +38,7 @@ std::string contents(const fs::path& path) {
 class SetLogFile : public testing::Test {
 protected:
     SetLogFile() : before_(fs::current_path()) {
-        // mkdtemp() replaces the last six letters.
+        // mkdtemp() replaces the last six letters of the name.
         std::string name = (fs::temp_directory_path() / ("vrx-log-" + std::string(6, 'X'))).string();
         if (mkdtemp(name.data()) == nullptr) throw fs::filesystem_error("mkdtemp", std::error_code());
         folder_ = name;
@@ -204,7 +204,7 @@ TEST_F(SetLogFile, log_can_be_set_again_after_an_unusable_path) {
 TEST_F(SetLogFile, names_similar_to_stderr_are_file_names) {
     for (const std::string name :
          {"stderrx", "stderr ", " stderr", "stder", "s", "STDERR", "stderR", "stdout", "stderr.log"}) {
-        // The text ends at the end of its allocation, so an overrun is detected.
+        // The text ends exactly at the end of its allocation, so a read beyond its end is detected.
         const std::vector<char> path(name.c_str(), name.c_str() + name.size() + 1);
         const auto child = run_in_child([&] {
             EXPECT_EQ(vrx_set_log_file(path.data()), VRX_OK);

@@ -1,4 +1,4 @@
-// Updates of contexts in ECB and CBC mode, which hold back a partial block.
+// Tests of updates in ECB and CBC mode, in which a context holds back a partial block.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -103,7 +103,7 @@ TEST(BlockModes, failed_engine_is_retried_and_the_held_count_stays) {
 }
 
 TEST(BlockModes, failed_meshing_resets_the_count_before_the_retry) {
-    // The first call fails to mesh, but starts a new section. Therefore the second call does not mesh.
+    // The first meshing fails, but it starts a new section. Therefore the retry does not mesh.
     Sample s;
     vrx_crpt_ctx ctx = s.open(VRX_MODE_SS, 1, 1);
     ctx.table.initialised = 0;

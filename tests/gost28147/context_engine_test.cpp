@@ -1,4 +1,4 @@
-// vrx_crpt_crypto_engine and vrx_crpt_context_engine: sections of a message between two meshings.
+// Tests of vrx_crpt_crypto_engine and vrx_crpt_context_engine: sections of a message between two meshings.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -50,7 +50,7 @@ TEST(CryptoEngine, equals_the_one_shot_functions_failures_included) {
             run(memory.library, [&](const vrx_data* in, vrx_data* out, std::uint8_t* iv, const std::uint8_t* key) {
                 return vrx_crpt_crypto_engine(mode, &table.record, in, out, iv, key_at(key), direction, flags);
             });
-        random = state;  // the same lengths once more
+        random = state;  // a second time with the same lengths
         model::Log expected_log;
         const model::Table model_table = table.model();
         const auto expected =
@@ -187,7 +187,7 @@ TEST(ContextEngine, final_flag_across_a_section_border_drops_the_first_flag) {
     const CallResult result = run_engine(with_final, counted(1032), 1032);
     EXPECT_EQ(result.rc, VRX_OK);
     EXPECT_EQ(hex(result.output), hex(run_engine(unprepared, counted(1032), 1032).output));
-    // If the data fits in one section, the flag is not lost.
+    // If the data fits in one section, the flag VRX_FLAG_FIRST has its effect.
     with_final = s.open(VRX_MODE_GAMM, 1, 1);
     with_final.flags = VRX_FLAG_FIRST | VRX_FLAG_PAD;
     vrx_crpt_ctx prepared = s.open(VRX_MODE_GAMM, 1, 1);

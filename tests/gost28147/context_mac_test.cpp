@@ -1,4 +1,4 @@
-// Contexts in MAC mode: updates and final.
+// Tests of contexts in MAC mode: updates and finishing.
 #include <gtest/gtest.h>
 
 #include <cstdint>

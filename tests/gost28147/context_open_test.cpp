@@ -1,4 +1,4 @@
-// Opening and resetting a context: every field of the record.
+// Tests every field of the record after opening and resetting a context.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -94,7 +94,7 @@ TEST(Init, takes_a_table_that_is_not_deployed) {
     for (const std::uint32_t mode : all_modes) EXPECT_EQ(s.open(mode).table.initialised, 0);
 }
 
-/** A parameter block of the older kind, in order. */
+/** A valid parameter block of the older kind. */
 struct OldSample : Sample {
     vrx_crpt_table_rec record{table.record, VRX_MODE_IMITO, 0x1234, 1, 0x5678};
     Bytes raw = Bytes(sizeof record);

@@ -1,4 +1,4 @@
-// Updates of contexts in CNT and CFB mode.
+// Tests of updates in CNT and CFB mode.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -46,7 +46,7 @@ TEST(Streams, first_byte_encrypts_the_counter_and_clears_the_flags) {
     EXPECT_EQ(ctx.block_len, 7u);
     EXPECT_EQ(hex(ctx.block), hex(gamma));
     EXPECT_EQ(hex(ctx.iv), hex(counter));
-    // Without the bit, the register is used unchanged. The other bits do not change.
+    // Without VRX_FLAG_FIRST, the register is used unchanged. The other bits of the flags do not change.
     ctx = s.open(VRX_MODE_GAMM);
     ctx.flags = 0xFE;
     updated(ctx, Bytes(8));
@@ -88,7 +88,7 @@ TEST(Streams, partial_cfb_block_starts_with_ciphertext_both_ways) {
         Bytes expected = gamma;
         std::ranges::copy(direction != 0 ? output : unhex("a1a2a3"), expected.begin());
         EXPECT_EQ(hex(ctx.block), hex(expected));
-        // The register holds the padded ciphertext until the block is complete.
+        // Until the block is complete, the register holds the ciphertext of the padded block.
         EXPECT_EQ(hex(ctx.iv), direction != 0 ? hex(expected) : "a1a2a30000000000");
         const Bytes more = updated(ctx, unhex("b1b2b3b4b5"));
         std::ranges::copy(direction != 0 ? more : unhex("b1b2b3b4b5"), expected.begin() + 3);
@@ -150,7 +150,8 @@ TEST(Streams, long_overlapping_pieces_equal_the_model) {
 }
 
 TEST(Streams, held_cfb_bytes_are_written_before_the_rest_is_read) {
-    // The output lies one byte behind the input, so that each held byte reads the one that was just written.
+    // The output starts one byte after the input. Each byte of the left-over key stream is therefore combined with the
+    // output byte that was just written.
     const Sample s;
     vrx_crpt_ctx ctx = s.open(VRX_MODE_GFB, 0);
     updated(ctx, counted(3));
@@ -167,7 +168,8 @@ TEST(Streams, held_cfb_bytes_are_written_before_the_rest_is_read) {
 }
 
 TEST(Streams, cnt_reads_its_tail_after_writing_the_blocks_before_it) {
-    // A one-shot call copies the tail first; here the first output block lies over it.
+    // A one-shot call copies the last partial block first. Here, the first output block overwrites it before it is
+    // read.
     const Sample s;
     vrx_crpt_ctx apart = s.open(VRX_MODE_GAMM);
     vrx_crpt_ctx over = apart;

@@ -1,4 +1,4 @@
-// Contexts: random sequences of calls, the checks of each update, and final.
+// Tests of contexts: random sequences of calls, the checks of each update, and finishing.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -152,7 +152,7 @@ TEST(Update, a_table_that_is_not_deployed_fails) {
         const vrx_crpt_ctx before = ctx;
         EXPECT_EQ(update(ctx, counted(8), 8).rc, VRX_ERR_FAILED);
         EXPECT_EQ(difference(ctx, before), "");
-        // Only ECB logs a line, and it is called twice.
+        // Only ECB logs a line. The mode function is called twice, so there are two lines.
         EXPECT_EQ(s.log.take(), mode == VRX_MODE_SS ? not_deployed + not_deployed : "");
     }
 }

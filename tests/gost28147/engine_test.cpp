@@ -1,4 +1,5 @@
-// Every engine compared with the plain modes: all lengths, addresses, overlaps and tables, and which code path ran.
+// Compares every engine with the plain modes for all lengths, addresses, overlaps and tables, and checks which code
+// path ran.
 #include "gost28147/engine/list.hpp"
 
 #include <gtest/gtest.h>
@@ -70,14 +71,17 @@ class EveryEngine : public vrx::test::EachEngine<vrx::gost28147::choice> {
 protected:
     Random random_;
     Bytes key_bytes_ = random_.bytes(VRX_KEY_SIZE + 1);
-    /** At an odd address. */
+    /** The data is at an odd address. */
     Key key_{static_cast<const std::uint32_t*>(static_cast<const void*>(key_bytes_.data() + 1))};
     AtOddPlace sound_{from_s_boxes(random_)};
     AtOddPlace strange_{from_no_s_boxes(random_)};
     const vrx_tz* tables_[3] = {&TZ_28147_89[1], &sound_.table(), &strange_.table()};
 };
 
-/** Runs both at the same offsets of two copies of memory, and compares the copies and the registers. */
+/**
+ * Runs the engine and the plain mode at the same offsets of two copies of memory. Compares the copies and the
+ * registers.
+ */
 void expect_same(const Named& f, Cipher c, const Bytes& memory, std::size_t in, std::size_t out, std::size_t blocks,
                  const Bytes& reg) {
     Bytes fast = memory;
@@ -138,7 +142,7 @@ TEST_P(EveryEngine, counters_around_the_carry) {
     for (const std::uint32_t n2 : {0x00000000U, 0x00000001U, 0x01010103U, 0x01010104U, 0xFEFEFEFAU, 0xFEFEFEFBU,
                                    0xFEFEFEFCU, 0xFFFFFFFEU, 0xFFFFFFFFU})
         for (std::uint32_t steps = 0; steps < 140; steps += 1 + steps / 3) {
-            // `steps` steps before the carry.
+            // Returns the counter that is `steps` steps before the carry.
             const std::uint32_t start[2] = {random_.word(), n2 - steps * 0x01010104U};
             Bytes reg(block);
             std::memcpy(reg.data(), start, block);
@@ -160,8 +164,8 @@ TEST_P(EveryEngine, a_flipped_bit_anywhere_in_the_table_is_noticed) {
     const WayOf trusting = way_taken(e, Mode::ecb_encrypt, {{table, key_}, nullptr, data.data(), got.data(), 40});
     for (std::size_t bit = 0; bit < 8 * sizeof table; ++bit) {
         bytes[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
-        // One number of blocks for which the table is checked before the rounds, and one for which it is checked
-        // between them.
+        // For one of these numbers of blocks, engines check the table before the rounds; for the other, between the
+        // rounds.
         for (const std::size_t blocks : {40U, 32U}) {
             plain::run(Mode::ecb_encrypt, {{table, key_}, nullptr, data.data(), expected.data(), blocks});
             const WayOf way =
@@ -203,7 +207,7 @@ TEST_P(EveryEngine, one_entry_changed_to_another_s_box_output_is_detected) {
     for (int turn = 0; turn < 2000; ++turn) {
         vrx_tz table = from_s_boxes(random_);
         const vrx_tz other = from_s_boxes(random_);
-        // Rows, columns, diagonals and single entries of another table.
+        // Replaces rows, columns, diagonals and single entries by those of another table.
         const unsigned m = random_.below(4);
         const unsigned x = random_.below(256);
         for (unsigned i = 0; i < 16; ++i) {
@@ -269,7 +273,7 @@ TEST_P(EveryEngine, contexts_with_a_border_at_every_position) {
                               static_cast<const std::uint32_t*>(static_cast<const void*>(key_bytes_.data()))),
                           VRX_OK);
             };
-            // Pieces from 'from', each of at most 'most' bytes, until the end.
+            // Processes pieces of at most `most` bytes, from the offset `from` to the end.
             const auto feed = [&](vrx_crpt_ctx& ctx, Bytes& out, std::size_t& read, std::size_t& written,
                                   std::size_t end, std::size_t most) {
                 while (read != end) {

@@ -52,7 +52,7 @@ void run_model(Kernel kernel, const std::uint8_t* in, std::uint8_t* out, std::ui
     }
 }
 
-/** Arguments for tests that fix one of them: built-in table A, a key, a block and a state. */
+/** Arguments for tests: the built-in table A, a key, a block and a state. A test changes one of them. */
 struct Sample {
     TestTable table = published_table("id-Gost28147-89-CryptoPro-A-ParamSet");
     Bytes key = unhex("0123456789abcdeffedcba98765432100011223344556677ffeeddccbbaa9988");
@@ -156,7 +156,7 @@ TEST(Kernel, mac_of_a_zero_block_is_its_16_round_image) {
     const Bytes zero(8);
     Bytes state(8);
     vrx_gost_imito_64_m(zero.data(), state.data(), key_at(s.key.data()), &s.table.record);
-    // Equal data and state cancel out, so any such pair has the same image.
+    // If data and state are equal, their sum is 0, so every such pair yields the same result.
     Bytes same = s.block;
     vrx_gost_imito_64_m(s.block.data(), same.data(), key_at(s.key.data()), &s.table.record);
     EXPECT_EQ(state, same);
@@ -180,7 +180,7 @@ struct Step {
     const char* after;
 };
 
-/** Steps the counter, and checks that the gamma is the encryption of the stepped counter. */
+/** Performs a step of the counter, and checks that the gamma is the encryption of the new counter. */
 void expect_step(const Step& step) {
     SCOPED_TRACE(step.before);
     const Sample s;
@@ -207,7 +207,7 @@ TEST(Kernel, the_high_counter_word_steps_modulo_2_to_the_32_less_1) {
 
 TEST(Kernel, the_high_counter_word_becomes_all_ones_and_never_zero) {
     expect_step({"00000000fbfefefe", "01010101ffffffff"});
-    // The carry out of the low word does not reach the high word.
+    // The carry out of the low word is not added to the high word.
     expect_step({"fffffffffbfefefe", "00010101ffffffff"});
     expect_step({"ffffffffffffffff", "0001010104010101"});
 }

@@ -1,4 +1,5 @@
-// Published answers, checked with kernels, one-shot modes, contexts and the model, for all cuts and addresses.
+// Checks published answers with kernels, one-shot modes, contexts and the model, for all cuts of the message and all
+// addresses.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,7 +19,7 @@ using namespace vrx::test;
 
 const std::string folder = in_project("tests/gost28147/");
 
-/** The S-boxes of a block of answers: a published set, or octets that the source gives. */
+/** The S-boxes for a block of the answer file: a published set, or octets that the source gives. */
 TestTable table_of(const KatBlock& block) {
     if (block.has("sbox")) return published_table(block.text("sbox"));
     Bytes octets = block.octets("sbox_octets");
@@ -38,7 +39,7 @@ bool meshing_of(const KatBlock& block) {
     return meshing == "cryptopro";
 }
 
-/** Bytes at a chosen distance from an aligned address that end where their memory ends. */
+/** Bytes at a chosen distance from an aligned address. They end at the end of their memory. */
 class Placed {
 public:
     explicit Placed(const Bytes& bytes, std::size_t offset = 0) : memory_(offset + bytes.size()), offset_(offset) {
@@ -108,7 +109,7 @@ Bytes by_model(const Answer& a) {
     return output;
 }
 
-/** The dispatcher, piece by piece. With key meshing, a piece ends where its section ends. */
+/** Calls the dispatcher piece by piece. With key meshing, a piece ends at the end of its section. */
 Bytes by_modes(const Answer& a, const Pieces& pieces, bool in_place, std::size_t offset) {
     Placed key(a.key, offset);
     Placed iv(a.iv.empty() ? Bytes(8) : a.iv, offset);
@@ -155,7 +156,7 @@ Bytes by_context(const Answer& a, const Pieces& pieces, bool in_place, std::size
     return output.bytes();
 }
 
-/** Offsets from an aligned address: all, or fewer under sanitizers and where there are many cuts. */
+/** Offsets from an aligned address: all offsets, or fewer if sanitizers are used or there are many cuts. */
 const std::vector<std::size_t> offsets =
     sanitized ? std::vector<std::size_t>{0, 1, 6} : std::vector<std::size_t>{0, 1, 2, 3, 4, 5, 6, 7};
 const std::vector<std::size_t> context_offsets =
@@ -164,7 +165,7 @@ const std::vector<std::size_t> context_offsets =
 // --- The checks ------------------------------------------------------------------------------------------------------
 
 void expect_from_modes(const Answer& a) {
-    // All pieces but the last consist of whole blocks, and no piece crosses a meshing.
+    // Returns true if all pieces except the last consist of whole blocks, and no key meshing falls inside a piece.
     std::vector<Pieces> cuts;
     const std::uint32_t longest = a.meshing ? VRX_MESHING_SECTION : a.size();
     for (std::uint32_t size = 8; size < std::min(a.size(), longest); size += 8)
@@ -234,7 +235,7 @@ void expect_mac(const KatBlock& block) {
             message.insert(message.end(), unit.begin(), unit.end());
     }
     const auto total = static_cast<std::uint32_t>(message.size());
-    // Sources print only those first octets of the state that they use.
+    // Sources print only the first octets of the state, which they use as MAC.
     const auto printed = [&](const std::uint8_t* state) { return hex({state, expected.size() / 2}); };
 
     {

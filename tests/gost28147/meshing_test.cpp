@@ -1,4 +1,4 @@
-// CryptoPro key meshing: the step, the count of bytes, and messages longer than 1024 bytes.
+// Tests of CryptoPro key meshing: the step, the count of bytes, and messages longer than 1024 bytes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -95,7 +95,7 @@ TEST(MeshingStep, null_arguments_fail_as_in_the_ecb_calls) {
     EXPECT_EQ(s.log.take(), bad_params + bad_params);
     EXPECT_EQ(s.key, key);
     EXPECT_EQ(s.iv, iv);
-    // The IV comes second, after the key has been meshed.
+    // The IV is meshed after the key.
     const std::string meshed = hex(s.meshed_key());
     EXPECT_EQ(vrx_crpt_crypto_pro_key_meshing_engine(&s.table.record, nullptr, key_at(s.key.data())),
               VRX_ERR_BAD_PARAMS);
@@ -193,7 +193,7 @@ TEST(MeshingCount, a_failed_meshing_closes_the_context) {
     EXPECT_EQ(vrx_make_key_meshing(&ctx), VRX_ERR_FAILED);
     EXPECT_EQ(difference(ctx, expected), "");
     EXPECT_EQ(s.log.take(), not_deployed + not_deployed);
-    // The state is not checked: the step also runs on a closed context.
+    // The function does not check the state, so the step also runs on a closed context.
     EXPECT_EQ(vrx_make_key_meshing(&ctx), VRX_ERR_FAILED);
     EXPECT_EQ(s.log.take(), not_deployed + not_deployed);
 }
@@ -217,7 +217,7 @@ INSTANTIATE_TEST_SUITE_P(Meshing, EveryMode, testing::Values(1u, 2u, 3u, 4u, 5u)
     return std::string(std::array{"ss", "gamm", "gfb", "cbc", "imito"}[mode.param - 1]);
 });
 
-/** Feed bytes of zeros; the code must be 0. */
+/** Process bytes of zeros; the return code must be 0. */
 void feed(vrx_crpt_ctx& ctx, std::uint32_t count) {
     Bytes bytes(count);
     Bytes output(count + 8);
@@ -247,7 +247,7 @@ TEST_P(EveryMode, meshing_waits_for_the_first_byte_behind_a_section) {
     EXPECT_EQ(key_after({1024, 1024}), one);
     EXPECT_EQ(key_after({2056}), two);
     EXPECT_EQ(key_after({1, 2047, 8}), two);
-    // CNT and CFB start a block with its first byte; the other modes wait for a whole block.
+    // CNT and CFB process a block as soon as its first byte arrives; the other modes process it when it is complete.
     const bool at_once = GetParam() == VRX_MODE_GAMM || GetParam() == VRX_MODE_GFB;
     EXPECT_EQ(key_after({1025}), at_once ? one : none);
 }
@@ -366,7 +366,7 @@ TEST(Meshing, a_mac_keeps_its_state_and_meshes_key_and_vector) {
 }
 
 TEST(Meshing, failed_meshing_logs_twice_and_block_modes_ignore_it) {
-    // In ECB mode, the two calls of the mode function also log the table. CBC logs nothing.
+    // In ECB mode, the two calls of the mode function also log that the table is not deployed. CBC logs nothing.
     for (const std::uint32_t mode : {unsigned{VRX_MODE_SS}, unsigned{VRX_MODE_CBC}}) {
         Sample s;
         vrx_crpt_ctx ctx = open_context(s, mode, 1);

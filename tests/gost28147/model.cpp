@@ -32,7 +32,10 @@ void store_block(std::uint8_t* bytes, Block block) {
 
 Block operator^(Block a, Block b) { return {a.n1 ^ b.n1, a.n2 ^ b.n2}; }
 
-/** One round for each digit of `order`, the number of its key word. Every round ends with a swap of the halves. */
+/**
+ * Performs one round for each digit of `order`, which is the index of the round's key word. Every round ends with a
+ * swap of the halves.
+ */
 Block rounds(Block block, const std::uint8_t* key, const Substitution& f, std::string_view order) {
     for (const char digit : order) block = {block.n2 ^ f(block.n1 + load(key + 4 * (digit - '0'))), block.n1};
     return block;
@@ -165,7 +168,7 @@ void gamm_64(const std::uint8_t* in, std::uint8_t* out, std::uint8_t* counter, c
 void gfb_64(const std::uint8_t* in, std::uint8_t* out, std::uint8_t* feedback, const std::uint8_t* key,
             const Substitution& f, int encrypt) {
     store_block(out, load_block(in) ^ encrypted(load_block(feedback), key, f));
-    // Read after out is written: in-place decryption feeds back the decrypted block.
+    // The input is read after `out` is written, so in-place decryption feeds back the decrypted block.
     store_block(feedback, load_block(low_byte(encrypt) ? out : in));
 }
 
@@ -187,7 +190,7 @@ struct Verdict {
     const char* text = "";
 };
 
-/** The checks that all modes share. ECB and MAC pass their key again in place of an IV. */
+/** The checks that all modes have in common. ECB and MAC pass their key again, in place of an IV. */
 Verdict check(const Table* table, const vrx_data* in, const vrx_data* out, const std::uint8_t* iv,
               const std::uint8_t* key, bool is_mac = false) {
     if (table == nullptr || in == nullptr || out == nullptr || iv == nullptr || key == nullptr)
@@ -207,7 +210,10 @@ Verdict check_whole_blocks(const Table* table, const vrx_data* in, const vrx_dat
     return {VRX_ERR_BLOCK_MULTIPLE, "input data length should be multiple of block size"};
 }
 
-/** The blocks of a buffer that may end in a partial one. That one is copied before the first block is processed. */
+/**
+ * Processes the blocks of a buffer that may end with a partial block. The partial block is copied before the first
+ * block is processed.
+ */
 struct Cut {
     std::uint32_t full_blocks = 0;
     std::uint32_t tail_length = 0;
@@ -220,7 +226,7 @@ struct Cut {
     }
 };
 
-/** CNT and CFB: `step` on every whole block, then on the padded one in place. */
+/** For CNT and CFB: performs `step` on every whole block, and then on the padded block in place. */
 template <typename Step>
 int stream(Cut& cut, const vrx_data* in, vrx_data* out, Step step) {
     for (std::uint32_t i = 0; i < cut.full_blocks; ++i) step(in->data + 8 * i, out->data + 8 * i);
@@ -387,14 +393,14 @@ int reset(Log& log, Context* ctx) {
 
 namespace {
 
-/** A step that is retried once if it fails. The second status counts. */
+/** Performs a step, and a second time if it fails. Returns the status of the last attempt. */
 template <typename Step>
 int twice_on_failure(Step step) {
     const int rc = step();
     return rc == VRX_OK ? rc : step();
 }
 
-/** ECB, CBC and unknown modes: passes whole blocks to the engine and keeps the rest in the context. */
+/** For ECB, CBC and unknown modes: passes whole blocks to the engine and keeps the rest in the context. */
 int buffered(Log& log, Context* ctx, const vrx_data* in, vrx_data* out) {
     vrx_crpt_ctx& r = ctx->record;
     const std::uint32_t held = r.block_len;

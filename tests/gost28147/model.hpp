@@ -1,8 +1,9 @@
 // Slow reference implementation of GOST 28147-89 for tests and fuzzers.
 //
-// It shares only the record types with the library. Rounds substitute nibble by nibble from the published S-boxes.
-// Every function takes the arguments of its namesake in the library (keys as 32 bytes), checks them, reads and writes
-// memory in the same order, and returns the same code. It appends to a string what the library must log.
+// It has only the record types in common with the library. Rounds substitute nibble by nibble with the published
+// S-boxes. Every function takes the arguments of the library function with the same name (keys as 32 bytes). It checks
+// them, reads and writes memory in the same order, and returns the same code. It appends the lines that the library
+// must log to a string.
 #ifndef VRX_TESTS_GOST28147_MODEL_HPP
 #define VRX_TESTS_GOST28147_MODEL_HPP
 
@@ -17,23 +18,26 @@
 
 namespace vrx::test::model {
 
-/** Eight S-boxes; box r substitutes bits 4r to 4r + 3 (it is K(r + 1) of the standards). */
+/** Eight S-boxes. Box r substitutes bits 4r to 4r + 3; the standards call it K(r + 1). */
 using SBoxes = std::array<std::array<std::uint8_t, 16>, 8>;
 
 /** The sets of RFC 4357, sections 11.1 and 11.2, by name. */
 const std::map<std::string, SBoxes>& published_s_boxes();
 
-/** S-boxes from the 64 octets of RFC 4357, section 11.1: octet 4i + j has K(2j + 1) at i in its high nibble. */
+/**
+ * S-boxes from the 64 octets of RFC 4357, section 11.1. The high nibble of octet 4i + j is the output of K(2j + 1) for
+ * the input i.
+ */
 SBoxes s_boxes_of_octets(std::span<const std::uint8_t> octets);
 
-/** The library's numeric form: the same octets with their nibbles exchanged. */
+/** The numeric TZ of the library: the octets of RFC 4357 with swapped nibbles. */
 std::array<std::uint8_t, VRX_NUM_TZ_SIZE> numeric_form(const SBoxes& boxes);
 
 /** The round function on the sum of a half and a key word: substitution, then rotation left by 11 bits. */
 class Substitution {
 public:
     explicit Substitution(const SBoxes& boxes) : boxes_(boxes) {}
-    /** With look-up tables of any content. */
+    /** The same round function, with look-up tables of any content. */
     explicit Substitution(const vrx_tz& tables) : tables_(tables) {}
     std::uint32_t operator()(std::uint32_t value) const;
 

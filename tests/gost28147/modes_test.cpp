@@ -1,4 +1,4 @@
-// The one-shot modes: a whole buffer in one call.
+// Tests of the one-shot modes: a whole buffer in one call.
 #include "vrx/modes.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ std::string name_of(const testing::TestParamInfo<Function>& mode) {
 class EveryMode : public testing::TestWithParam<Function> {};
 INSTANTIATE_TEST_SUITE_P(Modes, EveryMode, testing::ValuesIn(modes), name_of);
 
-/** All modes but the MAC, which has no output and no direction. */
+/** All modes except the MAC, which has no output and no direction. */
 class EveryCipher : public testing::TestWithParam<Function> {};
 INSTANTIATE_TEST_SUITE_P(Modes, EveryCipher, testing::ValuesIn(ciphers), name_of);
 
@@ -123,7 +123,7 @@ TEST_P(EveryCipher, overlapping_buffers_are_taken_block_after_block) {
     };
     for (std::ptrdiff_t backwards = -304; backwards <= 0; ++backwards) ASSERT_TRUE(overlap(backwards));
     for (std::ptrdiff_t forwards = 8; forwards <= 304; forwards += 8) ASSERT_TRUE(overlap(forwards));
-    // At distances above one block, each block is read before it is overwritten.
+    // If the output starts more than one block after the input, each block is read before it is overwritten.
     for (std::ptrdiff_t forwards = 9; forwards <= 100; ++forwards) ASSERT_TRUE(overlap(forwards));
 }
 
@@ -214,7 +214,7 @@ TEST_P(EveryCipher, decryption_inverts_encryption) {
 
 constexpr unsigned defect_count = 11;
 
-/** Every combination of invalid arguments: the first invalid one decides. */
+/** Tests every combination of invalid arguments. The first invalid argument determines the code. */
 void expect_first_defect_decides(Function function, LogCapture& log) {
     Random random;
     TwinMemory memory(512);
@@ -231,7 +231,7 @@ void expect_first_defect_decides(Function function, LogCapture& log) {
         at.key = 350;
         at.length = wrong(0) ? 0 : wrong(1) ? 20 : 24;
         at.capacity = call.is_mac() ? (wrong(2) ? random.below(8) : 8) : wrong(2) ? at.length - 1 : at.length;
-        if (at.capacity == UINT32_MAX) at.capacity = 0;  // nothing is less than an empty input
+        if (at.capacity == UINT32_MAX) at.capacity = 0;  // the capacity cannot be below the length of an empty input
         at.null_table = wrong(3);
         at.null_in = wrong(4);
         at.null_out = wrong(5);
@@ -274,7 +274,7 @@ TEST_P(EveryMode, codes_are_the_same_without_a_log) {
     EXPECT_EQ(run_library(call, nullptr, &in, &out, iv, key), VRX_ERR_BAD_PARAMS);
 }
 
-/** A valid call, which tests make invalid, and what it returns and logs. */
+/** A valid call, which tests change to an invalid one, with its return code and log. */
 struct Spoilt {
     TestTable table = published_table("id-Gost28147-89-CryptoPro-C-ParamSet");
     Bytes input = Bytes(32, 0x11);
@@ -415,7 +415,7 @@ TEST(Modes, output_as_long_as_the_input_suffices) {
             EXPECT_EQ(s.run({function, 1, 0, 0}).first, VRX_OK);
             EXPECT_EQ(s.out.length, 16u);
             EXPECT_EQ(s.in.length, 16u);
-            // Nothing after the written bytes changes.
+            // Checks that the bytes after the output are unchanged.
             EXPECT_EQ(hex({s.output.data() + 16, 16}), "22222222222222222222222222222222");
         }
 }
@@ -647,7 +647,7 @@ TEST(Modes, partial_cnt_block_is_a_prefix_of_the_padded_one) {
         EXPECT_EQ(partial.out.length, length);
         EXPECT_EQ(hex({partial.output.data(), length}), hex({whole.output.data(), length}));
         EXPECT_EQ(partial.output[length], 0x22);
-        // The counter has taken a whole step.
+        // The counter has advanced by a whole step.
         EXPECT_EQ(partial.iv, whole.iv);
     }
 }
@@ -731,7 +731,7 @@ TEST(Modes, the_first_flag_clears_the_whole_mac_state) {
 }
 
 TEST(Modes, the_padded_block_is_copied_before_any_block_is_written) {
-    // The output of the first block overlaps the tail of the input.
+    // The output of the first block overlaps the last partial block of the input.
     for (const Function function : {Function::gamm, Function::gfb}) {
         Spoilt apart;
         apart.in.length = 13;
@@ -754,7 +754,7 @@ TEST(Modes, both_counter_words_wrap_within_one_buffer) {
     for (const std::uint32_t low : words)
         for (const std::uint32_t high : words)
             for (std::uint32_t blocks_before = 0; blocks_before < 12; ++blocks_before) {
-                // Both words reach the edge value inside the buffer, at every position within a vector.
+                // Both words of the counter reach the edge value inside the buffer, at every position within a vector.
                 Place at;
                 at.in = 33;
                 at.out = 1000;

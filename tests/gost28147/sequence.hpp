@@ -9,12 +9,12 @@
 
 namespace vrx::test {
 
-/** Draws valid and invalid calls of every kind, and runs them on library and model. */
+/** Chooses valid and invalid calls of every kind at random, and runs them on the library and on the model. */
 class Sequence {
 public:
     explicit Sequence(Random& random) : random_(random), twins_(random) {}
 
-    /** False after a difference. */
+    /** False after a difference between library and model. */
     bool open() {
         const TestTable& table = any_table(random_);
         const bool deployed = random_.below(10) != 0;
@@ -52,7 +52,8 @@ public:
     }
 
     bool step() {
-        // The count exceeds a section only after counting from an odd start. The engine does not support such counts.
+        // The count exceeds a section only if it started at a value that is not a multiple of 8.
+        // vrx_crpt_context_engine() does not support such counts.
         if (twins_.record().mesh_count > VRX_MESHING_SECTION)
             twins_.poke([](vrx_crpt_ctx& ctx) { ctx.mesh_count = 0; });
         switch (random_.below(24)) {
@@ -141,7 +142,7 @@ private:
     bool size_query() {
         Buffers at;
         at.in = 100;
-        // Only the count matters.
+        // A query for the size uses only the length of the input, not its bytes.
         at.length = twins_.record().mode == VRX_MODE_IMITO ? 5 : random_.coin() ? random_.below(100) : 0xFFFFFFF0;
         at.capacity = random_.word();
         at.null_out_data = true;
@@ -202,7 +203,8 @@ private:
             default:
                 break;
         }
-        // The engine checks the capacity for the first section only, so it gets room for everything.
+        // vrx_crpt_context_engine() checks the capacity only for the first section, so the output has room for the
+        // whole input.
         return twins_.run(stream, at).has_value();
     }
 

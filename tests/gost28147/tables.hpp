@@ -1,4 +1,4 @@
-// The substitution tables that the cipher is tested with, each with its form for the model.
+// The substitution tables with which the cipher is tested, each with the corresponding table of the model.
 #ifndef VRX_TESTS_GOST28147_TABLES_HPP
 #define VRX_TESTS_GOST28147_TABLES_HPP
 
@@ -25,7 +25,7 @@ const vrx_tz* built_in(const std::string& name);
 /** A set of RFC 4357: the library's own table, and the published S-boxes. */
 TestTable published_table(const std::string& name);
 
-/** S-boxes of a caller, deployed by the library. */
+/** Caller-supplied S-boxes, deployed by the library. */
 TestTable deployed_table(const std::string& name, const model::SBoxes& boxes);
 
 /** All published sets, two of random S-boxes, and two of random bytes that no S-boxes produced. */
@@ -39,7 +39,7 @@ inline const std::uint32_t* key_at(const std::uint8_t* bytes) {
 }
 inline std::uint32_t* key_at(std::uint8_t* bytes) { return static_cast<std::uint32_t*>(static_cast<void*>(bytes)); }
 
-/** The same bytes twice: the library works on one copy, the model on the other. */
+/** Two copies of the same bytes: one for the library, and one for the model. */
 struct TwinMemory {
     Bytes library;
     Bytes model;
@@ -54,7 +54,7 @@ struct TwinMemory {
     [[nodiscard]] std::string difference() const;
 };
 
-/** A number whose low 8 bits are `low` and whose others are random. */
+/** A number whose low 8 bits are `low` and whose other bits are random. */
 inline int rubbish_above(Random& random, unsigned low) {
     return static_cast<int>((random.word() & 0xFFFFFF00u) | (low & 0xFFu));
 }

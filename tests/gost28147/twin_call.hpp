@@ -20,7 +20,7 @@ struct Call {
     Function function = Function::ss;
     int direction = 1;
     int flags = 0;
-    int mode = 0;  // of the dispatcher
+    int mode = 0;  // the mode number for the dispatcher
 
     [[nodiscard]] bool is_mac() const { return function == Function::imito || function == Function::imito_low; }
 };
@@ -72,7 +72,7 @@ inline int run_model(model::Log& log, const Call& c, const model::Table* table, 
 /** Memory arguments as offsets into a twin memory, and which of them are NULL. */
 struct Place {
     std::size_t in = 0;
-    std::size_t out = 0;  // of a MAC: its state
+    std::size_t out = 0;  // for a MAC, its state
     std::size_t iv = 0;
     std::size_t key = 0;
     std::uint32_t length = 0;
@@ -83,8 +83,8 @@ struct Place {
 };
 
 /**
- * Library and model on the same call: code, log, every byte of memory and the output's length must agree. Returns the
- * code, or nothing after a difference.
+ * Runs the same call on library and model. Code, log, every byte of memory and the output's length must agree. Returns
+ * the code, or nothing if there is a difference.
  */
 inline std::optional<int> expect_equal(TwinMemory& memory, LogCapture& capture, const TestTable& table,
                                        const Call& call, const Place& at) {

@@ -57,7 +57,7 @@ TwinContext::TwinContext(Random& random, std::size_t memory)
       first_substitution_(library_.table),
       model_{library_, &first_substitution_} {
     memory_.refill(random);
-    // Do not start from counts that no call can leave.
+    // Do not start from counts that no call can produce.
     poke([](vrx_crpt_ctx& r) {
         r.block_len &= 7;
         r.mesh_count = 0;

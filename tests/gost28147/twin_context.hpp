@@ -11,7 +11,10 @@
 
 namespace vrx::test {
 
-/** Names of the fields that differ, with both values; empty when every byte of the records is the same. */
+/**
+ * Returns the names of the fields that differ, with both values. The text is empty if all bytes of the records are
+ * equal.
+ */
 std::string difference(const vrx_crpt_ctx& actual, const vrx_crpt_ctx& expected);
 
 /** The functions that take a context and buffers. */
@@ -42,7 +45,8 @@ public:
     /** Both records start from the same random bytes. */
     explicit TwinContext(Random& random, std::size_t memory = 9000);
 
-    // Each call returns its code, or nothing if library and model differ (which is then reported).
+    // Each of these functions returns the code of the call, or nothing if library and model differ. A difference is
+    // reported.
     std::optional<int> init(const TestTable& table, bool deployed, int direction, std::uint32_t mode,
                             std::uint32_t key_meshing, bool with_iv);
     std::optional<int> old_init(const TestTable& table, bool deployed, int direction, OldParams p);
@@ -68,7 +72,7 @@ private:
     Random& random_;
     TwinMemory memory_;
     vrx_crpt_ctx library_;
-    model::Substitution first_substitution_;  // of the random table before the first initialisation
+    model::Substitution first_substitution_;  // the substitution of the random table before the first initialisation
     model::Context model_;
     model::Log log_;
     LogCapture capture_;

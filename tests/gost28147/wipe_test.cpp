@@ -21,9 +21,9 @@ struct Secrets {
 
 struct Call {
     const char* name;
-    /** The plaintext is the text before the call (encryption) or after it (decryption). */
+    /** The plaintext is the content of the text before the call (encryption) or after the call (decryption). */
     enum { before, after } plaintext;
-    /** Preparation that is not observed. */
+    /** Preparation before the call whose stack is searched. */
     std::function<void(Secrets&)> prepare;
     std::function<void(Secrets&)> run;
 };
@@ -43,7 +43,7 @@ Call mode(const char* name, int mode, int direction, std::uint32_t size) {
             }};
 }
 
-/** With a table that no S-boxes expand to, which takes another code path. */
+/** A table that is not the expansion of any S-boxes, which causes another code path. */
 Call by_own_table(const char* name, int direction) {
     return {name, direction != 0 ? Call::before : Call::after, nothing, [=](Secrets& s) {
                 static const vrx_tz own = [] {
@@ -61,7 +61,7 @@ void init(Secrets& s, std::uint32_t mode, int direction) {
     refused |= vrx_crpt_init_context(&s.ctx, direction, get_GOST28147_par(1)->tz, mode, 0, 1, 0, s.iv, s.key);
 }
 
-/** In pieces, across two meshings. */
+/** Encrypts in pieces, across two meshings. */
 Call context(const char* name, std::uint32_t mode, int direction) {
     return {name, direction != 0 ? Call::before : Call::after, [=](Secrets& s) { init(s, mode, direction); },
             [mode](Secrets& s) {
@@ -75,11 +75,11 @@ Call context(const char* name, std::uint32_t mode, int direction) {
             }};
 }
 
-// A message may end with a tail of 7 bytes, text[tail_at] and following.
+// A message may end with a partial block of 7 bytes, which begins at text[tail_at].
 constexpr std::uint32_t tail_size = 7;
 constexpr std::uint32_t tail_at = 1696;
 
-/** In one piece, which ends with a tail. */
+/** Encrypts in one piece, which ends with a partial block. */
 Call context_with_tail(const char* name, std::uint32_t mode, int direction) {
     return {name, direction != 0 ? Call::before : Call::after, [=](Secrets& s) { init(s, mode, direction); },
             [](Secrets& s) {
@@ -144,7 +144,7 @@ std::string left_by(const Call& call) {
     static Secrets secrets;
     static Random random;
     refused = VRX_OK;
-    // The first run covers one-time work: the dynamic linker resolves functions, and saves all registers.
+    // The first run is for one-time work: the dynamic linker resolves functions, and saves all registers.
     for (int run = 0; run < 2; ++run) {
         secrets = random.value<Secrets>();
         secrets.text[1023] = 0;  // the padding of 1023 bytes
@@ -163,7 +163,8 @@ std::string left_by(const Call& call) {
             Bytes twice(word, word + 4);
             twice.insert(twice.end(), word, word + 4);
             wanted.emplace_back(std::string(what) + ", a word", twice);
-            // The form in engines with planes of bytes: negated bytes, repeated in all bytes of a vector.
+            // The form of key bytes in engines that use planes of bytes: a negated byte, repeated in all bytes of a
+            // vector.
             Bytes planes(4, static_cast<std::uint8_t>(-word[0]));
             planes.insert(planes.end(), 4, static_cast<std::uint8_t>(-word[1]));
             if (word[0] != word[1]) wanted.emplace_back(std::string(what) + ", bytes", planes);
@@ -193,7 +194,7 @@ class CipherWiping : public testing::TestWithParam<Call> {};
 
 TEST_P(CipherWiping, nothing_is_left_of_keys_and_plaintext) {
     std::string left = left_by(GetParam());
-    // Four bytes are there by chance in about one of 3000 calls. The second call has other secrets.
+    // In about one of 3000 calls, four bytes of a secret are found by chance. The second call has other secrets.
     if (left == half) left = left_by(GetParam());
     EXPECT_EQ(left, "");
 }
@@ -212,7 +213,7 @@ TEST(CipherWipingControl, a_key_left_on_the_stack_is_found) {
               "the key; ");
 }
 
-// And a last partial block, of fewer than eight bytes.
+// This message also has a partial block at its end.
 TEST(CipherWipingControl, a_tail_left_on_the_stack_is_found) {
     EXPECT_EQ(left_by({"", Call::before, nothing,
                        [](Secrets& s) {

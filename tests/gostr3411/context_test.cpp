@@ -1,4 +1,4 @@
-// Every field of a hash context after every call, and the one-shot functions.
+// Tests every field of a hash context after every call, and the one-shot functions.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -260,7 +260,7 @@ TEST(one_shot, length_of_2_to_29_bytes_and_more_does_not_fit_32_bits) {
               VRX_OK);
     munmap(zeros, length);
 
-    // libgcrypt 1.10.1, gcry_md_hash_buffer(GCRY_MD_GOSTR3411_CP) on as many zeros
+    // from libgcrypt 1.10.1: gcry_md_hash_buffer(GCRY_MD_GOSTR3411_CP) of the same number of zeros
     EXPECT_EQ(hex(out), "312ddcfd79ea0f300561075e8591939e4b23281d55c67c5851f1f4073b74ba7c");
 }
 

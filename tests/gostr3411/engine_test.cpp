@@ -1,5 +1,5 @@
-// Every engine compared with the portable step function: all lengths, addresses, overlaps and tables, and which code
-// path ran.
+// Compares every engine with the portable step function for all lengths, addresses, overlaps and tables, and checks
+// which code path ran.
 #include "gostr3411/engine.hpp"
 
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ using With = vrx::test::WithEngine<vrx::gostr3411::choice>;
 
 class EveryHashEngine : public vrx::test::EachEngine<vrx::gostr3411::choice> {
 protected:
-    /** `work` must return the same with the engine as with the portable step function. */
+    /** Checks that `work` returns the same with the engine as with the portable step function. */
     template <typename Work>
     void expect_same(Work work) {
         const auto result_with = [&](const Engine& e) {

@@ -1,4 +1,4 @@
-// HMAC: every field after every call, keys of all lengths, and which table each call uses.
+// Tests of HMAC: every field after every call, keys of all lengths, and which table each call uses.
 #include <gtest/gtest.h>
 
 #include "fields.hpp"

@@ -147,14 +147,14 @@ TEST_F(PbaTest, shorter_outputs_are_prefixes_of_longer_ones) {
 }
 
 TEST_F(PbaTest, further_blocks_continue_the_hash_even_with_a_full_buffer) {
-    const Bytes password = random.bytes(40);  // more than one block, so the buffer holds its end
+    const Bytes password = random.bytes(40);  // more than one block, so the buffer holds the end of the message
     EXPECT_EQ(hex(derive(password, password, 1, 3, 96)), hex(model(password, password, 1, 3, 96)));
     EXPECT_EQ(hex(derive(password, {}, 1, 3, 96)), hex(model(password, {}, 1, 3, 96)));
     EXPECT_EQ(hex(derive({}, Bytes(32, 0xff), 1, 3, 96)), hex(model({}, Bytes(32, 0xff), 1, 3, 96)));
 }
 
 TEST_F(PbaTest, blocks_are_added_modulo_2_to_256) {
-    const Bytes ones(64, 0xff);  // any sum carries out of the block
+    const Bytes ones(64, 0xff);  // with these bytes, every sum has a carry out of the block
     EXPECT_EQ(hex(derive(ones, ones, 2, 255, 160)), hex(model(ones, ones, 2, 255, 160)));
 }
 

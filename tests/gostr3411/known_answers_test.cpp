@@ -1,4 +1,4 @@
-// Published answers of the hash, of HMAC and of the derivations.
+// Checks published answers for the hash, HMAC and the key derivations.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -128,12 +128,12 @@ TEST(known_answers, of_pbkdf2) {
     for_each_block(folder + "pbkdf2.kat", [](const KatBlock& block) {
         EXPECT_EQ(block.text("type"), "pbkdf2");
         const std::string derived = block.text("derived");
-        // A source may print only a part.
+        // A source may print only a part of the result.
         EXPECT_EQ(pbkdf2(block, hash_set(block.text("sbox"))).substr(0, derived.size()), derived);
     });
 }
 
-/** The key of the block's password opens its ciphertext. */
+/** The key that is derived from the password decrypts the ciphertext of the same block. */
 void password_opens(const KatBlock& block) {
     EXPECT_EQ(block.text("meshing"), "cryptopro");
     const Bytes key = unhex(pbkdf2(block, hash_set(block.text("hash_sbox"))));

@@ -44,7 +44,7 @@ int keyed(const std::function<int()>& call) {
     return call();
 }
 
-/** With a default parameter set that has no table. */
+/** The default parameter set has no table here. */
 int tableless(const std::function<int()>& call) {
     DEFAULT_GOSTR3411_OID = &without_table;
     return call();
@@ -175,7 +175,7 @@ std::vector<Row> hmac_rows() {
 }
 
 std::vector<Row> kdf_rows() {
-    // A line that ends with a code, without a newline.
+    // A line that ends with a return code, without a newline.
     const std::string update_returned =
         update_bad + "GOSTR3411_Update" + code_2 + "GOSTR3411_HMAC_Update returned 0xfffffffe";
     return {

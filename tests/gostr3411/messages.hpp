@@ -9,7 +9,7 @@
 
 namespace vrx::test {
 
-/** `message`, or `message_unit` repeated. */
+/** The message of a block: `message`, or `message_unit` repeated. */
 inline Bytes message_of(const KatBlock& block) {
     if (block.has("message")) return block.octets("message");
     const Bytes unit = block.octets("message_unit");
@@ -19,14 +19,14 @@ inline Bytes message_of(const KatBlock& block) {
     return message;
 }
 
-/** The built-in hash record of a name. */
+/** Returns the built-in hash parameter set with a name. */
 inline const vrx_gostr3411_par& hash_set(const std::string& name) {
     for (const vrx_gostr3411_par& record : GOSTR3411_OIDS)
         if (record.name == name) return record;
     throw std::runtime_error("no hash parameter set " + name);
 }
 
-/** Calls take(piece) for pieces of `size` bytes, the last of them shorter; each lies at an odd address. */
+/** Calls take(piece) for pieces of `size` bytes. The last piece may be shorter. Each piece is at an odd address. */
 template <typename Take>
 void in_pieces(std::span<const std::uint8_t> message, std::size_t size, Take take) {
     for (std::size_t at = 0; at < message.size(); at += size) {

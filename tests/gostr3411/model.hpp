@@ -1,4 +1,5 @@
-// Slow reference implementation of GOST R 34.11-94 after RFC 5831: octet by octet, with the S-boxes themselves.
+// Slow reference implementation of GOST R 34.11-94 according to RFC 5831. It works octet by octet, and uses S-boxes
+// instead of expanded tables.
 #ifndef VRX_TESTS_GOSTR3411_MODEL_HPP
 #define VRX_TESTS_GOSTR3411_MODEL_HPP
 
@@ -24,7 +25,7 @@ inline Substitution on_boxes(const Boxes& boxes) {
     return [boxes](std::uint32_t v) { return substituted(boxes, v); };
 }
 
-/** The S-boxes of a parameter set, in the file of tests/tz. */
+/** The S-boxes of a parameter set, from the file in tests/tz. */
 inline Boxes boxes_of_set(const std::string& name) {
     for (const KatBlock& block : read_kat(in_project("tests/tz/sbox.kat"))) {
         if (block.text("sbox") != name) continue;
@@ -47,7 +48,7 @@ inline Octets sum_mod_2(const Octets& a, const Octets& b) {
     return out;
 }
 
-/** The step function, with what it computes on the way. */
+/** The step function, with its intermediate results. */
 struct ModelStep {
     std::array<Octets, 4> keys{};
     Octets s{};
@@ -56,14 +57,17 @@ struct ModelStep {
 
 namespace model {
 
-/** A: drops the lowest 64 bits and appends their XOR with the next 64 on top. */
+/**
+ * The transform A: drops the lowest 64 bits. The new top 64 bits are the exclusive-or of the dropped bits and the next
+ * 64 bits.
+ */
 inline Octets a(const Octets& y) {
     Octets out{};
     for (std::size_t i = 0; i < 32; ++i) out[i] = i < 24 ? y[i + 8] : y[i - 24] ^ y[i - 16];
     return out;
 }
 
-/** P: phi(i + 1 + 4(k - 1)) = 8i + k, octets counted from 1. */
+/** The transform P: phi(i + 1 + 4(k - 1)) = 8i + k, where octets are numbered from 1. */
 inline Octets p(const Octets& y) {
     Octets out{};
     for (std::size_t i = 0; i <= 3; ++i)
@@ -90,7 +94,7 @@ inline void put_word(std::uint8_t* octets, std::uint32_t value) {
     for (unsigned i = 0; i < 4; ++i, value /= 256) octets[i] = static_cast<std::uint8_t>(value % 256);
 }
 
-/** GOST 28147-89 on one block. Every round but the last swaps the halves. */
+/** GOST 28147-89 on one block. Every round except the last swaps the halves. */
 inline void encrypt(const Substitution& substitute, const Octets& key, const std::uint8_t* in, std::uint8_t* out) {
     std::uint32_t n1 = word(in);
     std::uint32_t n2 = word(in + 4);
@@ -104,7 +108,10 @@ inline void encrypt(const Substitution& substitute, const Octets& key, const std
     put_word(out + 4, n1);
 }
 
-/** psi, applied `times` times: moves the words down by one and appends the XOR of six of them on top. */
+/**
+ * Applies psi `times` times. Each time, the words move down by one, and the new top word is the exclusive-or of six
+ * words.
+ */
 inline Octets psi(Octets y, int times) {
     for (; times > 0; --times) {
         std::array<std::uint8_t, 2> top{};
@@ -153,7 +160,7 @@ struct ModelContext {
         }
         hash = model_step(hash, block, substitute).out;
         std::uint64_t more = bits;
-        for (std::size_t i = 0; i < 8; ++i) {  // 64 bits of the 256 count
+        for (std::size_t i = 0; i < 8; ++i) {  // only 64 bits of the 256 are used
             more += length.at(i);
             length.at(i) = static_cast<std::uint8_t>(more % 256);
             more /= 256;
@@ -210,7 +217,7 @@ inline Octets model_hmac(const Substitution& substitute, std::span<const std::ui
     return padded_hash(0x5c, padded_hash(0x36, message));
 }
 
-/** The first block of PBKDF2 (RFC 8018); no iterations count as one. */
+/** The first block of PBKDF2 (RFC 8018). 0 iterations are treated as one. */
 inline Octets model_pbkdf2(const Substitution& substitute, std::span<const std::uint8_t> password,
                            std::span<const std::uint8_t> salt, unsigned iterations) {
     Bytes text(salt.begin(), salt.end());

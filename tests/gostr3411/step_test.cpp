@@ -99,7 +99,7 @@ TEST_F(Absorption, carry_passes_through_a_message_word_of_all_ones) {
         model.sum = {};
         std::fill(model.sum.begin(), model.sum.begin() + 4 * word, std::uint8_t{0xff});
         Octets block{};
-        block.front() = 1;  // with the ones below: a carry out of every word up to this one
+        block.front() = 1;  // together with the ones below, causes a carry out of every word up to this one
         for (unsigned i = 0; i < 4; ++i) block.at(4 * word + i) = 0xff;
         absorb_both(model, block, 256);
     }
@@ -111,7 +111,7 @@ TEST_F(Absorption, blocks_of_all_ones_carry_through_every_word) {
     model.sum = ones;
     for (int i = 0; i < 20; ++i) absorb_both(model, ones, 256);
     Octets expected = ones;
-    expected.front() = 0xff - 20;  // each time one less, modulo 2^256
+    expected.front() = 0xff - 20;  // each time the sum decreases by 1, modulo 2^256
     EXPECT_EQ(hex(model.sum), hex(expected));
 }
 

@@ -1,4 +1,4 @@
-// Keys, passwords and derived secrets do not stay on the stack or the heap.
+// Tests that keys, passwords and derived secrets do not remain on the stack or the heap.
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -46,7 +46,7 @@ Bytes heap_after(const std::function<void()>& call) {
 
 class WipeTest : public testing::Test {
 protected:
-    /** The two pads of a key of up to 32 bytes and the hashes that start with them. */
+    /** The two pads of a key of up to 32 bytes, and the hashes after the pads have been processed. */
     void add_derived(const Bytes& key) {
         secrets.push_back(key);
         for (const std::uint8_t pad : std::to_array<std::uint8_t>({0x00, 0x36, 0x5c})) {
@@ -73,7 +73,7 @@ protected:
     std::uint32_t size = 0;
 };
 
-// The instrument finds a secret on the stack.
+// Control: the search finds a secret on the stack.
 TEST_F(WipeTest, a_key_left_on_the_stack_is_found) {
     const Bytes key = random.bytes(32);
     const Bytes stack = stack_after([&] {
@@ -105,7 +105,7 @@ TEST_F(WipeTest, hmac_leaves_nothing_of_a_long_key_and_its_hash) {
     expect_none_left([&] {
         GOSTR3411_HMAC(nullptr, 0, message.data(), length32(message), key.data(), length32(key), out.data(), &size);
     });
-    // The same holds if a later argument is invalid.
+    // Nothing remains either if a later argument is invalid.
     expect_none_left([&] { GOSTR3411_HMAC(nullptr, 0, nullptr, 0, key.data(), length32(key), out.data(), &size); });
 }
 
@@ -141,7 +141,7 @@ TEST_F(WipeTest, pkcs12_derivation_leaves_nothing_of_password_and_result) {
 TEST_F(WipeTest, pkcs12_derivation_leaves_nothing_on_the_heap) {
     const Bytes password = random.bytes(70);
     const std::uint8_t oid[1] = {};
-    // The second block of the result starts with the sum of the password and the first block.
+    // The computation of the second block of the result starts with the sum of the password and the first block.
     Bytes keys(64);
     const Bytes heap = heap_after(
         [&] { GOSTR3411_PBA_Derive(password.data(), 70, message.data(), 8, 3, 1, oid, 1, keys.data(), 64); });

@@ -1,4 +1,4 @@
-// Comparison with Botan: the cipher under the S-boxes of both hashes, one hash with HMAC and PBKDF2, SHA-1, all curves,
+// Comparison with Botan: the cipher with the S-boxes of both hashes, one hash with HMAC and PBKDF2, SHA-1, all curves,
 // public keys.
 #include <botan/block_cipher.h>
 #include <botan/cipher_mode.h>
@@ -20,7 +20,7 @@ protected:
     static void SetUpTestSuite() { introduce("Botan " + Botan::short_version_string()); }
 };
 
-/** Botan has only the S-boxes of the hashes, under the same names. */
+/** Botan has only the S-boxes of the hashes, with the same names. */
 void compare_ciphers(const std::string& mode, std::uint32_t our_mode) {
     const std::pair<const char*, const vrx_tz&> tables[] = {{"R3411_94_TestParam", TZ_3411_94[0]},
                                                             {"R3411_CryptoPro", TZ_3411_94[1]}};
@@ -155,7 +155,7 @@ TEST_F(botan, signatures) {
     compare_signatures(all_curves, 2, [](const Pair& pair, const std::string&) { return Signer(pair); });
 }
 
-/** Botan has no VKO; this computes RFC 4357, section 5.2, with its points and its hash. */
+/** Botan has no VKO. This function computes VKO (RFC 4357, section 5.2) with the points and the hash of Botan. */
 TEST_F(botan, key_agreement) {
     const auto hash = Botan::HashFunction::create_or_throw("GOST-34.11");
     for_curves(all_curves, [&](Random& random, const EcParamSet& set, const std::string&) {

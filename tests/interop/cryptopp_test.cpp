@@ -1,4 +1,4 @@
-// Comparison with Crypto++: the cipher under the S-boxes of the hash's test set, SHA-1, point multiplication.
+// Comparison with Crypto++: the cipher with the S-boxes of the hash's test set, SHA-1, point multiplication.
 #include <cryptopp/config_ver.h>
 #include <cryptopp/eccrypto.h>
 #include <cryptopp/ecp.h>
@@ -56,7 +56,7 @@ CryptoPP::Integer number(const std::uint32_t* digits) {
     return {octets.data(), octets.size()};
 }
 
-/** Crypto++ has no GOST signatures, but arbitrary curves. */
+/** Crypto++ has no GOST signatures, but it supports arbitrary curves. */
 TEST_F(cryptopp, multiples_of_points) {
     for_curves(all_curves, [](Random&, const EcParamSet& set, const std::string&) {
         const CryptoPP::ECP curve(number(set.p), number(set.a), number(set.b));

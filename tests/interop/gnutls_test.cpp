@@ -106,7 +106,7 @@ TEST_F(gnutls, sha1) {
     compare_sha1(500, [](const Bytes& data) { return digest<20>(GNUTLS_DIG_SHA1, data); });
 }
 
-/** GnuTLS names five curves and computes on two of them, which are the same curve. */
+/** GnuTLS has names for five curves, but computes on only two of them, which are the same curve. */
 constexpr const char* its_curves = "A XchA";
 gnutls_ecc_curve_t curve(const EcParamSet& set) {
     return set.str_oid == std::string(ecc_A_str_oid) ? GNUTLS_ECC_CURVE_GOST256CPA : GNUTLS_ECC_CURVE_GOST256CPXA;
@@ -126,7 +126,7 @@ std::shared_ptr<T> made(int (*init)(T**), void (*deinit)(T*)) {
 
 PublicKey empty_public_key() { return made(gnutls_pubkey_init, gnutls_pubkey_deinit); }
 
-/** Imports a key pair; numbers are least significant octet first. */
+/** Imports a key pair. Numbers have the least significant octet first. */
 struct Keys {
     PrivateKey secret = made(gnutls_privkey_init, gnutls_privkey_deinit);
     PublicKey open = empty_public_key();
@@ -163,7 +163,8 @@ TEST_F(gnutls, signatures) {
 }
 
 /**
- * GnuTLS omits zeros at the end of the number. If the OCTET STRING then has 32 octets with its header, it is ambiguous.
+ * GnuTLS omits zeros at the end of the number. If the OCTET STRING, with its tag and length, then has exactly 32
+ * octets, its meaning is ambiguous.
  */
 bool looks_bare(const Pair& pair) {
     const Bytes octets = pair.private_octets();

@@ -60,7 +60,10 @@ inline testing::AssertionResult same(std::span<const std::uint8_t> ours, std::sp
                                        << start(theirs);
 }
 
-/** A message length, rarely 0: short, near a block boundary, near a boundary of 1 KiB sections, or any. */
+/**
+ * Returns a message length: short, near a block boundary, near a boundary of 1 KiB sections, or any length. It is
+ * rarely 0.
+ */
 inline std::size_t any_length(Random& random) {
     switch (random.below(8)) {
         case 0:
@@ -130,7 +133,7 @@ inline const Sboxes& sboxes(char letter) {
     return *std::ranges::find(all, letter, [](const Sboxes& s) { return s.letter[0]; });
 }
 
-/** Calls check(random, sboxes) for random cases under each of some S-boxes. */
+/** Calls check(random, sboxes) for random cases with each of the given S-boxes. */
 template <typename Check>
 void for_sboxes(const std::string& letters, unsigned few, Check check) {
     Random random;
@@ -181,7 +184,7 @@ inline Bytes ours(Random& random, std::uint32_t mode, bool encrypt, const vrx_tz
     return result;
 }
 
-/** The first four bytes of this library's MAC. The initial state is the IV, which is zero for most peers. */
+/** Returns the first four bytes of this library's MAC. The initial state is the IV, which is zero for most peers. */
 inline Bytes our_mac(Random& random, const vrx_tz& table, Meshing meshing, const KeyAndIv& secret, const Bytes& data) {
     vrx_crpt_ctx ctx;
     open(ctx, VRX_MODE_IMITO, true, table, meshing, secret);
@@ -195,7 +198,8 @@ inline Bytes our_mac(Random& random, const vrx_tz& table, Meshing meshing, const
 }
 
 /**
- * their(sboxes, key, data) is the MAC of four bytes. Peers append a block of zeros to a message of at most one block.
+ * their(sboxes, key, data) returns the peer's MAC of four bytes. Peers append a block of zeros to a message of at most
+ * one block.
  */
 template <typename Their>
 void compare_macs(const std::string& letters, unsigned few, Meshing meshing, Their their) {
@@ -226,8 +230,8 @@ inline Digest our_digest(Random& random, const vrx_gostr3411_par& set, const Byt
 }
 
 /**
- * their(data) is the digest of a message. Messages are random, or nearly all bytes are FFh, which causes carries. None
- * is shorter than `shortest`.
+ * their(data) returns the peer's digest of a message. Messages are random, or nearly all of their bytes are FFh, which
+ * causes carries. No message is shorter than `shortest`.
  */
 template <typename Their>
 void compare_digests(const vrx_gostr3411_par& set, unsigned few, Their their, std::size_t shortest = 0) {
@@ -245,7 +249,7 @@ void compare_digests(const vrx_gostr3411_par& set, unsigned few, Their their, st
     }
 }
 
-/** their(key, data) is the HMAC. */
+/** their(key, data) returns the peer's HMAC. */
 template <typename Their>
 void compare_hmacs(const vrx_gostr3411_par& set, unsigned few, Their their) {
     SCOPED_TRACE(set.name);
@@ -266,7 +270,7 @@ void compare_hmacs(const vrx_gostr3411_par& set, unsigned few, Their their) {
     }
 }
 
-/** their(password, salt, iterations) is the first block of PBKDF2. */
+/** their(password, salt, iterations) returns the first block of the peer's PBKDF2. */
 template <typename Their>
 void compare_pbkdf2(const vrx_gostr3411_par& set, unsigned few, Their their) {
     SCOPED_TRACE(set.name);
@@ -284,7 +288,7 @@ void compare_pbkdf2(const vrx_gostr3411_par& set, unsigned few, Their their) {
     }
 }
 
-/** their(data) is the digest. */
+/** their(data) returns the peer's digest. */
 template <typename Their>
 void compare_sha1(unsigned few, Their their) {
     Random random;

@@ -149,7 +149,7 @@ private:
 
 std::string text(const std::uint32_t* digits) { return "#" + hex(big_endian(digits)) + "#"; }
 
-/** Curves have dotted identifiers. All numbers, and the digest, are most significant octet first. */
+/** Curves have dotted identifiers. All numbers and the digest have the most significant octet first. */
 struct Signer {
     Expression private_key;
     Expression public_key;
@@ -183,7 +183,7 @@ TEST_F(libgcrypt, signatures) {
     compare_signatures(all_curves, 4, [](const Pair& pair, const std::string&) { return Signer(pair); });
 }
 
-/** A number that frees itself. */
+/** A number whose destructor frees it. */
 using Number = std::unique_ptr<gcry_mpi, decltype(&gcry_mpi_release)>;
 Number number(const Bytes& big_endian) {
     gcry_mpi_t n = nullptr;
@@ -198,7 +198,9 @@ Bytes little_endian(gcry_mpi_t n) {
     return octets;
 }
 
-/** libgcrypt has no VKO; this computes RFC 4357, section 5.2, with its points and its hash. */
+/**
+ * libgcrypt has no VKO. This function computes VKO (RFC 4357, section 5.2) with the points and the hash of libgcrypt.
+ */
 TEST_F(libgcrypt, key_agreement) {
     for_curves(all_curves, [](Random& random, const EcParamSet& set, const std::string&) {
         for (unsigned i = cases(4); i != 0; --i) {

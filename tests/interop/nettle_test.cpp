@@ -73,7 +73,7 @@ TEST_F(nettle, sha1) {
     });
 }
 
-/** A GMP integer that frees itself. */
+/** A GMP integer whose destructor frees it. */
 struct Number {
     mpz_t n;
     explicit Number(const Bytes& big_endian) {

@@ -31,7 +31,7 @@ ENGINE* engine() {
         OPENSSL_init_crypto(OPENSSL_INIT_ENGINE_DYNAMIC, nullptr);
         ENGINE* const e = ENGINE_by_id("gost");
         if (e == nullptr || ENGINE_init(e) == 0) return nullptr;
-        // As the default engine it provides the methods for keys, certificates and messages.
+        // The engine is made the default engine, so that it provides the methods for keys, certificates and messages.
         ENGINE_set_default(e, ENGINE_METHOD_ALL & ~ENGINE_METHOD_RAND);
         introduce("the GOST engine of OpenSSL");
         return e;
@@ -98,7 +98,10 @@ TEST_F(gost_engine, mac_with_meshing) {
 
 const EVP_MD* hash() { return ENGINE_get_digest(engine(), NID_id_GostR3411_94); }
 
-/** The engine has another digest for the empty message: it processes a block of zeros, but counts no length. */
+/**
+ * The engine computes another digest for the empty message, because it processes a block of zeros without adding to the
+ * length.
+ */
 TEST_F(gost_engine, digests) {
     compare_digests(
         cryptopro(), 300,
@@ -226,7 +229,7 @@ TEST_F(gost_engine, public_key_files) {
     for_curves(all_curves, [](Random&, const EcParamSet& set, const std::string&) {
         for (unsigned i = cases(4); i != 0; --i) {
             const Pair pair(set);
-            // The public key that it derived from the private one, and the one that it read.
+            // The public key that the engine derived from the private key, and the public key that it read.
             for (const Key& key : {key_of(pair), public_key_of(pair)}) {
                 const Stream file = stream();
                 ASSERT_EQ(PEM_write_bio_PUBKEY(file.get(), key.get()), 1);
@@ -284,7 +287,7 @@ TEST_F(gost_engine, key_agreement) {
     });
 }
 
-/** A field of a structure: its place in the octets. */
+/** A field of a structure: its offset and length in the octets. */
 using Part = std::span<std::uint8_t>;
 Part writable(std::span<const std::uint8_t> part) { return {const_cast<std::uint8_t*>(part.data()), part.size()}; }
 
@@ -327,7 +330,7 @@ struct Transport {
         EXPECT_EQ(mac.size(), 4U);
         EXPECT_EQ(ukm.size(), 8U);
     }
-    /** The octets of the ephemeral public key, at its end. */
+    /** The octets of the ephemeral public key, at the end of the structure. */
     [[nodiscard]] Part point() const { return ephemeral.last(VRX_PUBLIC_KEY_SIZE); }
     [[nodiscard]] Ukm material() const {
         Ukm u;
@@ -368,7 +371,7 @@ Digest received(Random& random, const Sboxes& sboxes, const Transport& transport
     return opened.key;
 }
 
-/** Replaces the key in a transport, with another sender. */
+/** Replaces the encrypted key in a transport structure by one from another sender. */
 void send(Random& random, const Sboxes& sboxes, Transport& transport, const Pair& recipient, const Digest& key) {
     const Pair sender(*recipient.set);
     const Ukm ukm = any_ukm(random);

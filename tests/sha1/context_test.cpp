@@ -1,4 +1,4 @@
-// SHA-1: every field after every call and every compression function, compared with the model.
+// Compares every field of a SHA-1 context after every call, and every compression function, with the model.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -134,7 +134,7 @@ TEST_F(Sha1Test, one_call_of_2_to_32_bytes_is_hashed_but_counts_one_carry) {
     const Bytes end = {1, 2, 3};
     std::copy(end.begin(), end.end(), message + size - end.size());
     shaInit(&ctx);
-    ctx.count_lo = 0xfffffffe;  // 62 bytes held
+    ctx.count_lo = 0xfffffffe;  // 62 bytes are in the buffer
     shaUpdate(&ctx, message, size);
     munmap(room, size);
     EXPECT_EQ(ctx.count_hi, 1U);

@@ -1,4 +1,4 @@
-// SHA-1: published answers for all cuts, with every compression function.
+// Checks published answers of SHA-1 for all cuts of the message, with every compression function.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Slow reference implementation of SHA-1 after RFC 3174, in 64-bit arithmetic.
+// Slow reference implementation of SHA-1 according to RFC 3174, in 64-bit arithmetic.
 #ifndef VRX_TESTS_SHA1_MODEL_HPP
 #define VRX_TESTS_SHA1_MODEL_HPP
 
@@ -52,7 +52,7 @@ inline constexpr Words initial = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476
 /** A SHA-1 context. */
 struct Sha1Model {
     Words digest = initial;
-    Bytes held; /**< what data begins with */
+    Bytes held; /**< the beginning of data */
     std::uint64_t count = 0;
 
     void update(std::span<const std::uint8_t> bytes) {

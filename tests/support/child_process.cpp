@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-/** Writes the counts of a coverage build, which _exit() does not. */
+/** Writes the counts of a coverage build, because _exit() does not write them. */
 extern "C" [[gnu::weak]] void __gcov_dump();
 
 namespace vrx::test {

@@ -1,4 +1,5 @@
-// Runs checks in a child process, to protect the standard streams and the library's globals of this one.
+// Runs checks in a child process, so that they do not affect the standard streams and the library's global variables of
+// this process.
 #ifndef VRX_TESTS_SUPPORT_CHILD_PROCESS_HPP
 #define VRX_TESTS_SUPPORT_CHILD_PROCESS_HPP
 
@@ -16,7 +17,9 @@ struct ChildRun {
     std::string err;
 };
 
-/** Run `body` in a forked child. If an expectation in it fails, it exits with 1 and `out` has the message. */
+/**
+ * Run `body` in a forked child. If an expectation fails in the child, it exits with 1, and `out` contains the message.
+ */
 ChildRun run_in_child(const std::function<void()>& body);
 
 /** Checks that the child ended normally and that its expectations held. */

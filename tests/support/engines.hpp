@@ -1,4 +1,5 @@
-// Runs suites and test programs with each engine of a family; and tables for which engines behave differently.
+// Runs test suites and test programs with each engine of a family. Also provides tables for which engines take
+// different code paths.
 #ifndef VRX_TESTS_SUPPORT_ENGINES_HPP
 #define VRX_TESTS_SUPPORT_ENGINES_HPP
 

@@ -1,4 +1,4 @@
-// Conversion between octets and hexadecimal.
+// Conversion between octets and hexadecimal digits.
 #ifndef VRX_TESTS_SUPPORT_HEX_HPP
 #define VRX_TESTS_SUPPORT_HEX_HPP
 

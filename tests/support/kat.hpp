@@ -11,7 +11,7 @@
 
 namespace vrx::test {
 
-/** One block of a file. A test must read every line; unread() lists the others. */
+/** One block of a file. A test must read every line. unread() lists the lines that it has not read. */
 class KatBlock {
 public:
     KatBlock(std::string source, int line) : source_(std::move(source)), line_(line) {}

@@ -32,7 +32,7 @@ auto offered_named(const List& engines, std::string_view name) {
     return found == here.end() ? nullptr : *found;
 }
 
-/** Selects an engine of a family during its lifetime. choice: that of the family. */
+/** Selects an engine during its lifetime. `choice` is the cpu::Choice of the engine's family. */
 template <auto& choice>
 class WithEngine {
 public:

@@ -15,8 +15,8 @@ Bytes stack_after(const std::function<void()>& body);
 bool holds_part_of(const Bytes& memory, std::span<const std::uint8_t> secret);
 
 /**
- * Returns whether `memory` contains any 4 bytes of `secret`, at a multiple of 4 in both: half a block, as vectors hold
- * them. Zeros do not count. Others can be there by chance.
+ * Returns whether `memory` contains any 4 bytes of `secret`, at a multiple of 4 in both. This finds half-blocks in
+ * vectors. Zeros are ignored. Other bytes can be equal by chance.
  */
 bool holds_word_of(const Bytes& memory, std::span<const std::uint8_t> secret);
 

@@ -6,7 +6,10 @@
 
 namespace vrx::test {
 
-/** The full path of a file or folder that is given from the project's root, as in "tests/tz/sbox.kat". */
+/**
+ * Returns the full path of a file or folder, given its path relative to the project's root, such as
+ * "tests/tz/sbox.kat".
+ */
 std::string in_project(const std::string& path);
 
 }  // namespace vrx::test

@@ -17,8 +17,8 @@ public:
     Random();
     explicit Random(std::uint64_t seed) : engine_(seed) {}
     /**
-     * For fuzz targets: below() and coin() consume the given bytes first. After those, and otherwise, values are
-     * random.
+     * For fuzz targets: below() and coin() take their results from the given bytes first. When these are used up, and
+     * in all other functions, values are random.
      */
     Random(std::uint64_t seed, std::span<const std::uint8_t> decisions) : engine_(seed), decisions_(decisions) {}
 
@@ -28,7 +28,7 @@ public:
     }
     std::uint32_t word() { return static_cast<std::uint32_t>(engine_() >> 32); }
     bool coin() { return decisions_.empty() ? (engine_() >> 63) != 0 : decision(2) % 2 != 0; }
-    /** Returns whether given bytes are left. */
+    /** Returns whether some of the given bytes are not used yet. */
     [[nodiscard]] bool has_decisions() const { return !decisions_.empty(); }
     void fill(std::span<std::uint8_t> out) {
         for (std::uint8_t& b : out) b = static_cast<std::uint8_t>(engine_() >> 56);

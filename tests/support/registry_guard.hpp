@@ -10,7 +10,10 @@
 
 namespace vrx::test {
 
-/** Empties the list; its destructor restores the list, the built-in cipher records and the defaults. */
+/**
+ * The constructor empties the registered list. The destructor restores the list, the built-in cipher records and the
+ * defaults.
+ */
 class RegistryGuard {
 public:
     RegistryGuard() {

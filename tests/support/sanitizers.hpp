@@ -1,4 +1,4 @@
-// Detects sanitizers, with which most tests are ten times slower.
+// Detects sanitizers, which make most tests ten times slower.
 #ifndef VRX_TESTS_SUPPORT_SANITIZERS_HPP
 #define VRX_TESTS_SUPPORT_SANITIZERS_HPP
 
@@ -13,8 +13,9 @@ inline constexpr bool sanitized = false;
 #endif
 
 /**
- * The number of repetitions of a random test: `count`, or a tenth of that with sanitizers. Sanitizers detect invalid
- * accesses and undefined operations, for which few repetitions suffice. Runs without sanitizers check the results.
+ * The number of repetitions of a random test: `count`, or a tenth of that with sanitizers. With sanitizers, a test
+ * looks for invalid accesses and undefined operations, for which few repetitions suffice. Runs without sanitizers check
+ * results.
  */
 constexpr int repetitions(int count) { return sanitized ? (count + 9) / 10 : count; }
 

@@ -23,7 +23,7 @@ using vrx::test::Random;
 constexpr unsigned thread_count = 8;
 constexpr unsigned rounds = 20;
 
-/** Runs task(i) for each i below thread_count, each in its own thread, all started together. */
+/** Runs task(i) for each i below thread_count, each in a thread of its own. All threads start together. */
 template <typename Task>
 void at_once(Task task) {
     std::latch ready(thread_count);
@@ -36,7 +36,7 @@ void at_once(Task task) {
     for (std::thread& thread : threads) thread.join();
 }
 
-/** A job for concurrent threads: a pure function of a number. */
+/** A job for concurrent threads: a function whose result depends only on a number. */
 struct Job {
     const char* name;
     std::function<Bytes(unsigned)> result_for;
@@ -185,7 +185,7 @@ struct Drawing {
     }
 };
 
-/** Key agreement with the own public key, and diversification. */
+/** Key agreement with one's own public key, and key diversification. */
 Job agreement(const char* name, std::uint32_t index) {
     return {name, [index](unsigned number) {
                 Drawing::random = Random(number);
@@ -250,7 +250,7 @@ class Threads : public testing::TestWithParam<Job> {};
 TEST_P(Threads, concurrent_results_equal_sequential_ones) {
     std::array<std::array<Bytes, rounds>, thread_count> results;
     at_once([&](unsigned i) {
-        // Half of the threads share their numbers, the others have their own.
+        // Half of the threads use the same numbers; each of the others has its own numbers.
         for (unsigned round = 0; round < rounds; ++round) results[i][round] = GetParam().result_for(i % 5 + 8 * round);
     });
     for (unsigned i = 0; i < thread_count; ++i)
@@ -261,7 +261,8 @@ TEST_P(Threads, concurrent_results_equal_sequential_ones) {
 INSTANTIATE_TEST_SUITE_P(jobs, Threads, testing::ValuesIn(jobs),
                          [](const testing::TestParamInfo<Job>& job) { return std::string(job.param.name); });
 
-// Each thread has another job: first calls of all families at the same time, and hashing during registry look-ups.
+// Each thread has a different job, so that the first calls of all families occur at the same time, and hashing runs
+// during look-ups in the registry.
 TEST(MixedWork, concurrent_results_equal_sequential_ones) {
     std::array<std::array<Bytes, rounds>, thread_count> results;
     const auto job = [](unsigned i, unsigned round) -> const Job& { return jobs[(5 * i + round) % jobs.size()]; };
@@ -273,7 +274,7 @@ TEST(MixedWork, concurrent_results_equal_sequential_ones) {
             ASSERT_EQ(results[i][round], job(i, round).result_for(round)) << "thread " << i;
 }
 
-// One thread fills the registry; then all threads may look up records in it while others work.
+// One thread fills the registry. Then all threads may look up records in it at the same time.
 TEST(Registry, look_ups_run_while_other_threads_hash_and_encrypt) {
     vrx_gost28147_par* first = nullptr;
     expect_ok(oidFindGOST28147Par(VRX_PAR_CIPHER_A_OID, VRX_PAR_OID_SIZE, &first));

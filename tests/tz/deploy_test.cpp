@@ -1,4 +1,4 @@
-// Deployment of numeric TZs.
+// Tests of the deployment of numeric TZs.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -27,7 +27,7 @@ using Numeric = std::array<std::uint8_t, VRX_NUM_TZ_SIZE>;
 
 Numeric random_numeric(Random& random) { return random.value<Numeric>(); }
 
-/** Deployment with one of its functions. */
+/** Deployment with one of the functions that can do it. */
 struct Deploy {
     const char* name;
     int (*run)(const std::uint8_t*, vrx_tz*);
@@ -68,7 +68,8 @@ TEST_P(DeployTest, four_look_ups_are_substitution_and_rotation) {
 }
 
 TEST_P(DeployTest, one_box_output_sets_its_bits_in_16_entries_of_one_table) {
-    // S-box 5 yields 1 for the input 9 and 0 otherwise: table 2, high nibble 9; bit 20 rotated to bit 31.
+    // S-box 5 yields 1 for the input 9, and 0 for every other input. Only the entries of table 2 whose index has the
+    // high nibble 9 are then not 0. Their bit 20 is rotated to bit 31.
     Numeric num{};
     num[4 * 9 + 2] = 0x10;
     vrx_tz table;
@@ -103,7 +104,7 @@ TEST_P(DeployTest, numeric_tz_may_lie_at_an_odd_address_and_stays_unchanged) {
     Random random;
     const Bytes octets = random.bytes(VRX_NUM_TZ_SIZE);
     for (std::size_t shift = 0; shift < 8; ++shift) {
-        // Nothing follows the last byte.
+        // The memory ends after the last byte.
         Bytes memory(shift + VRX_NUM_TZ_SIZE);
         std::copy(octets.begin(), octets.end(), memory.begin() + static_cast<std::ptrdiff_t>(shift));
         const Bytes before = memory;
@@ -127,8 +128,9 @@ TEST_P(DeployTest, null_pointer_is_refused_and_the_record_stays_untouched) {
 }
 
 /**
- * A record across two pages: the entries fill the first, and the flag starts the second. Only one page is writable at a
- * time, so each switch to the other causes a fault, and its handler inspects the record.
+ * A record across two pages. The entries are at the end of the first page, and the flag is at the beginning of the
+ * second. Only one page is writable at a time, so each switch to the other causes a fault, and its handler inspects the
+ * record.
  */
 namespace turns {
 

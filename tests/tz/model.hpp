@@ -11,7 +11,7 @@
 
 namespace vrx::test {
 
-/** boxes[r][i]: the output of S-box r, which works on bits 4r to 4r + 3, for the input i. */
+/** boxes[r][i] is the output of S-box r for the input i. S-box r substitutes bits 4r to 4r + 3. */
 using Boxes = std::array<std::array<unsigned, 16>, 8>;
 
 inline Boxes boxes_of(std::span<const std::uint8_t, VRX_NUM_TZ_SIZE> num) {
@@ -24,7 +24,7 @@ inline Boxes boxes_of(std::span<const std::uint8_t, VRX_NUM_TZ_SIZE> num) {
     return boxes;
 }
 
-/** Substitutes the nibbles from `first` to `last` of v, clears the others, and rotates left by 11 bits. */
+/** Substitutes the nibbles of v from `first` to `last`, sets the other nibbles to 0, and rotates left by 11 bits. */
 inline std::uint32_t substituted(const Boxes& boxes, std::uint32_t v, unsigned first = 0, unsigned last = 7) {
     std::uint64_t sum = 0;
     std::uint64_t place = 1;
@@ -45,13 +45,13 @@ inline vrx_tz deployed(const Boxes& boxes) {
 
 using Numeric = std::array<std::uint8_t, VRX_NUM_TZ_SIZE>;
 
-/** The value of a character: that of a digit, or the code minus 55 of any other character. */
+/** Returns the value of a character: the value of a decimal digit; for any other character, its code minus 55. */
 inline int value_of(unsigned code) {
     const int c = static_cast<int>(code);
     return code >= '0' && code <= '9' ? c - '0' : c - 55;
 }
 
-/** first + 16 second if both are nibbles; otherwise the low 8 bits of the OR of first and 16 second. */
+/** If both numbers are nibbles, returns first + 16 second. Otherwise, returns the low 8 bits of first | 16 second. */
 inline std::uint8_t byte_of(unsigned first, unsigned second) {
     return static_cast<std::uint8_t>(value_of(second) * 16 | value_of(first));
 }

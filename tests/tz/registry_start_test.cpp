@@ -61,7 +61,7 @@ struct CipherRow {
     int mode;
     int key_meshing;
 };
-// Deliberate: sets 5 to 9 have the tables of sets 0 to 4.
+// Deliberate: sets 5 to 9 have the same tables as sets 0 to 4.
 constexpr CipherRow cipher_rows[] = {
     {VRX_PAR_CIPHER_0_OID, "1.2.643.2.2.31.0", "id-Gost28147-89-TestParamSet", &TZ_28147_89[0], 2, 0},
     {VRX_PAR_CIPHER_A_OID, "1.2.643.2.2.31.1", "id-Gost28147-89-CryptoPro-A-ParamSet", &TZ_28147_89[1], 3, 1},

@@ -1,4 +1,4 @@
-// The list of registered sets, its searches, and the accessors.
+// Tests of the list of registered sets, of searches in the list, and of the accessors.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -22,7 +22,7 @@ using Chain = std::vector<const Record*>;
 
 auto& builtin = GOST28147_CRYPTO_PRO_OIDS;
 
-/** The registered records in order. A circular list is cut off. */
+/** Returns the registered records in order. If the list is circular, the result is cut off. */
 Chain listed() {
     Chain chain;
     for (const Record* r = GOST28147_OIDS; r != nullptr && chain.size() < 100; r = r->next) chain.push_back(r);
@@ -51,7 +51,7 @@ struct Found {
 
 void PrintTo(const Found& found, std::ostream* out) { *out << "{" << found.rc << ", " << found.record << "}"; }
 
-/** The result of a search. The identifier is copied to memory that ends with it. */
+/** Returns the result of a search. The identifier is copied to memory that ends directly after it. */
 Found find(const std::uint8_t* oid, std::uint32_t length = VRX_PAR_OID_SIZE) {
     const Bytes copy(oid, oid + length);
     Record never_written;
@@ -451,7 +451,7 @@ TEST_F(Registry, all_but_the_head_can_be_removed_one_by_one) {
 }
 
 TEST_F(Registry, removing_the_head_keeps_it_and_drops_the_rest) {
-    // Deliberate: the head record cannot be removed.
+    // Deliberate: the first record cannot be removed.
     register_builtins();
     EXPECT_EQ(unregister(VRX_PAR_CIPHER_0_OID), VRX_OK);
     EXPECT_EQ(listed(), numbers({0}));
@@ -493,7 +493,8 @@ TEST_F(Registry, identifier_may_be_the_records_own) {
 }
 
 TEST_F(Registry, random_calls_behave_like_a_model_of_links) {
-    // The model: for each record its link, by number; -1 is none. Records 0 to 9 are built in, 10 to 13 the caller's.
+    // The model of the list: for each record, the number of the next record, or -1 if there is none. Records 0 to 9 are
+    // built in; records 10 to 13 are caller-supplied.
     vrx::test::Random random;
     std::array<Record*, 14> records{};
     for (std::size_t i = 0; i < records.size(); ++i) records.at(i) = i < 10 ? &builtin[i] : &own.at(i - 10);

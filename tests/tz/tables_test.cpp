@@ -1,4 +1,4 @@
-// The built-in tables and their look-ups.
+// Tests of the built-in tables and of look-ups in them.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -147,7 +147,7 @@ TEST(by_name, matching_is_exact) {
         }
         for (std::size_t i = 0; i < good.size(); ++i) {
             std::string other = good;
-            other[i] = static_cast<char>(other[i] ^ 0x20);  // flips the case of letters
+            other[i] = static_cast<char>(other[i] ^ 0x20);  // changes letters from upper to lower case or the reverse
             EXPECT_EQ(TZ_by_name(other.c_str()), nullptr) << other;
             EXPECT_EQ(hash_TZ_by_name(other.c_str()), nullptr) << other;
         }

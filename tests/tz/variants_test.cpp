@@ -1,4 +1,4 @@
-// All implementations that deploy a table and that recover its S-boxes.
+// Tests of all implementations that deploy a table or recover its S-boxes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -99,14 +99,14 @@ TEST(Recovery, address_outside_the_built_in_tables_matches_none) {
     for (const std::span<const vrx_tz> set :
          {std::span<const vrx_tz>(TZ_28147_89), std::span<const vrx_tz>(TZ_3411_94)}) {
         const auto* const first = reinterpret_cast<const std::uint8_t*>(set.data());
-        // Inside a table, and right after the last one, unless the other set starts there.
+        // Addresses inside a table, and directly after the last table unless the other set of tables starts there.
         EXPECT_EQ(at(first + 4), nullptr);
         EXPECT_EQ(at(first + set.size_bytes() - 4), nullptr);
         const std::uint8_t* const end = first + set.size_bytes();
         if (address(end) != address(TZ_28147_89) && address(end) != address(TZ_3411_94)) {
             EXPECT_EQ(at(end), nullptr);
         }
-        // Outside, at a distance that is a multiple of the table size.
+        // Addresses outside the tables, at a distance that is a multiple of the table size.
         std::vector<std::uint32_t> room(2 * sizeof(vrx_tz) / 4);
         const std::uint32_t* far = room.data();
         while ((address(far) - address(first)) % sizeof(vrx_tz) != 0) ++far;

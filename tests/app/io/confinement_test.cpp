@@ -1,4 +1,5 @@
-// Tests what a confined process can still do. Each check runs in a child process, because nothing ends a confinement.
+// Tests what a confined process can still do. Each check runs in a child process, because a process cannot lift its
+// confinement.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
@@ -27,7 +28,7 @@ namespace {
 using vrx::app::Access;
 using vrx::app::Confinement;
 
-/** 0 if a call succeeded, otherwise the reason. */
+/** Returns 0 if a system call succeeded, otherwise its errno. */
 int error_of(long result) { return result < 0 ? errno : 0; }
 
 int opening(const std::string& path, int flags = O_RDONLY) {
@@ -51,7 +52,7 @@ protected:
 
     [[nodiscard]] std::string path(const std::string& name) const { return folder_ + "/" + name; }
 
-    /** A part of the confinement that a kernel may lack. */
+    /** A part of the confinement that some kernels do not support. */
     struct Needed {
         const char* name;
         bool (*is_active)(const Confinement& confinement);
@@ -59,7 +60,10 @@ protected:
     static constexpr Needed landlock{"Landlock", [](const Confinement& c) { return c.landlock > 0; }};
     static constexpr Needed seccomp{"seccomp filters", [](const Confinement& c) { return c.seccomp; }};
 
-    /** Run `body` confined, in a child process. Skips the test if this kernel lacks the part that is needed. */
+    /**
+     * Run `body` confined, in a child process. Skips the test if this kernel does not support the part that the test
+     * needs.
+     */
     void expect_confined(const Access& access, const Needed& needed, const std::function<void()>& body) {
         constexpr const char* missing = "missing here";
         const auto run = vrx::test::run_in_child([&] {

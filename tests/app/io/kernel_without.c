@@ -1,6 +1,7 @@
 /*
  * Runs a program as on an older kernel. Usage: kernel_without FEATURES PROGRAM [ARGUMENT...], where FEATURES are the
- * letters l (Landlock), s (seccomp) and m (memfd_secret). The program gets ENOSYS or EINVAL for these.
+ * letters l (Landlock), s (seccomp) and m (memfd_secret). The program gets ENOSYS or EINVAL when it uses one of these
+ * features.
  */
 #include <errno.h>
 #include <linux/filter.h>

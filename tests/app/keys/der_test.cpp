@@ -14,7 +14,10 @@ namespace {
 using namespace vrx::test;
 namespace der = vrx::app::der;
 
-/** The size of an element's contents; -1 if the element is refused. Its octets, given in hex, end at a fence. */
+/**
+ * Returns the size of an element's contents, or -1 if the element is refused. The octets of the element, given in
+ * hexadecimal, end directly before an inaccessible page.
+ */
 int size_of(const Bytes& octets) {
     const FencedBuffer memory(octets.size(), Fence::behind);
     std::ranges::copy(octets, memory.begin());
@@ -84,7 +87,7 @@ TEST(Der, object_identifier_parts_have_no_leading_zeros) {
         EXPECT_FALSE(der::dotted(unhex(bad)).has_value()) << bad;
 }
 
-/** Decodes base64 to octets in hex; "refused" if it is malformed. */
+/** Decodes base64, and returns the octets in hexadecimal, or "refused" if the text is malformed. */
 std::string decoded(std::string_view text) {
     vrx::app::SecretBytes bytes;
     for (const char c : text) bytes.push_back(static_cast<std::uint8_t>(c));

@@ -1,7 +1,7 @@
 // Dumps the writable memory of a program. Usage: memory_of LOCKED LAST PROGRAM [ARGUMENT...]. Runs the program; dumps
 // its locked pages to the file LOCKED whenever it reads, writes or closes a file, and all its writable memory to LAST
-// when it ends. Memory of memfd_secret cannot be dumped, so the program gets ENOSYS for it, unless VRX_HIDDEN is set.
-// The exit code is that of the program, or 77 if tracing is not permitted.
+// when it ends. Memory of memfd_secret cannot be dumped, so this call fails with ENOSYS in the program, unless
+// VRX_HIDDEN is set. The exit code is that of the program, or 77 if tracing is not permitted.
 #include <fcntl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
@@ -35,7 +35,7 @@ int opened(const std::string& path, int flags) {
     return fd;
 }
 
-/** The memory of a new process. Opens the files in /proc before the process can deny access to them. */
+/** The memory of a new process. The constructor opens the files in /proc before the process can deny access to them. */
 class Memory {
 public:
     explicit Memory(pid_t process)
@@ -83,14 +83,17 @@ private:
     int maps_, bytes_;
 };
 
-/** Let memfd_secret fail: the call gets an unknown number. */
+/** Make memfd_secret fail, by changing the number of the system call to an unknown one. */
 void refuse_secret_memory(pid_t process) {
     constexpr std::size_t number = offsetof(user, regs.orig_rax);
     if (ptrace(PTRACE_PEEKUSER, process, number, nullptr) == SYS_memfd_secret)
         ptrace(PTRACE_POKEUSER, process, number, -1L);
 }
 
-/** True at a call that reads, closes or writes a file. Secrets and data derived from them are then in memory. */
+/**
+ * Returns true if the process is at a call that reads, closes or writes a file. At such a time, secrets and data
+ * derived from them are in memory.
+ */
 bool is_looked_at(pid_t process) {
     const long call = ptrace(PTRACE_PEEKUSER, process, offsetof(user, regs.orig_rax), nullptr);
     return call == SYS_read || call == SYS_close || call == SYS_write;

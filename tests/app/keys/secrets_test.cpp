@@ -35,7 +35,7 @@ Unmapped unmapped;
 
 extern "C" int __real_munmap(void* address, std::size_t size);
 extern "C" int __wrap_munmap(void* address, std::size_t size) {
-    // The first and the last page are the guards.
+    // The first and the last page are the inaccessible ones.
     const std::span bytes = std::span(static_cast<const unsigned char*>(address), size).subspan(page, size - 2 * page);
     ++unmapped.pages;
     if (std::ranges::any_of(bytes, [](unsigned char byte) { return byte != 0; })) ++unmapped.not_wiped;
@@ -110,7 +110,7 @@ TEST(Secrets, pages_lie_between_inaccessible_ones) {
     }
 }
 
-/** Check in a child process that it has nothing of the pages: they are gone, or zero. */
+/** Check that a child process inherits nothing of the pages: in the child, they are unmapped or contain zeros. */
 void expect_not_inherited(unsigned char* byte) {
     *byte = 0x5A;
     const pid_t child = fork();
@@ -127,7 +127,7 @@ TEST(Secrets, forked_processes_do_not_inherit_them) {
     expect_not_inherited(static_cast<unsigned char*>(pages.get()));
 }
 
-/** From this call on, memfd_secret() fails in this process as on a kernel that lacks it. */
+/** From this call on, memfd_secret() fails in this process as on a kernel without it. */
 void take_secret_memory_away() {
     std::array<sock_filter, 4> code{{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
                                      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_memfd_secret, 0, 1),

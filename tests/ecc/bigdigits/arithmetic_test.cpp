@@ -228,7 +228,8 @@ TEST(Bits, shifts_by_every_count_in_and_out_of_place) {
             shifts.push_back(s);
         for (const std::uint64_t s : shifts) {
             const bool far = s > 64 * (n + 2);
-            // A left shift returns digit n of the result; a right shift returns the digit below digit 0.
+            // A left shift returns digit n of the full result. A right shift returns the digit that is shifted out
+            // below digit 0.
             const Slow left = far ? Slow() : x * Slow::power_of_2(s);
             const Slow right = far ? Slow() : x * two_to(1) / Slow::power_of_2(s);
             const Digit left_out = (left / two_to(n)).digits(1)[0];
@@ -552,7 +553,10 @@ TEST(Division, by_one_digit) {
         }
 }
 
-/** Divisor, quotient and remainder with extreme words, which make estimates fail and corrections carry far. */
+/**
+ * The divisor, quotient and remainder have extreme words. With such words, estimates are wrong, and corrections cause
+ * long carries.
+ */
 TEST(Division, of_products_of_extreme_words) {
     Numbers numbers;
     const auto extreme = [&](std::size_t n) {
@@ -583,7 +587,7 @@ constexpr std::uint64_t ones = ~std::uint64_t{0};
 constexpr std::uint64_t half = std::uint64_t{1} << 63;
 
 TEST(Division, where_the_top_words_are_equal_and_an_estimate_would_overflow) {
-    // The top of the running remainder equals that of the divisor, in digits and in words.
+    // At one step, the top of the remainder equals the top of the divisor, compared as digits or as words.
     for (const std::uint64_t low : {0U, 1U, 4U}) {
         expect_division(words({low, 4, 7, half}).digits(8), words({5, 7, half}).digits(6));
         expect_division(words({ones, low, 7, ones}).digits(8), words({5, 7, ones}).digits(6));
@@ -597,8 +601,8 @@ TEST(Division, adds_back_the_divisor_after_a_quotient_word_too_large_by_one) {
     for (const std::uint64_t q : {std::uint64_t{1}, std::uint64_t{2}, half, ones - 1, ones})
         for (const std::uint64_t d1 : {half, half + 1, ones})
             for (const std::uint64_t d0 : {std::uint64_t{0}, std::uint64_t{1}, ones}) {
-                // The dividend is a multiple of the divisor's top digits. The lower digits of the divisor make the
-                // multiple too large.
+                // The dividend is a multiple of the divisor's top words alone. Because of the lower words of the
+                // divisor, the estimated multiple of the whole divisor is too large.
                 const Slow top = words({d0, d1});
                 expect_division((Slow(q) * top * Slow::power_of_2(64)).digits(8), words({1, d0, d1}).digits(6));
                 expect_division((Slow(q) * top * Slow::power_of_2(128)).digits(10), words({0, ones, d0, d1}).digits(8));
@@ -609,7 +613,7 @@ TEST(Division, adds_back_the_divisor_after_a_quotient_word_too_large_by_one) {
 }
 
 TEST(Division, where_a_digit_estimate_is_too_large_by_two) {
-    // As in Knuth, section 4.3.1, exercise 21: the top digit of the divisor is minimal.
+    // As in Knuth, section 4.3.1, exercise 21: the top digit of the divisor has the smallest possible value.
     expect_division(DigitVector{0, 0, 0x80000000, 0x7fffffff}, DigitVector{1, 0, 0x80000000});
     expect_division(DigitVector{3, 0, 0x80000000}, DigitVector{1, 0, 0x20000000});
     expect_division(DigitVector{0, 0xffff8000, 0x7fffffff, 0x8000}, DigitVector{0xffffffff, 0, 0x8000});
@@ -637,7 +641,7 @@ TEST(Division, where_the_top_words_of_a_block_are_equal) {
         const Slow below = Slow::power_of_2(64 * (n - 4));
         const Slow top = Slow::power_of_2(255) + Slow(12345);
         const Slow v = top * below + (below - Slow(1));
-        // A quotient of two blocks. The second one is all ones, and the running remainder is then v - 1.
+        // A quotient of two blocks. All bits of the second block are ones, and the remainder is v - 1.
         const Slow q = Slow(half) * Slow::power_of_2(6 * 64) + Slow::power_of_2(256) - Slow(1);
         expect_division((q * v + v - Slow(1)).digits(2 * n + 14), v.digits(2 * n));
         expect_division((q * v).digits(2 * n + 14), v.digits(2 * n));
@@ -665,7 +669,7 @@ public:
     ReadOnly(const ReadOnly&) = delete;
     ReadOnly& operator=(const ReadOnly&) = delete;
     ~ReadOnly() { munmap(page_, size); }
-    operator const Digit*() const { return static_cast<const Digit*>(page_); }  // NOLINT: stands for the array
+    operator const Digit*() const { return static_cast<const Digit*>(page_); }  // NOLINT: used in place of the array
 
 private:
     static constexpr std::size_t size = 4096;
@@ -677,7 +681,7 @@ TEST(Division, divisor_and_modulus_are_never_written) {
     for (const std::size_t n : Counts{1, 2, 9, 33, 128}) {
         DigitVector m = numbers(n);
         m[0] |= 1;
-        m.back() = 1;  // needs a large normalising shift
+        m.back() = 1;  // needs a large shift to set the top bit
         const ReadOnly modulus(m), u(DigitVector(n, 0xffffffff)), v(numbers(n)), wide(numbers(2 * n));
         Guarded q(2 * n), r(2 * n), w(n);
         EXPECT_EQ(mpDivide(q, r, wide, 2 * n, modulus, n), 0);

@@ -169,8 +169,8 @@ TEST(FromText, no_digits_return_0) {
 }
 
 TEST(FromText, a_carry_out_of_the_estimated_bytes_is_lost) {
-    // For these lengths a number of nines needs one byte more than 0.41524 per character, and its last digit has one to
-    // four bytes.
+    // The loop finds lengths for which a number of nines needs one byte more than 0.41524 bytes per character. It finds
+    // one length for each number of bytes in the top digit, one to four.
     std::set<std::size_t> filled;
     for (std::size_t length = 1; filled.size() < 4; ++length) {
         const std::size_t bytes = rounded_up(length, 41524);
@@ -336,7 +336,7 @@ TEST(Print, trimming_drops_leading_zero_digits_but_the_last) {
 }
 
 TEST(Print, goes_through_the_c_librarys_standard_output) {
-    // Earlier output of the program comes first.
+    // Output that the program wrote before comes first.
     const ChildRun run = run_in_child([] {
         const Digit a = 1;
         std::printf("before ");

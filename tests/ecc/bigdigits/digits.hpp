@@ -37,7 +37,7 @@ public:
     }
 
     Digit* data() { return memory_.data() + width; }
-    operator Digit*() { return data(); }  // NOLINT: stands for the array
+    operator Digit*() { return data(); }  // NOLINT: used in place of the array
     [[nodiscard]] DigitVector value() const { return {memory_.begin() + width, memory_.end() - width}; }
 
 private:
@@ -47,7 +47,7 @@ private:
     std::vector<Digit> memory_;
 };
 
-/** Numbers of n digits: edge cases, numbers of edge-case digits, random numbers of every length. */
+/** Numbers of n digits: edge cases, numbers whose digits are edge cases, and random numbers of every length. */
 class Numbers {
 public:
     DigitVector operator()(std::size_t n) {

@@ -15,7 +15,7 @@ public:
     Mpz(const Mpz&) = delete;
     Mpz& operator=(const Mpz&) = delete;
     ~Mpz() { mpz_clear(z_); }
-    operator mpz_ptr() { return z_; }  // NOLINT: stands for the number
+    operator mpz_ptr() { return z_; }  // NOLINT: used in place of the number
     [[nodiscard]] DigitVector digits(std::size_t n) const {
         DigitVector out(n + mpz_size(z_) * 2);
         mpz_export(out.data(), nullptr, -1, sizeof(Digit), 0, 0, z_);
@@ -27,7 +27,7 @@ private:
     mpz_t z_;
 };
 
-/** Compares all functions on random numbers of many lengths, so many times each. */
+/** Compares all functions on random numbers of many lengths, each the given number of times. */
 void compare(int times) {
     Numbers numbers;
     for (std::size_t n = 1; n <= 256; n += n < 40 ? 1 : 27)

@@ -1,4 +1,4 @@
-// Tests of modular arithmetic, inverses, divisors, roots, symbols and powers.
+// Tests of modular arithmetic, inverses, greatest common divisors, square roots, Jacobi symbols and powers.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -104,7 +104,8 @@ TEST(Modular, sum_drops_its_carry) {
 }
 
 TEST(Modular, sum_with_a_dropped_carry_is_not_corrected) {
-    // m = 2^32 - 1: 2 m does not fit. (m - 1) + (m - 1) = 2^33 - 4, modulo 2^32: 2^32 - 4, below m.
+    // For m = 2^32 - 1, the sum of two residues may not fit 32 bits. (m - 1) + (m - 1) = 2^33 - 4. Modulo 2^32, this is
+    // 2^32 - 4, which is below m, so m is not subtracted.
     const Digit m = 0xffffffff, u = 0xfffffffe;
     Digit w = 0;
     EXPECT_EQ(mpModAdd(&w, &u, &u, &m, 1), 0);
@@ -124,7 +125,8 @@ TEST(Modular, difference_adds_m_if_its_top_bit_is_set) {
 }
 
 TEST(Modular, difference_tests_the_top_bit_not_the_sign) {
-    // m = 2^32 - 1: 2^31 - 0 has its top bit set, so m is added; 0 - 2^31 - 1 has not, so m is not.
+    // Let m = 2^32 - 1. The difference 2^31 - 0 has its top bit set, so m is added. The difference 0 - (2^31 + 1)
+    // modulo 2^32 has its top bit clear, so m is not added.
     const Digit m = 0xffffffff, zero = 0, u = 0x80000000, v = 0x80000001;
     Digit w = 0;
     mpModSub(&w, &u, &zero, &m, 1);

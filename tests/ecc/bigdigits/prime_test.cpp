@@ -12,7 +12,7 @@
 
 namespace {
 
-std::deque<int> script;  // the next results of rand(), then any numbers
+std::deque<int> script;  // the next results of rand(); after them, any numbers
 int calls_of_rand = 0;
 int calls_of_srand = 0;
 std::mt19937 engine(1);
@@ -31,7 +31,10 @@ extern "C" void srand(unsigned) { ++calls_of_srand; }
 namespace vrx::test {
 namespace {
 
-/** Scripts the four calls that draw a digit, lowest byte first, with garbage above the byte. */
+/**
+ * Scripts the results of the four calls of rand() for a digit. The first call yields the lowest byte. The bits above
+ * each byte are garbage.
+ */
 void will_draw(Digit digit) {
     for (unsigned shift = 0; shift < 32; shift += 8)
         script.push_back(static_cast<int>(0x5a00 | (digit >> shift & 0xff)));
@@ -92,7 +95,8 @@ TEST_F(Draws, the_generator_is_not_seeded_again) {
     EXPECT_EQ(calls_of_srand, 0);
 }
 
-// ctest runs each test in its own process. In one process an earlier test may have seeded.
+// ctest runs each test in a process of its own. If all tests run in one process, an earlier test may have seeded the
+// generator.
 TEST(Seeding, happens_on_the_first_call_even_of_an_empty_range) {
     static bool first = true;
     if (calls_of_srand != 0 || calls_of_rand != 0) first = false;
@@ -122,7 +126,8 @@ TEST_F(Draws, bases_go_from_2_to_w_minus_2) {
     EXPECT_EQ(rabin_miller(Slow(2047), 1), 1);
     will_draw(1);
     EXPECT_EQ(rabin_miller(Slow(2047), 1), 0);
-    // Limit 2045, range 2043, mask 2047: 2044 is rejected; 2043 is the base -2, a strong liar like 2.
+    // The limit is 2045, the range 2043, and the mask 2047. The random number 2044 is rejected. 2043 yields the base
+    // 2045 = -2, for which 2047 passes, as it does for 2.
     script.clear();
     calls_of_rand = 0;
     will_draw(2044);
@@ -132,7 +137,7 @@ TEST_F(Draws, bases_go_from_2_to_w_minus_2) {
 }
 
 TEST_F(Draws, the_limit_depends_on_significant_digits_only) {
-    // One significant digit in an array of nine: the base stays below w.
+    // One significant digit in an array of nine: the base is below w.
     will_draw(0xffffffff);  // masked to 2047, which is above the range
     will_draw(0);
     EXPECT_EQ(rabin_miller(Slow(2047), 1, 9), 1);
@@ -193,7 +198,7 @@ TEST(Prime, carmichael_numbers_are_composite) {
         EXPECT_EQ(is_prime(Slow(w), 20), 0) << w;
         EXPECT_EQ(rabin_miller(Slow(w), 20), 0) << w;
     }
-    // (6k + 1)(12k + 1)(18k + 1) with three primes, none of them small.
+    // Numbers (6k + 1)(12k + 1)(18k + 1) whose three factors are primes and not small.
     const std::uint64_t k = 380;
     const Slow w = Slow(6 * k + 1) * Slow(12 * k + 1) * Slow(18 * k + 1);
     ASSERT_TRUE(is_prime_plainly(6 * k + 1) && is_prime_plainly(12 * k + 1) && is_prime_plainly(18 * k + 1));

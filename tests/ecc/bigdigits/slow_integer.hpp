@@ -1,4 +1,5 @@
-// Slow reference arithmetic: natural numbers as bytes, by schoolbook methods unlike those under test.
+// Slow reference arithmetic on natural numbers, stored as bytes. The schoolbook methods differ from the methods under
+// test.
 #ifndef VRX_TESTS_ECC_BIGDIGITS_SLOW_INTEGER_HPP
 #define VRX_TESTS_ECC_BIGDIGITS_SLOW_INTEGER_HPP
 
@@ -30,7 +31,7 @@ public:
         return x;
     }
 
-    /** The lowest n digits: the number modulo 2^(32 n). */
+    /** Returns the lowest n digits, which are the number modulo 2^(32 n). */
     [[nodiscard]] std::vector<std::uint32_t> digits(std::size_t n) const {
         std::vector<std::uint32_t> out(n);
         for (std::size_t i = 0; i < std::min(4 * n, bytes_.size()); ++i)
@@ -44,7 +45,7 @@ public:
         while (n != 0 && !bit(n - 1)) --n;
         return n;
     }
-    /** Digits of any base up to 16, most significant first, "0" for 0. */
+    /** Returns the digits in any base up to 16, most significant first. 0 yields "0". */
     [[nodiscard]] std::string text(unsigned base) const {
         std::string out;
         for (Slow rest = *this; !rest.is_zero();) {

@@ -1,6 +1,6 @@
-// Tests that no operation leaves traces of its operands on the stack. Each runs on a separate stack, once with each of
-// two sets of operands. Bytes that then differ between the stacks depend on an operand. This test is always built
-// optimised, and a second time with link-time optimisation.
+// Tests that no operation leaves traces of its operands on the stack. Each operation runs twice on a separate stack,
+// with two different sets of operands. Bytes that differ between the two stacks afterwards depend on an operand. This
+// test is always built optimised, and a second time with link-time optimisation.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <ucontext.h>
@@ -47,7 +47,7 @@ private:
     static inline ucontext_t inside, outside;
 };
 
-/** The same places in memory for both sets of operands, so that addresses left on the stack are equal. */
+/** Both sets of operands use the same memory, so that the addresses on the two stacks are equal. */
 struct Operands {
     std::vector<std::uint32_t> u, v, e, modulus, w, q, r;
     std::vector<std::uint8_t> octets;
@@ -132,7 +132,7 @@ std::size_t traces(const Operation& operation, Operands& operands) {
     OwnStack stack;
     const std::function<void()> call = [&] { operation.run(operands); };
     std::vector<unsigned char> held, before;
-    for (int run = 0; run < 3; ++run) {  // the first one for one-time initialisation
+    for (int run = 0; run < 3; ++run) {  // the first one is for one-time initialisation
         before = held;
         operands.fill_next();
         stack.after(call, held);

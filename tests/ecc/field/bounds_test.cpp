@@ -30,7 +30,7 @@ Interval held(const Interval& a) {
     return a;
 }
 
-/** The low 52 bits, as the multiply-add reads them. */
+/** The low 52 bits of a word, which are the bits that the multiply-add reads. */
 Interval low_bits(const Interval& a) { return a.within(0, limb_end - 1) ? a : Interval{0, limb_end - 1}; }
 
 /**
@@ -70,7 +70,7 @@ struct Intervals {
     [[gnu::noinline]] Intervals operator-(const Intervals& other) const {
         return by_lane(*this, other, [](auto a, auto b) { return Interval{a.least - b.most, a.most - b.least}; });
     }
-    /** Supports only masks: all ones, zero, an unknown choice of these two, or a mask of low bits. */
+    /** Supports only masks as operands: all ones, zero, an unknown one of these two, or a mask of low bits. */
     [[gnu::noinline]] Intervals operator&(const Intervals& other) const {
         return by_lane(*this, other, [](auto a, auto b) {
             if (b.is(0)) return Interval{0, 0};
@@ -134,7 +134,10 @@ struct Intervals {
 
 using Lanes = Element<Intervals>;
 
-/** The value of a lane in units of 2^156, the weight of limb 3, rounded outwards. It fits an i128. */
+/**
+ * Returns the value of a lane in units of 2^156, which is the weight of limb 3. The bounds are rounded outwards. They
+ * fit an i128.
+ */
 Interval value(const Lanes& a, std::size_t lane) {
     Interval sum;
     for (std::size_t i = 0; i < limb_count; ++i) {
@@ -150,7 +153,7 @@ Interval value(const Lanes& a, std::size_t lane) {
     return sum;
 }
 
-/** A 256-bit number in the same units, rounded down. */
+/** Returns a 256-bit number in units of 2^156, rounded down. */
 i128 in_units(const Words& n) { return i128{n[3]} << 36 | static_cast<i128>(n[2] >> 28); }
 
 template <typename S>
@@ -163,15 +166,15 @@ template <auto m>
 constexpr bool is_montgomery<Montgomery<m>> = true;
 
 /**
- * The arithmetic of a modulus, with checked preconditions and postconditions. Results are widened to everything that
- * the postcondition allows, so that one call of a formula covers all inputs.
+ * The arithmetic of a modulus, with checked preconditions and postconditions. Results are widened to all values that
+ * the postcondition allows, so that one call of a formula checks all inputs.
  */
 template <typename S>
 struct Checked {
     using F = LaneField<Intervals, S>;
     static inline const i128 p = in_units(S::modulus);
 
-    /** Any multiplicand: limbs of 52 bits, a value below 2.1 p. */
+    /** Returns the interval of all multiplicands: limbs of 52 bits, and a value below 2.1 p. */
     [[gnu::noinline]] static Lanes multiplicand() {
         Lanes r;
         for (auto& limb : r.limb) limb = Intervals::every({0, limb_end - 1});
@@ -182,8 +185,8 @@ struct Checked {
         const Lanes bound = multiplicand();
         for (std::size_t l = 0; l < lane_count; ++l)
             for (std::size_t i = 0; i < limb_count; ++i) {
-                // Carried products in Montgomery form are not negative. Intervals lose the relation of the last limb to
-                // the others, so its lower bound is too low.
+                // Carried products in Montgomery form are not negative. Intervals do not express the relation of the
+                // last limb to the others, so the lower bound of the last limb is too low here.
                 const i128 least = is_montgomery<S> && i + 1 == limb_count ? -64 : 0;
                 EXPECT_TRUE(a.limb[i].lane[l].within(least, bound.limb[i].lane[l].most)) << what << ", limb " << i;
             }
@@ -229,9 +232,10 @@ private:
     }
 
     /**
-     * The postcondition of a product without carries, or of a difference of two: limbs up to 2^56, and above -2^53 if
-     * the high half is subtracted; a value below 2.1 p. In Montgomery form the bound of the value does not follow from
-     * the limbs, but from (a b + u m) / 2^260, for factors below 2.1 m, u below 2^260 and m below 2^256.
+     * Checks the postcondition of a product without carries, or of the difference of two products: limbs are at most
+     * 2^56, and above -2^53 if the high half is subtracted; the value is below 2.1 p. In Montgomery form the bound of
+     * the value does not follow from the limbs, but from (a b + u m) / 2^260, for factors below 2.1 m, u below 2^260
+     * and m below 2^256.
      */
     static Lanes loose(Lanes r, i128 negative) {
         const i128 least = takes_off<S> ? -(one << 53) : 0;
@@ -258,7 +262,7 @@ private:
      * limb, w = floor(2^58 / (m_4 + 1)) the reciprocal, and m_4 the last limb of the modulus.
      *
      * If the quotient is 0, the remainder is the value itself. Otherwise top >= 2^58 / w. The remainder is then at
-     * least top (2^208 - w m / 2^58) plus the other limbs, and at most that plus (2^6 w / 2^58 + 1) m.
+     * least L = top (2^208 - w m / 2^58) plus the other limbs, and at most L + (2^6 w / 2^58 + 1) m.
      */
     static void expect_quotient(const Lanes& a) {
         const std::uint64_t w = F::reciprocal;
@@ -310,7 +314,7 @@ TYPED_TEST(Bounds, hold_for_sums_of_any_points) {
     F::carry(negated_where(sign, any));  // the first round of the comb
 }
 
-// A step takes and returns arbitrary multiplicands, so one bit value covers both.
+// A step accepts and returns arbitrary multiplicands, so it is enough to check one value of the bit.
 TYPED_TEST(Bounds, hold_for_all_steps_of_the_ladder) {
     using F = Checked<typename TypeParam::Field>;
     ladder<Intervals, TypeParam, F>(Words{}, TypeParam::x);

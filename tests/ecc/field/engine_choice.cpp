@@ -1,5 +1,5 @@
-// Lets the environment variable VRX_TEST_ENGINE choose the engine for all tests of a program. Fails if the engine is
-// never called.
+// Selects the engine that the environment variable VRX_TEST_ENGINE names for all tests of a program. The program fails
+// if this engine is never called.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

@@ -51,7 +51,10 @@ public:
         return {words_of(vrx::test::sum(digits_of(a.k), digits_of(b.k), q_)), sum(a.point, b.point)};
     }
 
-    /** Small and large scalars, powers of 2, runs of ones, repeated digits, halves of q, each with its negative. */
+    /**
+     * Small and large scalars, powers of 2, scalars with runs of ones or repeated digits, halves of q, and the
+     * negatives of all of these.
+     */
     [[nodiscard]] std::vector<Multiple> structured() const {
         std::vector<Digits> scalars;
         for (std::uint32_t k = 1; k <= 70; ++k) scalars.emplace_back(k);
@@ -81,7 +84,7 @@ public:
         Digits third;
         mpShortDiv(third.data(), q_.data(), 3, VRX_ECC_DIGITS);
         scalars.push_back(third);
-        for (const unsigned step : {41u, 24u, 17u, 6u}) {  // the distances of comb teeth, and others
+        for (const unsigned step : {41u, 24u, 17u, 6u}) {  // these include the distances of comb teeth
             Digits sparse;
             for (unsigned i = 3; i < 255; i += step) sparse.flip(i);
             scalars.push_back(sparse);
@@ -96,7 +99,7 @@ public:
         return all;
     }
 
-    /** Random multiples, as sums of a few random ones. */
+    /** Returns random multiples. They are sums of a few random multiples. */
     [[nodiscard]] std::vector<Multiple> random(Random& random, std::size_t count) const {
         std::vector<Multiple> all;
         for (int i = 0; i < 8; ++i) all.push_back(of(reduced(digits_of(random.value<Words>()), q_)));
@@ -132,7 +135,7 @@ protected:
         ASSERT_EQ(digits_of(r.x), Digits(m.point.x)) << digits_of(m.k);
         ASSERT_EQ(digits_of(r.y), Digits(m.point.y)) << digits_of(m.k);
     }
-    /** @return whether the engine covers the operands. */
+    /** @return whether the engine can handle the operands. */
     bool expect_point(const Multiple& m, const EcPoint& base) {
         AffinePoint r;
         if (!engine.multiply(curve, m.k, affine(base), r)) return false;
@@ -152,7 +155,7 @@ INSTANTIATE_TEST_SUITE_P(all, engines_of_curves,
                                           testing::Values(CurveId::test, CurveId::a, CurveId::b, CurveId::c)),
                          parameter_name);
 
-/** Curves with p > q. */
+/** The curves with p > q. */
 class engines_of_curves_with_small_order : public engines_of_curves {};
 
 INSTANTIATE_TEST_SUITE_P(all, engines_of_curves_with_small_order,
@@ -174,8 +177,8 @@ TEST_P(engines_of_curves, multiply_the_base_point_as_any_point) {
 TEST_P(engines_of_curves, multiply_any_point) {
     const EcPoint base = Multiples(set, set.G).random(random, 8)[5].point;
     const Multiples multiples(set, base);
-    // The ladder does not cover an infinite (k + 1) Q. The window does not cover doublings of the odd multiples up to
-    // 31 Q.
+    // The ladder cannot handle an infinite (k + 1) Q. The window cannot handle a sum of equal points, which occurs for
+    // some scalars up to 62.
     std::vector<Words> not_covered;
     for (const Multiple& m : multiples.structured()) {
         if (is_plain(engine) && random.below(8) != 0 && digits_of(m.k).d[7] != 0) continue;
@@ -240,7 +243,7 @@ TEST_P(engines_of_curves_with_small_order, recognise_sums_whose_x_is_above_q) {
     EXPECT_EQ(answer(difference(p, q, p)), Answer::no) << "p itself is no coordinate";
 }
 
-// Equal and opposite points, which the addition formula does not cover.
+// Equal and opposite points, which the addition formula cannot handle.
 TEST_P(engines_of_curves, decline_sums_of_equal_and_opposite_points) {
     const Multiple m = Multiples(set, set.G).random(random, 8)[3];
     const Words minus = words_of(difference(Digits(), digits_of(m.k), q));
@@ -264,7 +267,7 @@ TEST(remainders, exclude_numbers_from_p_on) {
             if (r != Digits()) {
                 EXPECT_EQ(has(x, r), Answer::yes) << x;
             }
-            // r + p is the same element. If q > p, it may be a scalar, but it is not x mod q.
+            // r + p is the same field element as r. If q > p, it may be below q, but it is not x mod q.
             mpAdd(above.data(), r.data(), p.data(), VRX_ECC_DIGITS);
             if (mpCompare(above.data(), q.data(), VRX_ECC_DIGITS) < 0) {
                 EXPECT_EQ(has(x, above), Answer::no) << x;

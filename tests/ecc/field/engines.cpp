@@ -1,4 +1,4 @@
-// The test engines: none, plain lanes, and one that counts calls.
+// The test engines: "none", plain lanes, and an engine that counts calls.
 #include "ecc/field/engines.hpp"
 
 #include <atomic>

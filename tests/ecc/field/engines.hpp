@@ -1,4 +1,4 @@
-// Forces an engine for point multiplication in tests, and counts its calls.
+// Selects an engine for point multiplication in tests, and counts its calls.
 #ifndef VRX_TESTS_ECC_FIELD_ENGINES_HPP
 #define VRX_TESTS_ECC_FIELD_ENGINES_HPP
 
@@ -10,7 +10,7 @@
 
 namespace vrx::test {
 
-/** Covers no operands, so that the general domain does all the work. */
+/** An engine that reports that it cannot handle any operands, so that the general domain computes everything. */
 extern const field::Engine engine_none;
 
 /** The code of the vector engine on plain arrays. */
@@ -19,12 +19,15 @@ extern const field::Engine engine_plain_lanes;
 /** All engines that run on this CPU, except engine_none. */
 std::vector<const field::Engine*> engines_here();
 
-/** The engine of a name, including engine_none, or nullptr. */
+/** Returns the engine with a name, which may be engine_none, or nullptr. */
 const field::Engine* engine_named(const std::string& name);
 
 using ForcedEngine = WithEngine<field::choice>;
 
-/** Forces an engine, and counts its calls and how many of them it covers. One object at a time. */
+/**
+ * Selects an engine during its lifetime. Counts its calls, and the calls whose operands it can handle. Only one object
+ * may exist at a time.
+ */
 class CountedEngine {
 public:
     explicit CountedEngine(const field::Engine& engine);

@@ -8,7 +8,10 @@ using namespace vrx::field;
 
 namespace {
 
-/** The number in a lane modulo p. Checks that it is a multiplicand: 52-bit limbs, and below 2.1 p. */
+/**
+ * Returns the number in a lane modulo p. Checks that the element is a multiplicand: it has 52-bit limbs and is below
+ * 2.1 p.
+ */
 template <typename S>
 Digits value(const LaneWords& a, std::size_t lane) {
     Digits sum;

@@ -11,7 +11,7 @@ using namespace vrx::field;
 
 namespace {
 
-/** For pseudo-Mersenne moduli, whose elements are any representatives. */
+/** Checks arithmetic modulo pseudo-Mersenne numbers, whose elements need not be reduced. */
 template <typename S>
 void check_plain(const Words& a, const Words& b) {
     const Digits m = digits_of(S::modulus);
@@ -27,7 +27,7 @@ void check_plain(const Words& a, const Words& b) {
     ASSERT_TRUE(same(a, reduced(x, m))) << x;
 }
 
-/** For moduli in Montgomery form, whose elements are reduced. */
+/** Checks arithmetic in Montgomery form, whose elements are reduced. */
 template <typename S>
 void check_montgomery(const Words& a, const Words& b) {
     const Digits m = digits_of(S::modulus);
@@ -78,7 +78,7 @@ TEST(scalar_fields, agree_with_the_adx_engine) {
     check_pairs<T>(check_plain<T>);
     check_pairs<C>(check_montgomery<C>);
     check_pairs<Montgomery<CurveA::q, AdxWords>>(check_montgomery<Montgomery<CurveA::q, AdxWords>>);
-    // With a modulus of all ones the top word of a sum takes a carry.
+    // If all bits of the modulus are ones, the top word of a sum receives a carry.
     using Least = Montgomery<Words{1, 0, 0, 1ull << 63}, AdxWords>;
     using Most = Montgomery<Words{~0ull, ~0ull, ~0ull, ~0ull}, AdxWords>;
     check_pairs<Least>(check_montgomery<Least>);
@@ -97,7 +97,7 @@ TEST(scalar_fields, work_for_the_extreme_moduli_of_each_shape) {
     check_pairs<Most>(check_montgomery<Most>);
 }
 
-// All small offsets from 0, p and 2^256.
+// Numbers at all small distances from 0, p and 2^256.
 TEST(scalar_fields, work_for_all_pairs_of_small_offsets) {
     for_each_curve([]<typename Curve>(Curve) {
         using S = typename Curve::Field;
@@ -136,7 +136,7 @@ TEST(scalar_fields, of_the_orders_agree_with_integers_for_edge_cases) {
     });
 }
 
-// x mod q = r for x below p, where x is r or r + q; r + q may exceed 256 bits.
+// For x below p, x mod q = r means that x is r or r + q. r + q may exceed 256 bits.
 TEST(remainders, are_recognised_by_their_definition) {
     Random random;
     for_each_curve([&]<typename Curve>(Curve) {
@@ -144,7 +144,8 @@ TEST(remainders, are_recognised_by_their_definition) {
         const Digits q = digits_of(Curve::q);
         std::vector<Words> numbers = edges(Curve::q);
         for (int i = 0; i < 40; ++i) numbers.push_back(random_words(random));
-        // Below 2 q - 2^256, x + 2^256 - q is below q, and x is that plus q without its highest bit.
+        // For x below 2q - 2^256, the number r = x + 2^256 - q is below q, and r + q equals x modulo 2^256. Such an r
+        // must not be accepted.
         for (const std::uint64_t n : {0u, 1u, 2u, 1000u}) numbers.push_back({n, 0, 0, 0});
         for (const Words& n : numbers) {
             if (!is_below(n, S::modulus)) continue;
@@ -263,7 +264,7 @@ TEST(division_steps, return_0_if_there_is_no_inverse) {
     }
 }
 
-// The matrix of a batch is 2^62 times a unimodular matrix, up to sign.
+// The determinant of the matrix of a batch is a power of two, up to its sign.
 TEST(division_steps, take_59_steps_a_batch) {
     Random random;
     for (int i = 0; i < 1000; ++i) {
@@ -275,7 +276,7 @@ TEST(division_steps, take_59_steps_a_batch) {
         const i128 power = i128{1} << (59 + 6);
         ASSERT_TRUE(determinant == power || determinant == -power);
         ASSERT_LT(zeta, 70);
-        // Both rows clear the low bits.
+        // Multiplying both rows by (f, g) gives numbers whose low 62 bits are 0.
         const auto u = [](std::int64_t n) { return static_cast<std::uint64_t>(n); };
         ASSERT_EQ((u(t.u) * f + u(t.v) * g) & mask62, 0u);
         ASSERT_EQ((u(t.q) * f + u(t.r) * g) & mask62, 0u);

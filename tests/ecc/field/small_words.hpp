@@ -1,4 +1,4 @@
-// Words of a few bits: a stand-in for 64-bit words in exhaustive tests.
+// Words of a few bits, which replace 64-bit words in exhaustive tests.
 #ifndef VRX_TESTS_ECC_FIELD_SMALL_WORDS_HPP
 #define VRX_TESTS_ECC_FIELD_SMALL_WORDS_HPP
 

@@ -85,7 +85,7 @@ TEST(small_words, make_correct_long_numbers) {
     check_long_numbers<Small<2, 4>>();
 }
 
-/** For fields whose elements are any representatives. */
+/** Checks fields whose elements need not be reduced. */
 template <typename S>
 void check_loose() {
     using Words = typename S::Words;
@@ -199,7 +199,7 @@ void check_inverses(int modulus_bits, int batches) {
             ASSERT_TRUE((finds_inverse<bits, first_half, second_half>(m, x, batches))) << x << " modulo " << m;
 }
 
-// 25 steps suffice for 10 bits, and 20 for 8, as 590 do for 256.
+// 25 steps suffice for numbers of 10 bits, and 20 steps for 8 bits, just as 590 steps suffice for 256 bits.
 TEST(small_words, find_inverses_by_division_steps) {
     check_inverses<9, 3, 3>(10, 5);
     check_inverses<8, 3, 2>(10, 5);

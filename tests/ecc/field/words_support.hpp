@@ -49,7 +49,10 @@ inline Words plus(Words w, std::int64_t n) {
     return w;
 }
 
-/** Numbers near 0, 2^255, 2^256, the modulus and its double modulo 2^256, and with words of zeros and ones. */
+/**
+ * Numbers near 0, 2^255, 2^256, the modulus, and twice the modulus modulo 2^256; also numbers whose words are all zeros
+ * or all ones.
+ */
 inline std::vector<Words> edges(const Words& modulus) {
     std::vector<Words> all;
     Words twice;
