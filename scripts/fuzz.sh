@@ -1,7 +1,8 @@
 # shellcheck shell=bash
 # Fuzzing. Sourced by ./dev.
 
-# In build/fuzz, for each target: corpus/ holds the inputs of fuzz/corpus/TARGET.hex, found/ those that a run added.
+# In build/fuzz, each target has two folders: corpus/ holds the inputs of fuzz/corpus/TARGET.hex, and found/ holds the
+# inputs that a run added.
 
 # unpack TARGET
 unpack() {
@@ -10,14 +11,15 @@ unpack() {
     [[ ! -f fuzz/corpus/$1.hex ]] || fuzz/corpus.py unpack "fuzz/corpus/$1.hex" "build/fuzz/corpus/$1"
 }
 
-# covered TARGET FOLDER...: how many inputs there are, and edges that they cover.
+# covered TARGET FOLDER...: prints the number of inputs and the number of edges that they cover.
 covered() {
     local edges
     edges=$("${fixed[@]}" "build/fuzz/fuzz/${1}_fuzz" -runs=0 "${@:2}" 2>&1 | sed -n 's/.*INITED cov: \([0-9]*\) .*/\1/p')
     echo "$(find "${@:2}" -type f | wc -l) inputs, $edges edges"
 }
 
-# minimise TARGET: replaces the target's pack by the fewest inputs, old and found, that have the same coverage.
+# minimise TARGET: replaces the inputs of the target in the repository by the smallest set of old and new inputs with
+# the same coverage.
 minimise() {
     local program=build/fuzz/fuzz/${1}_fuzz merged=build/fuzz/merged/$1 log=build/fuzz/merged/$1.log
     rm -rf "$merged"

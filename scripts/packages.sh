@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# The Debian packages that each command needs, and their installation. Sourced by ./dev.
+# The Debian packages that each command needs, and functions that install them. Sourced by ./dev.
 # shellcheck disable=SC2034  # other scripts read the lists
 
 # The program needs libtasn1, the library does not.
@@ -13,9 +13,9 @@ readonly FUZZ=("${BUILD[@]}" clang libclang-rt-14-dev libgtest-dev libgmock-dev 
 readonly MUTATE=("${BUILD[@]}" clang libclang-rt-14-dev libgtest-dev libgmock-dev pkg-config python3 git)
 readonly BENCH=("${BUILD[@]}" libbenchmark-dev pkg-config)
 readonly LINT=("${TEST[@]}" libbenchmark-dev clang-format clang-tidy cppcheck shellcheck git)
-# Proofs are made where there is a solver.
+# Proofs run only if a solver is installed.
 readonly PROVE=(z3 cvc5 libgmp-dev)
-# Peers: tests and benchmarks compare with them where they are installed.
+# Peers: tests and benchmarks compare libvrx with those that are installed.
 readonly PEERS=(pkg-config libgcrypt20-dev nettle-dev libgnutls28-dev libbotan-2-dev libcrypto++-dev libssl-dev
     libengine-gost-openssl libgmp-dev openssl rhash gostsum zsh)
 
@@ -23,7 +23,7 @@ as_root() {
     if [[ $EUID -eq 0 ]]; then "$@"; else sudo "$@"; fi
 }
 
-# Of the packages named, those that are not installed.
+# missing PACKAGE...: prints those packages that are not installed.
 missing() {
     local package
     for package in "$@"; do
@@ -31,7 +31,7 @@ missing() {
     done
 }
 
-# apt-get; its output is shown only when it fails.
+# Runs apt-get, and shows its output only if it fails.
 apt_get() {
     local said
     said=$(as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq "$@" 2>&1) || {
@@ -45,14 +45,14 @@ update_once() {
     updated=yes
 }
 
-# is_debian PACKAGE...: fails, with a word about the packages, on a system without Debian's package manager.
+# is_debian PACKAGE...: on a system without Debian's package manager, prints a message with these packages, and fails.
 is_debian() {
     command -v dpkg-query >/dev/null && return
     echo "This is not Debian; these packages, or their equivalents, are assumed to be installed: $*" >&2
     return 1
 }
 
-# check PACKAGE...: names what is missing, and how to install it; installs nothing.
+# check PACKAGE...: prints the packages that are missing, and how to install them. Installs nothing.
 check() {
     is_debian "$@" || return 0
     local packages
@@ -63,7 +63,7 @@ check() {
     exit 1
 }
 
-# need PACKAGE...: installs what is missing.
+# need PACKAGE...: installs the packages that are missing.
 need() {
     is_debian "$@" || return 0
     local packages
@@ -78,11 +78,11 @@ need() {
     apt_get install -y --no-install-recommends "${packages[@]}"
 }
 
-# want PACKAGE...: like need, but continues without what cannot be installed.
+# want PACKAGE...: like need, but continues without packages that cannot be installed.
 want() {
     local package
     [[ -n $(missing "$@") ]] || return 0
-    # All at once; if that fails, one by one.
+    # Installs all packages at once; if that fails, one by one.
     (need "$@") && return
     for package in $(missing "$@"); do
         (need "$package") || echo "Continuing without the optional package $package"

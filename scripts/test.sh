@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Tests, and what judges them: peers, coverage, mutation. Sourced by ./dev.
+# Tests, comparisons with peers, coverage and mutation tests. Sourced by ./dev.
 
 # run_tests PRESET [OPTION...]
 run_tests() { ctest --test-dir "build/$1" --output-on-failure --no-tests=error -j "$(($(nproc) + 1))" "${@:2}"; }
@@ -24,7 +24,7 @@ cmd_interop() {
     # shellcheck disable=SC2153  # packages.sh assigns BUILD
     need "${BUILD[@]}" libgtest-dev pkg-config python3
     want "${PEERS[@]}"
-    # What is there afterwards is what could be built.
+    # Removes old programs, so that afterwards only those exist that can be built now.
     rm -f build/dev/tests/interop/*_test
     configure dev
     build dev --target interop

@@ -50,7 +50,8 @@ FULL = QUICK + [
     Stage("valgrind", "dev", ["slow_tests"], ["-L", "memcheck"]),
     Stage("constant time", "dev", ["slow_tests"], ["-L", "constant_time"]),
     Stage("residue", "dev", ["residue"], ["-L", "residue"]),
-    # The code as installed: compilers undo constant-time code, and keep secrets elsewhere, with other flags.
+    # Tests the code as it is installed, because with other flags, compilers may undo constant-time code and store
+    # secrets in other places.
     Stage("constant time, g++ release", "release-gcc", ["constant_time_tests"], ["-L", "constant_time"]),
     Stage("constant time, clang++ release", "release-clang", ["constant_time_tests"], ["-L", "constant_time"]),
     Stage("residue, g++ release", "release-gcc", ["residue"], ["-L", "residue"]),

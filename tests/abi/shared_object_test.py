@@ -95,7 +95,7 @@ class SharedObject(unittest.TestCase):
         self.assertEqual(asked, [])
 
     def test_there_are_no_static_constructors(self):
-        # The compiler's start files contribute one entry each.
+        # Each start file of the compiler contributes one entry.
         for array in ("INIT", "FINI"):
             sizes = re.findall(rf"\({array}_ARRAYSZ\)\s+(\d+) \(bytes\)", self.dynamic)
             self.assertLessEqual(sum(map(int, sizes)), 8)

@@ -55,7 +55,7 @@ def authority(path_length=None):
 
 
 def key_usage(bits):
-    """Named bits, as digits: "0", "56"."""
+    """A BIT STRING of named bits. Their numbers are given as digits, such as "0" or "56"."""
     octet = sum(0x80 >> int(bit) for bit in bits)
     unused = (octet & -octet).bit_length() - 1
     return extension("0603551d0f", f"0302{unused:02x}{octet:02x}")

@@ -1,4 +1,4 @@
-"""Manual pages and shell completions: complete, up to date, and well formed."""
+"""Checks that the manual pages and shell completions are complete, up to date, and well formed."""
 
 import ctypes
 import os

@@ -1,6 +1,6 @@
 """GOST 28147-89 written plainly from RFC 5830 and RFC 4357, and GOST R 34.11-94 from RFC 5831, one S-box at a time.
 
-Shares nothing with the library.
+It has no code in common with the library.
 """
 
 import struct

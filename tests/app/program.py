@@ -20,7 +20,7 @@ WHOLE = os.environ.get("VRX_TEST_WHOLE") == "1"
 
 
 def some(cases, of=8):
-    """One in `of` cases, beginning at random. A whole run takes every case: `./dev test --full` has both."""
+    """Return all cases in full runs; otherwise, every `of`-th case, beginning with a random one."""
     cases = list(cases)
     return cases if WHOLE else cases[random.randrange(min(of, len(cases))) :: of]
 
@@ -97,7 +97,7 @@ class ProgramTest(unittest.TestCase):
         self.assertEqual(done.out, out, arguments)
         self.assertTrue(done.err.startswith(b"vrx: "), done.err)
         self.assertEqual(done.err.count(b"\n"), 1, done.err)
-        if code == 2:  # what is wrong, and after the semicolon what to do
+        if code == 2:  # first what is wrong; after the semicolon, what to do
             self.assertRegex(done.err, rb"[^;]; [^;\n]+[^.;\n]\n\Z")
         for text in [says] if isinstance(says, str) else says:
             self.assertIn(os.fsencode(text), done.err, arguments)
@@ -148,7 +148,7 @@ class ProgramTest(unittest.TestCase):
 
 
 class Result(unittest.TextTestResult):
-    """Prints which tests are skipped, and why, for the summary of a run."""
+    """Prints, for the summary of a run, which tests are skipped and why."""
 
     def addSkip(self, test, reason):
         super().addSkip(test, reason)

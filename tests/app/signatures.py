@@ -12,7 +12,7 @@ ORDER = {"A": 0xFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF6C611070995AD10045841B09B761B893
 
 
 def flipped(octets, places=None):
-    """Copies of octets with one changed bit: every bit in turn, or in quick runs one bit of some octets."""
+    """Yield copies of octets with one changed bit: each bit in full runs, otherwise one bit in some of the octets."""
     for place in some(places or range(len(octets)), 2):
         for bit in range(8) if WHOLE else [random.randrange(8)]:
             bad = bytearray(octets)

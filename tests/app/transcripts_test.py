@@ -18,7 +18,7 @@ FOLDER = pathlib.Path(__file__).resolve().parent
 
 
 def parts(text):
-    """The tests of a transcript: a title, and the commands with their expected output."""
+    """Return the tests of a transcript. Each has a title, and commands with their expected output."""
     tests = []
     for number, line in enumerate(text.splitlines(), 1):
         if line.startswith("## "):

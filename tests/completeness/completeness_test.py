@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks that every test in the checkout is compiled or run. Usage: completeness_test.py SOURCE BUILD [NOT_COMPILED...]
 
-NOT_COMPILED lists C++ tests that this configuration leaves out. Each of them is reported as a skipped test.
+NOT_COMPILED lists the C++ tests that this configuration does not compile. Each of them is reported as a skipped test.
 """
 import json
 import re
@@ -31,7 +31,7 @@ class Completeness(unittest.TestCase):
         for name in tests("*_test.py"):
             path, stem = SOURCE / name, Path(name).stem.removesuffix("_test")
             near = "\n".join(text for folder, text in said.items() if path.is_relative_to(folder))
-            # Registered by its full name, or by its stem in a list.
+            # A test is registered by its full name, or in a list by its name without the suffix.
             self.assertRegex(near, rf"\b{re.escape(Path(name).name)}|[ (]{re.escape(stem)}[ )\n]", name)
 
     def test_every_fuzz_target_has_a_corpus(self):

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Reports which lines and branches of src/ the tests ran. Usage: coverage.py PROJECT BUILD
 
-Fails if a line or branch was not run and unreachable.txt does not list it, or if it was run and is listed.
+Fails if a line or branch was not run and is not listed in unreachable.txt, or if it was run but is listed there.
 """
 import json
 import subprocess
@@ -32,7 +32,7 @@ class Line:
 
     def __init__(self):
         self.count = 0
-        self.shapes = {}  # number of branches (instances can differ) to the count of each branch
+        self.shapes = {}  # maps a number of branches, in which instances can differ, to the count of each branch
 
     def add(self, line):
         self.count += line["count"]

@@ -42,7 +42,7 @@ class Listings(unittest.TestCase):
         self.assertGreater(seen, 15)
 
     def test_quoted_output_equals_the_output_of_the_program(self):
-        """A text block after the build line of a listing is the expected output."""
+        """Checks that a text block after the build line of a listing is the expected output."""
         expected = {path.read_text(encoding="utf-8") for path in EXAMPLES.rglob("*.expected")}
         for page in PAGES:
             if page.parent.name == "guides" or page.name == "README.md":

@@ -1,4 +1,4 @@
-"""Reads the pages of the documentation, for other tests."""
+"""Reads the pages of the documentation. Other tests use this module."""
 import re
 import sys
 from pathlib import Path

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that the page on side channels covers every exported function. Usage: side_channels_test.py PROJECT"""
+"""Checks that the page on side channels lists every exported function. Usage: side_channels_test.py PROJECT"""
 import re
 import sys
 import unittest

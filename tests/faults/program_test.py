@@ -7,7 +7,7 @@ import certificates as x509
 from program import ProgramTest, main
 
 FAULTS = os.environ["VRX_FAULTS"]
-ENOUGH = 3000  # more calls than any run makes
+ENOUGH = 3000  # no run makes so many calls
 OUT = "a folder with a long name/out"  # too long for the small string optimisation
 FEW = b"vrx: warning: with only 1000 iterations, passwords can be guessed quickly; use 600000 or more\n"
 LOCK = ["--iterations", "1000", "--password-file", "password"]
@@ -49,7 +49,7 @@ class Runs(ProgramTest):
         self.write(name, x509.certificate(signed, self.vrx("sign", "--key", "root.pem", "--hex", "tbs").decode().strip()))
 
     def commands(self):
-        """Yields command lines, whether their output is deterministic, and otherwise a command that checks it."""
+        """Yields tuples: a command line, whether its output is deterministic, and if not, a command that checks it."""
         derive = ["derive", "--salt", "00112233445566778899", "--iterations", "1000", "--password-file", "password"]
         same = [
             ["encrypt", "--key", "key", "--iv", "0011223344556677", "-o", OUT, "in"],
@@ -158,7 +158,7 @@ class Runs(ProgramTest):
                     proof(done)
 
     def expect_a_part(self, done, right, written):
-        """A list may omit unreadable files; a check reports them."""
+        """A list may omit unreadable files. A check of the list reports them."""
         lines = (right.out + written.get(OUT, b"")).splitlines()
         out = self.files().get(OUT, b"")
         for line in (done.out + out).splitlines():
@@ -171,7 +171,7 @@ class ShortMemory(Runs):
         self.expect_whole_or_nothing("memory")
 
     def test_all_allocations_fail_from_one_on(self):
-        # The first allocation is the C++ runtime's reserve for exceptions.
+        # The first allocation is a reserve of the C++ run-time library for exceptions.
         self.expect_whole_or_nothing("memory", first=2, after="+")
 
 
@@ -199,7 +199,7 @@ class BadRandomness(Runs):
                     self.assertEqual(self.files(), before)
 
     def test_repeating_source_does_not_reveal_the_key(self):
-        """A machine restored from a snapshot repeats random numbers. Nonces of two messages must still differ."""
+        """A machine restored from a snapshot repeats random numbers. Its nonces for two messages must differ."""
         for curve in ("A", "Test"):
             self.remove_output()
             self.vrx("keypair", "--curve", curve, "--out", OUT)

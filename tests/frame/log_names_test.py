@@ -1,4 +1,4 @@
-"""A function name in a log message is an identifier, or the library does not compile."""
+"""Checks that the library does not compile if the name of a function in a log message is not an identifier."""
 import os
 import subprocess
 import unittest

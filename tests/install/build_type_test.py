@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Without a build type the library is optimised; what it was not made for is refused."""
+"""Checks that a build without a build type is optimised, and that other architectures are refused."""
 
 import re
 
@@ -14,7 +14,7 @@ class BuildType(InstallTest):
                                 env=clean_environment(CFLAGS="", CXXFLAGS=""))
 
     def levels(self, name, target="all"):
-        """The levels of optimisation of each source: its last two names -> the last -O, or nothing."""
+        """Map each source, by the last two parts of its path, to the last option -O of its command, or to nothing."""
         commands = self.run_program("ninja", "-C", self.scratch / name, "-t", "commands", target).splitlines()
         found = {}
         for command in commands:

@@ -18,7 +18,7 @@ PACKAGES = ("libvrx1", "libvrx-dev", "python3-vrx", "vrx")
 
 
 def as_root():
-    """Return the prefix for commands that need root, or None if there is no way."""
+    """Return the prefix for commands that need root, or None if they cannot be run."""
     if os.geteuid() == 0:
         return []
     prefix = ["unshare", "--user", "--map-root-user"]

@@ -20,7 +20,7 @@ def directives(text):
 
 @functools.lru_cache(maxsize=None)
 def normal(path):
-    """Return a path as text, without ".." parts."""
+    """Return a path as text, with ".." parts resolved."""
     parts = []
     for part in path.parts:
         if part == ".." and parts:
@@ -105,7 +105,7 @@ class Code:
         return complaints
 
     def unused(self):
-        """Return permitted layers that a layer does not include."""
+        """Return the layers that a layer may include, but does not."""
         used = {(layer, below) for _, _, layer, below in self.arrows()}
         return [f"{layer.name} does not include {below}" for layer in self.layers.values() for below in layer.below
                 if (layer.name, below) not in used]

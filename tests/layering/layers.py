@@ -63,10 +63,12 @@ LAYERS = [
     Layer("src/ecc", "residue curve point multiples domain multiply generate sign agree octets",
           ("src/ecc/tables", "src/ecc/field", "src/ecc/bigdigits", "src/gostr3411", "src/gost28147", "src/tz",
             "src/frame", "include/vrx")),
-    # The notice of the library asks the arithmetic for its own, so this one file stands above the rest of its folder.
+    # The copyright notice of the library contains that of the arithmetic module, so this file is in a layer above the
+    # rest of its folder.
     Layer("src/frame", "api", ("src/ecc/bigdigits", "src/frame", "include/vrx"), "src/frame/api"),
 
-    # The C++ interface. The files of include/vrx are its older paths, which only forward.
+    # The C++ interface. The C++ headers directly in include/vrx are older paths. They only include headers of the
+    # interface.
     Layer("include/vrx/cxx", """
         frame types tz params bigdigits kernel modes context gostr3411 hmac kdf sha1 curve point multiply sign agree""",
           ("include/vrx",), suffix=".hpp"),
@@ -89,20 +91,20 @@ LAYERS = [
           ("app", "app/keys", "documents", "app/io", "src/frame", "include/vrx", "include/vrx.h")),
     Layer("app", "main", ("app/commands", "app", "app/keys", "app/io", "include/vrx.h"), "app/main"),
 
-    # What tests share.
+    # The common parts of the tests.
     Layer("tests/support", """
         headers hex sanitizers child_process log_capture memory_map fenced_buffer fenced_pages registry_guard project
         kat own_stack random offered engines""",
           ("src/frame", "include/vrx", "include/vrx.h")),
 ]
 
-# The folders of which the list names every file, and the files there that include nothing.
+# The folders whose files must all be in the list, and the files in these folders that include nothing.
 ROOTS = ["src", "include", "documents", "app", "tests/support"]
 NO_CODE = [
     "CMakeLists.txt", "documents/messages.asn", "src/libvrx.map", "include/.clang-format", "app/completion/_vrx", "app/completion/vrx.bash",
 ]
 
-# The part of the library that each public header for C declares. The other headers declare no part.
+# The part of the library that each public C header declares. The other headers declare no part of it.
 DECLARES = {
     "frame": "src/frame",
     "tz": "src/tz",
@@ -123,7 +125,7 @@ DECLARES = {
     "octets": "src/ecc",
 }
 
-# The older paths in include/vrx, and the headers of include/vrx/cxx that each forwards to.
+# The older paths in include/vrx, and the headers of include/vrx/cxx that each of them includes.
 FORWARDS = {
     "result": ["frame"],
     "types": ["types"],

@@ -15,7 +15,7 @@ WIDTHS = (21, 66, 29)
 
 
 def levels():
-    """The layers by level: each stands one level above the highest of those that it may include."""
+    """Return the layers by level. A layer is one level above the highest layer that it may include."""
     level = {}
     for layer in LAYERS:
         level[layer.name] = 1 + max((level[name] for name in layer.below), default=-1)

@@ -1,4 +1,4 @@
-"""The program against published answers, and against a plain model for every parameter set and mode."""
+"""Compares the program with published answers, and with a plain model for every parameter set and mode."""
 
 import json
 import random

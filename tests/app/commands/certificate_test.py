@@ -333,7 +333,7 @@ class Chains(ChainTest, CertificateTest):
             self.check("--time", "2020-06-01")
 
     def test_a_signature_with_q_added_to_s_is_refused(self):
-        q = ORDER["Test"]  # on this curve s + q has 256 bits too
+        q = ORDER["Test"]  # on this curve, s + q also fits in 256 bits
         self.make(curve="Test")
         self.check()
         self.assertIn(b"self-signed, valid", self.vrx("inspect", "root.crt"))

@@ -21,7 +21,7 @@ WARNING = b"vrx: warning: with only 20 iterations, passwords can be guessed quic
 
 
 class QuickTest(ProgramTest):
-    """Few iterations, and what the program says about these left out, so that a test takes no time."""
+    """Derive with few iterations, so that a test takes little time. The warning about them is removed."""
 
     def run_vrx(self, *arguments, **options):
         done = super().run_vrx(*arguments, **options)

@@ -46,7 +46,7 @@ class Answers(Samples):
 
     def test_the_default_set_is_cryptopro_and_sets_have_many_names(self):
         empty = {short: self.vrx("hash", "--set", short) for short in SETS}
-        # RFC 5831 does not fix the S-boxes; these are the digests of the empty message.
+        # RFC 5831 does not specify the S-boxes. These are the digests of the empty message with the sets of RFC 4357.
         self.assertTrue(empty["test"].startswith(b"ce85b99cc46752ff"))
         self.assertTrue(empty["cryptopro"].startswith(b"981e5f3ca30c8414"))
         self.assertEqual(self.vrx("hash"), empty["cryptopro"])
@@ -109,7 +109,7 @@ class Witnesses(Samples):
     def test_gostsum_prints_the_last_byte_first(self):
         names = self.samples()
         for short, option in (("cryptopro", []), ("test", ["-t"])):
-            names = [name for name in names if self.read(name)]  # that program's digest of an empty file differs
+            names = [name for name in names if self.read(name)]  # its digest of an empty file differs from ours
             out = self.tool("gostsum", *option, *names).out
             self.assertEqual(self.vrx("hash", "--set", short, "--reverse", *names), out.replace(b" ", b"  "))
             self.write("list", out)
@@ -120,7 +120,7 @@ class Witnesses(Samples):
         if self.tool("openssl", "dgst", "-engine", "gost", "-md_gost94", "key").code != 0:
             self.skipTest("openssl has no engine gost")
         for name in self.samples():
-            if self.read(name):  # that engine's digest of an empty file differs
+            if self.read(name):  # this engine computes another digest for an empty file
                 out = self.tool("openssl", "dgst", "-engine", "gost", "-md_gost94", name).out
                 self.assertEqual(self.vrx("hash", name).split()[0], out.split()[-1])
 
@@ -201,7 +201,7 @@ class Lists(Samples):
         for name in ("a", "hard"):
             self.refused("hash", "-o", name, "a", "b", says=f"'{name}' is read by this command")
         self.assertEqual(self.read("a"), b"first")
-        # Standard output is exempt: vrx hash * > list must work.
+        # Standard output may be one of the inputs: vrx hash * > list must work.
         with open(self.path("list"), "wb") as out:
             self.assertEqual(self.run_vrx("hash", "list", stdout=out).code, 0)
 
@@ -235,7 +235,7 @@ class Checks(Samples):
             self.assertIn(text, line)
 
     def each(self):
-        """For both commands and both formats: the name of the command, and the lines for a and b."""
+        """Yield, for both commands and both formats, the name of the command and the lines for the files a and b."""
         for command in ("hash", "sha1"):
             for tag in ([], ["--tag"]):
                 with self.subTest(command=command, tag=tag):

@@ -166,7 +166,7 @@ class Options(ProgramTest):
         self.write("long", text)
 
         def wrong(mode, *encryption, change=None, decryption=()):
-            """The positions that differ after decryption with other options or a changed byte."""
+            """Return the positions where the plaintext differs after decryption with other options or another byte."""
             secret = bytearray(self.vrx("encrypt", "--key", "key", "--mode", mode, *encryption, "long"))
             if change is not None:
                 secret[change] ^= 1

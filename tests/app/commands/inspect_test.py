@@ -255,7 +255,7 @@ class LargeFiles(ProgramTest):
             self.assertEqual((done.code, label in done.out), (0 if size == 64 else 1, size == 64), done.err)
 
     def test_reading_a_large_file_takes_linear_time(self):
-        """Two megabytes of each input that a parser could read quadratically."""
+        """Two megabytes of each input for which a careless parser would need quadratic time."""
         label = b"-----BEGIN " + b"A" * 1_000_000 + b"-----\n"
         ends = b"-----END PRIVATE KEY-----\n"
         for content in (label + b"\n" * 1_000_000, label + b"AAAA\n" * 200_000, b"-----BEGIN " * 190_000,

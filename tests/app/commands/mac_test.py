@@ -10,7 +10,7 @@ FORM = "is malformed; the format is 16 hexadecimal digits, two blanks and a file
 
 
 class MacTest(ProgramTest):
-    """Two files, and their MACs in `mac`."""
+    """Create two files, and store their MACs in `mac`."""
 
     def setUp(self):
         super().setUp()

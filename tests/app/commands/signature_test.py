@@ -45,7 +45,8 @@ class Answers(SignatureTest):
         built_in = json.loads(self.vrx("params", "--json"))
         tables = {s["name"]: s["table"] for s in built_in["sbox_sets"]}
         for answer in kat.answers("ecc/keywrap.kat"):
-            if "diversified" in answer:  # S-boxes of a hash, which the command does not offer: tests the model
+            # These answers use S-boxes of a hash, which the command does not offer. They test the model instead.
+            if "diversified" in answer:
                 model = gost.diversify(tables["tz_0"], answer.octets("kek"), answer.octets("ukm"))
                 self.assertEqual(model, answer.octets("diversified"))
         key = bytes(range(32))
@@ -375,7 +376,7 @@ class WrongFiles(SignatureTest):
         octets = self.der("a.pub")
         for _, bad in flipped(octets):
             self.write("bad", self.pem("PUBLIC KEY", bad))
-            if bad == octets.replace(HASH_SETS[1], HASH_SETS[0]):  # --set chooses
+            if bad == octets.replace(HASH_SETS[1], HASH_SETS[0]):  # --set selects it
                 self.valid(key="bad")
             else:
                 self.refused("verify", "-k", "bad", "-S", "sig", "letter", says="'bad'")
@@ -392,7 +393,8 @@ class WrongFiles(SignatureTest):
                          says="not on the curve A")
 
     def test_coordinates_that_are_not_reduced(self):
-        # On this curve p can be added to both coordinates: the same point, but the octets are not reduced modulo p.
+        # On this curve, p can be added to both coordinates. The result is the same point, but its coordinates are not
+        # reduced modulo p.
         p = 2**255 + 0x431
         raw = ["--format", "raw", "--curve", "Test"]
         self.pair("r", "Test", "--format", "raw")

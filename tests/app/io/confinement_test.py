@@ -16,7 +16,7 @@ class Confinement(ProgramTest):
                     for line in text.partition("On this machine:\n\n")[2].splitlines())
 
     def test_a_command_that_waits_for_input_is_confined(self):
-        """The kernel reports the filter for every command that reads data."""
+        """Checks with the kernel that the filter is active in every command that reads data."""
         if "(seccomp)" not in self.secrets()["system"]:
             self.skipTest("the kernel has no seccomp")
         before = self.status_of(self.waiting(["cat"], program_name="/bin/cat"), "Seccomp_filters")
@@ -38,7 +38,7 @@ class Confinement(ProgramTest):
 
 
 class OlderKernels(ProgramTest):
-    """Every kind of command, on kernels without parts of the confinement."""
+    """Runs every kind of command on kernels that do not support parts of the confinement."""
 
     def run_on(self, features, *arguments, **options):
         done = subprocess.run([KERNEL_WITHOUT, features, PROGRAM, *arguments], cwd=self.folder, capture_output=True, check=False,

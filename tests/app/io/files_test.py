@@ -191,7 +191,7 @@ class Disks(ProgramTest):
 
 
 class HostileFolders(ProgramTest):
-    """Folders in which somebody else changes names while the program works."""
+    """Folders in which another user changes names while the program runs."""
 
     def setUp(self):
         super().setUp()
@@ -223,12 +223,12 @@ class HostileFolders(ProgramTest):
             process.stdin.close()
             self.assertEqual(process.wait(60), 0)
             self.assertFalse(os.path.islink(self.path("out")))
-            self.assertEqual(self.mode("out"), 0o640)  # not the file whose permissions were read
+            self.assertEqual(self.mode("out"), 0o640)  # this is not the file whose permissions the program has read
             self.assertEqual((self.read("secret"), self.mode("secret")), (b"secret", 0o600))
             os.unlink(self.path("out"))
 
     def test_names_that_are_swapped_all_the_time_never_open_a_private_file(self):
-        """Two names are swapped repeatedly: a regular file, and a link to a private one."""
+        """Two names are swapped repeatedly: that of a regular file, and that of a link to a private file."""
         self.write("out", b"open", 0o666)
         self.write("secret", b"secret", 0o600)
         os.symlink("secret", self.path("link"))
@@ -278,7 +278,7 @@ class HostileFolders(ProgramTest):
 
 class Signals(ProgramTest):
     def half_way(self, target, **options):
-        """A run that has written part of its output and waits for more input."""
+        """Start a run, which has written a part of its output and waits for more input."""
         process = self.start(*ENCRYPT, "-o", target, stdin=subprocess.PIPE, **options)
         process.stdin.write(bytes(100_000))
         process.stdin.flush()
@@ -370,7 +370,7 @@ class Signals(ProgramTest):
         process = self.start(*ENCRYPT, stdin=subprocess.PIPE, preexec_fn=unlimited)
         process.stdin.write(bytes(8))
         process.stdin.flush()
-        os.read(process.stdout.fileno(), 8)  # the IV: the key is in memory by now
+        os.read(process.stdout.fileno(), 8)  # the IV is written, so the key is in memory
         self.assertFalse(dumps(process))
 
 

@@ -15,7 +15,7 @@ ENCRYPT = ["encrypt", "--key", "key", "--iv", IV]
 
 
 class AtAnyMoment(ProgramTest):
-    """Runs that a signal ends at a random moment."""
+    """Runs of the program that a signal ends at a random moment."""
 
     def setUp(self):
         super().setUp()
@@ -86,7 +86,7 @@ class AtAnyMoment(ProgramTest):
     def test_a_killed_derivation(self):
         process = self.start("derive", "--kdf", "pbkdf2", "--salt", 8 * "5a", "--iterations", "10000", "--password-fd", "0",
                              "--out", "out", stdin=-1)
-        # By now it has opened its output, and waits for the password.
+        # At this point, the program has opened its output and waits for the password.
         self.wait_for_input(process)
         process.kill()
         process.wait(60)
@@ -105,7 +105,7 @@ class AtAnyMoment(ProgramTest):
 
 class TwoPrograms(ProgramTest):
     def encryptions(self):
-        """Two half-finished runs with the same output, and the data that each was given."""
+        """Start two runs with the same output file. Return them, half finished, and the data that each received."""
         both = []
         for data in (b"A" * 100_000, b"B" * 100_000):
             process = self.start(*ENCRYPT, "-o", "out", stdin=-1)

@@ -239,7 +239,8 @@ class Ciphers(Encrypted):
 
     def test_the_key_inside_is_used(self):
         fields, _ = self.known()
-        # The password, salt and IV of the known answer; cipher feedback, undone by the program itself.
+        # Makes a key file with the password, salt and IV of the known answer. The program itself encrypts the key in
+        # cipher feedback mode.
         plain = element(0x30, integer(0), element(0x30, CIPHER_GOST), element(4, bytes(range(32))))
         key = self.vrx("derive", "--kdf", "pbkdf2", "--salt", fields[0].hex(), "--iterations", "600000", "--password-file",
                        "theirs", "--raw")

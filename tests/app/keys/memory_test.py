@@ -18,7 +18,7 @@ PASSWORD = os.urandom(20).hex().encode()
 @unittest.skipIf(SANITIZED, "sanitizers lock no memory, and have plenty of their own")
 class Memory(ProgramTest):
     def traced(self, *arguments, stdin=b"", env=None):
-        """Run, and return the command, the contents of locked pages during the run, and all memory at its end."""
+        """Run a command. Return its arguments, the locked pages during the run, and all memory at its end."""
         environment = None if env is None else {**os.environ, **env}
         done = subprocess.run([MEMORY_OF, self.path("locked"), self.path("last"), PROGRAM, *arguments], input=stdin,
                               cwd=self.folder, capture_output=True, check=False, env=environment, timeout=60)
@@ -29,7 +29,7 @@ class Memory(ProgramTest):
 
     @staticmethod
     def parts_in(memory, secret):
-        """The places where any eight consecutive bytes of a secret are found."""
+        """Return the places in memory where any eight consecutive bytes of a secret are found."""
         found = (memory.find(secret[at:at + 8]) for at in range(len(secret) - 7))
         return [place for place in found if place >= 0]
 
@@ -102,7 +102,7 @@ class Memory(ProgramTest):
             self.vrx(*command, preexec_fn=limit)
 
     def test_memory_that_cannot_be_locked_draws_one_warning(self):
-        may_lock = 14  # CAP_IPC_LOCK: root locks whatever the limit is
+        may_lock = 14  # with CAP_IPC_LOCK, root can lock memory beyond the limit
 
         def limit():
             ctypes.CDLL(None).prctl(24, may_lock, 0, 0, 0)  # PR_CAPBSET_DROP
