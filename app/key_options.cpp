@@ -32,7 +32,7 @@ std::vector<Option> key_password_options(PasswordOptions& options) {
                          "a file with the password of the key file, in one line; without it, the\nprogram asks on the "
                          "terminal",
                          options.file),
-            text_option("password-fd", 0, "N", "the same, from a file descriptor that is open", options.fd)};
+            text_option("password-fd", 0, "N", "read that password from an open file descriptor instead", options.fd)};
 }
 
 void check_usage(const Command& command, const PasswordOptions& options, const std::vector<std::string>& others) {
@@ -46,8 +46,10 @@ std::vector<Option> lock_options(Lock& lock) {
     return {
         flag_option("password", 0, "encrypt the key with a password, and ask for it on the terminal", lock.wanted),
         input_option("password-file", 0, "encrypt the key with the password in a file of one line", lock.source.file),
-        text_option("password-fd", 0, "N", "the same, from a file descriptor that is open", lock.source.fd),
-        text_option("iterations", 'n', "N", "how often to hash the password; without it 600000", lock.iterations_text)};
+        text_option("password-fd", 0, "N", "encrypt the key with the password from an open file descriptor",
+                    lock.source.fd),
+        text_option("iterations", 'n', "N", "the number of iterations for the password; default: 600000",
+                    lock.iterations_text)};
 }
 
 void check_usage(const Command& command, Lock& lock) {

@@ -53,13 +53,14 @@ keys or data of GOST R 34.10-2012, 34.11-2012, 34.12-2015
     {"keys", "the kinds of keys, and the commands for each",
      R"(Keys
 
-A key of the cipher GOST 28147-89 is 32 bytes. 'vrx keygen' makes a random one,
-'vrx derive' one from a password, 'vrx agree' one that two people share, 'vrx
-diversify' one from another key. The file holds the 32 bytes, or 64 hexadecimal
-digits. 'vrx encrypt', 'vrx decrypt' and 'vrx mac' take it.
+A key of the cipher GOST 28147-89 is 32 bytes. 'vrx keygen' makes a random key.
+'vrx derive' derives a key from a password, 'vrx agree' derives a key that two
+people share, and 'vrx diversify' derives a key from another key. The file holds
+the 32 bytes, or 64 hexadecimal digits. 'vrx encrypt', 'vrx decrypt' and 'vrx
+mac' use such a key.
 
-A key of 'vrx hmac' is a file of any length. Every byte counts, even a newline.
-With --hex-key the file holds hexadecimal digits.
+A key of 'vrx hmac' is a file of any length. Every byte of the file is part of
+the key, even a newline. With --hex-key the file holds hexadecimal digits.
 
 A key pair of GOST R 34.10-2001 is a private key, a number below the order of a
 curve, and its public key, a point of the curve. 'vrx keypair' makes the private
@@ -69,11 +70,11 @@ the private key. 'vrx verify' and 'vrx agree --peer' take the other person's
 public key; 'vrx verify --cert' takes it from an X.509 certificate.
 
 Every command that makes a key writes it to a new file that only its owner can
-read. It never overwrites a file. Use a key for one purpose: one for encryption,
-another for MACs.
+read. It never overwrites a file. Use one key for encryption and another key for
+MACs.
 
   vrx help formats       how key files look
-  vrx help secrets       how the program protects them
+  vrx help secrets       how the program protects keys
   vrx inspect FILE       what a file is
 )"},
     {"formats", "the files that the program reads and writes",
@@ -100,7 +101,7 @@ Encrypted file        8 bytes of IV, then the ciphertext, as long as the data.
                       With --iv, and in mode ss, the ciphertext alone. There is
                       no header and no padding.
 S-boxes (--table)     64 bytes, or 128 hexadecimal digits; 'vrx params --json'
-                      prints the digits of all built-in ones.
+                      prints the digits of all built-in S-boxes.
 Lists of digests      lines as sha256sum and sha1sum write them, or with --tag
                       as BSD programs do.
 
@@ -110,9 +111,9 @@ signatures. 'vrx inspect FILE' says what a file is.
     {"parameters", "parameter sets, curves, modes and S-boxes, and which to use",
      R"(Parameters
 
-The standards leave open the S-boxes of cipher and hash, the mode of the cipher,
-and the curve. Named sets (RFC 4357) fix them. Both sides must use the same.
-'vrx params' lists them all.
+The standards do not specify the S-boxes of cipher and hash, the mode of the
+cipher, and the curve. Named sets (RFC 4357) specify them. Both sides must use
+the same sets. 'vrx params' lists all sets.
 
 You can name a set by its short name (A), its full name
 (id-Gost28147-89-CryptoPro-A-ParamSet), that name without the common parts
@@ -156,7 +157,7 @@ This program uses these:
                       there is most significant byte first.
   public key          x, then y, each least significant byte first.
   signature           s, then r, each MOST significant byte first, as in RFC
-                      4490 and RFC 4491. Others store r first.
+                      4490 and RFC 4491. Some other programs store r first.
   digest to be signed the first byte is the least significant of the number.
   UKM (--ukm)         least significant byte first.
 
@@ -168,8 +169,8 @@ and with other programs: /usr/share/doc/libvrx-dev/docs/interop.md.
 
   0  done. For 'vrx verify', 'vrx cms verify' and --check: everything is valid.
   1  a check failed: a signature is not valid, a digest or MAC of a list
-     differs, a line of a list is malformed, a list checks nothing, or a
-     file that 'vrx inspect' reads is damaged or unknown.
+     differs, a line of a list is malformed, a list has nothing to check, or
+     a file that 'vrx inspect' reads is damaged or unknown.
   2  wrong use, or a file that cannot be read or written. One sentence on
      standard error says what is wrong, with which file, and what to do. No file
      is left half-written: an existing file keeps its old contents.
@@ -181,19 +182,21 @@ A signal ends the program with the code that shells show as 128 plus its number
      R"(Secrets
 
   - Keys and passwords are never arguments, because every user of the system can
-    see those, and never in the environment.
-  - Their memory is hidden from the kernel or locked, so that it is not swapped
-    out, where the limits allow it (ulimit -l). Otherwise the program warns. It
-    lies between inaccessible pages, and is wiped at the end.
+    see arguments. They are never in the environment either.
+  - The memory for secrets is hidden from the kernel or locked, so that it is
+    not swapped out. If the limits do not allow this (ulimit -l), the program
+    prints a warning. This memory lies between inaccessible pages, and the
+    program wipes it at the end.
   - Before a command reads a file, it gives up all access that it does not need,
     if the kernel has Landlock and seccomp: it can read only the files on the
     command line, write only to the folder of the output, and can neither use
     the network nor start programs. With --check it can read all files, because
-    lists name further ones.
+    lists name further files.
   - After the first secret is read, the process leaves no core dump, and no
     debugger of the same user can attach to it.
   - Only the owner can read files of new secrets. The program never overwrites
-    one. A key file that others can access causes a warning.
+    such a file. If other users can access a key file, the program prints a
+    warning.
   - Random bytes come from the operating system.
   - Signing, making keys and agreeing on them are constant-time on the built-in
     curves, except for the hash of an agreed key. The tests show this for
@@ -211,21 +214,26 @@ What the program cannot do: without --password a key file is not encrypted, so
 anyone who can read your disk has your keys; root can read them while they are
 in use. An encrypted key file has no MAC: the program notices a wrong password
 by the structure of the result. Encryption does not detect changes: keep a
-MAC of the ciphertext, under a second key. The cipher has 64-bit blocks: without
-key meshing, do not encrypt more than a few gigabytes with one key.
+MAC of the ciphertext, under a second key.
+
+The cipher has blocks of only 64 bits. Near 32 GiB under one key, equal
+ciphertext blocks become likely, and they reveal relations between plaintexts.
+Without key meshing, encrypt at most a few gigabytes with one key. With key
+meshing, encrypt at most a few million messages with one key, because key
+meshing gives every message the same sequence of keys.
 )"},
     {"terminals", "colours, progress, languages, and the environment",
      R"(Terminals
 
 Messages are English and ASCII in every locale. File names are printed byte by
-byte, names in certificates in UTF-8; characters that could deceive, such as
-controls and changes of direction, are escaped. There are no colours, whatever
-NO_COLOR says.
+byte, and names in certificates in UTF-8. Characters that could deceive the
+reader, such as control characters and changes of direction, are escaped. The
+program never prints colours, whatever NO_COLOR says.
 
 If a command takes longer than a second and standard error is a terminal, a line
-there shows the progress. It is cleared at the end, and never goes into files or
-pipes. The program asks for passwords on the terminal itself, which then does
-not show what you type.
+there shows the progress. The program clears this line at the end, and never
+writes it to files or pipes. The program asks for passwords on the terminal
+itself, which then does not show what you type.
 
 The program reads no configuration file and no environment variable.
 )"},

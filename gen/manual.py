@@ -154,13 +154,13 @@ def example_lines(example):
 def program_page(program):
     body = [".Sh SYNOPSIS", ".Nm", ".Ar command", ".Op Ar options", ".Op Ar", ".Nm", ".Cm help",
             ".Op Ar command | topic", ".Nm", ".Cm version", ".Sh DESCRIPTION", ".Nm",
-            *filled("encrypts files with GOST 28147-89, authenticates them with its MAC or with HMAC, prints and "
-                    "checks digests, signs files and verifies signatures with GOST R 34.10-2001, agrees on keys, and "
-                    "derives keys from passwords."),
+            *filled("encrypts files with GOST 28147-89, authenticates files with the MAC of that cipher or with "
+                    "HMAC, prints and checks digests, signs files and verifies signatures with GOST R 34.10-2001, "
+                    "agrees on keys, and derives keys from passwords."),
             *paragraphs("Without FILE, or if FILE is -, commands read standard input. Options and files may come in "
-                        "any order; behind -- everything is a file. A long option may be shortened as long as it is "
-                        "clear which one is meant, and its value may follow it with = or as the next word.\n\n"
-                        "A file that is written appears whole or not at all: it takes its name when everything is "
+                        "any order; after --, every argument is a file. A long option may be abbreviated if the "
+                        "abbreviation is unambiguous. Its value follows after = or as the next argument.\n\n"
+                        "An output file appears completely or not at all: it gets its name after all data is "
                         "written. Standard output, pipes and devices are written directly."),
             ".Sh COMMANDS"]
     for command in program.commands:
@@ -170,10 +170,10 @@ def program_page(program):
                  *literal(example_lines(command.example))]
     body += [".Ss help", ".Nm vrx Cm help", ".Op Ar command | topic", ".Pp",
              *filled("List the commands and topics, or explain one of them. The options --help and -h do the same, "
-                     "before a command and behind it."),
+                     "before or after a command."),
              ".Ss version", ".Nm vrx Cm version", ".Pp",
              *filled("Print the version. The option --version does the same."),
-             ".Sh TOPICS", *filled("What vrx help says about what concerns several commands.")]
+             ".Sh TOPICS", *filled("These texts of vrx help concern several commands.")]
     for name, _, text in program.topics:
         if name != "exit-codes":
             body += [f".Ss {escaped(name)}", *literal(text.split("\n\n", 1)[1].rstrip().split("\n"), indent=False)]
@@ -197,7 +197,7 @@ def program_page(program):
                      "4491); HMAC (RFC 2104); PBKDF2 (RFC 8018); PKCS #12 (RFC 7292)."),
              ".Sh CAVEATS",
              *filled(CAVEAT),
-             *paragraphs("The cipher does not notice a wrong key or changed data: keep a MAC of the ciphertext. "
+             *paragraphs("Decryption does not detect a wrong key or changed data: keep a MAC of the ciphertext. "
                          "Without --ca, verify --cert does not check who issued the certificate.")]
     return page("vrx", 1, "GOST cryptography for files", ["vrx"], body)
 
@@ -579,8 +579,9 @@ def family_page(name):
     headers = [Header(file) for file in files]
     functions = [f for header in headers for f in header.all("function")]
     body = [".Sh LIBRARY", "libvrx (libvrx, \\-lvrx)", *synopsis(headers), ".Sh DESCRIPTION",
-            *filled("The functions come in tiers: the first is for every program, the second for programs that build "
-                    "something else from single steps, and the third for programs that use these names already."
+            *filled("The functions form three tiers. The first tier is for every program. The second tier is for "
+                    "programs that combine single steps in their own way. The third tier is for programs that already "
+                    "use these older names."
                     if any(s.title.startswith(TIERS[1]) for h in headers for s in h.sections)
                     else "The functions of this page are for every program.")]
     for header in headers:
@@ -648,9 +649,10 @@ def library_page():
                      "of GOST R 34.10-2001 have the least significant octet first. Signatures are s, then r, each most "
                      "significant octet first. The command vrx help byte-orders compares these with other programs."),
              ".Ss Random numbers",
-             *filled("Signatures and key generation take random bytes from a function of the caller, an RND_FUNC. It "
-                     "must be good enough for keys. Use vrx_system_random(), an inline function of <vrx/random.h> over "
-                     "getrandom(2). Include that header by itself; vrx.h does not include it."),
+             *filled("Signatures and key generation take random bytes from a function of the caller, an RND_FUNC. This "
+                     "function must be good enough for keys. Use vrx_system_random(), an inline function of "
+                     "<vrx/random.h> that calls getrandom(2). Include that header by itself, because vrx.h does not "
+                     "include it."),
              ".Sh FILES", "The package libvrx\\-dev installs guides and examples:",
              *literal(["/usr/share/doc/libvrx-dev/docs", "/usr/share/doc/libvrx-dev/examples"]),
              ".Sh EXAMPLES", "Encrypt a message that arrives in pieces, and decrypt it again:", *literal(example),

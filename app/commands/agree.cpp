@@ -54,7 +54,7 @@ const Command agree_command{
     "derive a key that you share with a peer",
     R"(Derive a 32-byte key from your private key and a peer's public key, by VKO GOST R 34.10-2001 (RFC 4357, section
 5.2). The peer derives the same key from your public key and its private key. Both sides must use the same user
-keying material, 8 public bytes. Use new ones for each agreement.)",
+keying material, which is 8 public bytes. Use new bytes for each agreement.)",
     R"(vrx keypair --curve XchA --out mine.pem
 vrx keypair --curve XchA --out theirs.pem
 vrx pubkey -o theirs.pub theirs.pem

@@ -18,12 +18,18 @@ const Command decrypt_command{
 Without --iv the first 8 bytes of the input are the IV (mode ss has none). The program cannot detect a wrong key
 or option; it exits with 0 and the output is wrong:
 
-key, S-boxes, mode: all of the output is wrong.
-IV: the first 8 bytes are wrong in modes gfb and cbc; everything is wrong in gamm.
---mesh, --no-mesh: everything after byte 1024 is wrong.
+wrong key, S-boxes or mode: all of the output is wrong.
+wrong IV: the first 8 bytes are wrong in modes gfb and cbc; everything is wrong in gamm.
+wrong use of --mesh or --no-mesh: everything after byte 1024 is wrong.
 
-A changed byte of the ciphertext changes that byte of the output in gamm, that byte and the next block in gfb, its
-block and one byte of the next in cbc, and its block in ss. To detect changes, first check a MAC with 'vrx mac'.)",
+If one byte of the ciphertext was changed, this part of the output is wrong:
+
+gamm: the same byte.
+gfb: the same byte, and the next block of 8 bytes.
+cbc: the block with this byte, and one byte of the next block.
+ss: the block with this byte.
+
+To detect changes, first check a MAC with 'vrx mac'.)",
     R"(vrx decrypt --key my.key -o letter.txt letter.enc
 tar c folder | vrx encrypt --key my.key | vrx decrypt --key my.key | tar t)",
     run};

@@ -91,8 +91,8 @@ const Command hmac_command{
     R"(Print the HMAC (RFC 2104) with GOST R 34.11-94 of each FILE, or of standard input, in the format of
 sha256sum; or verify such lists.
 
-A key may have any length from one byte on; more than 32 bytes add no security. With --check the exit code is 1 if a
-file differs or a line is malformed, and 2 if a file cannot be read.)",
+A key has one byte or more; more than 32 bytes add no security. With --check the exit code is 1 if a file differs
+or a line is malformed, and 2 if a file cannot be read.)",
     R"(vrx hmac --key mac.key *.iso > macs
 vrx hmac --key mac.key --check macs)",
     run};

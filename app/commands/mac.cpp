@@ -54,9 +54,9 @@ const Command mac_command{
     "authenticate files with the GOST 28147-89 MAC",
     R"(Print the 8-byte MAC of each FILE, or of standard input, in the format of sha256sum; or verify such lists.
 
-A message is padded with zero bytes to whole blocks, so zero bytes added to its end may go unnoticed: store its
-length, too. An empty file has no MAC and is refused. With --check the exit code is 1 if a file differs or a line is
-malformed, and 2 if a file cannot be read.)",
+A message is padded with zero bytes to whole blocks, so the MAC may not detect zero bytes that are added at its
+end: store the length of the message, too. An empty file has no MAC and is refused. With --check the exit code is 1 if
+a file differs or a line is malformed, and 2 if a file cannot be read.)",
     R"(vrx keygen --out mac.key
 vrx mac --key mac.key *.enc > macs
 vrx mac --key mac.key --check macs)",

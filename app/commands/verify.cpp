@@ -154,8 +154,8 @@ const Command verify_command{
     "[FILE]",
     "verify a GOST R 34.10-2001 signature",
     R"(Verify the signature of FILE, or of standard input, with the signer's public key. The signature file holds 64
-bytes, as they are, in hexadecimal digits, or in base64. The command prints one line. The exit code is 0 if the
-signature is valid, and 1 if it is not.
+bytes, or the same as hexadecimal digits or base64. The command prints one line. The exit code is 0 if the signature
+is valid, and 1 if it is not.
 
 With --cert, the key, its curve and the parameter set of the hash come from an X.509 certificate (RFC 4491) in PEM or
 DER. The certificate must be valid at the time of signing, must allow signatures, and must not have an unsupported
