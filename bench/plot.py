@@ -189,8 +189,8 @@ def summary(machines):
             peers = ", ".join(dict.fromkeys(peer for _, peer in sorted(speeds)))
             row.append(f"{number(low[0])} to {number(high[0])} ({peers})")
         rows.append(row)
-    return ("This table shows the speed-up of libvrx over the fastest of libgcrypt, nettle, GnuTLS, Botan, Crypto++ and "
-            "OpenSSL\nwith its GOST engine. The fastest peers are in brackets:\n\n"
+    return ("This table shows the speed-up of libvrx over the fastest of libgcrypt, nettle, GnuTLS, Botan, "
+            "Crypto++ and OpenSSL\nwith its GOST engine. The fastest peers are in brackets:\n\n"
             + table(["Work", *[machine.name for machine in machines]], rows))
 
 

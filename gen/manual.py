@@ -98,7 +98,8 @@ class Help:
         overview = self.run("help")
         self.commands = [Command(name, summary, self.run("help", *name.split()))
                          for name, summary in self.listed(overview, "Commands") if name not in ("help", "version")]
-        self.topics = [(name, summary, self.run("help", name).partition("\nOn this machine:")[0]) for name, summary in self.listed(overview, "Topics")]
+        self.topics = [(name, summary, self.run("help", name).partition("\nOn this machine:")[0])
+                       for name, summary in self.listed(overview, "Topics")]
         self.example = overview.split("\nExample:\n")[1]
         sets = json.loads(self.run("params", "--json"))
         curves = [curve["short"] for curve in sets["curves"]]
@@ -190,7 +191,8 @@ def program_page(program):
              *literal(["vrx hash *.iso > sums", "vrx hash --check sums"]),
              ".Pp", "Encrypt a stream between two hosts:",
              *literal(["tar c folder | vrx encrypt --key my.key | ssh host 'cat > folder.enc'"]),
-             ".Sh SEE ALSO", ".Xr gpg 1 ,", ".Xr openssl 1 ,", ".Xr sha256sum 1 ,", ".Xr libvrx 3 ,", ".Xr vrx_formats 5 ,",
+             ".Sh SEE ALSO", ".Xr gpg 1 ,", ".Xr openssl 1 ,", ".Xr sha256sum 1 ,", ".Xr libvrx 3 ,",
+             ".Xr vrx_formats 5 ,",
              ".Xr vrx_keys 5", ".Sh STANDARDS",
              *filled("GOST 28147-89 (RFC 5830), GOST R 34.11-94 (RFC 5831), GOST R 34.10-2001 (RFC 5832); parameter "
                      "sets, modes and key agreement (RFC 4357); keys, signatures and certificates (RFC 4490, RFC "
@@ -301,7 +303,8 @@ class Header:
         r"|(?P<note>/\*.*?\*/)"
         r"|(?P<constant>#define (?P<constant_name>\w+) (?P<value>[^\n/]*?) *(?:/\*\*< (?P<remark>.*?) \*/)?\n)"
         r"|(?P<directive>#[^\n]*\n|VRX_(?:BEGIN|END)_DECLS)"
-        r"|(?P<inline>(?:static inline|VRX_(?:RANDOM_)?INLINE) (?P<inline_code>[^;{]*?(?P<inline_name>\w+)\((?P<inline_parameters>[^)]*)\)))"
+        r"|(?P<inline>(?:static inline|VRX_(?:RANDOM_)?INLINE) "
+        r"(?P<inline_code>[^;{]*?(?P<inline_name>\w+)\((?P<inline_parameters>[^)]*)\)))"
         r"|(?P<body>inline [^;{\n]*\n|\{\n.*?\n\})"
         r"|(?P<record>typedef struct \w+ \{.*?\} (?P<record_name>\w+);)"
         r"|(?P<type>typedef [^;{]*\(\*(?P<type_name>\w+)\)[^;]*;)"
@@ -561,7 +564,8 @@ FAMILIES = {
     "vrx_sha1": ("the hash SHA-1", ["sha1.h"]),
     "vrx_bigdigits": ("multiple-precision arithmetic on arrays of digits", ["bigdigits.h"]),
     "vrx_ecc": ("GOST R 34.10-2001: curves, points, signatures, key agreement, keys as octets",
-                ["curve.h", "sign.h", "check.h", "octets.h", "agree.h", "random.h", "hedged.h", "multiply.h", "point.h"]),
+                ["curve.h", "sign.h", "check.h", "octets.h", "agree.h", "random.h", "hedged.h", "multiply.h",
+                 "point.h"]),
     "vrx_keyfile": ("GOST R 34.10-2001 keys in PEM and DER files", ["keyfile.h"]),
 }
 

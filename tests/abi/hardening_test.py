@@ -100,7 +100,8 @@ class Hardening(unittest.TestCase):
         address, offset, size = (int(field, 16) for field in text.groups())
         with open(self.library, "rb") as file:
             content = file.read()
-        functions = re.findall(r"([0-9a-f]+)\s+\d+ FUNC\s+GLOBAL DEFAULT\s+\d+ (\S+)", readelf("--dyn-syms", self.library))
+        functions = re.findall(r"([0-9a-f]+)\s+\d+ FUNC\s+GLOBAL DEFAULT\s+\d+ (\S+)",
+                               readelf("--dyn-syms", self.library))
         self.assertGreater(len(functions), 100)
         for value, name in functions:
             place = int(value, 16) - address

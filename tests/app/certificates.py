@@ -51,7 +51,8 @@ def extension(oid, value, critical=True):
 
 
 def authority(path_length=None):
-    return extension("0603551d13", element("30", "0101ff", "" if path_length is None else element("02", f"{path_length:02x}")))
+    return extension("0603551d13",
+                     element("30", "0101ff", "" if path_length is None else element("02", f"{path_length:02x}")))
 
 
 def key_usage(bits):

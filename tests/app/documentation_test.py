@@ -79,7 +79,8 @@ class Manual(DocumentationTest):
         self.assertEqual(functions - named, set())
         self.assertEqual(functions - set(symbols), {
             "vrx_wipe", "vrx_equal", "vrx_error_name", "vrx_strerror", "vrx_open_stream", "vrx_stream_output",
-            "vrx_update_stream", "vrx_close_stream", "vrx_system_random", "vrx_hedged_sign", "vrx_check_public_key", "vrx_check_private_key",
+            "vrx_update_stream", "vrx_close_stream", "vrx_system_random", "vrx_hedged_sign", "vrx_check_public_key",
+            "vrx_check_private_key",
             "vrx_check_signature", "vrx_read_public_key", "vrx_read_private_key", "vrx_write_public_key",
             "vrx_write_private_key", "vrx_derive_public_key", "vrx_wipe_private_key", "vrx_key_error_name",
             "vrx_key_error_text", "vrx_decode_base64", "vrx_encode_base64", "vrx_decode_pem", "vrx_encode_pem",
@@ -204,7 +205,8 @@ class Bash(DocumentationTest):
     def test_values(self):
         curves = ["A", "B", "C", "Test", "XchA", "XchB"]
         for words, values in (
-            (["keypair", "--curve", ""], curves), (["genkey", "--curve", ""], curves), (["verify", "-c", "X"], ["XchA", "XchB"]),
+            (["keypair", "--curve", ""], curves), (["genkey", "--curve", ""], curves),
+            (["verify", "-c", "X"], ["XchA", "XchB"]),
             (["encrypt", "--mode", "g"], ["gamm", "gfb"]), (["derive", "--kdf", ""], ["pba", "pbkdf2"]),
             (["hash", "--set", "="], ["cryptopro", "test"]), (["hash", "--set", "=", "c"], ["cryptopro"]),
             (["mac", "--params", "S"], ["SA", "SB", "SC", "SD"]), (["pubkey", "--format", ""], ["der", "pem", "raw"])):

@@ -35,7 +35,8 @@ class SignatureTest(HashTest):
 
     def invalid(self, *options, signature="sig", key="a.pub", letter="letter"):
         done = self.run_vrx("verify", "--key", key, "--signature", signature, *options, letter)
-        self.assertEqual((done.code, done.out.decode(), done.err), (1, f"'{letter}': the signature is NOT valid\n", b""))
+        self.assertEqual((done.code, done.out.decode(), done.err),
+                         (1, f"'{letter}': the signature is NOT valid\n", b""))
 
     @staticmethod
     def pem(label, octets):

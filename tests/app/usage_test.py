@@ -39,7 +39,8 @@ class Parameters(ProgramTest):
         self.assertEqual([s["sboxes"] for s in sets], ["tz_test", "tz_a", "tz_b", "tz_c", "tz_d"] * 2)
         self.assertEqual([s["short"] for s in sets if s["default"]], ["A"])
         hashes = built_in["hash_parameter_sets"]
-        self.assertEqual([(s["oid"], s["sboxes"]) for s in hashes], [("1.2.643.2.2.30.0", "tz_0"), ("1.2.643.2.2.30.1", "tz_1")])
+        self.assertEqual([(s["oid"], s["sboxes"]) for s in hashes],
+                         [("1.2.643.2.2.30.0", "tz_0"), ("1.2.643.2.2.30.1", "tz_1")])
         self.assertEqual([s["default"] for s in hashes], [False, True])
         self.assertEqual([s["short"] for s in hashes], ["test", "cryptopro"])
         tables = {s["name"]: s["table"] for s in built_in["sbox_sets"]}
@@ -54,7 +55,8 @@ class Parameters(ProgramTest):
                           ("C", "1.2.643.2.2.35.3"), ("XchA", "1.2.643.2.2.36.0"), ("XchB", "1.2.643.2.2.36.1")])
         self.assertEqual(built_in["curves"][4]["oid_der"], "06072a850302022400")
         self.assertEqual([(m["number"], m["name"], m["iv"], m["whole_blocks"]) for m in built_in["modes"]],
-                         [(1, "ss", False, True), (2, "gamm", True, False), (3, "gfb", True, False), (4, "cbc", True, True)])
+                         [(1, "ss", False, True), (2, "gamm", True, False), (3, "gfb", True, False),
+                          (4, "cbc", True, True)])
 
     def test_the_table_lists_everything_built_in(self):
         text = self.vrx("params").decode()
@@ -94,7 +96,8 @@ class Help(ProgramTest):
     def test_topics(self):
         overview = self.vrx("help").decode()
         topics = re.findall(r"^  (\S+)  ", overview.split("\nTopics:\n")[1].split("\n\n")[0], re.MULTILINE)
-        self.assertEqual(topics, ["start", "keys", "formats", "parameters", "byte-orders", "exit-codes", "secrets", "terminals"])
+        self.assertEqual(topics, ["start", "keys", "formats", "parameters", "byte-orders", "exit-codes", "secrets",
+                                  "terminals"])
         for topic in topics:
             text = self.vrx("help", topic).decode()
             self.assertTrue(text.startswith(topic.replace("-", " ").capitalize() + "\n\n"), topic)
@@ -122,7 +125,8 @@ class Help(ProgramTest):
             example = self.vrx("help", command).decode().split("\nExample:\n")[1]
             os.mkdir(self.path(command))
             self.write(command + "/letter.txt", b"Dear reader")
-            done = subprocess.run(["bash", "-euo", "pipefail", "-c", example], cwd=self.path(command), capture_output=True,
+            done = subprocess.run(["bash", "-euo", "pipefail", "-c", example], cwd=self.path(command),
+                                  capture_output=True,
                                   env={**os.environ, "PATH": folder + ":" + os.environ["PATH"]}, check=False)
             self.assertEqual((done.returncode, done.stderr), (0, b""), example)
 
@@ -145,7 +149,8 @@ class Options(ProgramTest):
             self.assertEqual(self.vrx("mac", *arguments)[:16], expected, arguments)
 
     def test_the_last_of_repeated_options_wins(self):
-        self.assertEqual(self.vrx("mac", "--key", "none", "--key", "key", "key"), self.vrx("mac", "--key", "key", "key"))
+        self.assertEqual(self.vrx("mac", "--key", "none", "--key", "key", "key"),
+                         self.vrx("mac", "--key", "key", "key"))
 
 
 class Locale(ProgramTest):

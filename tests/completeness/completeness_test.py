@@ -14,7 +14,8 @@ NOT_COMPILED = set(sys.argv[3:])
 
 
 def tests(pattern):
-    return {str(f.relative_to(SOURCE)) for folder in ("tests", "python", "fuzz") for f in (SOURCE / folder).rglob(pattern)
+    return {str(f.relative_to(SOURCE)) for folder in ("tests", "python", "fuzz")
+            for f in (SOURCE / folder).rglob(pattern)
             if "build" not in f.relative_to(SOURCE).parts}
 
 

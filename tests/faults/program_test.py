@@ -34,7 +34,8 @@ class Runs(ProgramTest):
         self.vrx("sign", "--key", "pem", "-o", "signature", "in")
         self.vrx("keypair", "--curve", "A", "--out", "root.pem")
         name = x509.name((x509.COMMON_NAME, x509.text("0c", "root")))
-        self.sign_document("ca", self.certified("root.pem", subject=name, extensions=[x509.authority(), x509.key_usage("56")]))
+        self.sign_document("ca", self.certified("root.pem", subject=name,
+                                                extensions=[x509.authority(), x509.key_usage("56")]))
         self.sign_document("cert", self.certified("pem", issuer=name, extensions=[x509.key_usage("0")]))
         self.sign_document("crl", x509.element("30", "020101", x509.GOST_SIGNATURE, name, x509.time("200102000000Z"),
                                                x509.time("20890101000000Z")))
@@ -46,7 +47,8 @@ class Runs(ProgramTest):
 
     def sign_document(self, name, signed):
         self.write("tbs", bytes.fromhex(signed))
-        self.write(name, x509.certificate(signed, self.vrx("sign", "--key", "root.pem", "--hex", "tbs").decode().strip()))
+        self.write(name,
+                   x509.certificate(signed, self.vrx("sign", "--key", "root.pem", "--hex", "tbs").decode().strip()))
 
     def commands(self):
         """Yields tuples: a command line, whether its output is deterministic, and if not, a command that checks it."""
@@ -70,7 +72,8 @@ class Runs(ProgramTest):
             ["diversify", "--key", "key", "--ukm", "0011223344556677"],
             ["pubkey", "-o", OUT, "--password-file", "password", "locked"],
             ["mac", "--key", "locked.key", "--password-file", "password", "in"],
-            ["verify", "--cert", "cert", "--ca", "ca", "--crl", "crl", "--time", "any", "--signature", "signature", "in"],
+            ["verify", "--cert", "cert", "--ca", "ca", "--crl", "crl", "--time", "any", "--signature", "signature",
+             "in"],
             ["params", "--json"],
             ["help", "sign"],
             ["version"],

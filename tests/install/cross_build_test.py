@@ -12,7 +12,8 @@ class CrossBuild(InstallTest):
         folder = self.scratch / "build"
         self.run_program(setting.cmake, "-S", setting.source, "-B", folder, "-G", "Ninja", "-DVRX_STATIC=ON",
                          f"-DCMAKE_C_COMPILER={setting.cc}", f"-DCMAKE_CXX_COMPILER={setting.cxx}",
-                         "-DCMAKE_SYSTEM_NAME=Linux", "-DCMAKE_SYSTEM_PROCESSOR=x86_64", *options, env=clean_environment())
+                         "-DCMAKE_SYSTEM_NAME=Linux", "-DCMAKE_SYSTEM_PROCESSOR=x86_64", *options,
+                         env=clean_environment())
         return [re.sub(r"^: && | && :$", "", line) for line in
                 self.run_program("ninja", "-C", folder, "-t", "commands", "all").splitlines()
                 if " " in line and not line.startswith("ninja: ")]
@@ -22,7 +23,8 @@ class CrossBuild(InstallTest):
         self.assertGreater(len(commands), 30)
         for command in commands:
             for part in command.split(" && "):
-                self.assertRegex(part, rf"^({re.escape(setting.cc)}|{re.escape(setting.cxx)}|\S*/(gcc-|llvm-)?(ar|ranlib)(-\d+)?"
+                self.assertRegex(part, rf"^({re.escape(setting.cc)}|{re.escape(setting.cxx)}"
+                                 r"|\S*/(gcc-|llvm-)?(ar|ranlib)(-\d+)?"
                                  rf"|{re.escape(setting.cmake)} -E (rm|cmake_symlink_library)) ")
 
 

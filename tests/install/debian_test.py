@@ -25,7 +25,8 @@ def as_root():
     return prefix if subprocess.run([*prefix, "true"], check=False, capture_output=True).returncode == 0 else None
 
 
-@unittest.skipUnless(shutil.which("dpkg-shlibdeps") and shutil.which("cpack"), "this is not Debian, or dpkg-dev is missing")
+@unittest.skipUnless(shutil.which("dpkg-shlibdeps") and shutil.which("cpack"),
+                     "this is not Debian, or dpkg-dev is missing")
 class Debian(InstallTest):
     @classmethod
     def setUpClass(cls):
@@ -76,8 +77,10 @@ class Debian(InstallTest):
                          ["libvrx.so.1", f"libvrx.so.{setting.version}", "copyright"])
         root, development = self.unpacked("libvrx-dev")
         self.assertTrue({"usr/include/vrx.h", "usr/include/vrx.hpp", "usr/include/vrx/frame.h"} <= set(development))
-        self.assertTrue({"libvrx.so", "libvrx.a", "vrx.pc", "vrx-cxx.pc", "vrx-config.cmake"} <= {Path(n).name for n in development})
-        documents = {name.removeprefix("usr/share/doc/libvrx-dev/") for name in development if "/doc/libvrx-dev/" in name}
+        self.assertTrue({"libvrx.so", "libvrx.a", "vrx.pc", "vrx-cxx.pc",
+                         "vrx-config.cmake"} <= {Path(n).name for n in development})
+        documents = {name.removeprefix("usr/share/doc/libvrx-dev/")
+                     for name in development if "/doc/libvrx-dev/" in name}
         self.assertTrue({"docs/interop.md", "docs/guides/guides.md", "examples/first.c", "README.md"} <= documents)
         _, program = self.unpacked("vrx")
         self.assertTrue({"vrx.1", "vrx_keys.5", "vrx_formats.5"} <= {Path(n).name for n in program})

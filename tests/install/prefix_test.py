@@ -23,14 +23,16 @@ class Prefix(InstallTest):
         assert {path.suffix for path in cls.examples} == {".c", ".cpp"}
 
     def install(self, prefix, *options):
-        self.run_program(setting.cmake, "--install", setting.build, "--prefix", prefix, *options, env=clean_environment())
+        self.run_program(setting.cmake, "--install", setting.build, "--prefix", prefix, *options,
+                         env=clean_environment())
 
     def libraries(self, prefix):
         return next(Path(prefix).glob("**/libvrx.so.1")).parent
 
     def says_what_is_expected(self, program, **environment):
         folder = Path(setting.source) / "examples"
-        printed = self.run_program(program, *self.arguments[program.name], cwd=folder, env=clean_environment(**environment))
+        printed = self.run_program(program, *self.arguments[program.name], cwd=folder,
+                                   env=clean_environment(**environment))
         self.assertEqual(printed, (folder / f"{program.name}.expected").read_text(encoding="utf-8"), program)
 
     def build_with_cmake(self, prefix, folder, *options):
@@ -38,17 +40,20 @@ class Prefix(InstallTest):
         sources = ";".join(map(str, self.examples))
         self.run_program(setting.cmake, "-S", HERE / "consumer", "-B", folder, "-G", setting.generator,
                          f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_C_COMPILER={setting.cc}",
-                         f"-DCMAKE_CXX_COMPILER={setting.cxx}", f"-DSOURCES={sources}", *options, env=clean_environment())
+                         f"-DCMAKE_CXX_COMPILER={setting.cxx}", f"-DSOURCES={sources}", *options,
+                         env=clean_environment())
         self.run_program(setting.cmake, "--build", folder, env=clean_environment())
         return [folder / source.stem for source in self.examples]
 
     def test_all_files_are_installed(self):
         files = self.files(self.prefix)
-        headers = sorted(str(path.relative_to(setting.source)) for path in (Path(setting.source) / "include").rglob("*.h*"))
+        headers = sorted(str(path.relative_to(setting.source))
+                         for path in (Path(setting.source) / "include").rglob("*.h*"))
         self.assertEqual([name for name in files if name.startswith("include/")], headers)
         libraries = self.libraries(self.prefix).relative_to(self.prefix)
         for name in ("bin/vrx", f"{libraries}/libvrx.a", f"{libraries}/libvrx.so", f"{libraries}/libvrx.so.1",
-                     f"{libraries}/libvrx.so.{setting.version}", f"{libraries}/pkgconfig/vrx.pc", f"{libraries}/pkgconfig/vrx-cxx.pc",
+                     f"{libraries}/libvrx.so.{setting.version}", f"{libraries}/pkgconfig/vrx.pc",
+                     f"{libraries}/pkgconfig/vrx-cxx.pc",
                      f"{libraries}/cmake/vrx/vrx-config.cmake", f"{libraries}/cmake/vrx/vrx-config-version.cmake"):
             self.assertIn(name, files)
         manual = sorted(path.name for path in Path(setting.source).glob("man/*.[135]"))
@@ -93,7 +98,8 @@ class Prefix(InstallTest):
                 self.assertNotIn(str(setting.source), text, name)
 
     def test_program_finds_its_library(self):
-        self.assertIn(f"vrx {setting.version}", self.run_program(self.prefix / "bin/vrx", "version", env=clean_environment()))
+        self.assertIn(f"vrx {setting.version}",
+                      self.run_program(self.prefix / "bin/vrx", "version", env=clean_environment()))
 
     def test_find_package_finds_the_library(self):
         for program in self.build_with_cmake(self.prefix, "shared"):
@@ -118,10 +124,12 @@ class Prefix(InstallTest):
     def test_pkg_config_finds_the_library(self):
         libraries = self.libraries(self.prefix)
         environment = clean_environment(PKG_CONFIG_PATH=str(libraries / "pkgconfig"))
-        self.assertEqual(self.run_program("pkg-config", "--modversion", "vrx", env=environment).strip(), setting.version)
+        self.assertEqual(self.run_program("pkg-config", "--modversion", "vrx", env=environment).strip(),
+                         setting.version)
         for source in self.examples:
             program = self.scratch / source.stem
-            compiler, module = ([setting.cc, "-std=c11"], "vrx") if source.suffix == ".c" else ([setting.cxx], "vrx-cxx")
+            compiler, module = ([setting.cc, "-std=c11"],
+                                "vrx") if source.suffix == ".c" else ([setting.cxx], "vrx-cxx")
             flags = self.run_program("pkg-config", "--cflags", "--libs", module, env=environment).split()
             self.run_program(*compiler, source, "-o", program, *flags, env=clean_environment())
             self.says_what_is_expected(program, LD_LIBRARY_PATH=str(libraries))

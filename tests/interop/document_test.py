@@ -23,7 +23,8 @@ def rows():
 
 def tests():
     for source in sorted((ROOT / "tests/interop").glob("*_test.cpp")):
-        for suite, name in re.findall(r"^TEST(?:_F)?\((\w+), (\w+)\)", source.read_text(encoding="utf-8"), re.MULTILINE):
+        for suite, name in re.findall(r"^TEST(?:_F)?\((\w+), (\w+)\)", source.read_text(encoding="utf-8"),
+                                      re.MULTILINE):
             yield f"{suite}.{name}"
 
 

@@ -40,8 +40,8 @@ LAYERS = [
 
     # The library. The folders of the tests have the same names.
     Layer("src/frame", """
-        platform bytes barrier wipe declassify log cpu region_sha region_avx2 region_avx512 region_ifma region_end choice
-        engines secret_work blockwise""", ("include/vrx",)),
+        platform bytes barrier wipe declassify log cpu region_sha region_avx2 region_avx512 region_ifma region_end
+        choice engines secret_work blockwise""", ("include/vrx",)),
     Layer("src/tz", "deploy published sboxes deployments recover_avx512 avx2 avx512 tables registry api",
           ("src/frame", "include/vrx")),
     Layer("src/gost28147", """

@@ -15,7 +15,8 @@ with tempfile.TemporaryDirectory(prefix="vrx-log-") as folder:
     sent = Path(folder, "syslog")
     run = subprocess.run([program], env={**os.environ, "LD_PRELOAD": observer, "LOG_SERVICE_SYSLOG": str(sent)},
                          capture_output=True, text=True, check=True)
-    if run.stdout or not re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ TZ_by_name: unsupported name tz_z\n", run.stderr):
+    if run.stdout or not re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ TZ_by_name: unsupported name tz_z\n",
+                                      run.stderr):
         sys.exit(f"standard output and error:\n{run.stdout}{run.stderr}")
     if sent.read_text(encoding="utf-8") != "4 TZ_by_name: unsupported name tz_z\n":
         sys.exit(f"syslog:\n{sent.read_text(encoding='utf-8')}")

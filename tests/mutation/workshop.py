@@ -323,7 +323,8 @@ class Workshop:
                     if number not in switchable:
                         break
                     cpu_seconds, seconds = self.measure(run, True)
-                    if number in self.reached[run] and self.fails(run, True, int(3 * cpu_seconds) + 2, 60 + 10 * seconds, number):
+                    if number in self.reached[run] and self.fails(run, True, int(3 * cpu_seconds) + 2,
+                                                                  60 + 10 * seconds, number):
                         self.caught[file, run] += 1
                         yield file, change, run
                         break

@@ -1,8 +1,8 @@
 """The C interface of libvrx: records, functions and tables, declared for ctypes.
 
 Every export of the shared object is here: `lib.NAME` for a function, `data.NAME` for a table. The C headers, `vrx/*.h`,
-describe them. As in C, the caller must follow the rules of the headers; this module does not check arguments. If a function that returns one of
-the library's codes fails, it raises `Error`.
+describe them. As in C, the caller must follow the rules of the headers; this module does not check arguments. If a
+function that returns one of the library's codes fails, it raises `Error`.
 """
 
 from __future__ import annotations

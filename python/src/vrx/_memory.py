@@ -24,7 +24,8 @@ new_bytes = ctypes.PYFUNCTYPE(ctypes.py_object, ctypes.c_void_p, ctypes.c_ssize_
 class Octets:
     """The bytes of a bytes-like object: `pointer`, as ctypes takes it, and `size`.
 
-    Bytes and writable buffers are not copied; read-only views are copied. A buffer cannot be resized while it is in use.
+    Bytes and writable buffers are not copied; read-only views are copied. While a buffer is in use, it cannot be
+    resized.
     """
 
     __slots__ = ("pointer", "size", "_held")

@@ -28,7 +28,8 @@ class CertificateTest(SignatureTest):
     def verify(self, *options, cert="cert", code=0):
         done = self.run_vrx("verify", "--cert", cert, "-S", "sig", *options, "letter")
         verdict = "is valid" if code == 0 else "is NOT valid"
-        self.assertEqual((done.code, done.out.decode().split("\n")[0]), (code, f"'letter': the signature {verdict}"), done.err)
+        self.assertEqual((done.code, done.out.decode().split("\n")[0]), (code, f"'letter': the signature {verdict}"),
+                         done.err)
         self.assertRegex(done.err, rb"\Avrx: warning: the certificate was not checked against an authority[^\n]*\n\Z")
         return done.out.decode()
 
@@ -51,7 +52,8 @@ class Certificates(CertificateTest):
             self.verify("--set", "cryptopro", *time, cert=name)
             self.verify("--set", "test", *time, cert=name, code=1)
             self.verify("--curve", "XchA", "--time", "any", cert=name)
-        self.refused("verify", "--cert", "cert", "-S", "sig", "--curve", "A", "letter", says="on the curve XchA, not on 'A'")
+        self.refused("verify", "--cert", "cert", "-S", "sig", "--curve", "A", "letter",
+                     says="on the curve XchA, not on 'A'")
         self.write("letter", b"Dear reader!\n")
         self.verify(*time, code=1)
 
@@ -68,13 +70,15 @@ class Certificates(CertificateTest):
         for parameters in ("", "0500"):
             public_key = x509.key(x509.element("30", x509.GOST_KEY, parameters), self.point)
             self.write("cert", x509.certificate(x509.to_be_signed(public_key)))
-            self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says=["does not name its curve", "--curve NAME"])
+            self.refused("verify", "--cert", "cert", "-S", "sig", "letter",
+                         says=["does not name its curve", "--curve NAME"])
             self.verify("--curve", "A")
 
     def test_a_key_of_another_algorithm(self):
         self.write("cert", x509.certificate(x509.to_be_signed(x509.element("30", RSA, "030400300000"))))
         self.refused("verify", "--cert", "cert", "-S", "sig", "letter",
-                     says="'cert' is a certificate for a key of RSA, not of GOST R 34.10-2001; this program cannot use it")
+                     says="'cert' is a certificate for a key of RSA, not of GOST R 34.10-2001; "
+                          "this program cannot use it")
         unknown = x509.algorithm("06072a850302022309", HASH_CRYPTOPRO)
         self.write("cert", x509.certificate(x509.to_be_signed(x509.key(unknown, self.point))))
         self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says="a key with unknown parameters")
@@ -85,9 +89,11 @@ class Certificates(CertificateTest):
                          says=f"'{name}' is not a single X.509 certificate in PEM or DER form")
         self.certify(CURVE_A)
         octets = self.read("cert")
-        for bad in (octets + octets, octets + b"\0", self.pem("CERTIFICATE", octets) * 2, self.pem("PUBLIC KEY", octets)):
+        for bad in (octets + octets, octets + b"\0", self.pem("CERTIFICATE", octets) * 2,
+                    self.pem("PUBLIC KEY", octets)):
             self.write("bad", bad)
-            self.refused("verify", "--cert", "bad", "-S", "sig", "letter", says="'bad' is not a single X.509 certificate")
+            self.refused("verify", "--cert", "bad", "-S", "sig", "letter",
+                         says="'bad' is not a single X.509 certificate")
         self.refused("verify", "--cert", "none", "-S", "sig", "letter", says="cannot open 'none'")
         self.refused("verify", "--cert", "cert", "--key", "a.pub", "-S", "sig", "letter", says="exclude each other")
         self.refused("verify", "--cert", "-", "-S", "sig", says="only one of key, signature and data")
@@ -109,7 +115,8 @@ class Certificates(CertificateTest):
     def test_a_point_off_its_curve(self):
         self.point = "01" * 64
         self.certify(CURVE_XCHA)
-        self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says="'cert' holds a point that is not on the curve XchA")
+        self.refused("verify", "--cert", "cert", "-S", "sig", "letter",
+                     says="'cert' holds a point that is not on the curve XchA")
 
     def test_damage_to_the_key_is_detected_and_harmless_elsewhere(self):
         self.certify(CURVE_A, HASH_CRYPTOPRO)
@@ -142,9 +149,11 @@ class Alone(CertificateTest):
             self.assertEqual((status["signature"], status.get("reason")), ("valid", reason), time)
             self.assertEqual(status["certificate"], "valid" if code == 0 else "not-valid")
         done = self.run_vrx("verify", "--cert", "cert", "-S", "sig", "letter")
-        self.assertIn(b"'letter': the signature is NOT valid: the certificate of CN=Anna is not valid after 2002", done.out)
+        self.assertIn(b"'letter': the signature is NOT valid: the certificate of CN=Anna is not valid after 2002",
+                      done.out)
         for wrong in ("2001-02-29", "2001-13-01", "yesterday", "2001-01-01 24:00:00", "2001-01-01x00:00:00", ""):
-            self.refused("verify", "--cert", "cert", "-S", "sig", "--time", wrong, "letter", says="--time takes a time in UTC")
+            self.refused("verify", "--cert", "cert", "-S", "sig", "--time", wrong, "letter",
+                         says="--time takes a time in UTC")
 
     def test_key_usage(self):
         for bits, code in (("0", 0), ("1", 0), ("01", 0), ("2", 1), ("4", 1), ("56", 1)):
@@ -162,7 +171,8 @@ class Alone(CertificateTest):
     def test_status_lines(self):
         self.certify(CURVE_A, HASH_CRYPTOPRO, extensions=[x509.key_usage("0")])
         octets = self.read("cert")
-        lines = ["signature valid", "certificate valid", "chain unchecked", "time 2021-02-03 00:00:00", "subject CN=Anna",
+        lines = ["signature valid", "certificate valid", "chain unchecked", "time 2021-02-03 00:00:00",
+                 "subject CN=Anna",
                  "issuer CN=Anna", "serial 0101", "sha1 " + hashlib.sha1(octets).hexdigest(),
                  "gost " + gost.digest(self.tables()["cryptopro"], octets).hex(), "not-before 2020-01-01 00:00:00",
                  "not-after 2090-01-01 00:00:00"]
@@ -184,7 +194,8 @@ class Alone(CertificateTest):
         for what, octets in {
                 "garbage after the key": x509.certificate(x509.to_be_signed(key, more="0500")),
                 "garbage for extensions": x509.certificate(x509.to_be_signed(key, more="a303040101")),
-                "an extension that is no element": x509.certificate(x509.to_be_signed(key, extensions=[x509.extension("06032a0304", "ff")])),
+                "an extension that is no element":
+                    x509.certificate(x509.to_be_signed(key, extensions=[x509.extension("06032a0304", "ff")])),
                 "an extension twice": x509.certificate(x509.to_be_signed(key, extensions=[usage, usage])),
                 "extensions in version 1": x509.certificate(x509.to_be_signed(key, extensions=[usage], version="")),
                 "version 1 written out": x509.certificate(x509.to_be_signed(key, version="a003020100")),
@@ -196,36 +207,45 @@ class Alone(CertificateTest):
                 "a negative serial number": x509.certificate(x509.to_be_signed(key, serial="81")),
                 "a day that is none": x509.certificate(x509.to_be_signed(key, end="19999999999999Z")),
                 "February 29": x509.certificate(x509.to_be_signed(key, begin="210229000000Z")),
-                "a truth of 1": x509.certificate(x509.to_be_signed(key, extensions=[usage.replace("0101ff", "010101")])),
-                "FALSE written out": x509.certificate(x509.to_be_signed(key, extensions=[usage.replace("0101ff", "010100")])),
+                "a truth of 1":
+                    x509.certificate(x509.to_be_signed(key, extensions=[usage.replace("0101ff", "010101")])),
+                "FALSE written out":
+                    x509.certificate(x509.to_be_signed(key, extensions=[usage.replace("0101ff", "010100")])),
                 "zero bits at the end of key usage": x509.certificate(
                     x509.to_be_signed(key, extensions=[x509.extension("0603551d0f", "03020080")])),
-                **{what: x509.certificate(x509.to_be_signed(key, extensions=[x509.extension("06032a0304", value, critical=False)]))
-                   for what, value in {"an octet string in parts": "240404020000", "a sequence in primitive form": "1000",
-                                       "an end of contents": "0000", "a reserved type": "0f00", "unused bits that are set": "030201ff",
+                **{what: x509.certificate(x509.to_be_signed(key, extensions=[x509.extension("06032a0304", value,
+                                                                                            critical=False)]))
+                   for what,
+                   value in {"an octet string in parts": "240404020000", "a sequence in primitive form": "1000",
+                                       "an end of contents": "0000", "a reserved type": "0f00",
+                                       "unused bits that are set": "030201ff",
                                        "8 unused bits": "03020800", "unused bits of nothing": "030101",
-                                       "a bit string without its first octet": "0300", "a long enumerated": "0a020001"}.items()},
+                                       "a bit string without its first octet": "0300",
+                                       "a long enumerated": "0a020001"}.items()},
                 "a length of two octets that one would hold": bytes.fromhex(
                     x509.certificate(x509.to_be_signed(key)).hex().replace("0603550403", "068103550403").replace(
                         name, name)),
         }.items():
             with self.subTest(what):
                 self.write("cert", octets)
-                self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says="'cert' is not a single X.509 certificate")
+                self.refused("verify", "--cert", "cert", "-S", "sig", "letter",
+                             says="'cert' is not a single X.509 certificate")
                 self.write("cert", self.pem("CERTIFICATE", octets))
                 done = self.run_vrx("inspect", "cert")
                 self.assertEqual(done.code, 1, done.out)
                 self.assertIn(b"damaged", done.out)
 
     def test_characters_that_could_belong_to_the_form_of_names_are_escaped(self):
-        for value, shown in ((" a  b ", "\\ a  b\\ "), ("#0403", "\\#0403"), ("a#", "a#"), (" ", "\\ "), ("A, CN=B", "A\\, CN=B"),
+        for value, shown in ((" a  b ", "\\ a  b\\ "), ("#0403", "\\#0403"), ("a#", "a#"), (" ", "\\ "),
+                             ("A, CN=B", "A\\, CN=B"),
                              ('"', '\\"'), ("a\nreason none", "a\\{0a}reason none"), ("\\{0a}", "\\\\{0a}")):
             self.certify(CURVE_A, HASH_CRYPTOPRO, subject=x509.name((x509.COMMON_NAME, x509.text("0c", value))))
             self.assertEqual(self.status()["subject"], "CN=" + shown)
 
     def test_deceptive_characters_of_names_are_escaped(self):
         for hostile in ("\x1b[2J", "\x9b2J", "\u202egpj", "\u200b", "\u2066", "\ufeff", "\u2028", "\U000e0041", "\x7f"):
-            self.certify(CURVE_A, HASH_CRYPTOPRO, subject=x509.name((x509.COMMON_NAME, x509.text("0c", "A" + hostile + "B"))))
+            self.certify(CURVE_A, HASH_CRYPTOPRO,
+                         subject=x509.name((x509.COMMON_NAME, x509.text("0c", "A" + hostile + "B"))))
             for out in (self.verify(), self.vrx("inspect", "cert").decode()):
                 self.assertNotIn(hostile, out)
                 self.assertIn(f"A\\{{{ord(hostile[0]):02x}}}", out)
@@ -252,7 +272,8 @@ class Chains(ChainTest, CertificateTest):
                     os.unlink(self.path(name))
             self.make(curve=curve)
             self.check()
-        out = self.vrx("verify", "--cert", "signer.crt", "--ca", "root.crt", "--ca", "middle.crt", "-S", "sig", "letter")
+        out = self.vrx("verify", "--cert", "signer.crt", "--ca", "root.crt", "--ca", "middle.crt", "-S", "sig",
+                       "letter")
         self.assertIn(b"  trusted:    through CN=root\n", out)
 
     def test_one_file_of_authorities(self):
@@ -260,7 +281,8 @@ class Chains(ChainTest, CertificateTest):
         self.write("both", b"a comment\n" + self.read("middle.crt") + self.read("root.crt"))
         self.check(authorities=["both"])
         self.write("none", b"nothing")
-        self.refused("verify", "--cert", "signer.crt", "--ca", "none", "-S", "sig", "letter", says="'none' holds no certificate")
+        self.refused("verify", "--cert", "signer.crt", "--ca", "none", "-S", "sig", "letter",
+                     says="'none' holds no certificate")
         self.write("bad", self.pem("CERTIFICATE", b"0\0"))
         self.refused("verify", "--cert", "signer.crt", "--ca", "bad", "-S", "sig", "letter", says="is malformed")
 
@@ -273,7 +295,8 @@ class Chains(ChainTest, CertificateTest):
 
     def test_signatures_of_the_links(self):
         self.issue("other", extensions=[x509.authority()])
-        for changed in ({"middle": {"sign_with": "other"}}, {"signer": {"sign_with": "other"}}, {"root": {"sign_with": "other"}}):
+        for changed in ({"middle": {"sign_with": "other"}}, {"signer": {"sign_with": "other"}},
+                        {"root": {"sign_with": "other"}}):
             self.make(**changed)
             self.check(reason="chain-signature")
 
@@ -327,7 +350,8 @@ class Chains(ChainTest, CertificateTest):
         for name in ("root", "middle", "signer"):
             self.make(**{name: {"begin": "200101000000Z", "end": "210101000000Z"}} | (
                 {} if name == "signer" else {}))
-            done = self.run_vrx("verify", "--cert", "signer.crt", "--ca", "root.crt", "--ca", "middle.crt", "-S", "sig", "letter")
+            done = self.run_vrx("verify", "--cert", "signer.crt", "--ca", "root.crt", "--ca", "middle.crt", "-S", "sig",
+                                "letter")
             self.assertEqual((done.code, done.err), (1, b""))
             self.assertIn(b"the certificate of CN=" + name.encode() + b" is not valid after 2021-01-01", done.out)
             self.check("--time", "2020-06-01")
@@ -349,8 +373,10 @@ class Chains(ChainTest, CertificateTest):
             self.issue(a, b, extensions=[x509.authority()], sign_with="root", key="root")
         self.check(reason="no-chain", authorities=["middle.crt", "loop.crt"])
 
-    def revocations(self, *serials, issuer="middle", update="200102000000Z", following="890101000000Z", sign_with=None, more=""):
-        revoked = x509.element("30", *(x509.element("30", x509.element("02", s), x509.time("210101000000Z")) for s in serials))
+    def revocations(self, *serials, issuer="middle", update="200102000000Z", following="890101000000Z", sign_with=None,
+                    more=""):
+        revoked = x509.element("30", *(x509.element("30", x509.element("02", s), x509.time("210101000000Z"))
+                                       for s in serials))
         following = "20" + following if following.startswith("8") else following
         self.write("tbs", bytes.fromhex(x509.element(
             "30", "020101", x509.GOST_SIGNATURE, self.called(issuer), x509.time(update), x509.time(following),
@@ -381,12 +407,15 @@ class Chains(ChainTest, CertificateTest):
                              x509.element("30", x509.extension("0603551d15", "0a0101", critical=False)))
         for version, code in (("020101", 0), ("", 2)):  # only version 2 has extensions
             self.write("tbs", bytes.fromhex(x509.element(
-                "30", version, x509.GOST_SIGNATURE, self.called("middle"), x509.time("200102000000Z"), x509.element("30", entry))))
+                "30", version, x509.GOST_SIGNATURE, self.called("middle"), x509.time("200102000000Z"),
+                x509.element("30", entry))))
             self.vrx("sign", "-k", "middle.key", "-o", "tbs.sig", "tbs")
             self.write("middle.crl", x509.certificate(self.read("tbs").hex(), self.read("tbs.sig").hex()))
-            done = self.run_vrx("verify", "--cert", "signer.crt", "--ca", "root.crt", "--ca", "middle.crt", *both, "-S", "sig", "letter")
+            done = self.run_vrx("verify", "--cert", "signer.crt", "--ca", "root.crt", "--ca", "middle.crt", *both, "-S",
+                                "sig", "letter")
             self.assertEqual(done.code, code, done.err)
-        self.refused("verify", "--cert", "signer.crt", "--crl", "crl", "-S", "sig", "letter", says="--crl belongs to --ca")
+        self.refused("verify", "--cert", "signer.crt", "--crl", "crl", "-S", "sig", "letter",
+                     says="--crl belongs to --ca")
         self.refused("verify", "--key", "a.pub", "--ca", "root.crt", "-S", "sig", "letter", says="belong to --cert")
 
 
@@ -414,8 +443,8 @@ class Engine(CertificateTest):
 
     def test_keys_of_other_algorithms(self):
         for kind in ("rsa:1024", "ed25519"):
-            done = self.tool("openssl", "req", "-new", "-x509", "-newkey", kind, "-nodes", "-keyout", "k", "-subj", "/CN=x",
-                             "-out", "cert")
+            done = self.tool("openssl", "req", "-new", "-x509", "-newkey", kind, "-nodes", "-keyout", "k",
+                             "-subj", "/CN=x", "-out", "cert")
             self.assertEqual(done.code, 0, done.err)
             self.refused("verify", "--cert", "cert", "-S", "sig", "letter", says="not of GOST R 34.10-2001")
 

@@ -32,7 +32,8 @@ class QuickTest(ProgramTest):
 class Keys(QuickTest, HashTest):
     def derive(self, kdf, password, salt, iterations, *options):
         """Derive a key, ignoring warnings."""
-        arguments = ["derive", "--kdf", kdf, "--salt", salt.hex(), "--iterations", str(iterations), "--password-fd", "0"]
+        arguments = ["derive", "--kdf", kdf, "--salt", salt.hex(), "--iterations", str(iterations), "--password-fd",
+                     "0"]
         done = self.run_vrx(*arguments, *options, stdin=password)
         self.assertEqual(done.code, 0, done.err)
         self.assertTrue(all(line.startswith(b"vrx: warning: ") for line in done.err.splitlines()), done.err)
@@ -41,12 +42,14 @@ class Keys(QuickTest, HashTest):
     def test_published_pbkdf2(self):
         for answer in kat.answers("gostr3411/pbkdf2.kat"):
             with self.subTest(answer.source):
-                self.assertEqual((answer.pop("type"), answer.pop("sbox")), ("pbkdf2", "id-GostR3411-94-CryptoProParamSet"))
+                self.assertEqual((answer.pop("type"), answer.pop("sbox")),
+                                 ("pbkdf2", "id-GostR3411-94-CryptoProParamSet"))
                 password, salt, derived = answer.octets("password"), answer.octets("salt"), answer.pop("derived")
                 iterations = answer.pop("iterations")
                 self.assertEqual(answer, {}, "lines that nothing read")
                 self.assertEqual(self.derive("pbkdf2", password, salt, iterations)[: len(derived)].decode(), derived)
-                out = self.derive("pbkdf2", password.hex().encode(), salt, iterations, "--encoding", "hex", "--length", "32")
+                out = self.derive("pbkdf2", password.hex().encode(), salt, iterations, "--encoding", "hex", "--length",
+                                  "32")
                 self.assertEqual(out[: len(derived)].decode(), derived)
 
     def test_published_pkcs12(self):
@@ -56,7 +59,8 @@ class Keys(QuickTest, HashTest):
                 continue
             password, salt, purpose = answer.octets("password"), answer.octets("salt"), answer["id"]
             derived = answer.pop("derived") + "\n"
-            self.assertEqual(self.derive("pba", password, salt, answer["iterations"], "--id", purpose).decode(), derived)
+            self.assertEqual(self.derive("pba", password, salt, answer["iterations"], "--id", purpose).decode(),
+                             derived)
             text = password[:-2].decode("utf-16-be").encode()
             options = ["--id", purpose, "--encoding", "bmp"]
             self.assertEqual(self.derive("pba", text, salt, answer["iterations"], *options).decode(), derived)
@@ -71,9 +75,11 @@ class Keys(QuickTest, HashTest):
                 if answer["type"] != "pbes2":
                     continue
                 count += 1
-                self.derive("pbkdf2", answer.octets("password"), answer.octets("salt"), answer["iterations"], "-o", f"key{count}")
+                self.derive("pbkdf2", answer.octets("password"), answer.octets("salt"), answer["iterations"], "-o",
+                            f"key{count}")
                 out = self.vrx("decrypt", "--key", f"key{count}", "--params", answer["sbox"], "--iv", answer["iv"],
-                               "--mesh" if answer["meshing"] == "cryptopro" else "--no-mesh", stdin=answer.octets("ciphertext"))
+                               "--mesh" if answer["meshing"] == "cryptopro" else "--no-mesh",
+                               stdin=answer.octets("ciphertext"))
                 self.assertEqual(out, answer.octets("plaintext"))
         self.assertEqual(count, 3)
 
@@ -81,7 +87,8 @@ class Keys(QuickTest, HashTest):
         seed = random.randrange(2**32)
         source = random.Random(seed)
         table = self.tables()["cryptopro"]
-        for password_size, salt_size, iterations in ((1, 8, 1), (20, 1, 3), (32, 32, 2), (33, 33, 2), (100, 100, 1), (0, 8, 2)):
+        for password_size, salt_size, iterations in ((1, 8, 1), (20, 1, 3), (32, 32, 2), (33, 33, 2), (100, 100, 1),
+                                                     (0, 8, 2)):
             password, salt = (source.randbytes(size) for size in (password_size, salt_size))
             hexadecimal = password.hex().encode()
             with self.subTest(seed=seed, password=hexadecimal, salt=salt.hex(), iterations=iterations):
@@ -95,7 +102,8 @@ class Keys(QuickTest, HashTest):
                     self.assertEqual(out.decode(), expected.hex() + "\n")
 
     def test_the_default_purpose_is_a_key(self):
-        outputs = [self.derive("pba", b"secret", b"saltsalt", 1, *options) for options in ([], ["--id", "1"], ["--id", "2"])]
+        outputs = [self.derive("pba", b"secret", b"saltsalt", 1, *options)
+                   for options in ([], ["--id", "1"], ["--id", "2"])]
         self.assertEqual(outputs[0], outputs[1])
         self.assertNotEqual(outputs[1], outputs[2])
 
@@ -104,14 +112,16 @@ class Keys(QuickTest, HashTest):
         self.assertEqual((long[:64], len(long)), (short[:64], 201))
         self.assertEqual(len(self.derive("pba", b"secret", b"saltsalt", 1, "--length", "100000", "--raw")), 100_000)
         done = self.run_vrx(*PBA, "--length", "33", "--password-fd", "0", stdin=b"secret")
-        self.assertEqual((done.code, done.err), (0, b"vrx: warning: a result longer than 32 bytes is not compatible with PKCS #12\n"))
+        self.assertEqual((done.code, done.err),
+                         (0, b"vrx: warning: a result longer than 32 bytes is not compatible with PKCS #12\n"))
 
     def test_bmp_strings(self):
         for text in ("secret", "пароль", "€uro \u07ff\u0800\ud7ff\ue000\uffff", ""):
             encoded = text.encode("utf-16-be") + b"\0\0"
             self.assertEqual(self.derive("pba", text.encode(), b"saltsalt", 9, "--encoding", "bmp"),
                              self.derive("pba", encoded.hex().encode(), b"saltsalt", 9, "--encoding", "hex"), text)
-        for wrong in (b"\xff", b"\x80", b"a\xc3", b"\xc3a", b"\xc0\x80", b"\xc1\xbf", b"\xe0\x9f\xbf", b"\xed\xa0\x80", b"\xe2\x82",
+        for wrong in (b"\xff", b"\x80", b"a\xc3", b"\xc3a", b"\xc0\x80", b"\xc1\xbf", b"\xe0\x9f\xbf", b"\xed\xa0\x80",
+                      b"\xe2\x82",
                       b"\xf5\x80\x80\x80", b"\xf0\x9f", b"\xe2\x82\xc3", "пароль".encode("koi8-r")):
             self.refused(*PBA, "--encoding", "bmp", "--password-fd", "0", stdin=wrong, says="the password is not UTF-8")
         self.refused(*PBA, "--encoding", "bmp", "--password-fd", "0", stdin="🔑".encode(), says="beyond U+FFFF")
@@ -138,7 +148,8 @@ class Passwords(QuickTest):
         self.assertEqual(self.vrx(*DERIVE, "--password-fd", str(read_end), pass_fds=[read_end]), self.expected)
         os.close(read_end)
         script = '"$0" "$@" --password-fd 3 3<<<secret'
-        done = subprocess.run(["bash", "-c", script, PROGRAM, *DERIVE], capture_output=True, cwd=self.folder, check=False)
+        done = subprocess.run(["bash", "-c", script, PROGRAM, *DERIVE], capture_output=True, cwd=self.folder,
+                              check=False)
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, self.expected, WARNING))
 
     def test_sources_that_are_refused(self):
@@ -148,10 +159,12 @@ class Passwords(QuickTest):
         for text in ("x", "", "-1", "3000000000", "1x"):
             self.refused(*DERIVE, "--password-fd", text, says=f"the number of an open file descriptor, not '{text}'")
         for content in (b"secret\n\n", b"secret\nmore", b"\n\n"):
-            self.refused(*DERIVE, "--password-fd", "0", stdin=content, says="file descriptor 0 holds more than one line")
+            self.refused(*DERIVE, "--password-fd", "0", stdin=content,
+                         says="file descriptor 0 holds more than one line")
         self.refused(*DERIVE, "--password-file", "/dev/zero", says="'/dev/zero' holds more than 16 MiB")
         self.refused(*DERIVE, "--password-fd", "0", "--password-file", "key", says="exclude each other")
-        self.refused(*DERIVE, "--encoding", "hex", "--password-fd", "0", stdin=b"secret", says="not an even number of hexadecimal")
+        self.refused(*DERIVE, "--encoding", "hex", "--password-fd", "0", stdin=b"secret",
+                     says="not an even number of hexadecimal")
         self.refused(*DERIVE, "--encoding", "utf-8", says="--encoding takes text, hex or bmp, not 'utf-8'")
         self.refused(*DERIVE, "secret", says="one operand too many")
 
@@ -246,7 +259,8 @@ class Terminal(QuickTest):
         self.assertEqual(self.end(process)[2], b"vrx: warning: the password is empty\n")
 
     def test_signals_restore_the_echo_and_leave_no_file(self):
-        for key, number in ((b"\x03", signal.SIGINT), (b"\x1c", signal.SIGQUIT), (b"", signal.SIGTERM), (b"", signal.SIGHUP)):
+        for key, number in ((b"\x03", signal.SIGINT), (b"\x1c", signal.SIGQUIT), (b"", signal.SIGTERM),
+                            (b"", signal.SIGHUP)):
             with self.subTest(number):
                 self.shown = b""
                 process = self.derive("--out", "new")
@@ -290,12 +304,14 @@ class Terminal(QuickTest):
 
 class Choices(QuickTest):
     def derive(self, kdf, salt, iterations, *options):
-        return self.run_vrx("derive", "--kdf", kdf, "--salt", salt, "--iterations", iterations, *options, "--password-fd", "0",
+        return self.run_vrx("derive", "--kdf", kdf, "--salt", salt, "--iterations", iterations, *options,
+                            "--password-fd", "0",
                             stdin=b"secret")
 
     def test_weak_choices_draw_a_warning(self):
         for kdf in ("pbkdf2", "pba"):
-            for salt, iterations, says in [(SALT, "599999", [b"with only 599999 iterations,"]), (SALT, "1", [b"with only 1 iteration,"]),
+            for salt, iterations, says in [(SALT, "599999", [b"with only 599999 iterations,"]),
+                                           (SALT, "1", [b"with only 1 iteration,"]),
                                            (SALT[2:], "600000", [b"a salt of 56 bits is so short"]),
                                            ("00", "2", [b"with only 2 iterations,", b"a salt of 8 bits is so short"]),
                                            (SALT, "600000", []), (SALT * 5, "600001", [])]:
@@ -319,11 +335,14 @@ class Choices(QuickTest):
             with self.subTest(arguments):
                 self.refused("derive", *arguments, says=[says, "see 'vrx derive --help'"])
         for salt in ("", "0", "012", "0g", "0x01", "01 02", "соль"):
-            self.refused(*DERIVE, "--salt", salt, says=f"--salt takes an even number of hexadecimal digits, not '{salt}'")
+            self.refused(*DERIVE, "--salt", salt,
+                         says=f"--salt takes an even number of hexadecimal digits, not '{salt}'")
         for text in ("0", "", "-1", "1e6", " 1", "1 ", "+1", "18446744073709551616", "0x10"):
-            self.refused(*DERIVE, "--iterations", text, says=f"--iterations takes a number from 1 to 18446744073709551615, not '{text}'")
+            self.refused(*DERIVE, "--iterations", text,
+                         says=f"--iterations takes a number from 1 to 18446744073709551615, not '{text}'")
         for length in ("0", "1", "31", "33", "64"):
-            self.refused(*DERIVE, "--length", length, says="--length takes a number" if length == "0" else "pbkdf2 derives exactly 32 bytes")
+            self.refused(*DERIVE, "--length", length,
+                         says="--length takes a number" if length == "0" else "pbkdf2 derives exactly 32 bytes")
 
 
 class Results(QuickTest):
@@ -336,8 +355,10 @@ class Results(QuickTest):
             self.vrx(*DERIVE, "--password-fd", "0", "--out", f"hex{mask}", umask=mask, **given)
             self.vrx(*DERIVE, "--password-fd", "0", "--raw", "-o", f"raw{mask}", umask=mask, **given)
             self.assertEqual((self.read(f"hex{mask}"), self.mode(f"hex{mask}")), (digits, 0o600))
-            self.assertEqual((self.read(f"raw{mask}"), self.mode(f"raw{mask}")), (bytes.fromhex(digits.decode()), 0o600))
-        self.refused(*DERIVE, "--password-fd", "0", "-o", "hex0", says="'hex0' exists already and is never overwritten", **given)
+            self.assertEqual((self.read(f"raw{mask}"), self.mode(f"raw{mask}")),
+                             (bytes.fromhex(digits.decode()), 0o600))
+        self.refused(*DERIVE, "--password-fd", "0", "-o", "hex0", says="'hex0' exists already and is never overwritten",
+                     **given)
         self.write("text", b"some text")
         self.assertEqual(self.vrx("mac", "--key", "hex0", "text"), self.vrx("mac", "--key", "raw0", "text"))
 
@@ -346,7 +367,8 @@ class Results(QuickTest):
         self.refused(*DERIVE, "--password-fd", "0", "-o", "none/new", says="cannot create 'none/new'", stdin=b"secret")
         self.assertEqual(self.names(), ["key"])
         with open("/dev/full", "wb") as full:
-            self.refused(*DERIVE, "--password-fd", "0", stdin=b"secret", stdout=full, out=None, says="No space left on device")
+            self.refused(*DERIVE, "--password-fd", "0", stdin=b"secret", stdout=full, out=None,
+                         says="No space left on device")
 
 
 if __name__ == "__main__":

@@ -146,7 +146,8 @@ class Lists(Samples):
         names = [b"a", b"back\\slash", b"line\nend", b"carriage\rreturn", b"we) = (ird", b") = ", b"\xff", b"(", b" "]
         for name in names:
             self.write(name, b"first")
-        expected = subprocess.run(["sha1sum", "--tag", "--", *names], cwd=self.folder, capture_output=True, check=True).stdout
+        expected = subprocess.run(["sha1sum", "--tag", "--", *names], cwd=self.folder, capture_output=True,
+                                  check=True).stdout
         self.assertEqual(self.vrx("sha1", "--tag", "--", *names), expected)
         for short, tag in SETS.items():
             listed = self.vrx("hash", "--set", short, "--tag", "--", *names)
@@ -280,20 +281,27 @@ class Checks(Samples):
         for command, a, b in list(self.each()):
             digest = max(re.findall(rb"[0-9a-f]{40,}", a))
             tag = b"SHA1" if command == "sha1" else b"GOST94-CRYPTOPRO"
-            bad = [b"", b" ", b"# comment", digest, digest + b" ", digest + b"  ", digest + b"\ta", digest[:-1] + b"  a",
-                   digest + b"0  a", digest[:-1] + b"g  a", b" " + digest + b"  a", b"\\" + digest + b"  a\\", digest + b"  a\0",
-                   tag + b"(a) = " + digest, tag + b" (a)= " + digest, tag + b" (a) " + digest, tag + b" () = " + digest,
-                   tag + b" (a) = " + digest[:-1], tag + b" (a) = " + digest + b"0", tag + b" (a) = " + digest[:-1] + b"g",
-                   tag + b" (a) = " + digest + b" ", tag + b" a) = " + digest, b"MD5 (a) = " + digest, b"(a) = " + digest,
+            bad = [b"", b" ", b"# comment", digest, digest + b" ", digest + b"  ", digest + b"\ta",
+                   digest[:-1] + b"  a",
+                   digest + b"0  a", digest[:-1] + b"g  a", b" " + digest + b"  a", b"\\" + digest + b"  a\\",
+                   digest + b"  a\0",
+                   tag + b"(a) = " + digest, tag + b" (a)= " + digest, tag + b" (a) " + digest,
+                   tag + b" () = " + digest,
+                   tag + b" (a) = " + digest[:-1], tag + b" (a) = " + digest + b"0",
+                   tag + b" (a) = " + digest[:-1] + b"g",
+                   tag + b" (a) = " + digest + b" ", tag + b" a) = " + digest, b"MD5 (a) = " + digest,
+                   b"(a) = " + digest,
                    tag.lower() + b" (a) = " + digest, b" " + tag + b" (a) = " + digest, tag + b"  (a) = " + digest,
-                   b"\\" + tag + b" (a\\x) = " + digest, tag + b" (a\0) = " + digest, tag + b" (" + b"a" * 70_000 + b") = " + digest,
+                   b"\\" + tag + b" (a\\x) = " + digest, tag + b" (a\0) = " + digest,
+                   tag + b" (" + b"a" * 70_000 + b") = " + digest,
                    tag, b"GOST94", b"\xff" * 100, bytes(100)]
             for line in some(bad, 2):
                 with self.subTest(command=command, line=line[:60]):
                     self.check(command, line + b"\n" + b, 1, "b: OK\n",
                                "line 1 of 'list' is malformed; the format " + self.FORM[command],
                                "'list': 1 malformed line")
-            self.check(command, b + bad[1] + b"\n" + bad[2], 1, "b: OK\n", "line 2 of 'list'", "line 3 of 'list'", "2 malformed lines")
+            self.check(command, b + bad[1] + b"\n" + bad[2], 1, "b: OK\n", "line 2 of 'list'", "line 3 of 'list'",
+                       "2 malformed lines")
             self.check(command, b"nonsense", 1, "", options=["--status"])
             self.check(command, b"nonsense\n" + b, 1, "", "line 1", "1 malformed line", options=["--quiet"])
 
@@ -310,14 +318,17 @@ class Checks(Samples):
         os.mkdir(self.path("folder"))
         for command, a, _ in list(self.each()):
             none, folder = (re.sub(rb"\ba\b(?!.*\ba\b)", name, a) for name in (b"none", b"folder"))
-            self.check(command, a + none, 2, "a: OK\nnone: FAILED open or read\n", "cannot open 'none'", "1 file could not be read")
+            self.check(command, a + none, 2, "a: OK\nnone: FAILED open or read\n", "cannot open 'none'",
+                       "1 file could not be read")
             self.check(command, a + none, 0, "a: OK\n", options=["--ignore-missing"])
             self.check(command, none, 1, "", "nothing was checked", options=["--ignore-missing"])
-            self.check(command, a + folder, 2, "a: OK\nfolder: FAILED open or read\n", "cannot read 'folder': Is a dir", "1 file",
+            self.check(command, a + folder, 2, "a: OK\nfolder: FAILED open or read\n", "cannot read 'folder': Is a dir",
+                       "1 file",
                        options=["--ignore-missing"])
             self.check(command, a + none, 2, "", "cannot open 'none'", options=["--status"])
             self.write("a", b"First")
-            self.check(command, a + none, 1, "a: FAILED\nnone: FAILED open or read\n", "cannot open 'none'", "1 digest did not",
+            self.check(command, a + none, 1, "a: FAILED\nnone: FAILED open or read\n", "cannot open 'none'",
+                       "1 digest did not",
                        "1 file could not")
             self.write("a", b"first")
 

@@ -58,7 +58,8 @@ class RoundTrips(ProgramTest):
     def test_a_pipeline(self):
         self.write("in", self.data)
         script = ('"$VRX" encrypt -k key < in | "$VRX" decrypt -k key - | cmp - in')
-        done = subprocess.run(["bash", "-o", "pipefail", "-c", script], cwd=self.folder, capture_output=True, check=False,
+        done = subprocess.run(["bash", "-o", "pipefail", "-c", script], cwd=self.folder, capture_output=True,
+                              check=False,
                               env={**os.environ, "VRX": PROGRAM})
         self.assertEqual((done.returncode, done.stderr), (0, b""))
 
@@ -156,7 +157,8 @@ class Options(ProgramTest):
     def test_modes_have_common_names(self):
         for name, common in (("ss", "ecb"), ("gamm", "ctr"), ("gfb", "cfb"), ("cbc", "cbc")):
             self.write("blocks", bytes(range(64)))
-            both = [self.vrx("encrypt", "--key", "key", *([] if name == "ss" else ["--iv", "00" * 8]), "--mode", mode, "blocks")
+            both = [self.vrx("encrypt", "--key", "key", *([] if name == "ss" else ["--iv", "00" * 8]), "--mode", mode,
+                             "blocks")
                     for mode in (name, common)]
             self.assertEqual(both[0], both[1], name)
             self.assertEqual(len(both[0]), 64)
@@ -249,7 +251,8 @@ class InitialValues(ProgramTest):
     def test_input_too_short_for_an_iv_is_refused(self):
         for size in range(8):
             self.write("in", bytes(size))
-            self.refused("decrypt", "--key", "key", "-o", "out", "in", says=["'in' is too short to begin with an IV", "--iv"])
+            self.refused("decrypt", "--key", "key", "-o", "out", "in",
+                         says=["'in' is too short to begin with an IV", "--iv"])
         self.assertEqual(self.names(), ["in", "key"])
 
 

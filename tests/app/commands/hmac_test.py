@@ -56,7 +56,8 @@ class Keys(HashTest):
         return self.vrx("hmac", "--key", "other", *options, "a")
 
     def test_every_byte_of_the_key_file_matters(self):
-        keys = [b"secret", b"secret\n", b"secret\r\n", b"secret\n\n", b" secret", b"SECRET", b"\0", bytes(33), KEY, KEY.hex().encode()]
+        keys = [b"secret", b"secret\n", b"secret\r\n", b"secret\n\n", b" secret", b"SECRET", b"\0", bytes(33), KEY,
+                KEY.hex().encode()]
         self.assertEqual(len({self.mac(key) for key in keys}), len(keys))
 
     def test_short_keys_are_padded_and_long_ones_hashed(self):
@@ -144,7 +145,8 @@ class Lists(HashTest):
         self.write("list", line)
         self.assertEqual(self.vrx(*HMAC, "--check", "list"), b"a: OK\n")
         self.write("other", KEY[::-1], 0o600)
-        self.refused("hmac", "--key", "other", "--check", "list", code=1, out=b"a: FAILED\n", says="1 MAC did not match")
+        self.refused("hmac", "--key", "other", "--check", "list", code=1, out=b"a: FAILED\n",
+                     says="1 MAC did not match")
         self.refused(*HMAC, "--set", "test", "--check", "list", code=1, out=b"a: FAILED\n", says="1 MAC did not match")
         self.assertEqual(self.run_vrx(*HMAC, "--set", "test", "--check", "--status", "list").err, b"")
         self.write("list", b"nonsense\n" + line)

@@ -40,7 +40,8 @@ class Lists(MacTest):
         self.assertEqual(self.vrx(*MAC, "--iv", "0" * 16, "b"), outputs[0])
 
     def test_names_are_escaped_as_sha256sum_does(self):
-        names = [b"back\\slash", b"line\nend", b"carriage\rreturn", b"\\n", b"plain \xff\xfe bytes", b"[list,of]", b"++"]
+        names = [b"back\\slash", b"line\nend", b"carriage\rreturn", b"\\n", b"plain \xff\xfe bytes", b"[list,of]",
+                 b"++"]
         for name in names:
             self.write(name, b"first")
         listed = self.vrx(*MAC, "--", *names)
@@ -50,7 +51,8 @@ class Lists(MacTest):
         self.write("list", listed)
         done = self.run_vrx(*MAC, "--check", "list")
         self.assertEqual((done.code, done.err), (0, b""))
-        self.assertEqual(done.out.splitlines(), [line[:1].strip(b"0123456789abcdef") + line[18 + line.startswith(b"\\") :] + b": OK"
+        self.assertEqual(done.out.splitlines(),
+                         [line[:1].strip(b"0123456789abcdef") + line[18 + line.startswith(b"\\") :] + b": OK"
                                                  for line in listed.splitlines()])
 
     def test_an_unreadable_file_does_not_stop_the_rest(self):
@@ -139,7 +141,8 @@ class Checks(MacTest):
         self.check(good, 0, "a: OK\n", options=["--ignore-missing"])
         self.check(self.mac["a"] + b"  none\n", 1, "", "nothing was checked", options=["--ignore-missing"])
         os.mkdir(self.path("folder"))
-        self.check(self.mac["a"] + b"  folder\n", 2, "folder: FAILED open or read\n", "cannot read 'folder'", "1 file could",
+        self.check(self.mac["a"] + b"  folder\n", 2, "folder: FAILED open or read\n", "cannot read 'folder'",
+                   "1 file could",
                    options=["--ignore-missing"])
 
     def test_a_failed_check_outranks_a_missing_file(self):

@@ -52,7 +52,8 @@ class Answers(SignatureTest):
         key = bytes(range(32))
         for entry in built_in["cipher_parameter_sets"]:
             out = self.vrx("diversify", "--key", "key", "--ukm", UKM, "--params", entry["short"])
-            self.assertEqual(bytes.fromhex(out.decode()), gost.diversify(tables[entry["sboxes"]], key, bytes.fromhex(UKM)))
+            self.assertEqual(bytes.fromhex(out.decode()),
+                             gost.diversify(tables[entry["sboxes"]], key, bytes.fromhex(UKM)))
 
     def test_the_example_of_rfc_4491_is_read_and_written(self):
         # RFC 4491, section 4.2: the public key of the certificate
@@ -106,7 +107,8 @@ class Answers(SignatureTest):
             self.write("raw", octets.ljust(32, b"\0"), 0o600)
             for form in (octets, octets.ljust(32, b"\0")):
                 write(form)
-                self.assertEqual(self.der_point("p8"), self.vrx("pubkey", "--format", "raw", "--curve", "A", "raw"), size)
+                self.assertEqual(self.der_point("p8"), self.vrx("pubkey", "--format", "raw", "--curve", "A", "raw"),
+                                 size)
         for octets in (b"", b"\0", b"\x01\0", bytes(range(1, 31)) + b"\0", bytes(range(1, 34))):
             write(octets)
             self.refused("pubkey", "p8", says="'p8' is not a private key")
@@ -211,7 +213,8 @@ class RoundTrips(SignatureTest):
         self.pair("a", "A")
         self.vrx("sign", "-k", "a.key", "-o", "sig", "letter")
         key = self.read("a.pub")
-        for same in (key[:-1], key.replace(b"\n", b"\r\n"), b"Anna's key\n" + key + b"---\n", key.replace(b"=", b"=\n\n")):
+        for same in (key[:-1], key.replace(b"\n", b"\r\n"), b"Anna's key\n" + key + b"---\n",
+                     key.replace(b"=", b"=\n\n")):
             self.write("same", same)
             self.valid(key="same")
 
@@ -275,7 +278,8 @@ class OpenSsl(SignatureTest):
                 self.openssl("pkey", "-engine", "gost", "-in", curve + ".key", "-pubout", "-out", "same.pub")
                 self.assertEqual(self.read("same.pub"), self.read(curve + ".pub"))
                 self.vrx("sign", "-k", curve + ".key", "-o", "sig", "letter")
-                self.openssl("dgst", "-engine", "gost", "-md_gost94", "-verify", curve + ".pub", "-signature", "sig", "letter")
+                self.openssl("dgst", "-engine", "gost", "-md_gost94", "-verify", curve + ".pub", "-signature", "sig",
+                             "letter")
 
     def test_agreed_keys_are_the_same(self):
         if self.tool("openssl", "engine", "gost").code != 0:
@@ -284,7 +288,8 @@ class OpenSsl(SignatureTest):
             with self.subTest(curve):
                 self.their_pair(curve)
                 self.pair(curve, curve)
-                self.openssl("pkeyutl", "-engine", "gost", "-derive", "-inkey", "theirs.key", "-peerkey", curve + ".pub",
+                self.openssl("pkeyutl", "-engine", "gost", "-derive", "-inkey", "theirs.key", "-peerkey",
+                             curve + ".pub",
                              "-pkeyopt", "ukmhex:" + UKM, "-out", "shared")
                 self.vrx("agree", "-k", curve + ".key", "-p", "theirs.pub", "--ukm", UKM, "--out", curve + ".shared")
                 self.assertEqual(self.read(curve + ".shared"), self.read("shared"))
@@ -385,7 +390,8 @@ class WrongFiles(SignatureTest):
         q = ORDER["A"]
         for d in (0, q, q + 1, 2**256 - 1):
             self.write("bad", d.to_bytes(32, "little"), 0o600)
-            self.refused("pubkey", "--format", "raw", "--curve", "A", "bad", says="not a valid private key on the curve A")
+            self.refused("pubkey", "--format", "raw", "--curve", "A", "bad",
+                         says="not a valid private key on the curve A")
         p = 2**256 - 617
         for point in (bytes(64), (1).to_bytes(32, "little") * 2, (p + 1).to_bytes(32, "little") + bytes(32)):
             self.write("bad", point)
@@ -423,8 +429,10 @@ class WrongFiles(SignatureTest):
     def test_malformed_signature_files(self):
         good = self.read("sig")
         text = base64.b64encode(good)
-        for bad in (b"", good[:-1], good + b"x", b"00" * 63, b"00" * 65, b"zz" * 64, text[:-1], text[:-4], text + b"AAAA",
-                    text[:-2] + b"A=", text.replace(b"=", b"-"), text + b" " * 2000, self.read("a.pub"), bytes(100_000)):
+        for bad in (b"", good[:-1], good + b"x", b"00" * 63, b"00" * 65, b"zz" * 64, text[:-1], text[:-4],
+                    text + b"AAAA",
+                    text[:-2] + b"A=", text.replace(b"=", b"-"), text + b" " * 2000, self.read("a.pub"),
+                    bytes(100_000)):
             self.write("bad", bad)
             self.refused("verify", "-k", "a.pub", "-S", "bad", "letter", says="'bad' is not a signature")
 

@@ -9,7 +9,8 @@ from program import SANITIZED, ProgramTest, main
 
 SVG = "{http://www.w3.org/2000/svg}"
 ROWS = ["ss, encrypt", "ss, decrypt", "gamm, both ways", "gamm, key meshing", "gfb, encrypt", "gfb, decrypt",
-        "gfb, encrypt, key meshing", "gfb, decrypt, key meshing", "cbc, encrypt", "cbc, decrypt", "MAC", "GOST R 34.11-94",
+        "gfb, encrypt, key meshing", "gfb, decrypt, key meshing", "cbc, encrypt", "cbc, decrypt", "MAC",
+        "GOST R 34.11-94",
         "HMAC GOST R 34.11-94", "SHA-1", "sign, curve A", "verify, curve A", "sign, curve B", "verify, curve B",
         "sign, curve C", "verify, curve C", "sign, curve Test", "verify, curve Test", "new key pair, curve A",
         "key agreement, curve A", "PBKDF2, iterations", "key diversification", "S-boxes expanded into a table"]
@@ -51,7 +52,8 @@ class Speed(ProgramTest):
 
     def test_wrong_use(self):
         for text in ("0", "0.0", "-1", "x", "1.25", "1.", "", "3601", "1e3"):
-            self.refused("speed", "--seconds=" + text, says=["--seconds takes a number from 0.1 to 3600", f"not '{text}'"])
+            self.refused("speed", "--seconds=" + text,
+                         says=["--seconds takes a number from 0.1 to 3600", f"not '{text}'"])
         os.mkdir(self.path("folder"))
         self.refused("speed", "--seconds", "3600", "--plot", "folder", says="cannot write 'folder'")
         self.refused("speed", "--seconds", "0.1", "--plot", "folder", says=["cannot write 'folder'", "name a file"])

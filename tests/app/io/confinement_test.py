@@ -12,7 +12,8 @@ IV = "0011223344556677"
 class Confinement(ProgramTest):
     def secrets(self):
         text = self.vrx("help", "secrets").decode()
-        return dict(line.split(maxsplit=1) if not line.startswith("  system") else ("system", line.split("calls")[1].strip())
+        return dict(line.split(maxsplit=1) if not line.startswith("  system") else ("system",
+                                                                                    line.split("calls")[1].strip())
                     for line in text.partition("On this machine:\n\n")[2].splitlines())
 
     def test_a_command_that_waits_for_input_is_confined(self):
@@ -20,7 +21,8 @@ class Confinement(ProgramTest):
         if "(seccomp)" not in self.secrets()["system"]:
             self.skipTest("the kernel has no seccomp")
         before = self.status_of(self.waiting(["cat"], program_name="/bin/cat"), "Seccomp_filters")
-        for command in (["hash"], ["inspect"], ["encrypt", "-k", "key", "-o", "out"], ["mac", "-k", "key"], ["sha1", "--check"],
+        for command in (["hash"], ["inspect"], ["encrypt", "-k", "key", "-o", "out"], ["mac", "-k", "key"],
+                        ["sha1", "--check"],
                         ["pubkey"], ["decrypt", "-k", "key"]):
             process = self.waiting(command)
             self.assertEqual(self.status_of(process, "Seccomp"), 2, command)
@@ -31,7 +33,8 @@ class Confinement(ProgramTest):
         if program_name == PROGRAM:
             process = self.start(*command, stdin=subprocess.PIPE)
         else:
-            process = subprocess.Popen([program_name], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            process = subprocess.Popen([program_name], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                       stderr=subprocess.PIPE)
             self.addCleanup(self.stop, process)
         self.wait_for_input(process)
         return process
@@ -41,7 +44,8 @@ class OlderKernels(ProgramTest):
     """Runs every kind of command on kernels that do not support parts of the confinement."""
 
     def run_on(self, features, *arguments, **options):
-        done = subprocess.run([KERNEL_WITHOUT, features, PROGRAM, *arguments], cwd=self.folder, capture_output=True, check=False,
+        done = subprocess.run([KERNEL_WITHOUT, features, PROGRAM, *arguments], cwd=self.folder, capture_output=True,
+                              check=False,
                               timeout=60, **options)
         if done.returncode == 77:
             self.skipTest("no filter of system calls may be set here")
@@ -52,8 +56,10 @@ class OlderKernels(ProgramTest):
         self.vrx("encrypt", "-k", "key", "--iv", IV, "-o", "right", "in")
         for features in ("l", "s", "m", "lsm"):
             for command in (["encrypt", "-k", "key", "--iv", IV, "-o", "secret", "in"],
-                            ["keypair", "--curve", "A", "--out", features + ".pem"], ["pubkey", "-o", "pub", features + ".pem"],
-                            ["sign", "-k", features + ".pem", "-o", "sig", "in"], ["verify", "-k", "pub", "-S", "sig", "in"],
+                            ["keypair", "--curve", "A", "--out", features + ".pem"],
+                            ["pubkey", "-o", "pub", features + ".pem"],
+                            ["sign", "-k", features + ".pem", "-o", "sig", "in"],
+                            ["verify", "-k", "pub", "-S", "sig", "in"],
                             ["inspect", "pub"], ["hash", "-o", "list", "in"], ["hash", "--check", "list"],
                             ["keygen", "--out", features + ".key"], ["mac", "-k", features + ".key", "in"]):
                 done = self.run_on(features, *command)
@@ -61,10 +67,12 @@ class OlderKernels(ProgramTest):
             self.assertEqual(self.read("secret"), self.read("right"))
 
     def test_the_help_says_what_is_missing(self):
-        for features, says in (("l", b"the kernel has no Landlock"), ("s", b"the kernel has no seccomp"), ("m", b"in locked memory")):
+        for features, says in (("l", b"the kernel has no Landlock"), ("s", b"the kernel has no seccomp"),
+                               ("m", b"in locked memory")):
             text = self.run_on(features, "help", "secrets").stdout
             self.assertIn(says, text)
-            self.assertEqual(text.partition(b"On this machine:")[0], self.vrx("help", "secrets").partition(b"On this machine:")[0])
+            self.assertEqual(text.partition(b"On this machine:")[0],
+                             self.vrx("help", "secrets").partition(b"On this machine:")[0])
 
 
 if __name__ == "__main__":

@@ -108,7 +108,8 @@ class Outputs(ProgramTest):
 
     def test_closed_standard_streams(self):
         for close, says in (("<&-", b"cannot read standard input"), (">&-", b"cannot write standard output")):
-            done = subprocess.run(["bash", "-c", f'echo text | "$0" encrypt --key key {close}', PROGRAM], cwd=self.folder,
+            done = subprocess.run(["bash", "-c", f'echo text | "$0" encrypt --key key {close}', PROGRAM],
+                                  cwd=self.folder,
                                   capture_output=True, check=False)
             self.assertEqual(done.returncode, 2)
             self.assertIn(says, done.stderr)
@@ -180,7 +181,8 @@ class Disks(ProgramTest):
     def test_a_full_disk(self):
         disk = self.path("disk")
         os.mkdir(disk)
-        if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=1m", "none", disk], capture_output=True, check=False).returncode:
+        if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=1m", "none", disk], capture_output=True,
+                          check=False).returncode:
             self.skipTest("this system lets nobody mount")
         self.addCleanup(subprocess.run, ["umount", disk], check=False)
         self.write("disk/out", b"before")
@@ -260,7 +262,8 @@ class HostileFolders(ProgramTest):
         self.write("secret", b"secret", 0o600)
         os.symlink("secret", self.path("link"))
         os.chown(self.path("link"), NOBODY, NOBODY, follow_symlinks=False)
-        self.refused("hash", "-o", "link", "in", says=["'link' is a symbolic link of another user", "name the file itself"])
+        self.refused("hash", "-o", "link", "in",
+                     says=["'link' is a symbolic link of another user", "name the file itself"])
         self.assertEqual(self.read("secret"), b"secret")
 
     def test_links_to_links_and_loops(self):

@@ -84,7 +84,8 @@ class AtAnyMoment(ProgramTest):
         self.expect_whole_or_absent(["keygen", "--out", "out"], self.good_key)
 
     def test_a_killed_derivation(self):
-        process = self.start("derive", "--kdf", "pbkdf2", "--salt", 8 * "5a", "--iterations", "10000", "--password-fd", "0",
+        process = self.start("derive", "--kdf", "pbkdf2", "--salt", 8 * "5a", "--iterations", "10000", "--password-fd",
+                             "0",
                              "--out", "out", stdin=-1)
         # At this point, the program has opened its output and waits for the password.
         self.wait_for_input(process)
@@ -195,7 +196,8 @@ class ChangingFiles(ProgramTest):
 
 
 class Places(ProgramTest):
-    COMMANDS = [[*ENCRYPT, "-o"], ["mac", "--key", "key", "-o"], ["pubkey", "pem", "-o"], ["sign", "--key", "pem", "-o"],
+    COMMANDS = [[*ENCRYPT, "-o"], ["mac", "--key", "key", "-o"], ["pubkey", "pem", "-o"],
+                ["sign", "--key", "pem", "-o"],
                 ["keygen", "--out"], ["keypair", "--curve", "A", "--out"],
                 ["agree", "--key", "pem", "--peer", "pub", "--ukm", IV, "--out"]]
     PRIVATE = ("keygen", "keypair", "agree")
@@ -224,7 +226,8 @@ class Places(ProgramTest):
         os.chmod(self.path("folder"), 0o555)
         self.addCleanup(os.chmod, self.path("folder"), 0o755)
         for command in self.COMMANDS:
-            self.refused(*command, "folder/new", *self.input_of(command), says=["cannot create", "check the permissions"],
+            self.refused(*command, "folder/new", *self.input_of(command),
+                         says=["cannot create", "check the permissions"],
                          **user)
             if command[0] not in self.PRIVATE:
                 self.refused(*command, "folder/old", *self.input_of(command), says="cannot create", **user)

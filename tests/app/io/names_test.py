@@ -4,7 +4,8 @@ import os
 
 from program import ProgramTest, main
 
-HOSTILE = ["\x1b[2Jgone", "\x1b]0;title\x07", "bell\x07", "back\b\bspace", "\u009b2J", "gpj\u202eexe", "\u2066isolate\u2069",
+HOSTILE = ["\x1b[2Jgone", "\x1b]0;title\x07", "bell\x07", "back\b\bspace", "\u009b2J", "gpj\u202eexe",
+           "\u2066isolate\u2069",
            "zero\u200bwidth", "\ufeffmark", "line\u2028separator", "soft\u00adhyphen", "tag\U000e0041", "\x7f"]
 RAW = [b"c1\x9b2J", b"\x85"]
 

@@ -20,7 +20,8 @@ UKM = "0102030405060708"
 def element(tag, *parts):
     content = b"".join(parts)
     size = len(content)
-    length = bytes([size]) if size < 128 else bytes([0x81, size]) if size < 256 else bytes([0x82]) + size.to_bytes(2, "big")
+    length = bytes([size]) if size < 128 else bytes([0x81,
+                                                     size]) if size < 256 else bytes([0x82]) + size.to_bytes(2, "big")
     return bytes([tag]) + length + content
 
 
@@ -33,7 +34,8 @@ def identifier(text):
 
 
 PBES2, PBKDF2 = identifier("2a864886f70d01050d"), identifier("2a864886f70d01050c")
-HMAC_GOST, CIPHER_GOST, CRYPTOPRO_A = identifier("2a850302020a"), identifier("2a8503020215"), identifier("2a850302021f01")
+HMAC_GOST, CIPHER_GOST = identifier("2a850302020a"), identifier("2a8503020215")
+CRYPTOPRO_A = identifier("2a850302021f01")
 HMAC_SHA1 = identifier("2a864886f70d0207")
 
 
@@ -59,7 +61,8 @@ class Encrypted(SignatureTest):
     def known(self):
         """The known answer, as the fields of a file, with the key in it."""
         for answer in kat.answers("gostr3411/pbes2.kat"):
-            fields = [answer.octets("salt"), int(answer.pop("iterations")), answer.octets("iv"), answer.octets("ciphertext")]
+            fields = [answer.octets("salt"), int(answer.pop("iterations")), answer.octets("iv"),
+                      answer.octets("ciphertext")]
             self.write("theirs", answer.octets("password"), 0o600)
             return fields, answer.octets("plaintext")
         return self.fail("no known answer")
@@ -112,7 +115,8 @@ class Signatures(Encrypted):
         before = self.names()
         for command in (["sign", "-k", "locked", "-o", "new", "letter"], ["pubkey", "-o", "new", "locked"]):
             self.refused(*command, *wrong, says="the password does not open 'locked'; type it again")
-        for command in (["encrypt", "-k", "cipher", "-o", "new", "letter"], ["mac", "-k", "cipher", "-o", "new", "letter"],
+        for command in (["encrypt", "-k", "cipher", "-o", "new", "letter"],
+                        ["mac", "-k", "cipher", "-o", "new", "letter"],
                         ["diversify", "-k", "cipher", "--ukm", UKM, "-o", "new"], ["hmac", "-k", "cipher", "letter"]):
             self.refused(*command, *wrong, says="the password does not open 'cipher'; type it again")
         self.assertEqual(self.names(), before)
@@ -126,19 +130,24 @@ class Signatures(Encrypted):
                    encrypted(*fields, sbox=identifier("2a850302021f09"))]
         damaged = [encrypted(salt, 0, iv, ciphertext), encrypted(salt, iterations, iv[:7], ciphertext),
                    encrypted(b"", iterations, iv, ciphertext), encrypted(salt, iterations, iv, b""),
-                   encrypted(*fields, length=integer(16)), encrypted(*fields, null=b"\5\1\0"), element(0x30, whole[3:], b"\5\0"),
+                   encrypted(*fields, length=integer(16)), encrypted(*fields, null=b"\5\1\0"),
+                   element(0x30, whole[3:], b"\5\0"),
                    encrypted(salt, -1, iv, ciphertext), element(0x30, element(0x30), element(4, ciphertext))]
-        for contents, says in ((unknown, "uses an unsupported encryption"), (damaged, "is an encrypted key, but damaged")):
+        for contents, says in ((unknown, "uses an unsupported encryption"),
+                               (damaged, "is an encrypted key, but damaged")):
             for content in contents:
                 for written in (self.pem("ENCRYPTED PRIVATE KEY", content), content):
                     self.write("locked", written, 0o600)
-                    for command in (["pubkey", "locked"], ["sign", "-k", "locked", "letter"], ["mac", "-k", "locked", "letter"],
+                    for command in (["pubkey", "locked"], ["sign", "-k", "locked", "letter"],
+                                    ["mac", "-k", "locked", "letter"],
                                     ["encrypt", "-k", "locked", "letter"], ["hmac", "-k", "locked", "letter"]):
                         self.refused(*command, "--password-file", "theirs", says="'locked' " + says)
                 done = self.run_vrx("inspect", "locked")
                 self.assertEqual((done.code, done.err), (1, b"") if contents is damaged else (0, b""))
-                self.assertIn(b"an encrypted key in DER, but damaged" if contents is damaged else b"not supported", done.out)
-        for number, shown in ((2_000_000_000, "2000000000"), (10_000_001, "10000001"), (1 << 31, "more than 2147483647"),
+                self.assertIn(b"an encrypted key in DER, but damaged" if contents is damaged else b"not supported",
+                              done.out)
+        for number, shown in ((2_000_000_000, "2000000000"), (10_000_001, "10000001"),
+                              (1 << 31, "more than 2147483647"),
                               (1 << 70, "more than 2147483647")):
             self.write("locked", encrypted(salt, number, iv, ciphertext), 0o600)
             self.refused("pubkey", "--password-file", "theirs", "locked",
@@ -147,35 +156,43 @@ class Signatures(Encrypted):
         for size in range(len(whole)):
             self.write("locked", whole[:size], 0o600)
             self.refused("pubkey", "--password-file", "theirs", "locked", says="'locked' ")
-        self.refused("mac", "-k", "locked", "letter", says="holds more than 66 bytes; a key is 32 bytes, 64 hexadecimal digits "
-                                                           "with an optional newline, or an encrypted key in PEM or DER")
+        self.refused("mac", "-k", "locked", "letter",
+                     says="holds more than 66 bytes; a key is 32 bytes, 64 hexadecimal digits "
+                          "with an optional newline, or an encrypted key in PEM or DER")
 
     def test_keys_for_another_purpose_are_refused(self):
         self.make("keypair", "--curve", "A", "--out", "pair")
         self.make("keygen", "--out", "cipher")
         options = ["--password-file", "password"]
-        self.refused("mac", "-k", "pair", *options, "letter", says="'pair' holds an encrypted key that is not of the cipher")
-        self.refused("hmac", "-k", "pair", *options, "letter", says="'pair' holds an encrypted key that is not of the cipher")
+        self.refused("mac", "-k", "pair", *options, "letter",
+                     says="'pair' holds an encrypted key that is not of the cipher")
+        self.refused("hmac", "-k", "pair", *options, "letter",
+                     says="'pair' holds an encrypted key that is not of the cipher")
         self.refused("sign", "-k", "cipher", *options, "letter", says="'cipher' is not a private key")
-        self.refused("verify", "-k", "pair", "-S", "letter", "letter", says="holds an encrypted private key where a public one")
+        self.refused("verify", "-k", "pair", "-S", "letter", "letter",
+                     says="holds an encrypted private key where a public one")
 
     def test_wrong_use(self):
-        for command, says in ((["keypair", "--curve", "A", "--format", "raw", "--password"], "a raw key cannot be encrypted"),
+        for command, says in ((["keypair", "--curve", "A", "--format", "raw", "--password"],
+                               "a raw key cannot be encrypted"),
                               (["keygen", "--hex", "--password"], "--hex and --password exclude each other"),
                               (["keygen", "--iterations", "7"], "--iterations belongs to --password"),
-                              (["keygen", "--password", "-n", "0"], "--iterations takes a number from 1 to 10000000, not '0'"),
+                              (["keygen", "--password", "-n", "0"],
+                               "--iterations takes a number from 1 to 10000000, not '0'"),
                               (["keygen", "--password-file", "a", "--password-fd", "3"], "exclude each other")):
             self.refused(*command, "--out", "new", says=says)
         for command in (["sign", "-k", "k"], ["mac", "-k", "k", "-"], ["hmac", "-k", "k", "-"], ["encrypt", "-k", "k"],
                         ["pubkey"], ["diversify", "-k", "-", "--ukm", UKM]):
             for source in (["--password-file", "-"], ["--password-fd", "0"]):
-                self.refused(*command, *source, says="standard input cannot be both the password and the input of the command")
+                self.refused(*command, *source,
+                             says="standard input cannot be both the password and the input of the command")
 
 
 class Passwords(Encrypted):
     """What a file or descriptor may hold as a password."""
 
-    CONTENTS = [b"x", b"x\n", b"x\r\n", b"a\0b\n", b"\0", b"\xff\xfe\x80\n", "пароль\n".encode(), b" x \n", b"x\r", b"y" * (1 << 20)]
+    CONTENTS = [b"x", b"x\n", b"x\r\n", b"a\0b\n", b"\0", b"\xff\xfe\x80\n", "пароль\n".encode(), b" x \n", b"x\r",
+                b"y" * (1 << 20)]
 
     def test_every_content_opens_what_it_locked_and_nothing_else(self):
         passwords = {}
@@ -206,10 +223,12 @@ class Passwords(Encrypted):
 
     def test_contents_that_are_refused(self):
         self.make("keygen", "--out", "locked")
-        for command in (["keygen", "--out", "new"], ["keypair", "--curve", "A", "--out", "new"], ["mac", "-k", "locked", "letter"]):
+        for command in (["keygen", "--out", "new"], ["keypair", "--curve", "A", "--out", "new"],
+                        ["mac", "-k", "locked", "letter"]):
             for content in (b"two\nlines", b"line\n\n"):
                 self.write("two", content, 0o600)
-                self.refused(*command, "--password-file", "two", says="'two' holds more than one line; a password is one line")
+                self.refused(*command, "--password-file", "two",
+                             says="'two' holds more than one line; a password is one line")
             self.refused(*command, "--password-file", "/dev/zero", says="'/dev/zero' holds more than 16 MiB")
             self.refused(*command, "--password-file", ".", says="cannot read '.'")
             self.refused(*command, "--password-file", "none", says="cannot open 'none'")
@@ -242,7 +261,8 @@ class Ciphers(Encrypted):
         # Makes a key file with the password, salt and IV of the known answer. The program itself encrypts the key in
         # cipher feedback mode.
         plain = element(0x30, integer(0), element(0x30, CIPHER_GOST), element(4, bytes(range(32))))
-        key = self.vrx("derive", "--kdf", "pbkdf2", "--salt", fields[0].hex(), "--iterations", "600000", "--password-file",
+        key = self.vrx("derive", "--kdf", "pbkdf2", "--salt", fields[0].hex(), "--iterations", "600000",
+                       "--password-file",
                        "theirs", "--raw")
         self.write("derived", key, 0o600)
         self.write("info", plain)
@@ -334,7 +354,8 @@ class Engine(Encrypted):
         for content in (b"x", "пароль".encode(), b"\xff\xfe", b" x ", b"y" * 1000):
             self.write("password", content + b"\n", 0o600)
             self.make("keypair", "--curve", "B", "--out", "locked")
-            self.openssl("pkey", "-engine", "gost", "-in", "locked", "-passin", "file:password", "-pubout", "-out", "pub")
+            self.openssl("pkey", "-engine", "gost", "-in", "locked", "-passin", "file:password", "-pubout", "-out",
+                         "pub")
             self.assertEqual(self.read("pub"), self.vrx("pubkey", "--password-file", "password", "locked"))
             self.openssl("pkey", "-engine", "gost", "-in", "locked", "-passin", "file:password", "-out", "plain")
             os.chmod(self.path("plain"), 0o600)
@@ -343,8 +364,10 @@ class Engine(Encrypted):
 
     def test_its_wrong_passwords_and_other_ciphers_are_refused(self):
         self.vrx("keypair", "--curve", "A", "--out", "plain")
-        for more, password, says in ((["-v2", "gost89", "-v2prf", "id-HMACGostR3411-94"], "wrong", "the password does not open 'locked'"),
-                                     (["-v2", "gost89", "-v2prf", "hmacWithSHA256"], "password", "uses an unsupported encryption"),
+        for more, password, says in ((["-v2", "gost89", "-v2prf", "id-HMACGostR3411-94"], "wrong",
+                                      "the password does not open 'locked'"),
+                                     (["-v2", "gost89", "-v2prf", "hmacWithSHA256"], "password",
+                                      "uses an unsupported encryption"),
                                      (["-v2", "aes-256-cbc"], "password", "uses an unsupported encryption"),
                                      (["-v1", "PBE-SHA1-3DES"], "password", "uses an unsupported encryption")):
             for form in ("PEM", "DER"):
@@ -356,7 +379,8 @@ class Engine(Encrypted):
     def test_what_it_writes_is_read_here(self):
         self.vrx("keypair", "--curve", "A", "--out", "plain")
         for form in ("PEM", "DER"):
-            self.openssl("pkcs8", "-engine", "gost", "-topk8", "-v2", "gost89", "-v2prf", "id-HMACGostR3411-94", "-iter", "5000", "-in", "plain", "-passout",
+            self.openssl("pkcs8", "-engine", "gost", "-topk8", "-v2", "gost89", "-v2prf", "id-HMACGostR3411-94",
+                         "-iter", "5000", "-in", "plain", "-passout",
                          "file:password", "-outform", form, "-out", "locked")
             os.chmod(self.path("locked"), 0o600)
             self.assertEqual(self.vrx("pubkey", "--password-file", "password", "locked"), self.vrx("pubkey", "plain"))

@@ -50,8 +50,10 @@ class Memory(ProgramTest):
         self.write("raw", key, 0o600)
         self.write("digits", key.hex().encode() + b"\n", 0o600)
         self.write("in", bytes(5000))
-        for file, secrets in (("raw", {"the key": key}), ("digits", {"the key": key, "its digits": key.hex().encode()})):
-            for command in (["encrypt", "--key", file, "-o", "out", "in"], ["decrypt", "--key", file, "-o", "out", "in"],
+        for file, secrets in (("raw", {"the key": key}),
+                              ("digits", {"the key": key, "its digits": key.hex().encode()})):
+            for command in (["encrypt", "--key", file, "-o", "out", "in"],
+                            ["decrypt", "--key", file, "-o", "out", "in"],
                             ["mac", "--key", file, "in"]):
                 self.check(self.traced(*command), secrets)
         self.check(self.traced("hmac", "--key", "raw", "in"), {"the key": key})
@@ -110,8 +112,8 @@ class Memory(ProgramTest):
 
         done = self.run_vrx("keygen", "--out", "new", preexec_fn=limit)
         self.assertEqual((done.code, done.out), (0, b""))
-        self.assertEqual(done.err, b"vrx: warning: the memory of secrets cannot be locked and may be swapped out; raise the limit "
-                                   b"with ulimit -l\n")
+        self.assertEqual(done.err, b"vrx: warning: the memory of secrets cannot be locked and may be swapped out; "
+                                   b"raise the limit with ulimit -l\n")
 
     def test_a_new_key(self):
         memory = self.traced("keygen", "--out", "new")
