@@ -23,7 +23,7 @@ OPERATORS = {
 }
 TRUTHS = {"true": "false", "false": "true"}
 
-# Evaluated at compile time, or instructions for the compiler.
+# Code that is evaluated at compile time, and instructions for the compiler.
 NOT_CHANGED = {"static_assert", "asm", "alignas", "__attribute__", "requires"}
 BRACKETS = {"(": ")", "[": "]", "{": "}", "[[": "]]"}
 
@@ -69,7 +69,7 @@ def closing(texts):
             open_places.append(place)
         elif open_places and text == BRACKETS[texts[open_places[-1]]]:
             pairs[open_places.pop()] = place
-        elif text == "]]" and len(open_places) > 1:  # two adjacent brackets: a[b[i]]
+        elif text == "]]" and len(open_places) > 1:  # a token of two closing brackets, as in a[b[i]]
             pairs[open_places.pop()] = pairs[open_places.pop()] = place
     return pairs
 

@@ -126,7 +126,7 @@ class Switches(unittest.TestCase):
     def test_a_switched_change_has_the_effect_of_the_change(self):
         numbered = dict(enumerate(changes(self.SOURCE), 1))
         text, done = switched(self.SOURCE, numbered, HEADER)
-        # The order of evaluation, and what stands between the parentheses of a loop, are changed one by one.
+        # Changes of the order of evaluation, and changes between the parentheses of a loop, are tested one by one.
         self.assertEqual({str(numbered[number]) for number in numbered.keys() - done},
                          {"&& -> ||", "i-- != 0; removed"})
         with tempfile.TemporaryDirectory() as folder:
@@ -199,7 +199,7 @@ class Together(unittest.TestCase):
             caught = [(change.line(self.SOURCE), str(change), str(run))
                       for _, change, run in shop.judge_together([("a.cpp", change) for change in found])]
             self.assertEqual(Path(folder, "a.cpp").read_text(), self.SOURCE)
-        # Not those on line 3, which did not compile, nor the one that cannot be switched.
+        # Not the changes on line 3, which did not compile, nor the change that cannot be switched.
         self.assertEqual(caught, [(2, "< -> <=", "second"), (4, "!= -> ==", "first")])
         self.assertEqual(shop.compiled, 3)  # the first program twice
 

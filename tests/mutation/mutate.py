@@ -122,7 +122,7 @@ def main():
         finally:
             shops[0].stop()
 
-    # What was not caught so, one by one.
+    # The changes that were not caught in this way are tested one by one.
     rest = queue.Queue()
     for item in work:
         rest.put(item)

@@ -1,5 +1,5 @@
-// Changes of the code that the environment variable VRX_MUTANT switches on by number. Included by sources that
-// switches.py has rewritten. Constant expressions keep their values.
+// Changes of the code that the environment variable VRX_MUTANT switches on by number. Sources that switches.py has
+// rewritten include this header. The values of constant expressions do not change.
 #ifndef VRX_TESTS_MUTATION_SWITCHES_HPP
 #define VRX_TESTS_MUTATION_SWITCHES_HPP
 
@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <type_traits>
 
-// A constant converts to a smaller type without a warning; what is switched is none.
+// A constant is converted to a smaller type without a warning, but a switched value is not a constant.
 #pragma GCC diagnostic ignored "-Wnarrowing"
 
 namespace vrx_mutant {
@@ -36,7 +36,7 @@ inline const bool marks_are_shared = [] {
     return shared != MAP_FAILED;
 }();
 
-// Always inlined: a caller may be compiled for other CPU features, and pass vectors in other registers.
+// Always inlined, because a caller may be compiled for other CPU features and pass vectors in other registers.
 #define VRX_INLINE [[gnu::always_inline]] constexpr inline
 
 VRX_INLINE bool on(int number) {
@@ -54,7 +54,7 @@ VRX_INLINE T constant(T value, int a, A with_a, int b, B with_b) {
     return on(a) ? static_cast<T>(with_a) : on(b) ? static_cast<T>(with_b) : value;
 }
 
-/** Not{n} ^ x is !x, or x. */
+/** Not{n} ^ x is !x, or x if change n is switched on. */
 struct Not {
     int number;
 };
@@ -63,7 +63,8 @@ VRX_INLINE bool operator^(Not change, const T& value) {
     return on(change.number) == static_cast<bool>(value);
 }
 
-// "a < Less{n} < b" is a < b, or a <= b. The operators of all these rows are left-associative.
+// "a < Less{n} < b" is a < b, or a <= b if change n is switched on. The operators in all these rows are
+// left-associative.
 #define VRX_BINARY(Name, op, other)                                                                                 \
     struct Name {                                                                                                   \
         int number;                                                                                                 \
@@ -103,7 +104,7 @@ VRX_BINARY(And, &, |)
 VRX_BINARY(Or, |, &)
 VRX_BINARY(Xor, ^, |)
 
-// "a += PlusTo{n} += b" is a += b, or a -= b. The operators are right-associative.
+// "a += PlusTo{n} += b" is a += b, or a -= b if change n is switched on. The operators are right-associative.
 #define VRX_ASSIGNMENT(Name, op, other)                               \
     struct Name {                                                     \
         int number;                                                   \

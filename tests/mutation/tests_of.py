@@ -4,7 +4,7 @@ from dataclasses import dataclass
 from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parents[2]
-# What is changed: the library, the program with its internal library, and the C++ interface.
+# The code that is changed: the library, the program with its internal library, and the C++ interface.
 SCOPES = ("src", "app", "documents", "include/vrx/cxx")
 WITHOUT_SANITIZERS = {"bigdigits_wipe_O2", "faults_library"}
 
@@ -58,13 +58,13 @@ NUMBERS = runs("bigdigits_arithmetic", "bigdigits_modular", "bigdigits_prime", "
 CURVE_ENGINES = runs("ecc_field", "ecc_builtin") + \
     runs("ecc", engines=(*engines_of("curve"), "none", "plain_lanes"), filter="-*wiping*")
 CURVES = CURVE_ENGINES + runs("ecc_sign", "ecc_toy") + runs("ecc_model", engines=("", "none"))
-# What reaches every part of the program.
+# These runs use every part of the program.
 PROGRAM = scripts("usage", "transcripts", "commands/encrypt", "commands/digest", "commands/signature", "manual",
                   "io/files:Outputs")
 LISTS = scripts("commands/digest", "commands/mac", "commands/hmac")
 DOCUMENTS = runs("der") + scripts("commands/certificate", "commands/inspect", "commands/signature", "transcripts")
 
-# The runs for each folder, or for the files whose names begin so; of several rows that match, the longest counts.
+# The runs for each folder, or for the files whose paths begin with the key. If several keys match, the longest is used.
 # "engines" tests the features that each engine needs.
 TESTS = {
     "src/frame": runs("frame", "log", "engines", "variants", "engine", "sha1", "bigdigits_convert", "gostr3411",

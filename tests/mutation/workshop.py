@@ -57,8 +57,8 @@ class Workshop:
         self.jobs = 2  # parallel compiler jobs
         self.sanitize = sanitize
         self.programs = {}
-        self.users = collections.defaultdict(set)  # of a source: the objects that include it
-        self.seconds = {}  # of a run without changes, or with none switched on: CPU time and duration
+        self.users = collections.defaultdict(set)  # maps a source to the objects that include it
+        self.seconds = {}  # the CPU time and duration of a run without changes, or with none switched on
         self.reached = {}  # of a run: the numbers of the changes whose code runs
         self.caught = collections.Counter()  # by (file, run)
         self.process = None  # of the run

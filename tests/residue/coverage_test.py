@@ -8,7 +8,7 @@ import unittest
 
 PROBES, EXPORTS = sys.argv[1:3]
 
-# Reason -> functions, as patterns of whole names.
+# Maps a reason to functions, given as patterns of whole names.
 NOT_PROBED = {
     "texts, the log, and facts about the library":
         "vrx_set_log_file vrx_copyright_notice bigdigits_copyright_notice mpVersion mpFail ciph_mode_by_name",

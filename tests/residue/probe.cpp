@@ -20,7 +20,7 @@ constexpr std::size_t stack_size = 1 << 18;
 constexpr std::size_t xsave_size = 4096;
 constexpr std::uint8_t paint = 0xA5;
 
-/** The data of the assembly below, which uses these offsets. */
+/** The data of the assembly below. The assembly uses these offsets. */
 struct alignas(64) Snapshot {
     std::uint64_t general[9] = {};                      // rax, rcx, rdx, rsi, rdi, r8 to r11
     std::uint32_t process = 0;                          // 72
@@ -122,7 +122,7 @@ void run(const Probe& p, Arena& arena, unsigned which, bool with_signal, Run& re
     result.published = arena.published();
 }
 
-/** All 4-byte words in the results, at any offset. */
+/** Returns all 4-byte words in the results, at every offset. */
 std::unordered_set<std::uint32_t> words_of(const Run& a) {
     std::unordered_set<std::uint32_t> words;
     for (std::size_t i = 0; i + 4 <= a.published.size(); ++i) {
@@ -138,7 +138,7 @@ struct Component {
     std::size_t offset, size;
 };
 
-/** The offsets at which XSAVE stores vector and mask registers. */
+/** Returns the offsets at which XSAVE stores the vector and mask registers. */
 std::vector<Component> vector_components() {
     std::vector<Component> all = {{160, 256}};
     for (const unsigned number : {2U, 5U, 6U, 7U}) {
@@ -154,7 +154,7 @@ std::vector<Component> vector_components() {
 
 /**
  * Finds the words that differ between runs with different secrets. Ignores words that also differ between two runs with
- * the same secrets, and words that equal a part of a public result.
+ * the same secrets, and words that are equal to a part of a public result.
  */
 class Difference {
 public:

@@ -1,5 +1,5 @@
 // Finds the residue of a call. The call runs twice on the same painted stack with different secrets. The residue is the
-// set of words that then differ, below the caller's frame and in caller-saved registers.
+// set of words that differ afterwards below the caller's frame and in caller-saved registers.
 #ifndef VRX_TESTS_RESIDUE_PROBE_HPP
 #define VRX_TESTS_RESIDUE_PROBE_HPP
 
@@ -22,7 +22,7 @@ public:
     Arena& operator=(const Arena&) = delete;
     ~Arena();
 
-    /** Begins a run. Equal sequences of requests get equal addresses. Secret contents depend on `which`. */
+    /** Begins a run. Equal sequences of requests yield equal addresses. Secret contents depend on `which`. */
     void begin(unsigned which);
 
     template <typename T = std::uint8_t>
@@ -33,14 +33,14 @@ public:
     T* open(std::size_t count = 1) {
         return fill<T>(count, false);
     }
-    /** A public result. Words that equal a part of it are not residue. */
+    /** Memory for a public result. Words that are equal to a part of this result are not residue. */
     template <typename T = std::uint8_t>
     T* result(std::size_t count = 1) {
         T* const place = cleared<T>(count);
         publish(place, count * sizeof(T));
         return place;
     }
-    /** A result that is a secret itself, or scratch. */
+    /** Memory for a result that is itself secret, or for temporary data. */
     template <typename T = std::uint8_t>
     T* cleared(std::size_t count = 1) {
         return static_cast<T*>(room(count * sizeof(T)));
@@ -81,7 +81,7 @@ using Body = std::function<void()>;
 struct Probe {
     std::string name;  // function/what/size
     std::function<Body(Arena&)> prepare;
-    /** True if residue in registers counts, too. */
+    /** True if secrets in registers are also residue. */
     bool registers = true;
 };
 
@@ -91,8 +91,8 @@ struct Residue {
     std::size_t used = 0;     // bytes of stack that the call wrote to
     std::size_t vectors = 0;  // words of 4 bytes in vector and mask registers
     std::size_t general = 0;  // caller-saved general registers
-    std::size_t signal = 0;   // words of 4 bytes in the frame of a signal right after the call
-    bool x87 = false;         // the call changed its state
+    std::size_t signal = 0;   // words of 4 bytes in the frame of a signal that arrives right after the call
+    bool x87 = false;         // true if the call changed its state
 
     [[nodiscard]] bool in_registers() const { return vectors != 0 || general != 0 || signal != 0 || x87; }
     [[nodiscard]] bool clean() const { return stack == 0 && !in_registers(); }

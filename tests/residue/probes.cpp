@@ -30,7 +30,7 @@ void seed_random(Arena& a) {
 
 vrx_data* data_of(Arena& a, std::uint8_t* bytes, std::uint32_t size) { return a.value(vrx_data{size, bytes}); }
 
-/** Three tables: a built-in one, a custom one made from S-boxes, and one that no S-boxes produce. */
+/** Three tables: a built-in table, a custom table made from S-boxes, and a table that no S-boxes produce. */
 const vrx_tz* tables(unsigned kind) {
     static const vrx_tz copy = TZ_28147_89[1];
     static const vrx_tz strange = [] {
@@ -459,7 +459,7 @@ void add_curves(Table& t) {
             return [=] { epMult(r, &set->G, k, set); };
         });
     }
-    // A point may be secret, as that of an agreement is.
+    // A point may be secret, for example the shared point of an agreement.
     const auto point = [&](const char* name, auto call) {
         t.add(name, [=](Arena& a) -> Body {
             const EcParamSet* const set = get_GOSTR3410_par(1);
@@ -490,7 +490,7 @@ void add_curves(Table& t) {
     point("epAdd", [](P p, P q, P r, J, J, J, S set) { epAdd(r, p, q, set); });
     t.add("test_rnd", [](Arena& a) -> Body {
         auto* drawn = a.cleared(32);
-        test_rnd(drawn, 4);  // the first call sets the seed by the clock
+        test_rnd(drawn, 4);  // the first call sets the seed from the clock
         std::srand(*a.secret<std::uint32_t>());
         return [=] { test_rnd(drawn, 32); };
     });
@@ -529,7 +529,7 @@ void add_numbers(Table& t) {
         };
         using Digits = const std::uint32_t*;
         using Out = std::uint32_t*;
-        // Functions for fixed digit counts work in registers, and leave parts of the operands there.
+        // Functions for fixed digit counts compute in registers, and leave parts of the operands there.
         const bool columns = n == 8 || n == 9 || n == 16;
         t.add("mpMultiply" + name, three([=](Out w, Digits u, Digits v, Digits) { return mpMultiply(w, u, v, n); }),
               !columns);

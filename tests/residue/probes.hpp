@@ -9,7 +9,10 @@
 
 namespace vrx::test {
 
-/** Of the cipher, the hash, SHA-1, the curves and the numbers; and "control", each of which leaves something. */
+/**
+ * The families of probes: cipher, hash, SHA-1, curves and numbers. Each probe of the family "control" leaves residue on
+ * purpose.
+ */
 std::vector<Probe> probes_of(std::string_view family);
 
 }  // namespace vrx::test

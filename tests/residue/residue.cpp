@@ -1,6 +1,6 @@
-// Tests that calls leave no secrets on the stack and in registers.
-// Usage: residue [--figures] [--depths] FAMILY..., or residue --list, which prints the names of the called functions.
-// With --depths nothing is erased, so the output shows the necessary depths.
+// Tests that calls leave no secrets on the stack and in registers. Usage: residue [--figures] [--depths] FAMILY..., or
+// residue --list, which prints the names of the called functions. With --depths, nothing is erased, so the output shows
+// how deep the library must erase the stack.
 #include <cstdio>
 #include <cstring>
 #include <set>
@@ -24,7 +24,7 @@ struct Figures {
     std::size_t calls = 0;
     std::size_t stack = 0;
     std::size_t registers = 0;
-    std::size_t words = 0;  // of the call that leaves the most on the stack
+    std::size_t words = 0;  // the call that leaves the most on the stack
     std::size_t deepest = 0;
     std::size_t used = 0;
 
@@ -86,7 +86,7 @@ void list() {
     for (const std::string& name : names) std::puts(name.c_str());
 }
 
-/** The controls: residue must be found in every call. */
+/** The controls: the test must find residue in every call. */
 bool control() {
     bool found = true;
     for (const Probe& p : probes_of("control")) {
