@@ -18,16 +18,13 @@ const Command decrypt_command{
 Without --iv the first 8 bytes of the input are the IV (mode ss has none). The program cannot detect a wrong key
 or option; it exits with 0 and the output is wrong:
 
-wrong key, S-boxes or mode: all of the output is wrong.
-wrong IV: the first 8 bytes are wrong in modes gfb and cbc; everything is wrong in gamm.
-wrong use of --mesh or --no-mesh: everything after byte 1024 is wrong.
+With a wrong key, wrong S-boxes or a wrong mode, all of the output is wrong.
+With a wrong IV, the first 8 bytes are wrong in modes gfb and cbc, and everything is wrong in gamm.
+With the wrong one of --mesh and --no-mesh, everything after byte 1024 is wrong.
 
-If one byte of the ciphertext was changed, this part of the output is wrong:
-
-gamm: the same byte.
-gfb: the same byte, and the next block of 8 bytes.
-cbc: the block with this byte, and one byte of the next block.
-ss: the block with this byte.
+One changed byte of the ciphertext makes a part of the output wrong. In gamm, this is the same byte. In gfb, it is the
+same byte and the next block of 8 bytes. In cbc, it is the block with this byte, and one byte of the next block. In ss,
+it is the block with this byte.
 
 To detect changes, first check a MAC with 'vrx mac'.)",
     R"(vrx decrypt --key my.key -o letter.txt letter.enc
