@@ -8,7 +8,7 @@
  * These functions do not check pointers: unless a function says otherwise, passing NULL is undefined. Errors come from
  * the hash functions that these functions call. The called function logs its line first; then the function of this
  * header adds its own. After a failure, open the context anew. Buffers may lie at any address and may not overlap the
- * context. The functions allocate nothing. The byte order of a MAC is that of a digest in gostr3411.h.
+ * context. The functions allocate nothing. A MAC has the same byte order as a digest.
  *
  * **Warning:** a context keeps a pointer to its parameter record, which GOSTR3411_HMAC_Reset() reads again. The record
  * must outlive the context.
