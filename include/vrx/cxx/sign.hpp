@@ -190,7 +190,7 @@ public:
         return Result<PrivateKey>(std::in_place, d, curve, Unfilled{});
     }
 
-    /** For use by the functions above only: a number that was checked. */
+    /** For use by the functions above only. The number must have been checked. */
     PrivateKey(const Scalar &d, const Curve &curve, Unfilled, const vrx_gostr3411_par &hash_set = default_hash_set(),
                const vrx_gost28147_par &cipher_set = default_cipher_set()) noexcept
         : curve_(&curve), hash_set_(&hash_set), cipher_set_(&cipher_set), d_(d) {}
