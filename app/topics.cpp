@@ -44,9 +44,9 @@ a password, a salt and an iteration count
 a public key of a peer, and your private key
     vrx agree --key KEY.pem --peer PEER.pub
 a service to write in C
-    vrx.h; man libvrx, /usr/share/doc/libvrx-dev
+    vrx.h; man libvrx; /usr/share/doc/libvrx-dev/examples/service
 a service to write in C++ or Python
-    vrx.hpp; the Python module vrx; /usr/share/doc/libvrx-dev
+    vrx.hpp, the Python module vrx; /usr/share/doc/libvrx-dev/examples/service
 keys or data of GOST R 34.10-2012, 34.11-2012, 34.12-2015
     not supported; use libgcrypt or OpenSSL's GOST engine
 )"},

@@ -1,8 +1,7 @@
 /* Reads a GOST R 34.10-2001 key from a PEM or DER file and prints its public key. Usage: read_keys FILE */
-#define _DEFAULT_SOURCE
 #include <stdio.h>
-#include <string.h>
 #include <vrx.h>
+#include <vrx/helpers.h>
 #include <vrx/keyfile.h>
 
 int main(int argc, char **argv) {
@@ -26,7 +25,7 @@ int main(int argc, char **argv) {
         if (rc == VRX_OK) rc = vrx_derive_public_key(&secret, &key);
         vrx_wipe_private_key(&secret);
     }
-    explicit_bzero(file, sizeof file);
+    vrx_wipe(file, sizeof file);
     if (rc != VRX_OK) {
         fprintf(stderr, "read_keys: %s: %s\n", argv[1], vrx_key_error_text(rc));
         return 1;

@@ -1,9 +1,9 @@
 /* Generates a key pair, signs a letter and verifies the signature. */
-#define _DEFAULT_SOURCE
 #include <stdio.h>
 #include <string.h>
 #include <vrx.h>
 #include <vrx/check.h>
+#include <vrx/helpers.h>
 #include <vrx/random.h>
 
 static int hash_letter(const char *letter, uint32_t digest[VRX_ECC_DIGEST_WORDS]) {
@@ -25,10 +25,10 @@ int main(void) {
     int rc = ecGenerateKeyPair(set, vrx_system_random, d, &key);
     if (rc == VRX_OK) rc = hash_letter("Meet me at noon.", digest);
     if (rc == VRX_OK) rc = ecSign(set, digest, vrx_system_random, d, &signature);
-    explicit_bzero(d, sizeof d);
+    vrx_wipe(d, sizeof d);
     if (rc == VRX_OK) rc = ecUnloadSignValue(&signature, octets);
     if (rc != VRX_OK) {
-        fprintf(stderr, "sign_in_c: the library returned %d\n", rc);
+        fprintf(stderr, "sign_in_c: %s\n", vrx_strerror(rc));
         return 1;
     }
 

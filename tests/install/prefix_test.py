@@ -81,6 +81,21 @@ class Prefix(InstallTest):
         self.assertEqual(set(self.files(self.prefix / "share/doc/libvrx-dev/examples")), names)
         self.assertIn("first.c", names)
 
+    def test_installed_service_is_built_by_the_lines_of_its_guide(self):
+        documents = self.prefix / "share/doc/libvrx-dev"
+        folder = self.scratch / "service"
+        shutil.copytree(documents / "examples/service", folder)
+        guide = (documents / "docs/guides/write-a-service.md").read_text(encoding="utf-8")
+        lines = re.search(r"```sh\n(.*?)```", guide, re.S)[1].splitlines()
+        libraries = self.libraries(self.prefix)
+        environment = clean_environment(PKG_CONFIG_PATH=str(libraries / "pkgconfig"), LD_LIBRARY_PATH=str(libraries))
+        for line in lines:
+            self.run_program("bash", "-c", line, cwd=folder, env=environment)
+        self.assertEqual(len(lines), 2)
+        for program in ("service-c", "service-cxx"):
+            said = self.run_program(folder / program, cwd=folder, env=environment, input="hash service.c digest\n")
+            self.assertEqual(said, "1 success\n")
+
     def test_paths_in_help_and_manual_pages_exist(self):
         texts = [self.run_program(self.prefix / "bin/vrx", "help", *topic, env=clean_environment())
                  for topic in ([], ["start"], ["byte-orders"])]
