@@ -16,8 +16,8 @@
  * identifier, strings and table. All of these objects must remain valid as long as they are in use.
  *
  * Threads: the registered list (GOST28147_OIDS and the `next` fields) and the two default pointers are process-wide and
- * unsynchronized. Do not register, find or unregister in two threads at once. oidFindGOST28147Par() writes to the list
- * if the list is empty. In threaded programs, use get_GOST28147_par(), which reads constant data only.
+ * unsynchronized. In threaded programs, use get_GOST28147_par(), which reads constant data only. Several threads may
+ * call oidFindGOST28147Par() at once only if the list is not empty, and no thread changes the list meanwhile.
  */
 #ifndef VRX_PARAMS_H
 #define VRX_PARAMS_H
