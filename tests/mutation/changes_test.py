@@ -197,7 +197,7 @@ class Together(unittest.TestCase):
             Path(folder, "a.cpp").write_text(self.SOURCE)
             shop = FakeWorkshop(folder, detected)
             caught = [(change.line(self.SOURCE), str(change), str(run))
-                      for _, change, run in shop.judge_together([("a.cpp", change) for change in found])]
+                      for _, change, run in shop.judge_together([("a.cpp", change) for change in found]) if run]
             self.assertEqual(Path(folder, "a.cpp").read_text(), self.SOURCE)
         # Not the changes on line 3, which did not compile, nor the change that cannot be switched.
         self.assertEqual(caught, [(2, "< -> <=", "second"), (4, "!= -> ==", "first")])
@@ -210,8 +210,11 @@ class Together(unittest.TestCase):
             Path(folder, "a.cpp").write_text(self.SOURCE)
             for unreached, caught in ((), [number]), ([number], []):
                 shop = FakeWorkshop(folder, {number: "first"}, unreached)
-                judged = shop.judge_together([("a.cpp", change) for change in found])
-                self.assertEqual([found.index(change) + 1 for _, change, _ in judged], caught)
+                judged = {found.index(change) + 1: run
+                          for _, change, run in shop.judge_together([("a.cpp", change) for change in found])}
+                self.assertEqual([number for number, run in judged.items() if run], caught)
+                self.assertEqual(number in judged, not unreached)
+                self.assertIn(None, judged.values())
 
     def test_a_change_that_leaves_every_program_the_same_is_no_survivor(self):
         change = changes(self.SOURCE)[-1]

@@ -19,6 +19,7 @@ from changes import changes
 from tests_of import PROJECT, SCOPES, sources, tests_of
 from workshop import SAME_CODE, Workshop
 
+LEFT_OUT = "left out"
 EXPLAINED = Path(__file__).with_name("explained.txt")
 
 
@@ -85,6 +86,7 @@ def main():
     parser.add_argument("--jobs", type=int, default=2, metavar="J", help="copies side by side (default: 2)")
     parser.add_argument("--sanitize", action="store_true", help="run the tests under the sanitizers")
     parser.add_argument("--one-by-one", action="store_true", help="compile each change by itself")
+    parser.add_argument("--together", action="store_true", help="leave out changes that must be compiled one by one")
     parser.add_argument("--list", action="store_true", help="print the changes, plant none")
     arguments = parser.parse_args()
 
@@ -110,7 +112,7 @@ def main():
         if verdict == "survived" and is_explained:
             verdict = "explained"
         print(f"{text}: {verdict}", flush=True)
-        if verdict not in ("does not compile", SAME_CODE):
+        if verdict not in ("does not compile", SAME_CODE, LEFT_OUT):
             results[file]["planted"] += 1
             results[file][verdict.split()[0]] += 1
 
@@ -118,9 +120,14 @@ def main():
     if not arguments.one_by_one:
         try:
             for file, change, run in shops[0].judge_together(list(work)):
-                report(file, change, f"caught by {run}")
+                if run or arguments.together:
+                    report(file, change, f"caught by {run}" if run else "survived")
         finally:
             shops[0].stop()
+
+    if arguments.together:
+        for file, change in list(work):
+            report(file, change, LEFT_OUT)
 
     # The changes that were not caught in this way are tested one by one.
     rest = queue.Queue()

@@ -279,9 +279,10 @@ class Workshop:
             place.write_text(source)
 
     def judge_together(self, work):
-        """Compile many changes at once, and switch each on. Yield (file, change, run) for those that are caught.
+        """Compile many changes at once, and switch each on.
 
-        A caught change needs no other proof. One that is not caught may have no effect in constant expressions only.
+        Yield (file, change, run) for each that is caught, and (file, change, None) for each that runs reach but none
+        catches. Such a change may still have an effect in constant expressions, which keep their values here.
         """
         numbered = dict(enumerate(work, 1))
         sources = {file: (self.tree / file).read_text() for file, _ in work}
@@ -328,6 +329,9 @@ class Workshop:
                         self.caught[file, run] += 1
                         yield file, change, run
                         break
+                else:
+                    if any(number in self.reached[run] for run in self.in_order(file)):
+                        yield file, change, None
         finally:
             for file, source in sources.items():
                 (self.tree / file).write_text(source)
