@@ -232,6 +232,33 @@ TEST(CxxCipher, parameters_have_the_values_of_their_set) {
     EXPECT_EQ(vrx::Mac(key, meshing).native().key_meshing, 0u);
 }
 
+TEST(CxxCipher, objects_open_the_same_context_as_the_library) {
+    const vrx::CipherParameters parameters(*vrx::cipher_table(1), vrx::Mode::cbc, true);
+    vrx_crpt_ctx ctx;
+    const auto same = [&ctx](const vrx_crpt_ctx& other) { return std::memcmp(&ctx, &other, sizeof ctx) == 0; };
+    vrx_crpt_init_context(&ctx, 1, parameters.table, VRX_MODE_CBC, 0, 1, 0, iv.data(), key.words());
+    EXPECT_TRUE(same(vrx::Encryptor(key, iv, parameters).native()));
+    vrx_crpt_init_context(&ctx, 0, parameters.table, VRX_MODE_CBC, 0, 1, 0, iv.data(), key.words());
+    EXPECT_TRUE(same(vrx::Decryptor(key, iv, parameters).native()));
+    vrx_crpt_init_context(&ctx, 1, parameters.table, VRX_MODE_IMITO, 0, 1, 0, nullptr, key.words());
+    EXPECT_TRUE(same(vrx::Mac(key, parameters).native()));
+    vrx_crpt_init_context(&ctx, 1, parameters.table, VRX_MODE_IMITO, 0, 1, 0, iv.data(), key.words());
+    EXPECT_TRUE(same(vrx::Mac(key, iv, parameters).native()));
+}
+
+TEST(CxxCipher, whole_messages_have_the_errors_of_their_pieces) {
+    const vrx::CipherParameters cbc(*vrx::cipher_table(1), vrx::Mode::cbc);
+    Bytes text(12), out(12), little(7);
+    EXPECT_EQ(vrx::encrypt(key, iv, text, little, cbc).error(), Error::buffer_length);
+    EXPECT_EQ(vrx::decrypt(key, iv, text, little, cbc).error(), Error::buffer_length);
+    EXPECT_EQ(vrx::encrypt(key, iv, text, out, cbc).error(), Error::block_multiple);
+    EXPECT_EQ(vrx::decrypt(key, iv, text, out, cbc).error(), Error::block_multiple);
+    text.resize(8);
+    EXPECT_EQ(vrx::encrypt(key, iv, text, out, cbc).value(), 8u);
+    EXPECT_EQ(vrx::decrypt(key, iv, vrx::Bytes(out).first(8), out, cbc).value(), 8u);
+    EXPECT_EQ(Bytes(out.begin(), out.begin() + 8), text);
+}
+
 TEST(CxxCipher, default_equals_the_default_of_the_library) {
     Bytes in(40), out(40), expected(40);
     ASSERT_TRUE(vrx::encrypt(key, iv, in, out));
@@ -309,6 +336,11 @@ TEST(CxxHash, unknown_identifiers_are_reported) {
     EXPECT_EQ(vrx::Hash::with(unknown, {&own, 1}).value().finish(), vrx::hash({}, *vrx::hash_table("tz_0")));
 }
 
+TEST(CxxHash, hmac_of_an_empty_message_is_that_of_an_object) {
+    EXPECT_EQ(vrx::hmac(Bytes(5, 1), {}).value(), vrx::Hmac::with(Bytes(5, 1)).value().finish());
+    EXPECT_EQ(vrx::hmac(Bytes(5, 1), {}, unhex("06072a850302021e09")).error(), Error::failed);
+}
+
 TEST(CxxHash, copy_is_independent) {
     vrx::Hash first;
     first.update(vrx::bytes_of("one "));
@@ -361,6 +393,7 @@ TEST(CxxKeys, scalars_have_up_to_36_octets) {
     ASSERT_TRUE(scalar);
     for (const std::uint32_t digit : scalar->digits()) EXPECT_EQ(digit, 0x01010101u);
     EXPECT_EQ(vrx::Scalar::from_octets(Bytes(37)).error(), Error::buffer_length);
+    EXPECT_TRUE(std::ranges::equal(vrx::Scalar(scalar->digits()).digits(), scalar->digits()));
 }
 
 TEST(CxxKeys, new_point_is_at_infinity_whatever_its_memory_held) {

@@ -135,6 +135,8 @@ TEST_F(CxxNumbers, signs) {
     EXPECT_FALSE(mp::is_negative(a));
     EXPECT_FALSE(mp::negate(w, a));
     EXPECT_TRUE(mp::is_negative(w));
+    EXPECT_TRUE(mp::negate(x, w));
+    EXPECT_EQ(x, a);
     EXPECT_TRUE(mp::absolute(x, w));
     EXPECT_EQ(x, a);
 }
@@ -215,6 +217,25 @@ concept CanAdd = requires(W w, U u) {
 static_assert(CanAdd<Five&, Five> && CanAdd<std::uint32_t (&)[5], Five> && CanAdd<std::span<std::uint32_t, 5>, Five>);
 static_assert(!CanAdd<Five&, Ten> && !CanAdd<const Five&, Five> && !CanAdd<std::vector<std::uint32_t>&, Five>);
 static_assert(!CanAdd<std::array<std::uint64_t, 5>&, std::array<std::uint64_t, 5>>);
+
+template <std::size_t count>
+using Digits = std::array<std::uint32_t, count>;
+static_assert(!mp::Number<Digits<0>> && mp::Number<Digits<1>>);
+static_assert(mp::Number<Digits<VRX_MP_MAX_DIGITS>> && !mp::Number<Digits<VRX_MP_MAX_DIGITS + 1>>);
+
+template <typename W>
+concept CanMultiply = requires(W w) {
+    mp::modular_multiply(w, w, w, w);
+};
+static_assert(CanMultiply<Digits<VRX_MP_MAX_DIGITS / 2>&> && !CanMultiply<Digits<VRX_MP_MAX_DIGITS / 2 + 1>&>);
+
+TEST_F(CxxNumbers, of_octets_beyond_32_bit_lengths_the_last_are_read) {
+    const Bytes octets = unhex("0102030405060708090a0b0c0d0e0f1011121314");
+    const std::size_t size = (std::size_t{1} << 32) + octets.size();
+    const auto end = reinterpret_cast<std::uintptr_t>(octets.data()) + octets.size();
+    EXPECT_EQ(mp::from_octets(w, {reinterpret_cast<const std::uint8_t*>(end - size), size}), n);
+    EXPECT_EQ(w, (Five{0x11121314, 0x0d0e0f10, 0x090a0b0c, 0x05060708, 0x01020304}));
+}
 
 // --- Tables and parameter sets ---------------------------------------------------------------------------------------
 
