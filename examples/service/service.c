@@ -127,8 +127,7 @@ static int answer(char *line) {
 }
 
 static const char *text_of(int rc) {
-    if (rc == INVALID) return "a file or the request is not valid";
-    return rc <= VRX_ERR_KEY_FILE ? vrx_key_error_text(rc) : vrx_strerror(rc);
+    return rc == INVALID ? "a file or the request is not valid" : vrx_key_error_text(rc);
 }
 
 static void *serve(void *unused) {

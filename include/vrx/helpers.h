@@ -68,7 +68,8 @@ VRX_INLINE int vrx_equal(const void *a, const void *b, size_t size) {
 }
 
 /**
- * Get the name of a return code, such as "VRX_ERR_FAILED". In C++, vrx::name() does the same.
+ * Get the name of a return code, such as "VRX_ERR_FAILED". In C++, vrx::name() does the same. vrx_key_error_name() also
+ * knows the codes of key files.
  *
  * @param code  in: a return code of the library. The log prints a code as an unsigned hexadecimal number: convert that
  *              number to int.
@@ -103,6 +104,7 @@ VRX_INLINE const char *vrx_error_name(int code) {
 
 /**
  * Get the meaning of a return code in words, without a final full stop. In C++, vrx::text() does the same.
+ * vrx_key_error_text() also knows the codes of key files.
  *
  * @param code  in: a return code of the library, as for vrx_error_name().
  * @return the meaning; "an unknown error" if the library has no such code.

@@ -41,6 +41,7 @@
 #include <string.h>
 
 #include "vrx/check.h"
+#include "vrx/helpers.h"
 #include "vrx/octets.h"
 #include "vrx/params.h"
 
@@ -807,19 +808,13 @@ VRX_INLINE void vrx_wipe_private_key(vrx_private_key *key) {
 }
 
 /**
- * Get the name of a code that the functions of this header return, such as "VRX_ERR_KEY_PEM".
+ * Get the name of a code that a function of this header or of the library returns, such as "VRX_ERR_KEY_PEM".
  *
  * @param code  in: the code.
- * @return the name of the constant; "VRX_ERR_?" if these functions return no such code.
+ * @return the name of the constant; "VRX_ERR_?" if no function returns such a code.
  */
 VRX_INLINE const char *vrx_key_error_name(int code) {
     switch (code) {
-        case VRX_OK:
-            return "VRX_OK";
-        case VRX_ERR_BAD_PARAMS:
-            return "VRX_ERR_BAD_PARAMS";
-        case VRX_ERR_BUFFER_LENGTH:
-            return "VRX_ERR_BUFFER_LENGTH";
         case VRX_ERR_KEY_FILE:
             return "VRX_ERR_KEY_FILE";
         case VRX_ERR_KEY_PEM:
@@ -845,24 +840,19 @@ VRX_INLINE const char *vrx_key_error_name(int code) {
         case VRX_ERR_KEY_LENGTH:
             return "VRX_ERR_KEY_LENGTH";
         default:
-            return "VRX_ERR_?";
+            return vrx_error_name(code);
     }
 }
 
 /**
- * Get the meaning of a code that the functions of this header return, in words without a final full stop.
+ * Get the meaning of a code that a function of this header or of the library returns, in words without a final full
+ * stop.
  *
  * @param code  in: the code.
- * @return the meaning; "an unknown error" if these functions return no such code.
+ * @return the meaning; "an unknown error" if no function returns such a code.
  */
 VRX_INLINE const char *vrx_key_error_text(int code) {
     switch (code) {
-        case VRX_OK:
-            return "success";
-        case VRX_ERR_BAD_PARAMS:
-            return "an argument is missing or not allowed";
-        case VRX_ERR_BUFFER_LENGTH:
-            return "a buffer is empty, too small or of the wrong size";
         case VRX_ERR_KEY_FILE:
             return "the file is neither DER nor a text with a PEM block";
         case VRX_ERR_KEY_PEM:
@@ -888,7 +878,7 @@ VRX_INLINE const char *vrx_key_error_text(int code) {
         case VRX_ERR_KEY_LENGTH:
             return "the PEM block is too long for a key";
         default:
-            return "an unknown error";
+            return vrx_strerror(code);
     }
 }
 

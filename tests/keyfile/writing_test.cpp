@@ -193,10 +193,12 @@ TEST(errors, have_different_names_and_texts) {
         EXPECT_TRUE(names.insert(vrx_key_error_name(code)).second) << code;
         EXPECT_TRUE(texts.insert(vrx_key_error_text(code)).second) << code;
     }
-    for (const int code : {1, -1, -4000, -4013}) {
+    for (const int code : {1, -5, -4000, -4013}) {
         EXPECT_STREQ(vrx_key_error_name(code), "VRX_ERR_?");
         EXPECT_STREQ(vrx_key_error_text(code), "an unknown error");
     }
+    EXPECT_STREQ(vrx_key_error_name(VRX_ERR_RANDOM), "VRX_ERR_RANDOM");
+    EXPECT_STREQ(vrx_key_error_text(VRX_ERR_RANDOM), vrx_strerror(VRX_ERR_RANDOM));
 }
 
 }  // namespace
