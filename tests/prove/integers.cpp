@@ -39,7 +39,6 @@ std::string Form::text() const {
 namespace integer {
 Form rest_of(unsigned atom);
 }
-Form expanded(const Form& f);
 
 Claim operator<(const Form& a, const Form& b) { return {"(< " + (a - b).text() + " 0)"}; }
 Claim operator<=(const Form& a, const Form& b) { return {"(<= " + (a - b).text() + " 0)"}; }
@@ -89,6 +88,9 @@ struct Number {
 struct State {
     std::vector<Number> numbers;
     std::vector<Interval> atoms;
+    /** How an unknown follows from earlier ones; empty for a given unknown. */
+    std::vector<std::function<mpz_class()>> definitions;
+    std::vector<mpz_class> values;   // see example()
     std::map<unsigned, Form> rests;  // remainders of divisions, as forms over other unknowns
     std::vector<std::string> assumed;
     std::map<std::string, Id> known;  // quotients, products
@@ -129,9 +131,17 @@ Id add(Number n) {
 Id add(const Form& f) { return add({Kind::plain, f, range_of(f)}); }
 Id add(const Form& f, const Interval& range) { return add({Kind::plain, f, range}); }
 
-Form new_atom(const Interval& range) {
+/** The value of a form in the current example. */
+mpz_class value_of(const Form& f) {
+    mpz_class r = f.constant;
+    for (const auto& [atom, c] : f.terms) r += c * state.values[atom];
+    return r;
+}
+
+Form new_atom(const Interval& range, std::function<mpz_class()> definition = {}) {
     const auto atom = static_cast<unsigned>(state.atoms.size());
     state.atoms.push_back(range);
+    state.definitions.push_back(std::move(definition));
     Form f;
     f.terms[atom] = 1;
     assume(Form(range.least) <= f);
@@ -155,7 +165,8 @@ Form choice(const Form& bit, const Form& first, const Form& second) {
     const std::string key = "ite " + key_of(bit) + key_of(first) + key_of(second);
     if (const auto found = state.known.find(key); found != state.known.end()) return form_of(found->second);
     const Interval a = range_of(first), b = range_of(second);
-    const Form v = new_atom({std::min(a.least, b.least), std::max(a.most, b.most)});
+    const Form v = new_atom({std::min(a.least, b.least), std::max(a.most, b.most)},
+                            [bit, first, second] { return value_of(value_of(bit) == 1 ? first : second); });
     assume({"(= " + v.text() + " (ite (= " + bit.text() + " 1) " + first.text() + " " + second.text() + "))"});
     state.known[key] = add(v);
     return v;
@@ -210,8 +221,12 @@ Split split(Id x, unsigned n) {
     const std::string key = "split " + std::to_string(n) + key_of(others);
     auto found = state.known.find(key);
     if (found == state.known.end()) {
-        const Form quotient = least == most ? Form(least) : new_atom({least, most});
-        const Form rest = new_atom({0, power(n) - 1});
+        const Form quotient = least == most ? Form(least) : new_atom({least, most}, [others = others, n] {
+            return floor_quotient(value_of(others), n);
+        });
+        const Form rest = new_atom({0, power(n) - 1}, [others = others, quotient, n] {
+            return mpz_class(value_of(others) - value_of(quotient) * power(n));
+        });
         state.rests[rest.terms.begin()->first] = others - quotient * power(n);
         assume({"(= " + (others - quotient * power(n) - rest).text() + " 0)"});
         found = state.known.emplace(key, add(quotient)).first;
@@ -234,14 +249,14 @@ Id and_of_bits(Id a, Id b) {
     const Form x = form_of(a), y = form_of(b);
     if (x.terms.empty() || y.terms.empty()) return add(x.terms.empty() ? y * x.constant : x * y.constant);
     if (x == y) return a;
-    const Form v = new_atom({0, 1});
+    const Form v = new_atom({0, 1}, [x, y] { return mpz_class(value_of(x) * value_of(y)); });
     assume(v <= x);
     assume(v <= y);
     assume(x + y - 1 <= v);
     return add(v);
 }
-Id or_of_bits(Id a, Id b) { return add(form_of(a) + form_of(b) - form_of(and_of_bits(a, b))); }
-Id xor_of_bits(Id a, Id b) { return add(form_of(a) + form_of(b) - form_of(and_of_bits(a, b)) * 2); }
+Id or_of_bits(Id a, Id b) { return add(form_of(a) + form_of(b) - form_of(and_of_bits(a, b)), {0, 1}); }
+Id xor_of_bits(Id a, Id b) { return add(form_of(a) + form_of(b) - form_of(and_of_bits(a, b)) * 2, {0, 1}); }
 
 Id lowest_bit(Id a) { return split(a, 1).rest; }
 
@@ -305,6 +320,8 @@ Word unknown(const mpz_class& most, const mpz_class& least) {
     return w;
 }
 Word word(const Form& f, const mpz_class& least, const mpz_class& most) { return as_word(add(f, {least, most})); }
+mpz_class least(const Wide& w) { return range(id_of(w)).least; }
+mpz_class most(const Wide& w) { return range(id_of(w)).most; }
 Form form(const Wide& w) { return form_of(id_of(w)); }
 Form form(const Word& w) { return form(Wide{w}); }
 
@@ -313,6 +330,22 @@ std::string negated(const Claim& claim) {
     for (std::size_t i = 0; i < state.atoms.size(); ++i) text += "(declare-const v" + std::to_string(i) + " Int)\n";
     for (const std::string& a : state.assumed) text += "(assert " + a + ")\n";
     return text + "(assert (not " + claim.text + "))\n";
+}
+
+std::string example(unsigned long seed) {
+    gmp_randclass random(gmp_randinit_default);
+    random.seed(seed);
+    state.values.clear();
+    std::string text;
+    for (std::size_t i = 0; i < state.atoms.size(); ++i) {
+        const Interval& range = state.atoms[i];
+        state.values.push_back(
+            state.definitions[i]
+                ? state.definitions[i]()
+                : mpz_class(range.least + random.get_z_range(mpz_class(range.most - range.least + 1))));
+        text += "(assert (= v" + std::to_string(i) + " " + text_of(state.values[i]) + "))\n";
+    }
+    return text;
 }
 
 Word as_word(Id id) {
@@ -374,7 +407,8 @@ Id product(const Wide& a, const Wide& b, unsigned bits) {
     const std::string key = "product " + keys[0] + keys[1];
     if (const auto found = state.known.find(key); found != state.known.end()) return found->second;
     if (range(x).least < 0 || range(y).least < 0 || bits != 128) throw std::logic_error("a product of signed numbers");
-    return state.known[key] = add(new_atom({range(x).least * range(y).least, range(x).most * range(y).most}));
+    return state.known[key] = add(new_atom({range(x).least * range(y).least, range(x).most * range(y).most},
+                                           [f, g] { return mpz_class(value_of(f) * value_of(g)); }));
 }
 
 Id low(const Wide& a, unsigned bits) {
@@ -389,7 +423,7 @@ Id shifted_right(const Wide& a, unsigned by) {
     const Id x = id_of(a);
     if (state.numbers[x].kind == Kind::nonzero && by == 63) {
         const Form k = form_of(state.numbers[x].a);
-        const Form v = new_atom({0, 1});
+        const Form v = new_atom({0, 1}, [k] { return mpz_class(value_of(k) == 0 ? 0 : 1); });
         assume({"(= " + v.text() + " (ite (= " + k.text() + " 0) 0 1))"});
         return add(v);
     }
@@ -423,6 +457,8 @@ Id both(const Word& a, const Word& b) {
 Id either(const Word& a, const Word& b) {
     const Id x = id_of(a), y = id_of(b);
     const Number p = state.numbers[x], q = state.numbers[y];
+    for (const auto& [one, other] : {std::pair{x, y}, std::pair{y, x}})
+        if (is_constant(one) && form_of(one) == Form(0)) return other;
     if (p.kind == Kind::gated && q.kind == Kind::gated && form_of(p.a) + form_of(q.a) == Form(1)) {
         const Form f = choice(form_of(p.a), form_of(p.b), form_of(q.b));
         return add(f, {0, std::max(p.range.most, q.range.most)});
@@ -481,7 +517,6 @@ void each_path(const std::function<Claim()>& run, const std::function<void(const
 
 }  // namespace integer
 
-/** Substitutes remainders of divisions: the result uses only given unknowns and quotients. */
 Form expanded(const Form& f) {
     Form r(f.constant);
     for (const auto& [atom, c] : f.terms) {

@@ -54,6 +54,8 @@ struct Claim {
 Claim operator<(const Form& a, const Form& b);
 Claim operator<=(const Form& a, const Form& b);
 Claim equal(const Form& a, const Form& b);
+/** The same value over given unknowns and quotients alone: without remainders of divisions. */
+Form expanded(const Form& f);
 Claim implies(const Claim& a, const Claim& b);
 /**
  * Claims that m divides a. Removes multiples of m from the coefficients of a, and claims that the rest is k m for a k
@@ -112,6 +114,9 @@ Word unknown(const mpz_class& most = power(64) - 1, const mpz_class& least = 0);
 Form unknown_form(const mpz_class& least, const mpz_class& most);
 void assume(const Claim& claim);
 
+/** The bounds of a number, as far as interval arithmetic shows them. */
+mpz_class least(const Wide& w);
+mpz_class most(const Wide& w);
 Form form(const Word& w);
 Form form(const Wide& w);
 /** A word with the value of a form, which is between these bounds. */
@@ -137,6 +142,11 @@ mpz_class number(const std::array<Word, count>& words) {
 
 /** SMT-LIB text: the assumptions hold and the claim does not. */
 std::string negated(const Claim& claim);
+/**
+ * SMT-LIB text: given unknowns have random values, and all others the values that follow. It spares the solver the
+ * search for a counterexample, but may contradict the assumptions.
+ */
+std::string example(unsigned long seed);
 
 Id sum(const Wide& a, const Wide& b, bool minus, unsigned bits);
 Id product(const Wide& a, const Wide& b, unsigned bits);
@@ -196,6 +206,10 @@ VRX_PROVE_OPERATION(&, integer::both(a, b))
 VRX_PROVE_OPERATION(|, integer::either(a, b))
 VRX_PROVE_OPERATION(^, integer::differing(a, b))
 #undef VRX_PROVE_OPERATION
+/** Constants only. */
+constexpr Word operator/(const Word& a, const Word& b) {
+    return a.id == 0 && b.id == 0 ? Word(a.value / b.value) : throw "a quotient of unknown numbers";
+}
 constexpr Word& operator+=(Word& a, const Word& b) { return a = a + b; }
 constexpr Word& operator-=(Word& a, const Word& b) { return a = a - b; }
 constexpr Word& operator*=(Word& a, const Word& b) { return a = a * b; }

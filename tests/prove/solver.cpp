@@ -1,10 +1,10 @@
 #include "prove/solver.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -37,6 +37,17 @@ std::string command(const std::string& file) {
     return "ulimit -t " + seconds + "; exec " + program + (is_cvc5 ? " --lang=smt2 " : " -smt2 ") + file + " 2>&1";
 }
 
+/** The processor time of all child processes that have ended, in seconds. */
+double time_of_children() {
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    const auto seconds = [](const timeval& t) {
+        return static_cast<double>(t.tv_sec) + 1e-6 * static_cast<double>(t.tv_usec);
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/** An answer, with the processor time of the solver. */
 struct Timed {
     Answer answer;
     double seconds;
@@ -50,12 +61,13 @@ Timed run(const std::string& text) {
     if (descriptor < 0) return {Answer::unknown, 0, "no temporary file"};
     close(descriptor);
     std::ofstream(file) << text << "(check-sat)\n";
-    const auto begin = std::chrono::steady_clock::now();
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command(file).c_str(), "r"), pclose);
+    const double before = time_of_children();
+    std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command(file).c_str(), "r"), pclose);
     std::string said;
     std::array<char, 256> line{};
     while (pipe && std::fgets(line.data(), line.size(), pipe.get()) != nullptr) said += line.data();
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    pipe.reset();
+    const double seconds = time_of_children() - before;
     if (const char* kept = std::getenv("VRX_PROVE_KEEP"); kept == nullptr)
         unlink(file.c_str());
     else

@@ -8,8 +8,16 @@
 
 namespace vrx::prove {
 
-/** No control here: another test plants the fault, with other parameters. */
-inline constexpr unsigned no_fault = 0;
+/** Refutes a claim, which must fail: by one of a few random examples, or else by a search of the solver. */
+inline void expect_counterexample(const Claim& claim, const std::string& what) {
+    const std::string text = integer::negated(claim);
+    for (const unsigned long seed : {1, 2, 3, 4})
+        if (ask(text + integer::example(seed)) == Answer::sat) {
+            std::printf("[ control  ]           %s\n", what.c_str());
+            return;
+        }
+    expect_refuted(text, what);
+}
 
 /**
  * Proves the claim that state() returns; state() runs the library's code on unknowns. Then plants a fault: sum number
@@ -19,14 +27,27 @@ template <typename State>
 void theorem(const std::string& what, unsigned faulty, const State& state) {
     integer::reset();
     expect_proved(integer::negated(state()), what);
-    if (faulty == no_fault) return;
-    ASSERT_LE(faulty, integer::operations()) << "no operation to plant a fault in";
     integer::reset(faulty);
-    expect_refuted(integer::negated(state()), what);
+    const Claim claim = state();
+    ASSERT_LE(faulty, integer::operations()) << "no operation to plant a fault in";
+    expect_counterexample(claim, what);
     integer::reset();
 }
 
-/** The same for lines with branches on unknowns: on every path the claim holds, and with the fault not on every one. */
+/** Proves the claim that state() returns. The control is the claim that faulty() returns, which must fail. */
+template <typename State, typename Faulty>
+void theorem_and_control(const std::string& what, const State& state, const Faulty& faulty) {
+    integer::reset();
+    expect_proved(integer::negated(state()), what);
+    integer::reset();
+    expect_counterexample(faulty(), what);
+    integer::reset();
+}
+
+/**
+ * theorem() for code that branches on unknowns. The claim must hold on every path. With the fault, it must fail on at
+ * least one path.
+ */
 template <typename State>
 void theorem_on_paths(const std::string& what, unsigned faulty, const State& state) {
     unsigned paths = 0;
