@@ -12,7 +12,7 @@
 #include <span>
 #include <utility>
 
-#include "prove/bits.hpp"
+#include "prove/circuit_theorem.hpp"
 
 using prove_uint8 = vrx::prove::U<8>;
 using prove_uint16 = vrx::prove::U<16>;
@@ -101,28 +101,6 @@ inline Bit same(const Word32& a, const Word32& b) { return circuit::equal(a.bits
 template <unsigned n>
 Bit same(const U<n>& a, const U<n>& b) {
     return circuit::equal(a.bits(), b.bits());
-}
-
-/** Proves claim() on each path through it. Then checks that it fails if operation number `faulty` is wrong. */
-template <typename Claim>
-void circuit_theorem(const std::string& what, unsigned faulty, const Claim& claim) {
-    unsigned path = 0;
-    circuit::each_path(
-        0, claim, [&](const std::string& text) { expect_proved(text, what + (path++ == 0 ? "" : ", another path")); });
-    bool refuted = false;
-    circuit::each_path(
-        faulty,
-        [&] {
-            const Bit bit = claim();
-            refuted = refuted || circuit::has_counterexample(bit);
-            return bit;
-        },
-        [&](const std::string& text) {
-            // With closed tables the solver's counterexamples may be none.
-            if (!refuted && !circuit::keeps_tables_closed()) refuted = ask(text) == Answer::sat;
-        });
-    std::printf("[ control  ]           %s\n", what.c_str());
-    EXPECT_TRUE(refuted) << what << ": a fault in operation " << faulty << " of " << circuit::operations();
 }
 
 }  // namespace vrx::prove

@@ -19,6 +19,9 @@ using prove_uint8 = std::uint8_t;
 using prove_int8 = std::int8_t;
 using prove_int32 = std::int32_t;
 using prove_int64 = std::int64_t;
+/** The proofs that include this file do not look up any tables. */
+template <std::size_t bytes>
+using prove_vector = vrx::prove::Word;
 
 #include "ecc/field/modulus.hpp"
 

@@ -214,6 +214,11 @@ struct Checked {
     [[gnu::noinline]] static Lanes carry(const Lanes& a) {
         for (std::size_t l = 0; l < lane_count; ++l)
             EXPECT_TRUE(value(a, l).within(-31 * p, 31 * p)) << "an argument of carry()";
+        // tests/prove/lanes_proof.cpp proves carry() for these limbs. The last limb follows from the value.
+        const i128 least = takes_off<S> || is_montgomery<S> ? -(one << 60) : -31 * limb_end;
+        for (std::size_t i = 0; i + 1 < limb_count; ++i)
+            for (const Interval& limb : a.limb[i].lane)
+                EXPECT_TRUE(limb.within(least, one << 60)) << "limb " << i << " of an argument of carry()";
         const Lanes raised = a + broadcast<Intervals>(multiple(S::modulus, 32));
         for (const Interval& top : raised.limb[limb_count - 1].lane)
             EXPECT_TRUE(top.within(0, 64 * limb_end - 1)) << "what carry() takes off";
