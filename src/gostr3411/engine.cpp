@@ -4,10 +4,4 @@ namespace vrx::gostr3411 {
 
 constinit cpu::Choice<engines> choice;
 
-void steps_baseline(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
-    for (; count != 0; --count, blocks += sizeof(Uint256)) h = step(h, load(blocks), s.table);
-}
-
-Steps prepare_baseline(Substitution&) noexcept { return steps_baseline; }
-
 }  // namespace vrx::gostr3411

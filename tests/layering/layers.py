@@ -45,10 +45,11 @@ LAYERS = [
     Layer("src/tz", "deploy published sboxes deployments recover_avx512 avx2 avx512 tables registry api",
           ("src/frame", "include/vrx")),
     Layer("src/gost28147", """
-        block mode plain mesh engine/list engine/schedule engine/parallel engine/planes engine/chain engine/vbmi_vector
+        block mode in_order plain mesh engine/list engine/schedule engine/parallel engine/planes engine/chain engine/vbmi_vector
         engine/baseline engine/avx2 engine/vbmi_any engine/vbmi bulk stream api_block api_modes api_meshing
         api_context""", ("src/tz", "src/frame", "include/vrx")),
-    Layer("src/gostr3411", "step wide_table engine linear avx2 vbmi hash checks api hmac hmac_api kdf",
+    Layer("src/gostr3411", """
+        uint256 step_parts step wide_table engine baseline linear avx2 vbmi hash checks api hmac hmac_api kdf""",
           ("src/tz", "src/frame", "include/vrx")),
     Layer("src/sha1", "compress compress_portable compress_sha_ni hash", ("src/frame", "include/vrx")),
     Layer("src/ecc/uint256", "words divsteps", ("src/frame",)),
