@@ -199,10 +199,19 @@ A signal ends the program with the code that shells show as 128 plus its number
     warning.
   - Random bytes come from the operating system.
   - Signing, making keys and agreeing on them are constant-time on the built-in
-    curves, except for the hash of an agreed key. The tests show this for
+)"
+#ifndef VRX_CONSTANT_TIME
+     R"(    curves, except for the hash of an agreed key. The tests show this for
     release builds with g++ and with clang++. Encryption, MACs and hashes use
     table look-ups on many CPUs, which the cache can reveal.
-  - The library erases its working memory and registers after each operation
+)"
+#else
+     R"(    curves. So are encryption, MACs and hashes in this program, which was built
+    with VRX_CONSTANT_TIME. The tests show this for builds with g++ and with
+    clang++.
+)"
+#endif
+     R"(  - The library erases its working memory and registers after each operation
     with a secret. The tests show this for release builds with both compilers.
 
   - With --password, 'vrx keypair' and 'vrx keygen' encrypt the key file. The

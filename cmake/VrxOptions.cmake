@@ -3,6 +3,11 @@
 add_library(vrx_options INTERFACE)
 target_compile_features(vrx_options INTERFACE c_std_11 cxx_std_20)
 
+option(VRX_CONSTANT_TIME "No address in cipher and hash depends on a secret, on any CPU; slower without AVX-512 VBMI" OFF)
+if(VRX_CONSTANT_TIME)
+  target_compile_definitions(vrx_options INTERFACE VRX_CONSTANT_TIME)
+endif()
+
 option(VRX_WARNINGS "Warn about much, and treat warnings as errors" OFF)
 if(VRX_WARNINGS)
   target_compile_options(vrx_options INTERFACE

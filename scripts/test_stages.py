@@ -57,6 +57,11 @@ FULL = QUICK + [
     Stage("residue, g++ release", "release-gcc", ["residue"], ["-L", "residue"]),
     Stage("residue, clang++ release", "release-clang", ["residue"], ["-L", "residue"]),
     Stage("proofs", "dev", ["slow_tests"], ["-L", "prove"], optional=True),
+    Stage("VRX_CONSTANT_TIME", "constant-time", ["cipher_and_hash_tests"],
+          ["-R", r"^(kernel|modes|meshing|context|known_answers|engine|engines|wipe|gostr3411|gostr3411_engine|"
+                 r"constant_time|residue)\."]),
+    Stage("VRX_CONSTANT_TIME, clang++", "constant-time-clang", ["constant_time_tests", "residue"],
+          ["-L", "constant_time|residue"]),
 ]
 
 

@@ -29,6 +29,7 @@ inline constexpr std::uint32_t single_cycle_simd = 1U << 12;
 inline constexpr std::uint32_t large_l1 = 1U << 13;
 
 // Features that the compiler may use in the region frame/region_<name>.hpp. For the compiler AVX-512 implies AVX2.
+inline constexpr std::uint32_t ssse3_region = ssse3;
 inline constexpr std::uint32_t sha_region = sha | ssse3 | sse41;
 inline constexpr std::uint32_t avx2_region = avx2 | bmi1;
 inline constexpr std::uint32_t avx512_region = avx2_region | bmi2 | avx512f | avx512bw | avx512vl | avx512vbmi;

@@ -26,6 +26,8 @@ struct EngineInfo {
 
 // Best first; the last one runs everywhere.
 
+#ifndef VRX_CONSTANT_TIME
+
 inline constexpr EngineInfo cipher_engines[] = {
     // Like vbmi, but also uses vector instructions for chained modes. A round is then a chain of eight dependent
     // instructions. On CPUs where a vector addition or shift takes two cycles, table look-ups are faster.
@@ -44,6 +46,25 @@ inline constexpr EngineInfo hash_engines[] = {
     {"avx2", "AVX2", avx2_region},
     {"baseline", "any x86-64"},
 };
+
+#else
+
+// In these engines of cipher and hash, no address depends on a secret.
+
+inline constexpr EngineInfo cipher_engines[] = {
+    {"vbmi", "AVX-512 VBMI", avx512_region},
+    {"avx2", "AVX2", avx2_region | ssse3_region},
+    {"ssse3", "SSSE3", ssse3_region},
+    {"baseline", "any x86-64"},
+};
+
+inline constexpr EngineInfo hash_engines[] = {
+    {"vbmi", "AVX-512 VBMI", avx512_region},
+    {"ssse3", "SSSE3", ssse3_region},
+    {"baseline", "any x86-64"},
+};
+
+#endif
 
 inline constexpr EngineInfo sha1_engines[] = {
     {"sha-ni", "SHA instructions", sha_region},

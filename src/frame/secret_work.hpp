@@ -17,10 +17,15 @@ namespace vrx {
  * constants are not inline, because the files of a library may have different optimisation levels.
  */
 namespace depth {
+#ifdef VRX_CONSTANT_TIME
+constexpr std::size_t scans = 1024;  // vectors of a scan that the compiler spills
+#else
+constexpr std::size_t scans = 0;
+#endif
 #if defined(__OPTIMIZE__)
-constexpr std::size_t sha1 = 256;   // with SHA instructions; twice that without them
-constexpr std::size_t hash = 1280;  // without the table, which the caller reads first
-constexpr std::size_t hmac = 3072;  // in one call, including the pads
+constexpr std::size_t sha1 = 256;           // with SHA instructions; twice that without them
+constexpr std::size_t hash = 1280 + scans;  // without the table, which the caller reads first
+constexpr std::size_t hmac = 3072 + scans;  // in one call, including the pads
 constexpr std::size_t derivation = 8192;
 constexpr std::size_t block = 384;       // one block of the cipher
 constexpr std::size_t few_blocks = 768;  // fewer than 4
@@ -31,6 +36,7 @@ constexpr std::size_t some_blocks = 768;
 #endif
 constexpr std::size_t blocks = 1280;  // any number, but see the frames below
 constexpr std::size_t chain = 512;
+constexpr std::size_t lanes = 2048 + scans;
 constexpr std::size_t shuffled_planes = 4096;
 constexpr std::size_t permuted_planes = 20480;
 constexpr std::size_t sections = 2560;  // with key meshing
@@ -51,6 +57,7 @@ constexpr std::size_t few_blocks = 8192;
 constexpr std::size_t some_blocks = 131072;
 constexpr std::size_t blocks = 131072;
 constexpr std::size_t chain = 8192;
+constexpr std::size_t lanes = 65536;
 constexpr std::size_t shuffled_planes = 65536;
 constexpr std::size_t permuted_planes = 147456;
 constexpr std::size_t sections = 65536;

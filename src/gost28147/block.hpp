@@ -63,6 +63,9 @@ inline constexpr std::array<std::uint8_t, 32> encryption_order = {0, 1, 2, 3, 4,
 inline constexpr std::array<std::uint8_t, 32> decryption_order = {0, 1, 2, 3, 4, 5, 6, 7, 7, 6, 5, 4, 3, 2, 1, 0,
                                                                   7, 6, 5, 4, 3, 2, 1, 0, 7, 6, 5, 4, 3, 2, 1, 0};
 inline constexpr std::array<std::uint8_t, 16> mac_order = {0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6, 7};
+/** True for the key order of decryption. */
+template <const auto& order>
+inline constexpr bool backward = order[8] == decryption_order[8];
 
 /**
  * half ^ f(v), the change that a round makes to one half. The look-ups of bytes 1 and 2 arrive last, so their XOR joins

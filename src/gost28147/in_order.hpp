@@ -1,4 +1,4 @@
-// The modes block by block, over an implementation of one block.
+// The modes block by block, as templates over an implementation of the cipher for one block.
 //
 // An engine includes this inside its region, like engine/parallel.hpp: everything is a template over a type of the
 // including file.
@@ -11,7 +11,7 @@
 
 namespace vrx::gost28147 {
 
-/** One block by the rounds of an engine: rounds.run<order>(b). */
+/** The cipher for one block, from the function rounds.run<order>(b) of an engine. */
 template <typename Rounds>
 struct BlockBy {
     const Rounds& rounds;

@@ -5,7 +5,7 @@
 namespace vrx::gost28147::plain {
 namespace {
 
-/** One block by look-ups. */
+/** The cipher for one block, with look-ups. */
 struct LookUps {
     Cipher c;
 

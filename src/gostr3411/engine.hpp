@@ -29,12 +29,29 @@ struct Engine : cpu::EngineInfo {
     Steps (*prepare)(Substitution& s) noexcept;
 };
 
+#ifndef VRX_CONSTANT_TIME
+
 inline constexpr std::array<Engine, 4> engines{{
     {cpu::named(cpu::hash_engines, "vbmi"), prepare_vbmi},
     {cpu::named(cpu::hash_engines, "avx2_wide"), prepare_avx2_wide},
     {cpu::named(cpu::hash_engines, "avx2"), prepare_avx2},
     {cpu::named(cpu::hash_engines, "baseline"), prepare_baseline},
 }};
+
+#else
+
+// In these engines, no address depends on a secret.
+
+Steps prepare_ssse3(Substitution& s) noexcept;
+Steps prepare_scan(Substitution& s) noexcept;
+
+inline constexpr std::array<Engine, 3> engines{{
+    {cpu::named(cpu::hash_engines, "vbmi"), prepare_vbmi},
+    {cpu::named(cpu::hash_engines, "ssse3"), prepare_ssse3},
+    {cpu::named(cpu::hash_engines, "baseline"), prepare_scan},
+}};
+
+#endif
 
 extern cpu::Choice<engines> choice;
 /** The engine that runs. */
@@ -67,6 +84,9 @@ void steps_baseline(Uint256& h, const std::uint8_t* blocks, std::size_t count, c
 void steps_avx2(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
 void steps_avx2_wide(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
 void steps_vbmi(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
+void steps_ssse3(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
+void steps_scan(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
+void steps_scan_table(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
 
 }  // namespace vrx::gostr3411
 

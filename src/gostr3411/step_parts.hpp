@@ -1,4 +1,4 @@
-// The parts of the step function around its four encryptions: the keys and the mixing, for any processor.
+// The parts of the step function before and after its four encryptions, for any CPU: key generation and mixing.
 #ifndef VRX_GOSTR3411_STEP_PARTS_HPP
 #define VRX_GOSTR3411_STEP_PARTS_HPP
 
@@ -10,7 +10,7 @@
 
 namespace vrx::gostr3411 {
 
-// Functions are static so that each source compiles them with its encryption as one function.
+// The functions are static, so compilers inline them into the only step function of each source file.
 
 // Key generation (RFC 5831, section 6.1)
 

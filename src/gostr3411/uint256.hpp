@@ -1,4 +1,4 @@
-// The numbers that the hash works with.
+// 256-bit numbers, with which the hash computes.
 #ifndef VRX_GOSTR3411_UINT256_HPP
 #define VRX_GOSTR3411_UINT256_HPP
 

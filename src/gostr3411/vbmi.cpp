@@ -193,12 +193,18 @@ void steps_vbmi(Uint256& hash, const std::uint8_t* blocks, std::size_t count, co
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(hash.data()), _mm512_castsi512_si256(h));
 }
 
+#ifndef VRX_CONSTANT_TIME
+constexpr Steps steps_of_other_tables = steps_avx2;
+#else
+constexpr Steps steps_of_other_tables = steps_scan_table;
+#endif
+
 Steps prepare_vbmi(Substitution& s) noexcept {
     s.sboxes = tz::built_in_sboxes(s.table);
     if (s.sboxes == nullptr) {
         tz::Claim claim(s.table);
         for (unsigned m = 0; m < 4; ++m) claim.check(m);
-        if (!claim.holds()) return steps_avx2;
+        if (!claim.holds()) return steps_of_other_tables;
         const Tables tables = claim.tables();
         _mm512_store_si512(s.found.even, tables.even);
         _mm512_store_si512(s.found.odd, tables.odd);

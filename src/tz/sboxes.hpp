@@ -31,6 +31,12 @@ const SBoxes* built_in_sboxes(const vrx_tz& table) noexcept;
  */
 [[nodiscard]] bool recover_avx2(const vrx_tz& table, SBoxes& out) noexcept;
 
+/**
+ * Finds the S-boxes of a table, on any CPU. Recovers them into `room` if the table is not built in. Returns nullptr if
+ * no S-boxes expand to the table.
+ */
+[[nodiscard]] const SBoxes* sboxes_of(const vrx_tz& table, SBoxes& room) noexcept;
+
 }  // namespace vrx::tz
 
 #endif

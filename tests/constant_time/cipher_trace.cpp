@@ -35,9 +35,8 @@ int main(int argc, char** argv) {
     const vrx_tz& built_in = *TZ_by_name("tz_a");
     const std::string_view name = argc == 2 ? argv[1] : "";
     if (name == "control") {
-        vrx::gost28147::choice.use(vrx::gost28147::engines.back());
-        const auto look_up = [&](CipherSecrets& s) { run_mode(parallel_modes.front(), built_in, s, 5); };
-        const auto chain = [&](CipherSecrets& s) { run_chain_of(chained_modes.front(), built_in, s, 5); };
+        const auto look_up = [&](CipherSecrets& s) { run_look_ups(parallel_modes.front(), built_in, s, 5); };
+        const auto chain = [&](CipherSecrets& s) { run_look_ups(chained_modes.front(), built_in, s, 5); };
         return is_constant("look-ups", look_up) || is_constant("look-ups in a chain", chain) ? 1 : 0;
     }
     const auto* engine = offered_named(vrx::gost28147::engines, name);
@@ -59,5 +58,14 @@ int main(int argc, char** argv) {
             for (const auto mode : chained_modes)
                 for (const std::size_t blocks : {1U, 4U, 33U})
                     constant &= is_constant("chain", [&](CipherSecrets& s) { run_chain_of(mode, *table, s, blocks); });
+#ifdef VRX_CONSTANT_TIME
+    const vrx_tz strange = changed(built_in);
+    for (const vrx_tz* table : {&built_in, &own, &strange})
+        for (const auto mode : all_modes) {
+            for (const std::size_t blocks : {1U, 2U, 4U})
+                constant &= is_constant("any mode", [&](CipherSecrets& s) { run_beside(mode, *table, s, blocks); });
+            constant &= is_constant("in order", [&](CipherSecrets& s) { run_one_by_one(mode, *table, s, 2); });
+        }
+#endif
     return constant ? 0 : 1;
 }

@@ -40,16 +40,19 @@ LAYERS = [
 
     # The library. The folders of the tests have the same names.
     Layer("src/frame", """
-        platform bytes barrier wipe declassify log cpu region_sha region_avx2 region_avx512 region_ifma region_end
-        choice engines secret_work blockwise""", ("include/vrx",)),
-    Layer("src/tz", "deploy published sboxes deployments recover_avx512 avx2 avx512 tables registry api",
+        platform bytes barrier wipe declassify log cpu region_ssse3 region_sha region_avx2 region_avx512 region_ifma
+        region_end choice engines secret_work blockwise""", ("include/vrx",)),
+    Layer("src/tz", """
+        deploy published sboxes scan shuffle deployments recover recover_avx512 avx2 avx512 tables registry api""",
           ("src/frame", "include/vrx")),
     Layer("src/gost28147", """
-        block mode in_order plain mesh engine/list engine/schedule engine/parallel engine/planes engine/chain engine/vbmi_vector
-        engine/baseline engine/avx2 engine/vbmi_any engine/vbmi bulk stream api_block api_modes api_meshing
-        api_context""", ("src/tz", "src/frame", "include/vrx")),
+        block mode in_order plain mesh engine/list plain_constant_time engine/schedule engine/parallel engine/planes
+        engine/chain engine/lanes engine/vbmi_vector engine/baseline engine/scan engine/ssse3 engine/avx2
+        engine/vbmi_any engine/vbmi bulk stream api_block api_modes api_meshing api_context""",
+          ("src/tz", "src/frame", "include/vrx")),
     Layer("src/gostr3411", """
-        uint256 step_parts step wide_table engine baseline linear avx2 vbmi hash checks api hmac hmac_api kdf""",
+        uint256 step_parts step wide_table engine baseline linear avx2 vbmi lanes scan ssse3 hash checks api hmac
+        hmac_api kdf""",
           ("src/tz", "src/frame", "include/vrx")),
     Layer("src/sha1", "compress compress_portable compress_sha_ni hash", ("src/frame", "include/vrx")),
     Layer("src/ecc/uint256", "words divsteps", ("src/frame",)),

@@ -139,9 +139,14 @@ private:
     static Plane looked_up(__m256i sbox, Plane nibbles) { return {_mm256_shuffle_epi8(sbox, nibbles.v)}; }
 };
 
+#ifndef VRX_CONSTANT_TIME
 struct Bytes {
     static std::uint32_t byte2(std::uint32_t word) { return _bextr_u32(word, 16, 8); }
 };
+constexpr auto finish = look_up;
+#else
+constexpr auto finish = shuffle_words;
+#endif
 
 [[gnu::noinline]] bool side_by_side(Mode mode, const Run& run) {
     tz::SBoxes room{};
@@ -153,7 +158,7 @@ struct Bytes {
     const Shuffles shuffles(*sboxes);
     const KeyPlanes<Plane> key(run.cipher.key);
     const Run rest = in_steps<16, 8>(Shuffled{shuffles, key, decrypts(mode)}, mode, run);
-    return rest.blocks == 0 || look_up(mode, rest);
+    return rest.blocks == 0 || finish(mode, rest);
 }
 
 }  // namespace
@@ -163,7 +168,9 @@ bool shuffle_planes(Mode mode, const Run& run) noexcept {
     return secret_work<depth::shuffled_planes, Registers::low>([&] { return side_by_side(mode, run); });
 }
 
+#ifndef VRX_CONSTANT_TIME
 void chain_bmi(Mode mode, const Run& run) noexcept { run_chain<Bytes>(mode, run); }
+#endif
 
 }  // namespace vrx::gost28147
 

@@ -49,8 +49,10 @@ bool permute_words(Mode mode, const Run& run) noexcept;
 bool permute_sections(Mode mode, const Run& run, std::uint32_t* key) noexcept;
 void chain_baseline(Mode mode, const Run& run) noexcept;
 void chain_bmi(Mode mode, const Run& run) noexcept;
-/** Permutes for tables made from S-boxes, else chain_bmi. */
+/** Permutes for tables made from S-boxes. Uses look-ups for other tables, or scans with VRX_CONSTANT_TIME. */
 void chain_permutes(Mode mode, const Run& run) noexcept;
+
+#ifndef VRX_CONSTANT_TIME
 
 inline constexpr std::array<Engine, 4> engines{{
     {cpu::named(cpu::cipher_engines, "vbmi_chain"),
@@ -64,6 +66,39 @@ inline constexpr std::array<Engine, 4> engines{{
     {cpu::named(cpu::cipher_engines, "avx2"), {{{32, shuffle_planes}, {0, look_up}}}, nullptr, chain_bmi},
     {cpu::named(cpu::cipher_engines, "baseline"), {{{0, look_up}}}, nullptr, chain_baseline},
 }};
+
+#else
+
+// No address depends on a secret. With these engines, `chain` runs every mode, block by block.
+
+/** The same as chain_permutes, for runs of few blocks. */
+bool permute_in_order(Mode mode, const Run& run) noexcept;
+/** Shuffles the nibbles of words, for tables made from S-boxes. */
+bool shuffle_words(Mode mode, const Run& run) noexcept;
+/** The same for one block at a time. Calls chain_scan_table for other tables. */
+void chain_shuffle(Mode mode, const Run& run) noexcept;
+/** Reads all outputs of each S-box, for tables made from S-boxes. */
+bool scan_sboxes(Mode mode, const Run& run) noexcept;
+/** The same for one block at a time. Calls chain_scan_table for other tables. */
+void chain_scan(Mode mode, const Run& run) noexcept;
+/** Reads all entries of any table. */
+bool scan_table(Mode mode, const Run& run) noexcept;
+void chain_scan_table(Mode mode, const Run& run) noexcept;
+
+inline constexpr std::array<Engine, 4> engines{{
+    {cpu::named(cpu::cipher_engines, "vbmi"),
+     {{{4, permute_words}, {4, permute_planes}, {0, permute_in_order}}},
+     permute_sections,
+     chain_permutes},
+    {cpu::named(cpu::cipher_engines, "avx2"),
+     {{{32, shuffle_planes}, {0, shuffle_words}, {0, scan_table}}},
+     nullptr,
+     chain_shuffle},
+    {cpu::named(cpu::cipher_engines, "ssse3"), {{{0, shuffle_words}, {0, scan_table}}}, nullptr, chain_shuffle},
+    {cpu::named(cpu::cipher_engines, "baseline"), {{{0, scan_sboxes}, {0, scan_table}}}, nullptr, chain_scan},
+}};
+
+#endif
 
 extern cpu::Choice<engines> choice;
 /** The selected engine. */

@@ -15,6 +15,7 @@
 #include "gost28147/engine/chain.hpp"
 #include "gost28147/engine/parallel.hpp"
 #include "gost28147/engine/vbmi_vector.hpp"
+#include "gost28147/in_order.hpp"
 #include "tz/recover_avx512.hpp"
 
 namespace vrx::gost28147 {
@@ -197,7 +198,7 @@ struct OneBlock {
         __m128i n2 = _mm_ror_epi32(_mm_cvtsi32_si128(static_cast<int>(b.n2)), 11);
 #pragma GCC unroll 1
         for (unsigned pass = 0; pass < order.size() / VRX_KEY_WORDS; ++pass) {
-            const std::uint32_t* const words = schedule.pass(pass, false);
+            const std::uint32_t* const words = schedule.pass(pass, backward<order>);
 #pragma GCC unroll 4
             for (unsigned k = 0; k < VRX_KEY_WORDS; k += 2) {
                 n2 = round(n2, n1, words[k]);
@@ -228,12 +229,30 @@ private:
 
 }  // namespace
 
+#ifndef VRX_CONSTANT_TIME
 void chain_permutes(Mode mode, const Run& run) noexcept {
     Tables tables;
     if (!find_tables(run.cipher.table, tz::built_in_sboxes(run.cipher.table), tables)) return chain_bmi(mode, run);
     const Schedule schedule(run.cipher.key);
     chain_blocks(OneBlock{tables, schedule}, mode, run);
 }
+#else
+void chain_permutes(Mode mode, const Run& run) noexcept {
+    Tables tables;
+    if (!find_tables(run.cipher.table, tz::built_in_sboxes(run.cipher.table), tables))
+        return chain_scan_table(mode, run);
+    secret_work<depth::lanes>([&] {
+        const Schedule schedule(run.cipher.key);
+        const OneBlock rounds{tables, schedule};
+        in_order(mode, run, BlockBy<OneBlock>{rounds});
+    });
+}
+
+bool permute_in_order(Mode mode, const Run& run) noexcept {
+    chain_permutes(mode, run);
+    return true;
+}
+#endif
 
 bool permute_words(Mode mode, const Run& run) noexcept {
     const tz::SBoxes* const known = tz::built_in_sboxes(run.cipher.table);

@@ -1,0 +1,9 @@
+// The modes block by block if no address may depend on a secret: computed by the selected engine.
+#include "gost28147/engine/list.hpp"
+#include "gost28147/plain.hpp"
+
+namespace vrx::gost28147::plain {
+
+void run(Mode mode, const Run& run) { engine().chain(mode, run); }
+
+}  // namespace vrx::gost28147::plain
