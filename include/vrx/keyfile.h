@@ -97,12 +97,6 @@ typedef struct vrx_key_algorithm {
 
 /* ---- Base64 ------------------------------------------------------------------------------------------------------ */
 
-/** Zeroes a secret. The compiler cannot remove the call. */
-VRX_INLINE void vrx_key_wipe(void *secret, size_t size) {
-    memset(secret, 0, size);
-    __asm__ volatile("" : : "r"(secret) : "memory");
-}
-
 /** All ones if first <= value <= last, otherwise zero. All arguments are below 2^31. */
 VRX_INLINE uint32_t vrx_mask_between(uint32_t value, uint32_t first, uint32_t last) {
     return (((value - first) | (last - value)) >> 31) - 1;
@@ -390,7 +384,7 @@ VRX_INLINE int vrx_decode_base64(const char *text, size_t size, uint8_t *octets,
     for (size_t i = 0; i < size; ++i) vrx_base64_take(&state, (uint8_t)text[i]);
     rc = vrx_base64_finish(&state);
     *count = rc == VRX_OK ? state.count : 0;
-    vrx_key_wipe(&state, sizeof state);
+    vrx_wipe(&state, sizeof state);
     return rc;
 }
 
@@ -471,7 +465,7 @@ VRX_INLINE int vrx_decode_pem(const char *text, size_t size, char label[VRX_PEM_
     if (rc == VRX_OK && !ended) rc = begun ? VRX_ERR_KEY_PEM : VRX_ERR_KEY_FILE;
     if (rc == VRX_OK) rc = vrx_base64_finish(&state);
     if (rc == VRX_OK) *count = state.count;
-    vrx_key_wipe(&state, sizeof state);
+    vrx_wipe(&state, sizeof state);
     return rc;
 }
 
@@ -666,7 +660,7 @@ VRX_INLINE int vrx_read_public_key(const void *file, size_t size, vrx_public_key
             rc = VRX_ERR_KEY_POINT;
     }
     /* The file may contain a private key by mistake. */
-    vrx_key_wipe(buffer, sizeof buffer);
+    vrx_wipe(buffer, sizeof buffer);
     if (rc != VRX_OK) memset(key, 0, sizeof *key);
     return rc;
 }
@@ -698,9 +692,9 @@ VRX_INLINE int vrx_read_private_key(const void *file, size_t size, vrx_private_k
         if (ecLoadPrivateKeyValue(octets, key->d) != VRX_OK || vrx_check_private_key(key->curve, key->d) != VRX_OK)
             rc = VRX_ERR_KEY_NUMBER;
     }
-    vrx_key_wipe(buffer, sizeof buffer);
-    vrx_key_wipe(octets, sizeof octets);
-    if (rc != VRX_OK) vrx_key_wipe(key, sizeof *key);
+    vrx_wipe(buffer, sizeof buffer);
+    vrx_wipe(octets, sizeof octets);
+    if (rc != VRX_OK) vrx_wipe(key, sizeof *key);
     return rc;
 }
 
@@ -772,7 +766,7 @@ VRX_INLINE int vrx_write_private_key(const vrx_private_key *key, int form, void 
     info[0] = 0x30;
     info[1] = (uint8_t)(used - 2);
     rc = vrx_key_finish(info, used, form, "PRIVATE KEY", file, capacity, size);
-    vrx_key_wipe(info, sizeof info);
+    vrx_wipe(info, sizeof info);
     return rc;
 }
 
@@ -804,7 +798,7 @@ VRX_INLINE int vrx_derive_public_key(const vrx_private_key *key, vrx_public_key 
  * @param key  out: the key; may be NULL.
  */
 VRX_INLINE void vrx_wipe_private_key(vrx_private_key *key) {
-    if (key != NULL) vrx_key_wipe(key, sizeof *key);
+    if (key != NULL) vrx_wipe(key, sizeof *key);
 }
 
 /**
