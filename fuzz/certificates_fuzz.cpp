@@ -11,6 +11,7 @@
 #include "io/text.hpp"
 #include "keys/der.hpp"
 #include "keys/encrypted_key.hpp"
+#include "keys/key_files.hpp"
 #include "keys/key_format.hpp"
 
 namespace {
@@ -95,7 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         PrivateOctets value{};
         const Content found = read_private_key(octets, algorithm, value);
         require_sound(algorithm, found);
-        if (found == Content::known && algorithm.curve != nullptr)
+        PrivateKey key;
+        if (found == Content::known && algorithm.curve != nullptr && make_private_key(*algorithm.curve, value, key))
             require_same_again(*algorithm.curve, value, append_private_key_info, read_private_key);
     }
     {
@@ -103,7 +105,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         PublicOctets value{};
         const Content found = read_public_key(octets, algorithm, value);
         require_sound(algorithm, found);
-        if (found == Content::known && algorithm.curve != nullptr)
+        PublicKey key;
+        if (found == Content::known && algorithm.curve != nullptr && make_public_key(*algorithm.curve, value, key))
             require_same_again(*algorithm.curve, value, append_public_key_info, read_public_key);
     }
     cipher_key(octets);
@@ -127,7 +130,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const std::string& time : {certificate.not_before, certificate.not_after})
         require(time.size() == 19, "times have a form");
     if (found == Content::known) chain(certificate);
-    if (found == Content::known && certificate.algorithm.curve != nullptr)
+    PublicKey key;
+    if (found == Content::known && certificate.algorithm.curve != nullptr &&
+        make_public_key(*certificate.algorithm.curve, certificate.key, key))
         require_same_again(*certificate.algorithm.curve, certificate.key, append_public_key_info, read_public_key);
     return 0;
 }

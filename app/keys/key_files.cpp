@@ -1,8 +1,8 @@
 #include "keys/key_files.hpp"
 
+#include <vrx/check.h>
+
 #include <algorithm>
-#include <array>
-#include <cstring>
 
 #include "io/failure.hpp"
 #include "io/text.hpp"
@@ -19,12 +19,6 @@ bool is_raw(const KeyForm& form) {
         throw Failure("there is no key format " + in_quotes(form.format) + "; use pem, der or raw");
     return form.format == "raw";
 }
-
-bool is_zero(const std::uint32_t* number) {
-    return std::all_of(number, number + VRX_ECC_DIGITS, [](std::uint32_t digit) { return digit == 0; });
-}
-
-bool is_below(const std::uint32_t* a, const std::uint32_t* b) { return mpCompare(a, b, VRX_ECC_DIGITS) < 0; }
 
 /** The curve that a file names, or else the curve of --curve. Throws a Failure if they differ. */
 const EcParamSet& chosen_curve(const EcParamSet* named, const std::optional<std::string>& option,
@@ -106,14 +100,13 @@ const EcParamSet& read_key(const Kind<Octets>& kind, Input& file, const KeyForm&
 bool make_private_key(const EcParamSet& curve, const PrivateOctets& octets, PrivateKey& key) {
     key.set = &curve;
     check("the key", ecLoadPrivateKeyValue(octets.data(), key.d));
-    return !is_zero(key.d) && is_below(key.d, curve.q);
+    return vrx_check_private_key(&curve, key.d) == VRX_OK;
 }
 
 bool make_public_key(const EcParamSet& curve, const PublicOctets& octets, PublicKey& key) {
     key.set = &curve;
     check("the key", ecLoadPublicKeyValue(octets.data(), &key.point));
-    return is_below(key.point.x, curve.p) && is_below(key.point.y, curve.p) &&
-           ecCheckPublicKey(&curve, &key.point) == VRX_OK;
+    return vrx_check_public_key(&curve, &key.point) == VRX_OK;
 }
 
 PublicKey public_key_of(const PrivateKey& key) {

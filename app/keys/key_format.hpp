@@ -1,5 +1,6 @@
-// Encodes and decodes GOST R 34.10-2001 keys in DER: PKCS #8 and SubjectPublicKeyInfo, with the identifiers of RFC
-// 4491. Files and messages are in key_files.hpp. The caller must check that a number is a valid key on its curve.
+// Encodes and decodes GOST R 34.10-2001 keys in DER, with the functions of vrx/keyfile.h: PKCS #8 and
+// SubjectPublicKeyInfo. Files and messages are in key_files.hpp. The caller must check that a number that was read is a
+// valid key on its curve.
 #ifndef VRX_APP_KEY_FORMAT_HPP
 #define VRX_APP_KEY_FORMAT_HPP
 
@@ -38,7 +39,7 @@ Content read_public_key(std::span<const std::uint8_t> octets, Algorithm& algorit
 bool read_cipher_key(std::span<const std::uint8_t> octets, std::span<std::uint8_t, VRX_KEY_SIZE> value);
 void append_cipher_key_info(SecretBytes& out, std::span<const std::uint8_t, VRX_KEY_SIZE> value);
 
-/** Append the same structures for a key on a built-in curve; the hash parameter set is always CryptoPro. */
+/** Append the same structures for a valid key on a built-in curve; the hash parameter set is always CryptoPro. */
 void append_private_key_info(SecretBytes& out, const EcParamSet& curve, const PrivateOctets& value);
 void append_public_key_info(SecretBytes& out, const EcParamSet& curve, const PublicOctets& value);
 

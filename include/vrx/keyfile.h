@@ -190,6 +190,14 @@ VRX_INLINE int vrx_pem_label(const char *line, size_t length, const char *before
     return (int)size;
 }
 
+/** Writes the first or last line of a PEM block, without a NUL. @return the position after it. */
+VRX_INLINE char *vrx_pem_line(char *out, const char *before, const char *label) {
+    const char *const parts[] = {before, label, "-----\n"};
+    for (size_t k = 0; k < 3; ++k)
+        for (const char *c = parts[k]; *c != 0; ++c) *out++ = *c;
+    return out;
+}
+
 /* ---- DER --------------------------------------------------------------------------------------------------------- */
 
 /** Octets that are still to be read. */
@@ -325,7 +333,6 @@ VRX_INLINE int vrx_key_read_number(vrx_der value, uint8_t octets[VRX_PRIVATE_KEY
     if (!vrx_der_only(value, 0x02, &number) || number.left == 0) return 0;
     /* The first octet is zero exactly if the number would otherwise be negative. */
     zero_first = vrx_public_fact((number.at[0] - 1U) >> 31);
-    if (zero_first != 0 && number.left == 1) return 1;
     if (zero_first != 0) {
         ++number.at;
         --number.left;
@@ -339,14 +346,8 @@ VRX_INLINE int vrx_key_read_number(vrx_der value, uint8_t octets[VRX_PRIVATE_KEY
 
 /** Checks the fields of OneAsymmetricKey after the key: [0] attributes, and [1] public key in version 1. */
 VRX_INLINE int vrx_key_rest(vrx_der in, unsigned version) {
-    vrx_der attributes, attribute, oid, values, bits;
-    if (vrx_der_is(&in, 0xa0)) {
-        if (!vrx_der_next(&in, 0xa0, &attributes)) return 0;
-        while (attributes.left != 0)
-            if (!vrx_der_next(&attributes, 0x30, &attribute) || !vrx_der_identifier(&attribute, &oid) ||
-                !vrx_der_only(attribute, 0x31, &values))
-                return 0;
-    }
+    vrx_der attributes, bits;
+    if (vrx_der_is(&in, 0xa0) && !vrx_der_next(&in, 0xa0, &attributes)) return 0;
     if (version == 0) return in.left == 0;
     return vrx_der_only(in, 0x81, &bits) && bits.left != 0 && bits.at[0] == 0;
 }
@@ -483,10 +484,10 @@ VRX_INLINE int vrx_decode_pem(const char *text, size_t size, char label[VRX_PEM_
  */
 VRX_INLINE int vrx_encode_pem(const char *label, const uint8_t *octets, size_t size, char *text, size_t capacity,
                               size_t *count) {
-    static const char begin[] = "-----BEGIN ", end[] = "-----END ", dashes[] = "-----\n";
+    static const char begin[] = "-----BEGIN ", end[] = "-----END ";
     const size_t length = strlen(label);
-    const size_t first = sizeof begin + sizeof dashes - 2 + length;
-    const size_t last = sizeof end + sizeof dashes - 2 + length;
+    const size_t first = sizeof begin + length + 5;
+    const size_t last = sizeof end + length + 5;
     size_t used = 0;
     int rc;
     *count = 0;
@@ -494,13 +495,8 @@ VRX_INLINE int vrx_encode_pem(const char *label, const uint8_t *octets, size_t s
     if (capacity < first + last + 1) return VRX_ERR_BUFFER_LENGTH;
     rc = vrx_encode_base64(octets, size, 64, text + first, capacity - first - last - 1, &used);
     if (rc != VRX_OK) return rc;
-    memcpy(text, begin, sizeof begin - 1);
-    memcpy(text + sizeof begin - 1, label, length);
-    memcpy(text + first - sizeof dashes + 1, dashes, sizeof dashes - 1);
-    text += first + used;
-    memcpy(text, end, sizeof end - 1);
-    memcpy(text + sizeof end - 1, label, length);
-    memcpy(text + last - sizeof dashes + 1, dashes, sizeof dashes);
+    vrx_pem_line(text, begin, label);
+    *vrx_pem_line(text + first + used, end, label) = 0;
     *count = first + used + last;
     return VRX_OK;
 }

@@ -73,6 +73,22 @@ class Answers(SignatureTest):
             self.write("p8", self.pem("PRIVATE KEY", bytes.fromhex(f"30{len(body) // 2:02x}" + body)), 0o600)
             self.assertEqual(self.vrx("pubkey", "p8").decode(), text)
 
+    def test_published_keys_are_read_in_every_form(self):
+        forms = 0
+        for answer in kat.answers("keyfile/published.kat"):
+            der, point, kind = answer.octets("der"), answer.pop("public", None), answer.pop("kind")
+            names = [answer.pop(name, None) for name in ("name", "curve", "hash", "d", "x", "y")]
+            for content in (der, self.pem(kind.upper() + " KEY", der)):
+                self.write("key", content, 0o600)
+                if kind == "public":
+                    self.assertIn(b"a public key of GOST R 34.10-2001", self.vrx("inspect", "key"), names)
+                elif point is not None:
+                    forms += 1
+                    self.assertEqual(self.der_point("key").hex(), point, names)
+                else:
+                    self.assertEqual(len(self.der_point("key")), 64, names)
+        self.assertEqual(forms, 14)
+
     def test_an_integer_must_be_in_its_shortest_form(self):
         head = "020100301c06062a8503020213301206072a850302022301" + "06072a850302021e01"
 
