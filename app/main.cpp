@@ -21,10 +21,11 @@
 namespace vrx::app {
 namespace {
 
-constexpr std::array commands{
-    &encrypt_command,    &decrypt_command, &mac_command,       &hash_command,    &sha1_command,   &hmac_command,
-    &derive_command,     &keygen_command,  &keypair_command,   &pubkey_command,  &sign_command,   &verify_command,
-    &cms_verify_command, &agree_command,   &diversify_command, &inspect_command, &params_command, &speed_command};
+constexpr std::array commands{&encrypt_command,   &decrypt_command,  &mac_command,        &hash_command,
+                              &sha1_command,      &hmac_command,     &derive_command,     &keygen_command,
+                              &keypair_command,   &pubkey_command,   &sign_command,       &verify_command,
+                              &cms_show_command,  &cms_sign_command, &cms_verify_command, &agree_command,
+                              &diversify_command, &inspect_command,  &params_command,     &speed_command};
 
 /** An earlier name of a command, which the program still accepts. */
 struct Alias {

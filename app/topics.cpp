@@ -24,6 +24,7 @@ an encrypted private key: BEGIN ENCRYPTED PRIVATE KEY
 a signed message: .p7s, .p7m, S/MIME
     vrx cms verify --ca CA MESSAGE
     vrx cms verify --ca CA --content FILE MESSAGE
+    vrx cms show MESSAGE
 an encrypted message: .p7m, S/MIME
     not supported; use openssl cms -decrypt -engine gost
 a key store: .p12, .pfx

@@ -13,6 +13,12 @@ struct Named {
 constexpr Named algorithms[] = {
     {gost_key_oid, "GOST R 34.10-2001"},
     {gost_signature_oid, "GOST R 34.11-94 with GOST R 34.10-2001"},
+    {"1.2.643.2.2.9", "GOST R 34.11-94"},
+    {"1.2.643.2.2.21", "GOST 28147-89"},
+    {"1.2.643.7.1.1.2.2", "GOST R 34.11-2012 with 256 bits"},
+    {"1.2.643.7.1.1.2.3", "GOST R 34.11-2012 with 512 bits"},
+    {"1.3.14.3.2.26", "SHA-1"},
+    {"2.16.840.1.101.3.4.2.1", "SHA-256"},
     {"1.2.643.2.2.4", "GOST R 34.11-94 with GOST R 34.10-94"},
     {"1.2.643.2.2.20", "GOST R 34.10-94"},
     {"1.2.643.2.2.98", "GOST R 34.10-2001, for key agreement alone"},

@@ -218,7 +218,10 @@ Transport::Transport(Source& file) : lines_(file), form_(Form::binary) {
     } else if (text.starts_with(pem_begin) || text.find("\n" + std::string(pem_begin)) != std::string_view::npos) {
         begin_pem();
     } else {
-        if (!is_base64(text.substr(0, 64))) throw Malformed("it is neither DER, PEM, base64 nor S/MIME");
+        // The base64 of a SEQUENCE begins with M.
+        const std::size_t first = text.find_first_not_of(" \t\r\n");
+        if (first == std::string_view::npos || text[first] != 'M' || !is_base64(text.substr(0, 64)))
+            throw Malformed("it is neither DER, PEM, base64 nor S/MIME");
         form_ = Form::base64;
     }
 }

@@ -695,7 +695,8 @@ def bash_completion(program):
              "    if ((COMP_CWORD == 1)); then",
              f'        words="{" ".join(names)} --help --version"']
     for group, members in groups.items():
-        lines += [f"    elif ((COMP_CWORD == 2)) && [[ $command == {group} ]]; then", f'        words="{" ".join(members)}"']
+        lines += [f"    elif ((COMP_CWORD == 2)) && [[ $command == {group} ]]; then",
+                  f'        words="{" ".join(members)}"']
     lines += ["    elif [[ $cur == -* && $cur != - ]]; then",
               "        case $command in"]
     for command in program.commands:
@@ -712,7 +713,8 @@ def bash_completion(program):
     lines += [f'            {" | ".join(bare)})', "                compopt +o default +o bashdefault 2>/dev/null || :",
               "                return ;;",
               f'            help:help) words="{" ".join([*names, *topics])}" ;;',
-              *(f'            help-{group}:{group} | help:{group}) words="{" ".join(members)}" ;;' for group, members in groups.items()),
+              *(f'            help-{group}:{group} | help:{group}) words="{" ".join(members)}" ;;'
+                for group, members in groups.items()),
               "        esac", "    fi",
               '    [[ -z $words ]] || mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")', "}",
               "complete -o bashdefault -o default -F _vrx vrx", ""]
@@ -769,7 +771,8 @@ def zsh_completion(program):
     lines += [f"        '{name}:{zsh_text(summary)}'" for name, summary, _ in program.topics]
     lines.append("    )")
     for group, members in groups.items():
-        lines += [f"    local -a {group}=(", *(f"        '{name}:{zsh_text(c.summary)}'" for name, c in members.items()), "    )"]
+        lines += [f"    local -a {group}=(",
+                  *(f"        '{name}:{zsh_text(c.summary)}'" for name, c in members.items()), "    )"]
     lines += ["    _arguments -C '1:command:->command' '*::argument:->argument'", "    case $state in",
               "        command) _describe -t commands command commands ;;", "        argument)"]
     for group in groups:

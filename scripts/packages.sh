@@ -17,7 +17,7 @@ readonly LINT=("${TEST[@]}" libbenchmark-dev clang-format clang-tidy cppcheck sh
 readonly PROVE=(z3 cvc5 libgmp-dev)
 # Peers: tests and benchmarks compare libvrx with those that are installed.
 readonly PEERS=(pkg-config libgcrypt20-dev nettle-dev libgnutls28-dev libbotan-2-dev libcrypto++-dev libssl-dev
-    libengine-gost-openssl libgmp-dev openssl rhash gostsum zsh)
+    libengine-gost-openssl libgmp-dev openssl gnutls-bin rhash gostsum zsh)
 
 as_root() {
     if [[ $EUID -eq 0 ]]; then "$@"; else sudo "$@"; fi

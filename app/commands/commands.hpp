@@ -18,6 +18,8 @@ extern const Command keypair_command;
 extern const Command pubkey_command;
 extern const Command sign_command;
 extern const Command verify_command;
+extern const Command cms_show_command;
+extern const Command cms_sign_command;
 extern const Command cms_verify_command;
 extern const Command agree_command;
 extern const Command diversify_command;

@@ -20,7 +20,7 @@ _vrx() {
         words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify cms agree
             diversify inspect params speed help version --help --version"
     elif ((COMP_CWORD == 2)) && [[ $command == cms ]]; then
-        words="verify"
+        words="show sign verify"
     elif [[ $cur == -* && $cur != - ]]; then
         case $command in
             encrypt) words="--key -k --params -p --mode -m --mesh --no-mesh --table -t --password-file
@@ -44,6 +44,9 @@ _vrx() {
                 --password-fd --help -h" ;;
             verify) words="--key -k --cert -C --signature -S --format -f --curve -c --set -s --ca -A --crl
                 --time -T --status --help -h" ;;
+            cms-show) words="--help -h" ;;
+            cms-sign) words="--key -k --cert -C --chain --detached -d --no-attributes --pem --smime --out -o
+                --format -f --curve -c --password-file --password-fd --help -h" ;;
             cms-verify) words="--ca -A --crl --time -T --cert -C --content --out -o --status --help -h" ;;
             agree) words="--key -k --peer -p --ukm -u --format -f --curve -c --set -s --out -o --password-file
                 --password-fd --help -h" ;;
@@ -61,13 +64,14 @@ _vrx() {
                 agree:--set | agree:-s)
                 words="test cryptopro" ;;
             keypair:--curve | keypair:-c | genkey:--curve | genkey:-c | pubkey:--curve | pubkey:-c | \
-                sign:--curve | sign:-c | verify:--curve | verify:-c | agree:--curve | agree:-c | inspect:--curve | \
-                inspect:-c)
+                sign:--curve | sign:-c | verify:--curve | verify:-c | cms-sign:--curve | cms-sign:-c | agree:--curve \
+                | agree:-c | inspect:--curve | inspect:-c)
                 words="Test A B C XchA XchB" ;;
             encrypt:--mode | encrypt:-m | decrypt:--mode | decrypt:-m)
                 words="ss gamm gfb cbc" ;;
             keypair:--format | keypair:-f | genkey:--format | genkey:-f | pubkey:--format | pubkey:-f | \
-                sign:--format | sign:-f | verify:--format | verify:-f | agree:--format | agree:-f)
+                sign:--format | sign:-f | verify:--format | verify:-f | cms-sign:--format | cms-sign:-f | \
+                agree:--format | agree:-f)
                 words="pem der raw" ;;
             derive:--kdf)
                 words="pbkdf2 pba" ;;
@@ -78,14 +82,15 @@ _vrx() {
                 derive:--length | derive:-l | derive:--password-fd | keygen:--password-fd | keygen:--iterations | \
                 keygen:-n | keypair:--password-fd | keypair:--iterations | keypair:-n | genkey:--password-fd | \
                 genkey:--iterations | genkey:-n | pubkey:--password-fd | sign:--password-fd | verify:--time | \
-                verify:-T | cms-verify:--time | cms-verify:-T | agree:--ukm | agree:-u | agree:--password-fd | \
-                diversify:--ukm | diversify:-u | diversify:--password-fd | speed:--seconds | speed:-s)
+                verify:-T | cms-sign:--password-fd | cms-verify:--time | cms-verify:-T | agree:--ukm | agree:-u | \
+                agree:--password-fd | diversify:--ukm | diversify:-u | diversify:--password-fd | speed:--seconds | \
+                speed:-s)
                 compopt +o default +o bashdefault 2>/dev/null || :
                 return ;;
             help:help) words="encrypt decrypt mac hash sha1 hmac derive keygen keypair pubkey sign verify cms
                 agree diversify inspect params speed help version start keys formats parameters byte-orders
                 exit-codes secrets terminals" ;;
-            help-cms:cms | help:cms) words="verify" ;;
+            help-cms:cms | help:cms) words="show sign verify" ;;
         esac
     fi
     [[ -z $words ]] || mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")

@@ -8,7 +8,7 @@ import subprocess
 from program import PROGRAM, ProgramTest, main
 
 COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keygen", "keypair", "pubkey", "sign", "verify",
-            "cms verify", "agree", "diversify", "inspect", "params", "speed"]
+            "cms show", "cms sign", "cms verify", "agree", "diversify", "inspect", "params", "speed"]
 
 
 class KeyGeneration(ProgramTest):

@@ -37,6 +37,8 @@ class Runs(ProgramTest):
         self.sign_document("ca", self.certified("root.pem", subject=name,
                                                 extensions=[x509.authority(), x509.key_usage("56")]))
         self.sign_document("cert", self.certified("pem", issuer=name, extensions=[x509.key_usage("0")]))
+        self.vrx("cms", "sign", "--key", "pem", "--cert", "cert", "-o", "message", "in")
+        self.write("octets", self.vrx("cms", "sign", "--key", "pem", "--cert", "cert", "--detached", "--smime", "in"))
         self.sign_document("crl", x509.element("30", "020101", x509.GOST_SIGNATURE, name, x509.time("200102000000Z"),
                                                x509.time("20890101000000Z")))
         for command in (["keygen", "--out", "locked.key"], ["keypair", "--curve", "A", "--out", "locked"]):
@@ -74,12 +76,17 @@ class Runs(ProgramTest):
             ["mac", "--key", "locked.key", "--password-file", "password", "in"],
             ["verify", "--cert", "cert", "--ca", "ca", "--crl", "crl", "--time", "any", "--signature", "signature",
              "in"],
+            ["cms", "verify", "--ca", "ca", "--crl", "crl", "--time", "any", "-o", OUT, "message"],
+            ["cms", "verify", "--ca", "ca", "--time", "any", "octets"],
+            ["cms", "show", "message"],
             ["params", "--json"],
             ["help", "sign"],
             ["version"],
         ]
         for command in same:
             yield command, None
+        yield (["cms", "sign", "--key", "pem", "--cert", "cert", "--pem", "-o", OUT, "in"],
+               lambda done: self.vrx("cms", "verify", "--ca", "ca", OUT))
         yield ["keygen", "--out", OUT], lambda done: self.assertEqual(len(self.read(OUT)), 32)
         yield ["keygen", "--out", OUT, *LOCK], \
             lambda done: self.vrx("mac", "--key", OUT, "--password-file", "password", "in")

@@ -83,15 +83,17 @@ LAYERS = [
     # The program.
     Layer("app/io", "failure signals declassify text place confinement terminal files spool progress pieces", ("include/vrx",)),
     Layer("documents", """
-        der source ber messages_module asn1 transport algorithm name time certificate revocation signature chain message
-        signed_data""", ("app/io", "include/vrx.h")),
+        der source ber messages_module asn1 transport transport_writer algorithm name time certificate revocation
+        signature chain message signed_data signed_data_writer""", ("app/io", "include/vrx.h")),
     Layer("app/keys", "keys parameters random traces der password key_format encrypted_key unlock key_files",
           ("documents", "app/io", "src/frame", "include/vrx", "include/vrx.h")),
-    Layer("app", "chart report options topics checklist key_options cipher derived_key digest transform messages trust",
+    Layer("app", """
+        chart report options topics checklist key_options cipher derived_key digest transform messages message_report
+        trust""",
           ("app/keys", "documents", "app/io", "include/vrx.h")),
     Layer("app/commands", """
-        commands agree cms_verify decrypt derive diversify encrypt hash hmac inspect keygen keypair mac params pubkey sha1 sign
-        speed verify""",
+        commands agree cms_show cms_sign cms_verify decrypt derive diversify encrypt hash hmac inspect keygen keypair
+        mac params pubkey sha1 sign speed verify""",
           ("app", "app/keys", "documents", "app/io", "src/frame", "include/vrx", "include/vrx.h")),
     Layer("app", "main", ("app/commands", "app", "app/keys", "app/io", "include/vrx.h"), "app/main"),
 

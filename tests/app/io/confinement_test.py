@@ -22,8 +22,8 @@ class Confinement(ProgramTest):
             self.skipTest("the kernel has no seccomp")
         before = self.status_of(self.waiting(["cat"], program_name="/bin/cat"), "Seccomp_filters")
         for command in (["hash"], ["inspect"], ["encrypt", "-k", "key", "-o", "out"], ["mac", "-k", "key"],
-                        ["sha1", "--check"],
-                        ["pubkey"], ["decrypt", "-k", "key"]):
+                        ["sha1", "--check"], ["pubkey"], ["decrypt", "-k", "key"], ["cms", "verify", "-o", "-"],
+                        ["cms", "show"]):
             process = self.waiting(command)
             self.assertEqual(self.status_of(process, "Seccomp"), 2, command)
             self.assertEqual(self.status_of(process, "Seccomp_filters"), before + 1, command)
