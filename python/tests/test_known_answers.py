@@ -11,6 +11,7 @@ from vrx import _c
 
 CHECKS = {}
 FILES = sorted(path.relative_to(kat.TESTS) for path in Path(kat.TESTS).rglob("*.kat"))
+FILES.remove(Path("keyfile/published.kat"))  # key files, which the module does not read
 
 
 def checks(*kinds):
