@@ -23,6 +23,10 @@ if(VRX_SANITIZE)
   target_link_options(vrx_options INTERFACE -fsanitize=${VRX_SANITIZE})
 endif()
 
+# The build for the tests with g++ uses precompiled headers. All other builds, among them those with sanitizers, check
+# that sources include what they use.
+option(VRX_PRECOMPILED_HEADERS "Precompile headers for the program and the examples" OFF)
+
 # vrx_sanitize_less(SOURCE...): turns off two UndefinedBehaviorSanitizer checks in sources of vector code, where they take
 # more than half of the compile time. AddressSanitizer still checks every access.
 function(vrx_sanitize_less)

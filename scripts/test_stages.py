@@ -44,19 +44,16 @@ class Outcome:
 
 QUICK = [Stage("g++", "dev", tests=["-LE", "|".join(SLOW_LABELS)])]
 FULL = QUICK + [
-    Stage("g++, every engine", "dev", tests=["-L", "long"]),
+    Stage("g++, every engine", "dev", ["all", "slow_tests"], ["-L", "long"]),
     Stage("AddressSanitizer, UBSan", "asan", environment=SANITIZERS),
     Stage("ThreadSanitizer", "tsan", ["threads_test"], ["-L", "threads"]),
     Stage("valgrind", "dev", ["slow_tests"], ["-L", "memcheck"]),
-    Stage("constant time", "dev", ["slow_tests"], ["-L", "constant_time"]),
-    Stage("residue", "dev", ["residue"], ["-L", "residue"]),
     # Tests the code as it is installed, because with other flags, compilers may undo constant-time code and store
     # secrets in other places.
-    Stage("constant time, g++ release", "release-gcc", ["constant_time_tests"], ["-L", "constant_time"]),
-    Stage("constant time, clang++ release", "release-clang", ["constant_time_tests"], ["-L", "constant_time"]),
-    Stage("residue, g++ release", "release-gcc", ["residue"], ["-L", "residue"]),
-    Stage("residue, clang++ release", "release-clang", ["residue"], ["-L", "residue"]),
-    Stage("proofs", "dev", ["slow_tests"], ["-L", "prove"], optional=True),
+    Stage("secrets, g++ release", "release-gcc", ["constant_time_tests", "residue"], ["-L", "constant_time|residue"]),
+    Stage("secrets, clang++ release", "release-clang", ["constant_time_tests", "residue"],
+          ["-L", "constant_time|residue"]),
+    Stage("proofs", "dev", ["prove"], ["-L", "prove"], optional=True),
     Stage("VRX_CONSTANT_TIME", "constant-time", ["cipher_and_hash_tests"],
           ["-R", r"^(kernel|modes|meshing|context|known_answers|engine|engines|wipe|gostr3411|gostr3411_engine|"
                  r"constant_time|residue)\."]),

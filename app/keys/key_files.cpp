@@ -46,7 +46,8 @@ constexpr Kind<PublicOctets> public_kind{"public", public_label, read_public_key
 template <typename Octets>
 void check_label(const Kind<Octets>& kind, const std::string& label, const std::string& shown) {
     if (label.empty() || label == kind.label) return;
-    const std::string needed = std::string(" where a ") + kind.name;
+    std::string needed = " where a ";
+    needed += kind.name;
     if (label == private_label)
         throw Failure(shown + " holds a private key" + needed + " one is needed; 'vrx pubkey' writes its public key");
     if (label == public_label)

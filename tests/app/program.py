@@ -16,11 +16,23 @@ import unittest
 PROGRAM = os.environ.get("VRX_PROGRAM", "vrx")
 SANITIZED = bool(os.environ.get("VRX_SANITIZE"))
 KEY = bytes(range(32))
-WHOLE = os.environ.get("VRX_TEST_WHOLE") == "1"
+# With "1", each test takes all of its cases. With "only", just the tests that are @sampled run, with all of their cases.
+WHOLE = os.environ.get("VRX_TEST_WHOLE")
+
+
+def sampled(test):
+    """Marks a test that takes only some of its cases in a quick run. `./dev test --full` also runs it with all cases."""
+    test.sampled = True
+    return test
 
 
 def some(cases, of=8):
-    """Return all cases in full runs; otherwise, every `of`-th case, beginning with a random one."""
+    """
+    Return all cases in full runs; otherwise, every `of`-th case, beginning with a random one. Use it only in tests that
+    are @sampled.
+    """
+    if not hasattr(ProgramTest.running, "sampled"):
+        raise AssertionError("only tests that are @sampled may take some of their cases")
     cases = list(cases)
     return cases if WHOLE else cases[random.randrange(min(of, len(cases))) :: of]
 
@@ -35,7 +47,10 @@ class Done:
 class ProgramTest(unittest.TestCase):
     """A test in a temporary folder that holds a key file `key`. The program runs in that folder."""
 
+    running = None  # the test that runs now
+
     def setUp(self):
+        ProgramTest.running = getattr(self, self._testMethodName)
         self.folder = tempfile.mkdtemp(prefix="vrx-test-")
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         self.write("key", KEY, 0o600)
@@ -155,8 +170,17 @@ class Result(unittest.TextTestResult):
         self.stream.writeln(f"\n{test} skipped: {reason}")
 
 
+class Sampled(unittest.TestLoader):
+    """Loads only the tests that are @sampled."""
+
+    def getTestCaseNames(self, testCaseClass):  # pylint: disable=invalid-name
+        names = super().getTestCaseNames(testCaseClass)
+        return [name for name in names if hasattr(getattr(testCaseClass, name), "sampled")]
+
+
 def main():
     seed = int(os.environ.get("VRX_TEST_SEED", time.time_ns() & 0xFFFFFFFF))
     print("VRX_TEST_SEED=" + str(seed))
     random.seed(seed)
-    unittest.main(testRunner=unittest.TextTestRunner(resultclass=Result))
+    loader = Sampled() if WHOLE == "only" else unittest.defaultTestLoader
+    unittest.main(testRunner=unittest.TextTestRunner(resultclass=Result), testLoader=loader)

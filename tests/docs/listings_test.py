@@ -57,6 +57,7 @@ class Listings(unittest.TestCase):
         return line[2]
 
     def test_build_lines_work(self):
+        """Runs one build line of each form. Lines that differ only in the program's name have the same form."""
         scratch = Path(tempfile.mkdtemp(prefix="vrx-docs-"))
         self.addCleanup(shutil.rmtree, scratch)
         folder = LIBRARY.parent
@@ -74,9 +75,13 @@ class Listings(unittest.TestCase):
             return line, subprocess.run(["bash", "-c", line], cwd=scratch, env=environment, text=True, check=False,
                                         stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
 
-        lines = {self.build_line(page, name, after) for page, name, _, after in listings()}
-        lines = {line for line in lines if not re.search(r"--libs (\w+)\)", line) or self.installed(line, environment)}
-        self.assertGreater(len(lines), 12)
+        lines = {}
+        for page, name, _, after in listings():
+            line = self.build_line(page, name, after)
+            lines[re.sub(rf"\b{Path(name).stem}\b", "NAME", line)] = line
+        lines = {line for line in lines.values()
+                 if not re.search(r"--libs (\w+)\)", line) or self.installed(line, environment)}
+        self.assertGreater(len(lines), 4)
         with concurrent.futures.ThreadPoolExecutor(2) as pool:
             for line, done in pool.map(build, sorted(lines)):
                 self.assertEqual(done.returncode, 0, f"{line}\n{done.stdout}")

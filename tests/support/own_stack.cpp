@@ -29,9 +29,20 @@ Bytes stack_after(const std::function<void()>& body) {
 }
 
 bool holds_part_of(const Bytes& memory, std::span<const std::uint8_t> secret) {
-    const std::size_t size = std::min<std::size_t>(8, secret.size());
-    for (std::size_t at = 0; at + size <= secret.size(); ++at)
-        if (std::ranges::search(memory, secret.subspan(at, size)).begin() != memory.end()) return true;
+    if (secret.size() < sizeof(std::uint64_t)) return std::ranges::search(memory, secret).begin() != memory.end();
+    const auto window = [](const std::uint8_t* bytes) {
+        std::uint64_t value;
+        std::memcpy(&value, bytes, sizeof value);
+        return value;
+    };
+    std::unordered_set<std::uint64_t> wanted;
+    for (std::size_t at = 0; at + sizeof(std::uint64_t) <= secret.size(); ++at) wanted.insert(window(&secret[at]));
+    // Most of a stack is zero, so zeros have an answer that takes no search.
+    const bool zeros = wanted.contains(0);
+    for (std::size_t at = 0; at + sizeof(std::uint64_t) <= memory.size(); ++at) {
+        const std::uint64_t value = window(&memory[at]);
+        if (value == 0 ? zeros : wanted.contains(value)) return true;
+    }
     return false;
 }
 

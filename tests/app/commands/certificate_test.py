@@ -8,7 +8,7 @@ import certificates as x509
 import gost
 from certificates import CIPHER_A, CURVE_A, CURVE_XCHA, HASH_CRYPTOPRO, HASH_TEST
 from chains import ChainTest
-from program import main, some
+from program import main, sampled, some
 from signatures import ORDER, SignatureTest, flipped
 
 RSA = "300d06092a864886f70d0101010500"
@@ -118,6 +118,7 @@ class Certificates(CertificateTest):
         self.refused("verify", "--cert", "cert", "-S", "sig", "letter",
                      says="'cert' holds a point that is not on the curve XchA")
 
+    @sampled
     def test_damage_to_the_key_is_detected_and_harmless_elsewhere(self):
         self.certify(CURVE_A, HASH_CRYPTOPRO)
         octets = self.read("cert")

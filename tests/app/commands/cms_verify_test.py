@@ -9,7 +9,7 @@ import certificates as x509
 from certificates import element
 from messages import (CONTENT_TYPE, COUNTERSIGNATURE, DATA, ENVELOPED, HASH, MESSAGE_DIGEST, SIGNATURE, SIGNED, SIGNING_TIME,
                       MessageTest, attribute, in_order, indefinite, large, parts_of, published)
-from program import PROGRAM, main, some
+from program import PROGRAM, main, sampled, some
 from signatures import flipped
 
 SHA256 = "300b0609608648016503040201"
@@ -47,6 +47,7 @@ class Published(MessageTest):
             self.write("message", published(name))
             self.refused("cms", "verify", "message", says="'message' cannot be read as a signed message: ")
 
+    @sampled
     def test_every_octet_counts(self):
         self.write("cert", published("rfc4491-4.2-cert.der"))
         octets = published("rfc4490-9.1-signed.der")
@@ -111,6 +112,7 @@ class Forms(MessageTest):
             self.verify(mail.replace(b"--b 1\n", b"--b 1\nP.S.\n", 1), code=1, says="the content is not the one that was signed")
         self.refused("cms", "verify", "--content", "text", "message", says="'message' contains what was signed; leave out --content")
 
+    @sampled
     def test_malformed_mails(self):
         good = self.multipart(b"text", self.message(b"text", [self.signer(b"text")], detached=True))
         self.verify(good)
@@ -141,6 +143,7 @@ class Forms(MessageTest):
         self.write("message", self.pem("CMS", self.octets).replace(b"END CMS", b"END PKCS7"))
         self.refused("cms", "verify", "message", says="'message' cannot be read as a signed message")
 
+    @sampled
     def test_elements_of_indefinite_length(self):
         signer, der = self.signer(self.CONTENT), bytes.fromhex
         for inner in (large("04", self.CONTENT), parts_of(self.CONTENT, 7), indefinite("24", parts_of(self.CONTENT, 10) + large("04", b"")),
@@ -373,6 +376,7 @@ class Refusals(MessageTest):
         self.write("message", head + bytes(1000))
         self.refused("cms", "verify", "message", says="exceed 16 MiB")
 
+    @sampled
     def test_damaged_messages(self):
         good = self.both()
         for place, bad in flipped(good):

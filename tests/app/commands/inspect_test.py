@@ -8,7 +8,7 @@ import resource
 
 import certificates as x509
 from certificates import CIPHER_A, CURVE_A, HASH_CRYPTOPRO, HASH_TEST
-from program import KEY, SANITIZED, ProgramTest, main
+from program import KEY, ProgramTest, SANITIZED, main, sampled
 from signatures import SignatureTest, flipped
 
 
@@ -232,6 +232,7 @@ class Certificates(InspectTest):
         self.assertEqual(what, "a certificate for a key of RSA, which this program does not use")
         self.assertNotIn("fingerprint", facts)
 
+    @sampled
     def test_damage_does_no_harm(self):
         octets = self.certificate(CURVE_A, HASH_CRYPTOPRO)
         for _, bad in flipped(octets):

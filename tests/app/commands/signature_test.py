@@ -7,7 +7,7 @@ import os
 import gost
 import kat
 from digests import set_name
-from program import main, some
+from program import main, sampled, some
 from signatures import ORDER, SignatureTest, flipped
 
 CURVES = ["A", "B", "C", "XchA", "XchB", "Test"]
@@ -186,6 +186,7 @@ class RoundTrips(SignatureTest):
         self.valid("--set", "test")
         self.invalid()
 
+    @sampled
     def test_every_flipped_bit_of_a_signature_is_detected(self):
         self.pair("a", "A")
         self.vrx("sign", "-k", "a.key", "-o", "sig", "letter")
@@ -193,6 +194,7 @@ class RoundTrips(SignatureTest):
             self.write("bad", bad)
             self.invalid(signature="bad")
 
+    @sampled
     def test_every_flipped_bit_of_the_data_is_detected(self):
         self.pair("a", "XchB")
         self.vrx("sign", "-k", "a.key", "-o", "sig", "letter")
@@ -360,6 +362,7 @@ class WrongFiles(SignatureTest):
         self.refused("sign", "-k", "none", "letter", says="cannot open 'none'")
         self.refused("sign", "-k", ".", "letter", says="cannot read '.'")
 
+    @sampled
     def test_truncated_and_excess_octets(self):
         for name, label, command in (("a.key", "PRIVATE KEY", ["sign", "-k", "bad", "letter"]),
                                      ("a.pub", "PUBLIC KEY", ["verify", "-k", "bad", "-S", "sig", "letter"])):
@@ -372,6 +375,7 @@ class WrongFiles(SignatureTest):
                 self.write("bad", text[:size], 0o600)
                 self.refused(*command, says="'bad' is not a complete key file")
 
+    @sampled
     def test_every_flipped_bit_around_a_private_number_is_detected(self):
         octets = self.der("a.key")
         curve = octets.index(bytes.fromhex("06072a8503020223")) + 8
@@ -393,6 +397,7 @@ class WrongFiles(SignatureTest):
                 self.write("bad", bad, 0o600)
                 self.refused(*command, says="'bad'")
 
+    @sampled
     def test_every_flipped_bit_of_a_public_key_is_detected(self):
         octets = self.der("a.pub")
         for _, bad in flipped(octets):

@@ -11,7 +11,7 @@ import threading
 import time
 import unittest
 
-from program import PROGRAM, SANITIZED, ProgramTest, main, some
+from program import PROGRAM, ProgramTest, SANITIZED, main, sampled, some
 
 NOBODY = 65534
 FAULTS = os.environ.get("VRX_FAULTS", "")
@@ -229,6 +229,7 @@ class HostileFolders(ProgramTest):
             self.assertEqual((self.read("secret"), self.mode("secret")), (b"secret", 0o600))
             os.unlink(self.path("out"))
 
+    @sampled
     def test_names_that_are_swapped_all_the_time_never_open_a_private_file(self):
         """Two names are swapped repeatedly: that of a regular file, and that of a link to a private file."""
         self.write("out", b"open", 0o666)
@@ -396,6 +397,7 @@ class Pipes(ProgramTest):
                          says="cannot write standard output: Broken pipe")
 
     @unittest.skipIf(SANITIZED, "sanitizers need memory of their own")
+    @sampled
     def test_memory_stays_small(self):
         for command in some(([*ENCRYPT], ["mac", "--key", "key"], ["hash"], ["sha1"], ["hmac", "--key", "key"]), 5) \
                 + [[*ENCRYPT, "-o", "out"]]:

@@ -6,7 +6,7 @@ import resource
 import signal
 import time
 
-from program import ProgramTest, main, some
+from program import ProgramTest, main, sampled, some
 
 NOBODY = 65534
 SIZE = 3 * 1024 * 1024 + 5
@@ -73,12 +73,15 @@ class AtAnyMoment(ProgramTest):
     def good_key(self):
         self.assertEqual((self.mode("out"), len(self.read("out"))), (0o600, 32))
 
+    @sampled
     def test_a_killed_encryption(self):
         self.expect_whole_or_absent([*ENCRYPT, "-o", "out", "in"], self.same_ciphertext)
 
+    @sampled
     def test_a_killed_signature(self):
         self.expect_whole_or_absent(["sign", "--key", "pem", "-o", "out", "in"], self.good_signature)
 
+    @sampled
     def test_a_killed_key_generation(self):
         self.expect_whole_or_absent(["keypair", "--curve", "B", "--out", "out"], self.good_private_key)
         self.expect_whole_or_absent(["keygen", "--out", "out"], self.good_key)
@@ -93,10 +96,12 @@ class AtAnyMoment(ProgramTest):
         process.wait(60)
         self.assertNotIn("out", self.names())
 
+    @sampled
     def test_a_killed_run_leaves_the_old_file_or_the_new_one(self):
         for ended in self.runs([*ENCRYPT, "-o", "out", "in"], signal.SIGKILL, 30, b"before"):
             self.assertIn(self.read("out"), (b"before", self.read("right")) if ended else (self.read("right"),))
 
+    @sampled
     def test_terminated_runs_clean_up(self):
         for number in (signal.SIGTERM, signal.SIGUSR1):
             self.expect_whole_or_absent([*ENCRYPT, "-o", "out", "in"], self.same_ciphertext, number, 15)
