@@ -468,6 +468,10 @@ TEST_F(CxxModes, names_and_last_blocks) {
     EXPECT_EQ(last.tail, 5u);
     EXPECT_EQ(vrx::to_hex(last.padded), hex(vrx::Bytes(odd).last(5)) + "000000");
     EXPECT_EQ(vrx::raw::last_block(odd, vrx::Flags::none).error(), vrx::Error::block_multiple);
+    const auto whole = vrx::raw::last_block(text, vrx::Flags::none).value();
+    EXPECT_EQ(whole.blocks, 3u);
+    EXPECT_EQ(whole.tail, 0u);
+    EXPECT_EQ(whole.padded, vrx::Block());
 }
 
 TEST_F(CxxModes, contexts) {
