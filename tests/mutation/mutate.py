@@ -73,8 +73,9 @@ def chosen_changes(arguments):
         if not files:
             sys.exit(f"mutate: '{name}' is not a source file that is changed; examples are src/sha1/hash.cpp and app")
         for file in files:
-            chosen[file] = [c for c in found[file] if not line or c.line(texts[file]) == int(line)]
-    return chosen
+            chosen.setdefault(file, set()).update(
+                c for c in found[file] if not line or c.line(texts[file]) == int(line))
+    return {file: sorted(of_file, key=lambda c: (c.start, c.end, c.new)) for file, of_file in chosen.items()}
 
 
 def main():

@@ -68,7 +68,7 @@ class Workshop:
         self.copy()
         launcher = ";".join([str(COMPILER), *(["ccache"] if shutil.which("ccache") else [])])
         options = [f"-DCMAKE_C_COMPILER_LAUNCHER={launcher}", f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}",
-                   "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST"]
+                   f"-DPython3_EXECUTABLE={sys.executable}", "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST"]
         if shutil.which("ld.lld"):
             options.append("-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld")
         subprocess.run(["cmake", "--preset", self.preset, "-S", self.tree, "-B", self.build, *options], check=True,
