@@ -3,11 +3,13 @@
 
 // Compilers do not analyse this code, so they cannot optimise it away.
 //
-// The stack pointer moves first, because signal handlers and valgrind treat memory below it as unused. Stores access
-// pages from the top down, in the direction in which a stack grows. All stores except the first are aligned.
+// The registers are zeroed first, so a later signal stores no secrets in its frame. The stack pointer moves in small
+// steps together with the stores: signal handlers and valgrind treat memory below it as unused, and a stack that
+// overflows reaches its guard page. All stores except the first are aligned.
 asm(R"(
-    .text
+    .pushsection .text
 
+    // %rdx is the stack pointer of the caller. %rdi, the depth, counts down.
     .macro vrx_erase_begin name
     .globl \name
     .hidden \name
@@ -18,66 +20,34 @@ asm(R"(
     endbr64
     mov %rsp, %rdx
     .cfi_def_cfa_register %rdx
-    sub %rdi, %rsp
-    sub $64, %rsp
-    mov %rdx, %rax
-    and $-32, %rax
-    .endm
-
-    // Zeroes the caller-saved general registers.
-    .macro vrx_erase_end name
-    mov %rdx, %rsp
-    .cfi_def_cfa_register %rsp
     xor %eax, %eax
     xor %ecx, %ecx
-    xor %edx, %edx
     xor %esi, %esi
-    xor %edi, %edi
     xor %r8d, %r8d
     xor %r9d, %r9d
     xor %r10d, %r10d
     xor %r11d, %r11d
+    .endm
+
+    .macro vrx_erase_end name
+    mov %rdx, %rsp
+    .cfi_def_cfa_register %rsp
+    xor %edx, %edx
+    xor %edi, %edi
     ret
     .cfi_endproc
     .size \name, . - \name
     .endm
 
-    .macro vrx_erase_stack_avx512
-    vpxor %xmm0, %xmm0, %xmm0
-    vmovdqu %ymm0, -32(%rdx)
-    vmovdqu %ymm0, -64(%rdx)
-    and $-64, %rax
-1:
-    vmovdqa64 %zmm0, -64(%rax)
-    vmovdqa64 %zmm0, -128(%rax)
-    sub $128, %rax
-    sub $128, %rdi
-    ja 1b
-    .endm
-
-    .macro vrx_erase_stack_avx
-    vpxor %xmm0, %xmm0, %xmm0
-    vmovdqu %ymm0, -32(%rdx)
-1:
-    vmovdqa %ymm0, -32(%rax)
-    vmovdqa %ymm0, -64(%rax)
-    vmovdqa %ymm0, -96(%rax)
-    vmovdqa %ymm0, -128(%rax)
-    sub $128, %rax
-    sub $128, %rdi
-    ja 1b
-    .endm
-
     // VEX instructions also zero the upper parts. vzeroupper avoids a penalty in later SSE instructions.
     .macro vrx_erase_low_vectors
-    .irp n, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15
+    .irp n, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15
     vpxor %xmm\n, %xmm\n, %xmm\n
     .endr
     vzeroupper
     .endm
 
     vrx_erase_begin vrx_erase_avx512
-    vrx_erase_stack_avx512
     vrx_erase_low_vectors
     .irp n, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31
     vpxord %xmm\n, %xmm\n, %xmm\n
@@ -85,27 +55,44 @@ asm(R"(
     .irp n, 0, 1, 2, 3, 4, 5, 6, 7
     kxorw %k\n, %k\n, %k\n
     .endr
+    vmovdqu %ymm0, -32(%rdx)
+    vmovdqu %ymm0, -64(%rdx)
+    and $-64, %rsp
+1:
+    add $-128, %rsp
+    vmovdqa64 %zmm0, 64(%rsp)
+    vmovdqa64 %zmm0, (%rsp)
+    sub $128, %rdi
+    ja 1b
     vrx_erase_end vrx_erase_avx512
 
     vrx_erase_begin vrx_erase_avx
-    vrx_erase_stack_avx
     vrx_erase_low_vectors
+    vmovdqu %ymm0, -32(%rdx)
+    and $-32, %rsp
+1:
+    add $-128, %rsp
+    vmovdqa %ymm0, 96(%rsp)
+    vmovdqa %ymm0, 64(%rsp)
+    vmovdqa %ymm0, 32(%rsp)
+    vmovdqa %ymm0, (%rsp)
+    sub $128, %rdi
+    ja 1b
     vrx_erase_end vrx_erase_avx
 
     vrx_erase_begin vrx_erase_sse2
-    pxor %xmm0, %xmm0
-    movdqu %xmm0, -32(%rdx)
-    movdqu %xmm0, -16(%rdx)
-2:
-    .irp at, 16, 32, 48, 64, 80, 96, 112, 128
-    movdqa %xmm0, -\at(%rax)
-    .endr
-    sub $128, %rax
-    sub $128, %rdi
-    ja 2b
-    .irp n, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15
+    .irp n, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15
     pxor %xmm\n, %xmm\n
     .endr
+    movdqu %xmm0, -16(%rdx)
+    and $-16, %rsp
+1:
+    add $-128, %rsp
+    .irp at, 112, 96, 80, 64, 48, 32, 16, 0
+    movdqa %xmm0, \at(%rsp)
+    .endr
+    sub $128, %rdi
+    ja 1b
     vrx_erase_end vrx_erase_sse2
 
     // The code of copy_secret(), for at most 64 bytes: two overlapping loads of the largest size that fits, then two
@@ -175,6 +162,11 @@ vrx_copy_short:
     ret
     .cfi_endproc
     .size vrx_copy_short, . - vrx_copy_short
+
+    .purgem vrx_erase_begin
+    .purgem vrx_erase_end
+    .purgem vrx_erase_low_vectors
+    .popsection
 )");
 
 namespace vrx {
