@@ -56,7 +56,7 @@ int ecGeneratePublicKey(const EcParamSet* set, const std::uint32_t* d, EcPoint* 
             return to_record(base_multiple(domain, load(d)));
         });
     });
-    return checked ? VRX_OK : ecCheckPublicKey(set, Q);
+    return checked ? VRX_OK : secret_work<depth::points>([&] { return ecCheckPublicKey(set, Q); });
 }
 
 int ecCheckPublicKey(const EcParamSet* set, const EcPoint* Q) {

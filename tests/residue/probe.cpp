@@ -16,7 +16,8 @@ namespace vrx::test {
 namespace {
 
 constexpr std::size_t arena_size = 1 << 18;
-constexpr std::size_t stack_size = 1 << 18;
+constexpr std::size_t guard_size = 1 << 16;
+std::size_t stack_size = 1 << 18;
 constexpr std::size_t xsave_size = 4096;
 constexpr std::uint8_t paint = 0xA5;
 
@@ -100,9 +101,14 @@ struct Run {
     std::vector<std::uint8_t> published;
 };
 
+/** A stack above an inaccessible area, so that a call that needs more stack fails. */
 std::uint8_t* own_stack() {
-    static auto* const stack = static_cast<std::uint8_t*>(
-        mmap(nullptr, stack_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    static std::uint8_t* const stack = [] {
+        auto* const all = static_cast<std::uint8_t*>(
+            mmap(nullptr, guard_size + stack_size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        if (mprotect(all + guard_size, stack_size, PROT_READ | PROT_WRITE) != 0) std::abort();
+        return all + guard_size;
+    }();
     return stack;
 }
 
@@ -223,6 +229,8 @@ bool can_probe() {
     return sigaction(SIGUSR1, &action, nullptr) == 0;
 }
 
+void use_stack_of(std::size_t bytes) { stack_size = bytes; }
+
 Residue probe(const Probe& p) {
     static Arena arena;
     static Run warm_up, a, again, b;
@@ -233,7 +241,7 @@ Residue probe(const Probe& p) {
     Residue found;
     std::vector<bool> left(stack_size / 4);
     const Difference differs(a, b);
-    constexpr std::size_t top = (stack_size - 64) / 4;
+    const std::size_t top = (stack_size - 64) / 4;
     constexpr std::uint32_t painted = paint * 0x01010101U;
     for (std::size_t i = 0; i < top; ++i) {
         const std::size_t below = 4 * (top - i);

@@ -101,6 +101,9 @@ struct Residue {
 /** True if this CPU and system permit reading the registers. */
 bool can_probe();
 
+/** Sets the size of the stack for all calls, before the first call. Below it there is an inaccessible area. */
+void use_stack_of(std::size_t bytes);
+
 Residue probe(const Probe& p);
 
 }  // namespace vrx::test

@@ -409,10 +409,59 @@ std::uint32_t* private_key(Arena& a) {
     return d;
 }
 
+/** A curve that is not built in, with a other than p - 3: id-tc26-gost-3410-2012-256-paramSetA of RFC 7836. */
+EcParamSet other_curve() {
+    EcParamSet set{};
+    const auto number = [](std::uint32_t* digits, const char* hexadecimal) {
+        mpConvFromHex(digits, VRX_ECC_DIGITS, hexadecimal);
+    };
+    number(set.p, "fffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffd97");
+    number(set.a, "c2173f1513981673af4892c23035a27ce25e2013bf95aa33b22c656f277e7335");
+    number(set.b, "295f9bae7428ed9ccc20e7c359a9d41a22fccd9108e17bf7ba9337a6f8ae9513");
+    number(set.q, "400000000000000000000000000000000fd8cddfc87b6635c115af556c360c67");
+    number(set.G.x, "91e38443a5e82c0d880923425712b2bb658b9196932e02c78b2582fe742daa28");
+    number(set.G.y, "32879423ab1a0375895786c4bb46e9565fde0b5344766740af268adb32322e5c");
+    return set;
+}
+
+/** A built-in curve with another base point, with or without the use of its table. */
+EcParamSet other_base(bool has_table) {
+    EcParamSet set = *get_GOSTR3410_par(1);
+    const EcPoint base = set.G;
+    epAdd(&set.G, &base, &base, &set);
+    set.has_precomp = has_table ? 1 : 0;
+    set.pp[0] = set.G;
+    for (std::size_t i = 1; i < VRX_ECC_PP_COUNT; ++i) {
+        EcPoint& entry = set.pp[i] = set.pp[i - 1];
+        for (int doubling = 0; doubling < 4; ++doubling) {
+            const EcPoint half = entry;
+            epAdd(&entry, &half, &half, &set);
+        }
+    }
+    return set;
+}
+
+struct NamedSet {
+    std::string name;
+    const EcParamSet* set;
+};
+
+/** The built-in sets, and custom sets, for which other methods run. */
+std::vector<NamedSet> sets() {
+    static const EcParamSet custom[] = {other_base(false), other_base(true), other_curve()};
+    std::vector<NamedSet> all;
+    for (std::uint32_t i = 0; i < VRX_ECC_SET_COUNT; ++i)
+        all.push_back({std::string("/") + std::to_string(i), get_GOSTR3410_par(i)});
+    all.push_back({"/other_base", &custom[0]});
+    all.push_back({"/other_base_table", &custom[1]});
+    all.push_back({"/other_curve", &custom[2]});
+    return all;
+}
+
 void add_curves(Table& t) {
-    for (std::uint32_t i = 0; i < 6; ++i) {
-        const std::string n = std::string("/") + std::to_string(i);
-        const EcParamSet* const set = get_GOSTR3410_par(i);
+    for (const NamedSet& named : sets()) {
+        const std::string& n = named.name;
+        const EcParamSet* const set = named.set;
         t.add("ecSign" + n, [=](Arena& a) -> Body {
             const auto* digest = a.open<std::uint32_t>(8);
             const auto* d = private_key(a);
@@ -461,20 +510,22 @@ void add_curves(Table& t) {
     }
     // A point may be secret, for example the shared point of an agreement.
     const auto point = [&](const char* name, auto call) {
-        t.add(name, [=](Arena& a) -> Body {
-            const EcParamSet* const set = get_GOSTR3410_par(1);
-            auto* p = a.cleared<EcPoint>();
-            auto* q = a.cleared<EcPoint>();
-            auto* r = a.cleared<EcPoint>();
-            auto* pj = a.cleared<EcPointJ>();
-            auto* qj = a.cleared<EcPointJ>();
-            auto* rj = a.cleared<EcPointJ>();
-            epMult(p, &set->G, private_key(a), set);
-            epMult(q, &set->G, private_key(a), set);
-            epA2J(pj, p);
-            epDublJ(qj, pj, set);
-            return [=] { call(p, q, r, pj, qj, rj, set); };
-        });
+        for (const NamedSet& named : {sets()[1], sets().back()}) {
+            const EcParamSet* const set = named.set;
+            t.add(name + named.name, [=](Arena& a) -> Body {
+                auto* p = a.cleared<EcPoint>();
+                auto* q = a.cleared<EcPoint>();
+                auto* r = a.cleared<EcPoint>();
+                auto* pj = a.cleared<EcPointJ>();
+                auto* qj = a.cleared<EcPointJ>();
+                auto* rj = a.cleared<EcPointJ>();
+                epMult(p, &set->G, private_key(a), set);
+                epMult(q, &set->G, private_key(a), set);
+                epA2J(pj, p);
+                epDublJ(qj, pj, set);
+                return [=] { call(p, q, r, pj, qj, rj, set); };
+            });
+        }
     };
     using P = EcPoint*;
     using J = EcPointJ*;

@@ -1,6 +1,7 @@
-// Tests that calls leave no secrets on the stack and in registers. Usage: residue [--figures] [--depths] FAMILY..., or
-// residue --list, which prints the names of the called functions. With --depths, nothing is erased, so the output shows
-// how deep the library must erase the stack.
+// Tests that calls leave no secrets on the stack and in registers. Usage: residue [--small-stack] [--figures]
+// [--depths] FAMILY..., or residue --list, which prints the names of the called functions. With --depths, nothing is
+// erased, so the output shows how deep the library must erase the stack. With --small-stack, the calls run on a stack
+// of 64 KiB.
 #include <cstdio>
 #include <cstring>
 #include <set>
@@ -109,6 +110,8 @@ int main(int argc, char** argv) {
         const std::string family = argv[i];
         if (family == "--figures") {
             silent = true;
+        } else if (family == "--small-stack") {
+            use_stack_of(1 << 16);
         } else if (family == "--depths") {
             static constexpr vrx::Eraser none = {{"none"}, [](std::size_t) noexcept {}, [](std::size_t) noexcept {}};
             vrx::eraser.use(none);
@@ -128,8 +131,8 @@ int main(int argc, char** argv) {
             clean = each_engine<vrx::field::choice>("curves", vrx::field::engines) && clean;
         } else {
             std::fputs(
-                "usage: residue --list | [--figures] [--depths] control | cipher | hash | sha1 | curves | numbers "
-                "...\n",
+                "usage: residue --list | [--small-stack] [--figures] [--depths] control | cipher | hash | sha1 | "
+                "curves | numbers ...\n",
                 stderr);
             return 2;
         }
