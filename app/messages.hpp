@@ -1,4 +1,4 @@
-// Reads messages from files, and holds their content back until it was checked.
+// Reads messages from files. Holds back their content until it has been checked.
 #ifndef VRX_APP_MESSAGES_HPP
 #define VRX_APP_MESSAGES_HPP
 
@@ -14,7 +14,7 @@
 
 namespace vrx::app {
 
-/** An input as a source of a document; shows the progress. */
+/** An input file as the source of a document. Shows the progress. */
 class InputSource : public documents::Source {
 public:
     explicit InputSource(Input& input) : input_(input), progress_(input) {}
@@ -33,12 +33,12 @@ private:
 void read_document(const Input& input, const char* what, const std::function<void()>& read);
 
 /**
- * The content of a message, which goes to its place only after it was checked. A file gets its name then. Data for
- * standard output, a pipe or a device waits in a temporary file.
+ * The content of a message. It is written to its place only after it has been checked: a file gets its name at that
+ * time, and data for standard output, a pipe or a device is stored in a temporary file until then.
  */
 class HeldContent {
 public:
-    /** The option -o for the place; without it, the content goes nowhere. */
+    /** The option for the place. Without it, the content is not written. */
     [[nodiscard]] Option option(const char* help);
     /** The value of the option. */
     [[nodiscard]] const std::optional<std::string>& path() const { return path_; }
@@ -46,7 +46,7 @@ public:
     /** Open the place, if there is one. @param inputs  the files that the command reads. */
     void open(const std::vector<FileId>& inputs);
     void write(std::span<const std::uint8_t> data);
-    /** Let the content go to its place. Without this call nothing is written. */
+    /** Write the content to its place. Without this call, nothing is written. */
     void release();
 
 private:

@@ -6,7 +6,7 @@
 
 namespace vrx::app {
 
-/** The report on a file: a sentence, followed by lines of facts. It never contains secrets. */
+/** The report on a file: one sentence, and then lines with facts. It never contains secrets. */
 class Report {
 public:
     /** Set the sentence that says what the file is; later calls have no effect. */

@@ -1,4 +1,4 @@
-// Options for trusted certificates, and the check of a signer's certificate with them.
+// Options for trusted certificates, and the check of a signer's certificate against these.
 #ifndef VRX_APP_TRUST_HPP
 #define VRX_APP_TRUST_HPP
 
@@ -24,24 +24,27 @@ struct TrustOptions {
 /** These three options. @param time_help  the help of --time. */
 std::vector<Option> trust_options(TrustOptions& options, const char* time_help);
 
-/** The value of --time, by default the current time; std::nullopt for "any". */
+/** Returns the value of --time, or the current time if the option is not given; std::nullopt for "any". */
 std::optional<documents::Time> time_of(const Command& self, const TrustOptions& options);
 
-/** The certificates and revocation lists in the files of the options. */
+/** The certificates and revocation lists from the files that the options name. */
 class TrustStore {
 public:
     explicit TrustStore(const TrustOptions& options);
     TrustStore(const TrustStore&) = delete;
     TrustStore& operator=(const TrustStore&) = delete;
 
-    /** Add a certificate that is not trusted, but may connect another one with one that is trusted. */
+    /**
+     * Add a certificate that is not trusted itself, but may be between another certificate and a trusted one in a
+     * chain.
+     */
     void add_intermediate(const documents::Certificate& certificate);
     /** True if there was no option --ca. */
     [[nodiscard]] bool is_empty() const { return empty_; }
     [[nodiscard]] const documents::Authorities& authorities() const { return authorities_; }
 
 private:
-    std::vector<Octets> contents_;  // which authorities_ refers to
+    std::vector<Octets> contents_;  // the octets to which authorities_ refers
     documents::Authorities authorities_;
     bool empty_;
 };
@@ -50,7 +53,7 @@ private:
 struct Trusted {
     documents::Fault fault;
     std::string chain;  // "valid", "not-valid" or "unchecked"
-    std::string root;   // the trusted certificate at its end
+    std::string root;   // the trusted certificate at the end of the chain
 };
 
 /** Check the certificate of a signer, and its chain if there are trusted certificates. */

@@ -11,7 +11,7 @@ constexpr asn1_static_node module[] = {
 #include "documents/messages_module.inc"
 };
 
-/** Throw if libtasn1 reports anything but success. */
+/** Throws if libtasn1 reports an error. */
 void require(int code, const std::string& what) {
     if (code == ASN1_SUCCESS) return;
     if (code == ASN1_MEM_ALLOC_ERROR) throw std::bad_alloc();
@@ -55,7 +55,7 @@ Value::Value(const char* type) {
 std::optional<Value> Value::decode(const char* type, Part octets) {
     if (octets.empty() || octets.size() > 0x7FFFFFFF) return std::nullopt;
     Value value(type);
-    asn1_node node = value.node_.release();  // libtasn1 deletes it after an error
+    asn1_node node = value.node_.release();  // after an error, libtasn1 has deleted the structure
     int size = size_of(octets);
     const int code = asn1_der_decoding2(&node, octets.data(), &size, 0, nullptr);
     value.node_.reset(node);
@@ -87,7 +87,7 @@ Octets Value::octets(const std::string& path) const {
 
 std::string Value::oid(const std::string& path) const {
     const Octets text = octets(path);
-    // libtasn1 ends it with a zero.
+    // libtasn1 appends a zero to the value.
     return text.empty() ? std::string() : std::string(text.begin(), text.end() - 1);
 }
 

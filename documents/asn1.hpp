@@ -16,15 +16,17 @@ namespace vrx::documents::asn1 {
 /**
  * A value of a type in messages.asn.
  *
- * A path names a field in it: "sid.issuerAndSerialNumber.issuer"; "?1" is the first element of a SET OF or SEQUENCE OF,
- * and "?LAST" the last one; "" is the value itself. Functions throw std::logic_error for a path that the type lacks.
+ * A path names a field in the value, for example "sid.issuerAndSerialNumber.issuer". In a path, "?1" is the first
+ * element of a SET OF or SEQUENCE OF, and "?LAST" is the last one. The path "" is the value itself. Functions throw
+ * std::logic_error if the type has no such path.
  */
 class Value {
 public:
-    /** A value without fields, to be filled in and encoded. */
+    /** A new value, whose fields are to be set before it is encoded. */
     explicit Value(const char* type);
     /**
-     * Decode BER; std::nullopt if it is not one value of this type. Check what must be DER with der::is_well_formed().
+     * Decode BER; std::nullopt if the octets are not one value of this type. If the octets must be DER, check them with
+     * der::is_well_formed().
      */
     static std::optional<Value> decode(const char* type, Part octets);
 

@@ -33,7 +33,7 @@ bool Reader::fill(std::size_t count) {
     return true;
 }
 
-/** The position at which the current element ends at the latest. */
+/** Returns a position that the current element cannot exceed. */
 std::uint64_t Reader::end() const { return open_.empty() ? unlimited : open_.back().end; }
 
 std::uint8_t Reader::take() {
@@ -51,7 +51,7 @@ Reader::Header Reader::take_header(Octets* copy) {
         return octet;
     };
     Header header{next(), 0};
-    if ((header.tag & 0x1F) == 0x1F || header.tag == 0) throw_unexpected();  // no such tags occur in messages
+    if ((header.tag & 0x1F) == 0x1F || header.tag == 0) throw_unexpected();  // such tags do not occur in messages
     const std::uint8_t first = next();
     if (first == 0x80) {
         if ((header.tag & constructed) == 0) throw Malformed("a primitive element has no length");
@@ -130,7 +130,7 @@ void Reader::copy_element(Octets& out, std::size_t depth) {
     while (tag()) copy_element(out, depth + 1);
     take_end_of_contents(&out);
     open_.pop_back();
-    copy_octets(0, out);  // checks the size
+    copy_octets(0, out);  // this checks the size
 }
 
 Octets Reader::whole() {

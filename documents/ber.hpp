@@ -11,7 +11,7 @@
 
 namespace vrx::documents::ber {
 
-/** The most octets that a reader returns from all calls of whole(). */
+/** The maximum number of octets that all calls of whole() return together. */
 inline constexpr std::size_t most_octets = 16 * 1024 * 1024;
 
 /** The marks of the tags of constructed elements, and of elements whose tag depends on the context. */
@@ -27,11 +27,11 @@ public:
     [[nodiscard]] std::optional<std::uint8_t> tag();
     /** Make the next element, which must have this tag, the current one. */
     void enter(std::uint8_t wanted);
-    /** Return to the element around the current one, which must be at its end. */
+    /** Leave the current element, of which all octets must have been read, and return to the element around it. */
     void leave();
     /** Read the next element, including tag and length, as it is encoded. */
     Octets whole();
-    /** The same; the element must have this tag. */
+    /** Do the same, but require that the element has this tag. */
     Octets whole(std::uint8_t wanted);
     /**
      * Pass the contents of the next element, an OCTET STRING of any size, to a sink.
@@ -49,7 +49,8 @@ private:
     };
     /** An element that was entered. */
     struct Open {
-        std::uint64_t end;  // the position of its end, or of the innermost end around it that is known
+        std::uint64_t
+            end;  // the position of its end; if this is unknown, of the innermost known end of an element around it
         bool definite;
     };
 

@@ -12,13 +12,13 @@
 
 namespace vrx::documents {
 
-// The types of contents, and of messages (RFC 5652).
+// The identifiers of types of content and of messages (RFC 5652).
 inline constexpr const char* data_oid = "1.2.840.113549.1.7.1";
 inline constexpr const char* signed_data_oid = "1.2.840.113549.1.7.2";
 inline constexpr const char* enveloped_data_oid = "1.2.840.113549.1.7.3";
 inline constexpr const char* encrypted_data_oid = "1.2.840.113549.1.7.6";
 
-// The algorithms of messages (RFC 4490), apart from those in algorithm.hpp.
+// The identifiers of algorithms in messages (RFC 4490), except those in algorithm.hpp.
 inline constexpr const char* gost_hash_oid = "1.2.643.2.2.9";
 inline constexpr const char* gost_cipher_oid = "1.2.643.2.2.21";
 inline constexpr const char* gost_agreement_key_oid = "1.2.643.2.2.98";
@@ -30,7 +30,7 @@ inline constexpr const char* gost_agreement_key_oid = "1.2.643.2.2.98";
  */
 std::string read_content_type(ber::Reader& reader);
 
-/** Leave what read_content_type() entered, and check that nothing follows. */
+/** Leave the elements that read_content_type() entered, and check that nothing follows them. */
 void finish_message(ber::Reader& reader);
 
 /** Read a version number. */
@@ -46,13 +46,13 @@ struct CertificateId {
     Octets key;  // not empty if the certificate is named by its key
 
     [[nodiscard]] bool names(const Certificate& certificate) const;
-    /** "serial 1f2e of CN=..., ..." or "key 1f2e". */
+    /** Returns a text: "serial 1f2e of CN=..., ..." or "key 1f2e". */
     [[nodiscard]] std::string text() const;
 };
 
 /** Read a SignerIdentifier or RecipientIdentifier at a path. Throws Malformed. */
 CertificateId read_certificate_id(const asn1::Value& value, const std::string& path);
-/** Write one that names a certificate by issuer and serial number. */
+/** Write a SignerIdentifier or RecipientIdentifier that names a certificate by issuer and serial number. */
 void write_certificate_id(asn1::Value& value, const std::string& path, const Certificate& certificate);
 
 /** True if the parameters of an algorithm are absent or NULL. */

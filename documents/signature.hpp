@@ -24,17 +24,17 @@ class Hash {
 public:
     Hash();
     void update(Part octets);
-    /** The digest of all octets. Do not update afterwards. */
+    /** Returns the digest of all octets. Do not call update() afterwards. */
     [[nodiscard]] Digest final();
 
 private:
     GOSTR3411_CTX context_;
 };
 
-/** The digest of octets. */
+/** Returns the digest of some octets. */
 Digest digest_of(Part octets);
 
-/** True if r and s are from 1 to q - 1, and the signature, s and then r, verifies. */
+/** Returns true if r and s are from 1 to q - 1 and the signature is valid. A signature is s, then r. */
 bool verifies(const Digest& digest, Part signature, const WorkingKey& key);
 
 }  // namespace vrx::documents

@@ -13,7 +13,7 @@ constexpr const char* message_digest_oid = "1.2.840.113549.1.9.4";
 constexpr const char* signing_time_oid = "1.2.840.113549.1.9.5";
 constexpr const char* hash_set_oid = "1.2.643.2.2.30.1";  // CryptoPro
 
-/** True if an algorithm is GOST R 34.11-94 with the parameter set CryptoPro, which may be left out. */
+/** True if an algorithm is GOST R 34.11-94 with the parameter set CryptoPro. The algorithm need not name this set. */
 bool is_hash(const asn1::Value& value, const std::string& path) {
     return value.oid(path + ".algorithm") == gost_hash_oid &&
            (has_no_parameters(value, path) || value.octets(path + ".parameters") == asn1::encode_oid(hash_set_oid));
@@ -24,7 +24,7 @@ bool is_signature_algorithm(const asn1::Value& value, const std::string& path) {
     return (oid == gost_key_oid || oid == gost_signature_oid) && has_no_parameters(value, path);
 }
 
-/** The elements of a SET OF, given its contents; std::nullopt if they are not DER. */
+/** Returns the elements of a SET OF, given its contents; std::nullopt if the contents are not DER. */
 std::optional<std::vector<Part>> elements_of(Part contents) {
     std::vector<Part> elements;
     for (der::Reader reader(contents); !reader.at_end();) {
@@ -35,7 +35,7 @@ std::optional<std::vector<Part>> elements_of(Part contents) {
     return elements;
 }
 
-/** Takes over the value of one of the attributes that RFC 5652 defines; false if it is malformed. */
+/** Stores the value of an attribute that RFC 5652 defines. Returns false if the value is malformed. */
 bool take_attribute(const std::string& oid, Part value, SignerInfo& signer) {
     der::Reader reader(value);
     if (oid == content_type_oid) {
@@ -89,8 +89,9 @@ void read_signed_attributes(Part whole, SignerInfo& signer) {
     Fault fault;
     for (const Part element : *elements)
         if (Fault next = read_attribute(element, signer); fault.none()) fault = std::move(next);
-    // DER sorts by the octets; the shorter one of two is padded with zeros (X.690, section 11.6). No element is the
-    // beginning of another one, so the order of std::ranges::lexicographical_compare is the same.
+    // DER sorts elements by their octets, and pads the shorter of two elements with zeros (X.690, section 11.6).
+    // Because no element is the beginning of another element, std::ranges::lexicographical_compare() gives the same
+    // order.
     std::ranges::sort(*elements, [](Part a, Part b) { return std::ranges::lexicographical_compare(a, b); });
     Octets sorted;
     for (const Part element : *elements) sorted.insert(sorted.end(), element.begin(), element.end());

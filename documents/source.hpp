@@ -1,4 +1,4 @@
-// Octets that are read from first to last, and the error of documents that cannot be read.
+// A source of octets that are read from first to last, and the error for documents that cannot be read.
 #ifndef VRX_DOCUMENTS_SOURCE_HPP
 #define VRX_DOCUMENTS_SOURCE_HPP
 

@@ -31,7 +31,7 @@ constexpr std::uint8_t no_sextet = 0xFF;
 constexpr std::uint8_t blank = 0xFE;
 constexpr std::uint8_t pad = 0xFD;
 
-/** The value of each character of base64, or one of the marks above. */
+/** The value of each character in base64, or one of the marks above. */
 constexpr std::array<std::uint8_t, 256> sextets = [] {
     std::array<std::uint8_t, 256> table{};
     table.fill(no_sextet);
@@ -88,7 +88,10 @@ std::string parameter(const std::string& value, std::string_view name) {
     }
 }
 
-/** Add a line to headers; false if it is none. Further lines of a header begin with a blank. */
+/**
+ * Add a line to the headers. Returns false if the line is not a header. The second and later lines of a header begin
+ * with a blank.
+ */
 bool add_header_line(std::string_view line, std::vector<Header>& headers) {
     if (blanks.find(line.front()) != std::string_view::npos) {
         if (headers.empty()) return false;
@@ -108,7 +111,7 @@ std::string value_of(const std::vector<Header>& headers, std::string_view name) 
     return found != headers.end() ? found->value : std::string();
 }
 
-/** Read headers up to an empty line. Mail folders begin messages with a line "From ", which is skipped. */
+/** Read headers up to an empty line. In mail folders, a message begins with a line "From ", which is skipped. */
 std::vector<Header> read_headers(Lines& lines) {
     std::vector<Header> headers;
     std::string_view line;
@@ -156,7 +159,7 @@ std::string_view Lines::filled() const {
     return {reinterpret_cast<const char*>(buffer_.data()) + begin_, filled_ - begin_};
 }
 
-/** Read once more into the free part of the buffer. */
+/** Reads further octets into the free part of the buffer. */
 void Lines::fill() {
     if (begin_ > 0) {
         std::memmove(buffer_.data(), buffer_.data() + begin_, filled_ - begin_);
@@ -186,7 +189,7 @@ bool Lines::next(std::string_view& line) {
             return true;
         }
         if (text.size() >= longest_line || at_end_) {
-            // A carriage return at the end of a part may belong to the newline, so it waits.
+            // A carriage return at the end of a part may belong to the newline, so it is held back.
             line = text;
             if (!at_end_ && line.ends_with('\r')) line.remove_suffix(1);
             begin_ += line.size();
@@ -320,7 +323,7 @@ void Transport::decode_line(std::string_view line) {
     }
 }
 
-/** Decode lines until there are octets; false at the end. */
+/** Decode lines until there are octets. Returns false at the end. */
 bool Transport::decode_more() {
     decoded_.clear();
     taken_ = 0;
@@ -332,7 +335,7 @@ bool Transport::decode_more() {
         if (!at_end_) decode_line(line);
     }
     if (!at_end_) return true;
-    // At the end: the octets of an incomplete group.
+    // At the end, decodes the octets of an incomplete group.
     if (characters_ != 0 || padding_ != 0) {
         if (characters_ + padding_ != 4) throw Malformed("its base64 is truncated");
         group_ <<= 6 * padding_;

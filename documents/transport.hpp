@@ -16,7 +16,10 @@ class Lines {
 public:
     explicit Lines(Source& source);
 
-    /** The octets that the next call returns, and further ones: as many as there are, up to a limit of 64 KiB. */
+    /**
+     * Returns the octets that the next call will return, and those after them, as far as they exist, but at most 64
+     * KiB.
+     */
     std::string_view preview();
     /**
      * Take the next line without its newline, LF or CRLF. A line that is longer than 64 KiB comes in several parts.
@@ -26,7 +29,7 @@ public:
     bool next(std::string_view& line);
     /** True if the part that next() returned last was the last one of its line. */
     [[nodiscard]] bool line_ended() const { return line_ended_; }
-    /** Take octets as they are; 0 at the end. */
+    /** Take octets without looking for lines. @return their number; 0 at the end. */
     std::size_t read(std::span<std::uint8_t> buffer);
 
 private:
@@ -41,7 +44,10 @@ private:
     bool line_ended_ = true;
 };
 
-/** Reads a message in any form as the octets of its structure. Throws Malformed if the form is unknown or malformed. */
+/**
+ * Reads a message in any form, and returns the octets of its structure. Throws Malformed if the form is unknown or
+ * malformed.
+ */
 class Transport : public Source {
 public:
     enum class Form {
@@ -76,8 +82,8 @@ private:
     Lines lines_;
     Form form_;
     std::string label_;
-    std::string boundary_;     // with two leading dashes
-    Octets decoded_;           // of base64
+    std::string boundary_;     // the boundary, with two leading dashes
+    Octets decoded_;           // octets decoded from base64
     std::size_t taken_ = 0;    // the octets of decoded_ that were read
     std::uint32_t group_ = 0;  // up to four characters of base64
     unsigned characters_ = 0;

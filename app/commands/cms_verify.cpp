@@ -17,7 +17,7 @@
 namespace vrx::app {
 namespace {
 
-/** A certificate with the octets that it refers to. */
+/** A certificate, and the octets to which it refers. */
 struct Certified {
     Octets octets;
     documents::Certificate certificate;
@@ -48,7 +48,7 @@ struct Message {
     documents::Digest digest{};
 };
 
-/** Read a message, and pass its content to `content`, if the message contains it. */
+/** Read a message. If it contains its content, pass the content to `content`. */
 Message read_message(Input& input, const VerifyOptions& options, HeldContent& content) {
     Message message;
     documents::Hash hash;
@@ -173,7 +173,7 @@ std::string status_text(const std::vector<Verdict>& verdicts, bool valid, const 
     return text;
 }
 
-/** Write lines to standard error, each after the program's name. */
+/** Write lines to standard error. Each line begins with the program's name. */
 void say_lines(std::string_view text) {
     while (!text.empty()) {
         const std::size_t end = text.find('\n');

@@ -1,4 +1,4 @@
-// Keeps data that may not be written to its place yet.
+// Keeps data that the program may not write to its final place yet.
 #ifndef VRX_APP_SPOOL_HPP
 #define VRX_APP_SPOOL_HPP
 
@@ -11,12 +11,14 @@
 namespace vrx::app {
 
 /**
- * An unnamed temporary file, in /var/tmp or else in /tmp. Standard output and devices cannot take data back, so data
- * that may turn out to be invalid waits here.
+ * An unnamed temporary file, in /var/tmp or else in /tmp. Data that was written to standard output or to a device
+ * cannot be taken back, so the program stores data here until it knows that the data is valid.
  */
 class Spool {
 public:
-    /** Create the file. Call this before the process is confined, which denies access to the folder. */
+    /**
+     * Create the file. Call this before the process is confined, because a confined process cannot access the folder.
+     */
     void open();
     void write(std::span<const std::uint8_t> data);
     /** Copy everything that was written. */

@@ -15,7 +15,7 @@ namespace vrx::app::der {
 
 using namespace documents::der;
 
-/** Append an element whose contents are the concatenated parts, shorter than 65536 octets. */
+/** Append an element whose contents are the concatenated parts, which together have fewer than 65536 octets. */
 void append(SecretBytes& out, std::uint8_t tag, std::initializer_list<std::span<const std::uint8_t>> parts);
 
 /** Decode base64 (RFC 4648) in place, ignoring newlines and blanks; false if it is malformed. */

@@ -14,7 +14,7 @@ namespace {
 using documents::Content;
 using documents::Part;
 
-// RFC 8018, appendices A.4 and A.2; RFC 4357, section 4: whole identifiers.
+// Identifiers of RFC 8018, appendices A.4 and A.2, and of RFC 4357, section 4, with tag and length.
 constexpr std::uint8_t pbes2[] = {0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x05, 0x0D};
 constexpr std::uint8_t pbkdf2[] = {0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x05, 0x0C};
 constexpr std::uint8_t hmac_gost[] = {0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x02, 0x0A};
@@ -30,7 +30,7 @@ bool starts_with(der::Reader& fields, Part identifier) {
     return found && std::ranges::equal(*found, identifier);
 }
 
-/** A parameter set that RFC 4357 defines; the S-boxes of others are uncertain. */
+/** Finds a parameter set that RFC 4357 defines. For other sets, it is uncertain which S-boxes a file means. */
 const vrx_gost28147_par* set_of(Part identifier) {
     for (std::uint32_t i = 0; i < VRX_TZ_28147_89_COUNT; ++i) {
         const vrx_gost28147_par& set = *get_GOST28147_par(i);

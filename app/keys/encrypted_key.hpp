@@ -29,7 +29,10 @@ inline constexpr std::uint32_t most_iterations = 10'000'000;
 /** Stands for an iteration count of more than 31 bits. */
 inline constexpr std::uint32_t uncounted_iterations = 0xFFFFFFFF;
 
-/** Read EncryptedPrivateKeyInfo; foreign if the scheme, the cipher or its parameter set is not supported. */
+/**
+ * Read EncryptedPrivateKeyInfo. The result is Content::foreign if the scheme, the cipher or its parameter set is not
+ * supported.
+ */
 documents::Content read_encrypted_key(std::span<const std::uint8_t> octets, EncryptedKey& key);
 
 /** True if a DER file that cannot be read is an encrypted key, not a file of another kind. */
@@ -42,7 +45,8 @@ std::string iterations_of(const EncryptedKey& key);
  * Decrypt a key.
  *
  * @param plain  out: PrivateKeyInfo, appended; unspecified if the password is wrong.
- * @return whether the result is PrivateKeyInfo. There is no MAC, so only the structure shows a wrong password.
+ * @return true if the result is PrivateKeyInfo. There is no MAC, so a wrong password is noticed only by the structure
+ *         of the result.
  */
 [[nodiscard]] bool decrypt_key(const EncryptedKey& key, std::span<const std::uint8_t> password, SecretBytes& plain);
 

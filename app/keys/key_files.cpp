@@ -163,7 +163,7 @@ void load_certified_key(const std::string& path, const std::optional<std::string
 
 namespace {
 
-/** Append the documents of one kind in a file: one in DER, or all PEM blocks with the label. */
+/** Append the documents of one kind in a file: a single document in DER, or all PEM blocks with the label. */
 void load_documents(const std::string& path, const char* label, const char* what, std::vector<Octets>& contents) {
     Input file(path);
     SecretBytes content;

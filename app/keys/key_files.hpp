@@ -44,7 +44,7 @@ FileId load_public_key(const std::string& path, const KeyForm& form, PublicKey& 
 struct CertifiedKey {
     documents::Certificate certificate;
     PublicKey key;
-    const vrx_gostr3411_par* hash;  // of its owner's signatures; nullptr if not named
+    const vrx_gostr3411_par* hash;  // the hash parameter set of its owner's signatures; nullptr if not named
 };
 
 /**
@@ -56,7 +56,7 @@ struct CertifiedKey {
 void load_certified_key(const std::string& path, const std::optional<std::string>& curve, Octets& content,
                         CertifiedKey& result);
 
-/** Read all certificates, or all revocation lists, in a file: any number in PEM, or one in DER. */
+/** Read all certificates or all revocation lists in a file, which may have any number of them in PEM, or one in DER. */
 void load_certificates(const std::string& path, std::vector<Octets>& contents);
 void load_revocation_lists(const std::string& path, std::vector<Octets>& contents);
 

@@ -36,7 +36,7 @@ SecretPages::SecretPages(std::size_t size)
       size_((size + guard_ - 1) / guard_ * guard_),
       pages_(nullptr),
       protection_(Protection::none) {
-    // Keep secrets out of core dumps, and out of reach of other processes of the same user.
+    // Keep secrets out of core dumps, and deny access to other processes of the same user.
     prctl(PR_SET_DUMPABLE, 0);
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
@@ -58,7 +58,8 @@ SecretPages::SecretPages(std::size_t size)
     madvise(pages_, size_, MADV_DONTDUMP);
 }
 
-/** Put secret memory of the kernel in place of the pages. It is never swapped out. A failure may leave no pages there.
+/** Replace the pages with secret memory of the kernel, which is never swapped out. After a failure, the pages may be
+ * unmapped.
  */
 bool SecretPages::hide() const {
     const Descriptor memory(static_cast<int>(syscall(SYS_memfd_secret, O_CLOEXEC)));

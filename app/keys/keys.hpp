@@ -18,8 +18,8 @@
 namespace vrx::app {
 
 /**
- * Memory pages for secrets, wiped before they are freed. An inaccessible page before and after them stops overruns, and
- * forked processes do not inherit them.
+ * Memory pages for secrets, wiped before they are freed. An inaccessible page before them and one after them stop
+ * overruns. Forked processes do not inherit the pages.
  */
 class SecretPages {
 public:
@@ -42,12 +42,15 @@ private:
     bool lock() const;
 
     std::size_t guard_;  // the size of a page
-    std::size_t size_;   // a multiple of it
+    std::size_t size_;   // a multiple of the size of a page
     void* pages_;
     Protection protection_;
 };
 
-/** A trivial object on its own secret pages. Once the first exists, the process leaves no core dump. */
+/**
+ * A trivial object on secret pages of its own. After the first such object was created, the process leaves no core
+ * dump.
+ */
 template <typename T>
 requires std::is_trivially_destructible_v<T>
 class Secret {
@@ -69,7 +72,7 @@ public:
     void push_back(std::uint8_t byte);
     /** Keep only the first `size` bytes. */
     void truncate(std::size_t size) { size_ = size; }
-    /** Append the available bytes, at least one; false at the end of the file. */
+    /** Append the bytes that are available, at least one. Returns false at the end of the file. */
     bool append_from(Input& file);
 
 private:
@@ -87,17 +90,17 @@ void read_secret(Input& file, SecretBytes& secret);
 /**
  * Decode hexadecimal digits with an optional newline, in place.
  *
- * @param what  names their source in the error message.
+ * @param what  the name of the digits' source for the error message.
  */
 void decode_hex(SecretBytes& secret, const std::string& what);
 
-/** Compare octets in constant time: the time depends on their number alone. */
+/** Compare octets in constant time. The time depends only on the number of octets. */
 [[nodiscard]] bool equal_in_constant_time(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b);
 
 /** A cipher key as the library expects it: bytes 0 to 3 of the file are word 0, least significant byte first. */
 using Key = std::array<std::uint32_t, VRX_KEY_WORDS>;
 
-/** Print a warning if anyone but the owner can read a file. @param what  its contents, e.g. "key". */
+/** Print a warning if anyone except the owner can read a file. @param what  its contents, e.g. "key". */
 void warn_if_others_can_read(const Input& file, const char* what);
 
 }  // namespace vrx::app

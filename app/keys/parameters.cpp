@@ -102,7 +102,7 @@ std::string table_text(const vrx_tz& table) {
     std::string text;
     for (unsigned input = 0; input < 16; ++input)
         for (unsigned k = 0; k < 4; ++k) {
-            // Recover the outputs from the table entry where both S-boxes have this input.
+            // Recover the outputs for an input from the table entry in which both S-boxes have this input.
             const std::uint32_t pair = std::rotr(table.t[k][16 * input + input], 11) >> (8 * k);
             text += "0123456789ABCDEF"[pair & 15];
             text += "0123456789ABCDEF"[pair >> 4 & 15];

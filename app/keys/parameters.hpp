@@ -17,7 +17,7 @@ inline constexpr std::array<const char*, VRX_GOST28147_PAR_COUNT> short_names{"t
 /** The names of a hash parameter set. */
 struct HashSet {
     const char* short_name;
-    const char* tag;  // in lists in the BSD format
+    const char* tag;  // the tag in lists in the BSD format
 };
 
 /** The hash parameter sets, in the library's order. */
@@ -35,10 +35,10 @@ inline constexpr std::array<const char*, VRX_TZ_3411_94_COUNT> hash_tables{"tz_0
 struct Mode {
     std::uint32_t number;
     const char* name;
-    const char* common_name;  // also accepted
+    const char* common_name;  // another name that is accepted
     const char* description;
     bool takes_iv;
-    bool whole_blocks;  // the data must be a multiple of 8 bytes long
+    bool whole_blocks;  // true if the length of the data must be a multiple of 8 bytes
 };
 
 inline constexpr std::array modes{
@@ -57,10 +57,12 @@ const Mode& mode_by_name(const std::string& name);
  */
 const vrx_gost28147_par& cipher_parameters(std::string_view text);
 
-/** The index of a hash parameter set, named in the same ways. Throws a Failure if there is none. */
+/**
+ * Returns the index of a hash parameter set, which can be named in the same ways. Throws a Failure if there is none.
+ */
 std::uint32_t hash_set_index(std::string_view text);
 
-/** Find a built-in curve, named in the same ways. Throws a Failure if there is none. */
+/** Find a built-in curve, which can be named in the same ways. Throws a Failure if there is none. */
 const EcParamSet& curve_by_name(std::string_view text);
 /** The short name of a built-in curve, and its full name. */
 const char* curve_name(const EcParamSet& set);

@@ -17,7 +17,7 @@ void ask(std::string_view prompt, SecretBytes& answer) {
     Input input(fd, "the terminal");
     const NoEcho silent(fd);
     write_terminal(fd, prompt);
-    const bool any = answer.append_from(input);  // reads one line: terminals are line-buffered
+    const bool any = answer.append_from(input);  // reads one line, because terminals are line-buffered
     write_terminal(fd, "\n");
     if (!any) throw Failure("no password was given; type one and press Enter");
     answer.truncate(without_line_end(answer.text()).size());

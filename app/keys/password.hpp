@@ -1,5 +1,5 @@
-// Reads passwords from the terminal, a file or a descriptor; never from the command line, which every user of the
-// system can see.
+// Reads passwords from the terminal, a file or a descriptor. Passwords are never on the command line, because every
+// user of the system can see it.
 #ifndef VRX_APP_PASSWORD_HPP
 #define VRX_APP_PASSWORD_HPP
 
@@ -12,12 +12,12 @@
 namespace vrx::app {
 
 /**
- * The smallest recommended iteration count: OWASP's advice for PBKDF2 with a 256-bit hash (2023). No count makes up for
- * a weak password: PBKDF2 needs little memory, so attackers can test many passwords in parallel.
+ * The smallest recommended iteration count: OWASP's advice for PBKDF2 with a 256-bit hash (2023). Even a high count
+ * does not protect a weak password: PBKDF2 needs little memory, so attackers can test many passwords in parallel.
  */
 inline constexpr std::uint64_t advised_iterations = 600'000;
 
-/** Print a warning if an iteration count is smaller than that. */
+/** Print a warning if an iteration count is smaller than advised_iterations. */
 void warn_of_few_iterations(std::uint64_t iterations);
 
 /** The user's options for the password. */

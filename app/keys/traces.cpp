@@ -12,8 +12,8 @@ namespace vrx::app {
 namespace {
 
 /**
- * Zero the stack below this function, down to the lowest page that was ever used. Lower pages hold nothing, and the
- * stack limit may forbid touching them.
+ * Zero the stack below this function, down to the lowest page that was ever used. Lower pages contain no data, and the
+ * stack limit may forbid access to them.
  */
 [[gnu::noinline]] void clear_stack() {
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
@@ -23,7 +23,7 @@ namespace {
     unsigned char resident = 0;
     // NOLINTNEXTLINE(performance-no-int-to-ptr)
     while (mincore(reinterpret_cast<void*>(begin - page), page, &resident) == 0) begin -= page;
-    // No call: its frame would lie in the memory that is being cleared.
+    // There is no function call here, because its frame would be in the memory that is being cleared.
     std::size_t count = end - begin;
     asm volatile("rep stosb" : "+D"(begin), "+c"(count) : "a"(0) : "memory");
 }

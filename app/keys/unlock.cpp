@@ -16,9 +16,12 @@ namespace {
 static_assert(std::endian::native == std::endian::little);
 
 constexpr std::size_t hex_key_size = 2 * VRX_KEY_SIZE;
-constexpr std::size_t longest_key_text = hex_key_size + 2;  // digits, CR, LF
+constexpr std::size_t longest_key_text = hex_key_size + 2;  // the digits, CR and LF
 
-/** Read a key that is not encrypted. @param size  of the file; the content of a larger file may be decoded already. */
+/**
+ * Read a key that is not encrypted. @param size  the size of the file. `content` may be shorter, because it may be
+ * decoded already.
+ */
 void read_plain_key(SecretBytes& content, std::size_t size, const std::string& shown,
                     std::span<std::uint8_t, VRX_KEY_SIZE> octets) {
     if (size == octets.size()) {
@@ -82,7 +85,7 @@ FileId load_key(const std::string& path, const PasswordOptions& password, Key& k
     Input file(path);
     SecretBytes content;
     const std::span<std::uint8_t, VRX_KEY_SIZE> octets(reinterpret_cast<std::uint8_t*>(key.data()), VRX_KEY_SIZE);
-    constexpr std::size_t longest = 64 * 1024;  // of an encrypted key with comments
+    constexpr std::size_t longest = 64 * 1024;  // the size of an encrypted key with comments
     while (content.bytes().size() <= longest && content.append_from(file)) {
     }
     const std::size_t size = content.bytes().size();

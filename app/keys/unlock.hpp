@@ -24,8 +24,8 @@ std::optional<std::string> decode_key_file(SecretBytes& content);
  * @param content   in: DER. out: PrivateKeyInfo, if it was an encrypted key.
  * @param label     the PEM label; "" for DER.
  * @param shown     the file's name in messages.
- * @param password  where the password comes from; used for encrypted keys only.
- * @return whether it was encrypted. Throws a Failure if it cannot be decrypted.
+ * @param password  the source of the password; used only for encrypted keys.
+ * @return true if the key was encrypted. Throws a Failure if the key cannot be decrypted.
  */
 bool unlock(SecretBytes& content, std::string_view label, const std::string& shown, const PasswordOptions& password);
 
@@ -43,7 +43,7 @@ void append_locked(SecretBytes& out, SecretBytes& plain, const Lock& lock, bool 
 
 /**
  * Read a key file: 32 bytes, 64 hexadecimal digits with an optional newline, or a key encrypted with a password. Prints
- * a warning if anyone but the owner can read the file.
+ * a warning if anyone except the owner can read the file.
  *
  * @param path  "-" is standard input.
  * @return the identity of the file.

@@ -8,9 +8,9 @@
  * vrx_read_public_key() and vrx_read_private_key() check the keys that they read. In C++, vrx::PublicKey,
  * vrx::PrivateKey and vrx::verify() call these functions.
  *
- * Pointers may be NULL, and arguments may overlap. Arrays of digits must be aligned for uint32_t. The functions allocate
- * nothing. Threads: any number may call the functions. The functions log nothing themselves, but ecCheckPublicKey()
- * logs a point that is not on the curve.
+ * Pointers may be NULL, and arguments may overlap. Arrays of digits must be aligned for uint32_t. The functions
+ * allocate nothing. Any number of threads may call the functions. The functions log nothing themselves, but
+ * ecCheckPublicKey() logs a point that is not on the curve.
  *
  * This header is not part of vrx.h, and the library does not export its functions: they are compiled into your program.
  */
@@ -42,11 +42,11 @@ __attribute__((noinline, unused)) static unsigned vrx_public_fact(unsigned fact)
     return facts[fact & 3];
 }
 
-/** Tests 0 < a < b in constant time. @return 1 or 0, which is secret. */
+/** Tests 0 < a < b in constant time. @return 1 or 0; this result is secret. */
 VRX_INLINE unsigned vrx_is_positive_and_below(const uint32_t a[VRX_ECC_DIGITS], const uint32_t b[VRX_ECC_DIGITS]) {
     uint32_t borrow = 0, any = 0;
     for (unsigned i = 0; i < VRX_ECC_DIGITS; ++i) {
-        /* The difference is negative exactly if the upper half of the result is not 0. */
+        /* The difference is negative if and only if the upper half of the result is not 0. */
         borrow = (uint32_t)(((uint64_t)a[i] - b[i] - borrow) >> 32) & 1;
         any |= a[i];
     }
@@ -85,7 +85,7 @@ VRX_INLINE int vrx_check_private_key(const EcParamSet *set, const uint32_t d[VRX
 
 /**
  * Check the range of a signature: 0 < r < q and 0 < s < q (RFC 5832, section 6.2, step 1). ecVerify() does not check
- * it.
+ * this range.
  *
  * @param set  in: the curve parameter set.
  * @param sig  in: the signature.

@@ -2,7 +2,7 @@
  * @file helpers.h  Functions that every C program needs: wipe secrets, compare in constant time, explain return codes.
  *
  * This header is not part of vrx.h, and the library does not export its functions: they are compiled into your program.
- * They log nothing and allocate nothing. Threads: any number may call them.
+ * They log nothing and allocate nothing. Any number of threads may call them.
  *
  * The log of the library prints a return code as an unsigned hexadecimal number:
  *
@@ -41,7 +41,7 @@ VRX_BEGIN_DECLS
 VRX_INLINE void vrx_wipe(void *secret, size_t size) {
     if (size == 0) return;
     memset(secret, 0, size);
-    /* Something outside the compiler's view may read the bytes, so they must be written. */
+    /* For the compiler, this statement may read the bytes, so the compiler must write them. */
     __asm__ volatile("" : : "r"(secret) : "memory");
 }
 
@@ -61,7 +61,7 @@ VRX_INLINE int vrx_equal(const void *a, const void *b, size_t size) {
     unsigned differences = 0;
     for (size_t i = 0; i < size; ++i) {
         differences |= (unsigned)(x[i] ^ y[i]);
-        /* The compiler cannot know the value, so it cannot leave the loop at the first difference. */
+        /* The compiler cannot tell the value of the sum, so it cannot end the loop at the first difference. */
         __asm__("" : "+r"(differences));
     }
     return differences == 0;

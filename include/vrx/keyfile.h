@@ -17,8 +17,9 @@
  *   with these octets, from which zeros at the end may be missing; or an INTEGER, most significant octet first. If both
  *   of the first two forms fit, the first one applies. The functions ignore attributes and the optional public key
  *
- * In both, the identifier 1.2.643.2.2.98 of the algorithm means the same as 1.2.643.2.2.19. If a file names the hash
- * itself, 1.2.643.2.2.9, in place of a parameter set, the functions read it as if that set were not named.
+ * In both formats, the identifier 1.2.643.2.2.98 of the algorithm has the same meaning as 1.2.643.2.2.19. A file may
+ * name the hash itself, 1.2.643.2.2.9, in place of a parameter set. The functions then read the file as if it named no
+ * parameter set of the hash.
  *
  * Everything else is an error: other encodings of lengths and numbers than those of DER (X.690), and octets after the
  * end. A PEM file (RFC 7468) must contain exactly one block. Lines before and after the block are ignored, and so are
@@ -27,9 +28,9 @@
  * The functions take the same time for every private key of the same length on the same curve, and wipe their copies of
  * private keys.
  *
- * Unless a function says otherwise, pointers may not be NULL, and buffers may not overlap. Files may lie at any address.
- * The functions allocate nothing; reading uses about 5 KiB of stack. They log nothing themselves, but the library logs a
- * point that is not on the curve. Threads: any number may call the functions.
+ * Unless a function says otherwise, pointers may not be NULL, and buffers may not overlap. Files may lie at any
+ * address. The functions allocate nothing; reading uses about 5 KiB of stack. They log nothing themselves, but the
+ * library logs a point that is not on the curve. Any number of threads may call the functions.
  *
  * This header is not part of vrx.h, and the library does not export its functions: they are compiled into your program.
  */
@@ -102,7 +103,7 @@ VRX_INLINE uint32_t vrx_mask_between(uint32_t value, uint32_t first, uint32_t la
     return (((value - first) | (last - value)) >> 31) - 1;
 }
 
-/** The 6 bits of a base64 character; 0x100 for any other character. */
+/** Returns the 6 bits of a base64 character; 0x100 for any other character. */
 VRX_INLINE uint32_t vrx_sextet(uint32_t c) {
     const uint32_t upper = vrx_mask_between(c, 'A', 'Z');
     const uint32_t lower = vrx_mask_between(c, 'a', 'z');
@@ -113,7 +114,7 @@ VRX_INLINE uint32_t vrx_sextet(uint32_t c) {
            (~(upper | lower | digit | plus | slash) & 0x100);
 }
 
-/** The base64 character of 6 bits. */
+/** Returns the base64 character of 6 bits. */
 VRX_INLINE char vrx_base64_character(uint32_t bits) {
     return (char)((vrx_mask_between(bits, 0, 25) & (bits + 'A')) |
                   (vrx_mask_between(bits, 26, 51) & (bits - 26 + 'a')) |
@@ -121,7 +122,7 @@ VRX_INLINE char vrx_base64_character(uint32_t bits) {
                   (vrx_mask_between(bits, 63, 63) & '/'));
 }
 
-/** All ones if a character is a space, a tab or a line break, otherwise zero. */
+/** Returns all ones if a character is a space, a tab or a line break, otherwise zero. */
 VRX_INLINE uint32_t vrx_mask_blank(uint32_t c) {
     return vrx_mask_between(c, ' ', ' ') | vrx_mask_between(c, '\t', '\n') | vrx_mask_between(c, '\r', '\r');
 }
@@ -130,15 +131,15 @@ VRX_INLINE uint32_t vrx_mask_blank(uint32_t c) {
 typedef struct vrx_base64 {
     uint8_t *octets;
     size_t capacity;
-    size_t count;      /* of octets written */
-    size_t characters; /* taken, without blanks */
-    size_t padding;    /* of these, equals signs */
+    size_t count;      /* the number of octets that were written */
+    size_t characters; /* the number of characters so far, without blanks */
+    size_t padding;    /* the number of equals signs among them */
     uint32_t group;    /* the bits of up to four characters */
     uint32_t bad;      /* not 0 if the text is malformed */
     int full;          /* 1 if there was no room for an octet */
 } vrx_base64;
 
-/** Takes a character. Only whether it is a blank or an equals sign becomes public. */
+/** Takes a character. Makes public only whether it is a blank or an equals sign. */
 VRX_INLINE void vrx_base64_take(vrx_base64 *state, uint32_t c) {
     const unsigned kind = vrx_public_fact((vrx_mask_blank(c) & 1) | (vrx_mask_between(c, '=', '=') & 2));
     const uint32_t bits = kind == 2 ? 0 : vrx_sextet(c);
@@ -226,7 +227,7 @@ VRX_INLINE int vrx_der_next(vrx_der *in, unsigned tag, vrx_der *contents) {
     return 1;
 }
 
-/** Tests for an element with this tag and nothing after it. @return 1, or 0. */
+/** Tests whether the next element has this tag and is the last one. @return 1, or 0. */
 VRX_INLINE int vrx_der_only(vrx_der in, unsigned tag, vrx_der *contents) {
     return vrx_der_next(&in, tag, contents) && in.left == 0;
 }
@@ -324,14 +325,14 @@ VRX_INLINE int vrx_key_read_number(vrx_der value, uint8_t octets[VRX_PRIVATE_KEY
     memset(octets, 0, VRX_PRIVATE_KEY_SIZE);
     if (vrx_der_only(value, 0x04, &number)) {
         if (number.left == 0 || number.left > VRX_PRIVATE_KEY_SIZE) return 0;
-        /* If zeros are missing at the end, all of them are. */
+        /* If a program omits zeros at the end, it omits all of them. */
         if (number.left < VRX_PRIVATE_KEY_SIZE && vrx_public_fact((number.at[number.left - 1] - 1U) >> 31) != 0)
             return 0;
         memcpy(octets, number.at, number.left);
         return 1;
     }
     if (!vrx_der_only(value, 0x02, &number) || number.left == 0) return 0;
-    /* The first octet is zero exactly if the number would otherwise be negative. */
+    /* The first octet is zero if and only if the number would otherwise be negative. */
     zero_first = vrx_public_fact((number.at[0] - 1U) >> 31);
     if (zero_first != 0) {
         ++number.at;
@@ -544,7 +545,7 @@ VRX_INLINE int vrx_parse_public_key(const uint8_t *der, size_t size, vrx_key_alg
  * @param algorithm  out: the algorithm, as for vrx_parse_public_key().
  * @param octets     out: the number, in the form that ecLoadPrivateKeyValue() takes. Unspecified on failure. Wipe the
  *                   octets after use.
- * @return the codes of vrx_parse_public_key(); VRX_ERR_KEY_ENCRYPTED if the octets are an encrypted key.
+ * @return the same codes as vrx_parse_public_key(); VRX_ERR_KEY_ENCRYPTED if the octets are an encrypted key.
  */
 VRX_INLINE int vrx_parse_private_key(const uint8_t *der, size_t size, vrx_key_algorithm *algorithm,
                                      uint8_t octets[VRX_PRIVATE_KEY_SIZE]) {

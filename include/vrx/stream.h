@@ -34,7 +34,7 @@ VRX_BEGIN_DECLS
 #define VRX_ENCRYPT 1 /**< the direction of a stream: encrypt */
 
 /** @cond */
-/** For vrx_update_stream(): tests for a mode in which only whole blocks leave the context. */
+/** For vrx_update_stream(): tests for a mode in which the context writes only whole blocks. */
 VRX_INLINE int vrx_stream_has_blocks(const vrx_crpt_ctx *ctx) {
     return ctx->mode == VRX_MODE_SS || ctx->mode == VRX_MODE_CBC;
 }
@@ -76,8 +76,8 @@ VRX_INLINE int vrx_open_stream(vrx_crpt_ctx *ctx, const vrx_gost28147_par *set, 
  *
  * @param ctx   in: an open stream.
  * @param size  in: the number of bytes in the next piece.
- * @return size in counter mode and cipher feedback; in the simple substitution mode (ECB) and in CBC, the size of the
- *         blocks that the piece completes: at most size + 7.
+ * @return in counter mode and cipher feedback: size. In the simple substitution mode (ECB) and in CBC: the size of the
+ *         blocks that the piece completes, which is at most size + 7.
  */
 VRX_INLINE size_t vrx_stream_output(const vrx_crpt_ctx *ctx, size_t size) {
     if (!vrx_stream_has_blocks(ctx)) return size;
@@ -117,7 +117,7 @@ VRX_INLINE int vrx_update_stream(vrx_crpt_ctx *ctx, const void *in, size_t in_si
     while (in_size != 0 && rc == VRX_OK) {
         const size_t size = in_size < largest ? in_size : largest;
         const vrx_data input = {(uint32_t)size, from};
-        /* With a NULL output the library would only count. */
+        /* With a NULL output, the library would only count the bytes. */
         vrx_data output = {(uint32_t)vrx_stream_output(ctx, size), to != NULL ? to : &nothing};
         rc = vrx_crpt_update(ctx, &input, &output);
         if (rc == VRX_OK && written != NULL) *written += output.length;

@@ -1,6 +1,6 @@
-// Reads, checks and writes private keys of vrx/keyfile.h that are marked as uninitialised memory: valgrind reports
-// every branch and address that depends on them. Usage: keyfile_secrets clean | control. "control" compares a key with
-// the order of its curve by memcmp(), which valgrind must report.
+// Reads, checks and writes private keys with vrx/keyfile.h. The keys are marked as uninitialised memory, so valgrind
+// reports every branch and address that depends on them. Usage: keyfile_secrets clean | control. "control" compares a
+// key with the order of its curve by memcmp(), which valgrind must report.
 #include <valgrind/memcheck.h>
 #include <vrx.h>
 #include <vrx/keyfile.h>
@@ -21,7 +21,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 void hide(void* memory, std::size_t size) { static_cast<void>(VALGRIND_MAKE_MEM_UNDEFINED(memory, size)); }
 
-/** Makes memory public. @return true if every octet of it was secret at least in part, or valgrind does not run. */
+/** Makes memory public. @return true if at least one bit of every octet was secret, or if valgrind does not run. */
 bool reveal(const void* memory, std::size_t size) {
     std::array<unsigned char, 512> bits{};
     const bool traced = size <= bits.size() && VALGRIND_GET_VBITS(memory, bits.data(), size) == 1;
@@ -66,7 +66,7 @@ std::vector<File> files() {
             file({0x02, 0x14}, Bytes(digits.begin(), digits.begin() + 20))};
 }
 
-/** Reads a file with a secret number and compares it with the file that is public. */
+/** Reads a file whose number is secret, and compares the key with that of the public file. */
 bool is_read(void* secret, std::size_t size, const Bytes& der, bool all_octets) {
     vrx_private_key expected, key;
     if (vrx_read_private_key(der.data(), der.size(), &expected) != VRX_OK) return false;
@@ -90,7 +90,7 @@ bool reads_pem() {
         std::size_t size = 0;
         if (vrx_encode_pem("PRIVATE KEY", file.der.data(), file.der.size(), text.data(), text.size(), &size) != VRX_OK)
             return false;
-        // Hides the characters that stand for octets of the number alone.
+        // Marks characters of base64 as secret, but only those that encode nothing except octets of the number.
         std::size_t character = 0;
         const auto body = std::find(text.begin(), text.end(), '\n');
         for (auto at = body; character / 4 * 3 < file.der.size(); ++at) {

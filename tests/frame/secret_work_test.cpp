@@ -32,7 +32,7 @@ TEST(Wipe, secret_is_zeroed_when_its_scope_ends) {
 
 TEST(CopySecret, copies_any_length_and_nothing_else) {
     for (std::size_t size = 0; size <= longest_copy; ++size)
-        // Apart, at the same place, and overlapping in both directions.
+        // Copies between separate places, to the same place, and to overlapping places in both directions.
         for (const std::size_t to : {std::size_t{70}, std::size_t{3}, std::size_t{0}, std::size_t{10}}) {
             std::array<std::uint8_t, 140> bytes;
             for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i + 1);
@@ -59,7 +59,7 @@ TEST(Erasers, are_selected_by_the_features_that_they_need) {
     EXPECT_EQ(name(cpu::avx | cpu::avx512f | cpu::avx512vl), "avx512");
 }
 
-/** Whether a register that only AVX-512 has holds its value after erase(). */
+/** Returns whether a register that only AVX-512 has still holds its value after erase(). */
 [[gnu::noinline, gnu::target("avx512f")]] bool high_register_is_kept(Registers registers) {
     std::uint64_t after[8];
     asm volatile("vpternlogd $0xff, %%zmm20, %%zmm20, %%zmm20" : : : "xmm20");

@@ -28,7 +28,7 @@ TEST(Helpers, wipe_of_no_bytes_accepts_null) { vrx_wipe(nullptr, 0); }
 
 const Bytes secret = {0x5a, 0x13, 0xc7, 0x88, 0x2f, 0x91, 0xee, 0x04, 0xb6, 0x6d, 0x3a, 0xd5, 0x70, 0x1c, 0x49, 0xf3};
 
-/** Copies the secret to the stack, lets something read it there, and zeroes it with `wipe`. */
+/** Copies the secret to the stack, makes the compiler assume that it is read there, and zeroes it with `wipe`. */
 template <typename Wipe>
 [[gnu::noinline]] void use_secret(Wipe wipe) {
     std::uint8_t copy[16];
@@ -58,7 +58,7 @@ TEST(Helpers, equal_finds_a_difference_in_any_bit) {
             EXPECT_EQ(vrx_equal(a.data(), b.data(), size), 0) << bit;
         }
     }
-    // Two differences do not cancel each other out.
+    // Two differences with the same bits must not cancel each other.
     EXPECT_EQ(vrx_equal("ab", "ba", 2), 0);
     EXPECT_EQ(vrx_equal("aa", "bb", 2), 0);
 }

@@ -29,7 +29,7 @@ vrx_gost28147_par set_of(std::uint32_t mode, bool key_meshing = true) {
     return set;
 }
 
-/** The result of one call of a context. */
+/** The return code and the output of a call. */
 Bytes expected(const vrx_gost28147_par& set, int direction, Bytes text) {
     vrx_crpt_ctx ctx;
     std::uint32_t words[VRX_KEY_WORDS];
@@ -183,7 +183,7 @@ TEST(Stream, refused_piece_changes_nothing) {
         EXPECT_EQ(vrx_update_stream(&stream.ctx, nullptr, 28, rest, room, &more), VRX_ERR_BAD_PARAMS);
         EXPECT_EQ(vrx_update_stream(&stream.ctx, text.data() + 12, 28, nullptr, room, &more), VRX_ERR_BAD_PARAMS);
         EXPECT_EQ(vrx_update_stream(nullptr, text.data() + 12, 28, rest, room, &more), VRX_ERR_BAD_PARAMS);
-        if (has_blocks(mode)) {  // in place, with four bytes held
+        if (has_blocks(mode)) {  // in place, while the context holds four bytes
             EXPECT_EQ(vrx_update_stream(&stream.ctx, rest, 28, rest, room, &more), VRX_ERR_BAD_PARAMS);
         }
         ASSERT_EQ(vrx_update_stream(&stream.ctx, text.data() + 12, 28, rest, room, &more), VRX_OK);

@@ -5,7 +5,7 @@ namespace {
 
 using namespace vrx::test;
 
-/** The number of a private key as octets, least significant first, or the name of the error. */
+/** Reads a private key. Returns its number as octets, least significant first, or the name of the error. */
 std::string number_of(const Bytes& value) {
     vrx_private_key key;
     const int rc = read(private_file(value), key);
@@ -49,7 +49,7 @@ TEST(forms, zeros_at_the_end_of_an_octet_string_are_all_there_or_all_missing) {
         octets[size - 1] |= 2;
         Bytes cut = octets;
         cut.resize(size);
-        // With its header, a string of 30 octets has 32, and is read as the number itself.
+        // An OCTET STRING of 30 octets has 32 octets with its tag and length, so it is read as the number itself.
         const Bytes expected = size == 30 ? octet_string(cut) : octets;
         EXPECT_EQ(number_of(octet_string(cut)), hex(expected)) << size;
         if (size == 29) continue;
@@ -260,7 +260,7 @@ TEST(forms, point_must_be_on_the_curve_with_coordinates_below_p) {
                 tried[of_x ? 0 : 1] = true;
             }
         }
-        // No number of 256 bits is above p on the curves whose p begins with 32 one bits, and not below it.
+        // On curves whose p begins with 32 one bits, the sum of a coordinate and p practically never fits in 256 bits.
         if (set.p[7] != 0xFFFFFFFF) {
             EXPECT_TRUE(tried[0] && tried[1]) << i;
         }

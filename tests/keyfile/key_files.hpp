@@ -94,7 +94,7 @@ inline Bytes public_file(const Bytes& identifier = algorithm_a,
     return element(0x30, {identifier, element(0x03, {bits})});
 }
 
-/** The key with this number, as 32 octets. */
+/** A key file with this number, as 32 octets. */
 inline Bytes number(std::uint8_t value) {
     Bytes octets(VRX_PRIVATE_KEY_SIZE);
     octets[0] = value;

@@ -150,7 +150,7 @@ TEST(pem, long_blocks_and_empty_blocks_are_refused) {
     EXPECT_EQ(public_result_of(pem("PUBLIC KEY", Bytes(VRX_KEY_DER_LIMIT, 0x30))), "VRX_ERR_KEY_DER");
     EXPECT_EQ(public_result_of(pem("PUBLIC KEY", Bytes(VRX_KEY_DER_LIMIT + 1, 0x30))), "VRX_ERR_KEY_LENGTH");
     EXPECT_EQ(public_result_of(pem("PUBLIC KEY", Bytes(100'000, 0x30))), "VRX_ERR_KEY_LENGTH");
-    // The attributes of a DER file may be longer, those of a PEM file may not.
+    // In a DER file, the attributes may be longer; in a PEM file, they may not.
     const auto with_attribute = [](std::size_t size) {
         const Bytes attribute = element(0x30, {unhex("06032a0304"), element(0x31, {element(0x04, {Bytes(size, 7)})})});
         return private_file(number(1), algorithm_a, version_0, element(0xA0, {attribute}));

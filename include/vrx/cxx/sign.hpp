@@ -99,7 +99,7 @@ public:
         return Result<PublicKey>(std::in_place, point, curve, Unfilled{});
     }
 
-    /** For use by the functions above and PrivateKey only: a point that was checked. */
+    /** For use by the functions above and PrivateKey only. The point must have been checked. */
     PublicKey(const Point &point, const Curve &curve, Unfilled, const vrx_gostr3411_par &hash_set = default_hash_set(),
               const vrx_gost28147_par &cipher_set = default_cipher_set()) noexcept
         : curve_(&curve), hash_set_(&hash_set), cipher_set_(&cipher_set), point_(point) {}
