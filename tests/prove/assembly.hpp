@@ -1,4 +1,4 @@
-// Runs a few lines of assembly on unknown bits: the instructions of the rounds by look-ups.
+// Runs a few lines of assembly on unknown bits. It knows the instructions that rounds with look-ups need.
 #ifndef VRX_TESTS_PROVE_ASSEMBLY_HPP
 #define VRX_TESTS_PROVE_ASSEMBLY_HPP
 
@@ -12,8 +12,9 @@
 namespace vrx::prove {
 
 /**
- * Operands by name: registers of 64 bits, which come and go as words of 32, words in memory, and an address, which is
- * that of a table of words. The template has AT&T syntax; what is not known here throws.
+ * A template of assembly with named operands. An operand is a register of 64 bits, which is set and read as a word of
+ * 32 bits; a word in memory; or the address of a table of words. The template has AT&T syntax. The class throws an
+ * exception for a line that it does not know.
  */
 template <typename Table>
 class Assembly {
@@ -31,7 +32,7 @@ public:
         table_ = &table;
         return *this;
     }
-    /** Any value: the lines have to write it before they read it. */
+    /** The register holds any value, so the lines must write it before they read it. */
     Assembly& clobbered(const std::string& name) {
         registers_[name] = U<64>::unknown();
         return *this;
@@ -86,7 +87,7 @@ private:
         std::istringstream words(line);
         std::string mnemonic, from, to;
         words >> mnemonic >> from >> to;
-        from.pop_back();  // the comma
+        from.pop_back();  // skips the comma
         const Operand target = operand(to);
         if (target.part == 'b' || target.part == 'h') throw "a result in a part of a register";
         const U<32> a = word(from), b = mnemonic[3] == 'l' || mnemonic == "shrl" ? word(to) : U<32>(0);
@@ -101,7 +102,7 @@ private:
             r = b >> static_cast<unsigned>(a.constant());
         else
             throw "an instruction that is not known here";
-        // A result of 32 bits clears the upper half.
+        // A result of 32 bits sets the upper half of the register to 0.
         registers_[target.name] = r;
     }
 

@@ -11,7 +11,8 @@ enum class Gate : std::uint8_t { constant, unknown, sum, both, majority, choice,
 
 struct Node {
     Gate gate;
-    std::vector<std::uint32_t> of;  // sum: nodes; look-up: the number of a table, then bits; otherwise bits
+    std::vector<std::uint32_t>
+        of;  // for a sum, nodes; for a look-up, the number of a table and then bits; otherwise, bits
     bool operator<(const Node& b) const { return gate != b.gate ? gate < b.gate : of < b.of; }
 };
 
@@ -20,7 +21,7 @@ struct State {
     std::map<Node, std::uint32_t> known;
     std::vector<std::array<Bit, 8>> bytes;
     std::map<std::array<Bit, 8>, Byte> known_bytes;
-    std::vector<Bits> tables;  // those of look-ups that are gates
+    std::vector<Bits> tables;  // the tables of look-ups that are gates
     std::map<Bits, std::uint32_t> known_tables;
     std::vector<Bit> assumed;
     Byte undefined = 0;
@@ -40,7 +41,7 @@ struct State {
 };
 State state;
 
-/** The output bit of a gate. */
+/** Returns the output bit of a gate. */
 Bit made(Gate gate, std::vector<std::uint32_t> of) {
     Node node{gate, std::move(of)};
     const auto [found, is_new] = state.known.emplace(node, static_cast<std::uint32_t>(state.nodes.size()));
@@ -296,7 +297,7 @@ Bits rotated(const Bits& a, int left) {
 }
 namespace {
 
-/** A gate of its own, known by the table and by the index. */
+/** Returns a gate for the look-up, which is identified by the table and the index. */
 Bit looked_up(Bits table, const Bits& index) {
     if (std::all_of(table.begin(), table.end(), [&](Bit bit) { return bit == table[0]; })) return table[0];
     const auto [found, is_new] = state.known_tables.emplace(table, static_cast<std::uint32_t>(state.tables.size()));
@@ -306,7 +307,7 @@ Bit looked_up(Bits table, const Bits& index) {
     return made(Gate::looked_up, std::move(of));
 }
 
-/** Made of choices. */
+/** Returns the result of the look-up, composed of choices. */
 Bit chosen(Bits table, const Bits& index) {
     for (const Bit bit : index) {
         Bits half;
@@ -337,7 +338,7 @@ Bits entry(const std::vector<Bits>& table, const Bits& index) {
     Bits unknown;
     for (std::size_t width = 1; const Bit bit : index) {
         if (left.size() == width) break;
-        // Both halves are equal, or the bit is known: half of the table is left.
+        // If the two halves are equal, or if the bit is known, only one half of the table remains.
         const bool is_needed = bit > one && [&] {
             for (std::size_t i = 0; i < left.size(); ++i)
                 if ((i & width) == 0 && left[i] != left[i + width]) return true;

@@ -44,23 +44,23 @@ const std::array<Bit, 8>& bits_of(Byte byte);
 
 namespace circuit {
 
-/** Deletes all circuits. With a fault number n, the n-th operation from now on yields wrong low bits. */
+/** Deletes all circuits. If a fault number n is given, the n-th operation from now on yields wrong low bits. */
 void reset(unsigned fault = 0);
 unsigned operations();
-/** Counts an operation. Returns true for the faulty one. */
+/** Counts an operation. Returns true if this operation is to be faulty. */
 bool is_faulty();
-/** The outcome, on this path, of a branch on an unknown. */
+/** Returns the outcome of a branch on an unknown on the current path. */
 bool decide(Bit condition);
 void assume(Bit condition);
-/** A byte of unknown bits. */
+/** Returns a byte of unknown bits. */
 Byte undefined();
-/** SMT-LIB text: the assumptions hold and the claim does not. */
+/** Returns an SMT-LIB text which states that the assumptions hold and the claim does not. */
 std::string negated(Bit claim);
 /** Tries 64 random assignments. Returns true if one satisfies the assumptions but not the claim. */
 bool has_counterexample(Bit claim);
 /**
- * From now on, a look-up in a table of unknowns is a gate: the same for the same table and index. The solver does not
- * learn its value, so it proves theorems about any function.
+ * From now on, a look-up in a table of unknowns is a gate, and look-ups with the same table and index are the same
+ * gate. The solver knows nothing about the value of the gate, so the theorems that it proves hold for any table.
  */
 void keep_tables_closed();
 bool keeps_tables_closed();
@@ -69,7 +69,7 @@ void each_path(unsigned fault, const std::function<Bit()>& run, const std::funct
 
 Bits sum(const Bits& a, const Bits& b, Bit carry);
 Bits choice(Bit condition, const Bits& a, const Bits& b);
-/** Entry `index` of a table. All entries have the same width, and their number is a power of 2. */
+/** Returns entry `index` of a table. All entries have the same width, and their number is a power of 2. */
 Bits entry(const std::vector<Bits>& table, const Bits& index);
 Bit less(const Bits& a, const Bits& b);
 Bit equal(const Bits& a, const Bits& b);
@@ -118,7 +118,7 @@ struct U {
         for (Bit& b : bits) b = unknown_bit();
         return of(bits);
     }
-    /** Conversion for uses that need a constant, such as an index or a count. */
+    /** Conversion for places that need a constant, such as an index or a count. */
     template <std::integral N>
     requires(!std::is_same_v<N, bool>) constexpr explicit operator N() const {
         return is_constant() ? static_cast<N>(constant()) : throw "an unknown number where a known one has to be";
@@ -136,7 +136,7 @@ struct U {
     }
 };
 
-/** The type of an operation: of 32 bits at least, as wide as the wider operand. */
+/** The type of the result of an operation. It is as wide as the wider operand, and has at least 32 bits. */
 template <typename T>
 inline constexpr unsigned width_of = std::integral<T> ? (sizeof(T) > 4 ? 64 : 32) : 0;
 template <unsigned n>
@@ -183,7 +183,7 @@ VRX_PROVE_OPERATION(|, circuit::either(a.bits(), b.bits()))
 VRX_PROVE_OPERATION(^, circuit::differing(a.bits(), b.bits()))
 #undef VRX_PROVE_OPERATION
 
-/** Of known numbers alone. */
+/** For known numbers only. */
 template <typename A, typename B>
 requires Operands<A, B>
 constexpr auto operator/(const A& a, const B& b) {

@@ -77,7 +77,7 @@ struct TwoWords {
     Word32 n1, n2;
 };
 
-/** N1 and N2 after a number of rounds, with one key word for each round. */
+/** Returns N1 and N2 after a number of rounds, with one key word for each round. */
 template <typename Function>
 TwoWords rounds_of_standard(TwoWords b, const Word32 (&key)[8], const Function& function, bool decrypting,
                             unsigned rounds = 32) {

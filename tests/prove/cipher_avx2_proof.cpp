@@ -1,4 +1,4 @@
-// The engine of AVX2 shuffles equals the standard, for all keys, blocks and S-boxes.
+// Proves that the engine with AVX2 shuffles agrees with the standard, for all keys, blocks and S-boxes.
 #include "prove/planes.hpp"
 
 #include "gost28147/engine/avx2.cpp"

@@ -1,5 +1,5 @@
-// The parts of the library that the engines of the cipher need besides themselves: the recovery of S-boxes, and an
-// eraser of secrets that erases nothing, because erasing has no influence on results.
+// The parts of the library that the engines of the cipher need: the recovery of S-boxes, and functions that replace the
+// erasure of secrets and do nothing, because erasing has no influence on results.
 #include "prove/blocks.hpp"
 
 #include "frame/secret_work.hpp"

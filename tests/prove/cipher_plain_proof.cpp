@@ -1,4 +1,4 @@
-// Rounds by look-ups equal those of the standard, for all keys, blocks and tables.
+// Proves that the rounds with look-ups agree with those of the standard, for all keys, blocks and tables.
 #include "prove/assembly.hpp"
 #include "prove/blocks.hpp"
 
@@ -12,7 +12,7 @@ using prove::conjunction;
 using prove::same;
 using prove::Word32;
 
-/** run(block, key, table) makes `count` rounds; the halves of 32 rounds come out exchanged. */
+/** run(block, key, table) performs `count` rounds. After 32 rounds, the halves are exchanged. */
 template <typename Run>
 void prove_rounds(const std::string& what, unsigned count, bool decrypting, const Run& run) {
     prove::circuit_theorem("look-ups, any table: " + what, 10, [&] {

@@ -1,4 +1,4 @@
-// The engine of VBMI permutes for any table: its sums of planes are those of words.
+// Proves for the engine with VBMI permutes for any table that its sums of planes are sums of words.
 #include "prove/planes.hpp"
 
 #include "gost28147/engine/vbmi_any.cpp"

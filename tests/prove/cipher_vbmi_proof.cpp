@@ -1,4 +1,4 @@
-// The engine of VBMI permutes equals the standard, for all keys, blocks and S-boxes.
+// Proves that the engine with VBMI permutes agrees with the standard, for all keys, blocks and S-boxes.
 #include "prove/planes.hpp"
 
 #include "gost28147/engine/vbmi.cpp"

@@ -1,4 +1,4 @@
-// Finds all scalars k for which the comb meets an exceptional case: a sum of equal, opposite or infinite points.
+// Finds all scalars k for which the comb has an exceptional case: a sum of equal, opposite or infinite points.
 //
 // A comb adds multiples A G and T G of the base point. A and T are integers composed of digits. The sum is exceptional
 // if q divides A, T, A + T or A - T. The proof tries every multiple c q in the range of these numbers, and decides
@@ -31,10 +31,10 @@ mpz_class number(const Words& words) {
     return r;
 }
 
-/** The possible digits at each place of a number in base 16, lowest place first. */
+/** The possible digits at each place of a number in base 16. The lowest place is first. */
 using Places = std::vector<std::set<int>>;
 
-/** All representations of n by such digits. */
+/** Returns all representations of n by such digits. */
 std::vector<std::vector<int>> ways(const mpz_class& n, const Places& places) {
     std::vector<std::vector<int>> found;
     std::vector<int> digits;
@@ -61,7 +61,7 @@ mpz_class largest(const Places& places) {
     return r;
 }
 
-/** All representations of multiples of q. */
+/** Returns all representations of multiples of q. */
 std::vector<std::vector<int>> ways_to_multiples(const mpz_class& q, const Places& places) {
     std::vector<std::vector<int>> all;
     const mpz_class most = largest(places) / q;
@@ -105,9 +105,9 @@ std::set<int> signs_at(std::size_t place) {
 }
 
 /**
- * The scalars below q whose comb has these digits before or in a sum of the last step. Digits from `unknown` on do not
- * include the sign of this step yet, so both signs are tried. For the digits from `negated` to `unknown`, the sign of
- * this step is inverted.
+ * Returns the scalars below q whose comb has these digits at a sum of the last step. The digits from `unknown` on do
+ * not include the sign of this step yet, so both signs are tried. For the digits from `negated` to `unknown`, the sign
+ * of this step is inverted.
  */
 std::set<mpz_class> scalars(const mpz_class& q, const std::vector<int>& digits, std::size_t negated,
                             std::size_t unknown) {
@@ -125,7 +125,7 @@ std::set<mpz_class> scalars(const mpz_class& q, const std::vector<int>& digits, 
             for (const int sign : signs_at(place)) go(mpz_class(sum + unit * (digits[place] + sign)), place + 1);
             return;
         }
-        // The lowest sign of an odd digit d is + if (d + 15) / 2 is odd.
+        // The lowest of the four signs in an odd digit d is + if (d + 15) / 2 is odd.
         const int last = (digits[place] + 15) / 2 % 2 != 0 ? 1 : -1;
         go(mpz_class(sum + unit * (place >= negated ? digits[place] - 2 * last : digits[place])), place + 1);
     };

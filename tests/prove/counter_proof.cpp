@@ -1,6 +1,7 @@
-// The closed form of n counter steps equals n steps. A step adds a constant to each word: modulo 2^32 to word 0, and
-// modulo 2^32 - 1 to word 1, where the result is from 1 to 2^32 - 1. The closed form adds n times these constants in
-// the same sense, which n steps do as well, by induction; and there is one number of each class in these ranges.
+// Proves that the closed form of n counter steps gives the same counter as n steps. A step adds a constant to word 0
+// modulo 2^32, and a constant to word 1 modulo 2^32 - 1, where the result is from 1 to 2^32 - 1. The closed form adds n
+// times these constants with the same moduli. By induction, n steps do so too. In each range, there is exactly one
+// number of each residue class, so the results are equal.
 #include <array>
 #include <bit>
 #include <cstring>
@@ -10,7 +11,7 @@
 namespace vrx::prove {
 namespace {
 
-/** Words of 32 bits among those of 64: sums, differences and products modulo 2^32. */
+/** A word of 32 bits, in terms of words of 64 bits. Sums, differences and products are modulo 2^32. */
 struct Half {
     Word word;
 
@@ -42,7 +43,7 @@ struct Half {
     constexpr Half& operator^=(const Half& b) { return *this = *this ^ b; }
 };
 
-/** Nothing here is looked up at an unknown index. */
+/** These proofs have no look-up at an unknown index. */
 template <typename T, std::size_t count>
 struct Array {
     T entry[count];
@@ -92,7 +93,7 @@ Claim same(const Block& a, const Block& b) {
     return equal(form(a.n1.word), form(b.n1.word)) && equal(form(a.n2.word), form(b.n2.word));
 }
 
-/** The claim that `to` is `from` plus n times the constants of a step. */
+/** Returns the claim that `to` is `from` plus n times the constants of a step. */
 Claim is_counted(const Block& to, const Block& from, const Form& n) {
     const Form n1 = form(to.n1.word), n2 = form(to.n2.word);
     return divides(power(32), n1 - form(from.n1.word) - n * mpz_class(0x01010101)) && Form(0) <= n1 &&
@@ -113,7 +114,7 @@ TEST(counter, n_steps_at_once_are_n_steps) {
     });
 }
 
-// Engines add the steps from zero to a counter in this way.
+// Engines add the table of steps from zero to a counter in this way.
 TEST(counter, up_to_128_steps_are_sums_with_steps_from_zero) {
     VRX_NEEDS_SOLVER();
     theorem_on_paths("counter: n up to 128 steps are a sum with n steps from zero", 3, [] {

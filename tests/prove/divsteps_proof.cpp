@@ -47,10 +47,10 @@ mpz_class largest(const Polygon& p, mpz_class Point::*coordinate) {
 }
 
 /**
- * The number of steps after which g is certainly 0, from (delta, f, g) with 0 <= g <= f < 2^bits. For each possible
- * delta, a convex polygon contains all possible (f, g). A step maps the corners of the polygons to those of the next
- * ones. If |g| is below 1 in a polygon, then g is 0. (P. Wuille, "Bounds on divsteps iterations in safegcd", 2021, for
- * delta = 1/2.)
+ * Returns the number of steps after which g is certainly 0, for initial values (delta, f, g) with 0 <= g <= f < 2^bits.
+ * For each possible delta, a convex polygon contains all possible (f, g). A step maps the corners of these polygons to
+ * corners of the next polygons. If |g| is below 1 in a polygon, then g is 0. (P. Wuille, "Bounds on divsteps iterations
+ * in safegcd", 2021, for delta = 1/2.)
  */
 unsigned steps_needed(unsigned bits, int twice_delta) {
     const mpz_class end = mpz_class(1) << bits;
@@ -74,7 +74,7 @@ unsigned steps_needed(unsigned bits, int twice_delta) {
     }
 }
 
-/** The maximum number of steps that any odd f below 2^bits and any g up to f need, by trying all. */
+/** Returns the maximum number of steps for any odd f below 2^bits and any g up to f, by trying all of them. */
 unsigned steps_needed_by_trial(unsigned bits) {
     unsigned most = 0;
     for (int m = 1; m < 1 << bits; m += 2)
@@ -102,7 +102,8 @@ TEST(division_steps, are_enough_for_all_numbers_and_moduli) {
     EXPECT_LE(steps_needed(256, 1), 590U);
 }
 
-// Control: the bound is never below the steps that some numbers need, and the start with delta = 1 needs more.
+// Control: the bound is never below the number of steps that some numbers need, and the initial value delta = 1 needs
+// more steps.
 TEST(division_steps, are_not_undercounted) {
     for (const unsigned bits : {3U, 6U, 9U}) EXPECT_GE(steps_needed(bits, 1), steps_needed_by_trial(bits)) << bits;
     EXPECT_GT(steps_needed(64, 2), steps_needed(64, 1));

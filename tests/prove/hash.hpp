@@ -27,7 +27,7 @@ inline Octets a_of_standard(const Octets& y) {
     }
     return r;
 }
-/** P: octet phi(i + 1 + 4 (k - 1)) = 8i + k. */
+/** P: phi(i + 1 + 4 (k - 1)) = 8i + k, where octets are numbered from 1. */
 inline Octets p_of_standard(const Octets& y) {
     Octets r;
     for (unsigned i = 0; i <= 3; ++i)
@@ -48,7 +48,7 @@ inline Octets psi_of_standard(const Octets& y, unsigned times) {
     }
     return now;
 }
-/** C3, from the most significant octet on. */
+/** C3, with the most significant octet first. */
 inline Octets c3_of_standard() {
     constexpr unsigned char octets[32] = {0xff, 0x00, 0xff, 0xff, 0x00, 0x00, 0x00, 0xff, 0xff, 0x00, 0x00,
                                           0xff, 0x00, 0xff, 0xff, 0x00, 0x00, 0xff, 0x00, 0xff, 0x00, 0xff,

@@ -1,4 +1,4 @@
-// The step function by AVX2 and look-ups equals the standard's, for all numbers, blocks and tables.
+// Proves that the step function with AVX2 and look-ups agrees with the standard, for all numbers, blocks and tables.
 #include "prove/hash.hpp"
 
 #include "gostr3411/avx2.cpp"

@@ -1,4 +1,4 @@
-// The parts of the library that the engines of the hash need besides themselves. The proofs link the engines alone.
+// The parts of the library that the engines of the hash need. The proofs link only the engines, not the library.
 #include "prove/blocks.hpp"
 
 #include "gostr3411/engine.hpp"

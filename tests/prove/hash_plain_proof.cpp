@@ -1,4 +1,4 @@
-// The step function for any processor equals the standard's, for all numbers, blocks and tables.
+// Proves that the step function for any CPU agrees with the standard, for all numbers, blocks and tables.
 #include "prove/hash.hpp"
 
 #include "gostr3411/step.cpp"

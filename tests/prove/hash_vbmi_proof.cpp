@@ -1,4 +1,4 @@
-// The step function by VBMI equals the standard's, for all numbers, blocks and S-boxes.
+// Proves that the step function with VBMI agrees with the standard, for all numbers, blocks and S-boxes.
 #include "prove/hash.hpp"
 
 #include "gostr3411/vbmi.cpp"

@@ -77,7 +77,7 @@ struct Interval {
 
 enum class Kind { plain, mask, gated, minus, nonzero };
 
-/** A node. mask: all ones times the bit a. gated: a b, for a bit a. minus: -a. nonzero: a | -a. */
+/** The kinds of nodes. mask: all ones times the bit a. gated: a b, for a bit a. minus: -a. nonzero: a | -a. */
 struct Number {
     Kind kind = Kind::plain;
     std::optional<Form> form;
@@ -95,7 +95,7 @@ struct State {
     std::vector<std::string> assumed;
     std::map<std::string, Id> known;  // quotients, products
     unsigned operations = 0, fault = 0;
-    // The branches of this path, and the number of them that are prescribed.
+    // The outcomes of the branches on the current path, and the number of branches that the run has reached.
     std::vector<bool> path;
     std::size_t taken = 0;
 };
@@ -149,7 +149,7 @@ Form new_atom(const Interval& range, std::function<mpz_class()> definition = {})
     return f;
 }
 
-/** An operand: a constant or a node. */
+/** Returns an operand, which is a constant or a node. */
 Id id_of(const Wide& w) {
     if (w.id != 0) return w.id;
     mpz_class n = to_mpz(static_cast<std::uint64_t>(w.value >> 64));
@@ -160,7 +160,7 @@ std::string key_of(const Form& f) { return f.text(); }
 
 const Form& form_of(Id id);
 
-/** A value v that is the first if the bit is 1, else the second. */
+/** Returns a value that is the first number if the bit is 1, and otherwise the second. */
 Form choice(const Form& bit, const Form& first, const Form& second) {
     const std::string key = "ite " + key_of(bit) + key_of(first) + key_of(second);
     if (const auto found = state.known.find(key); found != state.known.end()) return form_of(found->second);
@@ -240,7 +240,7 @@ Id mask_of(Id bit) {
     const Form f = form_of(bit) * (power(64) - 1);
     return add({Kind::mask, f, {0, power(64) - 1}, bit});
 }
-/** True for a word that is 0 or all ones by construction. */
+/** Returns true for a word that is 0 or all ones by construction. */
 bool is_mask(Id id) { return state.numbers[id].kind == Kind::mask; }
 
 Id gated(Id bit, Id word) { return add({Kind::gated, std::nullopt, {0, range(word).most}, bit, word}); }
@@ -260,7 +260,7 @@ Id xor_of_bits(Id a, Id b) { return add(form_of(a) + form_of(b) - form_of(and_of
 
 Id lowest_bit(Id a) { return split(a, 1).rest; }
 
-/** The position of a word's only possible bit, or -1 if others may be set. */
+/** Returns the position of the only bit of a word that may be set, or -1 if several bits may be set. */
 int lone_bit(Id a) {
     const Form& f = form_of(a);
     if (f.terms.empty()) {
@@ -285,7 +285,7 @@ Id with_bit(Id x, Id lone, unsigned n, Id (*combined)(Id, Id)) {
                {0, power(64) - 1});
 }
 
-/** True if a uses only bits from n on, and b uses only bits below n. */
+/** Returns true if a uses only the bits from n on, and b uses only bits below n. */
 bool is_disjoint(Id a, Id b) {
     const Form f = expanded(form_of(a));
     for (unsigned n = 1; n < 64; ++n) {
@@ -369,7 +369,7 @@ Wide as_wide(Id id) {
 
 Id sum(const Wide& a, const Wide& b, bool minus, unsigned bits) {
     const Id x = id_of(a), y = id_of(b);
-    // A fault in a sum with zero would have no effect.
+    // A fault in a sum with zero would have no effect, so such a sum is not counted.
     const bool is_zero = is_constant(y) && form_of(y) == Form(0);
     const bool is_faulty = !is_zero && ++state.operations == state.fault;
     if (bits == 64 && minus && is_constant(x) && form_of(x) == Form(0)) {
@@ -465,7 +465,7 @@ Id either(const Word& a, const Word& b) {
     }
     if (q.kind == Kind::minus && form_of(q.a) == form_of(x))
         return add({Kind::nonzero, std::nullopt, {0, power(64) - 1}, x});
-    if (is_mask(y) && form_of(q.a) == form_of(x)) return y;  // a bit ORed with its own mask
+    if (is_mask(y) && form_of(q.a) == form_of(x)) return y;  // a bit that is ORed with its own mask
     if (is_bit(x) && is_bit(y)) return or_of_bits(x, y);
     if (is_disjoint(x, y) || is_disjoint(y, x)) return add(form_of(x) + form_of(y), {0, power(64) - 1});
     if (const int n = lone_bit(y); n >= 0) return with_bit(x, y, static_cast<unsigned>(n), or_of_bits);

@@ -58,8 +58,8 @@ Claim equal(const Form& a, const Form& b);
 Form expanded(const Form& f);
 Claim implies(const Claim& a, const Claim& b);
 /**
- * Claims that m divides a. Removes multiples of m from the coefficients of a, and claims that the rest is k m for a k
- * from -range to range. This is sufficient, and spares the solver the search for a quotient.
+ * Claims that m divides a. Removes multiples of m from the coefficients of a, and claims that the rest is k m for some
+ * k from -range to range. This claim is sufficient, and the solver need not search for a quotient.
  */
 Claim divides(const mpz_class& m, const Form& a, int range = 2);
 
@@ -67,7 +67,7 @@ Claim divides(const mpz_class& m, const Form& a, int range = 2);
 mpz_class power(unsigned n);
 mpz_class to_mpz(std::uint64_t n);
 
-using Id = std::uint32_t;  // of an unknown integer; 0 is none
+using Id = std::uint32_t;  // the number of an unknown integer; 0 if there is none
 
 /** 64-bit words, and their sums and products of 128 bits. */
 struct Wide;
@@ -103,14 +103,14 @@ struct Wide {
 
 namespace integer {
 
-/** Deletes all unknowns and assumptions. With a fault number n, the n-th operation from now on is wrong. */
+/** Deletes all unknowns and assumptions. If a fault number n is given, the n-th operation from now on is wrong. */
 void reset(unsigned fault = 0);
 /** The number of operations since reset() in which a fault can be planted. */
 unsigned operations();
 
-/** A word of any value up to `most`. */
+/** Returns a word of any value up to `most`. */
 Word unknown(const mpz_class& most = power(64) - 1, const mpz_class& least = 0);
-/** An unknown integer as a form. */
+/** Returns an unknown integer as a form. */
 Form unknown_form(const mpz_class& least, const mpz_class& most);
 void assume(const Claim& claim);
 
@@ -119,7 +119,7 @@ mpz_class least(const Wide& w);
 mpz_class most(const Wide& w);
 Form form(const Word& w);
 Form form(const Wide& w);
-/** A word with the value of a form, which is between these bounds. */
+/** Returns a word with the value of a form, which is between the given bounds. */
 Word word(const Form& f, const mpz_class& least, const mpz_class& most);
 
 template <std::size_t count>
@@ -140,7 +140,7 @@ mpz_class number(const std::array<Word, count>& words) {
     return value(words).constant;
 }
 
-/** SMT-LIB text: the assumptions hold and the claim does not. */
+/** Returns an SMT-LIB text which states that the assumptions hold and the claim does not. */
 std::string negated(const Claim& claim);
 /**
  * SMT-LIB text: given unknowns have random values, and all others the values that follow. It spares the solver the
@@ -160,7 +160,7 @@ Id complement(const Word& a);
 /** Converts an integer to a word; constants stay constants. */
 Word as_word(Id id);
 Wide as_wide(Id id);
-/** The outcome of a branch on this path: see each_path(). */
+/** Returns the outcome of a branch on the current path: see each_path(). */
 bool decide(const Claim& claim);
 Claim is_less(const Word& a, const Word& b);
 Claim is_equal(const Word& a, const Word& b);

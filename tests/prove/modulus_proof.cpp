@@ -28,7 +28,7 @@ Words any_below(const mpz_class& end) {
 }
 Claim is_below(const Words& a, const mpz_class& end) { return value(a) < Form(end); }
 
-/** a b as the sum of the unknown products of words, below `end`. */
+/** Returns a b as the sum of the unknown products of words. The sum is below `end`. */
 Form product(const Words& a, const Words& b, const mpz_class& end) {
     Form sum;
     for (unsigned i = 0; i < 4; ++i)

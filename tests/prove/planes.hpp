@@ -1,6 +1,6 @@
-// Shared by the proofs of the cipher's vector engines: blocks in vectors, sums of planes, counters.
+// Common parts of the proofs of the cipher's vector engines: blocks in vectors, sums of planes, counters.
 //
-// Include this before the engine's source: the translation has it call prove_sum().
+// Include this before the engine's source, because the translated source calls prove_sum().
 #ifndef VRX_TESTS_PROVE_PLANES_HPP
 #define VRX_TESTS_PROVE_PLANES_HPP
 
@@ -15,7 +15,7 @@ Word32 word_at(const Vector& v, unsigned i) {
     return r;
 }
 
-/** One if each block in the vectors `out` is the result of the standard's rounds for the block in `in`. */
+/** Returns 1 if each block in the vectors `out` is the result of the standard's rounds for the block in `in`. */
 template <unsigned per_vector, typename Vector, std::size_t count, typename Function>
 Bit are_processed(const Vector (&in)[count], const Vector (&out)[count], const UnknownKey& key,
                   const Function& function, bool decrypting) {
@@ -30,14 +30,14 @@ Bit are_processed(const Vector (&in)[count], const Vector (&out)[count], const U
     return all;
 }
 
-/** Unknown blocks. */
+/** Fills vectors with unknown blocks. */
 template <unsigned per_vector, typename Vector, std::size_t count>
 void fill(Vector (&v)[count]) {
     for (Vector& each : v)
         for (unsigned i = 0; i < 8 * per_vector; ++i) each.v.byte[i] = U<8>::unknown().byte[0];
 }
 
-/** Word i of the number that four planes hold. */
+/** Returns word i of four planes. */
 template <typename Plane>
 Word32 word_of_planes(const Plane* planes, unsigned i) {
     Word32 r;
@@ -45,12 +45,18 @@ Word32 word_of_planes(const Plane* planes, unsigned i) {
     return r;
 }
 
-/** Takes the place of a sum of planes: see prove_sum(). Empty where the sums stay what the engine makes. */
+/**
+ * Computes the sum that replaces a sum of planes: see prove_sum(). If it is empty, the sums are those that the engine
+ * computes.
+ */
 inline std::function<Word32(const void* planes_of_key, const Word32& x)> sum_of_words;
 
 }  // namespace vrx::prove
 
-/** After a sum t = x + K of planes: the same sum, made of whole words. That they are equal is a theorem of its own. */
+/**
+ * The engine calls this after it has computed a sum t = x + K of planes. The function replaces t by the same sum,
+ * computed from whole words. A separate theorem states that the two are equal.
+ */
 template <typename Plane, typename KeyWord>
 void prove_sum(Plane (&t)[4], const Plane* x, const KeyWord& key) {
     using namespace vrx::prove;
@@ -67,8 +73,9 @@ void prove_sum(Plane (&t)[4], const Plane* x, const KeyWord& key) {
 namespace vrx::prove {
 
 /**
- * In the first place of the planes: what a place holds depends on that place alone. And for the first word of a key:
- * the planes of each other word are those of a key that begins with it.
+ * The theorem is proved for the first place of the planes, because each place of the result depends only on the same
+ * place of the operands. It is proved for the first word of a key, and the function checks that the planes of each
+ * other word are those of a key that begins with this word.
  */
 template <typename Plane>
 void prove_sum_of_planes(const std::string& engine) {
@@ -91,7 +98,10 @@ void prove_sum_of_planes(const std::string& engine) {
     });
 }
 
-/** run(vectors, key, S-boxes or tables), where sums of planes are those of words, makes 32 rounds of 8 vectors. */
+/**
+ * Proves that run(vectors, key, S-boxes or tables) performs the 32 rounds on 8 vectors, if sums of planes are sums of
+ * words.
+ */
 template <unsigned per_vector, typename Plane, typename Vector, typename Function, typename Run>
 void prove_planes(const std::string& engine, bool decrypting, const Run& run) {
     circuit_theorem(engine + ", 8 vectors: " + (decrypting ? "D" : "E"), 2000, [&] {
@@ -114,8 +124,8 @@ void prove_planes(const std::string& engine, bool decrypting, const Run& run) {
 }
 
 /**
- * The counters of a step, where the library's table of steps from zero has any content: word 0 is a sum, word 1 one
- * modulo 2^32 - 1. What the table holds is a theorem of counter_proof.cpp.
+ * Proves the counters of a step for any content of the library's table of steps from zero: word 0 is a sum modulo 2^32,
+ * and word 1 is a sum modulo 2^32 - 1. counter_proof.cpp proves the content of the table.
  */
 template <typename Vector>
 void prove_counters(const std::string& engine) {

@@ -14,7 +14,7 @@
 namespace vrx::prove {
 namespace {
 
-/** The first of these programs that is installed. */
+/** Returns the first of these programs that is installed. */
 std::string solver() {
     if (const char* named = std::getenv("VRX_SOLVER")) return named;
     std::istringstream folders(std::getenv("PATH") == nullptr ? "" : std::getenv("PATH"));
@@ -33,7 +33,7 @@ std::string command(const std::string& file) {
     const bool is_cvc5 = program.find("cvc5") != std::string::npos;
     const char* const limit = std::getenv("VRX_SOLVER_SECONDS");
     const std::string seconds = limit == nullptr ? "100" : limit;
-    // Of the processor's time: other programs may be busy.
+    // The limit is in CPU time, because other programs may use the CPU, too.
     return "ulimit -t " + seconds + "; exec " + program + (is_cvc5 ? " --lang=smt2 " : " -smt2 ") + file + " 2>&1";
 }
 

@@ -8,7 +8,10 @@
 
 namespace vrx::prove {
 
-/** True if every entry follows from the S-boxes by the deployment rule: the substitution and rotation of RFC 5830. */
+/**
+ * Returns true if every entry follows from the S-boxes by the deployment rule, which is the substitution and rotation
+ * of RFC 5830.
+ */
 inline Bit is_expansion(const vrx_tz& table, const tz::SBoxes& boxes) {
     Bit all = one;
     for (unsigned m = 0; m < 4; ++m)
@@ -19,7 +22,7 @@ inline Bit is_expansion(const vrx_tz& table, const tz::SBoxes& boxes) {
     return all;
 }
 
-/** Proves both directions for recover(table, accepted), which returns S-boxes and sets `accepted`. */
+/** Proves both directions of this theorem for recover(table, accepted), which returns S-boxes and sets `accepted`. */
 template <typename Recover>
 void prove_recovery(const std::string& engine, const Recover& recover) {
     circuit_theorem(engine + ": a table is accepted exactly if it is the expansion of the S-boxes found", 700, [&] {

@@ -1,4 +1,4 @@
-// Recovery of S-boxes by AVX2.
+// Proves the recovery of S-boxes with AVX2.
 #include "prove/tables.hpp"
 
 #include "tz/avx2.cpp"

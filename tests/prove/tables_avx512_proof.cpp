@@ -1,4 +1,4 @@
-// Recovery of S-boxes by AVX-512.
+// Proves the recovery of S-boxes with AVX-512.
 #include <immintrin.h>
 
 #include "prove/tables.hpp"

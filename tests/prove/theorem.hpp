@@ -20,8 +20,8 @@ inline void expect_counterexample(const Claim& claim, const std::string& what) {
 }
 
 /**
- * Proves the claim that state() returns; state() runs the library's code on unknowns. Then plants a fault: sum number
- * `faulty` in this code, counted from 1, omits its second term. The claim must then fail.
+ * Proves the claim that state() returns. state() runs the library's code on unknowns. Then plants a fault: sum number
+ * `faulty` in this code, counted from 1, omits its second term. The claim must then be false.
  */
 template <typename State>
 void theorem(const std::string& what, unsigned faulty, const State& state) {

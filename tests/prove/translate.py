@@ -20,7 +20,7 @@ GENERAL = [
     (r'^( *)asm\(""( :[^;]*)?\);[^\n]*$', r'\1;'),
 ]
 
-# In the folders of engines: values that are moved into registers of symbolic bits.
+# In the folders of engines: values that are copied into registers of symbolic bits.
 ENGINES = ('gost28147/', 'gostr3411/', 'tz/')
 OF_ENGINES = [
     (r'static_cast<int>\(', 'prove_int('),
@@ -33,7 +33,7 @@ WIDE = [(r'std::uint32_t (low|middle|high)\[(\d+)\];', r'prove_array<prove_uint3
 
 # file: (pattern, replacement, places)
 SPECIAL = {
-    # Without the assembly carry chains. Tests compare those with this C++ code.
+    # Removes the assembly carry chains. Tests compare them with the C++ code that remains.
     'ecc/uint256/words.hpp': [
         (r'(inline constexpr bool has_assembly =)[^;]*;', r'\1 false;', 1),
     ],
@@ -62,17 +62,17 @@ SPECIAL = {
         (r'-> std::size_t \{ return', '-> std::uint64_t { return', 1),
         (r'std::array<std::uint8_t,', 'std::array<unsigned char,', 3),
     ],
-    # How many blocks there are is known.
+    # The number of blocks is a known number.
     'gost28147/mesh.hpp': [
         (r'const std::uint32_t left = VRX_MESHING_SECTION - ctx.mesh_count;',
          'const auto left = static_cast<unsigned>(VRX_MESHING_SECTION - ctx.mesh_count);', 1),
     ],
-    # A sum of planes is proved by itself, and then stands for the sum of words.
+    # A sum of planes is proved separately. Afterwards, a sum of words replaces it.
     'gost28147/engine/planes.hpp': [
         (r'( *)add\(t, other, (key\.of_round\(number, decrypting\))\);',
          r'\1add(t, other, \2);\n\1prove_sum(t, other, \2);', 1),
     ],
-    # A proof gives the table any content.
+    # A proof can set the table to any content.
     'gost28147/engine/parallel.hpp': [
         (r'inline constexpr CounterSteps counter_steps =', 'inline CounterSteps counter_steps =', 1),
     ],
@@ -80,7 +80,7 @@ SPECIAL = {
         (r'const std::uint32_t\* row = twice_ \+ \(k & 255\);', 'const auto row = twice_.from(k & 255);', 1),
         (r'std::uint32_t twice_\[512\]', 'prove_array<std::uint32_t, 512> twice_', 1),
     ],
-    # The lines of assembly run on unknown bits, with the same text.
+    # The same text of assembly runs on unknown bits.
     'gost28147/engine/baseline.cpp': [
         (r'std::uint64_t sum;\n *std::uint64_t a;\n *std::uint64_t b;\n *asm\(((?: *"[^"\n]*"\n)*)'
          r' *: \[half\] "\+r"\(half\), \[sum\] "=&Q"\(sum\), \[a\] "=&R"\(a\), \[b\] "=&R"\(b\)\n'

@@ -55,7 +55,7 @@ TEST(words, add_word_and_sub_word_do_so_for_one_word) {
     });
 }
 
-/** a b as the sum of all products of words at their positions. The products are unknowns. */
+/** Returns a b as the sum of all products of words at their positions. The products are unknowns. */
 Form product(const Words& a, const Words& b) {
     Form sum;
     for (unsigned i = 0; i < 4; ++i)
@@ -68,7 +68,7 @@ TEST(words, multiply_yields_the_product) {
     theorem("multiply: r = a b, no carry is lost", 20, [] {
         const Words a = any(), b = any();
         const Form expected = product(a, b);
-        // All that is assumed about the unknown products of words: their sum a b is below N^2.
+        // The proofs assume only one fact about the unknown products of words: their sum a b is below N^2.
         integer::assume(expected <= Form((whole - 1) * (whole - 1)));
         return equal(value(multiply(a, b)), expected);
     });

@@ -1,2 +1,2 @@
-// The instructions of SSE2 among them.
+// The SSE2 instructions are in immintrin.h.
 #include "immintrin.h"

@@ -41,7 +41,7 @@ struct Mask {
     }
 };
 
-/** Element by element of `size` bytes: r = operation(a, b). */
+/** Computes r = operation(a, b) for each element of `size` bytes. */
 template <unsigned size, unsigned n, typename Operation>
 Register<n> by_element(const Register<n>& a, const Register<n>& b, const Operation& operation) {
     Register<n> r;
@@ -68,7 +68,7 @@ template <unsigned n>
 void store(void* to, const Register<n>& a) {
     std::memcpy(to, a.byte, sizeof a.byte);
 }
-/** Does not read elements of `size` bytes that the mask excludes. */
+/** Elements of `size` bytes that the mask excludes are not read. */
 template <unsigned size, unsigned n>
 Register<n> load(Register<n> r, const Mask<n / size>& mask, const void* from) {
     for (unsigned i = 0; i < n / size; ++i) {
@@ -85,7 +85,7 @@ Register<n> repeated(const U<m>& value) {
     for (unsigned i = 0; i < n; ++i) r.byte[i] = value.byte[i % (m / 8)];
     return r;
 }
-/** The lower part of a register. The upper part is zero. */
+/** Returns the lower part of a register. The upper part is zero. */
 template <unsigned n, unsigned m>
 Register<n> resized(const Register<m>& a) {
     Register<n> r;
@@ -117,7 +117,7 @@ template <unsigned size, unsigned n>
 Register<n> difference(const Register<n>& a, const Register<n>& b) {
     return by_element<size>(a, b, circuit::difference);
 }
-/** All ones where the elements are equal. */
+/** Sets an element to all ones if the two elements are equal, otherwise to zero. */
 template <unsigned size, unsigned n>
 Register<n> equal(const Register<n>& a, const Register<n>& b) {
     return by_element<size>(a, b, [](const Bits& x, const Bits& y) { return Bits(x.size(), circuit::equal(x, y)); });
@@ -195,7 +195,7 @@ Register<n> ternary(const Register<n>& a, const Register<n>& b, const Register<n
     }
     return r;
 }
-/** a where the bit of the mask is set, else b. */
+/** Returns a where the bit of the mask is set, otherwise b. */
 template <unsigned size, unsigned n>
 Register<n> blended(const Mask<n / size>& mask, const Register<n>& a, const Register<n>& b) {
     Register<n> r;
@@ -209,7 +209,7 @@ Mask<n / size> is_less(const Register<n>& a, const Register<n>& b) {
     for (unsigned i = 0; i < n / size; ++i) r.bit[i] = circuit::less(a.bits(size * i, size), b.bits(size * i, size));
     return r;
 }
-/** The lower parts of elements. */
+/** Returns the lower parts of elements. */
 template <unsigned from, unsigned to, unsigned n>
 auto narrowed(const Register<n>& a) {
     Register<n / from * to> r;

@@ -1,1 +1,1 @@
-// Nothing here needs instructions to be switched on.
+// This file is empty, because the proofs do not execute vector instructions and need no compiler options for them.
