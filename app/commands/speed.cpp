@@ -213,7 +213,7 @@ std::string processor() {
     return name.empty() ? "unknown" : name;
 }
 
-/** The engines that the library selects on this CPU: "cipher vbmi, hash baseline, ...". */
+/** Returns the engines that the library selects on this CPU: "cipher vbmi, hash baseline, ...". */
 std::string engines_here() {
     const std::uint32_t features = cpu::features();
     std::string text;

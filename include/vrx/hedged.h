@@ -4,8 +4,8 @@
  * One known nonce, or two signatures with the same nonce, reveal the private key. ecSign() repeats a nonce if its
  * random source repeats its output, for example after a virtual machine is restored from a snapshot. Here the nonce is
  * derived from the private key, the digest and fresh random bytes, as in RFC 6979 with additional data (section 3.6)
- * and HMAC GOST R 34.11-94. The nonce is secret, and different for every digest, if the random source is good or the
- * private key is secret. Any number of threads may sign: each thread has its own generator.
+ * and HMAC GOST R 34.11-94. If the random source is good or the private key is secret, the nonce is secret and differs
+ * between digests. Any number of threads may sign: each thread has its own generator.
  *
  * This header is not part of vrx.h, and the library does not export its functions: they are compiled into your program.
  */

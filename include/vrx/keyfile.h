@@ -508,9 +508,9 @@ VRX_INLINE int vrx_encode_pem(const char *label, const uint8_t *octets, size_t s
  *
  * @param der        in: the octets.
  * @param size       in: the number of octets.
- * @param algorithm  out: the algorithm; its oid points into der. Its curve is NULL if the key does not name one. Complete
- *                   if the function returns VRX_OK; the oid is set, too, if the function returns VRX_ERR_KEY_ALGORITHM
- *                   or VRX_ERR_KEY_PARAMETERS.
+ * @param algorithm  out: the algorithm; its oid points into der. Its curve is NULL if the key does not name one. All
+ *                   fields are set if the function returns VRX_OK. If it returns VRX_ERR_KEY_ALGORITHM or
+ *                   VRX_ERR_KEY_PARAMETERS, only the oid is set.
  * @param octets     out: the point, in the form that ecLoadPublicKeyValue() takes. Unspecified on failure.
  * @return VRX_OK; VRX_ERR_KEY_DER if the octets are malformed; VRX_ERR_KEY_KIND if they are something
  *         else; VRX_ERR_KEY_ALGORITHM or VRX_ERR_KEY_PARAMETERS if they are a key of another algorithm, or
