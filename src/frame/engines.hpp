@@ -14,9 +14,9 @@ namespace vrx::cpu {
 
 struct EngineInfo {
     const char* name;
-    /** Required features as text, for messages. */
+    /** The required features as text, for messages. */
     const char* words = "";
-    /** Required features. */
+    /** The required features. */
     std::uint32_t needs = baseline;
     /** Features that the engine does not require, but without which another engine is faster. */
     std::uint32_t wants = baseline;

@@ -28,13 +28,13 @@ constexpr std::size_t hash = 1280 + scans;  // without the table, which the call
 constexpr std::size_t hmac = 3072 + scans;  // in one call, including the pads
 constexpr std::size_t derivation = 8192;
 constexpr std::size_t block = 384;       // one block of the cipher
-constexpr std::size_t few_blocks = 768;  // fewer than 4
+constexpr std::size_t few_blocks = 768;  // fewer than 4 blocks
 #if defined(__clang__)
-constexpr std::size_t some_blocks = 1280;  // fewer than 64
+constexpr std::size_t some_blocks = 1280;  // fewer than 64 blocks
 #else
 constexpr std::size_t some_blocks = 768;
 #endif
-constexpr std::size_t blocks = 1280;  // any number, but see the frames below
+constexpr std::size_t blocks = 1280;  // any number of blocks, but engines with larger frames erase these themselves
 constexpr std::size_t chain = 512;
 constexpr std::size_t lanes = 2048 + scans;
 constexpr std::size_t shuffled_planes = 4096;
@@ -42,7 +42,7 @@ constexpr std::size_t permuted_planes = 20480;
 constexpr std::size_t sections = 2560;  // with key meshing
 constexpr std::size_t curves = 13312;
 constexpr std::size_t points = 10240;  // one addition or doubling
-constexpr std::size_t scalar = 2048;   // a number modulo the order
+constexpr std::size_t scalar = 2048;   // reduction of a number modulo the order
 constexpr std::size_t diversification = 4096;
 constexpr std::size_t octets = 256;
 constexpr std::size_t arithmetic = 1408;
@@ -145,7 +145,7 @@ auto secret_work(Body body) {
     return secret_work({depth, registers}, body);
 }
 
-/** The most that copy_secret() copies. */
+/** The maximum number of bytes that copy_secret() copies. */
 inline constexpr std::size_t longest_copy = 64;
 
 /** Copies up to 64 bytes, which may overlap, and leaves none of them in registers. For calls that only fill a buffer.

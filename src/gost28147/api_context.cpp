@@ -20,7 +20,10 @@ namespace {
 
 constexpr std::uint32_t block_size = VRX_BLOCK_SIZE;
 
-/** Calls the engine on a piece. Deliberate: a failed call is retried, and the second return code counts. */
+/**
+ * Calls vrx_crpt_context_engine() for a piece. Deliberate: if the call fails, it is repeated, and the return code is
+ * that of the second call.
+ */
 int run_engine(vrx_crpt_ctx& ctx, const std::uint8_t* from, std::uint8_t* to, std::uint32_t length) {
     const auto once = [&] {
         const vrx_data in{length, const_cast<std::uint8_t*>(from)};
@@ -32,7 +35,8 @@ int run_engine(vrx_crpt_ctx& ctx, const std::uint8_t* from, std::uint8_t* to, st
 
 /**
  * Processes whole sections for vrx_crpt_context_engine() at once, in modes that ignore the flags, if the one-shot
- * function would accept them. @return the number of bytes; 0 if the caller must go piece by piece
+ * function would accept these sections. @return the number of bytes; 0 if the caller must process the data section by
+ * section
  */
 std::uint32_t engine_sections(vrx_crpt_ctx& ctx, const vrx_data& in, const vrx_data& out) {
     if (ctx.mode != VRX_MODE_SS && ctx.mode != VRX_MODE_CBC) return 0;
@@ -49,7 +53,7 @@ int check_stream(const vrx_crpt_ctx* ctx) {
     return ctx->initialised == 0 ? VRX_ERR_CONTEXT_STATE : VRX_OK;
 }
 
-/** The checks of CNT and CFB. */
+/** The checks of counter mode and CFB. */
 int check_stream(const vrx_crpt_ctx* ctx, const vrx_data* in, const vrx_data* out) {
     if (const int rc = check_stream(ctx)) return rc;
     if (out == nullptr || in == nullptr || in->data == nullptr || out->data == nullptr) return VRX_ERR_BAD_PARAMS;
@@ -57,7 +61,7 @@ int check_stream(const vrx_crpt_ctx* ctx, const vrx_data* in, const vrx_data* ou
     return ctx->table.initialised == 0 ? VRX_ERR_FAILED : VRX_OK;
 }
 
-/** Modes 1, 4 and unknown ones: passes whole blocks to the engine call and keeps the rest in the context. */
+/** For modes 1, 4 and unknown modes: passes whole blocks to run_engine() and keeps the rest in the context. */
 int update_blocks(vrx_crpt_ctx& ctx, const vrx_data& in, vrx_data& out) {
     const std::uint32_t held = ctx.block_len;
     const std::uint64_t whole = (std::uint64_t{held} + in.length) / block_size * block_size;
@@ -174,7 +178,7 @@ int vrx_crpt_final(vrx_crpt_ctx* ctx) {
     vrx_data in{0, held.value};
     ctx->flags = VRX_FLAG_PAD;
     if (ctx->mode == VRX_MODE_IMITO) {
-        // Deliberate: the message is finished even if this fails.
+        // Deliberate: the message is finished even if this call fails.
         static_cast<void>(vrx_crpt_IMITO_ctx(ctx, &in));
         ctx->initialised = 0;
         return VRX_OK;
@@ -198,7 +202,7 @@ int vrx_crpt_context_engine(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out
     const auto engine = [ctx](const vrx_data* from, vrx_data* to) {
         return vrx_crpt_crypto_engine(ctx->mode, &ctx->table, from, to, ctx->iv, ctx->key, ctx->direction, ctx->flags);
     };
-    // The one-shot function refuses missing records.
+    // If a record is missing, the one-shot function returns the error.
     if (!meshes(*ctx) || in == nullptr || out == nullptr) {
         const int rc = engine(in, out);
         if (rc == VRX_OK) ctx->flags = 0;
@@ -227,7 +231,7 @@ int vrx_crpt_context_engine(vrx_crpt_ctx* ctx, const vrx_data* in, vrx_data* out
         if (std::uint64_t{ctx->mesh_count} + remaining <= VRX_MESHING_SECTION) {
             ctx->flags = static_cast<std::uint8_t>(ctx->flags | final_flag);
         } else {
-            // Deliberate: the first piece loses its flag if the final flag is set.
+            // Deliberate: if VRX_FLAG_PAD is set, the first piece is processed without VRX_FLAG_FIRST.
             ctx->flags = final_flag != 0 ? 0 : ctx->flags & VRX_FLAG_FIRST;
             from.length = std::min(room, remaining);
         }

@@ -10,7 +10,7 @@ int vrx_crpt_crypto_pro_key_meshing_engine(const vrx_tz* table, std::uint8_t* iv
     vrx::Secret<std::uint8_t[VRX_KEY_SIZE]> next_key;
     const vrx_data constant{VRX_KEY_SIZE, const_cast<std::uint8_t*>(vrx::gost28147::meshing_constant)};
     vrx_data out{VRX_KEY_SIZE, next_key.value};
-    // Deliberate: a failed step is retried, and logs a second time.
+    // Deliberate: if a step fails, it is repeated, and logs a second line.
     if (VRX_Gost_SS_m(table, &constant, &out, key, 0) != VRX_OK)
         if (const int rc = VRX_Gost_SS_m(table, &constant, &out, key, 0)) return rc;
     vrx::copy_secret(key, next_key.value, VRX_KEY_SIZE);

@@ -14,10 +14,10 @@ namespace log = vrx::log;
 
 namespace {
 
-/** The first of the common checks that failed. */
+/** The first of the common checks that fails. */
 enum class Fault { none, null_argument, null_data, length, table };
 
-/** The checks of the modes that write `out`. The extra pointers (key, iv) must not be NULL either. */
+/** The checks of the modes that write `out`. The further pointers (key, iv) must not be NULL either. */
 template <typename... Pointer>
 Fault check(const vrx_tz* table, const vrx_data* in, const vrx_data* out, const Pointer*... pointers) {
     if (table == nullptr || in == nullptr || out == nullptr || ((pointers == nullptr) || ...))
@@ -56,7 +56,7 @@ struct Pieces {
     Pieces& operator=(const Pieces&) = delete;
     ~Pieces() { vrx::wipe(last, sizeof last); }
 
-    /** VRX_OK, or the code of a partial block that the flags do not allow (logged). */
+    /** VRX_OK, or the code for a partial block that the flags do not allow (logged). */
     [[nodiscard]] int split(const vrx_data& in, int flags) {
         if (const int rc = make_last_block(in.data, in.length, last, &tail, &blocks, flags))
             return log::failed("make_last_block", rc);
@@ -65,8 +65,8 @@ struct Pieces {
 };
 
 /**
- * Processes whole blocks from in to out, then the padded block in a buffer of its own, of which only the bytes of the
- * input are written. Erases what these leave.
+ * Processes whole blocks from `in` to `out`. Then processes the padded block in a separate buffer, and writes only as
+ * many bytes of it as the input has. Erases the secrets that the calls leave on the stack and in registers.
  */
 [[gnu::always_inline]] inline int run(Mode mode, Cipher cipher, std::uint8_t* reg, const vrx_data& in, vrx_data& out,
                                       Pieces& pieces) {

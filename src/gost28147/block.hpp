@@ -35,8 +35,8 @@ constexpr Block parted(std::uint64_t words) {
 }
 
 /**
- * Writes both words with one store. The next call may load them together, and store forwarding works for a single store
- * only.
+ * Writes both words with one store. The next call may load both words at once, and store forwarding works only if a
+ * single store wrote them.
  */
 inline void store_register(std::uint8_t* reg, Block b) {
     const std::uint64_t words = joined(b);
@@ -57,7 +57,7 @@ private:
     const std::uint32_t* words_;
 };
 
-// Key word of each round (RFC 5830, sections 5.1, 5.2 and 8).
+// The key word of each round (RFC 5830, sections 5.1, 5.2 and 8).
 inline constexpr std::array<std::uint8_t, 32> encryption_order = {0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6, 7,
                                                                   0, 1, 2, 3, 4, 5, 6, 7, 7, 6, 5, 4, 3, 2, 1, 0};
 inline constexpr std::array<std::uint8_t, 32> decryption_order = {0, 1, 2, 3, 4, 5, 6, 7, 7, 6, 5, 4, 3, 2, 1, 0,
@@ -68,9 +68,9 @@ template <const auto& order>
 inline constexpr bool backward = order[8] == decryption_order[8];
 
 /**
- * half ^ f(v), the change that a round makes to one half. The look-ups of bytes 1 and 2 arrive last, so their XOR joins
- * the rest at the end. This makes the dependency chain from v to the result one XOR shorter. The empty asm statement
- * keeps compilers from reordering the terms.
+ * Computes half ^ f(v), which is the new value of one half in a round. The look-ups of bytes 1 and 2 complete last, so
+ * they are combined with the other terms at the end. This makes the dependency chain from v to the result one XOR
+ * shorter. The empty asm statement keeps compilers from reordering the terms.
  */
 [[gnu::always_inline]] inline std::uint32_t mixed(std::uint32_t half, std::uint32_t v, const vrx_tz& table) {
     const auto byte = [v](unsigned k) -> std::size_t { return std::uint64_t{v} >> 8 * k & 255; };
@@ -82,7 +82,10 @@ inline constexpr bool backward = order[8] == decryption_order[8];
     return early ^ late;
 }
 
-/** The rounds of one direction: each adds a key word, substitutes, and mixes into the other half. */
+/**
+ * Performs the rounds of one direction. Each round adds a key word to one half, substitutes, and combines the result
+ * with the other half.
+ */
 template <const auto& order>
 [[gnu::always_inline]] inline Block rounds(Block b, Key key, const vrx_tz& table) {
     [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
@@ -94,13 +97,16 @@ template <const auto& order>
     return b;
 }
 
-/** E(b). The last of the 32 rounds does not swap the halves, so n1 and n2 come out exchanged. */
+/**
+ * Computes E(b). The last of the 32 rounds does not swap the halves. rounds() swaps in every round, so n1 and n2 are
+ * exchanged here.
+ */
 Block encrypt(Block b, Key key, const vrx_tz& table);
 
-/** D(b), the inverse of encrypt(). */
+/** Computes D(b), the inverse of encrypt(). */
 Block decrypt(Block b, Key key, const vrx_tz& table);
 
-/** M(b): 16 rounds, each with its swap. */
+/** Computes M(b): 16 rounds, each of which swaps the halves. */
 Block mac_rounds(Block b, Key key, const vrx_tz& table);
 
 }  // namespace vrx::gost28147

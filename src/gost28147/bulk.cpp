@@ -10,9 +10,10 @@ namespace vrx::gost28147::bulk {
 namespace {
 
 /**
- * True if blocks may be read before earlier ones are written. A step of an engine reads all its input first. The result
- * differs from that of the plain order only if a block's output overwrites later input of the same step, that is, if
- * out lies after in by less than the widest step and less than the run.
+ * True if an engine may read blocks before it writes earlier blocks. A step of an engine reads all its input first. The
+ * result differs from that of block-by-block processing only if the output of a block overwrites later input of the
+ * same step. This happens only if `out` begins after `in`, at a distance that is less than the widest step and less
+ * than the run.
  */
 bool may_run_side_by_side(const Run& run) {
     const auto ahead = reinterpret_cast<std::uintptr_t>(run.out) - reinterpret_cast<std::uintptr_t>(run.in);
@@ -20,8 +21,8 @@ bool may_run_side_by_side(const Run& run) {
 }
 
 /**
- * The equivalent mode that does not reread its input, if there is one. There is none if a block's output partly
- * overlaps its own input.
+ * Returns the equivalent mode that does not read its input again after writing. If the output of a block partly
+ * overlaps its own input, there is no such mode.
  */
 Mode without_rereading(const Run& run) {
     // In place, the feedback is the output, as in encryption.

@@ -11,7 +11,7 @@
 
 namespace vrx::gost28147 {
 
-/** The cipher for one block, from the function rounds.run<order>(b) of an engine. */
+/** The cipher for one block, in terms of the function rounds.run<order>(b) of an engine. */
 template <typename Rounds>
 struct BlockBy {
     const Rounds& rounds;
@@ -27,7 +27,7 @@ private:
 // Text is loaded after the call that generates the key stream. If it were loaded before, the compiler would spill it to
 // the stack and leave it there.
 
-/** out = f(in) for each block. */
+/** Computes out = f(in) for each block. */
 template <typename Function>
 void codebook(const Run& run, Function f) {
     const std::uint8_t* in = run.in;
@@ -35,7 +35,10 @@ void codebook(const Run& run, Function f) {
     for (std::size_t n = run.blocks; n != 0; --n, in += VRX_BLOCK_SIZE, out += VRX_BLOCK_SIZE) store_block(out, f(in));
 }
 
-/** out = f(in, register) for each block, where f updates the register. It is written back after the last block. */
+/**
+ * Computes out = f(in, register) for each block, where f updates the register. The register is written back after the
+ * last block.
+ */
 template <typename Function>
 void with_register(const Run& run, Function f) {
     Block reg = load_block(run.reg);
@@ -64,7 +67,10 @@ void mac(const Run& run, const Cipher& c) {
     store_block(run.reg, state);
 }
 
-/** Processes the blocks in order, and reads each completely before writing it. `c` has the functions of BlockBy. */
+/**
+ * Processes the blocks in order, and reads each block completely before its output is written. `c` has the functions of
+ * BlockBy.
+ */
 template <typename Cipher>
 void in_order(Mode mode, const Run& run, const Cipher& c) {
     switch (mode) {

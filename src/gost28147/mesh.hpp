@@ -13,7 +13,7 @@
 
 namespace vrx::gost28147 {
 
-/** The constant C. */
+/** The constant C of key meshing. */
 inline constexpr std::uint8_t meshing_constant[VRX_KEY_SIZE] = {
     0x69, 0x00, 0x72, 0x22, 0x64, 0xC9, 0x04, 0x23, 0x8D, 0x3A, 0xDB, 0x96, 0x46, 0xE9, 0x2A, 0xC4,
     0x18, 0xFE, 0xAC, 0x94, 0x00, 0xED, 0x07, 0x12, 0xC0, 0x86, 0xDC, 0xC2, 0xEF, 0x4C, 0xA9, 0x2B};
@@ -22,7 +22,8 @@ inline constexpr std::uint8_t meshing_constant[VRX_KEY_SIZE] = {
 inline constexpr std::size_t section_blocks = VRX_MESHING_SECTION / VRX_BLOCK_SIZE;
 
 /**
- * K = D(K, C), then register = E(K, register). ECB does not use its register, but it is meshed all the same.
+ * Computes K = D(K, C), and then register = E(K, register). ECB does not use a register, but the function computes this
+ * in every mode.
  *
  * @param run_blocks  the function that runs ECB: plain::run or bulk::run.
  */
@@ -38,8 +39,8 @@ void mesh(const vrx_tz& table, std::uint32_t* key, std::uint8_t* reg, RunBlocks 
 inline bool meshes(const vrx_crpt_ctx& ctx) { return ctx.key_meshing == 1; }
 
 /**
- * The number of blocks, at most `wanted`, that vrx_make_key_meshing() would count before the next meshing. A count that
- * never equals 1024, which only a caller can set, never meshes.
+ * Returns the number of blocks, at most `wanted`, that vrx_make_key_meshing() would count before the next meshing. If a
+ * caller has set the count to a value from which it never equals 1024, there is no further meshing.
  */
 inline std::size_t blocks_before_meshing(const vrx_crpt_ctx& ctx, std::size_t wanted) {
     const std::uint32_t left = VRX_MESHING_SECTION - ctx.mesh_count;
@@ -47,7 +48,7 @@ inline std::size_t blocks_before_meshing(const vrx_crpt_ctx& ctx, std::size_t wa
     return std::min<std::size_t>(wanted, left / VRX_BLOCK_SIZE);
 }
 
-/** Counts blocks that blocks_before_meshing() allows. */
+/** Counts blocks. Their number is at most that of blocks_before_meshing(). */
 inline void count_blocks(vrx_crpt_ctx& ctx, std::size_t blocks) {
     if (meshes(ctx)) ctx.mesh_count += static_cast<std::uint32_t>(blocks * VRX_BLOCK_SIZE);
 }

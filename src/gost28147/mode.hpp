@@ -1,4 +1,4 @@
-// The types that every engine works with: the cipher, the mode, a run of whole blocks; and the counter's step.
+// The types that every engine uses: the cipher, the mode, and a run of whole blocks. Also the step of the counter.
 #ifndef VRX_GOST28147_MODE_HPP
 #define VRX_GOST28147_MODE_HPP
 
@@ -10,24 +10,25 @@
 
 namespace vrx::gost28147 {
 
-/** The table and key that every mode encrypts with. */
+/** The table and the key with which every mode encrypts. */
 struct Cipher {
     const vrx_tz& table;
     Key key;
 };
 
 enum class Mode {
-    // Parallelizable: no block depends on the result of the previous one.
+    // Parallelizable modes: no block depends on the result of the previous block.
     ecb_encrypt,
     ecb_decrypt,
     cbc_decrypt,
     counter,      // the counter is stepped before each block
     cfb_decrypt,  // standard CFB: feeds back the ciphertext block, even in place
-    // Chained: each block depends on the previous one.
+    // Chained modes: each block depends on the result of the previous block.
     cbc_encrypt,
     cfb_encrypt,
     mac,
-    // CFB that reads the feedback from the input after writing the output: in place it feeds back plaintext.
+    // CFB decryption that reads the feedback from the input after it has written the output. In place, the feedback is
+    // therefore plaintext.
     cfb_decrypt_rereading
 };
 
@@ -35,7 +36,7 @@ constexpr bool parallelizable(Mode mode) { return mode <= Mode::cfb_decrypt; }
 constexpr bool chained(Mode mode) { return mode >= Mode::cbc_encrypt && mode <= Mode::mac; }
 constexpr bool decrypts(Mode mode) { return mode == Mode::ecb_decrypt || mode == Mode::cbc_decrypt; }
 constexpr bool has_register(Mode mode) { return mode > Mode::ecb_decrypt; }
-/** A parallelizable mode whose register becomes the last ciphertext block. */
+/** True for a parallelizable mode whose register becomes the last ciphertext block. */
 constexpr bool keeps_ciphertext(Mode mode) { return mode == Mode::cbc_decrypt || mode == Mode::cfb_decrypt; }
 
 /**
@@ -56,15 +57,18 @@ struct Run {
     }
 };
 
-/** The next counter: word 0 plus 01010101h modulo 2^32, word 1 plus 01010104h modulo 2^32 - 1, never 0. */
+/**
+ * Returns the next counter. Word 0 is increased by 01010101h modulo 2^32, and word 1 by 01010104h modulo 2^32 - 1. The
+ * new word 1 is from 1 to 2^32 - 1.
+ */
 constexpr Block step_counter(Block c) {
     const std::uint32_t n2 = c.n2 + 0x01010104U;
     return {c.n1 + 0x01010101U, n2 + (n2 < 0x01010104U ? 1U : 0U)};
 }
 
 /**
- * The counter after n steps, 0 < n < 2^32. Word 1 is a sum modulo 2^32 - 1 that is never 0: the carries out of 32 bits
- * are added until none is left.
+ * Returns the counter after n steps, for 0 < n < 2^32. To reduce word 1 modulo 2^32 - 1, the function adds the bits
+ * above 2^32 to the lower 32 bits until no carry is left. The result is never 0.
  */
 constexpr Block step_counter(Block c, std::uint64_t n) {
     std::uint64_t n2 = c.n2 + n * 0x01010104U;

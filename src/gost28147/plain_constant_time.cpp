@@ -1,4 +1,4 @@
-// The modes block by block if no address may depend on a secret: computed by the selected engine.
+// The modes block by block for builds in which no address may depend on a secret. The selected engine computes them.
 #include "gost28147/engine/list.hpp"
 #include "gost28147/plain.hpp"
 

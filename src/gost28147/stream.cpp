@@ -14,7 +14,7 @@ using Buffer = Blockwise<VRX_BLOCK_SIZE>;
 
 Cipher cipher_of(const vrx_crpt_ctx& ctx) { return {ctx.table, Key(ctx.key)}; }
 
-/** Meshes if it is due, and counts one block. */
+/** If a key meshing is due, performs it. Then counts one block. */
 void mesh_step(vrx_crpt_ctx& ctx) {
     if (!meshes(ctx)) return;
     if (ctx.mesh_count == VRX_MESHING_SECTION) {
@@ -25,9 +25,9 @@ void mesh_step(vrx_crpt_ctx& ctx) {
 }
 
 /**
- * Processes whole blocks of a message, with meshing and counting. Runs under one key go to the engines, and so do whole
- * sections that start with a meshing. Any other block before which a meshing is due goes through mesh_step() alone.
- * Inlined, because the call would slow down short pieces.
+ * Processes whole blocks of a message, meshes the key and counts blocks. Passes runs under one key to the engines, and
+ * in parallelizable modes also whole sections that start with a meshing. Any other block before which a meshing is due
+ * is processed alone, after mesh_step(). The function is inlined, because a call would slow down short pieces.
  */
 [[gnu::always_inline]] inline void run_blocks(Mode mode, vrx_crpt_ctx& ctx, std::uint8_t* reg, const std::uint8_t* in,
                                               std::uint8_t* out, std::size_t blocks) {
@@ -49,7 +49,8 @@ void mesh_step(vrx_crpt_ctx& ctx) {
 }
 
 /**
- * The last bytes of a piece, fewer than a block. Generates the key stream of a whole block and keeps what is unused.
+ * Processes the last bytes of a piece, which are fewer than a block. Generates the key stream of a whole block, and
+ * stores the unused part of it.
  */
 void run_tail(Mode mode, vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t tail) {
     if (tail == 0) return;
@@ -87,7 +88,8 @@ void cfb(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size
     const bool encrypting = ctx.direction != 0;
     const Mode mode = encrypting ? Mode::cfb_encrypt : Mode::cfb_decrypt;
     const std::uint8_t* const end = in + length;
-    // Continue a block that an earlier piece began. Ciphertext replaces the key stream that is used.
+    // Continue a block that an earlier piece began. In the block, ciphertext replaces the key stream that has been
+    // used.
     if (ctx.block_len != 0) {
         Buffer begun(ctx.block, VRX_BLOCK_SIZE - ctx.block_len);
         begun.fill(length, [&](std::uint8_t& gamma) {
@@ -107,7 +109,7 @@ void cfb(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size
     if (const auto ahead = reinterpret_cast<std::uintptr_t>(out) - reinterpret_cast<std::uintptr_t>(in);
         ahead != 0 && ahead < rest) {
         if (rest <= longest_copy)
-            copy_secret(out, in, rest);  // reads everything first, and leaves the high registers alone
+            copy_secret(out, in, rest);  // reads everything first, and does not use the registers that only AVX-512 has
         else
             std::memmove(out, in, rest);
         in = out;
@@ -131,7 +133,7 @@ void mac(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::size_t length, bool fin
             return;
         }
     }
-    // Deliberate: only the low half is cleared.
+    // Deliberate: only the low half of the MAC state is cleared.
     if ((ctx.flags & VRX_FLAG_FIRST) != 0) std::memset(ctx.mac, 0, VRX_BLOCK_SIZE / 2);
     if (begun) {
         mesh_step(ctx);

@@ -12,8 +12,8 @@
 namespace vrx::gost28147::stream {
 
 /**
- * The stack and registers in which the functions below may leave secrets after a piece of so many bytes. Each of the
- * functions may mesh the key, which takes four blocks.
+ * The stack and registers in which the functions below may leave secrets after a piece of the given number of bytes.
+ * Each of the functions may mesh the key, which processes four blocks.
  */
 constexpr Extent extent_of(std::size_t bytes) {
     return bulk::extent_of(std::max<std::size_t>(bytes, 2 * VRX_BLOCK_SIZE));
@@ -22,10 +22,13 @@ constexpr Extent extent_of(std::size_t bytes) {
 /** Counter mode. */
 [[gnu::noinline]] void counter(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t length);
 
-/** CFB in the direction of the context. If buffers overlap, all input counts as read before any output is written. */
+/**
+ * CFB in the direction of the context. If the buffers overlap, the result is as if all input were read before any
+ * output is written.
+ */
 [[gnu::noinline]] void cfb(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::uint8_t* out, std::size_t length);
 
-/** The MAC. `finish` pads and absorbs a last partial block. */
+/** The MAC. If `finish` is true, pads and processes a partial block at the end. */
 [[gnu::noinline]] void mac(vrx_crpt_ctx& ctx, const std::uint8_t* in, std::size_t length, bool finish);
 
 /**

@@ -13,7 +13,7 @@ using namespace vrx::gostr3411;
 
 namespace {
 
-/** Finds a record by its identifier, first among the built-in ones. Returns nullptr if there is none. */
+/** Finds a record by its identifier, first among the built-in records. Returns nullptr if there is none. */
 const vrx_gostr3411_par* find(std::span<const std::uint8_t> oid, std::span<const vrx_gostr3411_par> extra) {
     for (const auto records : {std::span<const vrx_gostr3411_par>(GOSTR3411_OIDS), extra})
         for (const vrx_gostr3411_par& record : records)
@@ -21,7 +21,10 @@ const vrx_gostr3411_par* find(std::span<const std::uint8_t> oid, std::span<const
     return nullptr;
 }
 
-/** The table of an identifier, for GOSTR3411_Init_more_oids(). On failure, logs, sets rc and may return nullptr. */
+/**
+ * Returns the table of the set with an identifier, for GOSTR3411_Init_more_oids(). On failure, the function logs a
+ * line, sets rc, and may return nullptr.
+ */
 const vrx_tz* find_table(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411_par* extra,
                          std::uint32_t extra_count, int& rc) {
     if (oid == nullptr || oid_len == 0) {
@@ -37,11 +40,11 @@ const vrx_tz* find_table(const std::uint8_t* oid, std::uint32_t oid_len, const v
     return record->tz;
 }
 
-/** Hashes a whole message with the caller's table. A context would hold a copy of it. */
+/** Hashes a whole message with the caller's table, without a context, which would contain a copy of the table. */
 int transform(const vrx_tz& table, const std::uint8_t* data, std::uint32_t len, std::uint8_t* out) {
     if (const int rc = checks::update(data, len)) return log::failed("GOSTR3411_Update", rc);
     if (const int rc = checks::final(out)) return log::failed("GOSTR3411_Final", rc);
-    const Substitution by(table);  // public, and large: not part of the secret work
+    const Substitution by(table);  // not inside secret_work(), because the table is public and large
     vrx::secret_work<vrx::depth::hash>([&] {
         State s{};
         finish(s, data, len, by);

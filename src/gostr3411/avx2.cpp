@@ -9,8 +9,8 @@
 namespace vrx::gostr3411 {
 namespace {
 
-// A linear map as shuffles. A register holds one part of the argument in both lanes, so a shuffle moves one term, or 0,
-// to each octet of the result. The sum of enough shuffles of all parts is the result.
+// A linear map is computed by shuffles. A register holds one part of the argument in both lanes, so that a shuffle can
+// move one term, or 0, to each octet of the result. The result is the sum of several shuffles of each part.
 
 template <std::size_t count>
 struct Shuffles {
@@ -30,7 +30,7 @@ inline constexpr auto shuffles = [] {
     return s;
 }();
 
-/** The sum of shuffles first to last - 1, as a tree with the fewest levels. */
+/** Returns the sum of the shuffles from `first` to `last` - 1, as a tree with the fewest levels. */
 template <std::size_t first, std::size_t last, std::size_t count>
 [[gnu::always_inline]] inline __m256i shuffled(__m256i twice, const Shuffles<count>& s) {
     if constexpr (last - first == 1) {
@@ -41,13 +41,13 @@ template <std::size_t first, std::size_t last, std::size_t count>
     }
 }
 
-/** The contribution of one part of the argument to map(argument). */
+/** Returns the terms of map(argument) that come from one part of the argument. */
 template <const OctetMap& map, Part part>
 [[gnu::always_inline]] inline __m256i share(__m256i twice) {
     return shuffled<0, most_terms(map, part)>(twice, shuffles<map, part>);
 }
 
-/** A 256-bit number in the form that these maps take. */
+/** A 256-bit number in the form that the maps require: each half of the number is in both lanes of a register. */
 struct Twice {
     __m256i low;
     __m256i high;
@@ -92,8 +92,9 @@ struct Blocks {
     std::uint32_t n2[4];
 };
 
-// Substitutions: the XOR of half and the entries for t, as two sums that finish at the same time. The empty asm
-// statements keep compilers from making one chain of them. Indices are 64 bits wide, like addresses.
+// Substitutions compute the XOR of `half` and the table entries for t, as two sums that finish at the same time. The
+// empty asm statements keep compilers from combining the two sums into one chain. Indices are 64 bits wide, like
+// addresses.
 
 /** Four look-ups in any table. */
 struct Four {
@@ -110,7 +111,7 @@ struct Four {
     }
 };
 
-/** Three look-ups in a built-in table of 33 KiB, which make the dependency chain one XOR shorter. */
+/** Three look-ups in a built-in table of 33 KiB. The dependency chain is one XOR shorter than with four look-ups. */
 struct Three {
     const WideTable& table;
 
@@ -124,7 +125,7 @@ struct Three {
     }
 };
 
-/** Eight rounds of all four blocks: round i adds word order[i] of each key. */
+/** Performs eight rounds of all four blocks. Round i adds word order[i] of each key. */
 template <std::size_t... order, typename LookUps>
 [[gnu::always_inline]] inline void rounds(Blocks& b, const Keys& keys, const LookUps& look_ups) {
     const auto round = [&](std::uint32_t(&changed)[4], const std::uint32_t(&by)[4], std::size_t word)
@@ -136,7 +137,7 @@ template <std::size_t... order, typename LookUps>
     ((i++ % 2 == 0 ? round(b.n2, b.n1, order) : round(b.n1, b.n2, order)), ...);
 }
 
-/** The halves of all four blocks, in both lanes. */
+/** Returns the halves of all four blocks, in both lanes of a register. */
 [[gnu::always_inline]] inline __m256i gathered(const std::uint32_t (&half)[4]) {
     const auto pair = [](std::uint32_t low, std::uint32_t high) {
         return static_cast<long long>(std::uint64_t{high} << 32 | low);
@@ -145,9 +146,10 @@ template <std::size_t... order, typename LookUps>
 }
 
 /**
- * Four interleaved chains of look-ups in the general registers. A round depends on the look-ups of the previous one: an
- * addition, an index, a load and three XORs. The latency is 10 cycles with four look-ups and 9 with three. The cost for
- * the four blocks is 20 loads and 32 other instructions, or 16 and 24. Everything else is linear:
+ * Runs four interleaved chains of look-ups in the general registers. A round depends on the look-ups of the previous
+ * round by an addition, an index, a load and three XORs. The latency is 10 cycles with four look-ups, and 9 cycles with
+ * three. A round of the four blocks takes 20 loads and 32 other instructions with four look-ups, and 16 loads and 24
+ * other instructions with three. The rest of a step is linear:
  *
  *     keys    P(A^j(H)) + P(A^2j(M)) + constant    12 shuffles that take H, 13 that take M
  *     result  psi^61(H) + psi^62(M)                28 shuffles
@@ -173,7 +175,7 @@ void steps(Uint256& hash, const std::uint8_t* blocks, std::size_t count, const S
         const __m256i known = _mm256_xor_si256(h.mapped<psi_61>(), m.mapped<psi_62>());
         for (int pass = 0; pass < 3; ++pass) rounds<0, 1, 2, 3, 4, 5, 6, 7>(b, keys, look_ups);
         rounds<7, 6, 5, 4, 3, 2, 1, 0>(b, keys, look_ups);
-        // The last round does not swap the halves. n2, which is ready a round earlier, holds the first halves.
+        // The last round does not swap the halves, so n2 holds the first halves. They are ready one round before n1.
         const __m256i first = _mm256_xor_si256(known, share<psi_74, Part::halves1>(gathered(b.n2)));
         number = _mm256_xor_si256(first, share<psi_74, Part::halves2>(gathered(b.n1)));
     }

@@ -1,4 +1,4 @@
-// Baseline engine of the hash step: step(), for any table and any CPU.
+// Baseline engine of the hash step: calls step(), for any table and any CPU.
 #include "gostr3411/engine.hpp"
 
 namespace vrx::gostr3411 {

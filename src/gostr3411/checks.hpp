@@ -1,5 +1,5 @@
-// The argument checks of GOSTR3411_Init_ex(), GOSTR3411_Update() and GOSTR3411_Final(), which log under these names.
-// The one-shot functions make the same checks in the same order.
+// The argument checks of GOSTR3411_Init_ex(), GOSTR3411_Update() and GOSTR3411_Final(). Their log lines contain these
+// names. The one-shot functions make the same checks in the same order.
 #ifndef VRX_GOSTR3411_CHECKS_HPP
 #define VRX_GOSTR3411_CHECKS_HPP
 

@@ -1,4 +1,4 @@
-// The engines of the step function, and the choice of one.
+// The engines of the step function. The library selects one of them.
 #ifndef VRX_GOSTR3411_ENGINE_HPP
 #define VRX_GOSTR3411_ENGINE_HPP
 
@@ -16,7 +16,7 @@ namespace vrx::gostr3411 {
 
 class Substitution;
 
-/** Absorbs blocks, one step each. Leaves working values on the stack. */
+/** Processes blocks, one step for each block. Leaves working values on the stack. */
 using Steps = void (*)(Uint256& h, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept;
 
 Steps prepare_baseline(Substitution& s) noexcept;
@@ -25,7 +25,7 @@ Steps prepare_avx2_wide(Substitution& s) noexcept;
 Steps prepare_vbmi(Substitution& s) noexcept;
 
 struct Engine : cpu::EngineInfo {
-    /** Inspects the table, once for all steps. @return the function that runs the steps */
+    /** Inspects the table once for all steps. @return the function that performs the steps */
     Steps (*prepare)(Substitution& s) noexcept;
 };
 
@@ -54,26 +54,29 @@ inline constexpr std::array<Engine, 3> engines{{
 #endif
 
 extern cpu::Choice<engines> choice;
-/** The engine that runs. */
+/** Returns the selected engine. */
 inline const Engine& engine() noexcept { return choice(); }
 
-/** A table as an engine reads it. The engine inspects it once a call, so it must not change during the call. */
+/**
+ * A table in the form that the engine reads. The engine inspects the table once for each call of the library, so the
+ * table must not change during the call.
+ */
 class Substitution {
 public:
     explicit Substitution(const vrx_tz& t) : table(t), steps_(engine().prepare(*this)) {}
     Substitution(const Substitution&) = delete;
     Substitution& operator=(const Substitution&) = delete;
 
-    /** h = f(... f(h, first block) ..., last block) */
+    /** Computes h = f(... f(h, first block) ..., last block). */
     void steps(Uint256& h, const std::uint8_t* blocks, std::size_t count) const { steps_(h, blocks, count, *this); }
-    /** The function that runs, for tests. */
+    /** Returns the function that performs the steps. For tests. */
     [[nodiscard]] Steps way() const { return steps_; }
 
     const vrx_tz& table;
-    /** The S-boxes that an engine found: the library's own, or those in `found`. */
+    /** The S-boxes of the table: nullptr, the library's own S-boxes, or `found`. */
     const tz::SBoxes* sboxes = nullptr;
     tz::SBoxes found;
-    /** The library's own table for three look-ups, if it is equivalent. */
+    /** The built-in table for three look-ups that is equivalent to `table`; nullptr if there is none. */
     const WideTable* wide = nullptr;
 
 private:

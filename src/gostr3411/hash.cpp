@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t block_size = VRX_HASH_BLOCK_SIZE;
 constexpr std::uint32_t block_bits = 8 * VRX_HASH_BLOCK_SIZE;
 
-/** a + b modulo 2^256 */
+/** Computes a + b modulo 2^256. */
 constexpr Uint256 add(const Uint256& a, const Uint256& b) {
     Uint256 sum{};
     std::uint64_t carry = 0;
@@ -53,7 +53,7 @@ void absorb(State& s, const Uint256& block, std::uint32_t bits, const Substituti
 }
 
 void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const Substitution& by) {
-    // Pieces fit the L1 cache, so the second pass over a piece does not load it again from further away.
+    // A piece fits in the L1 cache, so that the second pass over the piece finds it there.
     constexpr std::size_t piece = 128;
     for (std::size_t n; blocks != 0; blocks -= n, data += n * block_size) {
         n = std::min(blocks, piece);

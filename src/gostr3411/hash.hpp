@@ -16,19 +16,19 @@ struct State {
     Uint256 length;
 };
 
-/** Absorbs a block that holds `bits` bits of the message. The length is counted modulo 2^64. */
+/** Processes a block that contains `bits` bits of the message. The length is counted modulo 2^64. */
 void absorb(State& s, const Uint256& block, std::uint32_t bits, const Substitution& by);
 
-/** Absorbs whole blocks. */
+/** Processes whole blocks. */
 void absorb(State& s, const std::uint8_t* data, std::size_t blocks, const Substitution& by);
 
-/** Absorbs the length and the sum, which end every message. s.hash is then the digest. */
+/** Processes the length and the sum, as at the end of every message. s.hash is then the digest. */
 void close(State& s, const Substitution& by);
 
-/** Absorbs the last block, as absorb() does, and closes. */
+/** Processes the last block, as absorb() does, and ends the message. */
 void close(State& s, const Uint256& last, std::uint32_t bits, const Substitution& by);
 
-/** Absorbs the rest of the message, of any length, and closes. */
+/** Processes the rest of the message, of any length, and ends the message. */
 void finish(State& s, const std::uint8_t* data, std::size_t len, const Substitution& by);
 
 // Messages in pieces, in a context. Arguments are not checked.

@@ -9,7 +9,7 @@ State begun_with(const std::uint8_t* block, const Substitution& by) {
     return s;
 }
 
-/** The digest of a message whose last block is whole. */
+/** Returns the digest of a message whose last block is whole. */
 Uint256 continued(State s, const Uint256& last, const Substitution& by) {
     close(s, last, 8 * VRX_HASH_BLOCK_SIZE, by);
     return s.hash;

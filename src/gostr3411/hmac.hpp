@@ -7,19 +7,22 @@
 
 namespace vrx::gostr3411 {
 
-/** The inner and outer hash states after the key's pads. Every message under the key starts from them. */
+/**
+ * The inner and the outer hash state after the key block, XORed with ipad and with opad. Every message with this key
+ * starts from these states.
+ */
 struct Keyed {
     State inner;
     State outer;
 };
 
-/** Computes these states from the key XORed with ipad and with opad, one block each. */
+/** Computes the two states from the key XORed with ipad and the key XORed with opad, which have one block each. */
 [[nodiscard]] Keyed keyed(const std::uint8_t* ipad_key, const std::uint8_t* opad_key, const Substitution& by);
 
-/** The MAC of a message of 32 bytes. */
+/** Returns the MAC of a message of 32 bytes. */
 [[nodiscard]] Uint256 mac(const Keyed& key, const Uint256& message, const Substitution& by);
 
-/** The MAC of a message of any length. */
+/** Returns the MAC of a message of any length. */
 void mac(const Keyed& key, const std::uint8_t* data, std::size_t len, std::uint8_t* out, const Substitution& by);
 
 }  // namespace vrx::gostr3411

@@ -23,7 +23,7 @@ int find_par(const std::uint8_t* oid, std::uint32_t oid_len, const vrx_gostr3411
     return VRX_OK;
 }
 
-/** The key as one block (K in RFC 2104): padded with zeros, and hashed first if it is longer than a block. */
+/** The key as one block (K in RFC 2104): padded with zeros. A key that is longer than a block is hashed first. */
 int make_block_key(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz* table, Pad& k) {
     k.fill(0);
     if (key_len <= k.size()) {
@@ -38,7 +38,7 @@ int make_block_key(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz*
     return VRX_OK;
 }
 
-/** The common first part of GOSTR3411_HMAC_Init() and GOSTR3411_HMAC(): XORs the key with both pads. */
+/** The common first part of GOSTR3411_HMAC_Init() and GOSTR3411_HMAC(). It XORs the key with both pads. */
 int make_pads(const std::uint8_t* key, std::uint32_t key_len, const vrx_tz* table, std::uint8_t* ipad_key,
               std::uint8_t* opad_key) {
     Pad k;

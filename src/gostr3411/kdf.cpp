@@ -17,7 +17,7 @@ namespace {
 
 using Digest = std::array<std::uint8_t, VRX_HASH_SIZE>;
 
-/** The number of 32-byte blocks that hold this many bytes. */
+/** Returns the number of 32-byte blocks that hold the given number of bytes. */
 constexpr std::size_t blocks(std::int32_t bytes) {
     return bytes > 0 ? (static_cast<std::size_t>(bytes) + VRX_HASH_BLOCK_SIZE - 1) / VRX_HASH_BLOCK_SIZE : 0;
 }
@@ -34,7 +34,7 @@ std::uint8_t* repeat(const std::uint8_t* text, std::int32_t len, std::uint8_t* o
     return out;
 }
 
-/** n = n + b + 1 modulo 2^256, for big-endian numbers. */
+/** Computes n = n + b + 1 modulo 2^256, for big-endian numbers. */
 void add_and_increment(std::uint8_t* n, const Digest& b) {
     unsigned carry = 1;
     for (std::size_t i = b.size(); i-- != 0;) {
@@ -44,7 +44,10 @@ void add_and_increment(std::uint8_t* n, const Digest& b) {
     }
 }
 
-/** S | P of PKCS #12: salt and password, each repeated to fill whole blocks. On the heap: their size is unlimited. */
+/**
+ * S | P of PKCS #12: salt and password, each repeated to fill whole blocks. They are on the heap, because their size is
+ * not limited.
+ */
 class Input {
 public:
     Input(const std::uint8_t* salt, std::int32_t salt_len, const std::uint8_t* password, std::int32_t password_len)
@@ -60,7 +63,7 @@ public:
     Input& operator=(const Input&) = delete;
 
     [[nodiscard]] const std::uint8_t* bytes() const { return bytes_; }
-    /** The size in the type that GOSTR3411_Update() takes. */
+    /** Returns the size, in the type of the parameter of GOSTR3411_Update(). */
     [[nodiscard]] std::uint32_t size() const { return static_cast<std::uint32_t>(size_); }
 
     /** Adds b + 1 to every block. */
@@ -73,7 +76,7 @@ private:
     std::uint8_t* bytes_;
 };
 
-/** Repeats a = H(a) `iterations` - 1 times. ctx receives the final state of the last hash. */
+/** Computes a = H(a), `iterations` - 1 times. ctx receives the final state of the last hash. */
 void iterate(GOSTR3411_CTX& ctx, Digest& a, std::uint64_t iterations) {
     if (iterations < 2) return;
     const Substitution by(ctx.table);
@@ -126,7 +129,7 @@ int GOSTR3411_PBA_Derive(const std::uint8_t* password, std::int32_t password_len
                          std::int32_t salt_len, std::uint64_t iterations, std::int32_t id, const std::uint8_t* oid,
                          std::uint32_t oid_len, std::uint8_t* out, std::int32_t out_len) {
     const vrx_gostr3411_par* par = DEFAULT_GOSTR3411_OID;
-    if (oid == nullptr)  // Deliberate: the test is inverted, so a given identifier is ignored.
+    if (oid == nullptr)  // Deliberate: the test is inverted, so an identifier that the caller passes is ignored.
         if (const int rc = oidFindGOSTR3411Par(oid, oid_len, &par)) return log::returned("oidFindGOSTR3411Par", rc);
     return vrx::secret_work<vrx::depth::derivation>([&]() -> int {
         vrx::Secret<GOSTR3411_CTX> secret;

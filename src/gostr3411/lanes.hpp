@@ -10,14 +10,14 @@
 
 namespace vrx::gostr3411 {
 
-/** A register of the low 32 bits of word(0) to word(3). */
+/** Returns a register with the low 32 bits of word(0) to word(3). */
 template <typename Substitution, typename Word>
 [[gnu::always_inline]] inline __m128i gathered(Word word) {
     return _mm_setr_epi32(static_cast<int>(word(0)), static_cast<int>(word(1)), static_cast<int>(word(2)),
                           static_cast<int>(word(3)));
 }
 
-/** Encrypts each quarter of h under its key. */
+/** Encrypts each quarter of h with its key. */
 template <typename Substitution>
 [[gnu::always_inline]] inline Uint256 encrypt_in_lanes(const Uint256& h, const Keys& keys,
                                                        const Substitution& substitution) {

@@ -14,7 +14,10 @@ namespace vrx::gostr3411 {
 template <typename Octet>
 using Octets = std::array<Octet, 32>;
 
-/** For each octet of the result, a mask of the octets of the argument whose XOR it is. Bit i stands for octet i. */
+/**
+ * For each octet of the result, a mask of octets of the argument. The octet of the result is the XOR of these octets.
+ * Bit i of the mask stands for octet i.
+ */
 using OctetMap = Octets<std::uint32_t>;
 
 constexpr OctetMap identity() {
@@ -23,7 +26,10 @@ constexpr OctetMap identity() {
     return y;
 }
 
-/** A, applied `times` times: drops the lowest 64 bits and appends their XOR with the next 64 on top. */
+/**
+ * Applies A `times` times: drops the lowest 64 bits. The new top 64 bits are the XOR of the dropped bits and the next
+ * 64 bits.
+ */
 template <typename Octet>
 constexpr Octets<Octet> transform_a(Octets<Octet> y, unsigned times) {
     for (; times != 0; --times) {
@@ -35,7 +41,7 @@ constexpr Octets<Octet> transform_a(Octets<Octet> y, unsigned times) {
     return y;
 }
 
-/** P: octet i + 4k of the result is octet 8i + k. */
+/** Applies P: octet i + 4k of the result is octet 8i + k of the argument. */
 template <typename Octet>
 constexpr Octets<Octet> transform_p(const Octets<Octet>& y) {
     Octets<Octet> out{};
@@ -44,7 +50,7 @@ constexpr Octets<Octet> transform_p(const Octets<Octet>& y) {
     return out;
 }
 
-/** psi, applied `times` times: moves the 16-bit words down by one and appends the XOR of six of them on top. */
+/** Applies psi `times` times: moves the 16-bit words down by one place. The new top word is the XOR of six words. */
 constexpr OctetMap psi(OctetMap y, unsigned times) {
     for (; times != 0; --times) {
         OctetMap out{};
@@ -55,7 +61,7 @@ constexpr OctetMap psi(OctetMap y, unsigned times) {
     return y;
 }
 
-// The step is psi^61(H + psi(M + psi^12(S))) = psi^61(H) + psi^62(M) + psi^74(S).
+// The result of a step is psi^61(H + psi(M + psi^12(S))) = psi^61(H) + psi^62(M) + psi^74(S).
 inline constexpr OctetMap psi_61 = psi(identity(), 61);
 inline constexpr OctetMap psi_62 = psi(identity(), 62);
 inline constexpr OctetMap psi_74 = psi(identity(), 74);
@@ -66,7 +72,7 @@ inline constexpr OctetMap key_of_h = transform_p(transform_a(identity(), j));
 template <unsigned j>
 inline constexpr OctetMap key_of_m = transform_p(transform_a(identity(), 2 * j));
 
-/** C3 of RFC 5831, section 6.1, from octet 0; it is added to key 2. C2 and C4 are 0. */
+/** C3 of RFC 5831, section 6.1, with octet 0 first. It is added to key 2. C2 and C4 are 0. */
 constexpr Octets<std::uint8_t> c3() {
     Octets<std::uint8_t> octets{};
     for (unsigned i = 0; i < octets.size(); ++i) octets[i] = (0xb19655aaU >> i & 1) != 0 ? 0xff : 0;
@@ -76,7 +82,7 @@ constexpr Octets<std::uint8_t> key_constant(unsigned j) {
     return j < 2 ? Octets<std::uint8_t>{} : transform_p(transform_a(c3(), j - 2));
 }
 
-/** The 16-octet registers that hold parts of a 256-bit number. */
+/** The parts of a 256-bit number that a register of 16 octets may hold. */
 enum class Part {
     low,      // octets 0 to 15
     high,     // 16 to 31
@@ -84,7 +90,7 @@ enum class Part {
     halves2   // the second halves
 };
 
-/** The octet of the number at a place of a part. */
+/** Returns the index of the octet of the number that is at a place of a part. */
 constexpr unsigned octet_at(Part part, unsigned place) {
     switch (part) {
         case Part::low:
@@ -99,14 +105,14 @@ constexpr unsigned octet_at(Part part, unsigned place) {
     return 8 * (place / 4) + 4 + place % 4;
 }
 
-/** The places of a part that hold the terms of octet `out` of a result. Bit i stands for place i. */
+/** Returns the places of a part that hold terms of octet `out` of the result. Bit i stands for place i. */
 constexpr unsigned places(const OctetMap& map, Part part, std::size_t out) {
     unsigned set = 0;
     for (unsigned place = 0; place < 16; ++place) set |= (map[out] >> octet_at(part, place) & 1U) << place;
     return set;
 }
 
-/** The largest number of terms that an octet of the result has in a part. */
+/** Returns the largest number of terms that any octet of the result has in a part. */
 constexpr std::size_t most_terms(const OctetMap& map, Part part) {
     int most = 0;
     for (std::size_t out = 0; out < map.size(); ++out)

@@ -9,7 +9,7 @@ namespace {
 
 // Encryption (section 6.2; GOST 28147-89 in simple substitution, RFC 5830)
 
-/** The four blocks under encryption. Their rounds are independent, so interleaving them hides latency. */
+/** The four blocks that are encrypted. Their rounds are independent, so interleaving them hides latency. */
 struct Blocks {
     std::array<std::uint32_t, 4> n1;
     std::array<std::uint32_t, 4> n2;
@@ -19,7 +19,7 @@ struct Blocks {
     return table.t[0][v & 255] ^ table.t[1][v >> 8 & 255] ^ table.t[2][v >> 16 & 255] ^ table.t[3][v >> 24];
 }
 
-/** Eight rounds of all four blocks: round i adds word order[i] of each key. */
+/** Performs eight rounds of all four blocks. Round i adds word order[i] of each key. */
 template <std::size_t... order>
 [[gnu::always_inline]] inline void rounds(Blocks& b, const Keys& keys, const vrx_tz& table) {
     const auto round = [&](std::array<std::uint32_t, 4> & changed, const std::array<std::uint32_t, 4>& by,
@@ -31,7 +31,7 @@ template <std::size_t... order>
     ((i++ % 2 == 0 ? round(b.n2, b.n1, order) : round(b.n1, b.n2, order)), ...);
 }
 
-/** Encrypts each quarter of h under its key. The last round does not swap the halves, so n1 and n2 are exchanged. */
+/** Encrypts each quarter of h with its key. The last round does not swap the halves, so n1 and n2 are exchanged. */
 [[gnu::always_inline]] inline Uint256 encrypt(const Uint256& h, const Keys& keys, const vrx_tz& table) {
     Blocks b;
     for (std::size_t j = 0; j < keys.size(); ++j) {

@@ -8,7 +8,7 @@
 namespace vrx::gostr3411 {
 
 /**
- * f(h, m), for any CPU. Leaves working values on the stack: to hash secrets, call it inside secret_work().
+ * Computes f(h, m), on any CPU. Leaves working values on the stack, so call it inside secret_work() to hash secrets.
  *
  * @param table  a table with any content, not only one made from S-boxes. Its flag is ignored.
  */

@@ -22,7 +22,10 @@ constexpr Uint256 c3 = {0xff00ff00ff00ff00, 0x00ff00ff00ff00ff, 0xff0000ff00ffff
 /** The cipher keys K1 to K4, each as eight words. */
 using Keys = std::array<std::array<std::uint32_t, 8>, 4>;
 
-/** P(w): octet i + 4k of the key is octet 8i + k of w, so that word k gathers octet k of each of the four words. */
+/**
+ * Computes P(w): octet i + 4k of the key is octet 8i + k of w. Word k of the key therefore consists of octet k of each
+ * of the four words.
+ */
 [[gnu::always_inline]] inline void transform_p(std::array<std::uint32_t, 8>& key, const Uint256& w) {
     const auto word = [&w](std::size_t i) { return _mm_cvtsi64_si128(static_cast<long long>(w[i])); };
     const __m128i low = _mm_unpacklo_epi8(word(0), word(1));
@@ -51,23 +54,23 @@ using Keys = std::array<std::array<std::uint32_t, 8>, 4>;
 // where + is exclusive-or. With x for one place, psi^n is x^n modulo x^16 + x^15 + x^12 + x^3 + x^2 + x + 1. The
 // sequence is kept as 64-bit words of four places, the first one lowest.
 
-/** Four places of the words a, b, from place `place` (1 to 3) on. */
+/** Returns four places of the two words a and b, beginning with `place`, which is from 1 to 3. */
 static constexpr std::uint64_t window(std::uint64_t a, std::uint64_t b, unsigned place) {
     return a >> 16 * place ^ b << (64 - 16 * place);
 }
 
-/** The next four places of the sequence after the sixteen at w. */
+/** Returns the next four places of the sequence after the sixteen places at w. */
 static constexpr std::uint64_t next(const std::uint64_t* w) {
     const std::uint64_t pair = w[0] ^ window(w[0], w[1], 1);  // y(n) + y(n + 1)
     const std::uint64_t next_pair = w[1] ^ window(w[1], w[2], 1);
     std::uint64_t sum = pair ^ window(pair, next_pair, 2) ^ w[3];
-    // y(n + 15) is the previous place of the result itself: a running sum that starts with the last place of w.
+    // y(n + 15) is the previous place of the result itself. This is a running sum that starts with the last place of w.
     sum ^= w[3] >> 48;
     sum ^= sum << 16;
     return sum ^ sum << 32;
 }
 
-/** The sequence that starts with y, continued by `more` words. */
+/** Returns the sequence that starts with y, continued by `more` words. */
 template <std::size_t more>
 static constexpr std::array<std::uint64_t, 4 + more> sequence(const Uint256& y) {
     std::array<std::uint64_t, 4 + more> w{y[0], y[1], y[2], y[3]};
@@ -86,7 +89,7 @@ static constexpr Uint256 psi_12(const Uint256& y) {
     return {w[3], w[4], w[5], w[6]};
 }
 
-/** x^61 = x^5 + x^10 + x^11 + x^20: four windows instead of 61 shifts. */
+/** Because x^61 = x^5 + x^10 + x^11 + x^20, the sum of four windows replaces 61 shifts. */
 static constexpr Uint256 psi_61(const Uint256& y) {
     const auto w = sequence<5>(y);
     Uint256 out{};
@@ -106,7 +109,7 @@ constexpr Uint256 sample = {0x0123456789abcdef, 0x8877665544332211, 0xfedcba9876
 static_assert(psi_12(sample) == psi_times(sample, 12));
 static_assert(psi_61(sample) == psi_times(sample, 61));
 
-/** f(h, m), where s are the quarters of h, each encrypted under its key. */
+/** Computes f(h, m). s contains the quarters of h, each encrypted with its key. */
 static constexpr Uint256 mix(const Uint256& h, const Uint256& m, const Uint256& s) {
     return psi_61(h ^ psi(m ^ psi_12(s)));
 }

@@ -10,7 +10,10 @@
 
 namespace vrx::gostr3411 {
 
-/** A 256-bit number, least significant word first. In memory these are its 32 octets, least significant first. */
+/**
+ * A 256-bit number, least significant word first. In memory, this is the sequence of its 32 octets, least significant
+ * first.
+ */
 using Uint256 = std::array<std::uint64_t, 4>;
 
 /** Loads a number from its octets, at any address. */

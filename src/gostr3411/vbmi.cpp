@@ -1,5 +1,5 @@
-// AVX-512 VBMI engine of the hash step: four blocks in one register, S-boxes in two more, and linear maps with
-// permutes.
+// AVX-512 VBMI engine of the hash step. One register holds the four blocks, two registers hold the S-boxes, and linear
+// maps are computed with permutes.
 #include <immintrin.h>
 
 #include "gostr3411/engine.hpp"
@@ -14,9 +14,9 @@ namespace {
 
 using tz::Tables;
 
-// A linear map as permutes. The argument, or a part of it, is at the start of a register whose last byte is 0. A
-// permute moves two terms to each octet of the result, one in the lower and one in the upper half of a register. After
-// all permutes are added, the two halves are added.
+// A linear map is computed by permutes. The argument, or a part of it, is at the start of a register whose last byte is
+// 0. A permute moves two terms for each octet of the result: one to the lower half of a register, and one to its upper
+// half. After all permutes are added up, the two halves are added.
 
 constexpr std::uint8_t zero = 63;
 
@@ -25,7 +25,7 @@ struct Permutes {
     alignas(64) std::uint8_t index[count][64];
 };
 
-/** The permutes for the terms that `nth(out, term)` finds. */
+/** Returns the permutes for the terms whose places are nth(out, term). */
 template <std::size_t terms, typename Nth>
 constexpr auto permutes_in_halves(Nth nth) {
     Permutes<(terms + 1) / 2> p{};
@@ -34,7 +34,7 @@ constexpr auto permutes_in_halves(Nth nth) {
     return p;
 }
 
-/** Member n of a set of places. */
+/** Returns element n of a set of places. */
 constexpr std::uint8_t nth_place(std::uint32_t set, std::size_t n) {
     for (; n != 0; --n) set &= set - 1;
     return set == 0 ? zero : static_cast<std::uint8_t>(std::countr_zero(set));
@@ -58,9 +58,9 @@ inline constexpr auto of_part = permutes_in_halves<gostr3411::most_terms(map, pa
     return nth_place(places(map, part, out), i);
 });
 
-constexpr int exclusive_or = 0x96;  // of ternary logic: a ^ b ^ c
+constexpr int exclusive_or = 0x96;  // for the ternary-logic instruction: a ^ b ^ c
 
-/** sum + the results of the permutes */
+/** Adds the results of the permutes to `sum`. */
 template <std::size_t count>
 [[gnu::always_inline]] inline __m512i permuted(__m512i argument, const Permutes<count>& p, __m512i sum) {
     const auto term = [&](std::size_t i) __attribute__((always_inline)) {
@@ -73,7 +73,10 @@ template <std::size_t count>
     return sum;
 }
 
-/** The keys word by word: register `half` holds words 4 half to 4 half + 3 of all four keys. */
+/**
+ * The permutes that compute keys word by word. Register `half` receives the words 4 half to 4 half + 3 of all four
+ * keys.
+ */
 template <std::size_t terms>
 struct KeyPermutes {
     Permutes<terms> half[2];
@@ -138,9 +141,10 @@ __m512i load_number(const void* from) {
 }
 
 /**
- * A round of four blocks, one in each word of a register, with halves kept rotated right by 11 bits. It is the round
- * that gost28147/engine/vbmi.cpp explains: a dependency chain of eight instructions. No other blocks are interleaved,
- * so only the latency counts: 8 cycles if a permute takes three and everything else one.
+ * Performs a round of four blocks. Each word of a register holds one block, and the halves are stored rotated right by
+ * 11 bits. gost28147/engine/vbmi.cpp explains this round, which is a dependency chain of eight instructions. No other
+ * blocks are interleaved, so the latency of the chain determines the speed: 8 cycles if a permute takes three cycles
+ * and every other instruction takes one.
  */
 [[gnu::always_inline]] inline __m128i round(const Tables& tables, __m128i half, __m128i other, __m128i key) {
     const __m128i nibbles = _mm_set1_epi32(0x0f0f0f0f);
@@ -158,9 +162,10 @@ __m512i load_number(const void* from) {
 }  // namespace
 
 /**
- * One chain of 32 rounds a step. The critical path between two steps has 4 permutes that make the keys of H, and 4 that
- * make psi^74 of the later halves of S. The others run in parallel with the rounds: 6 for the keys of the next M, 14
- * for psi^61(H) + psi^62(M), and those for the earlier halves of S. No address depends on the hashed data.
+ * Each step is one chain of 32 rounds. The critical path between the rounds of two steps contains 4 permutes that
+ * compute the keys from H, and 4 permutes that compute psi^74 of those halves of S that are ready last. The other
+ * permutes run in parallel with the rounds: 6 for the keys from the next M, 14 for psi^61(H) + psi^62(M), and those for
+ * the other halves of S. No address depends on the hashed data.
  */
 void steps_vbmi(Uint256& hash, const std::uint8_t* blocks, std::size_t count, const Substitution& s) noexcept {
     const Tables tables(*s.sboxes);
@@ -185,7 +190,7 @@ void steps_vbmi(Uint256& hash, const std::uint8_t* blocks, std::size_t count, co
             n2 = round(tables, n2, n1, keys[k - 1]);
             n1 = round(tables, n1, n2, keys[k - 2]);
         }
-        // The last round does not swap the halves. n2, which is ready a round earlier, holds the first halves.
+        // The last round does not swap the halves, so n2 holds the first halves. They are ready one round before n1.
         sum = permuted(_mm512_zextsi128_si512(_mm_rol_epi32(n2, 11)), of_part<psi_74, Part::halves1>, sum);
         sum = permuted(_mm512_zextsi128_si512(_mm_rol_epi32(n1, 11)), of_part<psi_74, Part::halves2>, sum);
         h = _mm512_zextsi256_si512(_mm256_xor_si256(_mm512_castsi512_si256(sum), _mm512_extracti64x4_epi64(sum, 1)));

@@ -1,4 +1,4 @@
-// The built-in tables of the hash, in a form with three look-ups a round instead of four.
+// The built-in tables of the hash, in a form that needs three look-ups in each round instead of four.
 #ifndef VRX_GOSTR3411_WIDE_TABLE_HPP
 #define VRX_GOSTR3411_WIDE_TABLE_HPP
 
@@ -9,7 +9,8 @@
 namespace vrx::gostr3411 {
 
 /**
- * A table for three look-ups a round: of the lower 12 bits of a word, of the 8 above them, and of the upper 12. 33 KiB.
+ * A table of 33 KiB for three look-ups in each round: by the lower 12 bits of a word, by the 8 bits above them, and by
+ * the upper 12 bits.
  */
 struct WideTable {
     alignas(64) std::uint32_t low[4096];
@@ -18,7 +19,8 @@ struct WideTable {
 };
 
 /**
- * The wide table that is equivalent to `table`, if that has the entries of a built-in table of the hash; else nullptr.
+ * Returns the wide table that is equivalent to `table`, if `table` has the entries of a built-in table of the hash;
+ * otherwise, returns nullptr.
  */
 const WideTable* built_in_wide_table(const vrx_tz& table) noexcept;
 

@@ -1,4 +1,4 @@
-// The functions of vrx/tz.h, which deploy S-boxes, and those that find a built-in table.
+// The functions of vrx/tz.h, which deploy S-boxes and find built-in tables.
 #include <array>
 #include <cctype>
 #include <cstring>
@@ -13,7 +13,8 @@ namespace {
 namespace log = vrx::log;
 
 /**
- * The value of one character of a TZ string. Deliberate: every character except a digit is read as a capital letter.
+ * Returns the value of one character of a TZ string. Deliberate: every character except a decimal digit is read as a
+ * capital letter.
  */
 unsigned nibble(char c) {
     const int code = static_cast<unsigned char>(c);
@@ -28,7 +29,7 @@ const vrx_tz* by_id(std::span<const vrx_tz> set, std::uint32_t id, log::Name sel
     return nullptr;
 }
 
-/** Finds a built-in set by name; names[i] is the name of set[i]. */
+/** Finds a built-in table by name; names[i] is the name of set[i]. */
 const vrx_tz* by_name(std::span<const vrx_tz> set, std::span<const char* const> names, const char* name,
                       log::Name self) {
     if (name == nullptr) {

@@ -15,10 +15,13 @@ __m256i load(const void* from) { return _mm256_loadu_si256(static_cast<const __m
 void store(void* to, __m256i v) { _mm256_storeu_si256(static_cast<__m256i*>(to), v); }
 __m256i repeated(std::uint32_t word) { return _mm256_set1_epi32(static_cast<int>(word)); }
 
-/** The parts of the rows of table m, in two halves. num: word i holds the outputs of all S-boxes for the input i. */
+/**
+ * The parts of the rows of table m. Rows are processed in two halves. Word i of `num` holds the outputs of all S-boxes
+ * for the input i.
+ */
 struct Parts {
     __m256i even[2];                    // the entries of S-box 2m
-    alignas(32) std::uint32_t odd[16];  // those of S-box 2m + 1
+    alignas(32) std::uint32_t odd[16];  // the entries of S-box 2m + 1
 
     Parts(const std::uint8_t* num, unsigned m) {
         for (unsigned half = 0; half < 2; ++half) {

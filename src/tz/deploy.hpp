@@ -12,14 +12,17 @@ namespace vrx::tz {
 
 using Numeric = std::span<const std::uint8_t, VRX_NUM_TZ_SIZE>;
 
-/** Entry x of table k: S-boxes 2k and 2k + 1 on the byte x, moved to byte k, then the 11-bit rotation. */
+/**
+ * Returns entry x of table k: the outputs of the S-boxes 2k and 2k + 1 for the byte x, moved to byte k, and then
+ * rotated left by 11 bits.
+ */
 constexpr std::uint32_t entry(Numeric num, unsigned k, unsigned x) {
     const std::uint32_t low = num[4 * (x & 15) + k] & 15U;
     const std::uint32_t high = num[4 * (x >> 4) + k] >> 4;
     return std::rotl((low | high << 4) << (8 * k), 11);
 }
 
-/** Fills a table. Its flag is 0 until the last entry is written. The bytes after the flag are not changed. */
+/** Fills a table. The flag is 0 until the last entry is written. The bytes after the flag are not changed. */
 constexpr void deploy(Numeric num, vrx_tz& out) {
     out.initialised = 0;
     for (unsigned k = 0; k < 4; ++k)

@@ -1,4 +1,4 @@
-// The engines that deploy a table, and the choice of one.
+// The engines that deploy a table. The library selects one of them.
 #ifndef VRX_TZ_DEPLOYMENTS_HPP
 #define VRX_TZ_DEPLOYMENTS_HPP
 
@@ -11,12 +11,12 @@
 namespace vrx::tz {
 
 // A row is the sixteen entries of a table that share one input to the odd S-box. Each entry is an entry of the even
-// S-box, ORed with the same entry of the odd S-box. A row therefore costs one OR with a repeated word. Deploying stores
-// the rows, and recovering compares them.
+// S-box, ORed with the same entry of the odd S-box. To compute a row, one OR with a repeated word is therefore enough.
+// deploy() stores the rows, and the recovery of S-boxes compares them with a table.
 
-/** deploy() of deploy.hpp. Cost: 64 times an OR and a store of 64 bytes. */
+/** Does the same as deploy(). Cost: 64 times an OR and a store of 64 bytes. */
 void deploy_avx512(Numeric num, vrx_tz& out) noexcept;
-/** deploy() with rows in halves of 32 bytes. */
+/** Does the same as deploy(), with rows in halves of 32 bytes. */
 void deploy_avx2(Numeric num, vrx_tz& out) noexcept;
 void deploy_baseline(Numeric num, vrx_tz& out) noexcept;
 
@@ -32,7 +32,7 @@ inline constexpr std::array<Deployment, 3> deployments{{
 
 extern cpu::Choice<deployments> choice;
 
-/** deploy() with the best engine of this CPU. */
+/** Does the same as deploy(), with the best engine for this CPU. */
 inline void deploy_fast(Numeric num, vrx_tz& out) noexcept { choice().run(num, out); }
 
 }  // namespace vrx::tz

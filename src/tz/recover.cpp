@@ -1,4 +1,4 @@
-// Recovery of the S-boxes of a table on any CPU.
+// Recovers the S-boxes of a table on any CPU.
 #include <bit>
 
 #include "tz/sboxes.hpp"
@@ -6,7 +6,10 @@
 namespace vrx::tz {
 namespace {
 
-/** Reads S-boxes from the entries for equal nibbles. Returns true if these S-boxes expand to the whole table. */
+/**
+ * Reads the S-boxes from the entries whose index has two equal nibbles. Returns true if these S-boxes expand to the
+ * whole table.
+ */
 bool recover(const vrx_tz& table, SBoxes& out) {
     std::uint8_t num[VRX_NUM_TZ_SIZE];
     for (unsigned m = 0; m < 4; ++m)
@@ -14,8 +17,8 @@ bool recover(const vrx_tz& table, SBoxes& out) {
             num[4 * i + m] = static_cast<std::uint8_t>(std::rotr(table.t[m][17 * i], 11) >> 8 * m);
     out = sboxes(num);
 
-    // Each entry is an output of the even S-box ORed with an output of the odd one. The inner loops have 16 steps, so
-    // compilers vectorise them.
+    // Each entry is an output of the even S-box, ORed with an output of the odd S-box. The inner loops have 16 steps,
+    // so compilers vectorise them.
     std::uint32_t wrong[16] = {};
     for (unsigned m = 0; m < 4; ++m) {
         std::uint32_t even[16];

@@ -7,7 +7,10 @@ namespace vrx::tz {
 
 inline __m512i repeated(std::uint32_t word) { return _mm512_set1_epi32(static_cast<int>(word)); }
 
-/** The entries of an S-box in table m; the rows of the table are (entries of the even one) | (entry of the odd one). */
+/**
+ * The entries of one S-box in table m. Row h of the table is (all entries of the even S-box) | (entry h of the odd
+ * S-box).
+ */
 inline __m512i even_entries(__m512i num, unsigned m) {
     return _mm512_rol_epi32(_mm512_and_si512(num, repeated(0x0fU << 8 * m)), 11);
 }
@@ -15,19 +18,21 @@ inline __m512i odd_entries(__m512i num, unsigned m) {
     return _mm512_rol_epi32(_mm512_and_si512(num, repeated(0xf0U << 8 * m)), 11);
 }
 
-/** Calls use(m, h, row h of table m) for the 16 rows of a table. num: a numeric TZ. Cost: an OR for each row. */
+/** Calls use(h, row h of table m) for the 16 rows of table m. `num` is a numeric TZ. Cost: an OR for each row. */
 template <typename Use>
 [[gnu::always_inline]] inline void for_each_row(__m512i num, unsigned m, Use use) {
     const __m512i even = even_entries(num, m);
     alignas(64) std::uint32_t odd[16];
     _mm512_store_si512(odd, odd_entries(num, m));
-    asm("" : "+m"(odd));  // broadcasting a word costs one load from memory, but two shuffles from a register
+    asm(""
+        : "+m"(odd));  // to repeat a word, one load from memory is enough, but from a register two shuffles are needed
 #pragma GCC unroll 16
     for (unsigned h = 0; h < 16; ++h) use(h, _mm512_or_si512(even, repeated(odd[h])));
 }
 
 struct Transposition {
-    alignas(64) std::uint8_t index[64];  // the position of byte 16m + i of SBoxes in a numeric TZ
+    alignas(64) std::uint8_t
+        index[64];  // entry 16m + i: the index in a numeric TZ of the byte at even[16m + i] and odd[16m + i]
 };
 inline constexpr Transposition transposition = [] {
     Transposition t{};
@@ -36,7 +41,7 @@ inline constexpr Transposition transposition = [] {
     return t;
 }();
 
-/** Eight S-boxes in two registers, laid out as in SBoxes. */
+/** Eight S-boxes in two registers, in the layout of the type SBoxes. */
 struct Tables {
     __m512i even;
     __m512i odd;
@@ -51,15 +56,15 @@ struct Tables {
 };
 
 /**
- * The candidate S-boxes of a table, and the check that they expand to exactly its entries, one of the four tables at a
- * time. The entries t[17i] on the diagonal of table m hold the outputs of both S-boxes for the input i. Cost: 64 loads
- * for the diagonal, and an OR and a ternary-logic instruction with a load for each of 64 rows. The check must finish
- * before the first result is written, so for short runs it is interleaved with the rounds.
+ * The candidate S-boxes of a table, and the check that they expand to exactly its entries. check(m) examines one of the
+ * four tables. The entries t[17i] on the diagonal of table m hold the outputs of both S-boxes for the input i. Cost: 64
+ * loads for the diagonal, and an OR and a ternary-logic instruction with a load for each of 64 rows. The check must
+ * finish before the first result is written, so for short runs it is interleaved with the rounds.
  */
 class Claim {
 public:
     [[gnu::always_inline]] explicit Claim(const vrx_tz& table) : table_(table) {
-        // Two halves keep the dependency chain of the merges short.
+        // The entries are merged in two halves, so that the dependency chain is short.
         __m512i diagonal[4][2] = {};
 #pragma GCC unroll 8
         for (unsigned i = 0; i < 8; ++i)
@@ -93,7 +98,7 @@ public:
         constexpr int any = 0xfe;
         wrong_ = _mm512_ternarylogic_epi32(wrong_, wrong[0], wrong[1], any);
     }
-    /** True if every comparison so far found equal entries. */
+    /** True if all entries compared so far are equal. */
     [[nodiscard]] bool holds() const { return _mm512_test_epi32_mask(wrong_, wrong_) == 0; }
 
 private:

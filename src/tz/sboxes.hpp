@@ -1,4 +1,4 @@
-// Recovers the S-boxes of a deployed table, in the form that byte shuffles look up, and verifies every entry.
+// Recovers the S-boxes of a deployed table, in the form that byte shuffles need, and verifies every entry of the table.
 #ifndef VRX_TZ_SBOXES_HPP
 #define VRX_TZ_SBOXES_HPP
 
@@ -6,10 +6,10 @@
 
 namespace vrx::tz {
 
-/** Eight S-boxes as two tables of bytes; entry 16m + i holds the output for the input i. */
+/** Eight S-boxes as two tables of bytes. Entry 16m + i holds the output of S-box 2m or 2m + 1 for the input i. */
 struct alignas(64) SBoxes {
-    std::uint8_t even[64];  // S-box 2m
-    std::uint8_t odd[64];   // S-box 2m + 1, in the high nibble
+    std::uint8_t even[64];  // S-boxes 2m, in the low nibble
+    std::uint8_t odd[64];   // S-boxes 2m + 1, in the high nibble
 };
 
 constexpr SBoxes sboxes(Numeric num) {
@@ -22,7 +22,7 @@ constexpr SBoxes sboxes(Numeric num) {
     return out;
 }
 
-/** The S-boxes of a built-in table, which is recognised by its address; nullptr for any other table. */
+/** Returns the S-boxes of a built-in table, which is recognised by its address; nullptr for any other table. */
 const SBoxes* built_in_sboxes(const vrx_tz& table) noexcept;
 
 /**

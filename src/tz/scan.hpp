@@ -1,4 +1,5 @@
-// Substitutions without addresses that depend on the input: they compare it with every possible value. For any CPU.
+// Substitutions for any CPU, without addresses that depend on the input: they compare the input with every possible
+// value.
 #ifndef VRX_TZ_SCAN_HPP
 #define VRX_TZ_SCAN_HPP
 
@@ -80,7 +81,7 @@ inline std::uint32_t scanned(const vrx_tz& table, std::uint32_t word) {
             places = _mm_add_epi32(places, four);
         }
     }
-    // The sum of the four entries is spread over the four words. Adds them up.
+    // The sum of the four entries is the sum of the four words. Adds up these words.
     sum = _mm_xor_si128(sum, _mm_shuffle_epi32(sum, 0x4e));
     sum = _mm_xor_si128(sum, _mm_shuffle_epi32(sum, 0xb1));
     return static_cast<std::uint32_t>(_mm_cvtsi128_si32(sum));

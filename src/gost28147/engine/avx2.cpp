@@ -1,4 +1,4 @@
-// AVX2 engine: S-box look-ups with VPSHUFB on planes of bytes, 32 or 64 blocks a step.
+// AVX2 engine: S-box look-ups with VPSHUFB on planes of bytes. A step processes 32 or 64 blocks.
 #include <immintrin.h>
 
 #include <algorithm>
@@ -35,7 +35,10 @@ struct Vector {
     }
     void store(std::uint8_t* to, std::ptrdiff_t) const { gost28147::store(to, v); }
 
-    /** The counters after n + 1 to n + 4 steps. The sum of word 1 overflowed if it is less than what was added. */
+    /**
+     * Returns the counters after n + 1 to n + 4 steps. If the sum of word 1 is less than its second operand, the
+     * addition has overflowed.
+     */
     static Vector counters(Block reg, std::size_t n) {
         const __m256i steps = gost28147::load(&counter_steps.words[2 * n]);
         const __m256i sum = _mm256_add_epi32(repeated(reg), steps);
@@ -52,12 +55,12 @@ private:
     static __m256i repeated(Block b) { return _mm256_set1_epi64x(static_cast<long long>(joined(b))); }
 };
 
-/** 32 bytes. */
+/** A register of 32 bytes. */
 struct Plane {
     __m256i v;
 
     static Plane repeated(std::uint8_t byte) { return {_mm256_set1_epi8(static_cast<char>(byte))}; }
-    /** Interleaves the bytes of both blocks of each lane: 0 8 1 9 ... */
+    /** Interleaves the bytes of the two blocks in each lane: 0 8 1 9 ... */
     [[nodiscard]] Plane pairs() const {
         const __m128i order = _mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15);
         return {_mm256_shuffle_epi8(v, _mm256_broadcastsi128_si256(order))};
@@ -88,8 +91,9 @@ Plane operator|(Plane a, Plane b) { return {_mm256_or_si256(a.v, b.v)}; }
 Plane operator^(Plane a, Plane b) { return {_mm256_xor_si256(a.v, b.v)}; }
 
 /**
- * The S-boxes as operands of shuffles. The 11-bit rotation moves byte m to byte m + 1 and its bits up by 3, the upper
- * three of them into byte m + 2. a is an output of S-box 2m, b one of S-box 2m + 1.
+ * The S-boxes as operands of shuffles. The rotation by 11 bits moves byte m to byte m + 1 and shifts its bits left by
+ * 3, so that the upper three bits move to byte m + 2. In the comments, a is an output of S-box 2m, and b is an output
+ * of S-box 2m + 1.
  */
 struct Shuffles {
     __m256i even[4];      // a << 3
@@ -108,9 +112,9 @@ struct Shuffles {
 };
 
 /**
- * Rounds on planes of bytes, where a shuffle looks up 32 bytes in one S-box. A round of 32 blocks costs 54
- * instructions, of which four can start in a cycle: 18 for the addition, 12 that extract nibbles, 12 shuffles and 12
- * XORs. Two interleaved groups of 32 blocks hide the latency of the carries.
+ * Performs the rounds on planes of bytes, where a shuffle looks up 32 bytes in one S-box. A round of 32 blocks takes 54
+ * instructions: 18 for the addition, 12 that extract nibbles, 12 shuffles and 12 XORs. A CPU can start four of them in
+ * a cycle. Two interleaved groups of 32 blocks hide the latency of the carries.
  */
 struct Shuffled {
     using Vector = gost28147::Vector;
@@ -164,7 +168,7 @@ constexpr auto finish = shuffle_words;
 }  // namespace
 
 bool shuffle_planes(Mode mode, const Run& run) noexcept {
-    // There are more planes than registers, so text is spilled to the stack.
+    // There are more planes than registers, so plaintext or ciphertext is spilled to the stack.
     return secret_work<depth::shuffled_planes, Registers::low>([&] { return side_by_side(mode, run); });
 }
 

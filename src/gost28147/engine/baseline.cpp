@@ -6,7 +6,7 @@
 namespace vrx::gost28147 {
 namespace {
 
-/** One block. */
+/** A vector of one block. */
 struct Vector {
     static constexpr std::size_t blocks = 1;
     static constexpr bool partial = false;
@@ -23,8 +23,9 @@ struct Vector {
 };
 
 /**
- * half ^= f(x + k) in assembly, in the order that keeps the most units busy. One compiler fuses loads and XORs that
- * should stay apart, and the other runs out of registers with six blocks. Cost: 12 instructions.
+ * Computes half ^= f(x + k). This is assembly, with an order of instructions that uses as many execution units as
+ * possible: one compiler would combine loads and XORs that should be separate, and the other would run out of registers
+ * with six blocks. Cost: 12 instructions.
  */
 [[gnu::always_inline]] inline void round(std::uint32_t& half, std::uint32_t x, const std::uint32_t& k,
                                          const vrx_tz& table) {
@@ -49,8 +50,8 @@ struct Vector {
 }
 
 /**
- * Interleaved blocks, one round of each in turn. The look-ups of a round have a latency of ten cycles, but occupy the
- * CPU for three.
+ * Interleaves several blocks: performs a round of each block, then the next round of each. The look-ups of a round have
+ * a latency of ten cycles, but the CPU can start those of another block after three.
  */
 struct Interleaved {
     using Vector = gost28147::Vector;
@@ -77,7 +78,7 @@ struct Interleaved {
                 for (std::size_t i = 0; i < count; ++i) round(n1[i], n2[i], words[k + 1], table);
             }
         }
-        // The last round does not swap the halves, so n1 and n2 come out exchanged.
+        // The last round does not swap the halves, so n1 and n2 are exchanged.
 #pragma GCC unroll 8
         for (std::size_t i = 0; i < count; ++i) v[i].b = {n2[i], n1[i]};
     }

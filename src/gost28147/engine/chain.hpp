@@ -11,13 +11,14 @@
 namespace vrx::gost28147 {
 
 /**
- * A chain of rounds in which one of the four look-ups does not wait for the addition x + K. `twice_` holds table 0
- * twice in a row. If k0 and x0 are the low bytes of K and x, its entry k0 + x0 is the entry of table 0 for the low byte
- * of x + K. This look-up finishes before the other three, so only two XORs follow those. The latency of a round is
+ * A chain of rounds in which one of the four look-ups does not wait for the addition x + K. `twice_` holds two copies
+ * of table 0, one after the other. Let k0 and x0 be the low bytes of K and x. Then entry k0 + x0 of `twice_` is the
+ * entry of table 0 for the low byte of x + K. This look-up finishes before the other three look-ups, so only two XORs
+ * follow after them. The latency of a round is
  *
  *     x + K (1 cycle), byte (1), load (5), XOR (2)
  *
- * nine cycles instead of ten. Cost: a copy of 2 KiB, which pays off from four blocks on.
+ * which is nine cycles instead of ten. Cost: a copy of 2 KiB, which is worthwhile for four or more blocks.
  */
 template <typename Bytes>
 class EarlyRounds {
@@ -27,7 +28,10 @@ public:
         std::memcpy(twice_ + 256, table.t[0], sizeof table.t[0]);
     }
 
-    /** The rounds, and the XOR with `next`. One half is XORed before the last round, so it adds no latency. */
+    /**
+     * Performs the rounds, and the XOR with `next`. One half is XORed before the last round, so that this XOR adds no
+     * latency.
+     */
     template <const auto& order>
     [[gnu::always_inline]] Block run(Block b, Block next = {0, 0}) const {
         constexpr std::size_t last = order.size() - 1;
@@ -92,7 +96,8 @@ template <typename Rounds>
     store_register(run.reg, r);
 }
 
-/** Runs a chained mode on at least one block, and erases what lies below. The table in `rounds` is public: not erased.
+/** Runs a chained mode on at least one block, and erases the stack below the caller. Does not erase the table in
+ * `rounds`, because the table is public.
  */
 template <typename Bytes>
 void run_chain(Mode mode, const Run& run) {

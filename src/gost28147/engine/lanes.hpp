@@ -49,7 +49,7 @@ struct LaneVector {
     }
 };
 
-/** The rounds on vectors, and on one block in the lowest word of two registers. */
+/** Performs the rounds on vectors, and on one block in the lowest words of two registers. */
 template <typename Substitution>
 struct Lanes {
     using Vector = LaneVector<Substitution>;
@@ -60,7 +60,7 @@ struct Lanes {
     template <std::size_t count>
     [[gnu::always_inline]] void run(Vector (&v)[count]) const {
         passes<4>(v, decrypting);
-        // The last round does not swap the halves, so n1 and n2 come out exchanged.
+        // The last round does not swap the halves, so n1 and n2 are exchanged.
 #pragma GCC unroll 4
         for (std::size_t i = 0; i < count; ++i) v[i] = {v[i].n2, v[i].n1};
     }

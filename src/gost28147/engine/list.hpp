@@ -1,4 +1,4 @@
-// The cipher engines: vectorised or interleaved implementations of runs of blocks, and the choice of one.
+// The cipher engines: vectorised or interleaved implementations of runs of blocks. The library selects one of them.
 #ifndef VRX_GOST28147_ENGINE_LIST_HPP
 #define VRX_GOST28147_ENGINE_LIST_HPP
 
@@ -14,16 +14,19 @@ namespace vrx::gost28147 {
 
 /** A method by which an engine runs a parallelizable mode. */
 struct Way {
-    /** The minimum number of blocks: below it, the set-up costs more than it saves. */
+    /** The minimum number of blocks. For fewer blocks, the set-up takes longer than the method saves. */
     std::size_t fewest;
     /** Returns false, with nothing written, if the method does not support the table. */
     bool (*run)(Mode mode, const Run& run) noexcept;
 };
 
 struct Engine : cpu::EngineInfo {
-    /** In order of preference; the last one supports every run. */
+    /** The methods in the order of preference. The last one supports every run. */
     std::array<Way, 3> ways;
-    /** Runs sections of 128 blocks, and meshes `key` and the register before each. Returns false as above. Optional. */
+    /**
+     * Runs sections of 128 blocks, and meshes `key` and the register before each section. Returns false, with nothing
+     * written, if it does not support the table. May be nullptr.
+     */
     bool (*sections)(Mode mode, const Run& run, std::uint32_t* key) noexcept;
     /** Runs a chained mode on at least one block. `out` may overlap `in` in any way. */
     void (*chain)(Mode mode, const Run& run) noexcept;
@@ -35,16 +38,16 @@ struct Engine : cpu::EngineInfo {
     }
 };
 
-/** The maximum number of blocks that an engine reads before it writes the first of them. */
+/** The maximum number of blocks that an engine reads before it writes the first block. */
 inline constexpr std::size_t widest_step = 128;
 
-/** Four look-ups a round, for any table. */
+/** Makes four look-ups in each round, for any table. */
 bool look_up(Mode mode, const Run& run) noexcept;
-/** Shuffles of planes of bytes, for tables made from S-boxes. */
+/** Shuffles planes of bytes, for tables made from S-boxes. */
 bool shuffle_planes(Mode mode, const Run& run) noexcept;
-/** Permutes of planes of bytes, for any table. */
+/** Permutes planes of bytes, for any table. */
 bool permute_planes(Mode mode, const Run& run) noexcept;
-/** Permutes of the bytes of words, for tables made from S-boxes. */
+/** Permutes the bytes of words, for tables made from S-boxes. */
 bool permute_words(Mode mode, const Run& run) noexcept;
 bool permute_sections(Mode mode, const Run& run, std::uint32_t* key) noexcept;
 void chain_baseline(Mode mode, const Run& run) noexcept;

@@ -1,8 +1,8 @@
-// The parallelizable modes on top of an engine's rounds: steps of several blocks, and the choice of step sizes.
+// The parallelizable modes in terms of an engine's rounds: steps of several blocks, and the selection of step sizes.
 //
 // An engine includes this inside the region of its file that enables its instructions. All functions are templates over
-// a type of that file, so the linker cannot share their code with another file. That type, `Rounds`, names its `Vector`
-// of blocks and encrypts or decrypts an array of them with run(v).
+// a type of that file, so the linker cannot share their code with another file. This type, `Rounds`, has a member type
+// `Vector` for several blocks, and a function run(v) that encrypts or decrypts an array of vectors.
 #ifndef VRX_GOST28147_ENGINE_PARALLEL_HPP
 #define VRX_GOST28147_ENGINE_PARALLEL_HPP
 
@@ -12,7 +12,10 @@
 
 namespace vrx::gost28147 {
 
-/** The counters after 1 to 128 steps from 0. The sum of a counter and entry n - 1 is the counter after n more steps. */
+/**
+ * The counters after 1 to 128 steps, starting from 0. The sum of a counter and entry n - 1 is the counter after n more
+ * steps.
+ */
 struct CounterSteps {
     alignas(64) std::uint32_t words[2 * widest_step];
 };
@@ -26,7 +29,10 @@ inline constexpr CounterSteps counter_steps = [] {
     return steps;
 }();
 
-/** The address of vector i, and the number of blocks from there on, which a partial vector loads or stores. */
+/**
+ * offset() is the distance of vector i from the beginning of the run. left() is the number of blocks from vector i to
+ * the end, which a partial vector loads or stores.
+ */
 template <typename Vector>
 constexpr std::size_t offset(std::size_t i) {
     return i * Vector::blocks * VRX_BLOCK_SIZE;
@@ -36,7 +42,10 @@ constexpr std::ptrdiff_t left(std::size_t blocks, std::size_t i) {
     return static_cast<std::ptrdiff_t>(blocks - i * Vector::blocks);
 }
 
-/** Input vector i, and the vector that starts one block earlier. The block before the first is the register. */
+/**
+ * input() loads input vector i. earlier_input() loads the vector that starts one block earlier, where the register
+ * precedes the first block.
+ */
 template <typename Vector>
 [[gnu::always_inline]] inline Vector input(const Run& run, std::size_t blocks, std::size_t i) {
     return Vector::load(run.in + offset<Vector>(i), left<Vector>(blocks, i));
@@ -49,15 +58,15 @@ template <typename Vector>
 }
 
 /**
- * A step is C(X) ^ Y for the first `blocks` blocks of a run, at most as many as `count` vectors hold:
+ * A step computes C(X) ^ Y for the first `blocks` blocks of a run, which fit in `count` vectors:
  *
  *     codebook         X = input                        Y = 0
  *     CBC decryption   X = input                        Y = input one block earlier
  *     counter          X = register + 1, + 2, ...       Y = input
  *     CFB decryption   X = input one block earlier      Y = input
  *
- * load_step() makes X. finish_step() takes C(X), updates the register and writes. All input is read before the first
- * byte is written.
+ * load_step() computes X. finish_step() receives C(X), updates the register and writes the output. All input is read
+ * before the first byte is written.
  */
 template <typename Vector, std::size_t count>
 [[gnu::always_inline]] inline void load_step(Vector (&v)[count], Mode mode, const Block& reg, const Run& run,
@@ -94,8 +103,8 @@ template <typename Vector, std::size_t count>
 }
 
 /**
- * One step. Between steps the register is one 64-bit word. A compiler that kept two words in memory might load them as
- * one, which defeats store forwarding.
+ * Performs one step. Between steps, the register is stored as one 64-bit word. If it were two words in memory, a
+ * compiler might load both words at once, which would prevent store forwarding.
  */
 template <std::size_t count, typename Rounds>
 [[gnu::always_inline]] inline void step(const Rounds& rounds, Mode mode, std::uint64_t& reg, const Run& run,
@@ -108,11 +117,11 @@ template <std::size_t count, typename Rounds>
     reg = joined(r);
 }
 
-/** The second of some step sizes, or 0. */
+/** The first of a list of step sizes, or 0 if the list is empty. */
 template <std::size_t size = 0, std::size_t...>
 inline constexpr std::size_t first_of = size;
 
-/** Processes the rest with partial vectors, in one step of the smallest size that holds it. */
+/** Processes the remaining blocks with partial vectors, in one step of the smallest size that is large enough. */
 template <std::size_t count, std::size_t... smaller, typename Rounds>
 [[gnu::always_inline]] inline void last_step(const Rounds& rounds, Mode mode, std::uint64_t& reg, const Run& rest) {
     if (rest.blocks > first_of<smaller...> * Rounds::Vector::blocks)
@@ -121,7 +130,7 @@ template <std::size_t count, std::size_t... smaller, typename Rounds>
         last_step<smaller...>(rounds, mode, reg, rest);
 }
 
-/** Takes steps of `count` vectors while they are full, and then smaller ones. */
+/** Performs full steps of `count` vectors as long as possible, and then smaller steps. */
 template <std::size_t count, std::size_t... smaller, typename Rounds>
 [[gnu::always_inline]] inline void full_steps(const Rounds& rounds, Mode mode, std::uint64_t& reg, Run& rest) {
     constexpr std::size_t full = count * Rounds::Vector::blocks;
@@ -131,9 +140,10 @@ template <std::size_t count, std::size_t... smaller, typename Rounds>
 
 /**
  * Processes a run in steps of the given numbers of vectors, the widest first. The register is loaded before the first
- * and stored after the last step.
+ * step and stored after the last step.
  *
- * @return the number of blocks left: fewer than the smallest step without partial vectors, else 0.
+ * @return the part of the run that is left: no blocks if Vector supports partial vectors; otherwise, fewer blocks than
+ *         the smallest step.
  */
 template <std::size_t count, std::size_t... smaller, typename Rounds>
 [[gnu::always_inline]] inline Run in_steps(const Rounds& rounds, Mode mode, const Run& run) {
@@ -141,7 +151,8 @@ template <std::size_t count, std::size_t... smaller, typename Rounds>
     std::uint64_t reg = has_register(mode) ? joined(load_block(run.reg)) : 0;
     Run rest = run;
     if constexpr (Vector::partial) {
-        // Take a step of this size, even a partial one, if the next smaller one does not hold the rest.
+        // Perform a step of this size, which may be partial, as long as the remaining blocks do not fit in the next
+        // smaller step.
         for (std::size_t n; rest.blocks > first_of<smaller...> * Vector::blocks; rest.skip(n)) {
             n = std::min(rest.blocks, count * Vector::blocks);
             step<count>(rounds, mode, reg, rest, n);

@@ -1,7 +1,7 @@
-// Rounds on planes of bytes, shared by the engines that look bytes up with shuffles or permutes.
+// Rounds on planes of bytes, for the engines that look bytes up with shuffles or permutes.
 //
-// Include this inside a region, like parallel.hpp. `Plane` is a register of that region with the operations named
-// below.
+// Include this inside a region, like parallel.hpp. `Plane` is a register of that region, with the operations that are
+// used below.
 #ifndef VRX_GOST28147_ENGINE_PLANES_HPP
 #define VRX_GOST28147_ENGINE_PLANES_HPP
 
@@ -15,7 +15,10 @@ template <typename Plane>
 struct Planes {
     Plane p[8];
 
-    /** Brings the pairs of bytes in each vector together. The rest is an 8 by 8 transposition of pairs. */
+    /**
+     * Loads the planes. First moves bytes with the same place in two blocks next to each other. The remaining work is
+     * an 8 by 8 transposition of these pairs.
+     */
     template <typename Vector>
     [[gnu::always_inline]] void load(const Vector* v) {
         Plane a[8];
@@ -32,7 +35,7 @@ struct Planes {
         for (unsigned i = 0; i < 4; ++i) Plane::template unpack<64>(b[i], b[i + 4], p[2 * i], p[2 * i + 1]);
     }
 
-    /** The inverse, with the halves swapped, since the last round does not swap them. */
+    /** The inverse of load(). Also swaps the halves, because the last round does not swap them. */
     template <typename Vector>
     [[gnu::always_inline]] void store(Vector* v) const {
         Plane a[8];
@@ -57,7 +60,9 @@ struct Planes {
     }
 };
 
-/** The bytes of the key words as planes: the negated byte, and whether it is nonzero. */
+/**
+ * The bytes of the key words as planes: for each byte, the negated byte, and a mask that shows whether it is nonzero.
+ */
 template <typename Plane>
 class KeyPlanes {
 public:
@@ -71,7 +76,7 @@ public:
             for (unsigned k = 0; k < 4; ++k) {
                 const std::uint32_t minus = 0U - (key[i] >> 8 * k & 0xff);
                 word_[i].minus[k] = Plane::repeated(static_cast<std::uint8_t>(minus));
-                // Not a comparison, which a compiler may turn into a branch on the key.
+                // This is not a comparison, because a compiler may turn a comparison into a branch on the key.
                 if (k < 3) word_[i].some[k] = Plane::repeated(static_cast<std::uint8_t>(minus >> 8));
             }
     }
@@ -79,7 +84,7 @@ public:
     KeyPlanes& operator=(const KeyPlanes&) = delete;
     ~KeyPlanes() { wipe(this, sizeof *this); }
 
-    /** The planes of round 0 to 31. */
+    /** The planes for a round, 0 to 31. */
     [[nodiscard]] const Word& of_round(unsigned number, bool decrypting) const {
         const unsigned k = number % 8;
         return word_[number / 8 < (decrypting ? 1U : 3U) ? k : 7 - k];
@@ -90,8 +95,8 @@ private:
 };
 
 /**
- * t = x + K byte by byte. With m = -(K + carry in) the sum is x - m, and it carries if x >= m. m = 0 means 256 unless K
- * and the carry are both 0. Cost: 18 instructions.
+ * Computes t = x + K byte by byte. With m = -(K + carry in), the sum of a byte is x - m, and there is a carry if x >=
+ * m. If m = 0, there is also a carry, unless K and the carry in are both 0. Cost: 18 instructions.
  */
 template <typename Plane>
 [[gnu::always_inline]] inline void add(Plane (&t)[4], const Plane* x, const typename KeyPlanes<Plane>::Word& key) {
@@ -106,7 +111,10 @@ template <typename Plane>
     t[3] = x[3] - (key.minus[3] + carry);
 }
 
-/** The 32 rounds of `count` vectors; substitute(half, t) makes half ^= f(t) of four planes each. */
+/**
+ * Performs the 32 rounds on `count` vectors. substitute(half, t) computes half ^= f(t), where half and t have four
+ * planes each.
+ */
 template <typename Plane, std::size_t count, typename Vector, typename Substitute>
 [[gnu::always_inline]] inline void rounds_on_planes(Vector (&v)[count], const KeyPlanes<Plane>& key, bool decrypting,
                                                     Substitute substitute) {

@@ -8,7 +8,7 @@
 namespace vrx::gost28147 {
 namespace {
 
-/** The rounds on one block with a table of any content. */
+/** Performs the rounds on one block with a table of any content. */
 struct ScannedRounds {
     Cipher cipher;
 

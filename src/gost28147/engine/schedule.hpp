@@ -10,7 +10,10 @@
 
 namespace vrx::gost28147 {
 
-/** The key words of eight rounds in the order of a pass and in the opposite order; four passes are the 32 rounds. */
+/**
+ * The key words of eight rounds, in their order and in the opposite order. The 32 rounds are four passes of eight
+ * rounds.
+ */
 class Schedule {
 public:
     explicit Schedule(Key key) { set(key); }
@@ -24,7 +27,10 @@ public:
     void set(const Schedule& other) { set(Key(other.forward_)); }
     void store(std::uint32_t* words) const { std::memcpy(words, forward_, sizeof forward_); }
 
-    /** The words of pass 0 to 3. Encryption reverses the order before its last pass, decryption after its first. */
+    /**
+     * Returns the words of a pass, 0 to 3. In encryption, the last pass has the opposite order; in decryption, all
+     * passes except the first.
+     */
     [[nodiscard]] const std::uint32_t* pass(unsigned number, bool decrypting) const {
         return number < (decrypting ? 1U : 3U) ? forward_ : backward_;
     }

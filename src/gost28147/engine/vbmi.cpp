@@ -25,13 +25,13 @@ using tz::repeated;
 using tz::Tables;
 using vbmi::Vector;
 
-// Truth tables for the ternary-logic instruction.
+// Truth tables for the ternary-logic instruction:
 constexpr int and_or = 0xea;        // a & b | c
 constexpr int exclusive_or = 0x96;  // a ^ b ^ c
 
 /**
- * A meshing that is computed together with a section. The first four blocks become D(K, C), the key that follows K. The
- * fifth becomes E(K, register).
+ * A meshing that is computed together with a section. The first four blocks become D(K, C), which is the key after K.
+ * The fifth block becomes E(K, register).
  */
 struct Meshing {
     const Schedule& schedule;
@@ -45,7 +45,7 @@ struct Meshing {
     Meshing& operator=(const Meshing&) = delete;
     ~Meshing() { wipe(v, sizeof v); }
 
-    /** Stores the results. */
+    /** Stores the new key and the new register. */
     void finish(Schedule& next, Block& reg) const {
         Secret<std::uint8_t[64]> bytes;
         v[0].store(bytes.value, 8);
@@ -56,17 +56,18 @@ struct Meshing {
 
 /**
  * The 32 rounds. A permute looks up 64 bytes at once in a table of 64: the index of byte j of a word is one of its
- * nibbles plus 16j. So one permute serves the four even S-boxes and one the four odd ones. The halves are kept rotated
- * right by 11 bits, u = ror(x, 11). A round is then
+ * nibbles plus 16j. So one permute looks up the four even S-boxes, and one the four odd S-boxes. The halves are stored
+ * rotated right by 11 bits: u = ror(x, 11). A round is then
  *
  *     t  = rol(u, 11) + K
  *     u' = u' ^ even[t & 0f0f0f0f | 30201000] ^ odd[t >> 4 & 0f0f0f0f | 30201000]
  *
- * of eight instructions for 16 blocks: a rotation, an addition, a shift, two permutes, and three ternary-logic
- * instructions. Two of those make the indices, and one adds up the result. Four of the eight shift or permute, and a
- * CPU starts one or two such instructions per cycle. So 16 blocks take two to four cycles a round, if enough vectors
- * are interleaved to hide a latency of 8 to 15 cycles. The table check of `claim` and the meshing are interleaved with
- * the rounds, where they cost little or nothing.
+ * It consists of eight instructions for 16 blocks: a rotation, an addition, a shift, two permutes, and three
+ * ternary-logic instructions. Two of the ternary-logic instructions compute the indices, and one computes the result.
+ * Four of the eight instructions are shifts, rotations or permutes, and a CPU starts one or two of these in a cycle. A
+ * round of 16 blocks therefore takes two to four cycles, if enough vectors are interleaved to hide a latency of 8 to 15
+ * cycles. The table check of `claim` and the meshing are interleaved with the rounds, where they cost little or
+ * nothing.
  */
 template <std::size_t count>
 [[gnu::always_inline]] inline void rounds(const Tables& tables, const Schedule& schedule, bool decrypting,
@@ -80,7 +81,7 @@ template <std::size_t count>
         n1[i] = _mm512_ror_epi32(_mm512_castps_si512(_mm512_shuffle_ps(a, b, 0x88)), 11);
         n2[i] = _mm512_ror_epi32(_mm512_castps_si512(_mm512_shuffle_ps(a, b, 0xdd)), 11);
     };
-    // The last round does not swap the halves, so n1 and n2 come out exchanged.
+    // The last round does not swap the halves, so n1 and n2 are exchanged.
     const auto join = [&](std::size_t i, Vector * pair) __attribute__((always_inline)) {
         n1[i] = _mm512_rol_epi32(n1[i], 11);
         n2[i] = _mm512_rol_epi32(n2[i], 11);
@@ -126,7 +127,7 @@ template <std::size_t count>
     if (meshing != nullptr) join(pairs, meshing->v);
 }
 
-/** The cipher of one step. */
+/** Encrypts or decrypts the blocks of one step. */
 struct Permutes {
     using Vector = vbmi::Vector;
     const Tables& tables;
@@ -139,7 +140,7 @@ struct Permutes {
     }
 };
 
-/** A cipher that also computes a meshing. */
+/** Does the same, and also computes a meshing. */
 struct MeshingPermutes {
     using Vector = vbmi::Vector;
     const Tables& tables;
@@ -153,7 +154,10 @@ struct MeshingPermutes {
     }
 };
 
-/** The S-boxes of a table: `known` unless nullptr, else recovered. Returns false if no S-boxes expand to the table. */
+/**
+ * Finds the S-boxes of a table: uses `known` if it is not nullptr, and recovers them otherwise. Returns false if no
+ * S-boxes expand to the table.
+ */
 bool find_tables(const vrx_tz& table, const tz::SBoxes* known, Tables& out) {
     if (known != nullptr) {
         out = Tables(*known);
@@ -166,8 +170,8 @@ bool find_tables(const vrx_tz& table, const tz::SBoxes* known, Tables& out) {
 }
 
 /**
- * A step that checks the table between its rounds. Returns false, with nothing written, if no S-boxes expand to the
- * table.
+ * Performs a step that checks the table between its rounds. Returns false, with nothing written, if no S-boxes expand
+ * to the table.
  */
 template <std::size_t count>
 [[gnu::always_inline]] inline bool claimed_step(Mode mode, const Run& run) {
@@ -186,12 +190,12 @@ template <std::size_t count>
     return true;
 }
 
-/** The rounds of one block in the first words of two registers, for chained modes. */
+/** Performs the rounds of one block, in the first words of two registers, for chained modes. */
 struct OneBlock {
     const Tables& tables;
     const Schedule& schedule;
 
-    /** The rounds in one of the key orders, and the XOR with `next`. */
+    /** Performs the rounds with one of the orders of key words, and the XOR with `next`. */
     template <const auto& order>
     [[gnu::always_inline]] Block run(Block b, Block next = {0, 0}) const {
         __m128i n1 = _mm_ror_epi32(_mm_cvtsi32_si128(static_cast<int>(b.n1)), 11);
@@ -216,7 +220,7 @@ private:
         return _mm512_castsi512_si128(_mm512_permutexvar_epi8(_mm512_castsi128_si512(index), table));
     }
 
-    /** The round that rounds() explains. */
+    /** Performs a round as explained at rounds(). */
     [[gnu::always_inline]] __m128i round(__m128i half, __m128i other, std::uint32_t key) const {
         const __m128i nibbles = _mm_set1_epi32(0x0f0f0f0f);
         const __m128i places = _mm_set1_epi32(0x30201000);
@@ -271,7 +275,8 @@ bool permute_sections(Mode mode, const Run& run, std::uint32_t* key) noexcept {
     Schedule schedule(run.cipher.key);
     Schedule next(run.cipher.key);
     Block reg = load_block(run.reg);
-    // The first two meshings have no section to be computed with: K(1) before E(K(1), register) and K(2).
+    // The first two meshings cannot be computed together with a section. The first one computes K(1), and the second
+    // one computes E(K(1), register) and K(2).
     const auto mesh_alone = [&](Schedule& to, Block& r) {
         Meshing meshing(schedule, reg);
         Vector nothing[2] = {};

@@ -17,12 +17,12 @@ namespace {
 
 using vbmi::Vector;
 
-/** 64 bytes. */
+/** A register of 64 bytes. */
 struct Plane {
     __m512i v;
 
     static Plane repeated(std::uint8_t byte) { return {_mm512_set1_epi8(static_cast<char>(byte))}; }
-    /** Interleaves the bytes of both blocks of each lane: 0 8 1 9 ... */
+    /** Interleaves the bytes of the two blocks in each lane: 0 8 1 9 ... */
     [[nodiscard]] Plane pairs() const {
         const __m128i order = _mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15);
         return {_mm512_shuffle_epi8(v, _mm512_broadcast_i32x4(order))};
@@ -68,10 +68,10 @@ struct TableBytes {
 };
 
 /**
- * Rounds on planes of bytes with a table of any content. Two permutes look up 64 bytes in a table of 256 bytes, one in
- * its lower and one in its upper half. The highest bit of the index selects the result. There are sixteen such tables,
- * one for each byte of the sum and each byte of the result. A round of 64 blocks therefore costs 32 permutes, 16
- * ternary-logic instructions and 20 for the addition. No address depends on the data.
+ * Performs the rounds on planes of bytes with a table of any content. Two permutes look up 64 bytes in a table of 256
+ * bytes: one permute in its lower half, and one in its upper half. The highest bit of the index selects the result.
+ * There are sixteen such tables, one for each byte of the sum and each byte of the result. A round of 64 blocks
+ * therefore costs 32 permutes, 16 ternary-logic instructions and 20 for the addition. No address depends on the data.
  */
 struct Permuted {
     using Vector = vbmi::Vector;

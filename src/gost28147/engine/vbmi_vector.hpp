@@ -18,13 +18,16 @@ struct Vector {
     static Vector load(const std::uint8_t* from, std::ptrdiff_t left) {
         return {_mm512_maskz_loadu_epi64(mask(left), from)};
     }
-    /** `first`, followed by the blocks at `from`. */
+    /** Loads `first`, followed by the blocks at `from`. */
     static Vector load_after(Block first, const std::uint8_t* from, std::ptrdiff_t left) {
         return {_mm512_mask_loadu_epi64(repeated(first), mask(left) & 0xfe, from - VRX_BLOCK_SIZE)};
     }
     void store(std::uint8_t* to, std::ptrdiff_t left) const { _mm512_mask_storeu_epi64(to, mask(left), v); }
 
-    /** The counters after n + 1 to n + 8 more steps. The sum of word 1 overflowed if it is less than what was added. */
+    /**
+     * Returns the counters after n + 1 to n + 8 more steps. If the sum of word 1 is less than its second operand, the
+     * addition has overflowed.
+     */
     static Vector counters(Block reg, std::size_t n) {
         const __m512i steps = _mm512_load_si512(&counter_steps.words[2 * n]);
         const __m512i sum = _mm512_add_epi32(repeated(reg), steps);
