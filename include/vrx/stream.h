@@ -76,8 +76,8 @@ VRX_INLINE int vrx_open_stream(vrx_crpt_ctx *ctx, const vrx_gost28147_par *set, 
  *
  * @param ctx   in: an open stream.
  * @param size  in: the number of bytes in the next piece.
- * @return in counter mode and cipher feedback: size. In the simple substitution mode (ECB) and in CBC: the size of the
- *         blocks that the piece completes, which is at most size + 7.
+ * @return size in counter mode and cipher feedback. In the simple substitution mode (ECB) and in CBC, the result is the
+ *         size of the blocks that the piece completes, which is at most size + 7.
  */
 VRX_INLINE size_t vrx_stream_output(const vrx_crpt_ctx *ctx, size_t size) {
     if (!vrx_stream_has_blocks(ctx)) return size;
