@@ -44,7 +44,7 @@ TrustStore::TrustStore(const TrustOptions& options) : empty_(options.authorities
         const Content found = documents::read_certificate(octets, authority);
         if (found == Content::other)
             throw Failure("a certificate in a --ca file is malformed; 'vrx inspect' shows which");
-        if (found == Content::known) authorities_.certificates.push_back(authority);  // skip unsupported ones
+        if (found == Content::known) authorities_.certificates.push_back(authority);  // skip unsupported certificates
     }
     std::vector<Octets> lists;
     for (const std::string& path : options.lists) load_revocation_lists(path, lists);

@@ -119,7 +119,7 @@ TEST_P(on_every_set, a_nonce_of_zero_is_drawn_again) {
 TEST_P(on_every_set, a_negative_nonce_counts_by_its_absolute_value) {
     const Digits k = sum(q, opposite(5));
     EXPECT_EQ(halves(signed_with({yields(opposite(k))})), halves(signed_with({yields(k)})));
-    // The absolute value of -2^287 is itself.
+    // In two's complement of 288 bits, the absolute value of -2^287 is the same number.
     Digits lowest;
     lowest.d[8] = 0x80000000;
     EXPECT_EQ(halves(signed_with({yields(lowest)})), halves(signed_with({yields(modulo(lowest, set))})));

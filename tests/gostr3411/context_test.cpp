@@ -74,7 +74,7 @@ TEST_F(ContextTest, every_length_after_every_count) {
     for (std::size_t count = 1; count <= 32; ++count)
         for (std::size_t length = 1; length <= 98; length += count % 7 == 0 ? 1 : 11) {
             open();
-            if (count > 31) update(all.subspan(0, 32));  // a buffer can be full only after a block
+            if (count > 31) update(all.subspan(0, 32));  // the buffer can be full only if a block was processed before
             update(all.subspan(0, count));
             update(all.subspan(count, length));
         }
