@@ -10,6 +10,7 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vrx)
 install(TARGETS vrx vrx_cxx EXPORT vrx-targets
   LIBRARY COMPONENT library NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(TARGETS vrx_keyfile LIBRARY COMPONENT library NAMELINK_SKIP)
 
 # --- development ---
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development

@@ -69,12 +69,14 @@ class Debian(InstallTest):
     def test_shlibs_file_names_package_and_version(self):
         root = self.scratch / "control"
         self.run_program("dpkg-deb", "--control", self.paths["libvrx1"], root)
-        self.assertEqual((root / "shlibs").read_text().strip(), f"libvrx 1 libvrx1 (>= {setting.version})")
+        self.assertEqual(sorted((root / "shlibs").read_text().splitlines()),
+                         [f"{name} 1 libvrx1 (>= {setting.version})" for name in ("libvrx", "libvrx-keyfile")])
 
     def test_each_package_has_its_files(self):
         _, library = self.unpacked("libvrx1")
         self.assertEqual([Path(name).name for name in library],
-                         ["libvrx.so.1", f"libvrx.so.{setting.version}", "copyright"])
+                         ["libvrx-keyfile.so.1", f"libvrx-keyfile.so.{setting.version}", "libvrx.so.1",
+                          f"libvrx.so.{setting.version}", "copyright"])
         root, development = self.unpacked("libvrx-dev")
         self.assertTrue({"usr/include/vrx.h", "usr/include/vrx.hpp", "usr/include/vrx/frame.h"} <= set(development))
         self.assertTrue({"libvrx.so", "libvrx.a", "vrx.pc", "vrx-cxx.pc",

@@ -52,7 +52,8 @@ class Prefix(InstallTest):
         self.assertEqual([name for name in files if name.startswith("include/")], headers)
         libraries = self.libraries(self.prefix).relative_to(self.prefix)
         for name in ("bin/vrx", f"{libraries}/libvrx.a", f"{libraries}/libvrx.so", f"{libraries}/libvrx.so.1",
-                     f"{libraries}/libvrx.so.{setting.version}", f"{libraries}/pkgconfig/vrx.pc",
+                     f"{libraries}/libvrx.so.{setting.version}", f"{libraries}/libvrx-keyfile.so.1",
+                     f"{libraries}/pkgconfig/vrx.pc",
                      f"{libraries}/pkgconfig/vrx-cxx.pc",
                      f"{libraries}/cmake/vrx/vrx-config.cmake", f"{libraries}/cmake/vrx/vrx-config-version.cmake"):
             self.assertIn(name, files)
@@ -162,7 +163,8 @@ class Prefix(InstallTest):
         alone = self.scratch / "alone"
         self.install(alone, "--component", "library")
         self.assertEqual([Path(name).name for name in self.files(alone)],
-                         ["libvrx.so.1", f"libvrx.so.{setting.version}", "copyright"])
+                         ["libvrx-keyfile.so.1", f"libvrx-keyfile.so.{setting.version}", "libvrx.so.1",
+                          f"libvrx.so.{setting.version}", "copyright"])
 
 
 if __name__ == "__main__":

@@ -22,6 +22,7 @@ from . import _c
 from ._c import Error
 from ._cipher import Cipher, CipherStream, diversify
 from ._hash import Hash, gostr3411, hmac, mac, pbkdf2, pkcs12, sha1
+from ._keyfile import KeyFileError
 from ._keys import CURVES, Curve, InvalidSignature, PrivateKey, PublicKey, curve
 from ._parameters import (
     CIPHER_PARAMETERS,
@@ -49,6 +50,7 @@ __all__ = [
     "Hash",
     "HashParameters",
     "InvalidSignature",
+    "KeyFileError",
     "Mode",
     "PrivateKey",
     "PublicKey",
@@ -69,7 +71,7 @@ __all__ = [
 ]
 
 # Tracebacks show the public names of the exceptions.
-Error.__module__ = InvalidSignature.__module__ = __name__
+Error.__module__ = InvalidSignature.__module__ = KeyFileError.__module__ = __name__
 
 
 def log_to(path: str | os.PathLike[str] | None) -> None:

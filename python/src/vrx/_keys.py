@@ -8,10 +8,20 @@ from dataclasses import dataclass, field
 from operator import index
 from typing import TYPE_CHECKING, Any, Callable, Iterator, Optional, Union
 
-from . import _c
+from . import _c, _keyfile
 from ._hash import gostr3411
 from ._memory import Octets, Secret, copied, wipe
-from ._parameters import HashParameters, SBoxes, by_name, find, hash_parameters, identifiers
+from ._parameters import (
+    CIPHER_PARAMETERS,
+    HASH_PARAMETERS,
+    CipherParameters,
+    HashParameters,
+    SBoxes,
+    by_name,
+    find,
+    hash_parameters,
+    identifiers,
+)
 
 if TYPE_CHECKING:
     from _typeshed import ReadableBuffer
@@ -221,7 +231,31 @@ def curve(wanted: str | bytes | Curve) -> Curve:
 _curve = curve  # another name, for functions whose parameter `curve` hides this one
 
 
-class PublicKey:
+class _Sets:
+    """The parameter sets that belong to a key: those that its file names, else CryptoPro and CryptoPro-A."""
+
+    curve: Curve
+    #: The hash parameter set for signatures with this key.
+    hash_parameters: HashParameters = HASH_PARAMETERS[1]
+    #: The cipher parameter set for messages to the owner of this key.
+    cipher_parameters: CipherParameters = CIPHER_PARAMETERS[1]
+
+    def _take_sets(self, hash_set: HashParameters, cipher_set: CipherParameters) -> None:
+        self.hash_parameters, self.cipher_parameters = hash_set, cipher_set
+
+    def _file(self, octets: Any, form: int, private: bool) -> bytes:
+        """Write the key to a file."""
+        number = CURVES.index(self.curve) if self.curve in CURVES else len(CURVES)
+        sets = HASH_PARAMETERS.index(self.hash_parameters), CIPHER_PARAMETERS.index(self.cipher_parameters)
+        key = _keyfile.Key(number, *sets)
+        try:
+            ctypes.memmove(key.octets, octets, ctypes.sizeof(octets))
+            return _keyfile.write(key, form, private)
+        finally:
+            wipe(key)
+
+
+class PublicKey(_Sets):
     """A public key: verifies signatures.
 
     >>> private = PrivateKey.generate()
@@ -251,6 +285,36 @@ class PublicKey:
             raise ValueError("x and y must be numbers of at most 256 bits")
         return cls(x.to_bytes(32, "little") + y.to_bytes(32, "little"), curve)
 
+    @classmethod
+    def from_pem(cls, text: str | ReadableBuffer) -> PublicKey:
+        """Read the text of a PEM file: BEGIN PUBLIC KEY. Raises KeyFileError if it is not a valid key."""
+        return cls._from_file(text, _keyfile.PEM)
+
+    @classmethod
+    def from_der(cls, octets: ReadableBuffer) -> PublicKey:
+        """Read SubjectPublicKeyInfo in DER. Raises KeyFileError if it is not a valid key."""
+        return cls._from_file(octets, _keyfile.DER)
+
+    @classmethod
+    def _from_file(cls, file: str | ReadableBuffer, form: int) -> PublicKey:
+        found = _keyfile.read(file, form, private=False)
+        key = cls(bytes(found.octets), CURVES[found.curve])
+        key._take_sets(HASH_PARAMETERS[found.hash], CIPHER_PARAMETERS[found.cipher])
+        return key
+
+    def to_pem(self) -> str:
+        """Return the key as a PEM file. The curve and the parameter sets must be built in."""
+        return self._write(_keyfile.PEM).decode("ascii")
+
+    def to_der(self) -> bytes:
+        """Return the key as SubjectPublicKeyInfo in DER. The curve and the parameter sets must be built in."""
+        return self._write(_keyfile.DER)
+
+    def _write(self, form: int) -> bytes:
+        octets = (ctypes.c_ubyte * 64)()
+        _c.lib.ecUnloadPublicKeyValue(self._point, octets)
+        return self._file(octets, form, private=False)
+
     @property
     def x(self) -> int:
         """The x-coordinate."""
@@ -267,12 +331,16 @@ class PublicKey:
         _c.lib.ecUnloadPublicKeyValue(self._point, octets)
         return octets.raw
 
-    def verify(self, signature: ReadableBuffer, message: ReadableBuffer, *, parameters: AnyHash = "CryptoPro") -> None:
+    def verify(
+        self, signature: ReadableBuffer, message: ReadableBuffer, *, parameters: AnyHash | None = None
+    ) -> None:
         """Raise InvalidSignature unless the signature, 64 bytes, is valid for the message.
 
-        `parameters` belong to the hash, GOST R 34.11-94. A signature with r or s outside of 1 to q - 1 is invalid.
+        `parameters` belong to the hash, GOST R 34.11-94; None selects those of the key, `hash_parameters`. A signature
+        with r or s outside of 1 to q - 1 is invalid.
         """
-        self.verify_digest(signature, gostr3411(message, parameters=parameters).digest())
+        sets = self.hash_parameters if parameters is None else parameters
+        self.verify_digest(signature, gostr3411(message, parameters=sets).digest())
 
     def verify_digest(self, signature: ReadableBuffer, digest: ReadableBuffer) -> None:
         """Raise InvalidSignature unless the signature, 64 bytes, is valid for a digest of 32 bytes."""
@@ -297,7 +365,7 @@ class PublicKey:
         return f"<PublicKey {bytes(self).hex()[:16]}... on {self.curve!r}>"
 
 
-class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
+class PrivateKey(_Sets, Secret["ctypes.Array[ctypes.c_uint32]"]):
     """A private key: signs, and agrees on keys. It is wiped when the object is closed or collected.
 
     >>> alice, bob = PrivateKey.generate("XchA"), PrivateKey.generate("XchA")
@@ -333,6 +401,48 @@ class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
         key._set_up(curve)
         return key
 
+    @classmethod
+    def from_pem(cls, text: str | ReadableBuffer) -> PrivateKey:
+        """Read the text of a PEM file: BEGIN PRIVATE KEY, not encrypted. Raises KeyFileError if it is not a valid key.
+
+        You can wipe a bytearray after use, but not a str.
+        """
+        return cls._from_file(text, _keyfile.PEM)
+
+    @classmethod
+    def from_der(cls, octets: ReadableBuffer) -> PrivateKey:
+        """Read PKCS #8 in DER. Raises KeyFileError if it is not a valid key."""
+        return cls._from_file(octets, _keyfile.DER)
+
+    @classmethod
+    def _from_file(cls, file: str | ReadableBuffer, form: int) -> PrivateKey:
+        found = _keyfile.read(file, form, private=True)
+        hash_set, cipher_set = HASH_PARAMETERS[found.hash], CIPHER_PARAMETERS[found.cipher]
+        try:
+            key = cls((ctypes.c_ubyte * 32).from_buffer(found.octets), CURVES[found.curve])
+        finally:
+            wipe(found)
+        key._take_sets(hash_set, cipher_set)
+        key._public_key._take_sets(hash_set, cipher_set)
+        return key
+
+    def to_pem(self) -> str:
+        """Return the key as a PEM file, not encrypted. Python cannot wipe the result: discard it soon."""
+        return self._write(_keyfile.PEM).decode("ascii")
+
+    def to_der(self) -> bytes:
+        """Return the key as PKCS #8 in DER, not encrypted. Python cannot wipe the result: discard it soon."""
+        return self._write(_keyfile.DER)
+
+    def _write(self, form: int) -> bytes:
+        octets = (ctypes.c_ubyte * 32)()
+        try:
+            with self._lock:
+                _c.lib.ecUnloadPrivateKeyValue(self._open(), octets)
+            return self._file(octets, form, private=True)
+        finally:
+            wipe(octets)
+
     @property
     def public_key(self) -> PublicKey:
         """The public key. It stays usable after the private key is closed."""
@@ -348,12 +458,13 @@ class PrivateKey(Secret["ctypes.Array[ctypes.c_uint32]"]):
         finally:
             wipe(octets)
 
-    def sign(self, message: ReadableBuffer, *, parameters: AnyHash = "CryptoPro", random: Random = None) -> bytes:
+    def sign(self, message: ReadableBuffer, *, parameters: AnyHash | None = None, random: Random = None) -> bytes:
         """Sign a message: 64 bytes, s then r, each most significant byte first, as in RFC 4491.
 
-        `parameters` belong to the hash, GOST R 34.11-94.
+        `parameters` belong to the hash, GOST R 34.11-94; None selects those of the key, `hash_parameters`.
         """
-        return self.sign_digest(gostr3411(message, parameters=parameters).digest(), random=random)
+        sets = self.hash_parameters if parameters is None else parameters
+        return self.sign_digest(gostr3411(message, parameters=sets).digest(), random=random)
 
     def sign_digest(self, digest: ReadableBuffer, *, random: Random = None) -> bytes:
         """Sign a digest of 32 bytes.
