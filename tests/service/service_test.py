@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Runs the example services in C and C++ against OpenSSL's GOST engine and against the program vrx.
+"""Runs the example services in C, C++ and Python against OpenSSL's GOST engine and against the program vrx.
 
-Usage: service_test.py PROJECT VRX C-SERVICE CXX-SERVICE [VALGRIND]
+Usage: service_test.py PROJECT LIBRARY VRX C-SERVICE CXX-SERVICE [VALGRIND]
 
 With VALGRIND, the test runs the services in C and C++ under helgrind and memcheck instead.
 """
@@ -14,11 +14,11 @@ import tempfile
 import unittest
 from pathlib import Path
 
-PROJECT, VRX, IN_C, IN_CXX = (Path(argument).resolve() for argument in sys.argv[1:5])
-VALGRIND = sys.argv[5:]
+PROJECT, LIBRARY, VRX, IN_C, IN_CXX = (Path(argument).resolve() for argument in sys.argv[1:6])
+VALGRIND = sys.argv[6:]
 FOLDER = PROJECT / "examples/service"
-SERVICES = {"C": [IN_C], "C++": [IN_CXX]}
-ENVIRONMENT = {**os.environ, "LC_ALL": "C.UTF-8"}
+SERVICES = {"C": [IN_C], "C++": [IN_CXX], "Python": ["/usr/bin/python3", "-B", FOLDER / "service.py"]}
+ENVIRONMENT = {**os.environ, "VRX_LIBRARY": str(LIBRARY), "PYTHONPATH": str(PROJECT / "python/src"), "LC_ALL": "C.UTF-8"}
 CURVES = ("A", "B", "C", "XA", "XB")
 MESSAGE = bytes(i * i >> 3 & 255 for i in range(12345))
 KEY, IV, UKM = bytes(range(32)), bytes(range(8, 16)), bytes(range(1, 9))
@@ -208,7 +208,7 @@ class Failures(ServiceTest):
         """Lines count unless they are blank, comments, a lone brace, or name what a program includes."""
         ignored = re.compile(r'\s*(/\*.*\*/|//.*|[{}]+;?|\}  // .*|#include.*|""".*"""|import .*|from .* import .*)?')
         guide = (PROJECT / "docs/guides/write-a-service.md").read_text(encoding="utf-8")
-        for name, language, most in (("service.c", "C", 120), ("service.cpp", "C++", 80)):
+        for name, language, most in (("service.c", "C", 120), ("service.cpp", "C++", 80), ("service.py", "Python", 50)):
             lines = (FOLDER / name).read_text(encoding="utf-8").splitlines()
             count = sum(not ignored.fullmatch(line) for line in lines)
             self.assertLessEqual(count, most, name)
