@@ -227,7 +227,6 @@ int run(const Command& self, int argc, char** argv) {
 
     if (store.is_empty() && !verdicts.empty()) warn_of_missing_authority();
     const std::string report = given.status ? status_text(verdicts, valid, time) : plain_text(input.shown(), verdicts);
-    if (valid) content.release();
     if (content.path() == "-") {
         say_lines(report);
     } else {
@@ -235,7 +234,9 @@ int run(const Command& self, int argc, char** argv) {
         output.write(report);
         output.commit();
     }
-    return valid ? exit_done : exit_check_failed;
+    if (!valid) return exit_check_failed;
+    content.release();  // last, so that no failure leaves the file behind
+    return exit_done;
 }
 
 }  // namespace

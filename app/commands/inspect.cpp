@@ -5,11 +5,14 @@
 
 #include "commands/commands.hpp"
 #include "documents/chain.hpp"
+#include "documents/message.hpp"
+#include "documents/name.hpp"
 #include "io/text.hpp"
 #include "keys/der.hpp"
 #include "keys/encrypted_key.hpp"
 #include "keys/key_files.hpp"
 #include "keys/parameters.hpp"
+#include "message_report.hpp"
 #include "report.hpp"
 
 namespace vrx::app {
@@ -108,6 +111,7 @@ std::string foreign(const char* what, const Algorithm& algorithm) {
                               : " of " + algorithm_name(algorithm.oid) + ", which this program does not use");
 }
 
+constexpr const char* request_label = "CERTIFICATE REQUEST";
 constexpr const char* numbers_of_private = "the number is 32 octets, least significant octet first";
 constexpr const char* numbers_of_public = "x and y are 32 octets each, least significant octet first";
 
@@ -198,6 +202,142 @@ void inspect_certificate(Report& report, const std::string& label, std::span<con
     report.fact("signature", algorithm_name(certificate.signature_oid) + checked);
 }
 
+/** Describe a certification request (RFC 2986). */
+void inspect_request(Report& report, const std::string& label, std::span<const std::uint8_t> octets) {
+    documents::Signed request;
+    documents::Part algorithm;
+    if (!documents::read_signed(octets, request, algorithm)) return;
+    der::Reader outer(request.signed_part);
+    der::Reader fields(outer.next(der::sequence).value_or(documents::Part{}));
+    const auto version = fields.next(der::integer);
+    const auto subject = fields.next(der::sequence);
+    const auto name = subject ? documents::read_name(*subject) : std::nullopt;
+    const auto key = fields.next(der::sequence);
+    if (!version || der::small_number(*version) != 0U || !name || !key || !fields.next(der::context_0) ||
+        !fields.at_end())
+        return;
+    Algorithm of_key;
+    PublicOctets value;
+    const Content found = documents::read_key_fields(der::Reader(*key), of_key, value);
+    if (found == Content::other) return;
+    report.is(found == Content::foreign ? foreign("a request for a certificate for a key", of_key)
+                                        : "a request for a certificate for a key of GOST R 34.10-2001");
+    report.fact("form", written_as(label, "PKCS #10"));
+    report.fact("subject", *name);
+    std::string checked = ", not checked";
+    PublicKey point;
+    if (found == Content::known) {
+        add_parameters(report, of_key);
+        if (of_key.curve != nullptr && add_public_key(report, *of_key.curve, value) &&
+            make_public_key(*of_key.curve, value, point))
+            checked = documents::is_signed_by(request, {point.set, point.point}) ? ", valid" : ", NOT valid";
+    }
+    report.fact("signature", algorithm_name(request.signature_oid) + checked);
+    report.fact("next", "openssl x509 -req -engine gost issues the certificate");
+}
+
+/** Describe a certificate revocation list. */
+void inspect_revocation_list(Report& report, const std::string& label, std::span<const std::uint8_t> octets) {
+    documents::RevocationList list;
+    if (!documents::read_revocation_list(octets, list)) return;
+    report.is("a revocation list, for --crl");
+    report.fact("form", written_as(label, "X.509 CRL"));
+    report.fact("issuer", list.issuer);
+    report.fact("valid", list.this_update + " to " + list.next_update.value_or("an open end") + " UTC");
+    report.fact("revoked", std::to_string(list.revoked.size()) + " certificates");
+    report.fact("signature", algorithm_name(list.signature_oid) + ", not checked: the issuer's key is not known");
+    report.fact("next", "vrx verify --cert CERT --ca CA --crl LIST --signature SIGNATURE FILE");
+}
+
+/** Describe a key store (PKCS #12, RFC 7292), without reading what it holds. */
+void inspect_key_store(Report& report, const Input& file, std::span<const std::uint8_t> octets) {
+    der::Reader outer(octets);
+    der::Reader fields(outer.next(der::sequence).value_or(documents::Part{}));
+    const auto version = fields.next(der::integer);
+    const auto safe = fields.next(der::sequence);
+    if (!version || der::small_number(*version) != 3U || !safe) return;
+    der::Reader content(*safe);
+    const auto type = content.next(der::object_identifier);
+    if (!type || der::dotted(*type) != documents::data_oid) return;
+    report.is("a key store: private keys and certificates, protected with a password");
+    report.fact("form", "DER, PKCS #12");
+    if (const auto mac = fields.next(der::sequence)) {
+        der::Reader parts(*mac);
+        der::Reader digest(parts.next(der::sequence).value_or(documents::Part{}));
+        Algorithm algorithm;
+        const auto salt = documents::read_algorithm(digest, algorithm) ? parts.next(der::octet_string) : std::nullopt;
+        const auto iterations = parts.next(der::integer);
+        if (salt)
+            report.fact("mac", algorithm_name(algorithm.oid) + ", iterated " +
+                                   std::to_string(iterations ? der::small_number(*iterations).value_or(0) : 1) +
+                                   " times");
+    } else {
+        report.fact("mac", "none");
+    }
+    add_access(report, file);
+    report.fact("next", "openssl pkcs12 -engine gost -nodes writes a PEM file");
+}
+
+/** Describe a file of 'openssl enc', which holds no more than a salt and the ciphertext. */
+void inspect_salted(Report& report, std::span<const std::uint8_t> content) {
+    constexpr std::string_view mark = "Salted__";
+    constexpr std::size_t head = 16;
+    if (content.size() < head || !std::ranges::equal(content.first(mark.size()), mark)) return;
+    report.is("a file that 'openssl enc' encrypted with a password");
+    report.fact("form", "Salted__, a salt of 8 bytes, then " + std::to_string(content.size() - head) +
+                            " bytes of ciphertext; the file names no cipher");
+    report.fact("salt", to_hex(content.subspan(mark.size(), head - mark.size())));
+    report.fact("next", "openssl enc -d -engine gost -gost89 asks for the password");
+}
+
+/** Octets in memory as a source. */
+class Memory : public documents::Source {
+public:
+    explicit Memory(std::span<const std::uint8_t> octets) : rest_(octets) {}
+    std::size_t read(std::span<std::uint8_t> buffer) override {
+        const std::size_t size = std::min(buffer.size(), rest_.size());
+        std::copy_n(rest_.begin(), size, buffer.begin());
+        rest_ = rest_.subspan(size);
+        return size;
+    }
+
+private:
+    std::span<const std::uint8_t> rest_;
+};
+
+/** True if octets begin like ContentInfo of RFC 5652: a SEQUENCE, and an identifier of a type of content. */
+bool begins_like_message(std::span<const std::uint8_t> octets) {
+    constexpr std::array<std::uint8_t, 9> types{0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01};
+    if (octets.size() < 2 || octets[0] != der::sequence) return false;
+    const std::size_t head = 2 + (octets[1] > 0x80 ? octets[1] & 0x7FU : 0U);
+    return octets.size() > head + types.size() && std::ranges::equal(octets.subspan(head, types.size()), types);
+}
+
+/** True if a file looks like a message. Other files may hold secrets, which must not leave their pages. */
+bool looks_like_message(SecretBytes& content) {
+    const std::string_view text = content.text();
+    for (const char* label :
+         {"-----BEGIN CMS-----", "-----BEGIN PKCS7-----", "application/pkcs7-", "application/x-pkcs7-"})
+        if (text.find(label) != std::string_view::npos) return true;
+    if (begins_like_message(content.bytes())) return true;
+    constexpr std::size_t enough = 32;  // characters of base64
+    if (text.size() < enough) return false;
+    SecretBytes head;
+    for (const char c : text.substr(0, enough)) head.push_back(static_cast<std::uint8_t>(c));
+    return der::decode_base64(head) && begins_like_message(head.bytes());
+}
+
+void inspect_message(Report& report, SecretBytes& content, const std::string& path) {
+    if (!looks_like_message(content)) return;
+    Memory source(content.bytes());
+    try {
+        describe_message(report, source, path == "-" ? "FILE" : in_quotes(path));
+    } catch (const documents::Malformed& error) {
+        report.is("a message, but damaged");
+        report.fault(error.what());
+    }
+}
+
 /** Inspect a file that is one PEM block or one DER element. */
 void inspect_structure(Report& report, const Input& file, const std::string& label,
                        std::span<const std::uint8_t> octets, const std::optional<std::string>& option) {
@@ -206,9 +346,14 @@ void inspect_structure(Report& report, const Input& file, const std::string& lab
     if (may_be(encrypted_label)) inspect_encrypted_key(report, file, label, octets);
     if (may_be(public_label)) inspect_public_key(report, label, octets, option);
     if (may_be(certificate_label)) inspect_certificate(report, label, octets, option);
+    if (may_be(revocation_label)) inspect_revocation_list(report, label, octets);
+    if (may_be(request_label)) inspect_request(report, label, octets);
+    if (label.empty()) inspect_key_store(report, file, octets);
     if (report.knows() || label.empty()) return;
     const auto is_label = [&](const char* known) { return label == known; };
-    if (std::ranges::any_of(std::array{private_label, encrypted_label, public_label, certificate_label}, is_label)) {
+    if (std::ranges::any_of(std::array{private_label, encrypted_label, public_label, certificate_label,
+                                       revocation_label, request_label},
+                            is_label)) {
         report.is("a PEM file with the label " + in_quotes(label) + ", but damaged");
         report.fault("the data between its BEGIN and END lines is malformed");
     } else {
@@ -339,8 +484,12 @@ void inspect_bytes(Report& report, const Input& file, const Form& form, std::spa
 }
 
 /** Find out what a file is. The content is decoded in place. */
-Report inspect(const Input& file, SecretBytes& content, const std::optional<std::string>& option) {
+Report inspect(const Input& file, SecretBytes& content, const std::string& path,
+               const std::optional<std::string>& option) {
     Report report;
+    inspect_salted(report, content.bytes());
+    if (!report.knows()) inspect_message(report, content, path);
+    if (report.knows()) return report;
     if (content.text().find("-----BEGIN ") != std::string_view::npos) {
         if (const auto label = der::decode_pem(content)) {
             inspect_structure(report, file, *label, content.bytes(), option);
@@ -370,10 +519,11 @@ bool inspect_file(const std::string& path, const std::optional<std::string>& opt
     SecretBytes content;
     read_secret(file, content);
     const std::size_t size = content.bytes().size();
-    const Report report = inspect(file, content, option);
+    const Report report = inspect(file, content, path, option);
     if (!report.knows()) {
         say(file.shown() + ", " + std::to_string(size) +
-            " bytes, is not a key, certificate or signature in a known format; 'vrx help formats' lists the formats");
+            " bytes, is not a key, certificate, signature or message in a known format; 'vrx help formats' lists the "
+            "formats");
         return false;
     }
     output.write(report.text(file.shown()));
@@ -406,9 +556,11 @@ int run(const Command& self, int argc, char** argv) {
 const Command inspect_command{
     "inspect",
     "[FILE]...",
-    "identify a key, certificate or signature file",
-    R"(Identify each FILE, or standard input: a private or public key, an X.509 certificate, a signature, a key of the
-cipher, or S-boxes. Prints its format, parameter sets, byte order and fingerprint, but never a secret.
+    "identify a key, certificate, signature or message",
+    R"(Identify each FILE, or standard input: a private or public key, an X.509 certificate, a request for one, a
+revocation list, a signed or encrypted message, a key store (PKCS #12), a signature, a key of the cipher, S-boxes, or
+a file of 'openssl enc'. Prints its format, parameter sets, byte order and fingerprint, and which command comes next,
+but never a secret.
 
 The fingerprint is the GOST R 34.11-94 digest (CryptoPro) of the public key as 'vrx pubkey --format der' writes it. A
 private key, its public key and their certificate have the same fingerprint. The exit code is 1 if a file is damaged

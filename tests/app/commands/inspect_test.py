@@ -8,6 +8,7 @@ import resource
 
 import certificates as x509
 from certificates import CIPHER_A, CURVE_A, HASH_CRYPTOPRO, HASH_TEST
+from messages import published
 from program import KEY, ProgramTest, SANITIZED, main, sampled
 from signatures import SignatureTest, flipped
 
@@ -119,9 +120,12 @@ class Keys(InspectTest):
         newer = self.der("a.key").replace(bytes.fromhex("06062a8503020213"), bytes.fromhex("06062a8503020214"))
         self.write("other", self.pem("PRIVATE KEY", newer), 0o600)
         self.assertEqual(self.facts("other")[0], "a private key of GOST R 34.10-94, which this program does not use")
-        self.write("other", self.pem("X509 CRL", newer))
+        self.write("other", self.pem("DH PARAMETERS", newer))
         self.assertEqual(self.facts("other")[0],
-                         "a PEM file with the label 'X509 CRL', which this program does not read")
+                         "a PEM file with the label 'DH PARAMETERS', which this program does not read")
+        for label in ("X509 CRL", "CERTIFICATE REQUEST"):
+            self.write("other", self.pem(label, newer))
+            self.assertEqual(self.facts("other", code=1)[0], f"a PEM file with the label '{label}', but damaged")
 
     def test_damaged_files(self):
         self.pair("a", "A")
@@ -153,7 +157,7 @@ class Signatures(InspectTest):
         self.assertIn("in range for Test, A, B, C, XchA, XchB",
                       self.facts(stdin=bytes(31) + b"\1" + bytes(31) + b"\1")[1]["curve"])
         for numbers in (b"\xff" * 64, bytes(64), bytes(63) + b"\1"):
-            self.refused("inspect", code=1, stdin=numbers, says="64 bytes, is not a key, certificate or signature")
+            self.refused("inspect", code=1, stdin=numbers, says="64 bytes, is not a key, certificate, signature or message")
 
 
 class SBoxes(InspectTest):
@@ -246,13 +250,13 @@ class Others(InspectTest):
         self.pair("a", "A")
         done = self.run_vrx("inspect", "a.pub", "letter", "none", "a.key")
         self.assertEqual((done.code, done.out.count(b"\n'") + 1), (2, 2))
-        self.assertIn(b"'letter', 12 bytes, is not a key, certificate or signature", done.err)
+        self.assertIn(b"'letter', 12 bytes, is not a key, certificate, signature or message", done.err)
         self.assertIn(b"cannot open 'none'", done.err)
         self.assertEqual(self.run_vrx("inspect", "a.pub", "letter").code, 1)
         self.refused("inspect", "--curve", "D", "a.pub", says="there is no curve 'D'")
         for content in (b"", b"\n", b"x" * 100_000, bytes(33), b"00" * 33):
             self.refused("inspect", code=1, stdin=content,
-                         says="is not a key, certificate or signature in a known format")
+                         says="is not a key, certificate, signature or message in a known format")
 
 
 class LargeFiles(ProgramTest):
@@ -294,6 +298,63 @@ class LargeFiles(ProgramTest):
         taken = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before
         self.assertIn(b"a certificate for a key of RSA", out)
         self.assertLess(taken, 20 if SANITIZED else 2)
+
+
+class Documents(InspectTest):
+    def describe(self, content, code=0, name="file"):
+        self.write(name, content, 0o600)
+        return self.facts(name, code=code)
+
+    def test_messages(self):
+        for name, what in (("rfc4490-9.1-signed.der", "a signed message"), ("bc-rand-keytrans.der", "an encrypted message"),
+                           ("rfc4490-9.2-keyagree.der", "an encrypted message")):
+            octets = published(name)
+            for content in (octets, base64.encodebytes(octets), self.pem("CMS", octets), self.pem("PKCS7", octets),
+                            b"Content-Type: application/pkcs7-mime\nContent-Transfer-Encoding: base64\n\n"
+                            + base64.encodebytes(octets)):
+                self.assertTrue(self.describe(content)[0].endswith(what))
+        self.assertEqual(self.describe(published("rfc4490-9.1-signed.der"))[1]["next"], "vrx cms verify --ca CA 'file'")
+        damaged = published("rfc4490-9.1-signed.der")[:-1]
+        self.assertTrue(self.describe(damaged, code=1)[0].endswith("a message, but damaged"))
+
+    def test_requests(self):
+        for name, curve in (("bc-gost3410ec-b.csr.der", "B"), ("bc-gost3410ec-c.csr.der", "C")):
+            octets = published(name)
+            for content in (octets, self.pem("CERTIFICATE REQUEST", octets)):
+                what, facts = self.describe(content)
+                self.assertTrue(what.endswith("a request for a certificate for a key of GOST R 34.10-2001"), what)
+                self.assertTrue(facts["curve"].startswith(curve + " "), facts)
+                self.assertTrue(facts["signature"].endswith(", valid"), facts)
+            self.assertTrue(self.describe(octets[:-1] + bytes([octets[-1] ^ 1]))[1]["signature"].endswith(", NOT valid"))
+
+    def test_key_stores(self):
+        what, facts = self.describe(published("bc-gostpfxfoo123.p12"))
+        self.assertTrue(what.endswith("a key store: private keys and certificates, protected with a password"), what)
+        self.assertEqual(facts["mac"], "GOST R 34.11-94, iterated 2048 times")
+        self.assertIn("openssl pkcs12", facts["next"])
+
+    def test_revocation_lists(self):
+        name = x509.name((x509.COMMON_NAME, x509.text("0c", "root")))
+        entry = x509.element("30", "020105", x509.time("210101000000Z"))
+        signed = x509.element("30", "020101", x509.GOST_SIGNATURE, name, x509.time("200102000000Z"),
+                              x509.time("210101000000Z"), x509.element("30", entry))
+        octets = x509.certificate(signed)
+        for content in (octets, self.pem("X509 CRL", octets)):
+            what, facts = self.describe(content)
+            self.assertTrue(what.endswith("a revocation list, for --crl"), what)
+            self.assertEqual((facts["issuer"], facts["revoked"]), ("CN=root", "1 certificates"))
+            self.assertEqual(facts["valid"], "2020-01-02 00:00:00 to 2021-01-01 00:00:00 UTC")
+
+    def test_files_of_openssl_enc(self):
+        what, facts = self.describe(b"Salted__" + bytes(range(8)) + b"ciphertext")
+        self.assertTrue(what.endswith("a file that 'openssl enc' encrypted with a password"), what)
+        self.assertEqual(facts["salt"], "0001020304050607")
+        self.assertIn("10 bytes of ciphertext", facts["form"])
+        self.assertIn("openssl enc -d", facts["next"])
+
+    def test_encrypted_keys(self):
+        what, _ = self.describe(published("gnutls-key-gost01-2-enc.p8e.der"))
+        self.assertIn("a private key or key of the cipher, encrypted with a password", what)
 
 
 if __name__ == "__main__":
