@@ -61,8 +61,7 @@ void set_unfinished_file(int folder, const std::string& name) {
         action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
     };
-    for (const int signal : deadly_signals) catch_signal(signal);
-    for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) catch_signal(signal);
+    for_each_deadly_signal(catch_signal);
 }
 
 /** Returns a random name, which is unlikely to exist already. */
@@ -176,6 +175,11 @@ Output::Output(const std::string& path, const std::vector<FileId>& inputs)
     if (existing && !S_ISREG(existing->st_mode)) {
         fd_ = open_in(place_->folder(), place_->name(), O_WRONLY | (place_->is_magic() ? 0 : O_NOFOLLOW));
         if (fd_ < 0) throw SystemFailure("cannot write " + shown_, errno);
+        if (fstat(fd_, &status) != 0 || id_of(status) != id_of(*existing)) {
+            close(std::exchange(fd_, -1));
+            throw Failure(shown_ +
+                          " was replaced by another file at this moment; try again, or write to another folder");
+        }
         place_.reset();
         return;
     }
@@ -266,12 +270,17 @@ int Output::link_to(const char* name) const {
     return linkat(AT_FDCWD, own_link(fd_).c_str(), place_->folder(), name, AT_SYMLINK_FOLLOW);
 }
 
-/** Give the file the owner and permissions of the file that it replaces. Only root may change the owner. */
+/**
+ * Give the file the owner and permissions of the file that it replaces. Only root may change the owner. Permissions
+ * that another user set do not apply to a file of this user.
+ */
 void Output::take_owner_and_mode() {
     if (is_private_) return;
-    const bool replaces = place_->existing() && place_->is_unchanged();
-    if (replaces && fchown(fd_, place_->existing()->st_uid, place_->existing()->st_gid) != 0 && errno != EPERM)
-        throw SystemFailure("cannot set the owner of " + shown_, errno);
+    bool replaces = place_->existing() && place_->is_unchanged();
+    if (replaces && fchown(fd_, place_->existing()->st_uid, place_->existing()->st_gid) != 0) {
+        if (errno != EPERM) throw SystemFailure("cannot set the owner of " + shown_, errno);
+        replaces = place_->existing()->st_uid == geteuid();
+    }
     if (fchmod(fd_, replaces ? place_->existing()->st_mode & 0777 : mode_of_new_files()) != 0)
         throw SystemFailure("cannot set the permissions of " + shown_, errno);
 }

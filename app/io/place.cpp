@@ -67,9 +67,9 @@ Place::Place(const std::string& path, const std::string& shown, bool follow) {
 
 void Place::look(const std::string& shown) {
     existing_.reset();
-    const Descriptor found(open_in(folder_.get(), name_.c_str(), O_PATH | O_NOFOLLOW));
+    found_ = Descriptor(open_in(folder_.get(), name_.c_str(), O_PATH | O_NOFOLLOW));
     struct stat status {};
-    if (found.is_open() && fstat(found.get(), &status) == 0)
+    if (found_.is_open() && fstat(found_.get(), &status) == 0)
         existing_ = status;
     else if (errno != ENOENT)
         throw SystemFailure("cannot write " + shown, errno);
@@ -88,7 +88,8 @@ bool Place::take_link(const std::string& shown) {
         throw Failure(shown +
                       " is a symbolic link of another user, who may change it at any moment; name the file itself");
     std::array<char, PATH_MAX> text{};
-    const ssize_t size = readlinkat(folder_.get(), name_.c_str(), text.data(), text.size());
+    // Read the link that was checked: its name may belong to another link by now.
+    const ssize_t size = readlinkat(found_.get(), "", text.data(), text.size());
     if (size < 0) throw SystemFailure("cannot write " + shown, errno);
     if (size == 0 || static_cast<std::size_t>(size) == text.size())
         throw SystemFailure("cannot write " + shown, ENAMETOOLONG);

@@ -55,6 +55,7 @@ private:
 
     Descriptor folder_;
     std::string name_;
+    Descriptor found_;  // the existing file, not opened for access
     std::optional<struct stat> existing_;
     bool magic_ = false;
 };

@@ -13,15 +13,14 @@
 namespace vrx::app {
 namespace {
 
-// The signal actions and settings to restore while echo is off.
-std::array<struct sigaction, deadly_signals.size()> actions_before;
+// The signal actions, by number, and the settings to restore while echo is off.
+std::array<struct sigaction, NSIG> actions_before;
 struct termios terminal_before;
 int terminal = -1;
 
 extern "C" void restore_terminal(int signal) {
     tcsetattr(terminal, TCSAFLUSH, &terminal_before);
-    for (std::size_t i = 0; i < deadly_signals.size(); ++i)
-        if (deadly_signals[i] == signal) sigaction(signal, &actions_before[i], nullptr);
+    sigaction(signal, &actions_before[static_cast<std::size_t>(signal)], nullptr);
     raise(signal);  // The signal stays pending until this function returns, and then has its original effect.
 }
 
@@ -38,10 +37,11 @@ NoEcho::NoEcho(int fd) {
     if (tcgetattr(fd, &terminal_before) != 0) throw SystemFailure("cannot turn off the terminal's echo", errno);
     struct sigaction action {};
     action.sa_handler = restore_terminal;
-    for (std::size_t i = 0; i < deadly_signals.size(); ++i) {
-        sigaction(deadly_signals[i], nullptr, &actions_before[i]);
-        if (actions_before[i].sa_handler != SIG_IGN) sigaction(deadly_signals[i], &action, nullptr);
-    }
+    for_each_deadly_signal([&action](int signal) {
+        struct sigaction& before = actions_before[static_cast<std::size_t>(signal)];
+        sigaction(signal, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+    });
     // If the program were stopped now, the shell would get a terminal without echo.
     action.sa_handler = SIG_IGN;
     sigaction(SIGTSTP, &action, &stop_before_);
@@ -58,7 +58,8 @@ NoEcho::NoEcho(int fd) {
 
 void NoEcho::restore() const {
     tcsetattr(terminal, TCSAFLUSH, &terminal_before);
-    for (std::size_t i = 0; i < deadly_signals.size(); ++i) sigaction(deadly_signals[i], &actions_before[i], nullptr);
+    for_each_deadly_signal(
+        [](int signal) { sigaction(signal, &actions_before[static_cast<std::size_t>(signal)], nullptr); });
     sigaction(SIGTSTP, &stop_before_, nullptr);
 }
 

@@ -260,6 +260,13 @@ int fchown(int fd, uid_t user, gid_t group) {
     return fails("fchown", EIO) ? -1 : (int)syscall(SYS_fchown, fd, user, group);
 }
 int fstat(int fd, struct stat* status) { return fails("fstat", EIO) ? -1 : (int)syscall(SYS_fstat, fd, status); }
+int fstatat(int folder, const char* path, struct stat* status, int flags) {
+    return fails("fstatat", EIO) ? -1 : (int)syscall(SYS_newfstatat, folder, path, status, flags);
+}
+int faccessat(int folder, const char* path, int mode, int flags) {
+    return fails("faccessat", EIO) ? -1 : (int)syscall(SYS_faccessat2, folder, path, mode, flags);
+}
+int ftruncate(int fd, off_t size) { return fails("ftruncate", ENOSPC) ? -1 : (int)syscall(SYS_ftruncate, fd, size); }
 off_t lseek(int fd, off_t offset, int whence) {
     return fails("lseek", ESPIPE) ? -1 : (off_t)syscall(SYS_lseek, fd, offset, whence);
 }

@@ -260,7 +260,7 @@ class Terminal(QuickTest):
 
     def test_signals_restore_the_echo_and_leave_no_file(self):
         for key, number in ((b"\x03", signal.SIGINT), (b"\x1c", signal.SIGQUIT), (b"", signal.SIGTERM),
-                            (b"", signal.SIGHUP)):
+                            (b"", signal.SIGHUP), (b"", signal.SIGRTMIN), (b"", signal.SIGRTMAX)):
             with self.subTest(number):
                 self.shown = b""
                 process = self.derive("--out", "new")

@@ -15,6 +15,7 @@ from program import PROGRAM, ProgramTest, SANITIZED, main, sampled, some
 
 NOBODY = 65534
 FAULTS = os.environ.get("VRX_FAULTS", "")
+KERNEL_WITHOUT = os.environ.get("VRX_KERNEL_WITHOUT", "")
 # The fatal signals, except SIGKILL and those that a fault in the program raises.
 DEADLY = [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGPIPE, signal.SIGTERM, signal.SIGALRM, signal.SIGUSR1,
           signal.SIGUSR2, signal.SIGVTALRM, signal.SIGPROF, signal.SIGXCPU, signal.SIGIO, signal.SIGPWR, 16,
@@ -190,6 +191,13 @@ class Disks(ProgramTest):
             self.refused(*ENCRYPT, "-o", name, "in", says=[name, "No space left on device"])
         self.assertEqual(os.listdir(disk), [b"out"])
         self.assertEqual(self.read("disk/out"), b"before")
+        with contextlib.suppress(OSError):
+            self.write("disk/rest", bytes(2 * 1024 * 1024))
+        self.write("password", b"password", 0o600)
+        for command in (["keygen"], ["keypair", "--curve", "A"]):
+            for lock in ([], ["--password-file", "password"]):
+                self.refused(*command, *lock, "--out", "disk/key", says=["'disk/key'", "No space left on device"])
+        self.assertEqual(sorted(os.listdir(disk)), [b"out", b"rest"])
 
 
 class HostileFolders(ProgramTest):
@@ -266,6 +274,76 @@ class HostileFolders(ProgramTest):
         self.refused("hash", "-o", "link", "in",
                      says=["'link' is a symbolic link of another user", "name the file itself"])
         self.assertEqual(self.read("secret"), b"secret")
+
+    def swapped(self, one, two, prepare, check):
+        """Run with the output `one` while another thread swaps the two names all the time."""
+        # Landlock, which some kernels lack, would prevent some of the faults.
+        landlock_off = [KERNEL_WITHOUT, "l"] if KERNEL_WITHOUT else []
+        stop = threading.Event()
+        renameat2 = ctypes.CDLL(None).renameat2
+        names = self.path(one), self.path(two)
+
+        def swap():
+            while not stop.is_set():
+                renameat2(-100, names[0], -100, names[1], 2)  # AT_FDCWD, RENAME_EXCHANGE
+
+        for _ in some(range(400)):
+            prepare()
+            stop.clear()
+            swapper = threading.Thread(target=swap)
+            swapper.start()
+            try:
+                subprocess.run([*landlock_off, PROGRAM, "hash", "-o", one, "in"], cwd=self.folder, capture_output=True,
+                               check=False, timeout=60)
+            finally:
+                stop.set()
+                swapper.join()
+            check()
+
+    @sampled
+    def test_a_pipe_that_is_swapped_with_a_file_is_not_written_into(self):
+        self.write("secret", b"secret", 0o600)
+
+        def prepare():
+            for name in ("out", "other"):
+                with contextlib.suppress(FileNotFoundError):
+                    os.unlink(self.path(name))
+            os.mkfifo(self.path("out"))
+            os.link(self.path("secret"), self.path("other"))
+            self.pipe = os.open(self.path("out"), os.O_RDWR | os.O_NONBLOCK)  # so that writers do not wait
+
+        def check():
+            os.close(self.pipe)
+            self.assertEqual(self.read("secret"), b"secret")
+
+        self.swapped("out", "other", prepare, check)
+
+    @sampled
+    @unittest.skipUnless(os.geteuid() == 0, "needs root")
+    def test_a_link_that_is_swapped_with_a_link_of_another_user_is_not_followed(self):
+        def prepare():
+            for name in ("out", "other"):
+                with contextlib.suppress(FileNotFoundError):
+                    os.unlink(self.path(name))
+            self.write("secret", b"secret", 0o600)
+            os.symlink("mine", self.path("out"))
+            os.symlink("secret", self.path("other"))
+            os.chown(self.path("other"), NOBODY, NOBODY, follow_symlinks=False)
+
+        self.swapped("out", "other", prepare, lambda: self.assertEqual(self.read("secret"), b"secret"))
+
+    @unittest.skipUnless(os.geteuid() == 0, "needs root")
+    def test_permissions_of_a_file_of_another_user_are_not_taken(self):
+        self.write("out", b"before", 0o666)
+        for name in (".", "key", "in"):
+            os.chown(self.path(name), NOBODY, NOBODY)
+        user = {"user": NOBODY, "group": NOBODY, "extra_groups": []}
+        try:
+            self.vrx("version", **user)
+        except PermissionError:
+            self.skipTest("the program lies where nobody else can run it")
+        self.vrx(*ENCRYPT, "-o", "out", "in", umask=0o077, **user)
+        self.assertEqual((os.stat(self.path("out")).st_uid, self.mode("out")), (NOBODY, 0o600))
 
     def test_links_to_links_and_loops(self):
         os.mkdir(self.path("folder"))
