@@ -51,6 +51,33 @@ class Generated(DocumentationTest):
                         self.fail(f"{folder}/{name} is out of date: gen/manual.py PROGRAM writes it anew")
 
 
+class Keys(DocumentationTest):
+    def test_no_example_uses_one_key_for_encryption_and_mac(self):
+        documents = {name: self.vrx("help", name).decode() for name in self.listed("Commands") + self.listed("Topics")}
+        documents["overview"] = self.vrx("help").decode()
+        walk = os.walk(os.path.join(ROOT, "docs"))
+        found = [os.path.join(folder, name) for folder, _, names in walk for name in names]
+        for path in [*found, "README.md", os.path.join("scripts", "demo.sh")]:
+            if path.endswith((".md", ".sh")):
+                documents[path] = read(path)
+        uses = 0
+        for name, text in documents.items():
+            keys = {purpose: set(re.findall(rf"vrx\"? (?:{purpose})\b[^|\n]*? (?:--key|-k) (\S+)", text))
+                    for purpose in ("encrypt|decrypt", "mac|hmac")}
+            uses += sum(map(len, keys.values()))
+            self.assertEqual(set.intersection(*keys.values()), set(), name)
+        self.assertGreater(uses, 20)
+
+    def test_the_help_shows_how_to_get_two_keys_from_one_secret(self):
+        text = self.vrx("help", "diversify").decode()
+        self.assertIn("To derive two keys from one secret", text)
+        example = re.findall(r"vrx diversify --key (\S+) --ukm (\S+) --out (\S+)", text.partition("Example:")[2])
+        self.assertEqual(len(example), 2)
+        (secret, one, _), (again, other, _) = example
+        self.assertEqual(secret, again)
+        self.assertNotEqual(one, other)
+
+
 class Manual(DocumentationTest):
     def test_the_page_of_the_program_names_every_command_option_and_topic(self):
         text = read("man", "vrx.1").replace("\\-", "-")

@@ -78,6 +78,19 @@ class Headers(unittest.TestCase):
         self.assertEqual({name: (int(code), int(number, 16) - (1 << 32)) for code, name, number in rows},
                          {name: (code, code) for name, code in codes.items()})
 
+    def test_each_hazard_has_a_warning(self):
+        common = ["never use an IV twice with the same key", "not detect changed data or a wrong key", "32 GiB",
+                  "decrypt in place"]
+        hazards = {"modes": common, "context": common,
+                   "sign": ["more than one signature for the same digest: s is used modulo q",
+                            "0 < r < q and 0 < s < q"]}
+        for family, sentences in hazards.items():
+            text = (PROJECT / f"include/vrx/{family}.h").read_text(encoding="utf-8")
+            warnings = re.findall(r"\*\*Warning:\*\*(.*?)\n \*(?:\n|/)", text, re.S)
+            warnings = [re.sub(r"[\s*]+", " ", part).strip() for part in warnings]
+            for sentence in sentences:
+                self.assertTrue(any(sentence in warning for warning in warnings), f"{family}.h warns of: {sentence}")
+
     def test_there_are_no_lists_of_common_arguments(self):
         for path in FAMILIES:
             self.assertNotIn("Common arguments", path.read_text(encoding="utf-8"), path.name)

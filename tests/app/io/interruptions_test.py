@@ -23,6 +23,7 @@ class AtAnyMoment(ProgramTest):
         self.vrx("keypair", "--curve", "A", "--out", "pem")
         self.vrx("pubkey", "-o", "pub", "pem")
         self.vrx(*ENCRYPT, "-o", "right", "in")
+        self.write("password", b"correct horse\n", 0o600)
 
     def clear(self):
         for name in self.names():
@@ -85,6 +86,33 @@ class AtAnyMoment(ProgramTest):
     def test_a_killed_key_generation(self):
         self.expect_whole_or_absent(["keypair", "--curve", "B", "--out", "out"], self.good_private_key)
         self.expect_whole_or_absent(["keygen", "--out", "out"], self.good_key)
+
+    def good_encrypted_pair(self):
+        self.assertEqual(self.mode("out"), 0o600)
+        self.vrx("pubkey", "--password-file", "password", "out")
+
+    def good_encrypted_key(self):
+        self.assertEqual(self.mode("out"), 0o600)
+        self.vrx("mac", "--key", "out", "--password-file", "password", "pub")
+
+    @sampled
+    def test_a_killed_generation_of_encrypted_keys(self):
+        for number in (signal.SIGKILL, signal.SIGTERM):
+            for command, check in ((["keypair", "--curve", "A"], self.good_encrypted_pair),
+                                   (["keygen"], self.good_encrypted_key)):
+                locked = [*command, "--password-file", "password", "--out", "out"]
+                self.expect_whole_or_absent(locked, check, number, 8)
+
+    def test_a_killed_run_that_waits_for_a_password_leaves_no_file(self):
+        for command in (["keypair", "--curve", "A"], ["keygen"]):
+            for number in (signal.SIGKILL, signal.SIGTERM, signal.SIGRTMIN):
+                self.clear()
+                before = self.names()
+                process = self.start(*command, "--password-fd", "0", "--out", "out", stdin=-1)
+                self.wait_for_input(process)
+                process.send_signal(number)
+                self.assertEqual(process.wait(60), -number)
+                self.assertEqual(self.names(), before)
 
     def test_a_killed_derivation(self):
         process = self.start("derive", "--kdf", "pbkdf2", "--salt", 8 * "5a", "--iterations", "10000", "--password-fd",
@@ -204,6 +232,8 @@ class Places(ProgramTest):
     COMMANDS = [[*ENCRYPT, "-o"], ["mac", "--key", "key", "-o"], ["pubkey", "pem", "-o"],
                 ["sign", "--key", "pem", "-o"],
                 ["keygen", "--out"], ["keypair", "--curve", "A", "--out"],
+                ["keygen", "--password-file", "password", "--out"],
+                ["keypair", "--curve", "A", "--password-file", "password", "--out"],
                 ["agree", "--key", "pem", "--peer", "pub", "--ukm", IV, "--out"]]
     PRIVATE = ("keygen", "keypair", "agree")
 
@@ -212,6 +242,7 @@ class Places(ProgramTest):
         self.vrx("keypair", "--curve", "A", "--out", "pem")
         self.vrx("pubkey", "-o", "pub", "pem")
         self.write("in", b"some text")
+        self.write("password", b"correct horse\n", 0o600)
 
     def input_of(self, command):
         return ["in"] if command[0] in ("encrypt", "mac", "sign") else []
