@@ -23,5 +23,7 @@ class ChainTest(SignatureTest):
     def make(self, root=None, middle=None, signer=None, curve="A"):
         """Write a chain of root, intermediate authority and signer, with changes."""
         self.issue("root", **{"extensions": [x509.authority(), x509.key_usage("56")], "curve": curve, **(root or {})})
-        self.issue("middle", "root", **{"extensions": [x509.authority(0), x509.key_usage("56")], "curve": curve, **(middle or {})})
-        self.issue("signer", "middle", **{"extensions": [x509.key_usage("0")], "curve": curve, "serial": "07", **(signer or {})})
+        self.issue("middle", "root",
+                   **{"extensions": [x509.authority(0), x509.key_usage("56")], "curve": curve, **(middle or {})})
+        self.issue("signer", "middle",
+                   **{"extensions": [x509.key_usage("0")], "curve": curve, "serial": "07", **(signer or {})})

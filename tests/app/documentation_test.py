@@ -212,7 +212,8 @@ class Bash(DocumentationTest):
 
     def test_commands(self):
         commands = self.listed("Commands")
-        self.assertEqual(sorted(self.complete("")), sorted({name.split()[0] for name in commands} | {"--help", "--version"}))
+        self.assertEqual(sorted(self.complete("")),
+                         sorted({name.split()[0] for name in commands} | {"--help", "--version"}))
         for group in {name.split()[0] for name in commands if " " in name}:
             members = sorted(name.split()[1] for name in commands if name.startswith(group + " "))
             self.assertEqual(sorted(self.complete(group, "")), members)
@@ -220,7 +221,8 @@ class Bash(DocumentationTest):
         self.assertEqual(sorted(self.complete("ha")), ["hash"])
         self.assertEqual(sorted(self.complete("gen")), [])
         self.assertEqual(sorted(self.complete("key")), ["keygen", "keypair"])
-        self.assertEqual(sorted(self.complete("help", "")), sorted({name.split()[0] for name in commands} | set(self.listed("Topics"))))
+        self.assertEqual(sorted(self.complete("help", "")),
+                         sorted({name.split()[0] for name in commands} | set(self.listed("Topics"))))
 
     def test_options(self):
         for command, options in self.commands().items():

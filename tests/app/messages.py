@@ -9,7 +9,8 @@ from chains import ChainTest
 FOLDER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "messages")
 
 DATA, SIGNED, ENVELOPED = (f"06092a864886f70d0107{number:02x}" for number in (1, 2, 3))
-CONTENT_TYPE, MESSAGE_DIGEST, SIGNING_TIME, COUNTERSIGNATURE = (f"06092a864886f70d0109{number:02x}" for number in (3, 4, 5, 6))
+CONTENT_TYPE, MESSAGE_DIGEST, SIGNING_TIME, COUNTERSIGNATURE = (f"06092a864886f70d0109{number:02x}"
+                                                                for number in (3, 4, 5, 6))
 HASH = "300a06062a85030202090500"
 SIGNATURE = "300a06062a85030202130500"
 
@@ -77,7 +78,8 @@ class MessageTest(ChainTest):
             attributes = in_order(self.attributes(content))
         over = signed if signed is not None else bytes.fromhex(element("31", attributes)) if attributes else content
         signature = signature or element("04", self.signature(over, key or name))
-        return element("30", version, identifier or self.identifier(name), digest, element("a0", attributes) if attributes else "",
+        return element("30", version, identifier or self.identifier(name), digest,
+                       element("a0", attributes) if attributes else "",
                        algorithm, signature, unsigned)
 
     def message(self, content, signers, certificates=("anna",), version="020101", content_type=DATA, detached=False,
@@ -85,8 +87,8 @@ class MessageTest(ChainTest):
         """A ContentInfo with SignedData."""
         enclosed = element("a0", *(self.der(name + ".crt").hex() for name in certificates)) if certificates else ""
         inside = "" if detached else large("a0", large("04", content)).hex()
-        data = bytes.fromhex(version + element("31", digests)) + large("30", bytes.fromhex(content_type + inside)) + bytes.fromhex(
-            enclosed + element("31", *signers) + more)
+        data = bytes.fromhex(version + element("31", digests)) + large(
+            "30", bytes.fromhex(content_type + inside)) + bytes.fromhex(enclosed + element("31", *signers) + more)
         return large("30", bytes.fromhex(SIGNED) + large("a0", large("30", data)))
 
     def verify(self, message, *options, code=0, says=(), name="message"):

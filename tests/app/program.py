@@ -16,12 +16,12 @@ import unittest
 PROGRAM = os.environ.get("VRX_PROGRAM", "vrx")
 SANITIZED = bool(os.environ.get("VRX_SANITIZE"))
 KEY = bytes(range(32))
-# With "1", each test takes all of its cases. With "only", just the tests that are @sampled run, with all of their cases.
+# With "1", each test takes all of its cases. With "only", just the tests that are @sampled run, with all their cases.
 WHOLE = os.environ.get("VRX_TEST_WHOLE")
 
 
 def sampled(test):
-    """Marks a test that takes only some of its cases in a quick run. `./dev test --full` also runs it with all cases."""
+    """Marks a test that takes only some cases in a quick run. `./dev test --full` also runs it with all cases."""
     test.sampled = True
     return test
 

@@ -7,7 +7,8 @@ import subprocess
 
 from program import PROGRAM, ProgramTest, main
 
-COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keygen", "keypair", "pubkey", "sign", "verify",
+COMMANDS = ["encrypt", "decrypt", "mac", "hmac", "hash", "sha1", "derive", "keygen", "keypair", "pubkey", "sign",
+            "verify",
             "cms show", "cms sign", "cms verify", "agree", "diversify", "inspect", "params", "speed"]
 
 

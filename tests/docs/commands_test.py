@@ -58,7 +58,8 @@ class Commands(unittest.TestCase):
         for page in PAGES:
             for command, rest in re.findall(r"`vrx ((?:cms )?[a-z]\w*)\b([^`]*)`", text_of(page)):
                 if command not in helps:
-                    done = subprocess.run([PROGRAM, "help", *command.split()], capture_output=True, text=True, check=False)
+                    done = subprocess.run([PROGRAM, "help", *command.split()], capture_output=True, text=True,
+                                          check=False)
                     self.assertEqual(done.returncode, 0, f"{name_of(page)}: vrx {command}")
                     helps[command] = done.stdout
                 for option in re.findall(r"(?<!\S)--[a-z][\w-]*", rest):

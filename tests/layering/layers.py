@@ -81,7 +81,8 @@ LAYERS = [
     Layer("include", "vrx", ("include/vrx", "include/vrx.h", "include/vrx/cxx"), "include/vrx.hpp", ".hpp"),
 
     # The program.
-    Layer("app/io", "failure signals declassify text place confinement terminal files spool progress pieces", ("include/vrx",)),
+    Layer("app/io", "failure signals declassify text place confinement terminal files spool progress pieces",
+          ("include/vrx",)),
     Layer("documents", """
         der source ber messages_module asn1 transport transport_writer algorithm name time certificate revocation
         signature chain message signed_data signed_data_writer""", ("app/io", "include/vrx.h")),
@@ -107,7 +108,8 @@ LAYERS = [
 # The folders whose files must all be in the list, and the files in these folders that include nothing.
 ROOTS = ["src", "include", "documents", "app", "tests/support"]
 NO_CODE = [
-    "CMakeLists.txt", "documents/messages.asn", "src/libvrx.map", "include/.clang-format", "app/completion/_vrx", "app/completion/vrx.bash",
+    "CMakeLists.txt", "documents/messages.asn", "src/libvrx.map", "include/.clang-format", "app/completion/_vrx",
+    "app/completion/vrx.bash",
 ]
 
 # The part of the library that each public C header declares. The other headers declare no part of it.

@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""Runs log_service, and checks what it sends to standard error and to syslog. Usage: log_service_test.py PROGRAM OBSERVER
+"""Runs log_service, and checks what it sends to standard error and to syslog.
+
+Usage: log_service_test.py PROGRAM OBSERVER
 
 OBSERVER is a shared object with a syslog() that appends to the file that LOG_SERVICE_SYSLOG names.
 """

@@ -2,8 +2,8 @@
 """Mutation tests: changes the project, one place at a time, and checks that a test fails.
 
 Works on copies of the checkout in build/mutation and keeps them, so that the next run compiles little. A change that
-does not compile, or compiles to the same code, does not count. A change that triples the CPU time, or hangs, counts as caught. The changes in
-explained.txt cannot be caught. Exit code 1 if another change survives.
+does not compile, or compiles to the same code, does not count. A change that triples the CPU time, or hangs, counts as
+caught. The changes in explained.txt cannot be caught. Exit code 1 if another change survives.
 """
 import argparse
 import collections

@@ -37,8 +37,8 @@ SPECIAL = {
     'ecc/uint256/words.hpp': [
         (r'(inline constexpr bool has_assembly =)[^;]*;', r'\1 false;', 1),
     ],
-    # The proofs of division steps replace the variables of the loop, and the rows of the matrix after it. They do not use
-    # the functions that are removed here.
+    # The proofs of division steps replace the variables of the loop, and the rows of the matrix after it. They do not
+    # use the functions that are removed here.
     'ecc/uint256/divsteps.hpp': [
         (r'(    for \(int i = 0; i < steps; \+\+i\) \{\n)', r'\1        prove_step(zeta, h, g, uv, qr);\n', 1),
         (r'^(    f = h << 1 \| 1;)', r'    prove_rows(zeta, h, g, uv, qr);\n\1', 1),

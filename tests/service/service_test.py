@@ -18,7 +18,8 @@ PROJECT, LIBRARY, VRX, IN_C, IN_CXX = (Path(argument).resolve() for argument in 
 VALGRIND = sys.argv[6:]
 FOLDER = PROJECT / "examples/service"
 SERVICES = {"C": [IN_C], "C++": [IN_CXX], "Python": ["/usr/bin/python3", "-B", FOLDER / "service.py"]}
-ENVIRONMENT = {**os.environ, "VRX_LIBRARY": str(LIBRARY), "PYTHONPATH": str(PROJECT / "python/src"), "LC_ALL": "C.UTF-8"}
+ENVIRONMENT = {**os.environ, "VRX_LIBRARY": str(LIBRARY), "PYTHONPATH": str(PROJECT / "python/src"),
+               "LC_ALL": "C.UTF-8"}
 CURVES = ("A", "B", "C", "XA", "XB")
 MESSAGE = bytes(i * i >> 3 & 255 for i in range(12345))
 KEY, IV, UKM = bytes(range(32)), bytes(range(8, 16)), bytes(range(1, 9))
@@ -46,7 +47,8 @@ class Engine:
         return "openssl has no engine gost" if run.returncode != 0 else None
 
     def pair(self, curve, key, public):
-        call("openssl", "genpkey", "-engine", "gost", "-algorithm", "gost2001", "-pkeyopt", f"paramset:{curve}", "-out", key)
+        call("openssl", "genpkey", "-engine", "gost", "-algorithm", "gost2001", "-pkeyopt", f"paramset:{curve}", "-out",
+             key)
         call("openssl", "pkey", "-engine", "gost", "-in", key, "-pubout", "-out", public)
 
     def hash(self, file):

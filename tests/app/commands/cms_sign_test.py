@@ -20,7 +20,8 @@ class Signing(MessageTest):
 
     def check(self, *options, content=None):
         """Verify the message, and compare its content."""
-        out = self.vrx("cms", "verify", "--ca", "anna.crt", *(["-o", "out"] if content is not None else []), *options, "message").decode()
+        out = self.vrx("cms", "verify", "--ca", "anna.crt", *(["-o", "out"] if content is not None else []), *options,
+                       "message").decode()
         self.assertIn("the signature is valid\n", out)
         if content is not None:
             self.assertEqual(self.read("out"), content)
@@ -40,7 +41,8 @@ class Signing(MessageTest):
                         self.check("--content", "text")
 
     def test_contents_of_all_sizes(self):
-        for size in (0, 1, 31, 32, 46, 47, 48, 49, 95, 96, 126, 127, 128, 129, 254, 255, 256, 257, 65_535, 65_536, 262_143, 262_144, 600_000):
+        for size in (0, 1, 31, 32, 46, 47, 48, 49, 95, 96, 126, 127, 128, 129, 254, 255, 256, 257, 65_535, 65_536,
+                     262_143, 262_144, 600_000):
             content = os.urandom(size)
             self.write("content", content)
             for form in FORMS:
@@ -48,7 +50,8 @@ class Signing(MessageTest):
                 self.check(content=content)
             self.vrx("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", "-o", "message", stdin=content)
             self.check(content=content)
-            self.vrx("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", "--detached", "-o", "message", stdin=content)
+            self.vrx("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", "--detached", "-o", "message",
+                     stdin=content)
             self.check("--content", "content")
 
     def test_a_file_becomes_der_and_a_pipe_ber(self):
@@ -61,7 +64,8 @@ class Signing(MessageTest):
         self.assertEqual(out[:2], b"\x30\x82")
 
     def test_readable_mails(self):
-        for content in (b"", b"\r\n", b"\nDear reader\n", b"Content-Type: text/plain\r\n\r\nDear reader\r\n", b"a\n\n\r\n\r\r\nb\r", b"x" * 300_000 + b"\n",
+        for content in (b"", b"\r\n", b"\nDear reader\n", b"Content-Type: text/plain\r\n\r\nDear reader\r\n",
+                        b"a\n\n\r\n\r\r\nb\r", b"x" * 300_000 + b"\n",
                         b"no newline\n" * 40_000):
             self.write("content", content)
             mail = self.sign("--smime", "--detached", content="content")
@@ -76,35 +80,44 @@ class Signing(MessageTest):
 
     def test_enclosed_certificates(self):
         self.make()
-        self.vrx("cms", "sign", "-k", "signer.key", "--cert", "signer.crt", "--chain", "middle.crt", "--chain", "signer.crt", "-o", "message", "text")
+        self.vrx("cms", "sign", "-k", "signer.key", "--cert", "signer.crt", "--chain", "middle.crt", "--chain",
+                 "signer.crt", "-o", "message", "text")
         self.vrx("cms", "verify", "--ca", "root.crt", "message")
         out = self.vrx("cms", "show", "message").decode()
         self.assertEqual(sorted(re.findall(r"certificate: (.*)", out)), ["CN=middle", "CN=signer"])
 
     def test_encrypted_and_raw_keys(self):
         self.write("password", b"secret\n", 0o600)
-        self.vrx("keypair", "--curve", "A", "--password-file", "password", "--iterations", "600000", "--out", "boris.key")
+        self.vrx("keypair", "--curve", "A", "--password-file", "password", "--iterations", "600000", "--out",
+                 "boris.key")
         self.write("boris.pub", self.vrx("pubkey", "--password-file", "password", "boris.key"))
         self.issue("boris", "anna", extensions=[x509.key_usage("0")])
-        self.vrx("cms", "sign", "-k", "boris.key", "--password-file", "password", "--cert", "boris.crt", "-o", "message", "text")
+        self.vrx("cms", "sign", "-k", "boris.key", "--password-file", "password", "--cert", "boris.crt", "-o",
+                 "message", "text")
         done = self.run_vrx("cms", "verify", "--cert", "boris.crt", "message")
         self.assertEqual(done.code, 0, done.out)
         self.write("raw", bytes(31) + b"\1", 0o600)
-        self.refused("cms", "sign", "-k", "raw", "--format", "raw", "--curve", "A", "--cert", "anna.crt", "text", says="is not for the key in 'raw'")
+        self.refused("cms", "sign", "-k", "raw", "--format", "raw", "--curve", "A", "--cert", "anna.crt", "text",
+                     says="is not for the key in 'raw'")
 
     def test_refusals(self):
         self.pair("other", "A")
         sign = ["cms", "sign", "-o", "out"]
-        for options, says in ((["-k", "other.key", "--cert", "anna.crt", "text"], "the certificate in 'anna.crt' is not for the key in 'other.key'"),
-                              (["--cert", "anna.crt", "text"], "a private key is needed"), (["-k", "anna.key", "text"], "the certificate of the key is needed"),
-                              (["-k", "anna.key", "--cert", "anna.crt", "--pem", "--smime", "text"], "exclude each other"),
+        for options, says in ((["-k", "other.key", "--cert", "anna.crt", "text"],
+                               "the certificate in 'anna.crt' is not for the key in 'other.key'"),
+                              (["--cert", "anna.crt", "text"], "a private key is needed"),
+                              (["-k", "anna.key", "text"], "the certificate of the key is needed"),
+                              (["-k", "anna.key", "--cert", "anna.crt", "--pem", "--smime", "text"],
+                               "exclude each other"),
                               (["-k", "-", "--cert", "anna.crt"], "standard input can be only one of"),
                               (["-k", "anna.key", "--cert", "anna.key", "text"], "is not a single X.509 certificate"),
-                              (["-k", "anna.key", "--cert", "anna.crt", "--chain", "text", "text"], "'text' holds no certificate"),
+                              (["-k", "anna.key", "--cert", "anna.crt", "--chain", "text", "text"],
+                               "'text' holds no certificate"),
                               (["-k", "anna.key", "--cert", "anna.crt", "none"], "cannot open 'none'")):
             self.refused(*sign, *options, says=says)
         self.assertNotIn("out", self.names())
-        self.refused("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", "-o", "text", "text", says="is read by this command and would be overwritten")
+        self.refused("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", "-o", "text", "text",
+                     says="is read by this command and would be overwritten")
 
     def test_the_example_of_the_help(self):
         self.write("my.pem", self.read("anna.key"), 0o600)
@@ -113,7 +126,8 @@ class Signing(MessageTest):
         for command in ("sign", "show"):
             example = self.vrx("help", "cms", command).decode().split("\nExample:\n")[1]
             done = subprocess.run(["bash", "-euo", "pipefail", "-c", example], cwd=self.folder, capture_output=True,
-                                  env={**os.environ, "PATH": os.path.dirname(PROGRAM) + ":" + os.environ["PATH"]}, check=False)
+                                  env={**os.environ, "PATH": os.path.dirname(PROGRAM) + ":" + os.environ["PATH"]},
+                                  check=False)
             self.assertEqual((done.returncode, done.stderr), (0, b""), example)
 
 
@@ -122,14 +136,17 @@ class Showing(MessageTest):
         self.write("message", message)
         done = self.run_vrx("cms", "show", "message")
         self.assertEqual((done.code, done.err), (code, b""), done.out)
-        self.assertEqual(self.vrx("cms", "show", stdin=message) if code == 0 else b"", done.out.replace(b"'message'", b"standard input", 1).replace(
+        self.assertEqual(self.vrx("cms", "show", stdin=message) if code == 0 else b"",
+                         done.out.replace(b"'message'", b"standard input", 1).replace(
             b"'message'", b"FILE") if code == 0 else b"")
         return done.out.decode()
 
     def test_published_messages(self):
         out = self.show(published("rfc4490-9.1-signed.der"))
-        self.assertTrue(out.startswith("'message': a signed message\n  form:        DER or BER, SignedData of version 1\n  content:     data, 12 bytes\n"
-                                       "  signer:      serial 2bf5c61ec211bd17c7dcd46266b42e21 of CN=GostR3410-2001 example"), out)
+        self.assertTrue(out.startswith(
+            "'message': a signed message\n  form:        DER or BER, SignedData of version 1\n"
+            "  content:     data, 12 bytes\n"
+            "  signer:      serial 2bf5c61ec211bd17c7dcd46266b42e21 of CN=GostR3410-2001 example"), out)
         self.assertIn("\n    signs:     the content itself\n", out)
         self.assertTrue(out.endswith("\n  next:        vrx cms verify --ca CA 'message'\n"), out)
         out = self.show(published("dvcs-response-ccpd-signed.der"))
@@ -142,12 +159,15 @@ class Showing(MessageTest):
     def test_the_order_of_signed_attributes(self):
         attributes = self.attributes(b"text")
         backward = "".join(sorted(attributes, key=bytes.fromhex, reverse=True))
-        for sent, signed, says in ((backward, backward, "not that of DER; the signature is over the order of the message"),
-                                   (backward, in_order(attributes), "not that of DER; the signature is over the order of DER, or not valid"),
+        for sent, signed, says in ((backward, backward,
+                                    "not that of DER; the signature is over the order of the message"),
+                                   (backward, in_order(attributes),
+                                    "not that of DER; the signature is over the order of DER, or not valid"),
                                    (in_order(attributes), in_order(attributes), "that of DER")):
             signer = self.signer(b"text", sent, signed=bytes.fromhex(x509.element("31", signed)))
             self.assertIn(f"\n    order:     {says}\n", self.show(self.message(b"text", [signer])))
-            self.assertIn("\n    order:     " + says.split(";")[0], self.show(self.message(b"text", [signer], certificates=())))
+            self.assertIn("\n    order:     " + says.split(";")[0],
+                          self.show(self.message(b"text", [signer], certificates=())))
 
     def test_forms(self):
         octets = self.message(b"text", [self.signer(b"text")], detached=True)
@@ -164,7 +184,8 @@ class Showing(MessageTest):
         self.assertIn("fault:       the signed attribute messageDigest is missing",
                       self.show(self.message(b"text", [self.signer(b"text", kind)]), code=1))
         self.write("message", b"Dear reader\n")
-        self.refused("cms", "show", "message", says="'message' cannot be read as a message: it is neither DER, PEM, base64 nor S/MIME")
+        self.refused("cms", "show", "message",
+                     says="'message' cannot be read as a message: it is neither DER, PEM, base64 nor S/MIME")
 
     def test_hostile_names(self):
         self.issue("anna", extensions=[x509.key_usage("0")])
@@ -187,11 +208,14 @@ class Engine(MessageTest):
             self.issue("anna", curve=curve)
             for attributes in ([], ["--no-attributes"]):
                 for form, option in (("DER", []), ("PEM", ["--pem"]), ("SMIME", ["--smime"])):
-                    self.vrx("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", *attributes, *option, "-o", "m", "text")
+                    self.vrx("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", *attributes, *option, "-o", "m",
+                             "text")
                     self.openssl(form)
-                    self.vrx("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", *attributes, *option, "--detached", "-o", "m", "mail")
+                    self.vrx("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", *attributes, *option, "--detached",
+                             "-o", "m", "mail")
                     self.openssl(form, *(["-content", "mail"] if form != "SMIME" else []), content=b"mail")
-                self.vrx("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", *attributes, "-o", "m", stdin=self.read("text"))
+                self.vrx("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", *attributes, "-o", "m",
+                         stdin=self.read("text"))
                 self.openssl("DER")
 
     def openssl(self, form, *options, content=b"text"):
@@ -200,14 +224,16 @@ class Engine(MessageTest):
         for program in ("cms", "smime"):
             if form == "PEM" and program == "smime":  # it knows the earlier label alone
                 self.write("m", self.read("m").replace(b" CMS-", b" PKCS7-"))
-            done = self.tool("openssl", program, "-verify", "-engine", "gost", "-noverify", *binary, "-inform", form, "-in", "m", "-out", "out", *options)
+            done = self.tool("openssl", program, "-verify", "-engine", "gost", "-noverify", *binary, "-inform", form,
+                             "-in", "m", "-out", "out", *options)
             self.assertEqual(done.code, 0, (program, form, options, done.err))
             self.assertEqual(self.read("out"), self.read(content.decode()))
 
     def test_certtool(self):
         self.vrx("cms", "sign", "-k", "anna.key", "--cert", "anna.crt", "--pem", "-o", "m", "text")
         self.write("m", self.read("m").replace(b" CMS-", b" PKCS7-"))
-        done = self.tool("certtool", "--p7-verify", "--verify-allow-broken", "--load-certificate", "anna.crt", "--infile", "m")
+        done = self.tool("certtool", "--p7-verify", "--verify-allow-broken", "--load-certificate", "anna.crt",
+                         "--infile", "m")
         self.assertIn(b"Signature status: ok", done.out + done.err)
 
 

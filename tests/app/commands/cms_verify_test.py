@@ -7,7 +7,8 @@ import subprocess
 
 import certificates as x509
 from certificates import element
-from messages import (CONTENT_TYPE, COUNTERSIGNATURE, DATA, ENVELOPED, HASH, MESSAGE_DIGEST, SIGNATURE, SIGNED, SIGNING_TIME,
+from messages import (CONTENT_TYPE, COUNTERSIGNATURE, DATA, ENVELOPED, HASH, MESSAGE_DIGEST, SIGNATURE, SIGNED,
+                      SIGNING_TIME,
                       MessageTest, attribute, in_order, indefinite, large, parts_of, published)
 from program import PROGRAM, main, sampled, some
 from signatures import flipped
@@ -28,10 +29,13 @@ class Published(MessageTest):
 
     def test_the_message_of_rfc_4490(self):
         self.write("cert", published("rfc4491-4.2-cert.der"))
-        self.assertEqual(self.published("rfc4490-9.1-signed.der", "--cert", "cert"), published("rfc4490-9.1-content.txt"))
+        self.assertEqual(self.published("rfc4490-9.1-signed.der", "--cert", "cert"),
+                         published("rfc4490-9.1-content.txt"))
         os.remove(self.path("out"))
-        self.published("rfc4490-9.1-signed.der", code=1, says="the certificate of the signer is not there: serial 2bf5c61e")
-        self.published("rfc4490-9.1-signed.der", "--cert", "anna.crt", code=1, says="the certificate of the signer is not there")
+        self.published("rfc4490-9.1-signed.der", code=1,
+                       says="the certificate of the signer is not there: serial 2bf5c61e")
+        self.published("rfc4490-9.1-signed.der", "--cert", "anna.crt", code=1,
+                       says="the certificate of the signer is not there")
 
     def test_messages_with_the_certificate_inside(self):
         self.assertEqual(self.published("bc-rawgost-signed.der"), published("bc-rawgost-content.txt"))
@@ -42,7 +46,8 @@ class Published(MessageTest):
 
     def test_other_messages(self):
         self.write("message", published("rfc4490-9.2-keyagree.der"))
-        self.refused("cms", "verify", "message", says="'message' cannot be read as a signed message: it holds enveloped data")
+        self.refused("cms", "verify", "message",
+                     says="'message' cannot be read as a signed message: it holds enveloped data")
         for name in ("bc-gostpfxfoo123.p12", "rfc4491-4.2-cert.der", "bc-rawgost-content.txt"):
             self.write("message", published(name))
             self.refused("cms", "verify", "message", says="'message' cannot be read as a signed message: ")
@@ -56,7 +61,8 @@ class Published(MessageTest):
             self.write("message", octets[:size])
             self.refused("cms", "verify", "--cert", "cert", "--time", "any", "message", says="'message' cannot be read")
         for place, bad in flipped(octets):
-            # Without signed attributes, the version, the first list of digests and the type of the content are not signed.
+            # Without signed attributes, the version, the first list of digests and the type of the content are not
+            # signed.
             if digests - 3 <= place < digests + 14 or kind <= place < kind + 11:
                 continue
             self.write("message", bad)
@@ -80,14 +86,17 @@ class Forms(MessageTest):
 
     def test_der_pem_and_base64(self):
         text = base64.encodebytes(self.octets)
-        for form in (self.octets, text, text.replace(b"\n", b"\r\n"), text.replace(b"\n", b""), self.pem("CMS", self.octets),
-                     self.pem("PKCS7", self.octets), b"a comment\n" + self.pem("CMS", self.octets).replace(b"\n", b"\r\n") + b"more\n"):
+        for form in (self.octets, text, text.replace(b"\n", b"\r\n"), text.replace(b"\n", b""),
+                     self.pem("CMS", self.octets),
+                     self.pem("PKCS7", self.octets),
+                     b"a comment\n" + self.pem("CMS", self.octets).replace(b"\n", b"\r\n") + b"more\n"):
             self.content_of(form)
         self.assertIn(b"is valid", self.vrx("cms", "verify", "--ca", "anna.crt", stdin=self.octets))
 
     def test_s_mime(self):
         text = base64.encodebytes(self.octets)
-        for head in (b"Content-Type: application/pkcs7-mime; smime-type=signed-data\nContent-Transfer-Encoding: base64\n",
+        for head in (b"Content-Type: application/pkcs7-mime; smime-type=signed-data\n"
+                     b"Content-Transfer-Encoding: base64\n",
                      b"From anna Sat Feb 28\nTo: Boris\nContent-Transfer-Encoding: BASE64\n"
                      b"CONTENT-TYPE: Application/X-PKCS7-Mime;\n\tname=\"smime.p7m\"\n"):
             self.content_of(head + b"\n" + text)
@@ -95,13 +104,15 @@ class Forms(MessageTest):
         self.content_of(b"Content-Type: application/pkcs7-mime\nContent-Transfer-Encoding: binary\n\n" + self.octets)
 
     def multipart(self, content, octets, boundary=b"b 1"):
-        return (b"MIME-Version: 1.0\nContent-Type: multipart/signed; protocol=\"application/pkcs7-signature\";\n micalg=gostr3411-94;"
-                b" boundary=\"" + boundary + b"\"\n\nThis is a signed mail.\n--" + boundary + b"\n" + content + b"\n--" + boundary + b"\n"
+        return (b"MIME-Version: 1.0\nContent-Type: multipart/signed; protocol=\"application/pkcs7-signature\";\n"
+                b" micalg=gostr3411-94; boundary=\"" + boundary + b"\"\n\nThis is a signed mail.\n--" + boundary +
+                b"\n" + content + b"\n--" + boundary + b"\n"
                 b"Content-Type: application/pkcs7-signature; name=smime.p7s\nContent-Transfer-Encoding: base64\n\n"
                 + base64.encodebytes(octets) + b"--" + boundary + b"--\n\nan epilogue\n")
 
     def test_multipart_signed(self):
-        for content in (b"Content-Type: text/plain\r\n\r\nDear reader\r\n", b"--x\r\n--b 2\r\n", b"", b"a\rb\r\r\nc\r\n\r\n\r\n", b"no newline",
+        for content in (b"Content-Type: text/plain\r\n\r\nDear reader\r\n", b"--x\r\n--b 2\r\n", b"",
+                        b"a\rb\r\r\nc\r\n\r\n\r\n", b"no newline",
                         b"x" * 200_000 + b"\r\n" + b"y" * 65_535 + b"\r\n" + b"z" * 65_536, b"\r\n" * 40_000):
             self.CONTENT = content
             detached = self.message(content, [self.signer(content)], detached=True)
@@ -109,8 +120,10 @@ class Forms(MessageTest):
             self.content_of(mail)
             if b"\r\r" not in content:
                 self.content_of(self.multipart(content.replace(b"\r\n", b"\n"), detached))
-            self.verify(mail.replace(b"--b 1\n", b"--b 1\nP.S.\n", 1), code=1, says="the content is not the one that was signed")
-        self.refused("cms", "verify", "--content", "text", "message", says="'message' contains what was signed; leave out --content")
+            self.verify(mail.replace(b"--b 1\n", b"--b 1\nP.S.\n", 1), code=1,
+                        says="the content is not the one that was signed")
+        self.refused("cms", "verify", "--content", "text", "message",
+                     says="'message' contains what was signed; leave out --content")
 
     @sampled
     def test_malformed_mails(self):
@@ -119,14 +132,17 @@ class Forms(MessageTest):
         for what, bad in {
                 "it is truncated": good[:good.index(b"--b 1\nContent-Type")],
                 "no valid boundary": good.replace(b"boundary", b"bounding"),
-                "its second part is not": good.replace(b"Content-Type: application/pkcs7-signature", b"Content-Type: text/plain"),
+                "its second part is not": good.replace(b"Content-Type: application/pkcs7-signature",
+                                                       b"Content-Type: text/plain"),
                 "is not base64": good.replace(b"Encoding: base64", b"Encoding: 8bit"),
                 "its base64 is malformed": good.replace(b"\n\nMII", b"\n\n*II"),
-                "its headers are": good.replace(b"Content-Type: application/pkcs7-signature", b"not a header\nContent-Type: application/pkcs7-signature"),
+                "its headers are": good.replace(b"Content-Type: application/pkcs7-signature",
+                                                b"not a header\nContent-Type: application/pkcs7-signature"),
                 "its media type is not": b"Content-Type: text/plain\n\nDear reader\n",
                 "two contents": self.multipart(b"text", self.message(b"text", [self.signer(b"text")]))}.items():
             self.write("message", bad)
-            self.refused("cms", "verify", "--ca", "anna.crt", "-o", "out", "message", says=["'message' cannot be read as a signed message", what])
+            self.refused("cms", "verify", "--ca", "anna.crt", "-o", "out", "message",
+                         says=["'message' cannot be read as a signed message", what])
         end = good.rindex(b"\n--b 1--")
         for size in some(range(good.index(b"\n\nMII"), end), 16):
             self.write("message", good[:size])
@@ -135,7 +151,8 @@ class Forms(MessageTest):
 
     def test_malformed_base64(self):
         text = base64.b64encode(self.octets)
-        for bad in (text[:-1], text[:-4], text + b"=", text + b"AAAA", text[:100] + b"=" + text[100:], text[:100] + b"-" + text[100:]):
+        for bad in (text[:-1], text[:-4], text + b"=", text + b"AAAA", text[:100] + b"=" + text[100:],
+                    text[:100] + b"-" + text[100:]):
             self.write("message", bad)
             self.refused("cms", "verify", "message", says="'message' cannot be read as a signed message")
             self.write("message", b"-----BEGIN CMS-----\n" + bad + b"\n-----END CMS-----\n")
@@ -146,17 +163,19 @@ class Forms(MessageTest):
     @sampled
     def test_elements_of_indefinite_length(self):
         signer, der = self.signer(self.CONTENT), bytes.fromhex
-        for inner in (large("04", self.CONTENT), parts_of(self.CONTENT, 7), indefinite("24", parts_of(self.CONTENT, 10) + large("04", b"")),
+        for inner in (large("04", self.CONTENT), parts_of(self.CONTENT, 7),
+                      indefinite("24", parts_of(self.CONTENT, 10) + large("04", b"")),
                       large("24", large("04", self.CONTENT))):
             content = indefinite("30", der(DATA) + indefinite("a0", inner))
             certificates = indefinite("a0", self.der("anna.crt"))
-            data = indefinite("30", der("020101" + element("31", HASH)) + content + certificates + indefinite("31", der(signer)))
+            data = indefinite("30", der("020101" + element("31", HASH)) + content + certificates +
+                              indefinite("31", der(signer)))
             message = indefinite("30", der(SIGNED) + indefinite("a0", data))
             self.content_of(message)
             for size in some(range(len(message)), 16):
                 self.write("message", message[:size])
                 self.refused("cms", "verify", "message", says="'message' cannot be read")
-        # A signer, too, may be an element of indefinite length.
+        # The element that describes a signer may also have an indefinite length.
         fields = der(signer)[4:] if signer[2:4] == "82" else der(signer)[3:]
         self.content_of(self.message(self.CONTENT, [indefinite("30", fields).hex()]))
 
@@ -173,13 +192,17 @@ class Forms(MessageTest):
             octets = self.message(self.CONTENT, signers, detached=True)
             self.verify(octets, "--content", "content")
             self.verify(octets, "--content", "text", code=1)
-            self.refused("cms", "verify", "message", says="'message' does not contain what was signed; name that file with --content")
-            self.refused("cms", "verify", "--content", "content", "-o", "out", "message", says="'message' has no content to write")
+            self.refused("cms", "verify", "message",
+                         says="'message' does not contain what was signed; name that file with --content")
+            self.refused("cms", "verify", "--content", "content", "-o", "out", "message",
+                         says="'message' has no content to write")
             self.refused("cms", "verify", "--content", "none", "message", says="cannot open 'none'")
         self.assertNotIn("out", self.names())
         self.write("message", self.octets)
-        self.refused("cms", "verify", "--content", "content", "message", says="'message' contains what was signed; leave out --content")
-        self.refused("cms", "verify", "--content", "-", says="standard input cannot be both the message and its content")
+        self.refused("cms", "verify", "--content", "content", "message",
+                     says="'message' contains what was signed; leave out --content")
+        self.refused("cms", "verify", "--content", "-",
+                     says="standard input cannot be both the message and its content")
 
     def test_where_the_content_goes(self):
         self.write("message", self.octets)
@@ -190,11 +213,13 @@ class Forms(MessageTest):
         done = self.run_vrx("cms", "verify", "--ca", "anna.crt", "-o", "-", "bad")
         self.assertEqual((done.code, done.out), (1, b""))
         for place in ("/dev/stdout", "/proc/self/fd/1"):
-            self.assertEqual(self.run_vrx("cms", "verify", "--ca", "anna.crt", "-o", place, "bad").out.count(b"ear reader"), 0)
+            self.assertEqual(self.run_vrx("cms", "verify", "--ca", "anna.crt", "-o", place,
+                                          "bad").out.count(b"ear reader"), 0)
         self.write("out", b"old")
         self.assertEqual(self.run_vrx("cms", "verify", "--ca", "anna.crt", "-o", "out", "bad").code, 1)
         self.assertEqual(self.read("out"), b"old")
-        self.refused("cms", "verify", "--ca", "anna.crt", "-o", "message", "message", says="is read by this command and would be overwritten")
+        self.refused("cms", "verify", "--ca", "anna.crt", "-o", "message", "message",
+                     says="is read by this command and would be overwritten")
 
 
 class Signers(MessageTest):
@@ -211,10 +236,12 @@ class Signers(MessageTest):
         both = [self.signer(b"text"), self.signer(b"text", (), name="boris", identifier=self.identifier("boris", "02"))]
         self.write("both", self.message(b"text", both, certificates=["anna", "boris"]))
         out = self.vrx("cms", "verify", "--ca", "anna.crt", "--ca", "boris.crt", "both").decode()
-        self.assertTrue(out.startswith("'both': all 2 signatures are valid\nsignature 1 is valid\n  subject:    CN=anna\n"), out)
+        self.assertTrue(out.startswith("'both': all 2 signatures are valid\nsignature 1 is valid\n"
+                                       "  subject:    CN=anna\n"), out)
         self.assertIn("\nsignature 2 is valid\n  subject:    CN=boris\n", out)
         done = self.run_vrx("cms", "verify", "--ca", "anna.crt", "-o", "out", "both")
-        self.assertEqual((done.code, done.out.decode().split("\n")[0]), (1, "'both': NOT valid: only 1 of 2 signatures are valid"))
+        self.assertEqual((done.code, done.out.decode().split("\n")[0]),
+                         (1, "'both': NOT valid: only 1 of 2 signatures are valid"))
         self.assertIn("\nsignature 2 is NOT valid: no chain of certificates leads from CN=boris", done.out.decode())
         self.assertNotIn("out", self.names())
 
@@ -223,50 +250,61 @@ class Signers(MessageTest):
         signer = self.signer(b"text", name="carl", identifier="8004deadbeef", version="020103")
         self.write("message", self.message(b"text", [signer], certificates=["anna", "carl"], version="020103"))
         self.vrx("cms", "verify", "--ca", "carl.crt", "message")
-        self.write("message", self.message(b"text", [signer.replace("8004deadbeef", "8004deadbeee")], certificates=["anna", "carl"]))
+        self.write("message", self.message(b"text", [signer.replace("8004deadbeef", "8004deadbeee")],
+                                           certificates=["anna", "carl"]))
         done = self.run_vrx("cms", "verify", "--ca", "carl.crt", "message")
         self.assertIn(b"the certificate of the signer is not there: key deadbeee", done.out)
 
     def test_only_named_certificates_are_signers(self):
         self.write("message", self.message(b"text", [self.signer(b"text")]))
-        warning = b"vrx: warning: the certificate was not checked against an authority; name those that you trust with --ca FILE\n"
+        warning = (b"vrx: warning: the certificate was not checked against an authority; "
+                   b"name those that you trust with --ca FILE\n")
         for options, code in (((), 0), (("--cert", "anna.crt"), 0)):
             done = self.run_vrx("cms", "verify", *options, "message")
             self.assertEqual((done.code, done.err), (code, warning))
         self.issue("boris")
         done = self.run_vrx("cms", "verify", "--cert", "boris.crt", "message")
         self.assertEqual(done.code, 1)
-        self.assertIn(b"the certificate of the signer is not there: serial 0101 of CN=anna; name it with --cert\n", done.out)
+        self.assertIn(b"the certificate of the signer is not there: serial 0101 of CN=anna; name it with --cert\n",
+                      done.out)
 
     def test_no_signer(self):
         self.write("message", self.message(b"text", []))
         done = self.run_vrx("cms", "verify", "--ca", "anna.crt", "-o", "out", "message")
-        self.assertEqual((done.code, done.out, done.err), (1, b"'message': NOT valid: the message has no signature\n", b""))
+        self.assertEqual((done.code, done.out, done.err),
+                         (1, b"'message': NOT valid: the message has no signature\n", b""))
         self.assertNotIn("out", self.names())
 
     def test_chains(self):
         self.make()
         signer = self.signer(b"text", name="signer", identifier=self.identifier("signer", "07", "middle"))
-        for certificates, authorities, code in ((["signer", "middle"], ["root"], 0), (["signer"], ["root", "middle"], 0),
+        for certificates, authorities, code in ((["signer", "middle"], ["root"], 0),
+                                                (["signer"], ["root", "middle"], 0),
                                                 (["signer", "middle", "root"], ["root"], 0), (["signer"], ["root"], 1),
-                                                (["signer", "middle", "root"], ["middle"], 1), (["signer", "middle", "root"], ["anna"], 1)):
+                                                (["signer", "middle", "root"], ["middle"], 1),
+                                                (["signer", "middle", "root"], ["anna"], 1)):
             self.write("message", self.message(b"text", [signer], certificates=certificates))
             named = [word for name in authorities for word in ("--ca", name + ".crt")]
             done = self.run_vrx("cms", "verify", *named, "message")
             self.assertEqual((done.code, done.err), (code, b""), (certificates, authorities, done.out))
 
     def test_dates_and_uses_of_certificates(self):
-        for fields, options, reason in (({"end": "20100101000000Z"}, (), "expired"), ({"end": "20100101000000Z"}, ("--time", "any"), None),
-                                        ({"begin": "20000101000000Z", "end": "20100101000000Z"}, ("--time", "2010-01-01"), None),
+        for fields, options, reason in (({"end": "20100101000000Z"}, (), "expired"),
+                                        ({"end": "20100101000000Z"}, ("--time", "any"), None),
+                                        ({"begin": "20000101000000Z", "end": "20100101000000Z"},
+                                         ("--time", "2010-01-01"), None),
                                         ({"begin": "20800101000000Z"}, (), "not-yet-valid"),
                                         ({"extensions": [x509.key_usage("4")]}, (), "key-usage"),
-                                        ({"extensions": [x509.extension("0603551d24", "3000")]}, (), "critical-extension")):
+                                        ({"extensions": [x509.extension("0603551d24", "3000")]}, (),
+                                         "critical-extension")):
             self.issue("anna", **fields)
             self.write("message", self.message(b"text", [self.signer(b"text")]))
             done = self.run_vrx("cms", "verify", "--ca", "anna.crt", "--status", *options, "message")
             status = dict(line.split(" ", 1) for line in done.out.decode().splitlines())
-            self.assertEqual((done.code, status.get("reason"), status["signature"]), (1 if reason else 0, reason, "valid"))
-            self.assertEqual((status["message"], status["certificate"]), ("not-valid",) * 2 if reason else ("valid",) * 2)
+            self.assertEqual((done.code, status.get("reason"), status["signature"]),
+                             (1 if reason else 0, reason, "valid"))
+            self.assertEqual((status["message"], status["certificate"]),
+                             ("not-valid",) * 2 if reason else ("valid",) * 2)
             self.assertEqual(status["signing-time"], "2026-02-28 12:00:00")
 
     def test_certificates_of_other_algorithms(self):
@@ -289,8 +327,10 @@ class Refusals(MessageTest):
             good = self.message(b"text", [self.signer(b"text", attributes)])
             self.verify(good)
             self.verify(good.replace(b"\x04text", b"\x04Text"), code=1,
-                        says="the content is not the one that was signed" if attributes is None else "does not match the data or the key")
-            self.verify(self.both(attributes=attributes, key="other"), code=1, says="the signature does not match the data or the key")
+                        says=("the content is not the one that was signed" if attributes is None else
+                               "does not match the data or the key"))
+            self.verify(self.both(attributes=attributes, key="other"), code=1,
+                        says="the signature does not match the data or the key")
 
     def test_algorithms(self):
         self.verify(self.both(algorithm="300a06062a85030202030500"))
@@ -301,13 +341,15 @@ class Refusals(MessageTest):
             self.verify(self.both(**fields), code=1, says="its algorithms are ")
 
     def test_signatures_of_other_forms(self):
-        for signature in (element("04", "00" * 64), element("04", "ff" * 64), element("04", "00" * 63), element("04", "01" * 65), "0400"):
+        for signature in (element("04", "00" * 64), element("04", "ff" * 64), element("04", "00" * 63),
+                          element("04", "01" * 65), "0400"):
             self.verify(self.both(signature=signature), code=1, says="the signature does not match the data or the key")
 
     def test_signed_attributes(self):
         kind, digest, time = self.attributes(b"text")
         for attributes, says in (([kind, time], "messageDigest is missing"), ([digest], "contentType is missing"),
-                                 ([kind, digest, digest], "messageDigest occurs twice"), ([kind, kind, digest], "contentType occurs twice"),
+                                 ([kind, digest, digest], "messageDigest occurs twice"),
+                                 ([kind, kind, digest], "contentType occurs twice"),
                                  ([kind, digest, time, time], "signingTime occurs twice"),
                                  ([kind, attribute(MESSAGE_DIGEST, "0400")], "messageDigest is missing"),
                                  ([kind, attribute(MESSAGE_DIGEST)], "messageDigest is malformed"),
@@ -315,8 +357,10 @@ class Refusals(MessageTest):
                                  ([kind, attribute(MESSAGE_DIGEST, "0500")], "messageDigest is malformed"),
                                  ([attribute(CONTENT_TYPE, "0400"), digest], "contentType is malformed"),
                                  ([kind, digest, attribute(SIGNING_TIME, "170141")], "signingTime is malformed"),
-                                 ([attribute(CONTENT_TYPE, ENVELOPED), digest], "the signed type of the content is not that of the message"),
-                                 ([kind, attribute(MESSAGE_DIGEST, element("04", self.digest(b"other")))], "the content is not the one that was signed"),
+                                 ([attribute(CONTENT_TYPE, ENVELOPED), digest],
+                                  "the signed type of the content is not that of the message"),
+                                 ([kind, attribute(MESSAGE_DIGEST, element("04", self.digest(b"other")))],
+                                  "the content is not the one that was signed"),
                                  ):
             self.verify(self.both(attributes=in_order(attributes)), code=1, says=says)
         for attributes in ([kind, digest, element("30", "0500")], [kind, digest, element("31", COUNTERSIGNATURE)]):
@@ -328,14 +372,16 @@ class Refusals(MessageTest):
     def test_the_order_of_signed_attributes(self):
         attributes = self.attributes(b"text")
         backward, sorted_ones = "".join(sorted(attributes, key=bytes.fromhex, reverse=True)), in_order(attributes)
-        for sent, signed, code in ((backward, backward, 0), (backward, sorted_ones, 0), (sorted_ones, backward, 1), (sorted_ones, sorted_ones, 0)):
+        for sent, signed, code in ((backward, backward, 0), (backward, sorted_ones, 0), (sorted_ones, backward, 1),
+                                   (sorted_ones, sorted_ones, 0)):
             message = self.both(attributes=sent, signed=bytes.fromhex(element("31", signed)))
             self.verify(message, code=code)
 
     def test_attributes_in_ber_are_refused(self):
         kind, digest, time = self.attributes(b"text")
         loose = kind.replace("30", "3081", 1)
-        self.verify(self.both(attributes=in_order([digest, time, loose])), code=1, says="the signed attributes are not in DER")
+        self.verify(self.both(attributes=in_order([digest, time, loose])), code=1,
+                    says="the signed attributes are not in DER")
 
     def test_unsigned_attributes_are_ignored(self):
         self.verify(self.both(unsigned=element("a1", attribute(COUNTERSIGNATURE, "3000"))))
@@ -357,8 +403,12 @@ class Refusals(MessageTest):
                 "an identifier in the wrong place": self.both(identifier=element("30", "020101", self.called("anna"))),
                 "a digest that is no algorithm": self.message(b"text", [signer], digests="0500"),
                 "deep nesting": deep,
-                "deep nesting of strings": bytes.fromhex("3080" + SIGNED + "a0803080020101" + element("31", HASH) + "3080" + DATA + "a080") + b"\x24\x80" * 40 + bottom,
-                "deep nesting of certificates": bytes.fromhex("3080" + SIGNED + "a0803080020101" + element("31", HASH) + element("30", DATA) + "a080") + b"\x30\x80" * 100 + bottom,
+                "deep nesting of strings": bytes.fromhex(
+                    "3080" + SIGNED + "a0803080020101" + element("31", HASH) + "3080" + DATA + "a080") +
+                b"\x24\x80" * 40 + bottom,
+                "deep nesting of certificates": bytes.fromhex(
+                    "3080" + SIGNED + "a0803080020101" + element("31", HASH) + element("30", DATA) + "a080") +
+                b"\x30\x80" * 100 + bottom,
                 "a huge length": bytes.fromhex("3088ffffffffffffffff") + good[4:],
                 "a length of too many octets": bytes.fromhex("308a" + "00" * 9 + "10") + good[4:],
                 "a huge element in a small one": good.replace(bytes.fromhex("04047465"), bytes.fromhex("0484ffffff00")),
@@ -368,11 +418,13 @@ class Refusals(MessageTest):
         }.items():
             with self.subTest(what):
                 self.write("message", bad)
-                self.refused("cms", "verify", "--ca", "anna.crt", "-o", "out", "message", says="'message' cannot be read as a signed message: ")
+                self.refused("cms", "verify", "--ca", "anna.crt", "-o", "out", "message",
+                             says="'message' cannot be read as a signed message: ")
         self.assertNotIn("out", self.names())
 
     def test_lengths_that_promise_much_take_no_memory(self):
-        head = bytes.fromhex("3080" + SIGNED + "a0803080020101" + element("31", HASH) + element("30", DATA) + "a080" + "3084fffffff0")
+        head = bytes.fromhex("3080" + SIGNED + "a0803080020101" + element("31", HASH) + element("30", DATA) + "a080" +
+                             "3084fffffff0")
         self.write("message", head + bytes(1000))
         self.refused("cms", "verify", "message", says="exceed 16 MiB")
 
@@ -389,7 +441,8 @@ class Refusals(MessageTest):
             self.assertNotIn("out", self.names())
 
     def test_usage(self):
-        for wrong, says in ((["--crl", "crl", "m"], "--crl belongs to --ca"), (["--time", "x", "m"], "--time takes a time"),
+        for wrong, says in ((["--crl", "crl", "m"], "--crl belongs to --ca"),
+                            (["--time", "x", "m"], "--time takes a time"),
                             (["a", "b"], "there is one operand too many, 'b'")):
             self.refused("cms", "verify", *wrong, says=[says, "see 'vrx cms verify --help'"])
         self.refused("cms", says="'cms' needs a second word; 'vrx help cms' lists the commands")
@@ -405,7 +458,8 @@ class Example(MessageTest):
         self.write("letter.p7s", self.message(b"Dear reader", [self.signer(b"Dear reader")], detached=True))
         example = self.vrx("help", "cms", "verify").decode().split("\nExample:\n")[1]
         done = subprocess.run(["bash", "-euo", "pipefail", "-c", example], cwd=self.folder, capture_output=True,
-                              env={**os.environ, "PATH": os.path.dirname(PROGRAM) + ":" + os.environ["PATH"]}, check=False)
+                              env={**os.environ, "PATH": os.path.dirname(PROGRAM) + ":" + os.environ["PATH"]},
+                              check=False)
         self.assertEqual((done.returncode, done.stderr), (0, b""), example)
         self.assertEqual(self.read("letter.txt"), b"Dear reader")
 
@@ -425,15 +479,18 @@ class Engine(MessageTest):
         self.write("content", content)
         self.write("mail", b"Dear reader\nthis is a mail\n")
         for curve in ("A", "B", "C", "XA", "XB"):
-            self.openssl("genpkey", "-engine", "gost", "-algorithm", "gost2001", "-pkeyopt", "paramset:" + curve, "-out", "o.key")
-            self.openssl("req", "-engine", "gost", "-new", "-x509", "-md_gost94", "-key", "o.key", "-subj", "/CN=olga", "-days", "10", "-out", "o.crt")
+            self.openssl("genpkey", "-engine", "gost", "-algorithm", "gost2001", "-pkeyopt", "paramset:" + curve,
+                         "-out", "o.key")
+            self.openssl("req", "-engine", "gost", "-new", "-x509", "-md_gost94", "-key", "o.key", "-subj", "/CN=olga",
+                         "-days", "10", "-out", "o.crt")
             sign = ["-sign", "-engine", "gost", "-signer", "o.crt", "-inkey", "o.key", "-md", "md_gost94"]
             for program in ("cms", "smime"):
                 for form in ("DER", "PEM", "SMIME"):
                     for options in (["-binary"], ["-binary", "-noattr"], ["-binary", "-nocerts"]):
                         forms = [["-nodetach"], ["-nodetach", "-stream"] if form != "PEM" else ["-nodetach"]]
                         for attached in forms:
-                            self.openssl(program, *sign, *options, *attached, "-outform", form, "-in", "content", "-out", "m")
+                            self.openssl(program, *sign, *options, *attached, "-outform", form, "-in", "content",
+                                         "-out", "m")
                             self.vrx("cms", "verify", "--ca", "o.crt", "--cert", "o.crt", "-o", "out", "m")
                             self.assertEqual(self.read("out"), content)
                         if form != "SMIME":

@@ -157,7 +157,8 @@ class Signatures(InspectTest):
         self.assertIn("in range for Test, A, B, C, XchA, XchB",
                       self.facts(stdin=bytes(31) + b"\1" + bytes(31) + b"\1")[1]["curve"])
         for numbers in (b"\xff" * 64, bytes(64), bytes(63) + b"\1"):
-            self.refused("inspect", code=1, stdin=numbers, says="64 bytes, is not a key, certificate, signature or message")
+            self.refused("inspect", code=1, stdin=numbers,
+                         says="64 bytes, is not a key, certificate, signature or message")
 
 
 class SBoxes(InspectTest):
@@ -306,7 +307,8 @@ class Documents(InspectTest):
         return self.facts(name, code=code)
 
     def test_messages(self):
-        for name, what in (("rfc4490-9.1-signed.der", "a signed message"), ("bc-rand-keytrans.der", "an encrypted message"),
+        for name, what in (("rfc4490-9.1-signed.der", "a signed message"),
+                           ("bc-rand-keytrans.der", "an encrypted message"),
                            ("rfc4490-9.2-keyagree.der", "an encrypted message")):
             octets = published(name)
             for content in (octets, base64.encodebytes(octets), self.pem("CMS", octets), self.pem("PKCS7", octets),
@@ -325,7 +327,8 @@ class Documents(InspectTest):
                 self.assertTrue(what.endswith("a request for a certificate for a key of GOST R 34.10-2001"), what)
                 self.assertTrue(facts["curve"].startswith(curve + " "), facts)
                 self.assertTrue(facts["signature"].endswith(", valid"), facts)
-            self.assertTrue(self.describe(octets[:-1] + bytes([octets[-1] ^ 1]))[1]["signature"].endswith(", NOT valid"))
+            self.assertTrue(
+                self.describe(octets[:-1] + bytes([octets[-1] ^ 1]))[1]["signature"].endswith(", NOT valid"))
 
     def test_key_stores(self):
         what, facts = self.describe(published("bc-gostpfxfoo123.p12"))
