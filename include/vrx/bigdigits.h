@@ -201,7 +201,7 @@ VRX_API void mpSetDigit(uint32_t *a, uint32_t d, uint64_t ndigits);
  *
  * @param a        out: ndigits digits. If shift is below 32, a may also begin below b and overlap it.
  * @param b        in: ndigits digits.
- * @param shift    in: any number of bits. If it is 32 ndigits or more, a becomes 0.
+ * @param shift    in: any number of bits. If shift is at least 32 * ndigits, a becomes 0.
  * @param ndigits  in: digits in each number.
  * @return the lowest digit that was shifted out, which is digit ndigits of b 2^shift; 0 if shift or ndigits is 0.
  */
@@ -212,7 +212,7 @@ VRX_API uint32_t mpShiftLeft(uint32_t *a, const uint32_t *b, uint64_t shift, uin
  *
  * @param a        out: ndigits digits. If shift is below 32, a may also begin above b and overlap it.
  * @param b        in: ndigits digits.
- * @param shift    in: any number of bits. If it is 32 ndigits or more, a becomes 0.
+ * @param shift    in: any number of bits. If shift is at least 32 * ndigits, a becomes 0.
  * @param ndigits  in: digits in each number.
  * @return the highest 32 of the bits that were shifted out, left-aligned; 0 if shift or ndigits is 0. For example, a
  *         shift by 1 returns bit 0 of b as bit 31.
@@ -245,7 +245,7 @@ VRX_API int mpGetBit(const uint32_t *a, uint64_t ndigits, uint64_t ibit);
  *
  * @param a        in-out: ndigits digits.
  * @param ndigits  in: digits in a.
- * @param L        in: number of bits to keep. If it is 32 ndigits or more, a is unchanged.
+ * @param L        in: number of bits to keep. If L is at least 32 * ndigits, a is unchanged.
  */
 VRX_API void mpModPowerOf2(uint32_t *a, uint64_t ndigits, uint64_t L);
 

@@ -281,8 +281,8 @@ VRX_API int old_crpt_init_context(vrx_crpt_ctx *ctx, int direction, const old_cr
 
 /**
  * Perform one step of key meshing on a parameter block, in place. The function calls
- * vrx_crpt_crypto_pro_key_meshing_engine() with the table, IV and key of the parameter block. It checks no pointers and
- * does not read p->first and p->second.
+ * vrx_crpt_crypto_pro_key_meshing_engine() with the table, IV and key of the parameter block. It checks no pointers,
+ * and reads neither p->first nor p->second.
  *
  * @param p  in-out: the parameter block. Its IV and the 32 bytes of its key are replaced.
  * @return the code of vrx_crpt_crypto_pro_key_meshing_engine().

@@ -8,7 +8,7 @@
  * - mpModInv() returns 1 when there is no inverse.
  * - Comparisons and predicates return their answer, which may be -1.
  *
- * A failure may also write to the diagnostics log. A function that fails often logs one line, and the library function
+ * A failure may also write to the diagnostics log. Often the function that fails logs a line, and the library function
  * that called it logs another line. One failure therefore often causes two or three lines. The return code does not
  * depend on whether the log is on.
  *
@@ -51,9 +51,10 @@ typedef struct vrx_data {
  * The diagnostics log. It is initially NULL, which means that the log is off. A program may assign an open stream, or
  * NULL.
  *
- * The library reads this pointer without synchronization at every failure and never flushes the stream. For a stream to
- * a file, the C library uses full buffering: lines reach the file when the buffer is full, the stream is flushed or the
- * process exits. To see lines at once, call `setvbuf(stream, NULL, _IOLBF, 0)` before you assign the stream.
+ * At every failure, the library reads this pointer without synchronization. The library never flushes the stream. For a
+ * stream to a file, the C library uses full buffering: lines reach the file when the buffer is full, the stream is
+ * flushed or the process exits. To see lines at once, call `setvbuf(stream, NULL, _IOLBF, 0)` before you assign the
+ * stream.
  *
  * In a service, assign `vrxflog = stderr` before threads start.
  */

@@ -168,7 +168,7 @@ VRX_API int ciph_mode_by_name(const char *name);
 /**
  * Split a length into whole blocks and a zero-padded last block. The function does not check pointers.
  *
- * @param data         in: the input. Only the bytes of a partial last block are read.
+ * @param data         in: the input. The function reads only the partial last block, if there is one.
  * @param length       in: bytes in data.
  * @param last         out: the padded partial block; unchanged if there is none or it is not allowed.
  * @param tail_length  out: 1 to 7, the input bytes in the partial block; unchanged if there is none or it is not

@@ -100,7 +100,7 @@ VRX_API uint32_t epDublJ(EcPointJ *R, const EcPointJ *P, const EcParamSet *set);
 /**
  * Add a Jacobian and an affine point: R = P + Q.
  *
- * Q may not be the point at infinity, P or -P, because the formulas then do not give the sum. If P is the point at
+ * Q must not be the point at infinity, P or -P, because the formulas then do not give the sum. If P is the point at
  * infinity, R is Q with z = 1, copied digit for digit. With (X1, Y1, Z1) = P and (x2, y2) = Q:
  *
  *     H = x2 Z1^2 - X1                r = y2 Z1^3 - Y1
@@ -117,7 +117,7 @@ VRX_API uint32_t epAddJA(EcPointJ *R, const EcPointJ *P, const EcPoint *Q, const
 /**
  * Add two Jacobian points: R = P + Q.
  *
- * Q may not be P or -P, because the formulas then do not give the sum. If P is the point at infinity, R is Q;
+ * Q must not be P or -P, because the formulas then do not give the sum. If P is the point at infinity, R is Q;
  * otherwise, if Q is the point at infinity, R is P. All three coordinates are then copied digit for digit.
  *
  *     U1 = X1 Z2^2    S1 = Y1 Z2^3    H = X2 Z1^2 - U1    r = Y2 Z1^3 - S1

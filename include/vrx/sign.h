@@ -101,7 +101,8 @@ VRX_API int ecVerify(const EcParamSet *set, const uint32_t digest[VRX_ECC_DIGEST
  * @param Q    out: the public key d G.
  * @return VRX_OK; VRX_ERR_BAD_PARAMS if set, d or Q is NULL; VRX_ERR_RANDOM if the random source fails; VRX_ERR_FAILED
  *         if the computed point is not on the curve, which happens only with a malformed set. If the random source
- *         fails, Q is unchanged. d is then unchanged, too, unless the function has drawn a 0 before; d is then 0.
+ *         fails, Q is unchanged. If it fails at the first call, d is also unchanged. The function calls it again only
+ *         after a random number was 0; if it fails then, d is 0.
  */
 VRX_API int ecGenerateKeyPair(const EcParamSet *set, RND_FUNC rnd, uint32_t d[VRX_ECC_DIGITS], EcPoint *Q);
 

@@ -22,7 +22,7 @@ public:
     explicit Hash(const vrx_tz &table) noexcept { GOSTR3411_Init_ex(&native(), &table); }
 
     /**
-     * Begin a message with the parameter set of a DER identifier: a built-in one, or one of `more`.
+     * Begin a message with the parameter set that a DER identifier names. The set is built in, or one of `more`.
      *
      * @return Error::unsupported_oid if no set has the identifier; Error::bad_params if the identifier is empty or the
      *         set has no table.
@@ -82,7 +82,9 @@ inline Digest hash(Bytes data, const vrx_tz &table) noexcept {
 /** Hash a message with the default parameter set. */
 inline Digest hash(Bytes data) noexcept { return hash(data, *default_hash_set().tz); }
 
-/** Hash a message with the parameter set of a DER identifier. The sets and the errors are those of Hash::with(). */
+/**
+ * Hash a message with the parameter set that a DER identifier names. The sets and the errors are those of Hash::with().
+ */
 inline Result<Digest> hash(Bytes data, Bytes oid, std::span<const vrx_gostr3411_par> more = {}) noexcept {
     if (!detail::fits(oid.size()) || !detail::fits(more.size())) return Error::bad_params;
     if (data.empty() || !detail::fits(data.size())) {

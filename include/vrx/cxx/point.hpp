@@ -89,13 +89,13 @@ inline JacobianPoint twice(const JacobianPoint &point, const Curve &curve) noexc
     epDublJ(&result.native(), &point.native(), &curve);
     return result;
 }
-/** Add two points: epAddJA(). Q may not be the point at infinity, P or -P. */
+/** Add two points: epAddJA(). Q must not be the point at infinity, P or -P. */
 inline JacobianPoint add(const JacobianPoint &p, const Point &q, const Curve &curve) noexcept {
     JacobianPoint result;
     epAddJA(&result.native(), &p.native(), &q.native(), &curve);
     return result;
 }
-/** Add two points: epAddJChud(). Q may not be P or -P. */
+/** Add two points: epAddJChud(). Q must not be P or -P. */
 inline JacobianPoint add(const JacobianPoint &p, const JacobianPoint &q, const Curve &curve) noexcept {
     JacobianPoint result;
     epAddJChud(&result.native(), &p.native(), &q.native(), &curve);

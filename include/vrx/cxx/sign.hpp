@@ -61,8 +61,7 @@ inline bool may_be_pem(Bytes file) noexcept {
 class PublicKey {
 public:
     /**
-     * Read a key file in PEM or DER: vrx_read_public_key(). The curve and the parameter sets are those that the file
-     * names.
+     * Read a key file in PEM or DER: vrx_read_public_key(). The file names the curve and the parameter sets of the key.
      *
      * @return one of the errors from Error::key_file to Error::key_length.
      */
@@ -145,8 +144,8 @@ private:
 class PrivateKey {
 public:
     /**
-     * Read a key file in PEM or DER: vrx_read_private_key(). The curve and the parameter sets are those that the file
-     * names. The caller must wipe the contents of the file.
+     * Read a key file in PEM or DER: vrx_read_private_key(). The file names the curve and the parameter sets of the
+     * key. The caller must wipe the contents of the file.
      *
      * @return one of the errors from Error::key_file to Error::key_length.
      */
