@@ -47,7 +47,7 @@ private:
     std::size_t size_ = 0;
 };
 
-/** Escape a file name for a list, with deceptive characters as \xHH. Sets `escaped` to whether the name changed. */
+/** Escape a file name for a list. Deceptive characters become \xHH. Sets `escaped` to true if the name changed. */
 std::string escape(std::string_view name, bool& escaped) {
     std::string text;
     const std::size_t size = name.size();

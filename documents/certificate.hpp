@@ -27,14 +27,16 @@ struct Extensions {
     std::string unsupported;  // the identifier of an unsupported critical extension, dotted; or empty
 };
 
-/** A signature over a part of a document. All parts refer to the octets that were read. */
+/**
+ * A signature over a part of a document. All parts are views into the octets that were read, which must outlive them.
+ */
 struct Signed {
     Part signed_part;           // the signed element, with tag and length
     std::string signature_oid;  // dotted
     Part signature;             // the octets of the BIT STRING, which has no unused bits
 };
 
-/** A certificate. All parts refer to the octets that were read. */
+/** A certificate. All parts are views into the octets that were read, which must outlive them. */
 struct Certificate : Signed {
     std::uint32_t version;
     Part serial;

@@ -15,7 +15,7 @@ struct Revoked {
     Time since;
 };
 
-/** A revocation list. All parts refer to the octets that were read. */
+/** A revocation list. All parts are views into the octets that were read, which must outlive them. */
 struct RevocationList : Signed {
     Part issuer_octets;
     std::string issuer;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr Octets::value_type end_of_contents[] = {0, 0};
 
-/** The size of an element whose contents have a size. */
+/** Returns the size of an element, with tag and length, from the size of its contents. */
 std::uint64_t size_of_element(std::uint64_t contents) {
     std::uint64_t size = 2 + contents;
     if (contents >= 0x80)

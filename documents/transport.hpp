@@ -27,7 +27,7 @@ public:
      * @return false at the end of the source.
      */
     bool next(std::string_view& line);
-    /** True if the part that next() returned last was the last one of its line. */
+    /** True if the most recent call of next() reached the end of a line. False if more parts of the line follow. */
     [[nodiscard]] bool line_ended() const { return line_ended_; }
     /** Take octets without looking for lines. @return their number; 0 at the end. */
     std::size_t read(std::span<std::uint8_t> buffer);

@@ -54,7 +54,7 @@ bool is_pair(const PrivateKey& key, const PublicKey& certified) {
            std::ranges::equal(own.point.y, certified.point.y);
 }
 
-/** A boundary for the parts of a mail, which does not occur in them. */
+/** Returns a random boundary that separates the parts of a mail. It does not occur in the parts. */
 std::string new_boundary() {
     std::array<std::uint8_t, 16> random;
     fill_random(random);

@@ -36,7 +36,7 @@ public:
      * Resolve a path. A symbolic link at its end is followed if it belongs to this user or to root.
      *
      * @param shown   the path in messages.
-     * @param follow  false to treat a link at the end as the place itself.
+     * @param follow  if false, a symbolic link at the end is not followed: the place is that of the link itself.
      */
     Place(const std::string& path, const std::string& shown, bool follow);
 

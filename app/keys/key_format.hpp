@@ -27,8 +27,8 @@ using PrivateOctets = std::array<std::uint8_t, VRX_PRIVATE_KEY_SIZE>;
 
 /**
  * Read PKCS #8 PrivateKeyInfo. Programs write the number as 32 octets, as an OCTET STRING, or as an INTEGER. Some omit
- * trailing zeros from the OCTET STRING, which affects one key in 256. If two zeros are omitted, the OCTET STRING has 32
- * octets with its tag and length, and these are read as the number itself.
+ * trailing zeros from the OCTET STRING, which affects one key in 256. If two zeros are omitted, the tag, length and
+ * contents of the OCTET STRING are 32 octets in total. The function then reads these 32 octets as the number.
  */
 Content read_private_key(std::span<const std::uint8_t> octets, Algorithm& algorithm, PrivateOctets& value);
 

@@ -1,4 +1,4 @@
-// Clears the copies of secrets that remain outside their pages.
+// Clears the copies of secrets that remain on the stack and in registers, outside the pages for secrets.
 #ifndef VRX_APP_TRACES_HPP
 #define VRX_APP_TRACES_HPP
 

@@ -27,7 +27,7 @@ public:
 
     /** For tests and benchmarks: select this engine. */
     void use(const Engine& e) noexcept { set(&e); }
-    /** For tests and benchmarks: let the next call select again. */
+    /** For tests and benchmarks: forget the selected engine. The next call then selects an engine again. */
     void forget() noexcept { set(nullptr); }
 
 private:

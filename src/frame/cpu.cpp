@@ -13,7 +13,7 @@ enum Register : std::uint8_t { ebx, ecx };
 
 /** Register sets that the operating system must save, as bits of XCR0. */
 enum Saved : std::uint32_t {
-    sse_state = 0x02,  // part of every 64-bit system
+    sse_state = 0x02,  // present on every x86-64 system
     avx_state = 0x06,
     avx512_state = 0xe6,
 };

@@ -103,7 +103,7 @@ enum class Registers {
     low  // all but those of AVX-512: for work that does not call the C library, whose copies use them
 };
 
-/** The stack, as a depth from the namespace above, and the registers that work on secrets may use. */
+/** What work on secrets may use: the stack, down to a depth from the namespace `depth`, and some of the registers. */
 struct Extent {
     std::size_t depth;
     Registers registers = Registers::all;

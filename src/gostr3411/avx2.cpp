@@ -125,7 +125,7 @@ struct Three {
     }
 };
 
-/** Performs eight rounds of all four blocks. Round i adds word order[i] of each key. */
+/** Performs eight rounds of all four blocks. In round i, each block adds word order[i] of its key. */
 template <std::size_t... order, typename LookUps>
 [[gnu::always_inline]] inline void rounds(Blocks& b, const Keys& keys, const LookUps& look_ups) {
     const auto round = [&](std::uint32_t(&changed)[4], const std::uint32_t(&by)[4], std::size_t word)
@@ -175,7 +175,7 @@ void steps(Uint256& hash, const std::uint8_t* blocks, std::size_t count, const S
         const __m256i known = _mm256_xor_si256(h.mapped<psi_61>(), m.mapped<psi_62>());
         for (int pass = 0; pass < 3; ++pass) rounds<0, 1, 2, 3, 4, 5, 6, 7>(b, keys, look_ups);
         rounds<7, 6, 5, 4, 3, 2, 1, 0>(b, keys, look_ups);
-        // The last round does not swap the halves, so n2 holds the first halves. They are ready one round before n1.
+        // The last round does not swap the halves, so n2 holds the first halves. n2 is ready one round before n1.
         const __m256i first = _mm256_xor_si256(known, share<psi_74, Part::halves1>(gathered(b.n2)));
         number = _mm256_xor_si256(first, share<psi_74, Part::halves2>(gathered(b.n1)));
     }

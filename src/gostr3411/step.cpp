@@ -19,7 +19,7 @@ struct Blocks {
     return table.t[0][v & 255] ^ table.t[1][v >> 8 & 255] ^ table.t[2][v >> 16 & 255] ^ table.t[3][v >> 24];
 }
 
-/** Performs eight rounds of all four blocks. Round i adds word order[i] of each key. */
+/** Performs eight rounds of all four blocks. In round i, each block adds word order[i] of its key. */
 template <std::size_t... order>
 [[gnu::always_inline]] inline void rounds(Blocks& b, const Keys& keys, const vrx_tz& table) {
     const auto round = [&](std::array<std::uint32_t, 4> & changed, const std::array<std::uint32_t, 4>& by,

@@ -74,8 +74,8 @@ template <std::size_t count>
 }
 
 /**
- * The permutes that compute keys word by word. Register `half` receives the words 4 half to 4 half + 3 of all four
- * keys.
+ * The index vectors of the permutes that compute the four keys. The results of `half[h]` are words 4h to 4h + 3 of all
+ * four keys.
  */
 template <std::size_t terms>
 struct KeyPermutes {
@@ -190,7 +190,7 @@ void steps_vbmi(Uint256& hash, const std::uint8_t* blocks, std::size_t count, co
             n2 = round(tables, n2, n1, keys[k - 1]);
             n1 = round(tables, n1, n2, keys[k - 2]);
         }
-        // The last round does not swap the halves, so n2 holds the first halves. They are ready one round before n1.
+        // The last round does not swap the halves, so n2 holds the first halves. n2 is ready one round before n1.
         sum = permuted(_mm512_zextsi128_si512(_mm_rol_epi32(n2, 11)), of_part<psi_74, Part::halves1>, sum);
         sum = permuted(_mm512_zextsi128_si512(_mm_rol_epi32(n1, 11)), of_part<psi_74, Part::halves2>, sum);
         h = _mm512_zextsi256_si512(_mm256_xor_si256(_mm512_castsi512_si256(sum), _mm512_extracti64x4_epi64(sum, 1)));

@@ -1,4 +1,4 @@
-// Recovers the S-boxes of a table on any CPU.
+// Recovers the S-boxes of a table, with code that runs on any x86-64 CPU.
 #include <bit>
 
 #include "tz/sboxes.hpp"

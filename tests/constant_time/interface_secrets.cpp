@@ -51,7 +51,7 @@ struct Secrets {
 };
 Secrets secrets;
 
-// Lengths, which are public: around block boundaries.
+// Lengths of data. These lengths are public. Some are multiples of the block length, and some are not.
 constexpr std::uint32_t lengths[] = {1, 31, 32, 33, 64, 77};
 
 void hash() {

@@ -20,7 +20,7 @@
 namespace vrx::test {
 namespace {
 
-/** The general registers by their encoding in instructions. */
+/** The general-purpose registers. The index is the number of the register in encoded instructions. */
 constexpr unsigned long long user_regs_struct::*registers_by_number[] = {
     &user_regs_struct::rax, &user_regs_struct::rcx, &user_regs_struct::rdx, &user_regs_struct::rbx,
     &user_regs_struct::rsp, &user_regs_struct::rbp, &user_regs_struct::rsi, &user_regs_struct::rdi,
@@ -79,7 +79,8 @@ public:
             throw std::runtime_error("a gather: its addresses are in a vector register");
         const unsigned mod = modrm_ >> 6;
         const unsigned rm = modrm_ & 7U;
-        if (mod == 3 || (mod == 0 && rm == 5)) return std::nullopt;  // registers only, or relative to the instruction
+        // The operand is a register, or its address is relative to the instruction pointer.
+        if (mod == 3 || (mod == 0 && rm == 5)) return std::nullopt;
         Operand operand;
         const unsigned base = rm == 4 ? sib_ & 7U : rm;
         if (rm != 4 || mod != 0 || base != 5) operand.base = base + (extend_base_ ? 8U : 0U);

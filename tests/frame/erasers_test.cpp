@@ -18,7 +18,7 @@
 #include "support/fenced_pages.hpp"
 #include "support/offered.hpp"
 
-/** Arguments and results of the assembly below, which uses these offsets. */
+/** Arguments and results of the assembly code below. The code uses the offsets in the comments. */
 struct alignas(64) Call {
     std::uint64_t arguments[3];
     const void* function;                   // 24
@@ -258,7 +258,8 @@ TEST_F(Erasing, zeroes_the_stack_down_to_its_depth_at_any_alignment) {
             }
 }
 
-// Traps after each instruction, with the handler on the same stack.
+// on_trap() runs after each instruction of an eraser, on the same stack. `traps` counts its calls, and `unwound` counts
+// the calls from which the stack can be unwound to the caller of the eraser.
 std::size_t traps;
 std::size_t unwound;
 
@@ -300,7 +301,8 @@ TEST_F(Erasing, can_be_interrupted_and_unwound_after_each_instruction) {
         unwound = 0;
         last_filled_ = erase == vrx::vrx_erase_sse2 ? 1 : erase == vrx::vrx_erase_avx ? 2 : 7;
         expect_abi(call(erase, {1024, full, full}, 64, true));
-        // Frames of signals remain. They hold no register from before the call, and no paint.
+        // The signal handlers leave their frames on the stack. The frames contain no register contents from before the
+        // call, and no paint.
         const std::uint64_t patterns[] = {full, paint * 0x0101010101010101U};
         for (const std::uint8_t* p = top_ - 8 - 1024; p != top_ - 8; p += 8)
             for (const std::uint64_t pattern : patterns) EXPECT_NE(std::memcmp(p, &pattern, sizeof pattern), 0);

@@ -156,7 +156,10 @@ Bytes by_context(const Answer& a, const Pieces& pieces, bool in_place, std::size
     return output.bytes();
 }
 
-/** Offsets from an aligned address: all offsets, or fewer if sanitizers are used or there are many cuts. */
+/**
+ * Offsets from an aligned address. Builds with sanitizers test fewer offsets. So do tests of contexts, because they cut
+ * the input in many ways.
+ */
 const std::vector<std::size_t> offsets =
     sanitized ? std::vector<std::size_t>{0, 1, 6} : std::vector<std::size_t>{0, 1, 2, 3, 4, 5, 6, 7};
 const std::vector<std::size_t> context_offsets =

@@ -65,7 +65,8 @@ void init(Secrets& s, std::uint32_t mode, int direction) {
 Call context(const char* name, std::uint32_t mode, int direction) {
     return {name, direction != 0 ? Call::before : Call::after, [=](Secrets& s) { init(s, mode, direction); },
             [mode](Secrets& s) {
-                const std::uint32_t part = mode == VRX_MODE_SS || mode == VRX_MODE_CBC ? 0 : 4;  // of a block
+                // In these two modes, all pieces are whole blocks. In the other modes, two pieces end within a block.
+                const std::uint32_t part = mode == VRX_MODE_SS || mode == VRX_MODE_CBC ? 0 : 4;
                 for (const std::uint32_t piece : {24U, 1704U - part, 8U, 336U + part}) {
                     const vrx_data in{piece, s.text};
                     vrx_data out = in;

@@ -76,8 +76,8 @@ class Code:
     def arrows(self):
         """Yield each include between different layers as (file, included file, layer, included layer).
 
-        If a file of the library or a public C header includes a public C header, this yields the layers that these two
-        declare as another include.
+        A public C header declares the functions of a part of the library. If a source of the library or another public
+        C header includes this header, the function also yields the include with the two parts as layers.
         """
         for path in self.files():
             for other in sorted(self.includes(path)[0]):

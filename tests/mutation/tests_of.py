@@ -127,7 +127,7 @@ TESTS = {
 
 
 def tests_of(file, sanitize=False):
-    """The runs that judge a change of a file. The order counts for scripts, whose costs are not known."""
+    """Return the test runs that must detect a fault in a file. Scripts run in this order: their costs are not known."""
     folder_or_file = max((key for key in TESTS if file.startswith(key)), key=len)
     return [run for run in TESTS[folder_or_file] if not (sanitize and run.program in WITHOUT_SANITIZERS)]
 

@@ -160,7 +160,10 @@ class Workshop:
         return done.stderr if done.returncode else ""
 
     def digest(self, run):
-        """A digest of the program that compile_changed() has made for a run. It equals no other if there is none."""
+        """Return a digest of the program that compile_changed() has made for a run.
+
+        If it has made no program, the result is not equal to any other digest.
+        """
         if run.is_script and not run.program.startswith(("tests/app/", "tests/faults/")):
             return object()
         program = self.build / ("app/vrx" if run.is_script else self.programs[run.program].changed)

@@ -1,4 +1,4 @@
-// Proves a theorem about symbolic bits, and runs its control.
+// Proves a theorem about symbolic bits. Then checks that a false claim, the control of the theorem, is refuted.
 #ifndef VRX_TESTS_PROVE_CIRCUIT_THEOREM_HPP
 #define VRX_TESTS_PROVE_CIRCUIT_THEOREM_HPP
 
@@ -43,7 +43,7 @@ void circuit_theorem(const std::string& what, unsigned faulty, const Claim& clai
     EXPECT_TRUE(refuted) << what << ": a fault in operation " << faulty << " of " << circuit::operations();
 }
 
-/** Proves claim(). The control is another claim, which must fail. */
+/** Proves claim(). Then checks that control(), which returns a false claim, fails. */
 template <typename Claim, typename Control>
 void circuit_theorem_and_control(const std::string& what, const Claim& claim, const Control& control) {
     prove_on_paths(what, claim);

@@ -1,8 +1,8 @@
 // Proves what an inversion makes of the matrices of division steps: that they stay in range, that (f, g) is divided
 // exactly and does not grow, and that d and e stay between -2m and m, in their residue classes, for every built-in m.
 //
-// Signed numbers are exact integers here. So a claim about the library holds only where every intermediate result fits
-// its type, which each theorem claims, too. A product of two unknown numbers is a new unknown. Its bounds, and the
+// Signed numbers are exact integers here, but have 64 or 128 bits in the library. Each theorem therefore also claims
+// that every intermediate result fits its type. A product of two unknown numbers is a new unknown. Its bounds, and the
 // bounds of sums of such products that follow from those of the factors, are assumed.
 #include <vector>
 
@@ -182,7 +182,7 @@ Form value(const Limbs62& a) {
     for (unsigned i = 0; i < 5; ++i) sum += form(a[i]) * power(62 * i);
     return sum;
 }
-/** a b, as the sum of the unknown products with limbs. */
+/** Returns the product of a and b, as a sum of the products of a and the limbs of b, which are unknowns. */
 Form times(const Signed<64>& a, const Limbs62& b) {
     Form sum;
     for (unsigned i = 0; i < 5; ++i) sum += integer::form(product(a.n, b[i].n)) * power(62 * i);

@@ -1,8 +1,8 @@
 // Proves the arithmetic of elements in lanes, for every built-in p and all operands in the stated ranges: residue
 // classes, ranges of results, and that no limb overflows.
 //
-// A lane is an exact integer here. So a claim about the library holds only where every intermediate result fits a
-// signed word of 64 bits, which each theorem claims, too. Lanes are independent of each other in all operations of this
+// A lane is an exact integer here, but a signed word of 64 bits in the library. Each theorem therefore also claims that
+// every intermediate result fits such a word. Lanes are independent of each other in all operations of this
 // file. The test Bounds checks that the formulas for points pass only operands in these ranges.
 #include "prove/field.hpp"
 #include "prove/theorem.hpp"
@@ -115,7 +115,10 @@ struct Subject {
         return all;
     }
 
-    /** a b, as the sum of the unknown products of limbs, for multiplicands. So it is below (2.1 p)^2. */
+    /**
+     * Returns the product of the multiplicands a and b, as a sum of the products of their limbs, which are unknowns.
+     * Assumes that the sum is below (2.1 p)^2, because multiplicands are below 2.1 p.
+     */
     static Form product(const Lanes& a, const Lanes& b) {
         Form sum;
         for (unsigned i = 0; i < limb_count; ++i)

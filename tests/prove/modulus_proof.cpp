@@ -28,7 +28,10 @@ Words any_below(const mpz_class& end) {
 }
 Claim is_below(const Words& a, const mpz_class& end) { return value(a) < Form(end); }
 
-/** Returns a b as the sum of the unknown products of words. The sum is below `end`. */
+/**
+ * Returns the product of a and b, as a sum of the products of their words, which are unknowns. Assumes that the sum is
+ * below `end`.
+ */
 Form product(const Words& a, const Words& b, const mpz_class& end) {
     Form sum;
     for (unsigned i = 0; i < 4; ++i)

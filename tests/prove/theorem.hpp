@@ -1,4 +1,4 @@
-// Proves a theorem about symbolic words, and runs its control.
+// Proves a theorem about symbolic words. Then checks that a false claim, the control of the theorem, is refuted.
 #ifndef VRX_TESTS_PROVE_THEOREM_HPP
 #define VRX_TESTS_PROVE_THEOREM_HPP
 

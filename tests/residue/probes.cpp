@@ -409,7 +409,7 @@ std::uint32_t* private_key(Arena& a) {
     return d;
 }
 
-/** A curve that is not built in, with a other than p - 3: id-tc26-gost-3410-2012-256-paramSetA of RFC 7836. */
+/** id-tc26-gost-3410-2012-256-paramSetA of RFC 7836. This curve is not built in, and its coefficient a is not p - 3. */
 EcParamSet other_curve() {
     EcParamSet set{};
     const auto number = [](std::uint32_t* digits, const char* hexadecimal) {

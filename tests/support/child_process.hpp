@@ -1,5 +1,5 @@
-// Runs checks in a child process, so that they do not affect the standard streams and the library's global variables of
-// this process.
+// Runs checks in a child process. The checks then affect neither the standard streams of this process nor the library's
+// global variables in this process.
 #ifndef VRX_TESTS_SUPPORT_CHILD_PROCESS_HPP
 #define VRX_TESTS_SUPPORT_CHILD_PROCESS_HPP
 

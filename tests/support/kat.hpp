@@ -18,11 +18,11 @@ public:
     void add(const std::string& key, const std::string& value) { values_[key] = value; }
 
     [[nodiscard]] bool has(const std::string& key) const { return values_.contains(key); }
-    /** The value of a key; throws if there is none. */
+    /** Returns the value in the line `key = value`. Throws if the block has no such line. */
     [[nodiscard]] std::string text(const std::string& key) const;
     [[nodiscard]] Bytes octets(const std::string& key) const { return unhex(text(key)); }
     [[nodiscard]] unsigned long number(const std::string& key) const { return std::stoul(text(key)); }
-    /** The value of a key, or `otherwise` if there is none. */
+    /** Returns the value in the line `key = value`, or `otherwise` if the block has no such line. */
     [[nodiscard]] std::string text_or(const std::string& key, const std::string& otherwise) const;
 
     [[nodiscard]] std::vector<std::string> unread() const;

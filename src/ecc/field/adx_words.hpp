@@ -168,7 +168,7 @@ struct AdxWords {
         return {r0, r1, r2, r3, r4, r5, r6, r7};
     }
 
-    /** r = the low half of v plus factor times the high half, modulo 2^256. Returns the carry out, at most factor. */
+    /** r = the low half of v plus factor times the high half, modulo 2^256. Returns the carry, which is <= factor. */
     static std::uint64_t add_multiple(Words& r, const WideWords& v, std::uint64_t factor) {
         std::uint64_t r0 = v[0], r1 = v[1], r2 = v[2], r3 = v[3], low, high;
         asm(CLEAR(low) ADD_REGISTER_PRODUCT(v4, r0, r1) ADD_REGISTER_PRODUCT(v5, r1, r2)

@@ -31,8 +31,8 @@ struct PlainWordsOf {
     static constexpr WideWords square(const Words& a) { return field::multiply(a, a); }
 
     /**
-     * r = the low half of v plus factor times the high half, modulo N, for any v and factor. Returns the carry out, at
-     * most factor, since (N - 1)(factor + 1) is below N (factor + 1).
+     * r = the low half of v plus factor times the high half, modulo N, for any v and factor. Returns the carry. The
+     * carry is at most factor, because the sum is at most (N - 1)(factor + 1), which is below N (factor + 1).
      */
     static constexpr Word add_multiple(Words& r, const WideWords& v, Word factor) {
         Word carry = 0;

@@ -72,7 +72,7 @@ constexpr bool is_on_curve(const AffinePoint& point) {
     return is_element_zero<S>(S::sub(S::sqr(y), right));
 }
 
-/** Stores the affine point in r. Returns false, as a declassified fact, if zz = 0. Cost: one inversion. */
+/** Stores the affine point in r. Returns false if zz = 0; this result is declassified. Cost: one inversion. */
 template <typename Curve>
 bool to_affine(const XyzzPoint& point, AffinePoint& r) {
     using S = typename Curve::Field;

@@ -51,7 +51,7 @@ struct OddModulus {
     std::uint64_t inverse = 0;  // the inverse of the modulus, modulo 2^64
 
     constexpr explicit OddModulus(const Words& m) : OddModulus(to_limbs62(m), m[0]) {}
-    /** From limbs of any size, and the lowest bits of the number. */
+    /** Prepares a modulus from its limbs, which may have fewer than 62 bits, and from its lowest bits. */
     constexpr OddModulus(const Limbs62& m, std::uint64_t low) : limbs(m) {
         std::uint64_t x = low;
         for (int i = 0; i < 5; ++i) x *= 2 - low * x;

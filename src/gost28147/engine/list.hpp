@@ -43,11 +43,11 @@ inline constexpr std::size_t widest_step = 128;
 
 /** Makes four look-ups in each round, for any table. */
 bool look_up(Mode mode, const Run& run) noexcept;
-/** Shuffles planes of bytes, for tables made from S-boxes. */
+/** Supports tables made from S-boxes. Looks up S-boxes with shuffles of planes of bytes. */
 bool shuffle_planes(Mode mode, const Run& run) noexcept;
-/** Permutes planes of bytes, for any table. */
+/** Supports any table. Looks up its entries with permutes of planes of bytes. */
 bool permute_planes(Mode mode, const Run& run) noexcept;
-/** Permutes the bytes of words, for tables made from S-boxes. */
+/** Supports tables made from S-boxes. Looks up S-boxes with permutes of the bytes of words. */
 bool permute_words(Mode mode, const Run& run) noexcept;
 bool permute_sections(Mode mode, const Run& run, std::uint32_t* key) noexcept;
 void chain_baseline(Mode mode, const Run& run) noexcept;
@@ -76,11 +76,11 @@ inline constexpr std::array<Engine, 4> engines{{
 
 /** The same as chain_permutes, for runs of few blocks. */
 bool permute_in_order(Mode mode, const Run& run) noexcept;
-/** Shuffles the nibbles of words, for tables made from S-boxes. */
+/** Supports tables made from S-boxes. Looks up S-boxes with shuffles of the nibbles of words. */
 bool shuffle_words(Mode mode, const Run& run) noexcept;
 /** The same for one block at a time. Calls chain_scan_table for other tables. */
 void chain_shuffle(Mode mode, const Run& run) noexcept;
-/** Reads all outputs of each S-box, for tables made from S-boxes. */
+/** Supports tables made from S-boxes. Reads all outputs of each S-box. */
 bool scan_sboxes(Mode mode, const Run& run) noexcept;
 /** The same for one block at a time. Calls chain_scan_table for other tables. */
 void chain_scan(Mode mode, const Run& run) noexcept;

@@ -111,7 +111,8 @@ template <std::size_t count>
 #pragma GCC unroll 8
             for (std::size_t i = 0; i < pairs; ++i) n1[i] = round(n1[i], n2[i], repeated(words[k + 1]));
             if (meshing != nullptr) {
-                // Only block 4 of the first vector, word 8 after the split, is encrypted.
+                // Block 4 of the first vector is encrypted; all other blocks are decrypted. After the split, the halves
+                // of block 4 are word 8 of n1 and word 8 of n2.
                 const std::uint32_t* const down = meshing->schedule.pass(pass, true);
                 const std::uint32_t* const up = meshing->schedule.pass(pass, false);
                 const auto key = [&](unsigned j) __attribute__((always_inline)) {

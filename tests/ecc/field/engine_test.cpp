@@ -215,7 +215,7 @@ TEST_P(engines_of_curves, recognise_sums_by_x_mod_q) {
     }
 }
 
-// An x from q to p - 1 has a small remainder, and random tests would not find one.
+// If x is from q to p - 1, its remainder modulo q is small. Random tests would not find a point with such an x.
 TEST_P(engines_of_curves_with_small_order, recognise_sums_whose_x_is_above_q) {
     const Digits p(set.p);
     const Digits modulo_4 = reduced(p, Digits(4));
