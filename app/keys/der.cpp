@@ -18,7 +18,7 @@ std::size_t make_room(SecretBytes& out, std::size_t size) {
 
 std::size_t base64_size(std::size_t octets, std::size_t width) {
     const std::size_t characters = (octets + 2) / 3 * 4;
-    return characters + (characters + width - 1) / width;
+    return characters + characters / width + (characters % width != 0);
 }
 
 char* characters(std::uint8_t* octets) { return reinterpret_cast<char*>(octets); }

@@ -21,6 +21,7 @@ constexpr std::uint8_t hmac_gost[] = {0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x02, 
 constexpr std::uint8_t cipher_gost[] = {0x06, 0x06, 0x2A, 0x85, 0x03, 0x02, 0x02, 0x15};
 constexpr std::uint8_t no_parameters[] = {der::null, 0x00};
 constexpr std::uint8_t version_zero[] = {der::integer, 0x01, 0x00};
+constexpr std::uint8_t version_one[] = {der::integer, 0x01, 0x01};  // with a public key, RFC 5958
 
 constexpr std::size_t salt_size = 32;
 
@@ -156,7 +157,8 @@ bool decrypt_key(const EncryptedKey& key, std::span<const std::uint8_t> password
     if (!der::is_one_element(plain.bytes(), der::sequence)) return false;
     der::Reader outer(plain.bytes());
     der::Reader fields(*outer.next(der::sequence));
-    return std::ranges::equal(fields.next_whole(der::integer).value_or(Part{}), version_zero);
+    const Part version = fields.next_whole(der::integer).value_or(Part{});
+    return std::ranges::equal(version, version_zero) || std::ranges::equal(version, version_one);
 }
 
 void append_encrypted_key(SecretBytes& out, std::span<const std::uint8_t> plain, std::span<const std::uint8_t> password,

@@ -145,9 +145,14 @@ void load_certified_key(const std::string& path, const std::optional<std::string
     const auto label = decode_key_file(content);
     documents::Certificate& certificate = result.certificate;
     Content found = Content::other;
-    octets.assign(content.bytes().begin(), content.bytes().end());
+    // A file that is no certificate may be a private key, so it stays in memory that is wiped.
+    documents::Certificate unused;
     if (label && (label->empty() || *label == certificate_label))
-        found = documents::read_certificate(octets, certificate);
+        found = documents::read_certificate(content.bytes(), unused);
+    if (found != Content::other) {
+        octets.assign(content.bytes().begin(), content.bytes().end());
+        documents::read_certificate(octets, certificate);
+    }
     if (found == Content::other)
         throw Failure(shown + " is not a single X.509 certificate in PEM or DER form; 'vrx inspect' says what it is");
     const Algorithm& algorithm = certificate.algorithm;

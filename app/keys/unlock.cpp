@@ -43,7 +43,9 @@ void read_plain_key(SecretBytes& content, std::size_t size, const std::string& s
 
 std::optional<std::string> decode_key_file(SecretBytes& content) {
     if (der::is_one_element(content.bytes(), der::sequence)) return "";
-    return der::decode_pem(content);
+    // An empty label stands for DER.
+    const std::optional<std::string> label = der::decode_pem(content);
+    return label && !label->empty() ? label : std::nullopt;
 }
 
 bool unlock(SecretBytes& content, std::string_view label, const std::string& shown, const PasswordOptions& password) {

@@ -14,8 +14,8 @@
  *
  * - public keys: SubjectPublicKeyInfo (RFC 5280, RFC 4491, section 2.3.2)
  * - private keys: PKCS #8 (RFC 5208, RFC 5958). The number is 32 octets, least significant first; or an OCTET STRING
- *   with these octets, from which zeros at the end may be missing; or an INTEGER, most significant octet first. If both
- *   of the first two forms fit, the first one applies. The functions ignore attributes and the optional public key
+ *   with these octets, from which zeros at the end may be missing; or an INTEGER, most significant octet first. A value
+ *   of exactly 32 octets is always the number itself. The functions ignore attributes and the optional public key
  *
  * In both formats, the identifier 1.2.643.2.2.98 of the algorithm has the same meaning as 1.2.643.2.2.19. A file may
  * name the hash itself, 1.2.643.2.2.9, in place of a parameter set. The functions then read the file as if it named no
@@ -280,21 +280,23 @@ VRX_INLINE const vrx_gost28147_par *vrx_key_cipher(const vrx_der *oid) {
 VRX_INLINE int vrx_key_parameters(vrx_der in, vrx_key_algorithm *algorithm) {
     static const uint8_t hash_oid[] = {0x06, 0x06, 0x2a, 0x85, 0x03, 0x02, 0x02, 0x09}; /* 1.2.643.2.2.9 */
     vrx_der curve, hash = {NULL, 0}, cipher = {NULL, 0};
+    vrx_key_algorithm found = *algorithm;
     EcParamSet *set = NULL;
     if (!vrx_der_identifier(&in, &curve) || (in.left != 0 && !vrx_der_identifier(&in, &hash)) ||
         (in.left != 0 && !vrx_der_identifier(&in, &cipher)) || in.left != 0)
         return VRX_ERR_KEY_DER;
     epFindParByOid(curve.at, (uint32_t)curve.left, &set);
     if (set == NULL) return VRX_ERR_KEY_PARAMETERS;
-    algorithm->curve = set;
+    found.curve = set;
     if (hash.left != 0 && !vrx_key_same(&hash, hash_oid, sizeof hash_oid)) {
-        algorithm->hash = vrx_key_hash(&hash);
-        if (algorithm->hash == NULL) return VRX_ERR_KEY_PARAMETERS;
+        found.hash = vrx_key_hash(&hash);
+        if (found.hash == NULL) return VRX_ERR_KEY_PARAMETERS;
     }
     if (cipher.left != 0 && !vrx_key_same(&cipher, hash_oid, sizeof hash_oid)) {
-        algorithm->cipher = vrx_key_cipher(&cipher);
-        if (algorithm->cipher == NULL) return VRX_ERR_KEY_PARAMETERS;
+        found.cipher = vrx_key_cipher(&cipher);
+        if (found.cipher == NULL) return VRX_ERR_KEY_PARAMETERS;
     }
+    *algorithm = found;
     return VRX_OK;
 }
 
@@ -404,10 +406,11 @@ VRX_INLINE int vrx_decode_base64(const char *text, size_t size, uint8_t *octets,
 VRX_INLINE int vrx_encode_base64(const uint8_t *octets, size_t size, size_t width, char *text, size_t capacity,
                                  size_t *count) {
     const size_t groups = size / 3 + (size % 3 != 0);
-    size_t used = 0, column = 0;
+    size_t used = 0, column = 0, lines;
     *count = 0;
     if (width == 0 || width % 4 != 0) return VRX_ERR_BAD_PARAMS;
-    if (groups > capacity / 4 || (groups * 4 + width - 1) / width > capacity - groups * 4) return VRX_ERR_BUFFER_LENGTH;
+    lines = groups / (width / 4) + (groups % (width / 4) != 0);
+    if (groups > capacity / 4 || lines > capacity - groups * 4) return VRX_ERR_BUFFER_LENGTH;
     for (size_t i = 0; i < size; i += 3) {
         const size_t left = size - i < 3 ? size - i : 3;
         uint32_t group = 0;
@@ -585,6 +588,13 @@ VRX_INLINE int vrx_key_open(const void *file, size_t size, const char *wanted, u
     return rc;
 }
 
+/** Tests whether two sets are the same curve with the same base point. @return 1, or 0. */
+VRX_INLINE int vrx_key_same_curve(const EcParamSet *one, const EcParamSet *other) {
+    return memcmp(one->a, other->a, sizeof one->a) == 0 && memcmp(one->b, other->b, sizeof one->b) == 0 &&
+           memcmp(one->p, other->p, sizeof one->p) == 0 && memcmp(one->q, other->q, sizeof one->q) == 0 &&
+           memcmp(&one->G, &other->G, sizeof one->G) == 0;
+}
+
 /** Writes the first octets of AlgorithmIdentifier. @return the number of octets, or 0 if a set is not built in. */
 VRX_INLINE size_t vrx_key_put_algorithm(uint8_t *out, const EcParamSet *curve, const vrx_gostr3411_par *hash,
                                         const vrx_gost28147_par *cipher) {
@@ -595,8 +605,8 @@ VRX_INLINE size_t vrx_key_put_algorithm(uint8_t *out, const EcParamSet *curve, c
     EcParamSet *known = NULL;
     size_t size = sizeof head;
     if (curve->oid == NULL || curve->oid_len != VRX_ECC_OID_SIZE ||
-        epFindParByOid(curve->oid, VRX_ECC_OID_SIZE, &known) != VRX_OK || vrx_key_hash(&hash_oid) == NULL ||
-        (cipher != NULL && vrx_key_cipher(&cipher_oid) == NULL))
+        epFindParByOid(curve->oid, VRX_ECC_OID_SIZE, &known) != VRX_OK || !vrx_key_same_curve(curve, known) ||
+        vrx_key_hash(&hash_oid) == NULL || (cipher != NULL && vrx_key_cipher(&cipher_oid) == NULL))
         return 0;
     memcpy(out, head, sizeof head);
     memcpy(out + size, curve->oid, VRX_ECC_OID_SIZE);

@@ -11,7 +11,7 @@
  * second key, and verify the MAC before you use any plaintext.
  *
  * This header is not part of vrx.h, and the library does not export its functions: they are compiled into your program.
- * They allocate nothing. They log nothing themselves; vrx_crpt_final() logs its failures.
+ * They allocate nothing. They log nothing themselves; vrx_crpt_final() logs most of its failures.
  *
  * Threads: a stream belongs to one thread at a time; separate streams are independent.
  *
@@ -46,7 +46,8 @@ VRX_INLINE int vrx_stream_has_blocks(const vrx_crpt_ctx *ctx) {
 /**
  * Begin a message. The parameter set gives the table, the mode and key meshing.
  *
- * @param ctx        out: the stream. After a failure it is closed.
+ * @param ctx        out: the stream. After a failure it is closed, and a previous key in it is wiped. Neither iv nor
+ *                   key may be in it.
  * @param set        in: the parameter set, for example get_GOST28147_par(1) for CryptoPro-A: cipher feedback with key
  *                   meshing.
  * @param direction  in: VRX_ENCRYPT or VRX_DECRYPT.
@@ -60,7 +61,7 @@ VRX_INLINE int vrx_open_stream(vrx_crpt_ctx *ctx, const vrx_gost28147_par *set, 
     uint32_t words[VRX_KEY_WORDS];
     int rc;
     if (ctx == NULL) return VRX_ERR_BAD_PARAMS;
-    ctx->initialised = 0;
+    vrx_wipe(ctx, sizeof *ctx);
     if (set == NULL || iv == NULL || key == NULL) return VRX_ERR_BAD_PARAMS;
     if (direction != VRX_ENCRYPT && direction != VRX_DECRYPT) return VRX_ERR_BAD_PARAMS;
     if (set->tz == NULL || set->tz->initialised == 0) return VRX_ERR_FAILED;
@@ -134,7 +135,7 @@ VRX_INLINE int vrx_update_stream(vrx_crpt_ctx *ctx, const void *in, size_t in_si
  * @param ctx  in-out: the stream; all zeros afterwards.
  * @return VRX_OK; VRX_ERR_BLOCK_MULTIPLE if a message in the simple substitution mode (ECB) or in CBC does not consist
  *         of whole blocks; VRX_ERR_CONTEXT_STATE if the stream is closed; VRX_ERR_BAD_PARAMS if ctx is NULL. All
- *         failures are logged.
+ *         failures are logged, except VRX_ERR_BLOCK_MULTIPLE in CBC.
  */
 VRX_INLINE int vrx_close_stream(vrx_crpt_ctx *ctx) {
     const int rc = vrx_crpt_final(ctx);

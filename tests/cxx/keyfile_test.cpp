@@ -48,6 +48,15 @@ TEST(CxxKeyFiles, published_keys_are_read_and_written) {
     }
 }
 
+TEST(CxxKeyFiles, der_may_hold_the_characters_that_begin_a_block) {
+    const std::string_view begin = "-----BEGIN ";
+    const Bytes attribute = element(0x04, {Bytes(begin.begin(), begin.end())});
+    const Bytes file = private_file(number(5), algorithm_a, version_0, element(0xA0, {attribute}));
+    EXPECT_TRUE(vrx::PrivateKey::from_der(file));
+    EXPECT_TRUE(vrx::PrivateKey::from_file(file));
+    EXPECT_EQ(vrx::PrivateKey::from_pem(text_of(file)).error(), Error::key_file);
+}
+
 TEST(CxxKeyFiles, errors_are_those_of_the_c_functions) {
     EXPECT_EQ(vrx::PublicKey::from_file({}).error(), Error::key_file);
     EXPECT_EQ(vrx::PrivateKey::from_pem("").error(), Error::key_file);

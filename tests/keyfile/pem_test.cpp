@@ -218,9 +218,10 @@ TEST(base64, of_every_length_returns_the_octets) {
     for (std::size_t size = 0; size < 200; ++size) {
         Bytes octets(size);
         for (std::size_t i = 0; i < size; ++i) octets[i] = static_cast<std::uint8_t>(37 * i + size);
-        for (const std::size_t width : {4U, 64U, 76U, 1000U}) {
+        for (const std::size_t width :
+             {std::size_t{4}, std::size_t{64}, std::size_t{76}, std::size_t{1000}, SIZE_MAX / 2 + 1, SIZE_MAX - 3}) {
             const std::size_t characters = (size + 2) / 3 * 4;
-            const std::size_t needed = characters + (characters + width - 1) / width;
+            const std::size_t needed = characters + characters / width + (characters % width != 0);
             std::size_t count = 99;
             for (std::size_t capacity = needed < 5 ? 0 : needed - 5; capacity < needed; ++capacity) {
                 const FencedBuffer small(capacity, Fence::behind);

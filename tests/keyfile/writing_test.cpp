@@ -123,6 +123,11 @@ TEST(writing, invalid_keys_are_refused) {
 
     // Sets that are not built in.
     EcParamSet curve = *get_GOSTR3410_par(1);
+    key.curve = &curve;
+    EXPECT_EQ(write(key), "VRX_OK") << "an unchanged copy";
+    curve.G.y[0] ^= 1;
+    EXPECT_EQ(write(key), "VRX_ERR_KEY_PARAMETERS") << "another base point";
+    curve = *get_GOSTR3410_par(1);
     const std::uint8_t other[] = {6, 7, 0x2a, 0x85, 3, 2, 2, 0x23, 9};
     curve.oid = other;
     key.curve = &curve;

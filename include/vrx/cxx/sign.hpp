@@ -49,10 +49,10 @@ template <typename Key>
 Result<void> read_key_file(Bytes file, Key &key, int (&read)(const void *, std::size_t, Key *)) noexcept {
     return Result<void>::of(read(file.empty() ? "" : static_cast<const void *>(file.data()), file.size(), &key));
 }
-/** Test whether a file may be PEM: a file in DER has no line that begins a block. */
-inline bool may_be_pem(Bytes file) noexcept {
-    const std::string_view text(reinterpret_cast<const char *>(file.data()), file.size());
-    return file.empty() || file.front() != 0x30 || text.find("-----BEGIN ") != text.npos;
+/** Test whether a file is a single SEQUENCE in DER. Reads its tag and length only, not the octets of a key. */
+inline bool is_der(Bytes file) noexcept {
+    vrx_der contents;
+    return vrx_der_only({file.data(), file.size()}, 0x30, &contents) != 0;
 }
 
 }  // namespace detail
@@ -72,12 +72,12 @@ public:
     }
     /** Read a PEM file. @return the errors of from_file(); Error::key_file for DER. */
     static Result<PublicKey> from_pem(std::string_view text) noexcept {
-        if (!detail::may_be_pem(bytes_of(text))) return Error::key_file;
+        if (detail::is_der(bytes_of(text))) return Error::key_file;
         return from_file(bytes_of(text));
     }
     /** Read a file in DER. @return the errors of from_file(); Error::key_der for PEM. */
     static Result<PublicKey> from_der(Bytes der) noexcept {
-        if (detail::may_be_pem(der)) return Error::key_der;
+        if (!detail::is_der(der)) return Error::key_der;
         return from_file(der);
     }
     /**
@@ -157,12 +157,12 @@ public:
     }
     /** Read a PEM file. @return the errors of from_file(); Error::key_file for DER. */
     static Result<PrivateKey> from_pem(std::string_view text) noexcept {
-        if (!detail::may_be_pem(bytes_of(text))) return Error::key_file;
+        if (detail::is_der(bytes_of(text))) return Error::key_file;
         return from_file(bytes_of(text));
     }
     /** Read a file in DER. @return the errors of from_file(); Error::key_der for PEM. */
     static Result<PrivateKey> from_der(Bytes der) noexcept {
-        if (detail::may_be_pem(der)) return Error::key_der;
+        if (!detail::is_der(der)) return Error::key_der;
         return from_file(der);
     }
     /** Generate a key. @return Error::random if the source fails. */

@@ -256,6 +256,24 @@ class Ciphers(Encrypted):
         self.write("long", b"#" * (65_536 - len(content)) + b"\n" + content, 0o600)
         self.refused("mac", *use, says="'long' holds more than 66 bytes")
 
+    def test_a_key_with_its_public_key_is_read(self):
+        self.vrx("keypair", "--curve", "A", "--format", "der", "--out", "der")
+        point = self.vrx("pubkey", "--format", "der", "der")[-64:]
+        body = self.read("der")[2:].replace(integer(0), integer(1), 1) + element(0x81, b"\0" + point)
+        fields, _ = self.known()
+        key = self.run_vrx("derive", "--kdf", "pbkdf2", "--salt", fields[0].hex(), "--iterations", "1000",
+                           "--password-file", "theirs", "--raw").out
+        self.write("derived", key, 0o600)
+        self.write("info", element(0x30, body))
+        ciphertext = self.vrx("encrypt", "-k", "derived", "--mode", "gfb", "--iv", fields[2].hex(), "info")
+        self.write("locked", encrypted(fields[0], 1000, fields[2], ciphertext), 0o600)
+        self.assertEqual(self.vrx("pubkey", "--password-file", "theirs", "locked"), self.vrx("pubkey", "der"))
+
+    def test_a_block_without_a_label_is_refused(self):
+        self.vrx("keypair", "--curve", "A", "--out", "pem")
+        self.write("nameless", self.read("pem").replace(b"PRIVATE KEY", b""), 0o600)
+        self.refused("pubkey", "nameless", says="'nameless' is not a complete key file in PEM or DER")
+
     def test_the_key_inside_is_used(self):
         fields, _ = self.known()
         # Makes a key file with the password, salt and IV of the known answer. The program itself encrypts the key in
