@@ -8,6 +8,7 @@ namespace vrx::documents {
 namespace {
 
 constexpr std::size_t most_signers = 1000;
+constexpr std::size_t most_attributes = 1000;  // of one signer, of each kind; reading takes quadratic time
 constexpr const char* content_type_oid = "1.2.840.113549.1.9.3";
 constexpr const char* message_digest_oid = "1.2.840.113549.1.9.4";
 constexpr const char* signing_time_oid = "1.2.840.113549.1.9.5";
@@ -85,6 +86,7 @@ void read_signed_attributes(Part whole, SignerInfo& signer) {
     if (!contents || !outer.at_end()) return;
     auto elements = elements_of(*contents);
     if (!elements || elements->empty()) return;
+    if (elements->size() > most_attributes) throw Malformed("a signer has too many attributes");
     asn1::append(signer.attributes, der::set, *contents);
     Fault fault;
     for (const Part element : *elements)
@@ -117,7 +119,9 @@ SignerInfo read_signer(const Octets& octets) {
     signer.signature = value->octets("signature");
     if (const Part attributes = value->as_decoded("signedAttrs", octets); !attributes.empty())
         read_signed_attributes(attributes, signer);
-    for (std::size_t i = 1; i <= value->count("unsignedAttrs"); ++i)
+    const std::size_t count = value->count("unsignedAttrs");
+    if (count > most_attributes) throw Malformed("a signer has too many attributes");
+    for (std::size_t i = 1; i <= count; ++i)
         signer.unsigned_types.push_back(value->oid("unsignedAttrs.?" + std::to_string(i) + ".type"));
     return signer;
 }

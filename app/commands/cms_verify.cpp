@@ -105,6 +105,7 @@ Verdict check_signer(const Message& message, const documents::SignerInfo& signer
         return verdict;
     }
     verdict.certified = &*found;
+    verdict.trusted = check_certificate(found->certificate, store, time);
     const auto key = documents::working_key(found->certificate, nullptr);
     if (found->found == Content::foreign || !key) {
         verdict.signature = {
@@ -112,7 +113,6 @@ Verdict check_signer(const Message& message, const documents::SignerInfo& signer
         return verdict;
     }
     verdict.signature = documents::check_signature(message.data, signer, message.digest, *key);
-    verdict.trusted = check_certificate(found->certificate, store, time);
     return verdict;
 }
 
@@ -168,7 +168,8 @@ std::string status_text(const std::vector<Verdict>& verdicts, bool valid, const 
                 "\n";
         for (const auto& [name, value] : certificate_lines(verdict.certified->certificate, verdict.certified->octets))
             text.append(name).append(" ").append(value).append("\n");
-        if (verdict.signer->signing_time) text += "signing-time " + *verdict.signer->signing_time + "\n";
+        if (verdict.signer->signing_time && verdict.signature.none())
+            text += "signing-time " + *verdict.signer->signing_time + "\n";
     }
     return text;
 }

@@ -315,6 +315,11 @@ class Signers(MessageTest):
         done = self.run_vrx("cms", "verify", "--time", "any", "message")
         self.assertEqual(done.code, 1)
         self.assertIn(b"the certificate of CN=anna has a key that is invalid or not supported", done.out)
+        self.issue("root")
+        done = self.run_vrx("cms", "verify", "--time", "any", "--ca", "root.crt", "--status", "message")
+        status = dict(line.split(" ", 1) for line in done.out.decode().splitlines())
+        self.assertEqual((done.code, status["reason"], status["certificate"]), (1, "key", "not-valid"))
+        self.assertNotIn("signing-time", status)
 
 
 class Refusals(MessageTest):
@@ -382,6 +387,14 @@ class Refusals(MessageTest):
         loose = kind.replace("30", "3081", 1)
         self.verify(self.both(attributes=in_order([digest, time, loose])), code=1,
                     says="the signed attributes are not in DER")
+
+    def test_too_many_attributes(self):
+        other = attribute(COUNTERSIGNATURE, "3000")
+        self.verify(self.both(unsigned=element("a1", other * 1000)))
+        usual = self.attributes(b"text")
+        for fields in ({"unsigned": element("a1", other * 1001)}, {"attributes": in_order(usual + [other] * 998)}):
+            self.write("message", self.both(**fields))
+            self.refused("cms", "verify", "--ca", "anna.crt", "message", says="a signer has too many attributes")
 
     def test_unsigned_attributes_are_ignored(self):
         self.verify(self.both(unsigned=element("a1", attribute(COUNTERSIGNATURE, "3000"))))
