@@ -1,4 +1,6 @@
 // Damaged key files: each change of a published file is refused, or gives another key.
+#include <algorithm>
+
 #include "key_files.hpp"
 
 namespace {
@@ -8,9 +10,10 @@ using namespace vrx::test;
 /** The positions of a file's octets that may change without a change of the key: the contents of attributes. */
 std::vector<bool> ignored_octets(const KeyFile& file) {
     std::vector<bool> ignored(file.der.size(), false);
-    const auto attributes = std::ranges::search(file.der, unhex("a0383036"));
-    if (!attributes.empty())
-        std::fill(ignored.begin() + (attributes.begin() + 2 - file.der.begin()), ignored.end(), true);
+    const Bytes head = unhex("a0383036");
+    const auto attributes = std::search(file.der.begin(), file.der.end(), head.begin(), head.end());
+    if (attributes != file.der.end())
+        std::fill(ignored.begin() + (attributes + 2 - file.der.begin()), ignored.end(), true);
     return ignored;
 }
 
